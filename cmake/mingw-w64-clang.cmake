@@ -1,0 +1,20 @@
+# The same target as mingw-w64.cmake, compiled by clang against the libraries of the mingw gcc: a second opinion
+# on the sources.
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
+
+find_program(QANHELPER_CLANG NAMES clang-14 clang REQUIRED)
+find_program(QANHELPER_CLANGXX NAMES clang++-14 clang++ REQUIRED)
+set(CMAKE_C_COMPILER ${QANHELPER_CLANG})
+set(CMAKE_CXX_COMPILER ${QANHELPER_CLANGXX})
+set(CMAKE_C_COMPILER_TARGET ${QANHELPER_TARGET})
+set(CMAKE_CXX_COMPILER_TARGET ${QANHELPER_TARGET})
+
+execute_process(COMMAND ${QANHELPER_TARGET}-g++-posix -print-file-name=libgcc.a
+  OUTPUT_VARIABLE libgcc OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+get_filename_component(gcc_folder ${libgcc} DIRECTORY)
+set(CMAKE_CXX_FLAGS_INIT
+  "-nostdinc++ -isystem ${gcc_folder}/include/c++ -isystem ${gcc_folder}/include/c++/${QANHELPER_TARGET}")
+foreach(kind EXE SHARED MODULE)
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -L${gcc_folder}")
+endforeach()
+set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "-lpthread")

@@ -1,0 +1,122 @@
+// The export that starts an application by the Start screen's search.
+
+#include "QanHelper.h"
+#include "api/Arguments.h"
+#include "api/SearchQuery.h"
+#include "api/Statics.h"
+#include "common/DiagnosticLog.h"
+#include "common/Reg.h"
+#include "launch/Clipboard.h"
+#include "launch/KeyEmulate.h"
+
+#include <exception>
+#include <string>
+
+namespace {
+
+constexpr wchar_t kName[] = L"QanhLaunchBySearch";
+
+// What the search mode decides.
+constexpr DWORD kModeSearchOnly = 1;   // paste the plain name, and leave the choice to the user
+constexpr DWORD kModePlainIfFound = 2; // paste the plain name when the catalogue holds exactly this application
+
+constexpr DWORD kPaneSettles = 2000; // milliseconds before a paste that is not repeated
+constexpr DWORD kPanePoll = 100;     // milliseconds
+constexpr int kPanePolls = 10;
+constexpr int kPasteRepeats = 20;
+
+HRESULT CollectExcludedNames(const wchar_t* appName, ExcludeList& excludeList, BOOL& isExactMatch) noexcept
+{
+    // These two lines are the catalogue's owner's, who passes the question on.
+    static constexpr wchar_t kOwnerName[] = L"CQanhPackageManager::GetExcludeAppNameList";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kOwnerName, appName);
+    return LogOut(kOwnerName,
+                  s_PackageManager.m_AppNameList.GetExcludeAppNameList(appName, &excludeList, &isExactMatch));
+}
+
+HRESULT BuildKeyword(const wchar_t* appName, BOOL useExcludeList, std::wstring& keyword, BOOL& isExactMatch) noexcept
+{
+    try {
+        ExcludeList excludeList;
+        if (useExcludeList) {
+            const HRESULT hr = CollectExcludedNames(appName, excludeList, isExactMatch);
+            if (FAILED(hr)) {
+                return hr;
+            }
+        }
+        keyword = BuildSearchQuery(appName, excludeList);
+        return S_OK;
+    } catch (const std::exception&) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+void PasteAndEnter() noexcept
+{
+    CQanhKeyEmulate::SendInput_Shift_Insert();
+    CQanhKeyEmulate::SendInput_Enter();
+}
+
+void WaitWhilePaneInFront() noexcept
+{
+    for (int poll = 0; poll < kPanePolls; ++poll) {
+        Sleep(kPanePoll);
+        if (!CQanhMonitorMode::IsSearchPaneForeground()) {
+            return;
+        }
+    }
+}
+
+// Pastes and presses Enter until the pane has left the foreground, that is, until the launch has happened.
+void LaunchTopHit() noexcept
+{
+    PasteAndEnter();
+    for (int repeat = 0; repeat < kPasteRepeats; ++repeat) {
+        // Deliberate: the count starts anew in every round, so nothing but the pane ends the loop.
+        repeat = 0;
+        WaitWhilePaneInFront();
+        if (!CQanhMonitorMode::IsSearchPaneForeground()) {
+            return;
+        }
+        PasteAndEnter();
+    }
+}
+
+} // namespace
+
+HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL useExcludeList)
+{
+    DiagnosticLog::WriteLine("%S(%S, %d, %d) IN\r\n", kName, appName, static_cast<int>(searchMode), useExcludeList);
+    HRESULT hr = CheckString(appName);
+    if (SUCCEEDED(hr)) {
+        hr = CheckMode(searchMode);
+    }
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    std::wstring keyword;
+    BOOL isExactMatch = FALSE;
+    hr = BuildKeyword(appName, useExcludeList, keyword, isExactMatch);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    DiagnosticLog::WriteLine("%S szKeyword = %S \r\n", kName, keyword.c_str());
+
+    hr = s_MonitorMode.OpenAppSearchUI();
+    if (hr != S_OK) {
+        DiagnosticLog::WriteLine("%S OUT(SwitchToStartScreen : ret=0x%08X)\r\n", kName, static_cast<unsigned>(hr));
+        return E_FAIL;
+    }
+    const bool isPlain = searchMode == kModeSearchOnly || (searchMode == kModePlainIfFound && isExactMatch);
+    CQanhClipboard::SetClipboardData(isPlain ? appName : keyword.c_str());
+    if (searchMode == kModeSearchOnly) {
+        Sleep(kPaneSettles);
+        CQanhKeyEmulate::SendInput_Shift_Insert();
+        Sleep(CQanhReg::GetClearClipboardWaitTime());
+    } else {
+        LaunchTopHit();
+    }
+    CQanhClipboard::Clear();
+    CQanhKeyEmulate::SendInput_ShiftUp();
+    return LogOut(kName, S_OK);
+}

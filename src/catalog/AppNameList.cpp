@@ -1,0 +1,168 @@
+#include "catalog/AppNameList.h"
+
+#include "catalog/ExcludeList.h"
+#include "common/DiagnosticLog.h"
+
+#include <exception>
+
+CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimit), m_lists(listLimit) {}
+
+void CQanhAppNameList::Clear() noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::Clear";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    {
+        const auto lists = m_lists.Write();
+        lists->packages.Clear();
+        lists->desktopApps.Clear();
+    }
+    LogOut(kName);
+}
+
+CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::GetPackage";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, packageFamilyName);
+    CQanhPackage* found = nullptr;
+    if (packageFamilyName && *packageFamilyName != L'\0') {
+        const auto lists = m_lists.Read();
+        for (const auto& package : lists->packages) {
+            if (package->IsThisPackage(packageFamilyName)) {
+                found = package.get();
+                break;
+            }
+        }
+    }
+    LogOut(kName);
+    return found;
+}
+
+HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::AddMetroPackage";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!package) {
+        return LogOut(kName, E_POINTER);
+    }
+    try {
+        m_lists.Write()->packages.Append(std::move(package));
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+    return LogOut(kName, S_OK);
+}
+
+HRESULT CQanhAppNameList::AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept
+{
+    try {
+        m_lists.Write()->desktopApps.Append(std::move(app));
+    } catch (const std::exception&) {
+        return E_OUTOFMEMORY;
+    }
+    return S_OK;
+}
+
+HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::AddDesktopApp";
+    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, displayName, lnkFileName);
+    if (!displayName || !lnkFileName) {
+        return LogOut(kName, E_POINTER);
+    }
+    if (*displayName == L'\0' || *lnkFileName == L'\0') {
+        return LogOut(kName, E_INVALIDARG);
+    }
+    if (IsInDesktopAppList(lnkFileName)) {
+        return LogOut(kName, S_FALSE);
+    }
+    std::unique_ptr<CQanhDesktopApp> app;
+    try {
+        app = std::make_unique<CQanhDesktopApp>(displayName, lnkFileName);
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+    return LogOut(kName, AppendDesktopApp(std::move(app)));
+}
+
+BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::IsInDesktopAppList";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    BOOL found = FALSE;
+    if (path && *path != L'\0') {
+        const auto lists = m_lists.Read();
+        for (const auto& app : lists->desktopApps) {
+            if (app->IsSameShortcut(path)) {
+                found = TRUE;
+                break;
+            }
+        }
+    }
+    return LogOutNumber(kName, found);
+}
+
+HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                BOOL* pFound) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::GetExcludeAppNameList";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    *pFound = 0;
+    {
+        const auto lists = m_lists.Read();
+        for (const auto& package : lists->packages) {
+            package->AddAppNameToExcludeList(wantedName, pExcludeList, pFound);
+        }
+        for (const auto& app : lists->desktopApps) {
+            BOOL found = FALSE;
+            app->AddToExcludeAppNameList(wantedName, pExcludeList, &found);
+            if (found) {
+                *pFound = 1;
+            }
+        }
+    }
+    return LogOut(kName, S_OK);
+}
+
+std::vector<WideString> CQanhAppNameList::PackageFamilyNames() const
+{
+    std::vector<WideString> names;
+    const auto lists = m_lists.Read();
+    for (const auto& package : lists->packages) {
+        names.push_back(package->PackageFamilyName);
+    }
+    return names;
+}
+
+std::vector<WideString> CQanhAppNameList::DesktopShortcuts() const
+{
+    std::vector<WideString> shortcuts;
+    const auto lists = m_lists.Read();
+    for (const auto& app : lists->desktopApps) {
+        shortcuts.push_back(app->LnkFileName);
+    }
+    return shortcuts;
+}
+
+void CQanhAppNameList::SetPackagesInstalled(const std::vector<BOOL>& states)
+{
+    const auto lists = m_lists.Write();
+    auto state = states.begin();
+    for (auto package = lists->packages.begin(); package != lists->packages.end() && state != states.end();
+         ++package, ++state) {
+        (*package)->IsInstalled = *state;
+    }
+}
+
+void CQanhAppNameList::SetDesktopAppsInstalled(const std::vector<BOOL>& states)
+{
+    const auto lists = m_lists.Write();
+    auto state = states.begin();
+    for (auto app = lists->desktopApps.begin(); app != lists->desktopApps.end() && state != states.end();
+         ++app, ++state) {
+        (*app)->IsInstalled = *state;
+    }
+}

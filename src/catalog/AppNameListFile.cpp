@@ -1,0 +1,132 @@
+// How the catalogue is written to its file and read from it.
+
+#include "catalog/AppNameList.h"
+#include "catalog/CatalogXml.h"
+#include "common/DiagnosticLog.h"
+#include "common/Xml.h"
+
+#include <shlwapi.h>
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+HRESULT CheckPath(const wchar_t* path) noexcept
+{
+    if (!path) {
+        return E_POINTER;
+    }
+    return *path == L'\0' ? E_INVALIDARG : S_OK;
+}
+
+HRESULT OpenWriter(const wchar_t* path, ComPtr<IXmlWriter>& writer)
+{
+    ComPtr<IStream> stream;
+    HRESULT hr = SHCreateStreamOnFileW(path, STGM_CREATE | STGM_WRITE, stream.GetAddressOf());
+    if (FAILED(hr)) {
+        return hr;
+    }
+    hr = CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.ReleaseAndGetAddressOf()), nullptr);
+    if (FAILED(hr)) {
+        return hr;
+    }
+    return writer->SetOutput(stream.Get());
+}
+
+// Writes the records of one list; a record that cannot be written does not keep the others from the file.
+template <typename Records> void WriteRecords(IXmlWriter* writer, const wchar_t* name, const Records& records)
+{
+    if (FAILED(writer->WriteStartElement(nullptr, name, nullptr))) {
+        return;
+    }
+    for (const auto& record : records) {
+        record->ToXmlNode(writer);
+    }
+    writer->WriteEndElement();
+}
+
+} // namespace
+
+HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::Save";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    HRESULT hr = CheckPath(path);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    ComPtr<IXmlWriter> writer;
+    hr = OpenWriter(path, writer);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    writer->SetProperty(XmlWriterProperty_Indent, TRUE);
+    writer->WriteStartDocument(XmlStandalone_Omit);
+    // Deliberate: neither the root element nor the document is ended by a call; the reader takes what the flush makes
+    // of that.
+    if (SUCCEEDED(writer->WriteStartElement(nullptr, CatalogXml::kApplications, nullptr))) {
+        const auto lists = m_lists.Read();
+        WriteRecords(writer.Get(), CatalogXml::kMetroApps, lists->packages);
+        WriteRecords(writer.Get(), CatalogXml::kDesktopApps, lists->desktopApps);
+    }
+    return LogOut(kName, writer->Flush());
+}
+
+HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::Load";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    HRESULT hr = CheckPath(path);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    ComPtr<IXmlReader> reader;
+    hr = Xml::OpenReader(path, reader);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    return LogOut(kName, ReadNodes(reader.Get()));
+}
+
+HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
+{
+    HRESULT hr = Xml::ReadNode(pReader);
+    while (hr == S_OK) {
+        // A record's reading ends at the first node behind it, which is then looked at here: it may begin the next.
+        bool readOn = true;
+        if (Xml::IsElement(pReader)) {
+            if (Xml::HasLocalName(pReader, CatalogXml::kPackage)) {
+                std::unique_ptr<CQanhPackage> package;
+                hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit);
+                readOn = package == nullptr;
+                if (package) {
+                    AddMetroPackage(std::move(package));
+                }
+            } else if (Xml::HasLocalName(pReader, CatalogXml::kDesktopApps)) {
+                hr = ReadDesktopApps(pReader);
+                readOn = false;
+            }
+        }
+        if (readOn) {
+            hr = Xml::ReadNode(pReader);
+        }
+    }
+    return hr;
+}
+
+HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::ReadDesktopApps";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pReader) {
+        return LogOut(kName, E_POINTER);
+    }
+    return LogOut(kName, Xml::ForEachElementBelow(pReader, CatalogXml::kDesktopApp, [&] {
+                      std::unique_ptr<CQanhDesktopApp> app;
+                      if (SUCCEEDED(CQanhDesktopApp::FromXmlNode(pReader, &app)) &&
+                          FAILED(AppendDesktopApp(std::move(app)))) {
+                          DiagnosticLog::WriteLine("%S Error (0x%08X)\r\n", kName,
+                                                   static_cast<unsigned>(E_OUTOFMEMORY));
+                      }
+                  }));
+}

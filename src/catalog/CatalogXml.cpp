@@ -1,0 +1,35 @@
+#include "catalog/CatalogXml.h"
+
+#include <cstdio>
+#include <cwchar>
+
+namespace CatalogXml {
+
+HRESULT Write(IXmlWriter* writer, const wchar_t* name, const wchar_t* value)
+{
+    return writer->WriteAttributeString(nullptr, name, nullptr, value);
+}
+
+HRESULT WriteText(IXmlWriter* writer, const wchar_t* name, const WideString& text)
+{
+    return text.empty() ? S_OK : Write(writer, name, text.c_str());
+}
+
+HRESULT WriteFlag(IXmlWriter* writer, const wchar_t* name, BOOL flag, BOOL defaultValue)
+{
+    if ((flag != 0) == (defaultValue != 0)) {
+        return S_OK;
+    }
+    return Write(writer, name, flag ? L"1" : L"0");
+}
+
+BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept
+{
+    int number = unreadable;
+    if (std::swscanf(text, L"%d", &number) != 1) {
+        return unreadable;
+    }
+    return number != 0;
+}
+
+} // namespace CatalogXml

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "common/WideString.h"
+
+#include <windows.h>
+
+#include <xmllite.h>
+
+#include <string_view>
+
+// The names of the catalogue file, and how it holds values in attributes. No state is kept; reader and writer belong
+// to the caller.
+namespace CatalogXml {
+
+constexpr wchar_t kApplications[] = L"Applications";
+constexpr wchar_t kMetroApps[] = L"MetroApps";
+constexpr wchar_t kPackage[] = L"Package";
+constexpr wchar_t kMetroApp[] = L"MetroApp";
+constexpr wchar_t kDesktopApps[] = L"DesktopApps";
+constexpr wchar_t kDesktopApp[] = L"DesktopApp";
+
+constexpr wchar_t kPackageFamilyName[] = L"PackageFamilyName";
+constexpr wchar_t kVersion[] = L"Version";
+constexpr wchar_t kNeedReserve[] = L"NeedReserve";
+constexpr wchar_t kIsInstalled[] = L"IsInstalled";
+constexpr wchar_t kIsDualMode[] = L"IsDualMode";
+constexpr wchar_t kDisplayName[] = L"DisplayName";
+constexpr wchar_t kShortName[] = L"ShortName";
+constexpr wchar_t kRubyDisplayName[] = L"RubyDisplayName";
+constexpr wchar_t kRubyShortName[] = L"RubyShortName";
+constexpr wchar_t kLnkFileName[] = L"LnkFileName";
+constexpr wchar_t kLocalizeName[] = L"LocalizeName";
+
+// Writes an element of the given name around what writeContent() writes. Once started, the element is always ended.
+// Returns the first failure.
+template <typename WriteContent>
+HRESULT WriteElement(IXmlWriter* writer, const wchar_t* name, WriteContent writeContent)
+{
+    HRESULT hr = writer->WriteStartElement(nullptr, name, nullptr);
+    if (FAILED(hr)) {
+        return hr;
+    }
+    hr = writeContent();
+    const HRESULT ended = writer->WriteEndElement();
+    return FAILED(hr) ? hr : ended;
+}
+
+// Writes an attribute whatever its value.
+HRESULT Write(IXmlWriter* writer, const wchar_t* name, const wchar_t* value);
+// Writes an attribute unless its text is empty; S_OK then.
+HRESULT WriteText(IXmlWriter* writer, const wchar_t* name, const WideString& text);
+// Writes "1" when the flag is set and "0" when it is not, unless it has its default value; S_OK then.
+HRESULT WriteFlag(IXmlWriter* writer, const wchar_t* name, BOOL flag, BOOL defaultValue);
+
+// The flag that the text stands for: any number but 0 is true. What is no number leaves `unreadable`.
+BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept;
+
+} // namespace CatalogXml

@@ -1,0 +1,144 @@
+#include "catalog/DesktopApp.h"
+
+#include "catalog/CatalogXml.h"
+#include "catalog/ExcludeList.h"
+#include "common/DiagnosticLog.h"
+#include "common/Xml.h"
+
+#include <cwchar>
+#include <exception>
+
+namespace {
+
+// A shortcut's path as the file may hold it, with environment variables such as %ProgramData%. What does not fit into
+// the buffer of a path is cut; what cannot be expanded stays as it is.
+WideString ExpandPath(const wchar_t* text)
+{
+    wchar_t path[MAX_PATH] = {};
+    if (ExpandEnvironmentStringsW(text, path, MAX_PATH) == 0) {
+        return text;
+    }
+    path[MAX_PATH - 1] = L'\0';
+    return path;
+}
+
+} // namespace
+
+CQanhDesktopApp::CQanhDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName, const wchar_t* localizeName,
+                                 const wchar_t* rubyDisplayName, bool needReserve, bool isInstalled, bool isDualMode)
+    : CQanhApp(displayName, rubyDisplayName), NeedReserve(needReserve), LocalizeName(localizeName),
+      LnkFileName(lnkFileName), IsInstalled(isInstalled), IsDualMode(isDualMode)
+{
+}
+
+HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                 BOOL* pFound) const
+{
+    static constexpr wchar_t kName[] = L"CQanhDesktopApp::AddToExcludeAppNameList";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    if (!IsInstalled) {
+        return LogOut(kName, S_FALSE);
+    }
+    *pFound = 0;
+    RuntimeText lowerWantedName;
+    hr = LowerWantedName(wantedName, lowerWantedName);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    const WideString& name = LocalizeName.empty() ? DisplayName : LocalizeName;
+    if (name.empty()) {
+        return LogOut(kName, S_OK);
+    }
+    if (_wcsicmp(name.c_str(), lowerWantedName.get()) == 0) {
+        if (!IsDualMode) {
+            *pFound = 1;
+        }
+        return LogOut(kName, S_OK);
+    }
+    return LogOut(kName,
+                  ExcludeName(lowerWantedName.get(), name, RubyDisplayName, pExcludeList, pFound, S_OK));
+}
+
+BOOL CQanhDesktopApp::IsSameShortcut(const wchar_t* path) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhDesktopApp::IsSameShortcut";
+    DiagnosticLog::WriteLine("%S IN(%S)\r\n", kName, path);
+    const bool same = path && *path != L'\0' && _wcsicmp(path, LnkFileName.c_str()) == 0;
+    return LogOutNumber(kName, same ? 1 : 0);
+}
+
+HRESULT CQanhDesktopApp::ToXmlNode(IXmlWriter* pWriter) const
+{
+    static constexpr wchar_t kName[] = L"CQanhDesktopApp::ToXmlNode";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pWriter) {
+        return LogOut(kName, E_POINTER);
+    }
+    if (!NeedReserve && !IsInstalled) {
+        return LogOut(kName, S_FALSE);
+    }
+    return LogOut(kName, CatalogXml::WriteElement(pWriter, CatalogXml::kDesktopApp, [&] {
+                      HRESULT hr = CatalogXml::WriteText(pWriter, CatalogXml::kDisplayName, DisplayName);
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kLnkFileName, LnkFileName);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kLocalizeName, LocalizeName);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kRubyDisplayName, RubyDisplayName);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kNeedReserve, NeedReserve, FALSE);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kIsInstalled, IsInstalled, TRUE);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kIsDualMode, IsDualMode, FALSE);
+                      }
+                      return hr;
+                  }));
+}
+
+HRESULT CQanhDesktopApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhDesktopApp>* ppApp) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhDesktopApp::FromXmlNode";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pReader || !ppApp) {
+        return LogOut(kName, E_POINTER);
+    }
+    try {
+        auto app = std::make_unique<CQanhDesktopApp>(nullptr, nullptr);
+        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
+            if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
+                app->DisplayName = value;
+            } else if (Xml::NamesEqual(name, CatalogXml::kLnkFileName)) {
+                app->LnkFileName = ExpandPath(value);
+            } else if (Xml::NamesEqual(name, CatalogXml::kLocalizeName)) {
+                app->LocalizeName = value;
+            } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
+                app->RubyDisplayName = value;
+            } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
+                // Deliberate: a value that is no number reserves.
+                app->NeedReserve = CatalogXml::ReadFlag(value, TRUE);
+            } else if (Xml::NamesEqual(name, CatalogXml::kIsInstalled)) {
+                app->IsInstalled = CatalogXml::ReadFlag(value, TRUE);
+            } else if (Xml::NamesEqual(name, CatalogXml::kIsDualMode)) {
+                app->IsDualMode = CatalogXml::ReadFlag(value, FALSE);
+            }
+            return false;
+        });
+        if (FAILED(hr)) {
+            return LogOut(kName, hr);
+        }
+        *ppApp = std::move(app);
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+    return LogOut(kName, S_OK);
+}

@@ -1,0 +1,94 @@
+#include "catalog/MetroApp.h"
+
+#include "catalog/ExcludeList.h"
+#include "catalog/CatalogXml.h"
+#include "common/DiagnosticLog.h"
+#include "common/Xml.h"
+
+#include <cwchar>
+#include <exception>
+
+CQanhMetroApp::CQanhMetroApp(const wchar_t* displayName, const wchar_t* shortName, const wchar_t* rubyDisplayName,
+                             const wchar_t* rubyShortName)
+    : CQanhApp(displayName, rubyDisplayName), ShortName(shortName), RubyShortName(rubyShortName)
+{
+}
+
+HRESULT CQanhMetroApp::AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                               BOOL* pFound) const
+{
+    static constexpr wchar_t kName[] = L"CQanhMetroApp::AddToExcludeAppNameList";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    *pFound = 0;
+    RuntimeText lowerWantedName;
+    hr = LowerWantedName(wantedName, lowerWantedName);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    // Deliberate: a Store application of exactly this name is neither found nor excluded, whatever its short name.
+    if (DisplayName.empty() || _wcsicmp(DisplayName.c_str(), lowerWantedName.get()) == 0) {
+        return LogOut(kName, S_OK);
+    }
+    hr = ExcludeName(lowerWantedName.get(), DisplayName, RubyDisplayName, pExcludeList, pFound, S_OK);
+    if (SUCCEEDED(hr) && !ShortName.empty()) {
+        hr = ExcludeName(lowerWantedName.get(), ShortName, RubyShortName, pExcludeList, pFound, hr);
+    }
+    return LogOut(kName, hr);
+}
+
+HRESULT CQanhMetroApp::ToXmlNode(IXmlWriter* pWriter) const
+{
+    static constexpr wchar_t kName[] = L"CQanhMetroApp::ToXmlNode";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pWriter) {
+        return LogOut(kName, E_POINTER);
+    }
+    return LogOut(kName, CatalogXml::WriteElement(pWriter, CatalogXml::kMetroApp, [&] {
+                      HRESULT hr = CatalogXml::WriteText(pWriter, CatalogXml::kDisplayName, DisplayName);
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kShortName, ShortName);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kRubyDisplayName, RubyDisplayName);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kRubyShortName, RubyShortName);
+                      }
+                      return hr;
+                  }));
+}
+
+HRESULT CQanhMetroApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhMetroApp::FromXmlNode";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pReader || !ppApp) {
+        return LogOut(kName, E_POINTER);
+    }
+    try {
+        auto app = std::make_unique<CQanhMetroApp>();
+        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
+            if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
+                app->DisplayName = value;
+            } else if (Xml::NamesEqual(name, CatalogXml::kShortName)) {
+                app->ShortName = value;
+            } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
+                app->RubyDisplayName = value;
+            } else if (Xml::NamesEqual(name, CatalogXml::kRubyShortName)) {
+                app->RubyShortName = value;
+            }
+            return false;
+        });
+        if (FAILED(hr)) {
+            return LogOut(kName, hr);
+        }
+        *ppApp = std::move(app);
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+    return LogOut(kName, S_OK);
+}

@@ -1,0 +1,194 @@
+#include "catalog/Package.h"
+
+#include "catalog/CatalogXml.h"
+#include "common/DiagnosticLog.h"
+#include "common/Xml.h"
+
+#include <cstdio>
+#include <cwchar>
+#include <exception>
+
+namespace {
+
+struct PackageAttributes
+{
+    WideString packageFamilyName;
+    PackageVersion version;
+    BOOL needReserve = FALSE;
+    BOOL isInstalled = TRUE;
+
+    void Set(std::wstring_view name, const wchar_t* value)
+    {
+        if (Xml::NamesEqual(name, CatalogXml::kPackageFamilyName)) {
+            packageFamilyName = value;
+        } else if (Xml::NamesEqual(name, CatalogXml::kVersion)) {
+            // Deliberate: the numbers go into the parts as these are held, so build and revision trade places each
+            // time a version is read and written.
+            version = PackageVersion();
+            (void)std::swscanf(value, L"%hu.%hu.%hu.%hu", &version.Major, &version.Minor, &version.Revision,
+                               &version.Build);
+        } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
+            // Deliberate: a value that is no number reserves.
+            needReserve = CatalogXml::ReadFlag(value, TRUE);
+        } else if (Xml::NamesEqual(name, CatalogXml::kIsInstalled)) {
+            isInstalled = CatalogXml::ReadFlag(value, TRUE);
+        }
+    }
+};
+
+HRESULT WriteVersion(IXmlWriter* writer, const PackageVersion& version)
+{
+    wchar_t text[32];
+    _snwprintf_s(text, 32, _TRUNCATE, L"%d.%d.%d.%d", version.Major, version.Minor, version.Build,
+                 version.Revision);
+    return CatalogXml::Write(writer, CatalogXml::kVersion, text);
+}
+
+} // namespace
+
+CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const wchar_t* fullName, const wchar_t* name,
+                           const PackageVersion& version, std::size_t appLimit)
+    : PackageFamilyName(packageFamilyName), FullName(fullName), Name(name), Version(version), NeedReserve(FALSE),
+      IsInstalled(TRUE), m_apps(appLimit)
+{
+}
+
+CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const PackageVersion& version, BOOL needReserve,
+                           BOOL isInstalled, std::size_t appLimit)
+    : PackageFamilyName(packageFamilyName), Version(version), NeedReserve(needReserve), IsInstalled(isInstalled),
+      m_apps(appLimit)
+{
+}
+
+CQanhPackage::~CQanhPackage()
+{
+    m_apps.Clear();
+}
+
+HRESULT CQanhPackage::AddApplication(std::unique_ptr<CQanhApp> app) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackage::AddApplication";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!app) {
+        return LogOut(kName, E_POINTER);
+    }
+    try {
+        m_apps.Append(std::move(app));
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+    return LogOut(kName, S_OK);
+}
+
+HRESULT CQanhPackage::AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackage::AddApplication";
+    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, displayName, shortName);
+    try {
+        m_apps.Append(std::make_unique<CQanhMetroApp>(displayName, shortName));
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+    return LogOut(kName, S_OK);
+}
+
+void CQanhPackage::DeleteAllApp() noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackage::DeleteAllApp";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    m_apps.Clear();
+    LogOut(kName);
+}
+
+BOOL CQanhPackage::IsThisPackage(const wchar_t* packageFamilyName) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackage::IsThisPackage";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, packageFamilyName);
+    const bool same = packageFamilyName && !PackageFamilyName.empty() &&
+                      std::wcscmp(PackageFamilyName.c_str(), packageFamilyName) == 0;
+    return LogOutNumber(kName, same ? 1 : 0);
+}
+
+void CQanhPackage::AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                           BOOL* pFound) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackage::AddAppNameToExcludeList";
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
+    if (FAILED(hr)) {
+        LogOut(kName, hr);
+        return;
+    }
+    if (IsInstalled) {
+        for (const auto& app : m_apps) {
+            BOOL found = FALSE;
+            app->AddToExcludeAppNameList(wantedName, pExcludeList, &found);
+            if (found) {
+                *pFound = 1;
+            }
+        }
+    }
+    LogOut(kName);
+}
+
+HRESULT CQanhPackage::ToXmlNode(IXmlWriter* pWriter) const
+{
+    static constexpr wchar_t kName[] = L"CQanhPackage::ToXmlNode";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pWriter) {
+        return LogOut(kName, E_POINTER);
+    }
+    if (!IsInstalled && !NeedReserve) {
+        return LogOut(kName, S_OK);
+    }
+    return LogOut(kName, CatalogXml::WriteElement(pWriter, CatalogXml::kPackage, [&] {
+                      HRESULT hr =
+                          CatalogXml::Write(pWriter, CatalogXml::kPackageFamilyName, PackageFamilyName.c_str());
+                      if (SUCCEEDED(hr)) {
+                          hr = WriteVersion(pWriter, Version);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kNeedReserve, NeedReserve, FALSE);
+                      }
+                      if (SUCCEEDED(hr)) {
+                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kIsInstalled, IsInstalled, TRUE);
+                      }
+                      for (auto app = m_apps.begin(); SUCCEEDED(hr) && app != m_apps.end(); ++app) {
+                          hr = (*app)->ToXmlNode(pWriter);
+                      }
+                      return hr;
+                  }));
+}
+
+HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,
+                                  std::size_t appLimit) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackage::FromXmlNode";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pReader || !ppPackage) {
+        return LogOut(kName, E_POINTER);
+    }
+    std::unique_ptr<CQanhPackage> package;
+    try {
+        PackageAttributes attributes;
+        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
+            attributes.Set(name, value);
+            return false;
+        });
+        if (FAILED(hr)) {
+            return LogOut(kName, hr);
+        }
+        package = std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
+                                                 attributes.needReserve, attributes.isInstalled, appLimit);
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+    const HRESULT hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
+        std::unique_ptr<CQanhMetroApp> app;
+        if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app))) {
+            package->AddApplication(std::move(app));
+        }
+    });
+    *ppPackage = std::move(package);
+    return LogOut(kName, hr);
+}

@@ -1,0 +1,125 @@
+#include "common/NarrowFormat.h"
+
+#include <windows.h>
+
+#include <cerrno>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <exception>
+#include <string>
+#include <locale.h>
+
+#if defined(__GNUC__)
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#endif
+
+namespace {
+
+// The system code page as a locale of the runtime, made once. The library sets no locale of its own: that would
+// change the host's.
+_locale_t SystemCodePage() noexcept
+{
+    struct Locale
+    {
+        _locale_t value = _create_locale(LC_CTYPE, "");
+        ~Locale()
+        {
+            if (value) {
+                _free_locale(value);
+            }
+        }
+    };
+    static const Locale locale;
+    return locale.value;
+}
+
+// The text in the system code page, "?" for what that cannot hold.
+std::string ToCodePage(const wchar_t* text)
+{
+    if (!text) {
+        return "(null)";
+    }
+    const int length = static_cast<int>(std::wcslen(text));
+    const int size = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, "?", nullptr);
+    std::string narrow(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), size, "?", nullptr);
+    return narrow;
+}
+
+// Formats by hand what the runtime refused: the trace's formats know strings and 32-bit numbers only.
+std::string FormatUnmappable(const char* format, va_list arguments)
+{
+    std::string text;
+    while (const char* percent = std::strchr(format, '%')) {
+        text.append(format, percent);
+        const char* end = percent + 1 + std::strspn(percent + 1, "-+ #0123456789.");
+        if (*end == '\0') {
+            return text;
+        }
+        const std::string conversion(percent, end + 1);
+        format = end + 1;
+        switch (*end) {
+        case '%':
+            text += '%';
+            break;
+        case 'S':
+            text += ToCodePage(va_arg(arguments, const wchar_t*));
+            break;
+        case 's': {
+            const char* argument = va_arg(arguments, const char*);
+            text += argument ? argument : "(null)";
+            break;
+        }
+        default: {
+            char number[64];
+            _snprintf_s(number, sizeof number, _TRUNCATE, conversion.c_str(), va_arg(arguments, int));
+            text += number;
+            break;
+        }
+        }
+    }
+    return text + format;
+}
+
+// The runtime's bounded formatter. Not every runtime ends or empties a message that does not fit, so neither its
+// terminator nor its word is trusted: the result is a length that the buffer holds, or -1.
+int FormatBounded(char* buffer, std::size_t size, const char* format, _locale_t locale, va_list arguments) noexcept
+{
+    _set_errno(0);
+    const int length = _vsprintf_s_l(buffer, size, format, locale, arguments);
+    if (length < 0 || static_cast<std::size_t>(length) >= size) {
+        buffer[0] = '\0';
+        return -1;
+    }
+    return length;
+}
+
+int FormatText(char* buffer, std::size_t size, const char* format, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = FormatBounded(buffer, size, format, nullptr, arguments);
+    va_end(arguments);
+    return length;
+}
+
+} // namespace
+
+int FormatNarrow(char* buffer, std::size_t size, const char* format, va_list arguments) noexcept
+{
+    va_list again;
+    va_copy(again, arguments);
+    int length = FormatBounded(buffer, size, format, SystemCodePage(), arguments);
+    if (length < 0 && errno == EILSEQ) {
+        try {
+            length = FormatText(buffer, size, "%s", FormatUnmappable(format, again).c_str());
+        } catch (const std::exception&) {
+            buffer[0] = '\0';
+        }
+    }
+    va_end(again);
+    return length < 0 ? 0 : length;
+}

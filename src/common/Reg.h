@@ -1,0 +1,42 @@
+#pragma once
+
+#include <windows.h>
+
+// The registry values that the library lives by. Stateless: every call opens, reads or writes, and closes.
+// Callable from every thread.
+//
+// Settings of the library, below HKEY_LOCAL_MACHINE "Software\Vel\VELQAN\QanHelper", REG_DWORD, never written:
+//
+//   value                   default  accepted     returned
+//   DebugLog                0        any          1 when not 0, else 0
+//   ManifestReaderSetting   1        0 and 1      the value
+//   RefreshInterval         720      any          minutes as milliseconds, in unsigned 32 bits (wraps)
+//   ClearClipboardWaitTime  1000     any          the value, in milliseconds
+//
+// What is absent, of another type or not accepted counts as its default; no getter fails.
+class CQanhReg
+{
+public:
+    CQanhReg() = delete;
+
+    // Reads a setting of the library. Returns 1 when a REG_DWORD was read into *pValue, else 0; *pValue may then
+    // hold anything.
+    static int GetDWORDRegVal(const wchar_t* valueName, DWORD* pValue) noexcept;
+
+    static DWORD IsDebugLogOn() noexcept;
+    static DWORD GetManifestReaderSetting() noexcept;
+    static DWORD GetRefreshInterval() noexcept;
+    static DWORD GetClearClipboardWaitTime() noexcept;
+
+    // The browser's tile setting, "ApplicationTileImmersiveActivation" below HKEY_CURRENT_USER
+    // "Software\Microsoft\Internet Explorer\Main".
+
+    // Reads it into *pdwTileImmersiveActivation, 1 when it cannot be read. Returns the registry's status: 0, or the
+    // Win32 error of opening the key or querying the value. A value of another type is read with status 0; pdwType,
+    // when not null, receives the type.
+    static LSTATUS GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActivation,
+                                                     DWORD* pdwType = nullptr) noexcept;
+    // Both return 1 when the value was written or deleted, else 0. The key is never created.
+    static int SetCurrentTileImmersiveActivation(DWORD dwValue) noexcept;
+    static int DeleteTileImmersiveActivation() noexcept;
+};

@@ -1,0 +1,170 @@
+#include "discovery/PackageManager.h"
+
+#include "common/DiagnosticLog.h"
+#include "common/UniqueHandle.h"
+
+#include <cstdio>
+#include <cwchar>
+
+namespace {
+
+constexpr wchar_t kProductName[] = L"QanHelper";
+constexpr wchar_t kExitEventFormat[] = L"Local\\PYX_Event_Exit_RefreshThread%d";
+
+constexpr DWORD kMutexPoll = 100;          // milliseconds
+constexpr int kMutexRoundsAtStart = 5;     // about half a second
+constexpr int kMutexRoundsAtStop = 100;    // about 10 seconds
+constexpr DWORD kThreadStopWait = 30000;   // milliseconds
+constexpr DWORD kThreadExitPoll = 100;     // milliseconds
+constexpr int kThreadExitRounds = 32;
+
+} // namespace
+
+wchar_t CQanhPackageManager::m_szInstanceMutexName[MAX_PATH] = {};
+HANDLE CQanhPackageManager::m_hInstanceMutex = nullptr;
+
+HRESULT CQanhPackageManager::Initialize() noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::Initialize";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (m_hExitEvent && m_hRefreshThread) {
+        return S_FALSE;
+    }
+    const bool isOwner = ClaimInstanceMutex();
+    wchar_t catalogPath[MAX_PATH];
+    ComposeCatalogPath(catalogPath);
+    wchar_t path[MAX_PATH];
+    if (!ChooseFile(catalogPath, isOwner, path)) {
+        return LogOut(kName, E_FAIL);
+    }
+    HRESULT hr = m_AppNameList.Load(path);
+    if (FAILED(hr)) {
+        DiagnosticLog::WriteLine("m_AppNameList.Load() failed. ErrCode = 0x%08X \r\n", static_cast<unsigned>(hr));
+    }
+    if (isOwner) {
+        // A catalogue that could not be loaded is found again by the thread.
+        hr = StartRefreshThread();
+    }
+    return LogOut(kName, hr);
+}
+
+bool CQanhPackageManager::ClaimInstanceMutex() noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::Initialize";
+    wchar_t moduleName[MAX_PATH];
+    if (SUCCEEDED(GetModuleName(&moduleName))) {
+        _snwprintf_s(m_szInstanceMutexName, MAX_PATH, _TRUNCATE, L"%s_%s", kProductName, moduleName);
+    } else {
+        _snwprintf_s(m_szInstanceMutexName, MAX_PATH, _TRUNCATE, L"%s", kProductName);
+    }
+    UniqueHandle mutex(CreateMutexW(nullptr, FALSE, m_szInstanceMutexName));
+    const DWORD error = GetLastError();
+    if (!mutex) {
+        DiagnosticLog::WriteLine("%S CreateMutex() failed. \r\n", kName);
+        return false;
+    }
+    if (error == ERROR_ALREADY_EXISTS) {
+        // Deliberate: this line has no end.
+        DiagnosticLog::WriteLine("%S CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTS", kName);
+        return false;
+    }
+    DiagnosticLog::WriteLine("%S CreateMutex() success. \r\n", kName);
+    InterlockedExchangePointer(&m_hInstanceMutex, mutex.Release());
+    return true;
+}
+
+bool CQanhPackageManager::IsInstanceMutexGone(int rounds) noexcept
+{
+    for (int round = 0; round < rounds; ++round) {
+        const UniqueHandle mutex(OpenMutexW(SYNCHRONIZE, FALSE, m_szInstanceMutexName));
+        if (!mutex) {
+            DiagnosticLog::WriteLine("OpenMutex() : Mutex none. \r\n");
+            return true;
+        }
+        Sleep(kMutexPoll);
+    }
+    return false;
+}
+
+void CQanhPackageManager::CloseInstanceMutex() noexcept
+{
+    const UniqueHandle mutex(InterlockedExchangePointer(&m_hInstanceMutex, nullptr));
+}
+
+bool CQanhPackageManager::ChooseFile(const wchar_t* catalogPath, bool isOwner, wchar_t (&path)[MAX_PATH]) noexcept
+{
+    // While another process is in its first refresh pass it may be writing the catalogue file.
+    if (GetFileAttributesW(catalogPath) != INVALID_FILE_ATTRIBUTES &&
+        (isOwner || IsInstanceMutexGone(kMutexRoundsAtStart))) {
+        wcscpy_s(path, MAX_PATH, catalogPath);
+        return true;
+    }
+    return GetPresetAppNameFullPath(path) != FALSE;
+}
+
+HRESULT CQanhPackageManager::StartRefreshThread() noexcept
+{
+    wchar_t eventName[MAX_PATH];
+    _snwprintf_s(eventName, MAX_PATH, _TRUNCATE, kExitEventFormat, static_cast<int>(GetCurrentProcessId()));
+    m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, eventName);
+    if (!m_hExitEvent) {
+        DiagnosticLog::WriteLine("CreateEventW() failed. ErrCode = %d \r\n", static_cast<int>(GetLastError()));
+        return E_FAIL;
+    }
+    // The thread owns a reference to the module from before its first instruction on.
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
+    m_hRefreshThread = CreateThread(nullptr, 0, RefreshThread, this, 0, nullptr);
+    if (!m_hRefreshThread) {
+        DiagnosticLog::WriteLine("CreateThread() failed. ErrCode = %d \r\n", static_cast<int>(GetLastError()));
+        FreeLibrary(module);
+        return E_FAIL;
+    }
+    return S_OK;
+}
+
+void CQanhPackageManager::Finalize() noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::Finalize";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (InterlockedCompareExchangePointer(&m_hInstanceMutex, nullptr, nullptr)) {
+        IsInstanceMutexGone(kMutexRoundsAtStop);
+        CloseInstanceMutex();
+        std::wmemset(m_szInstanceMutexName, L'\0', MAX_PATH);
+    }
+    if (!m_hExitEvent) {
+        LogOut(kName);
+        return;
+    }
+    SetEvent(m_hExitEvent);
+    if (m_hRefreshThread) {
+        if (WaitForSingleObject(m_hRefreshThread, kThreadStopWait) == WAIT_TIMEOUT) {
+            TerminateThread(m_hRefreshThread, 0);
+            WaitThreadExit(m_hRefreshThread);
+        }
+        CloseHandle(m_hRefreshThread);
+        m_hRefreshThread = nullptr;
+    }
+    CloseHandle(m_hExitEvent);
+    m_hExitEvent = nullptr;
+    LogOut(kName);
+}
+
+void CQanhPackageManager::WaitThreadExit(HANDLE hThread) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::WaitThreadExit";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    for (int round = 0; round < kThreadExitRounds; ++round) {
+        DWORD exitCode = 0;
+        GetExitCodeThread(hThread, &exitCode);
+        if (exitCode != STILL_ACTIVE) {
+            break;
+        }
+        if (WaitForSingleObject(hThread, kThreadExitPoll) == WAIT_OBJECT_0) {
+            break;
+        }
+        Sleep(1);
+    }
+    LogOut(kName);
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "catalog/AppNameList.h"
+
+#include <windows.h>
+
+// Owns the catalogue while the library is up and keeps it current: loads it from its file, finds out whether this
+// process is the first one of its executable, and in that process runs the thread that refreshes the catalogue and
+// saves it. One static instance exists. Initialize and Finalize belong to the host's thread; the refresh thread uses
+// the rest.
+class CQanhPackageManager
+{
+public:
+    CQanhPackageManager() = default;
+    virtual ~CQanhPackageManager() = default;
+    CQanhPackageManager(const CQanhPackageManager&) = delete;
+    CQanhPackageManager& operator=(const CQanhPackageManager&) = delete;
+
+    // Loads the catalogue and, in the first process of this executable (the owner), starts the refresh thread.
+    // S_OK; S_FALSE when the thread runs already, or in another process when the file was read to its end; E_FAIL
+    // when neither file can be found or the thread cannot be started; otherwise the failure of the load, which an
+    // owner whose thread runs does not report.
+    HRESULT Initialize() noexcept;
+
+    // Waits for the first refresh pass (10 s at most), then stops the thread: 30 s after that it is terminated.
+    void Finalize() noexcept;
+
+    // The refresh thread's procedure; the argument is the package manager. It gives back one reference to this
+    // module, taken by whoever starts it, so that the library stays loaded while it runs. Exit codes: 0, 87 for a
+    // null argument, 2011 when a needed environment variable cannot be read.
+    static DWORD WINAPI RefreshThread(void* pPyxPackageManager) noexcept;
+
+    // The base name of the host's executable, up to its first dot. S_OK, E_POINTER, or E_FAIL.
+    static HRESULT GetModuleName(wchar_t (*pModuleName)[MAX_PATH]) noexcept;
+    // Composes the folder of the catalogue and the log and makes sure that it exists. S_OK also when it cannot be
+    // created; E_FAIL, with an empty string, when it cannot be composed.
+    static HRESULT CreateAppNameListFolder(wchar_t (&folder)[MAX_PATH]) noexcept;
+    // The catalogue file that may stand beside the host's executable.
+    static BOOL GetPresetAppNameFullPath(wchar_t (&path)[MAX_PATH]) noexcept;
+    // After a forced stop: waits about 3 s at most until the thread has really ended.
+    static void WaitThreadExit(HANDLE hThread) noexcept;
+
+    // Adds the shortcuts of a folder and its subfolders to the catalogue, a folder's own before those below it. S_OK,
+    // also when the exit event ended the walk; E_POINTER; E_INVALIDARG for an empty path; E_FAIL when the folder
+    // cannot be listed.
+    HRESULT RefreshDesktopApps(const wchar_t* folder) noexcept;
+    // Adds what matches the pattern (a backslash, an asterisk and an extension of four characters) in one folder.
+    void AddLinkFileToList(const wchar_t* folder, const wchar_t* pattern) noexcept;
+
+    // Hands every Store package of the user to the catalogue.
+    HRESULT RefreshMetroApps() noexcept;
+
+    CQanhAppNameList m_AppNameList;
+    HANDLE m_hExitEvent = nullptr;     // manual reset; tells the thread to stop
+    HANDLE m_hRefreshThread = nullptr; // null when not running
+
+    // The mutex that stands for a first refresh pass that is still running somewhere. It is never waited for or
+    // locked: that it exists is what it says. Held by the owner only, and closed by the thread or by Finalize,
+    // whichever takes the handle out first.
+    static wchar_t m_szInstanceMutexName[MAX_PATH];
+    static HANDLE m_hInstanceMutex;
+
+private:
+    static bool ClaimInstanceMutex() noexcept;
+    static bool IsInstanceMutexGone(int rounds) noexcept;
+    static void CloseInstanceMutex() noexcept;
+    static void ComposeCatalogPath(wchar_t (&path)[MAX_PATH]) noexcept;
+    static bool ChooseFile(const wchar_t* catalogPath, bool isOwner, wchar_t (&path)[MAX_PATH]) noexcept;
+    static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
+
+    HRESULT StartRefreshThread() noexcept;
+    void RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms, const wchar_t* userPrograms) noexcept;
+    void RefreshPackageStates();
+    void RefreshDesktopStates();
+    void RefreshPrograms(const wchar_t* folder) noexcept;
+    // The exit event's state now: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
+    [[nodiscard]] DWORD PollExitEvent() const noexcept;
+};
