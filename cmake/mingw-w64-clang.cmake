@@ -13,8 +13,9 @@ execute_process(COMMAND ${QANHELPER_TARGET}-g++-posix -print-file-name=libgcc.a
   OUTPUT_VARIABLE libgcc OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 get_filename_component(gcc_folder ${libgcc} DIRECTORY)
 set(CMAKE_CXX_FLAGS_INIT
-  "-nostdinc++ -isystem ${gcc_folder}/include/c++ -isystem ${gcc_folder}/include/c++/${QANHELPER_TARGET}")
+  "-Wno-unused-command-line-argument -nostdinc++ -isystem ${gcc_folder}/include/c++ -isystem ${gcc_folder}/include/c++/${QANHELPER_TARGET}")
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -L${gcc_folder}")
 endforeach()
-set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "-lpthread")
+set(CMAKE_CXX_STANDARD_LIBRARIES "-lpthread -lkernel32 -luser32 -lgdi32 -lshell32 -lole32 -loleaut32 -luuid -ladvapi32"
+  CACHE STRING "Libraries that every C++ program is linked with")

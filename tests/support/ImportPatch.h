@@ -1,0 +1,58 @@
+#pragma once
+
+#include <windows.h>
+
+#include <vector>
+
+namespace test {
+
+// Replaces a function that this program (with the library's code in it) imports, until the end of the scope: to see
+// what the library asks of the platform, or to make that fail. The function is known by its name, whichever DLL it
+// comes from. Only calls from this module are affected.
+//
+//     test::ImportPatch<decltype(&CreateEventW)> patch("CreateEventW",
+//         [](SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*) -> HANDLE { SetLastError(5); return nullptr; });
+//     ... patch.Original()(...) calls the real one.
+class ImportPatchBase
+{
+protected:
+    ImportPatchBase(const char* function, void* replacement);
+    ~ImportPatchBase();
+    ImportPatchBase(const ImportPatchBase&) = delete;
+    ImportPatchBase& operator=(const ImportPatchBase&) = delete;
+
+    void* m_original = nullptr;
+
+private:
+    std::vector<void**> m_slots;
+};
+
+template <typename Function> class ImportPatch : private ImportPatchBase
+{
+public:
+    ImportPatch(const char* function, Function replacement)
+        : ImportPatchBase(function, reinterpret_cast<void*>(replacement))
+    {
+    }
+    // The function that the patch stands in for.
+    Function Original() const { return reinterpret_cast<Function>(m_original); }
+};
+
+// Makes Sleep return at once and keeps what was asked for, so that pauses and polling loops are tested to the
+// millisecond. One at a time.
+class FakeSleep
+{
+public:
+    FakeSleep();
+    ~FakeSleep();
+
+    // The milliseconds of every call, in order.
+    [[nodiscard]] const std::vector<DWORD>& Calls() const;
+    // Called at every Sleep, after it was recorded; may change what the next poll sees.
+    void OnSleep(void (*action)(DWORD milliseconds));
+
+private:
+    ImportPatch<decltype(&Sleep)> m_patch;
+};
+
+} // namespace test

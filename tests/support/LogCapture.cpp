@@ -1,0 +1,64 @@
+#include "support/LogCapture.h"
+
+#include "common/DiagnosticLog.h"
+#include "support/Text.h"
+
+#include <windows.h>
+
+#include <regex>
+
+namespace {
+
+std::wstring HostName()
+{
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring name(path);
+    name.erase(0, name.rfind(L'\\') + 1);
+    return name.substr(0, name.find(L'.'));
+}
+
+} // namespace
+
+namespace test {
+
+std::string WithoutTimeStamps(std::string_view log)
+{
+    static const std::regex stamp(R"(\[\d{4}/\d{2}/\d{2} \d{2}:\d{2}:\d{2}\.\d{3}\])");
+    return std::regex_replace(std::string(log), stamp, "");
+}
+
+LogCapture::LogCapture() : m_environment(L"LOCALAPPDATA", m_folder.Path().c_str())
+{
+    const std::wstring folder = m_folder / (L"Vel\\QanHelper\\" + HostName());
+    MakeFolder(folder);
+    m_file = folder + L"\\QanHelperLog.txt";
+    DiagnosticLog::SetEnabled(true);
+    DiagnosticLog::ComposePath();
+}
+
+LogCapture::~LogCapture()
+{
+    DiagnosticLog::SetEnabled(false);
+}
+
+std::string LogCapture::Text() const
+{
+    return Exists(m_file) ? WithoutTimeStamps(ReadFileBytes(m_file)) : std::string();
+}
+
+std::vector<std::string> LogCapture::Lines() const
+{
+    std::vector<std::string> lines = Split(Text(), "\r\n");
+    if (!lines.empty() && lines.back().empty()) {
+        lines.pop_back();
+    }
+    return lines;
+}
+
+void LogCapture::Clear()
+{
+    DeleteFileW(m_file.c_str());
+}
+
+} // namespace test

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace test {
+
+std::wstring FromUtf8(std::string_view text);
+std::string ToUtf8(std::wstring_view text);
+
+// The file's bytes; throws std::runtime_error when it cannot be read.
+std::string ReadFileBytes(const std::wstring& path);
+void WriteFileBytes(const std::wstring& path, std::string_view bytes);
+
+// Pieces between the separators; a text without one is one piece.
+std::vector<std::string> Split(std::string_view text, std::string_view separator);
+
+} // namespace test
