@@ -1,0 +1,47 @@
+# Sourced by the scripts that run Windows programs: a throw-away Wine prefix.
+
+# Makes a prefix of its own in a temporary folder and starts its server; it is gone when the script ends.
+#   make_prefix null    windows without a display
+#   make_prefix x11     windows on the display that DISPLAY names
+make_prefix() {
+  prefix_folder=$(mktemp -d)
+  trap remove_prefix EXIT
+  trap 'exit 130' INT
+  trap 'exit 143' TERM
+  export WINEPREFIX="$prefix_folder/prefix" WINEDEBUG=-all LC_ALL=C.UTF-8
+  # No questions about components that nothing here needs.
+  export WINEDLLOVERRIDES="mscoree,mshtml="
+  if [ "$1" = null ]; then
+    unset DISPLAY
+  fi
+  mkdir "$WINEPREFIX"
+  wineserver -p
+  wine wineboot -i > /dev/null 2>&1
+  # Windows 8; a crash ends the program at once instead of asking.
+  cat > "$prefix_folder/settings.reg" << 'REG'
+REGEDIT4
+
+[HKEY_CURRENT_USER\Software\Wine]
+"Version"="win8"
+
+[HKEY_CURRENT_USER\Software\Wine\WineDbg]
+"ShowCrashDialog"=dword:00000000
+
+[HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\AeDebug]
+"Debugger"="false"
+REG
+  if [ "$1" = null ]; then
+    printf '\n[HKEY_CURRENT_USER\\Software\\Wine\\Drivers]\n"Graphics"="null"\n' >> "$prefix_folder/settings.reg"
+  fi
+  wine regedit /S "$prefix_folder/settings.reg" > /dev/null 2>&1
+  # The graphics driver is chosen when the desktop starts.
+  wineserver -k
+  wineserver -w
+  wineserver -p
+}
+
+remove_prefix() {
+  wineserver -k > /dev/null 2>&1 || true
+  wineserver -w > /dev/null 2>&1 || true
+  rm -rf "$prefix_folder"
+}
