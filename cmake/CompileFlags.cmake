@@ -13,7 +13,7 @@ if(MSVC)
   set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
 else()
   set(warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Werror)
-  set(warnings_cxx -Wnon-virtual-dtor -Woverloaded-virtual)
+  set(warnings_cxx -Woverloaded-virtual)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     list(APPEND warnings_cxx -Wextra-semi -Wunreachable-code -Wloop-analysis -Wdocumentation
       -Wno-format-pedantic -Wno-format-non-iso)
@@ -27,5 +27,6 @@ else()
     $<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<CONFIG:Debug>,$<CXX_COMPILER_ID:GNU>>:-fsanitize-undefined-trap-on-error>)
   # No runtime DLL stands beside what is built here.
   target_link_options(qanhelper_flags INTERFACE -static
-    -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
+    -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
+    $<$<CONFIG:Debug>:-fstack-protector-strong>)
 endif()

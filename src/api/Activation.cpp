@@ -4,10 +4,57 @@
 #include "api/Arguments.h"
 #include "common/DiagnosticLog.h"
 
+#include <objbase.h>
+#include <shobjidl.h>
+
+#include <wrl/client.h>
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr DWORD kPauseAfterActivation = 100; // milliseconds
+
+// A COM apartment for one call. A thread that has one of another kind works in that one, which is not left.
+class ComApartment
+{
+public:
+    ComApartment() noexcept : m_isEntered(SUCCEEDED(CoInitialize(nullptr))) {}
+    ~ComApartment()
+    {
+        if (m_isEntered) {
+            CoUninitialize();
+        }
+    }
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+
+private:
+    bool m_isEntered;
+};
+
+} // namespace
+
 HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments)
 {
     static constexpr wchar_t kName[] = L"QanhLaunchByManager";
     DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, appUserModelId, arguments);
-    const HRESULT hr = CheckString(appUserModelId);
-    return LogOut(kName, FAILED(hr) ? hr : E_NOTIMPL);
+    HRESULT hr = CheckString(appUserModelId);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    // Deliberate: from here on no exit line is written.
+    {
+        const ComApartment apartment;
+        ComPtr<IApplicationActivationManager> manager;
+        hr = CoCreateInstance(CLSID_ApplicationActivationManager, nullptr, CLSCTX_INPROC_SERVER,
+                              IID_IApplicationActivationManager, reinterpret_cast<void**>(manager.GetAddressOf()));
+        if (FAILED(hr)) {
+            return hr;
+        }
+        DWORD processId = 0;
+        hr = manager->ActivateApplication(appUserModelId, arguments, AO_NONE, &processId);
+    }
+    Sleep(kPauseAfterActivation);
+    return hr;
 }

@@ -1,25 +1,11 @@
 #pragma once
 
-#include <windows.h>
+#include "common/Arguments.h"
 
-// The checks that an export makes before anything else: E_POINTER for a null pointer, E_INVALIDARG for an empty
-// string or a mode above 2, otherwise S_OK.
-
+// The highest search mode and tile mode.
 constexpr DWORD kHighestMode = 2;
 
-inline HRESULT CheckString(const wchar_t* text) noexcept
-{
-    if (!text) {
-        return E_POINTER;
-    }
-    return *text == L'\0' ? E_INVALIDARG : S_OK;
-}
-
-inline HRESULT CheckStringAndOut(const wchar_t* text, const void* out) noexcept
-{
-    return out ? CheckString(text) : E_POINTER;
-}
-
+// E_INVALIDARG for a mode out of range, otherwise S_OK.
 inline HRESULT CheckMode(DWORD mode) noexcept
 {
     return mode > kHighestMode ? E_INVALIDARG : S_OK;

@@ -1,6 +1,7 @@
 #include "catalog/App.h"
 
 #include "catalog/ExcludeList.h"
+#include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 
 #include <algorithm>
@@ -111,10 +112,7 @@ void RuntimeMemoryDeleter::operator()(wchar_t* text) const noexcept
 
 HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList, const BOOL* pFound) noexcept
 {
-    if (!wantedName || !pExcludeList || !pFound) {
-        return E_POINTER;
-    }
-    return *wantedName == L'\0' ? E_INVALIDARG : S_OK;
+    return pExcludeList ? CheckStringAndPointer(wantedName, pFound) : E_POINTER;
 }
 
 HRESULT LowerWantedName(const wchar_t* wantedName, RuntimeText& lowerWantedName) noexcept

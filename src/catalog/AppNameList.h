@@ -5,6 +5,7 @@
 #include "catalog/Package.h"
 #include "common/Guarded.h"
 #include "common/WideString.h"
+#include "platform/RuntimePackages.h"
 
 #include <windows.h>
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 class ExcludeList;
+struct StoreIdentity;
 struct IXmlReader;
 
 // The catalogue of the applications that may be launched: Store packages with their applications, and desktop
@@ -41,6 +43,12 @@ public:
 
     // The first package of exactly this family name, borrowed; null for a null or empty name or none.
     CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
+
+    // Brings a Store package of the system into the list, or up to date there, with the names that its manifest
+    // declares. A reserved package stays as it is, and so does one whose version is known; a changed one stays as it
+    // is until all its names can be resolved. E_POINTER; E_FAIL when the package does not tell its identity;
+    // E_OUTOFMEMORY; the manifest reader's status for a changed package; otherwise S_OK.
+    HRESULT AddMetroPackage(platform::IPackage* pStorePackage) noexcept;
 
     // Takes a package record over: S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before.
     HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept;
@@ -74,6 +82,8 @@ private:
         OwnedList<CQanhDesktopApp> desktopApps;
     };
 
+    HRESULT AddStorePackage(platform::IPackage* pStorePackage);
+    HRESULT RefreshPackage(CQanhPackage& package, const StoreIdentity& identity);
     HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
     HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 

@@ -2,6 +2,7 @@
 
 #include "catalog/AppNameList.h"
 #include "catalog/CatalogXml.h"
+#include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/Xml.h"
 
@@ -10,14 +11,6 @@
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-HRESULT CheckPath(const wchar_t* path) noexcept
-{
-    if (!path) {
-        return E_POINTER;
-    }
-    return *path == L'\0' ? E_INVALIDARG : S_OK;
-}
 
 HRESULT OpenWriter(const wchar_t* path, ComPtr<IXmlWriter>& writer)
 {
@@ -51,7 +44,7 @@ HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Save";
     DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
-    HRESULT hr = CheckPath(path);
+    HRESULT hr = CheckString(path);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
@@ -76,7 +69,7 @@ HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Load";
     DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
-    HRESULT hr = CheckPath(path);
+    HRESULT hr = CheckString(path);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }

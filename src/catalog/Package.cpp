@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <exception>
+#include <utility>
 
 namespace {
 
@@ -98,6 +99,12 @@ void CQanhPackage::DeleteAllApp() noexcept
     DiagnosticLog::WriteLine("%S IN\r\n", kName);
     m_apps.Clear();
     LogOut(kName);
+}
+
+void CQanhPackage::SwapContents(CQanhPackage& other) noexcept
+{
+    std::swap(Version, other.Version);
+    m_apps.Swap(other.m_apps);
 }
 
 BOOL CQanhPackage::IsThisPackage(const wchar_t* packageFamilyName) const noexcept

@@ -42,6 +42,9 @@ public:
     HRESULT AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept;
     void DeleteAllApp() noexcept;
 
+    // Takes the version and the applications of another record of the same package, which gets those of this one.
+    void SwapContents(CQanhPackage& other) noexcept;
+
     // True when the package's family name is not empty and equals the argument to the letter.
     BOOL IsThisPackage(const wchar_t* packageFamilyName) const noexcept;
 

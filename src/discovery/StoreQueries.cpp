@@ -1,11 +1,295 @@
-// What the package manager learns from the system about Store packages.
+// What the package manager learns from the system about the Store packages of the current user.
 
+#include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
+#include "common/HString.h"
+#include "common/RuntimeApartment.h"
+#include "common/RuntimeError.h"
 #include "discovery/PackageManager.h"
+#include "manifest/ManifestReader.h"
+#include "manifest/StorePackage.h"
+
+#include <activation.h>
+#include <roapi.h>
+
+#include <algorithm>
+#include <exception>
+#include <string>
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr wchar_t kManagerClass[] = L"Windows.Management.Deployment.PackageManager";
+
+// The current user, to the find methods.
+constexpr HSTRING kCurrentUser = nullptr;
+
+constexpr HRESULT kNoPackage = static_cast<HRESULT>(0xA0000001);
+
+// A string for the length of a call into the Windows Runtime. Not copied.
+class HStringReference
+{
+public:
+    explicit HStringReference(const wchar_t* text)
+    {
+        ThrowIfFailed(WindowsCreateStringReference(text, static_cast<UINT32>(std::wcslen(text)), &m_header, &m_string));
+    }
+    [[nodiscard]] HSTRING Get() const noexcept { return m_string; }
+
+private:
+    HSTRING_HEADER m_header{};
+    HSTRING m_string = nullptr;
+};
+
+ComPtr<platform::IPackageManager> ActivateManager()
+{
+    ComPtr<IActivationFactory> factory;
+    ThrowIfFailed(RoGetActivationFactory(HStringReference(kManagerClass).Get(), __uuidof(IActivationFactory),
+                                         reinterpret_cast<void**>(factory.GetAddressOf())));
+    ComPtr<IInspectable> instance;
+    ThrowIfFailed(factory->ActivateInstance(instance.GetAddressOf()));
+    ComPtr<platform::IPackageManager> manager;
+    ThrowIfFailed(instance->QueryInterface(__uuidof(platform::IPackageManager),
+                                           reinterpret_cast<void**>(manager.GetAddressOf())));
+    return manager;
+}
+
+// Calls visit(package) for each package of the collection, in its order, until there are no more or visit returns
+// true.
+template <typename Visit> void ForEachPackage(platform::IPackageIterable* packages, Visit visit)
+{
+    ComPtr<platform::IPackageIterator> iterator;
+    ThrowIfFailed(packages->First(iterator.GetAddressOf()));
+    boolean hasCurrent = 0;
+    ThrowIfFailed(iterator->get_HasCurrent(&hasCurrent));
+    while (hasCurrent) {
+        ComPtr<platform::IPackage> package;
+        ThrowIfFailed(iterator->get_Current(package.GetAddressOf()));
+        if (visit(package)) {
+            return;
+        }
+        ThrowIfFailed(iterator->MoveNext(&hasCurrent));
+    }
+}
+
+ComPtr<platform::IPackageIterable> PackagesOfFamily(platform::IPackageManager* manager, const wchar_t* familyName)
+{
+    ComPtr<platform::IPackageIterable> packages;
+    ThrowIfFailed(manager->FindPackagesByUserSecurityIdPackageFamilyName(
+        kCurrentUser, HStringReference(familyName).Get(), packages.GetAddressOf()));
+    return packages;
+}
+
+// Only the letters A to Z change.
+std::wstring FoldLatinLetters(std::wstring text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), [](wchar_t unit) {
+        return L'A' <= unit && unit <= L'Z' ? static_cast<wchar_t>(unit - L'A' + L'a') : unit;
+    });
+    return text;
+}
+
+bool DependsOn(platform::IPackage* package, const wchar_t* fragment)
+{
+    ComPtr<platform::IPackageVectorView> dependencies;
+    ThrowIfFailed(package->get_Dependencies(dependencies.GetAddressOf()));
+    UINT32 size = 0;
+    ThrowIfFailed(dependencies->get_Size(&size));
+    for (UINT32 index = 0; index < size; ++index) {
+        ComPtr<platform::IPackage> dependency;
+        ThrowIfFailed(dependencies->GetAt(index, dependency.GetAddressOf()));
+        const WideString familyName = StorePackage::FamilyName(StorePackage::Identity(dependency.Get()).Get());
+        if (FoldLatinLetters(familyName.c_str()).find(FoldLatinLetters(fragment)) != std::wstring::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Logs the exception at hand and turns it into a result.
+HRESULT LogCaught(const wchar_t* operation) noexcept
+{
+    try {
+        throw;
+    } catch (const RuntimeError& error) {
+        DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
+        return E_FAIL;
+    } catch (const std::exception&) {
+        return LogOut(operation, E_OUTOFMEMORY);
+    }
+}
+
+// The way in which a query enters and leaves the package manager. Finds a package with find(manager); none when there
+// is no manager. A failing call of the platform is raised, after everything was left.
+template <typename Find>
+ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* familyName, Find find)
+{
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, familyName);
+    const HRESULT hr = CheckString(familyName);
+    if (FAILED(hr)) {
+        LogOut(operation, hr);
+        return nullptr;
+    }
+    ComPtr<platform::IPackage> package;
+    {
+        BOOL needsUninitialize = FALSE;
+        const RuntimeApartmentLeaver leaver(needsUninitialize);
+        const ComPtr<platform::IPackageManager> manager =
+            CQanhPackageManager::GetPackageManager(&needsUninitialize);
+        if (!manager) {
+            DiagnosticLog::WriteLine("%S OUT(GetPackageManager failed.)\r\n", operation);
+            return nullptr;
+        }
+        package = find(manager.Get());
+    }
+    LogOut(operation);
+    return package;
+}
+
+// The two questions whether a package is installed differ only in how it is found.
+template <typename Find>
+HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* pIsInstalled, Find find)
+{
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, familyName);
+    const HRESULT hr = CheckStringAndPointer(familyName, pIsInstalled);
+    if (FAILED(hr)) {
+        return LogOut(operation, hr);
+    }
+    try {
+        *pIsInstalled = find() ? 1 : 0;
+    } catch (...) {
+        return LogCaught(operation);
+    }
+    DiagnosticLog::WriteLine("%S OUT(*pIsInstalled = %d)\r\n", operation, *pIsInstalled);
+    return S_OK;
+}
+
+} // namespace
+
+ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* pNeedsUninitialize) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::GetPackageManager";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pNeedsUninitialize) {
+        LogOut(kName, E_POINTER);
+        return nullptr;
+    }
+    const HRESULT hr = RoInitialize(RO_INIT_SINGLETHREADED);
+    if (FAILED(hr) && hr != RPC_E_CHANGED_MODE) {
+        LogOut(kName, hr);
+        return nullptr;
+    }
+    *pNeedsUninitialize = SUCCEEDED(hr) ? 1 : 0;
+    try {
+        ComPtr<platform::IPackageManager> manager = ActivateManager();
+        LogOut(kName, S_OK);
+        return manager;
+    } catch (const RuntimeError& error) {
+        DiagnosticLog::WriteLine("%S %S\r\n", kName, error.Message());
+    } catch (const std::exception&) {
+        LogOut(kName, E_OUTOFMEMORY);
+    }
+    return nullptr;
+}
+
+ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByName(const wchar_t* familyName)
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByName";
+    return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
+        ComPtr<platform::IPackage> first;
+        ForEachPackage(PackagesOfFamily(manager, familyName).Get(), [&](const ComPtr<platform::IPackage>& package) {
+            first = package;
+            return true;
+        });
+        return first;
+    });
+}
+
+ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByNameEx(const wchar_t* familyName,
+                                                                    const wchar_t* fragment)
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByNameEx";
+    return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
+        ComPtr<platform::IPackage> dependent;
+        ForEachPackage(PackagesOfFamily(manager, familyName).Get(), [&](const ComPtr<platform::IPackage>& package) {
+            if (!dependent && DependsOn(package.Get(), fragment)) {
+                dependent = package;
+            }
+            return false;
+        });
+        return dependent;
+    });
+}
+
+HRESULT CQanhPackageManager::IsInstalled(const wchar_t* familyName, BOOL* pIsInstalled) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::IsInstalled";
+    return AskInstalled(kName, familyName, pIsInstalled, [&] { return FindPackageByName(familyName) != nullptr; });
+}
+
+HRESULT CQanhPackageManager::IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment,
+                                           BOOL* pIsInstalled) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::IsInstalledEx";
+    return AskInstalled(kName, familyName, pIsInstalled,
+                        [&] { return FindPackageByNameEx(familyName, fragment) != nullptr; });
+}
+
+HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, wchar_t** ppName) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::GetAppDisplayNameByPFN";
+    DiagnosticLog::WriteLine("%S(%S, 0x%08X) IN\r\n", kName, familyName,
+                             static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(ppName)));
+    HRESULT hr = CheckStringAndPointer(familyName, ppName);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    hr = kNoPackage;
+    try {
+        const ComPtr<platform::IPackage> package = FindPackageByName(familyName);
+        if (package) {
+            hr = CQanhManifestReader::GetAppDisplayName(package.Get(), ppName);
+        }
+        // Deliberate: the wide name is printed with the narrow "%s", which shows what stands before the first zero
+        // byte.
+        DiagnosticLog::WriteLine("%S OUT(0x%08X) DisplayName = %s\r\n", kName, static_cast<unsigned>(hr),
+                                 reinterpret_cast<const char*>(*ppName));
+    } catch (...) {
+        return LogCaught(kName);
+    }
+    return hr;
+}
 
 HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::RefreshMetroApps";
     DiagnosticLog::WriteLine("%S IN\r\n", kName);
-    return LogOut(kName, S_OK);
+    HRESULT result = S_OK;
+    {
+        BOOL needsUninitialize = FALSE;
+        const RuntimeApartmentLeaver leaver(needsUninitialize);
+        const ComPtr<platform::IPackageManager> manager = GetPackageManager(&needsUninitialize);
+        if (!manager) {
+            // Deliberate: written with a capital, unlike the line of the queries.
+            DiagnosticLog::WriteLine("%S OUT(GetPackageManager Failed.)\r\n", kName);
+            return E_FAIL;
+        }
+        try {
+            ComPtr<platform::IPackageIterable> packages;
+            ThrowIfFailed(manager->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
+            ForEachPackage(packages.Get(), [&](const ComPtr<platform::IPackage>& package) {
+                if (PollExitEvent() == WAIT_OBJECT_0) {
+                    return true;
+                }
+                result = m_AppNameList.AddMetroPackage(package.Get());
+                return false;
+            });
+        } catch (const RuntimeError& error) {
+            DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
+        } catch (const std::exception&) {
+            result = E_OUTOFMEMORY;
+        }
+    }
+    return LogOut(kName, result);
 }

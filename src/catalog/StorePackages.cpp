@@ -1,0 +1,105 @@
+// How Store packages of the system enter the catalogue.
+
+#include "catalog/AppNameList.h"
+#include "common/DiagnosticLog.h"
+#include "common/RuntimeError.h"
+#include "manifest/ManifestReader.h"
+#include "manifest/StorePackage.h"
+
+#include <exception>
+
+namespace {
+
+constexpr wchar_t kName[] = L"CQanhAppNameList::AddMetroPackage";
+
+} // namespace
+
+// What a Store package says of itself.
+struct StoreIdentity
+{
+    WideString familyName;
+    WideString fullName;
+    WideString name;
+    PackageVersion version;
+    WideString manifestPath;
+};
+
+namespace {
+
+StoreIdentity ReadIdentity(platform::IPackage* storePackage)
+{
+    StoreIdentity identity;
+    const auto id = StorePackage::Identity(storePackage);
+    identity.familyName = StorePackage::FamilyName(id.Get());
+    identity.fullName = StorePackage::FullName(id.Get());
+    identity.name = StorePackage::Name(id.Get());
+    const platform::PackageVersion version = StorePackage::Version(id.Get());
+    identity.version.Major = version.Major;
+    identity.version.Minor = version.Minor;
+    identity.version.Build = version.Build;
+    identity.version.Revision = version.Revision;
+    identity.manifestPath = StorePackage::ManifestPath(StorePackage::InstalledPath(storePackage));
+    return identity;
+}
+
+std::unique_ptr<CQanhPackage> MakeRecord(const StoreIdentity& identity, std::size_t appLimit)
+{
+    return std::make_unique<CQanhPackage>(identity.familyName.c_str(), identity.fullName.c_str(),
+                                          identity.name.c_str(), identity.version, appLimit);
+}
+
+} // namespace
+
+HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noexcept
+{
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    if (!pStorePackage) {
+        return LogOut(kName, E_POINTER);
+    }
+    try {
+        return LogOut(kName, AddStorePackage(pStorePackage));
+    } catch (const RuntimeError& error) {
+        DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
+        return E_FAIL;
+    } catch (const std::exception&) {
+        return LogOut(kName, E_OUTOFMEMORY);
+    }
+}
+
+HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
+{
+    const StoreIdentity identity = ReadIdentity(pStorePackage);
+    if (CQanhPackage* package = GetPackage(identity.familyName.c_str())) {
+        return RefreshPackage(*package, identity);
+    }
+    // A new record is filled before the list gets it, so that a launch never sees it half read.
+    std::unique_ptr<CQanhPackage> package = MakeRecord(identity, m_listLimit);
+    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), package.get());
+    return AddMetroPackage(std::move(package));
+}
+
+HRESULT CQanhAppNameList::RefreshPackage(CQanhPackage& package, const StoreIdentity& identity)
+{
+    if (package.NeedReserve || package.Version == identity.version) {
+        return S_OK;
+    }
+    {
+        const auto lists = m_lists.Write();
+        package.FullName = identity.fullName;
+        package.Name = identity.name;
+    }
+    BOOL can = FALSE;
+    const HRESULT hr =
+        CQanhManifestReader::IsCanGetAppNameFromManifest(identity.manifestPath.c_str(), &package, &can);
+    if (FAILED(hr) || !can) {
+        return hr;
+    }
+    // The applications are read into a record that starts without any and changes places with the old one when it is
+    // complete: a launch sees the names of one version or of the other.
+    const std::unique_ptr<CQanhPackage> replacement = MakeRecord(identity, m_listLimit);
+    replacement->DeleteAllApp();
+    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());
+    const auto lists = m_lists.Write();
+    package.SwapContents(*replacement);
+    return hr;
+}

@@ -1,0 +1,34 @@
+#include "common/RuntimeError.h"
+
+#include <cstdio>
+
+namespace {
+
+std::wstring MessageOf(HRESULT result)
+{
+    wchar_t text[512];
+    DWORD length = FormatMessageW(
+        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK, nullptr,
+        static_cast<DWORD>(result), 0, text, 512, nullptr);
+    // One line, and no blanks behind it: the message stands inside a line of the trace.
+    while (length > 0 && text[length - 1] == L' ') {
+        --length;
+    }
+    if (length == 0) {
+        wchar_t code[16];
+        _snwprintf_s(code, 16, _TRUNCATE, L"0x%08X", static_cast<unsigned>(result));
+        return code;
+    }
+    return std::wstring(text, length);
+}
+
+} // namespace
+
+RuntimeError::RuntimeError(HRESULT result) : m_result(result), m_message(MessageOf(result)) {}
+
+void ThrowIfFailed(HRESULT result)
+{
+    if (FAILED(result)) {
+        throw RuntimeError(result);
+    }
+}

@@ -1,0 +1,94 @@
+// The manifest reader that asks the system's own interfaces.
+
+#include "catalog/Package.h"
+#include "common/Arguments.h"
+#include "common/DiagnosticLog.h"
+#include "manifest/ManifestReader.h"
+#include "platform/PackageManifest.h"
+
+#include <objbase.h>
+#include <shlwapi.h>
+
+#include <wrl/client.h>
+
+#include <exception>
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+HRESULT OpenApplications(const wchar_t* path, ComPtr<platform::IAppxManifestApplicationsEnumerator>& applications)
+{
+    ComPtr<platform::IAppxFactory> factory;
+    HRESULT hr = CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
+                                  __uuidof(platform::IAppxFactory),
+                                  reinterpret_cast<void**>(factory.GetAddressOf()));
+    if (FAILED(hr)) {
+        return hr;
+    }
+    ComPtr<IStream> stream;
+    hr = SHCreateStreamOnFileEx(path, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, FALSE, nullptr, stream.GetAddressOf());
+    if (FAILED(hr)) {
+        return hr;
+    }
+    ComPtr<platform::IAppxManifestReader> reader;
+    hr = factory->CreateManifestReader(stream.Get(), reader.GetAddressOf());
+    if (FAILED(hr)) {
+        return hr;
+    }
+    return reader->GetApplications(applications.GetAddressOf());
+}
+
+// An application that does not answer is skipped.
+void AddApplication(platform::IAppxManifestApplicationsEnumerator* applications, CQanhPackage* package)
+{
+    ComPtr<platform::IAppxManifestApplication> application;
+    wchar_t* displayName = nullptr;
+    if (SUCCEEDED(applications->GetCurrent(application.GetAddressOf())) &&
+        SUCCEEDED(application->GetStringValue(L"DisplayName", &displayName))) {
+        package->AddApplication(displayName, nullptr);
+        CoTaskMemFree(displayName);
+    }
+}
+
+HRESULT ReadApplications(const wchar_t* path, CQanhPackage* package)
+{
+    ComPtr<platform::IAppxManifestApplicationsEnumerator> applications;
+    HRESULT hr = OpenApplications(path, applications);
+    while (SUCCEEDED(hr)) {
+        BOOL hasCurrent = FALSE;
+        hr = applications->GetHasCurrent(&hasCurrent);
+        if (FAILED(hr) || !hasCurrent) {
+            break;
+        }
+        AddApplication(applications.Get(), package);
+        BOOL hasNext = FALSE;
+        hr = applications->MoveNext(&hasNext);
+    }
+    return hr;
+}
+
+} // namespace
+
+HRESULT CQanhManifestReader::GetAppNameUsingAPI(const wchar_t* path, CQanhPackage* pPackage) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhManifestReader::GetAppNameUsingAPI";
+    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    HRESULT hr = CheckStringAndPointer(path, pPackage);
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
+    }
+    const HRESULT apartment = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(apartment) && apartment != RPC_E_CHANGED_MODE) {
+        return LogOut(kName, apartment);
+    }
+    try {
+        hr = ReadApplications(path, pPackage);
+    } catch (const std::exception&) {
+        hr = E_FAIL;
+    }
+    if (apartment != RPC_E_CHANGED_MODE) {
+        CoUninitialize();
+    }
+    return LogOut(kName, hr);
+}

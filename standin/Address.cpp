@@ -1,0 +1,102 @@
+#include "standin/Address.h"
+
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace standin {
+
+namespace {
+
+constexpr DWORD longestAddress = 32768; // UTF-16 units, the terminator included
+
+bool IsAscii(const std::wstring& text) noexcept
+{
+    return std::all_of(text.begin(), text.end(), [](wchar_t character) { return character < 0x80; });
+}
+
+// Everything but ASCII becomes escaped UTF-8: the files that hold addresses are read in the system's code
+// page.
+std::wstring EscapeAddress(const std::wstring& address)
+{
+    const int length = static_cast<int>(address.size());
+    std::string bytes(address.size() * 3, '\0');
+    bytes.resize(static_cast<size_t>(WideCharToMultiByte(CP_UTF8, 0, address.c_str(), length, bytes.data(),
+                                                         static_cast<int>(bytes.size()), nullptr, nullptr)));
+    constexpr wchar_t digits[] = L"0123456789ABCDEF";
+    std::wstring escaped;
+    for (const char byte : bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        if (value < 0x80) {
+            escaped += static_cast<wchar_t>(value);
+        } else {
+            escaped += {L'%', digits[value >> 4], digits[value & 0xF]};
+        }
+    }
+    return escaped;
+}
+
+int DigitValue(wchar_t digit) noexcept
+{
+    if (digit >= L'0' && digit <= L'9') {
+        return digit - L'0';
+    }
+    const int letter = digit | 0x20;
+    return letter >= L'a' && letter <= L'f' ? letter - L'a' + 10 : -1;
+}
+
+// The other way round, for an ASCII address; "%" without two digits stands for itself.
+std::wstring UnescapeAddress(const std::wstring& address)
+{
+    std::string bytes;
+    for (size_t index = 0; index < address.size(); ++index) {
+        const bool mayBeEscape = address[index] == L'%' && index + 2 < address.size();
+        const int high = mayBeEscape ? DigitValue(address[index + 1]) : -1;
+        const int low = mayBeEscape ? DigitValue(address[index + 2]) : -1;
+        if (high >= 0 && low >= 0) {
+            bytes += static_cast<char>(high * 16 + low);
+            index += 2;
+        } else {
+            bytes += static_cast<char>(address[index]);
+        }
+    }
+    std::wstring text(bytes.size(), L'\0');
+    text.resize(
+        static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()),
+                                                text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+} // namespace
+
+HRESULT PathToAddress(const std::wstring& path, std::wstring& address)
+{
+    std::wstring made(longestAddress, L'\0');
+    DWORD length = longestAddress;
+    const HRESULT hr = UrlCreateFromPathW(path.c_str(), made.data(), &length, 0);
+    if (SUCCEEDED(hr)) {
+        address = EscapeAddress(made.c_str());
+    }
+    return hr;
+}
+
+// An escaped address is read here, since Wine's function takes escaped bytes for letters.
+HRESULT AddressToPath(const std::wstring& address, std::wstring& path)
+{
+    constexpr std::wstring_view localFile = L"file:///";
+    if (IsAscii(address) && std::wstring_view(address).substr(0, localFile.size()) == localFile) {
+        path = UnescapeAddress(address.substr(localFile.size()));
+        std::replace(path.begin(), path.end(), L'/', L'\\');
+        return S_OK;
+    }
+    std::wstring file(longestAddress, L'\0');
+    DWORD length = longestAddress;
+    const HRESULT hr = PathCreateFromUrlW(address.c_str(), file.data(), &length, 0);
+    if (SUCCEEDED(hr)) {
+        path = file.c_str();
+    }
+    return hr;
+}
+
+} // namespace standin

@@ -1,0 +1,114 @@
+#include "standin/platform/ImportPatch.h"
+
+#include <psapi.h>
+
+#include <cstring>
+#include <iterator>
+
+namespace standin {
+
+namespace {
+
+constexpr DWORD mostModules = 1024; // more than any process here loads; further ones would stay unpatched
+
+template <typename Type> Type* At(HMODULE module, DWORD offset) noexcept
+{
+    return reinterpret_cast<Type*>(reinterpret_cast<BYTE*>(module) + offset);
+}
+
+const IMAGE_IMPORT_DESCRIPTOR* ImportTable(HMODULE module) noexcept
+{
+    const auto* dosHeader = At<const IMAGE_DOS_HEADER>(module, 0);
+    if (dosHeader->e_magic != IMAGE_DOS_SIGNATURE) {
+        return nullptr;
+    }
+    const auto* headers = At<const IMAGE_NT_HEADERS>(module, static_cast<DWORD>(dosHeader->e_lfanew));
+    if (headers->Signature != IMAGE_NT_SIGNATURE ||
+        headers->OptionalHeader.NumberOfRvaAndSizes <= IMAGE_DIRECTORY_ENTRY_IMPORT) {
+        return nullptr;
+    }
+    const IMAGE_DATA_DIRECTORY& directory =
+        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    return directory.VirtualAddress && directory.Size
+               ? At<const IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress)
+               : nullptr;
+}
+
+bool Replace(ULONGLONG& slot, void* replacement) noexcept
+{
+    const auto value = reinterpret_cast<ULONGLONG>(replacement);
+    if (slot == value) {
+        return false;
+    }
+    DWORD protection = 0;
+    if (!VirtualProtect(&slot, sizeof(slot), PAGE_READWRITE, &protection)) {
+        return false;
+    }
+    // In one piece: other threads may be calling through it.
+    InterlockedExchange64(reinterpret_cast<volatile LONG64*>(&slot), static_cast<LONG64>(value));
+    VirtualProtect(&slot, sizeof(slot), protection, &protection);
+    return true;
+}
+
+unsigned PatchLibrary(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library,
+                      const ImportPatch& patch) noexcept
+{
+    if (library.OriginalFirstThunk == 0) {
+        return 0; // the names were not kept
+    }
+    unsigned changed = 0;
+    const auto* name = At<const IMAGE_THUNK_DATA>(module, library.OriginalFirstThunk);
+    auto* slot = At<IMAGE_THUNK_DATA>(module, library.FirstThunk);
+    for (; name->u1.AddressOfData != 0; ++name, ++slot) {
+        if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
+            continue;
+        }
+        const auto* import =
+            At<const IMAGE_IMPORT_BY_NAME>(module, static_cast<DWORD>(name->u1.AddressOfData));
+        if (std::strcmp(reinterpret_cast<const char*>(import->Name), patch.function) == 0 &&
+            Replace(slot->u1.Function, patch.replacement)) {
+            ++changed;
+        }
+    }
+    return changed;
+}
+
+unsigned PatchModule(HMODULE module, const ImportPatch& patch) noexcept
+{
+    unsigned changed = 0;
+    const IMAGE_IMPORT_DESCRIPTOR* library = ImportTable(module);
+    for (; library && library->Name != 0; ++library) {
+        if (lstrcmpiA(At<const char>(module, library->Name), patch.library) == 0) {
+            changed += PatchLibrary(module, *library, patch);
+        }
+    }
+    return changed;
+}
+
+} // namespace
+
+unsigned PatchImports(const ImportPatch& patch, HMODULE except) noexcept
+{
+    HMODULE modules[mostModules] = {};
+    DWORD size = 0;
+    if (!EnumProcessModules(GetCurrentProcess(), modules, sizeof(modules), &size)) {
+        return 0;
+    }
+    unsigned changed = 0;
+    const DWORD count =
+        size / sizeof(HMODULE) < mostModules ? size / static_cast<DWORD>(sizeof(HMODULE)) : mostModules;
+    for (DWORD index = 0; index < count; ++index) {
+        // Another thread may be unloading it: hold it while its tables are read.
+        HMODULE held = nullptr;
+        if (modules[index] == except ||
+            !GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                                reinterpret_cast<LPCWSTR>(modules[index]), &held)) {
+            continue;
+        }
+        changed += PatchModule(held, patch);
+        FreeLibrary(held);
+    }
+    return changed;
+}
+
+} // namespace standin

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "support/ImportPatch.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace test {
+
+struct AllocationState
+{
+    DWORD thread = 0; // that is watched
+    std::size_t failingIndex = 0;
+    std::size_t next = 0;
+    bool failed = false;
+    std::array<void*, 2000> blocks{};
+};
+
+// Watches what this thread allocates until the end of the scope, and can make one of the allocations fail: to see that
+// an operation survives that, and that nothing is left behind. The operator new of the program allocates with malloc.
+// One at a time; keep the scope tight, since the checks of a test allocate too.
+class AllocationWatch
+{
+public:
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    // The allocation of this index (0 is the first) fails.
+    explicit AllocationWatch(std::size_t failingIndex = kNone) : m_malloc("malloc", Allocate), m_free("free", Free)
+    {
+        s_state = AllocationState();
+        s_state.failingIndex = failingIndex;
+        s_state.thread = GetCurrentThreadId();
+    }
+    ~AllocationWatch() { s_state.thread = 0; }
+    AllocationWatch(const AllocationWatch&) = delete;
+    AllocationWatch& operator=(const AllocationWatch&) = delete;
+
+    [[nodiscard]] bool Failed() const { return s_state.failed; }
+    // What was allocated in the scope and is not freed yet.
+    [[nodiscard]] std::size_t Live() const
+    {
+        return static_cast<std::size_t>(
+            std::count_if(s_state.blocks.begin(), s_state.blocks.end(), [](const void* block) { return block; }));
+    }
+
+private:
+    using AllocateFunction = void* (*)(std::size_t);
+    using FreeFunction = void (*)(void*);
+
+    static void* Allocate(std::size_t size)
+    {
+        // Patching itself allocates, before the patch knows the function that it stands in for.
+        static const auto s_malloc = reinterpret_cast<AllocateFunction>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
+        if (GetCurrentThreadId() != s_state.thread) {
+            return s_malloc(size);
+        }
+        if (s_state.next++ == s_state.failingIndex) {
+            s_state.failed = true;
+            return nullptr;
+        }
+        void* block = s_malloc(size);
+        Replace(nullptr, block);
+        return block;
+    }
+
+    static void Free(void* block)
+    {
+        static const auto s_free = reinterpret_cast<FreeFunction>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
+        if (block && GetCurrentThreadId() == s_state.thread) {
+            Replace(block, nullptr);
+        }
+        s_free(block);
+    }
+
+    static void Replace(void* old, void* block)
+    {
+        const auto place = std::find(s_state.blocks.begin(), s_state.blocks.end(), old);
+        if (place != s_state.blocks.end()) {
+            *place = block;
+        }
+    }
+
+    static inline AllocationState s_state;
+
+    ImportPatch<AllocateFunction> m_malloc;
+    ImportPatch<FreeFunction> m_free;
+};
+
+// Calls attempt(index) with 0, 1, 2, ... until it returns false. An attempt runs an operation whose allocation of that
+// index fails, and returns whether the operation came that far. Returns how many attempts saw a failure.
+template <typename Attempt> std::size_t ForEachFailingAllocation(Attempt attempt)
+{
+    std::size_t index = 0;
+    while (index < 1000 && attempt(index)) {
+        ++index;
+    }
+    return index;
+}
+
+} // namespace test

@@ -1,0 +1,119 @@
+#include "catalog/ExcludeList.h"
+
+#include "unit/catalog/Allocations.h"
+#include "unit/catalog/Records.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using test::Names;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(ExcludeList, IsEmptyAtFirst)
+{
+    const ExcludeList list;
+    EXPECT_TRUE(list.IsEmpty());
+    EXPECT_THAT(Names(list), IsEmpty());
+}
+
+TEST(ExcludeList, KeepsNamesInTheOrderOfTheirFirstAdding)
+{
+    ExcludeList list;
+    EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"Calendar"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"Alarms"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"Calendar"), S_FALSE);
+    EXPECT_FALSE(list.IsEmpty());
+    EXPECT_THAT(Names(list), ElementsAre(L"Mail", L"Calendar", L"Alarms"));
+}
+
+TEST(ExcludeList, TakesANameOnceWhateverItsLetterCase)
+{
+    ExcludeList list;
+    EXPECT_EQ(list.AddUnique(L"Alarms"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"MAIL"), S_FALSE);
+    EXPECT_EQ(list.AddUnique(L"alarmS"), S_FALSE);
+    EXPECT_THAT(Names(list), ElementsAre(L"Alarms", L"Mail"));
+}
+
+TEST(ExcludeList, ComparesWholeNames)
+{
+    ExcludeList list;
+    EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"Mai"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"Mails"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"Mail "), S_OK);
+    EXPECT_THAT(Names(list), ElementsAre(L"Mail", L"Mai", L"Mails", L"Mail "));
+}
+
+TEST(ExcludeList, FoldsAsciiLettersOnly)
+{
+    ExcludeList list;
+    EXPECT_EQ(list.AddUnique(L"\u00C4rger"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"\u00E4rger"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"\u00C4RGER"), S_FALSE);
+    EXPECT_EQ(list.AddUnique(L"メール"), S_OK);
+    EXPECT_EQ(list.AddUnique(L"メール"), S_FALSE);
+}
+
+TEST(ExcludeList, KeepsACopy)
+{
+    ExcludeList list;
+    std::wstring name = L"Mail";
+    ASSERT_EQ(list.AddUnique(name.c_str()), S_OK);
+    name = L"gone";
+    EXPECT_THAT(Names(list), ElementsAre(L"Mail"));
+}
+
+TEST(ExcludeList, TakesAnEmptyNameOnce)
+{
+    ExcludeList list;
+    EXPECT_EQ(list.AddUnique(L""), S_OK);
+    EXPECT_EQ(list.AddUnique(L""), S_FALSE);
+    EXPECT_THAT(Names(list), ElementsAre(L""));
+}
+
+TEST(ExcludeList, StaysAsItWasWhenMemoryRunsOut)
+{
+    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+        ExcludeList list;
+        list.AddUnique(L"Mail");
+        HRESULT result = E_UNEXPECTED;
+        bool failed = false;
+        std::size_t left = 0;
+        {
+            const test::AllocationWatch watch(index);
+            result = list.AddUnique(L"A name that is too long for a string's own buffer");
+            failed = watch.Failed();
+            left = watch.Live();
+        }
+        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
+        if (failed) {
+            EXPECT_THAT(Names(list), ElementsAre(L"Mail"));
+            EXPECT_EQ(left, 0u);
+            EXPECT_EQ(list.AddUnique(L"Calendar"), S_OK);
+        }
+        return failed;
+    });
+    EXPECT_GE(failures, 2u);
+}
+
+TEST(ExcludeList, NeedsNoMemoryForANameThatIsThere)
+{
+    ExcludeList list;
+    list.AddUnique(L"Mail");
+    HRESULT result = E_UNEXPECTED;
+    {
+        const test::AllocationWatch watch(0);
+        result = list.AddUnique(L"MAIL");
+    }
+    EXPECT_EQ(result, S_FALSE);
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "catalog/App.h"
+#include "catalog/ExcludeList.h"
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+// The entries of an exclude list, in order.
+inline std::vector<std::wstring> Names(const ExcludeList& list)
+{
+    std::vector<std::wstring> names;
+    for (const WideString& name : list) {
+        names.emplace_back(name.c_str());
+    }
+    return names;
+}
+
+// What a record made of one wanted name.
+struct Answer
+{
+    HRESULT result = E_UNEXPECTED;
+    BOOL found = 7; // neither true nor false: shows whether it was touched
+    std::vector<std::wstring> excluded;
+};
+
+// Asks a record, or anything with its operation, with an exclude list that holds these names already.
+template <typename Record>
+Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<const wchar_t*>& listed = {})
+{
+    ExcludeList list;
+    for (const wchar_t* name : listed) {
+        list.AddUnique(name);
+    }
+    Answer answer;
+    answer.result = record.AddToExcludeAppNameList(wantedName, &list, &answer.found);
+    answer.excluded = Names(list);
+    return answer;
+}
+
+// A record that tells its owner's test what is done with it.
+class RecordProbe : public CQanhApp
+{
+public:
+    using Events = std::vector<std::wstring>;
+
+    RecordProbe(const wchar_t* name, Events* pEvents) : CQanhApp(name, nullptr), m_pEvents(pEvents) {}
+    ~RecordProbe() override { Note(L"deleted "); }
+
+    HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound) const override
+    {
+        Note(L"asked ");
+        foundBefore = *pFound;
+        wanted = wantedName;
+        *pFound = answersFound;
+        if (addsItsName) {
+            pExcludeList->AddUnique(DisplayName.c_str());
+        }
+        return result;
+    }
+
+    HRESULT ToXmlNode(IXmlWriter*) const override
+    {
+        Note(L"written ");
+        return result;
+    }
+
+    BOOL answersFound = FALSE;
+    bool addsItsName = false;
+    HRESULT result = S_OK;
+    mutable BOOL foundBefore = 7;
+    mutable std::wstring wanted;
+
+private:
+    void Note(const wchar_t* what) const { m_pEvents->push_back(std::wstring(what) + DisplayName.c_str()); }
+
+    Events* m_pEvents;
+};
+
+} // namespace test
