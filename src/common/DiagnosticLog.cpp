@@ -67,14 +67,15 @@ int ComposePath() noexcept
     }
     // The host name brings its backslash along, so the path holds two in a row: that is its required form.
     const wchar_t* hostName = CutHostName(executable);
-    // The bounded formatter refuses a path that does not fit through the runtime's invalid-parameter handling.
-    wchar_t path[MAX_PATH] = {};
+    // The bounded formatter refuses a path that does not fit through the runtime's invalid-parameter handling. Some
+    // runtimes put a terminator right behind the buffer then: one character to spare.
+    wchar_t path[MAX_PATH + 1] = {};
     if (swprintf_s(path, MAX_PATH, kLogPathFormat, localAppData, hostName, kLogFileName) < 0) {
         return 0;
     }
     // Another thread may be reading the path: what stands there already is not written again.
     if (std::wcscmp(path, s_szLogPath) != 0) {
-        std::memcpy(s_szLogPath, path, sizeof path);
+        std::memcpy(s_szLogPath, path, sizeof s_szLogPath);
     }
     return 1;
 }
@@ -95,7 +96,7 @@ int WriteLine(const char* format, ...) noexcept
     }
     SetFilePointer(file.Get(), 0, nullptr, FILE_END);
 
-    char buffer[1024] = {};
+    char buffer[kLargestMessage] = {};
     Append(file.Get(), buffer, FormatTimeStamp(buffer, sizeof buffer));
 
     va_list arguments;

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
@@ -84,16 +85,21 @@ std::string FormatUnmappable(const char* format, va_list arguments)
     return text + format;
 }
 
-// The runtime's bounded formatter. Not every runtime ends or empties a message that does not fit, so neither its
-// terminator nor its word is trusted: the result is a length that the buffer holds, or -1.
+// The runtime's bounded formatter. Not every runtime ends or empties a message that does not fit, and there are some
+// that put a terminator right behind the buffer then. So the message is made in a place with a byte to spare, and
+// neither its terminator nor the runtime's word is trusted: the result is a length that the buffer holds, or -1.
 int FormatBounded(char* buffer, std::size_t size, const char* format, _locale_t locale, va_list arguments) noexcept
 {
+    char message[kLargestMessage + 1];
+    const std::size_t bound = std::min(size, kLargestMessage);
     _set_errno(0);
-    const int length = _vsprintf_s_l(buffer, size, format, locale, arguments);
-    if (length < 0 || static_cast<std::size_t>(length) >= size) {
+    const int length = _vsprintf_s_l(message, bound, format, locale, arguments);
+    if (length < 0 || static_cast<std::size_t>(length) >= bound) {
         buffer[0] = '\0';
         return -1;
     }
+    std::memcpy(buffer, message, static_cast<std::size_t>(length));
+    buffer[length] = '\0';
     return length;
 }
 

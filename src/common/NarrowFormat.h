@@ -3,7 +3,11 @@
 #include <cstdarg>
 #include <cstddef>
 
-// Formats a message for the trace into `buffer` and returns its length in bytes, without the terminator.
+// The size of the buffer in which a line of the trace is made, in bytes with the terminator.
+constexpr std::size_t kLargestMessage = 1024;
+
+// Formats a message for the trace into `buffer` (of at most kLargestMessage bytes) and returns its length in bytes,
+// without the terminator.
 //
 // Wide arguments ("%S") are converted to the system code page. The runtime's formatter gives up at a character
 // that the code page lacks; the message is then formatted again with "?" in its place.
