@@ -7,8 +7,8 @@
  *     ExampleHost --installed FAMILY       asks whether a package is installed, and for its display name
  *     ExampleHost --browser                launches the browser, with its tile setting forced to 0
  *
- * The arguments are carried out in order, between one QanhInitialize and one QanhFinalize. The exit code is 0 when
- * every call succeeded.
+ * The arguments are carried out in order, between one QanhInitialize and one QanhFinalize. The exit code is 0
+ * when every call succeeded.
  */
 #include <windows.h>
 
@@ -39,8 +39,8 @@ static void GetHostName(wchar_t* name, size_t size)
     _snwprintf_s(name, size, _TRUNCATE, L"%s", start);
 }
 
-/* The library refreshes its catalogue in the background, for the first time a second after the start. A mutex with
-   the host's name exists until that is done and the catalogue is saved. */
+/* The library refreshes its catalogue in the background, for the first time a second after the start. A mutex
+   with the host's name exists until that is done and the catalogue is saved. */
 static BOOL WaitForFirstRefresh(void)
 {
     wchar_t host[MAX_PATH];
@@ -121,8 +121,9 @@ static void PrintTileSetting(const wchar_t* when)
 {
     DWORD value = 0;
     DWORD size = sizeof value;
-    LSTATUS status = RegGetValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Internet Explorer\\Main",
-                                  L"ApplicationTileImmersiveActivation", RRF_RT_REG_DWORD, NULL, &value, &size);
+    LSTATUS status =
+        RegGetValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Internet Explorer\\Main",
+                     L"ApplicationTileImmersiveActivation", RRF_RT_REG_DWORD, NULL, &value, &size);
     if (status == ERROR_SUCCESS) {
         wprintf(L"  tile setting %ls: %lu\n", when, value);
     } else {

@@ -48,7 +48,8 @@ HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments)
         const ComApartment apartment;
         ComPtr<IApplicationActivationManager> manager;
         hr = CoCreateInstance(CLSID_ApplicationActivationManager, nullptr, CLSCTX_INPROC_SERVER,
-                              IID_IApplicationActivationManager, reinterpret_cast<void**>(manager.GetAddressOf()));
+                              IID_IApplicationActivationManager,
+                              reinterpret_cast<void**>(manager.GetAddressOf()));
         if (FAILED(hr)) {
             return hr;
         }

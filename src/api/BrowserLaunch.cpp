@@ -10,8 +10,8 @@ namespace {
 constexpr wchar_t kBrowserName[] = L"Internet Explorer";
 constexpr DWORD kTileUnchanged = 2;
 
-// The browser's tile setting for the length of a launch: forced to what the host asks for, then put back. Trouble
-// with the registry is never the launch's.
+// The browser's tile setting for the length of a launch: forced to what the host asks for, then put back.
+// Trouble with the registry is never the launch's.
 class ForcedTileSetting
 {
 public:

@@ -8,7 +8,8 @@
 HRESULT QANH_CALL QanhInitialize(void)
 {
     static constexpr wchar_t kName[] = L"QanhInitialize";
-    // The setting is read on every call; the lines of reading it for the first time are written with the log off.
+    // The setting is read on every call; the lines of reading it for the first time are written with the log
+    // off.
     const bool isLogOn = CQanhReg::IsDebugLogOn() != 0;
     DiagnosticLog::SetEnabled(isLogOn);
     if (isLogOn) {
@@ -19,13 +20,15 @@ HRESULT QANH_CALL QanhInitialize(void)
     if (s_nCount == 0) {
         hr = s_MonitorMode.Initialize();
         if (FAILED(hr)) {
-            DiagnosticLog::WriteLine("%S OUT(s_MonitorMode.Initialize : hr=%d)\r\n", kName, static_cast<int>(hr));
+            DiagnosticLog::WriteLine("%S OUT(s_MonitorMode.Initialize : hr=%d)\r\n", kName,
+                                     static_cast<int>(hr));
             return hr;
         }
         hr = s_PackageManager.Initialize();
         if (FAILED(hr)) {
             s_MonitorMode.Finalize();
-            DiagnosticLog::WriteLine("%S OUT(s_PackageManager.Initialize : hr=%d)\r\n", kName, static_cast<int>(hr));
+            DiagnosticLog::WriteLine("%S OUT(s_PackageManager.Initialize : hr=%d)\r\n", kName,
+                                     static_cast<int>(hr));
             return hr;
         }
     }

@@ -10,8 +10,8 @@
 
 namespace {
 
-// Deliberate: one desktop suite counts as installed only with the application that is asked for, which shows as a
-// dependency of its package.
+// Deliberate: one desktop suite counts as installed only with the application that is asked for, which shows
+// as a dependency of its package.
 constexpr wchar_t kOfficeFamily[] = L"Microsoft.Office.Desktop_8wekyb3d8bbwe";
 constexpr wchar_t kIdSeparator = L'!';
 
@@ -63,8 +63,8 @@ HRESULT QANH_CALL QanhGetAppDisplayNameByPFN(LPCWSTR packageFamilyName, LPWSTR* 
         return LogOut(kName, hr);
     }
     hr = s_PackageManager.GetAppDisplayNameByPFN(packageFamilyName, ppDisplayName);
-    // Deliberate: the wide name is printed with the narrow "%s", which shows what stands before the first zero byte,
-    // and it is read also when the package was not found.
+    // Deliberate: the wide name is printed with the narrow "%s", which shows what stands before the first
+    // zero byte, and it is read also when the package was not found.
     DiagnosticLog::WriteLine("%S OUT(0x%08X) DisplayName = %s\r\n", kName, static_cast<unsigned>(hr),
                              reinterpret_cast<const char*>(*ppDisplayName));
     return hr;

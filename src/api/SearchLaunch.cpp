@@ -17,8 +17,9 @@ namespace {
 constexpr wchar_t kName[] = L"QanhLaunchBySearch";
 
 // What the search mode decides.
-constexpr DWORD kModeSearchOnly = 1;   // paste the plain name, and leave the choice to the user
-constexpr DWORD kModePlainIfFound = 2; // paste the plain name when the catalogue holds exactly this application
+constexpr DWORD kModeSearchOnly = 1; // paste the plain name, and leave the choice to the user
+constexpr DWORD kModePlainIfFound =
+    2; // paste the plain name when the catalogue holds exactly this application
 
 constexpr DWORD kPaneSettles = 2000; // milliseconds before a paste that is not repeated
 constexpr DWORD kPanePoll = 100;     // milliseconds
@@ -34,7 +35,8 @@ HRESULT CollectExcludedNames(const wchar_t* appName, ExcludeList& excludeList, B
                   s_PackageManager.m_AppNameList.GetExcludeAppNameList(appName, &excludeList, &isExactMatch));
 }
 
-HRESULT BuildKeyword(const wchar_t* appName, BOOL useExcludeList, std::wstring& keyword, BOOL& isExactMatch) noexcept
+HRESULT BuildKeyword(const wchar_t* appName, BOOL useExcludeList, std::wstring& keyword,
+                     BOOL& isExactMatch) noexcept
 {
     try {
         ExcludeList excludeList;
@@ -86,7 +88,8 @@ void LaunchTopHit() noexcept
 
 HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL useExcludeList)
 {
-    DiagnosticLog::WriteLine("%S(%S, %d, %d) IN\r\n", kName, appName, static_cast<int>(searchMode), useExcludeList);
+    DiagnosticLog::WriteLine("%S(%S, %d, %d) IN\r\n", kName, appName, static_cast<int>(searchMode),
+                             useExcludeList);
     HRESULT hr = CheckString(appName);
     if (SUCCEEDED(hr)) {
         hr = CheckMode(searchMode);
@@ -104,7 +107,8 @@ HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL use
 
     hr = s_MonitorMode.OpenAppSearchUI();
     if (hr != S_OK) {
-        DiagnosticLog::WriteLine("%S OUT(SwitchToStartScreen : ret=0x%08X)\r\n", kName, static_cast<unsigned>(hr));
+        DiagnosticLog::WriteLine("%S OUT(SwitchToStartScreen : ret=0x%08X)\r\n", kName,
+                                 static_cast<unsigned>(hr));
         return E_FAIL;
     }
     const bool isPlain = searchMode == kModeSearchOnly || (searchMode == kModePlainIfFound && isExactMatch);

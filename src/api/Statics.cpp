@@ -2,9 +2,9 @@
 
 namespace {
 
-// The package manager is not destroyed when the process ends under a library that is still up: the refresh thread
-// was killed wherever it stood then, and may have left the catalogue's lists half changed. The library itself cannot
-// be unloaded while that thread runs.
+// The package manager is not destroyed when the process ends under a library that is still up: the refresh
+// thread was killed wherever it stood then, and may have left the catalogue's lists half changed. The library
+// itself cannot be unloaded while that thread runs.
 class StaticPackageManager
 {
 public:

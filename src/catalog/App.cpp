@@ -28,19 +28,14 @@ constexpr CharacterRange kWordRanges[] = {
 
 // Scripts written without blanks between words, so that each character is looked up alone.
 constexpr CharacterRange kSingleRanges[] = {
-    {L'\\', L'\\'},
-    {0x3041, 0x30FF}, // Hiragana, Katakana
-    {0x3400, 0x4DB5}, // CJK ideographs
-    {0x4E00, 0x9FC3},
-    {0xF900, 0xFA2D},
-    {0xFA30, 0xFA6A},
-    {0xFF10, 0xFF19}, // full-width digits and letters
-    {0xFF21, 0xFF3A},
-    {0xFF41, 0xFF5A},
-    {0xFF66, 0xFF9F}, // half-width Katakana
+    {L'\\', L'\\'},   {0x3041, 0x30FF},                                     // Hiragana, Katakana
+    {0x3400, 0x4DB5},                                                       // CJK ideographs
+    {0x4E00, 0x9FC3}, {0xF900, 0xFA2D}, {0xFA30, 0xFA6A}, {0xFF10, 0xFF19}, // full-width digits and letters
+    {0xFF21, 0xFF3A}, {0xFF41, 0xFF5A}, {0xFF66, 0xFF9F},                   // half-width Katakana
 };
 
-template <std::size_t count> bool IsInRanges(wchar_t character, const CharacterRange (&ranges)[count]) noexcept
+template <std::size_t count>
+bool IsInRanges(wchar_t character, const CharacterRange (&ranges)[count]) noexcept
 {
     return std::any_of(std::begin(ranges), std::end(ranges), [character](const CharacterRange& range) {
         return range.first <= character && character <= range.last;
@@ -61,7 +56,8 @@ bool ContainsEveryToken(std::wstring_view part, std::wstring_view whole) noexcep
             }
             continue;
         }
-        if (IsInRanges(part[position], kSingleRanges) && whole.find(part[position]) == std::wstring_view::npos) {
+        if (IsInRanges(part[position], kSingleRanges) &&
+            whole.find(part[position]) == std::wstring_view::npos) {
             return false;
         }
         ++position;
@@ -83,12 +79,13 @@ BOOL CQanhApp::IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const 
     return LogOutNumber(kName, ContainsEveryToken(part, whole) ? 1 : 0);
 }
 
-HRESULT CQanhApp::ExcludeName(const wchar_t* lowerWantedName, const WideString& name, const WideString& reading,
-                              ExcludeList* pExcludeList, BOOL* pFound, HRESULT resultSoFar) const noexcept
+HRESULT CQanhApp::ExcludeName(const wchar_t* lowerWantedName, const WideString& name,
+                              const WideString& reading, ExcludeList* pExcludeList, BOOL* pFound,
+                              HRESULT resultSoFar) const noexcept
 {
     HRESULT hr = resultSoFar;
-    // Deliberate: only the wanted name is in lower case, and the comparison is exact, so a name in capitals is hit
-    // by the search but not by this test.
+    // Deliberate: only the wanted name is in lower case, and the comparison is exact, so a name in capitals
+    // is hit by the search but not by this test.
     if (IsSubStrNoOrder(lowerWantedName, name.c_str())) {
         if (IsSubStrNoOrder(name.c_str(), lowerWantedName)) {
             *pFound = 1;
@@ -110,7 +107,8 @@ void RuntimeMemoryDeleter::operator()(wchar_t* text) const noexcept
     std::free(text);
 }
 
-HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList, const BOOL* pFound) noexcept
+HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
+                              const BOOL* pFound) noexcept
 {
     return pExcludeList ? CheckStringAndPointer(wantedName, pFound) : E_POINTER;
 }

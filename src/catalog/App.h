@@ -20,28 +20,29 @@ public:
     CQanhApp(const CQanhApp&) = delete;
     CQanhApp& operator=(const CQanhApp&) = delete;
 
-    // Decides what a search for the wanted name makes of this application: *pFound becomes 1 when it is the wanted
-    // one; a name of it that the search would hit too is added to the exclude list. S_OK; S_FALSE when there was
-    // nothing to do or the last name was listed already; E_POINTER; E_INVALIDARG for an empty wanted name;
-    // E_OUTOFMEMORY; E_FAIL.
+    // Decides what a search for the wanted name makes of this application: *pFound becomes 1 when it is the
+    // wanted one; a name of it that the search would hit too is added to the exclude list. S_OK; S_FALSE when
+    // there was nothing to do or the last name was listed already; E_POINTER; E_INVALIDARG for an empty
+    // wanted name; E_OUTOFMEMORY; E_FAIL.
     virtual HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
                                             BOOL* pFound) const = 0;
 
     // Writes the record as one element of the catalogue file.
     virtual HRESULT ToXmlNode(IXmlWriter* pWriter) const = 0;
 
-    // 1 when every searchable token of `part` occurs somewhere in `whole`, in any order and exact letter case, else
-    // 0. A run of ASCII letters, digits, "_" and "/" is one token; a kana, an ideograph, a full-width digit or
-    // letter and a backslash are a token each; everything else is passed over.
+    // 1 when every searchable token of `part` occurs somewhere in `whole`, in any order and exact letter
+    // case, else 0. A run of ASCII letters, digits, "_" and "/" is one token; a kana, an ideograph, a
+    // full-width digit or letter and a backslash are a token each; everything else is passed over.
     BOOL IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const noexcept;
 
     WideString DisplayName;
     WideString RubyDisplayName; // the reading of the display name, may be empty
 
 protected:
-    // What both kinds of record do with one of their names, given the wanted name in lower case: containment both
-    // ways sets *pFound; that of the wanted name in the name, or in the name's reading, adds the name. Returns the
-    // result of the last adding, or the result so far when nothing was added; a failing adding ends the operation.
+    // What both kinds of record do with one of their names, given the wanted name in lower case: containment
+    // both ways sets *pFound; that of the wanted name in the name, or in the name's reading, adds the name.
+    // Returns the result of the last adding, or the result so far when nothing was added; a failing adding
+    // ends the operation.
     HRESULT ExcludeName(const wchar_t* lowerWantedName, const WideString& name, const WideString& reading,
                         ExcludeList* pExcludeList, BOOL* pFound, HRESULT resultSoFar) const noexcept;
 };

@@ -19,7 +19,8 @@ HRESULT OpenWriter(const wchar_t* path, ComPtr<IXmlWriter>& writer)
     if (FAILED(hr)) {
         return hr;
     }
-    hr = CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.ReleaseAndGetAddressOf()), nullptr);
+    hr = CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.ReleaseAndGetAddressOf()),
+                         nullptr);
     if (FAILED(hr)) {
         return hr;
     }
@@ -55,8 +56,8 @@ HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
     }
     writer->SetProperty(XmlWriterProperty_Indent, TRUE);
     writer->WriteStartDocument(XmlStandalone_Omit);
-    // Deliberate: neither the root element nor the document is ended by a call; the reader takes what the flush makes
-    // of that.
+    // Deliberate: neither the root element nor the document is ended by a call; the reader takes what the
+    // flush makes of that.
     if (SUCCEEDED(writer->WriteStartElement(nullptr, CatalogXml::kApplications, nullptr))) {
         const auto lists = m_lists.Read();
         WriteRecords(writer.Get(), CatalogXml::kMetroApps, lists->packages);
@@ -85,9 +86,15 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
 {
     HRESULT hr = Xml::ReadNode(pReader);
     while (hr == S_OK) {
-        // A record's reading ends at the first node behind it, which is then looked at here: it may begin the next.
+        XmlNodeType type = XmlNodeType_None;
+        hr = pReader->GetNodeType(&type);
+        if (hr != S_OK) {
+            return hr;
+        }
+        // A record's reading ends at the first node behind it, which is then looked at here: it may begin the
+        // next.
         bool readOn = true;
-        if (Xml::IsElement(pReader)) {
+        if (type == XmlNodeType_Element) {
             if (Xml::HasLocalName(pReader, CatalogXml::kPackage)) {
                 std::unique_ptr<CQanhPackage> package;
                 hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit);

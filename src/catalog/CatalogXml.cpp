@@ -23,6 +23,24 @@ HRESULT WriteFlag(IXmlWriter* writer, const wchar_t* name, BOOL flag, BOOL defau
     return Write(writer, name, flag ? L"1" : L"0");
 }
 
+HRESULT WriteTexts(IXmlWriter* writer, std::initializer_list<TextAttribute> attributes)
+{
+    HRESULT hr = S_OK;
+    for (auto attribute = attributes.begin(); SUCCEEDED(hr) && attribute != attributes.end(); ++attribute) {
+        hr = WriteText(writer, attribute->name, attribute->text);
+    }
+    return hr;
+}
+
+HRESULT WriteFlags(IXmlWriter* writer, std::initializer_list<FlagAttribute> attributes)
+{
+    HRESULT hr = S_OK;
+    for (auto attribute = attributes.begin(); SUCCEEDED(hr) && attribute != attributes.end(); ++attribute) {
+        hr = WriteFlag(writer, attribute->name, attribute->flag, attribute->defaultValue);
+    }
+    return hr;
+}
+
 BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept
 {
     int number = unreadable;

@@ -1,15 +1,20 @@
 #pragma once
 
 #include "common/WideString.h"
+#include "common/Xml.h"
 
 #include <windows.h>
 
 #include <xmllite.h>
 
+#include <exception>
+#include <initializer_list>
+#include <memory>
 #include <string_view>
+#include <utility>
 
-// The names of the catalogue file, and how it holds values in attributes. No state is kept; reader and writer belong
-// to the caller.
+// The names of the catalogue file, and how it holds values in attributes. No state is kept; reader and writer
+// belong to the caller.
 namespace CatalogXml {
 
 constexpr wchar_t kApplications[] = L"Applications";
@@ -31,8 +36,8 @@ constexpr wchar_t kRubyShortName[] = L"RubyShortName";
 constexpr wchar_t kLnkFileName[] = L"LnkFileName";
 constexpr wchar_t kLocalizeName[] = L"LocalizeName";
 
-// Writes an element of the given name around what writeContent() writes. Once started, the element is always ended.
-// Returns the first failure.
+// Writes an element of the given name around what writeContent() writes. Once started, the element is always
+// ended. Returns the first failure.
 template <typename WriteContent>
 HRESULT WriteElement(IXmlWriter* writer, const wchar_t* name, WriteContent writeContent)
 {
@@ -49,10 +54,49 @@ HRESULT WriteElement(IXmlWriter* writer, const wchar_t* name, WriteContent write
 HRESULT Write(IXmlWriter* writer, const wchar_t* name, const wchar_t* value);
 // Writes an attribute unless its text is empty; S_OK then.
 HRESULT WriteText(IXmlWriter* writer, const wchar_t* name, const WideString& text);
-// Writes "1" when the flag is set and "0" when it is not, unless it has its default value; S_OK then.
+// Writes "1" when the flag is set and "0" when it is not, unless it has the value that an absent attribute
+// means; S_OK then.
 HRESULT WriteFlag(IXmlWriter* writer, const wchar_t* name, BOOL flag, BOOL defaultValue);
+
+struct TextAttribute
+{
+    const wchar_t* name;
+    const WideString& text;
+};
+
+struct FlagAttribute
+{
+    const wchar_t* name;
+    BOOL flag;
+    BOOL defaultValue;
+};
+
+// The same for several attributes, in order; the first failure ends the writing and is the result.
+HRESULT WriteTexts(IXmlWriter* writer, std::initializer_list<TextAttribute> attributes);
+HRESULT WriteFlags(IXmlWriter* writer, std::initializer_list<FlagAttribute> attributes);
 
 // The flag that the text stands for: any number but 0 is true. What is no number leaves `unreadable`.
 BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept;
+
+// Makes a record of the element at hand: setAttribute(record, name, value) is called for each attribute. S_OK
+// with the record passed out, E_OUTOFMEMORY, or the reader's failure.
+template <typename Record, typename SetAttribute>
+HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribute setAttribute) noexcept
+{
+    try {
+        auto record = std::make_unique<Record>();
+        const HRESULT hr = Xml::ForEachAttribute(reader, [&](std::wstring_view name, const wchar_t* value) {
+            setAttribute(*record, name, value);
+            return false;
+        });
+        if (FAILED(hr)) {
+            return hr;
+        }
+        *out = std::move(record);
+        return S_OK;
+    } catch (const std::exception&) {
+        return E_OUTOFMEMORY;
+    }
+}
 
 } // namespace CatalogXml

@@ -6,12 +6,11 @@
 #include "common/Xml.h"
 
 #include <cwchar>
-#include <exception>
 
 namespace {
 
-// A shortcut's path as the file may hold it, with environment variables such as %ProgramData%. What does not fit into
-// the buffer of a path is cut; what cannot be expanded stays as it is.
+// A shortcut's path as the file may hold it, with environment variables such as %ProgramData%. What does not
+// fit into the buffer of a path is cut; what cannot be expanded stays as it is.
 WideString ExpandPath(const wchar_t* text)
 {
     wchar_t path[MAX_PATH] = {};
@@ -22,10 +21,31 @@ WideString ExpandPath(const wchar_t* text)
     return path;
 }
 
+void SetAttribute(CQanhDesktopApp& app, std::wstring_view name, const wchar_t* value)
+{
+    if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
+        app.DisplayName = value;
+    } else if (Xml::NamesEqual(name, CatalogXml::kLnkFileName)) {
+        app.LnkFileName = ExpandPath(value);
+    } else if (Xml::NamesEqual(name, CatalogXml::kLocalizeName)) {
+        app.LocalizeName = value;
+    } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
+        app.RubyDisplayName = value;
+    } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
+        // Deliberate: a value that is no number reserves.
+        app.NeedReserve = CatalogXml::ReadFlag(value, TRUE);
+    } else if (Xml::NamesEqual(name, CatalogXml::kIsInstalled)) {
+        app.IsInstalled = CatalogXml::ReadFlag(value, TRUE);
+    } else if (Xml::NamesEqual(name, CatalogXml::kIsDualMode)) {
+        app.IsDualMode = CatalogXml::ReadFlag(value, FALSE);
+    }
+}
+
 } // namespace
 
-CQanhDesktopApp::CQanhDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName, const wchar_t* localizeName,
-                                 const wchar_t* rubyDisplayName, bool needReserve, bool isInstalled, bool isDualMode)
+CQanhDesktopApp::CQanhDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName,
+                                 const wchar_t* localizeName, const wchar_t* rubyDisplayName,
+                                 bool needReserve, bool isInstalled, bool isDualMode)
     : CQanhApp(displayName, rubyDisplayName), NeedReserve(needReserve), LocalizeName(localizeName),
       LnkFileName(lnkFileName), IsInstalled(isInstalled), IsDualMode(isDualMode)
 {
@@ -82,26 +102,17 @@ HRESULT CQanhDesktopApp::ToXmlNode(IXmlWriter* pWriter) const
         return LogOut(kName, S_FALSE);
     }
     return LogOut(kName, CatalogXml::WriteElement(pWriter, CatalogXml::kDesktopApp, [&] {
-                      HRESULT hr = CatalogXml::WriteText(pWriter, CatalogXml::kDisplayName, DisplayName);
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kLnkFileName, LnkFileName);
+                      const HRESULT hr =
+                          CatalogXml::WriteTexts(pWriter, {{CatalogXml::kDisplayName, DisplayName},
+                                                           {CatalogXml::kLnkFileName, LnkFileName},
+                                                           {CatalogXml::kLocalizeName, LocalizeName},
+                                                           {CatalogXml::kRubyDisplayName, RubyDisplayName}});
+                      if (FAILED(hr)) {
+                          return hr;
                       }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kLocalizeName, LocalizeName);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kRubyDisplayName, RubyDisplayName);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kNeedReserve, NeedReserve, FALSE);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kIsInstalled, IsInstalled, TRUE);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kIsDualMode, IsDualMode, FALSE);
-                      }
-                      return hr;
+                      return CatalogXml::WriteFlags(pWriter, {{CatalogXml::kNeedReserve, NeedReserve, FALSE},
+                                                              {CatalogXml::kIsInstalled, IsInstalled, TRUE},
+                                                              {CatalogXml::kIsDualMode, IsDualMode, FALSE}});
                   }));
 }
 
@@ -112,33 +123,5 @@ HRESULT CQanhDesktopApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhD
     if (!pReader || !ppApp) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        auto app = std::make_unique<CQanhDesktopApp>(nullptr, nullptr);
-        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
-            if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
-                app->DisplayName = value;
-            } else if (Xml::NamesEqual(name, CatalogXml::kLnkFileName)) {
-                app->LnkFileName = ExpandPath(value);
-            } else if (Xml::NamesEqual(name, CatalogXml::kLocalizeName)) {
-                app->LocalizeName = value;
-            } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
-                app->RubyDisplayName = value;
-            } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
-                // Deliberate: a value that is no number reserves.
-                app->NeedReserve = CatalogXml::ReadFlag(value, TRUE);
-            } else if (Xml::NamesEqual(name, CatalogXml::kIsInstalled)) {
-                app->IsInstalled = CatalogXml::ReadFlag(value, TRUE);
-            } else if (Xml::NamesEqual(name, CatalogXml::kIsDualMode)) {
-                app->IsDualMode = CatalogXml::ReadFlag(value, FALSE);
-            }
-            return false;
-        });
-        if (FAILED(hr)) {
-            return LogOut(kName, hr);
-        }
-        *ppApp = std::move(app);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatalogXml::ReadRecord(pReader, ppApp, SetAttribute));
 }

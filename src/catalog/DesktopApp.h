@@ -9,9 +9,9 @@ class CQanhDesktopApp : public CQanhApp
 {
 public:
     // A null name makes an empty one.
-    CQanhDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName, const wchar_t* localizeName = nullptr,
-                    const wchar_t* rubyDisplayName = nullptr, bool needReserve = false, bool isInstalled = true,
-                    bool isDualMode = false);
+    explicit CQanhDesktopApp(const wchar_t* displayName = nullptr, const wchar_t* lnkFileName = nullptr,
+                             const wchar_t* localizeName = nullptr, const wchar_t* rubyDisplayName = nullptr,
+                             bool needReserve = false, bool isInstalled = true, bool isDualMode = false);
 
     // Leaves *pFound as it is and returns S_FALSE when the application is not installed.
     HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
@@ -19,16 +19,16 @@ public:
     // Writes nothing and returns S_FALSE when the application is neither installed nor reserved.
     HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
 
-    // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure; the
-    // record is passed out on S_OK only.
+    // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure;
+    // the record is passed out on S_OK only.
     static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhDesktopApp>* ppApp) noexcept;
 
     // True when the path is not empty and is that of the record's shortcut, ignoring case.
     BOOL IsSameShortcut(const wchar_t* path) const noexcept;
 
-    BOOL NeedReserve;         // stays in the file although it is not installed
-    WideString LocalizeName;  // when not empty, the name that the search knows in place of DisplayName
-    WideString LnkFileName;   // full path of the shortcut, which identifies the application
+    BOOL NeedReserve;        // stays in the file although it is not installed
+    WideString LocalizeName; // when not empty, the name that the search knows in place of DisplayName
+    WideString LnkFileName;  // full path of the shortcut, which identifies the application
     BOOL IsInstalled;
-    BOOL IsDualMode;          // an exact match of its name does not count as found
+    BOOL IsDualMode; // an exact match of its name does not count as found
 };

@@ -6,13 +6,13 @@
 
 #include <list>
 
-// The names that one search must exclude, in the order in which they were first added. Made and owned by one search
-// launch, on the thread of its caller; the records of the catalogue only add to it.
+// The names that one search must exclude, in the order in which they were first added. Made and owned by one
+// search launch, on the thread of its caller; the records of the catalogue only add to it.
 class ExcludeList
 {
 public:
-    // Appends a copy of the name unless an entry equals it ignoring case. S_OK; S_FALSE when it is there already;
-    // E_OUTOFMEMORY, with the list as before.
+    // Appends a copy of the name unless an entry equals it ignoring case. S_OK; S_FALSE when it is there
+    // already; E_OUTOFMEMORY, with the list as before.
     HRESULT AddUnique(const wchar_t* name) noexcept;
 
     [[nodiscard]] bool IsEmpty() const noexcept { return m_names.empty(); }

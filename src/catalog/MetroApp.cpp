@@ -1,15 +1,31 @@
 #include "catalog/MetroApp.h"
 
-#include "catalog/ExcludeList.h"
 #include "catalog/CatalogXml.h"
+#include "catalog/ExcludeList.h"
 #include "common/DiagnosticLog.h"
 #include "common/Xml.h"
 
 #include <cwchar>
-#include <exception>
 
-CQanhMetroApp::CQanhMetroApp(const wchar_t* displayName, const wchar_t* shortName, const wchar_t* rubyDisplayName,
-                             const wchar_t* rubyShortName)
+namespace {
+
+void SetAttribute(CQanhMetroApp& app, std::wstring_view name, const wchar_t* value)
+{
+    if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
+        app.DisplayName = value;
+    } else if (Xml::NamesEqual(name, CatalogXml::kShortName)) {
+        app.ShortName = value;
+    } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
+        app.RubyDisplayName = value;
+    } else if (Xml::NamesEqual(name, CatalogXml::kRubyShortName)) {
+        app.RubyShortName = value;
+    }
+}
+
+} // namespace
+
+CQanhMetroApp::CQanhMetroApp(const wchar_t* displayName, const wchar_t* shortName,
+                             const wchar_t* rubyDisplayName, const wchar_t* rubyShortName)
     : CQanhApp(displayName, rubyDisplayName), ShortName(shortName), RubyShortName(rubyShortName)
 {
 }
@@ -29,7 +45,8 @@ HRESULT CQanhMetroApp::AddToExcludeAppNameList(const wchar_t* wantedName, Exclud
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    // Deliberate: a Store application of exactly this name is neither found nor excluded, whatever its short name.
+    // Deliberate: a Store application of exactly this name is neither found nor excluded, whatever its short
+    // name.
     if (DisplayName.empty() || _wcsicmp(DisplayName.c_str(), lowerWantedName.get()) == 0) {
         return LogOut(kName, S_OK);
     }
@@ -48,17 +65,10 @@ HRESULT CQanhMetroApp::ToXmlNode(IXmlWriter* pWriter) const
         return LogOut(kName, E_POINTER);
     }
     return LogOut(kName, CatalogXml::WriteElement(pWriter, CatalogXml::kMetroApp, [&] {
-                      HRESULT hr = CatalogXml::WriteText(pWriter, CatalogXml::kDisplayName, DisplayName);
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kShortName, ShortName);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kRubyDisplayName, RubyDisplayName);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteText(pWriter, CatalogXml::kRubyShortName, RubyShortName);
-                      }
-                      return hr;
+                      return CatalogXml::WriteTexts(pWriter, {{CatalogXml::kDisplayName, DisplayName},
+                                                              {CatalogXml::kShortName, ShortName},
+                                                              {CatalogXml::kRubyDisplayName, RubyDisplayName},
+                                                              {CatalogXml::kRubyShortName, RubyShortName}});
                   }));
 }
 
@@ -69,26 +79,5 @@ HRESULT CQanhMetroApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMet
     if (!pReader || !ppApp) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        auto app = std::make_unique<CQanhMetroApp>();
-        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
-            if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
-                app->DisplayName = value;
-            } else if (Xml::NamesEqual(name, CatalogXml::kShortName)) {
-                app->ShortName = value;
-            } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
-                app->RubyDisplayName = value;
-            } else if (Xml::NamesEqual(name, CatalogXml::kRubyShortName)) {
-                app->RubyShortName = value;
-            }
-            return false;
-        });
-        if (FAILED(hr)) {
-            return LogOut(kName, hr);
-        }
-        *ppApp = std::move(app);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatalogXml::ReadRecord(pReader, ppApp, SetAttribute));
 }

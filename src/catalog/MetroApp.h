@@ -16,8 +16,8 @@ public:
                                     BOOL* pFound) const override;
     HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
 
-    // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure; the
-    // record is passed out on S_OK only.
+    // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure;
+    // the record is passed out on S_OK only.
     static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp) noexcept;
 
     WideString ShortName;

@@ -5,19 +5,19 @@
 #include <memory>
 #include <stdexcept>
 
-// The most elements that a list of the catalogue takes. The C++ library does not check the size of a list, so the
-// lists here do.
+// The most elements that a list of the catalogue takes. The C++ library does not check the size of a list, so
+// the lists here do.
 constexpr std::size_t kListSizeLimit = 768614336404564650;
 
-// A doubly linked list that owns its elements, in the order in which they were appended. Not synchronised: the
-// catalogue's lock guards it.
+// A doubly linked list that owns its elements, in the order in which they were appended. Not synchronised:
+// the catalogue's lock guards it.
 template <typename Element> class OwnedList
 {
 public:
     explicit OwnedList(std::size_t sizeLimit = kListSizeLimit) noexcept : m_sizeLimit(sizeLimit) {}
 
-    // Takes the element over. Throws std::length_error at the size limit and std::bad_alloc; the list is then as
-    // before and the element is gone.
+    // Takes the element over. Throws std::length_error at the size limit and std::bad_alloc; the list is then
+    // as before and the element is gone.
     void Append(std::unique_ptr<Element> element)
     {
         if (m_elements.size() >= m_sizeLimit) {

@@ -23,8 +23,8 @@ struct PackageAttributes
         if (Xml::NamesEqual(name, CatalogXml::kPackageFamilyName)) {
             packageFamilyName = value;
         } else if (Xml::NamesEqual(name, CatalogXml::kVersion)) {
-            // Deliberate: the numbers go into the parts as these are held, so build and revision trade places each
-            // time a version is read and written.
+            // Deliberate: the numbers go into the parts as these are held, so build and revision trade places
+            // each time a version is read and written.
             version = PackageVersion();
             (void)std::swscanf(value, L"%hu.%hu.%hu.%hu", &version.Major, &version.Minor, &version.Revision,
                                &version.Build);
@@ -49,15 +49,15 @@ HRESULT WriteVersion(IXmlWriter* writer, const PackageVersion& version)
 
 CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const wchar_t* fullName, const wchar_t* name,
                            const PackageVersion& version, std::size_t appLimit)
-    : PackageFamilyName(packageFamilyName), FullName(fullName), Name(name), Version(version), NeedReserve(FALSE),
-      IsInstalled(TRUE), m_apps(appLimit)
+    : PackageFamilyName(packageFamilyName), FullName(fullName), Name(name), Version(version),
+      NeedReserve(FALSE), IsInstalled(TRUE), m_apps(appLimit)
 {
 }
 
 CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const PackageVersion& version, BOOL needReserve,
                            BOOL isInstalled, std::size_t appLimit)
-    : PackageFamilyName(packageFamilyName), Version(version), NeedReserve(needReserve), IsInstalled(isInstalled),
-      m_apps(appLimit)
+    : PackageFamilyName(packageFamilyName), Version(version), NeedReserve(needReserve),
+      IsInstalled(isInstalled), m_apps(appLimit)
 {
 }
 
@@ -148,23 +148,22 @@ HRESULT CQanhPackage::ToXmlNode(IXmlWriter* pWriter) const
     if (!IsInstalled && !NeedReserve) {
         return LogOut(kName, S_OK);
     }
-    return LogOut(kName, CatalogXml::WriteElement(pWriter, CatalogXml::kPackage, [&] {
-                      HRESULT hr =
-                          CatalogXml::Write(pWriter, CatalogXml::kPackageFamilyName, PackageFamilyName.c_str());
-                      if (SUCCEEDED(hr)) {
-                          hr = WriteVersion(pWriter, Version);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kNeedReserve, NeedReserve, FALSE);
-                      }
-                      if (SUCCEEDED(hr)) {
-                          hr = CatalogXml::WriteFlag(pWriter, CatalogXml::kIsInstalled, IsInstalled, TRUE);
-                      }
-                      for (auto app = m_apps.begin(); SUCCEEDED(hr) && app != m_apps.end(); ++app) {
-                          hr = (*app)->ToXmlNode(pWriter);
-                      }
-                      return hr;
-                  }));
+    return LogOut(
+        kName, CatalogXml::WriteElement(pWriter, CatalogXml::kPackage, [&] {
+            HRESULT hr =
+                CatalogXml::Write(pWriter, CatalogXml::kPackageFamilyName, PackageFamilyName.c_str());
+            if (SUCCEEDED(hr)) {
+                hr = WriteVersion(pWriter, Version);
+            }
+            if (SUCCEEDED(hr)) {
+                hr = CatalogXml::WriteFlags(pWriter, {{CatalogXml::kNeedReserve, NeedReserve, FALSE},
+                                                      {CatalogXml::kIsInstalled, IsInstalled, TRUE}});
+            }
+            for (auto app = m_apps.begin(); SUCCEEDED(hr) && app != m_apps.end(); ++app) {
+                hr = (*app)->ToXmlNode(pWriter);
+            }
+            return hr;
+        }));
 }
 
 HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,

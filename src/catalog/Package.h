@@ -9,8 +9,8 @@
 
 #include <memory>
 
-// The version of a package, in the order in which a record holds its parts. That order is not the one in which
-// versions are written: the file's third number is the build, and it is read into the third part.
+// The version of a package, in the order in which a record holds its parts. That order is not the one in
+// which versions are written: the file's third number is the build, and it is read into the third part.
 struct PackageVersion
 {
     UINT16 Major = 0;
@@ -21,8 +21,8 @@ struct PackageVersion
     friend bool operator==(const PackageVersion&, const PackageVersion&) = default;
 };
 
-// A Store package, installed or reserved, with the applications that its manifest declares. Owned by the catalogue,
-// whose lock guards it; made on the thread that reads the file or refreshes.
+// A Store package, installed or reserved, with the applications that its manifest declares. Owned by the
+// catalogue, whose lock guards it; made on the thread that reads the file or refreshes.
 class CQanhPackage
 {
 public:
@@ -30,35 +30,38 @@ public:
     CQanhPackage(const wchar_t* packageFamilyName, const wchar_t* fullName, const wchar_t* name,
                  const PackageVersion& version, std::size_t appLimit = kListSizeLimit);
     // A package as the file knows it: without full name and name.
-    CQanhPackage(const wchar_t* packageFamilyName, const PackageVersion& version, BOOL needReserve, BOOL isInstalled,
-                 std::size_t appLimit = kListSizeLimit);
+    CQanhPackage(const wchar_t* packageFamilyName, const PackageVersion& version, BOOL needReserve,
+                 BOOL isInstalled, std::size_t appLimit = kListSizeLimit);
     virtual ~CQanhPackage();
     CQanhPackage(const CQanhPackage&) = delete;
     CQanhPackage& operator=(const CQanhPackage&) = delete;
 
-    // Appends an application. S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before (also at its size limit).
+    // Appends an application. S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before (also at its size
+    // limit).
     HRESULT AddApplication(std::unique_ptr<CQanhApp> app) noexcept;
     // The same with a new record of these two names; a null name is empty. No test for duplicates.
     HRESULT AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept;
     void DeleteAllApp() noexcept;
 
-    // Takes the version and the applications of another record of the same package, which gets those of this one.
+    // Takes the version and the applications of another record of the same package, which gets those of this
+    // one.
     void SwapContents(CQanhPackage& other) noexcept;
 
     // True when the package's family name is not empty and equals the argument to the letter.
     BOOL IsThisPackage(const wchar_t* packageFamilyName) const noexcept;
 
-    // Asks every application of an installed package what a search for the wanted name makes of it; *pFound becomes
-    // 1 when one of them is the wanted one and stays as it is otherwise.
-    void AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound) const noexcept;
+    // Asks every application of an installed package what a search for the wanted name makes of it; *pFound
+    // becomes 1 when one of them is the wanted one and stays as it is otherwise.
+    void AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                 BOOL* pFound) const noexcept;
 
-    // Writes the package and its applications as one element of the catalogue file; nothing, with S_OK, when the
-    // package is neither installed nor reserved. E_POINTER or the writer's failure.
+    // Writes the package and its applications as one element of the catalogue file; nothing, with S_OK, when
+    // the package is neither installed nor reserved. E_POINTER or the writer's failure.
     HRESULT ToXmlNode(IXmlWriter* pWriter) const;
 
-    // Reads the element at hand and the applications below it into a new record, which is passed out also when the
-    // document ends early. Returns the last status of the reader (S_FALSE at the end of the document), E_POINTER or
-    // E_OUTOFMEMORY.
+    // Reads the element at hand and the applications below it into a new record, which is passed out also
+    // when the document ends early. Returns the last status of the reader (S_FALSE at the end of the
+    // document), E_POINTER or E_OUTOFMEMORY.
     static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,
                                std::size_t appLimit = kListSizeLimit) noexcept;
 

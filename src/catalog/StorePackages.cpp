@@ -94,8 +94,8 @@ HRESULT CQanhAppNameList::RefreshPackage(CQanhPackage& package, const StoreIdent
     if (FAILED(hr) || !can) {
         return hr;
     }
-    // The applications are read into a record that starts without any and changes places with the old one when it is
-    // complete: a launch sees the names of one version or of the other.
+    // The applications are read into a record that starts without any and changes places with the old one
+    // when it is complete: a launch sees the names of one version or of the other.
     const std::unique_ptr<CQanhPackage> replacement = MakeRecord(identity, m_listLimit);
     replacement->DeleteAllApp();
     CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());

@@ -18,8 +18,8 @@ constexpr wchar_t kLogPathFormat[] = L"%s\\Vel\\QanHelper\\%s\\%s";
 std::atomic<bool> s_bLogEnabled = false;
 wchar_t s_szLogPath[MAX_PATH] = L"QanHelperLog.txt";
 
-// Gives the thread's last error back at the end of the scope: callers log between a failed call and their look at
-// its error.
+// Gives the thread's last error back at the end of the scope: callers log between a failed call and their
+// look at its error.
 class LastErrorKeeper
 {
 public:
@@ -67,8 +67,8 @@ int ComposePath() noexcept
     }
     // The host name brings its backslash along, so the path holds two in a row: that is its required form.
     const wchar_t* hostName = CutHostName(executable);
-    // The bounded formatter refuses a path that does not fit through the runtime's invalid-parameter handling. Some
-    // runtimes put a terminator right behind the buffer then: one character to spare.
+    // The bounded formatter refuses a path that does not fit through the runtime's invalid-parameter
+    // handling. Some runtimes put a terminator right behind the buffer then: one character to spare.
     wchar_t path[MAX_PATH + 1] = {};
     if (swprintf_s(path, MAX_PATH, kLogPathFormat, localAppData, hostName, kLogFileName) < 0) {
         return 0;

@@ -10,23 +10,23 @@
 #endif
 
 // The diagnostic trace of the library: one text file per host program, off unless the administrator switches
-// "DebugLog" on. Callable from every thread. There is no lock and no open handle between two lines: a line is two
-// appends (time stamp, message) to a file that is opened for it, so lines of two threads may interleave there.
+// "DebugLog" on. Callable from every thread. There is no lock and no open handle between two lines: a line is
+// two appends (time stamp, message) to a file that is opened for it, so lines of two threads may interleave
+// there.
 namespace DiagnosticLog {
 
 // Switches the trace. Off at start.
 void SetEnabled(bool enabled) noexcept;
 
-// Points the trace at the host's own folder below LOCALAPPDATA, which is not created here. Returns 1 on success
-// and 0 on failure; until it succeeded, lines go to "QanHelperLog.txt" in the current directory.
+// Points the trace at the host's own folder below LOCALAPPDATA, which is not created here. Returns 1 on
+// success and 0 on failure; until it succeeded, lines go to "QanHelperLog.txt" in the current directory.
 int ComposePath() noexcept;
 
-// Appends the time stamp and the formatted message; the message brings its own line end. Wide strings ("%S") are
-// converted to the system code page, with "?" for what it cannot hold; a null string prints as "(null)". A message
-// of more than 1,023 bytes is an invalid parameter to the runtime, which ends the process unless the host has
-// installed a handler.
-// Returns 1 when the trace is off, 0 when the format is null or the file cannot be opened, otherwise the result of
-// the last write. The thread's last error stays as it was.
+// Appends the time stamp and the formatted message; the message brings its own line end. Wide strings ("%S")
+// are converted to the system code page, with "?" for what it cannot hold; a null string prints as "(null)".
+// A message of more than 1,023 bytes is an invalid parameter to the runtime, which ends the process unless
+// the host has installed a handler. Returns 1 when the trace is off, 0 when the format is null or the file
+// cannot be opened, otherwise the result of the last write. The thread's last error stays as it was.
 QANHELPER_PRINTF_LIKE int WriteLine(const char* format, ...) noexcept;
 
 } // namespace DiagnosticLog

@@ -4,9 +4,9 @@
 
 #include <utility>
 
-// A value that is reached only under its reader/writer lock: Read() and Write() take the lock and hold it for as
-// long as the returned object lives. The lock is not recursive, and nothing that waits, sends input or calls into
-// the platform's package services may happen under it.
+// A value that is reached only under its reader/writer lock: Read() and Write() take the lock and hold it for
+// as long as the returned object lives. The lock is not recursive, and nothing that waits, sends input or
+// calls into the platform's package services may happen under it.
 template <typename Value> class Guarded
 {
 public:

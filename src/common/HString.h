@@ -17,7 +17,10 @@ public:
 
     [[nodiscard]] HSTRING* Put() noexcept { return &m_string; }
     [[nodiscard]] HSTRING Get() const noexcept { return m_string; }
-    [[nodiscard]] const wchar_t* c_str() const noexcept { return WindowsGetStringRawBuffer(m_string, nullptr); }
+    [[nodiscard]] const wchar_t* c_str() const noexcept
+    {
+        return WindowsGetStringRawBuffer(m_string, nullptr);
+    }
 
 private:
     HSTRING m_string = nullptr;

@@ -10,8 +10,8 @@
 #include <cstring>
 #include <cwchar>
 #include <exception>
-#include <string>
 #include <locale.h>
+#include <string>
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
@@ -19,8 +19,8 @@
 
 namespace {
 
-// The system code page as a locale of the runtime, made once. The library sets no locale of its own: that would
-// change the host's.
+// The system code page as a locale of the runtime, made once. The library sets no locale of its own: that
+// would change the host's.
 _locale_t SystemCodePage() noexcept
 {
     struct Locale
@@ -85,10 +85,12 @@ std::string FormatUnmappable(const char* format, va_list arguments)
     return text + format;
 }
 
-// The runtime's bounded formatter. Not every runtime ends or empties a message that does not fit, and there are some
-// that put a terminator right behind the buffer then. So the message is made in a place with a byte to spare, and
-// neither its terminator nor the runtime's word is trusted: the result is a length that the buffer holds, or -1.
-int FormatBounded(char* buffer, std::size_t size, const char* format, _locale_t locale, va_list arguments) noexcept
+// The runtime's bounded formatter. Not every runtime ends or empties a message that does not fit, and there
+// are some that put a terminator right behind the buffer then. So the message is made in a place with a byte
+// to spare, and neither its terminator nor the runtime's word is trusted: the result is a length that the
+// buffer holds, or -1.
+int FormatBounded(char* buffer, std::size_t size, const char* format, _locale_t locale,
+                  va_list arguments) noexcept
 {
     char message[kLargestMessage + 1];
     const std::size_t bound = std::min(size, kLargestMessage);

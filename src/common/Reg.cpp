@@ -87,7 +87,8 @@ DWORD CQanhReg::GetClearClipboardWaitTime() noexcept
     return wait;
 }
 
-LSTATUS CQanhReg::GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActivation, DWORD* pdwType) noexcept
+LSTATUS CQanhReg::GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActivation,
+                                                    DWORD* pdwType) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::GetCurrentTileImmersiveActivation";
     DiagnosticLog::WriteLine("%S IN\r\n", kName);
@@ -115,8 +116,8 @@ int CQanhReg::SetCurrentTileImmersiveActivation(DWORD dwValue) noexcept
     if (RegOpenKeyExW(HKEY_CURRENT_USER, kBrowserKey, 0, KEY_WRITE, key.Put()) != ERROR_SUCCESS) {
         return LogOutNumber(kName, 0);
     }
-    const LSTATUS status =
-        RegSetValueExW(key.Get(), kTileValue, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&dwValue), sizeof dwValue);
+    const LSTATUS status = RegSetValueExW(key.Get(), kTileValue, 0, REG_DWORD,
+                                          reinterpret_cast<const BYTE*>(&dwValue), sizeof dwValue);
     key.Reset();
     LogOut(kName);
     return status == ERROR_SUCCESS ? 1 : 0;

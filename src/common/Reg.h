@@ -5,7 +5,8 @@
 // The registry values that the library lives by. Stateless: every call opens, reads or writes, and closes.
 // Callable from every thread.
 //
-// Settings of the library, below HKEY_LOCAL_MACHINE "Software\Vel\VELQAN\QanHelper", REG_DWORD, never written:
+// Settings of the library, below HKEY_LOCAL_MACHINE "Software\Vel\VELQAN\QanHelper", REG_DWORD, never
+// written:
 //
 //   value                   default  accepted     returned
 //   DebugLog                0        any          1 when not 0, else 0
@@ -19,8 +20,8 @@ class CQanhReg
 public:
     CQanhReg() = delete;
 
-    // Reads a setting of the library. Returns 1 when a REG_DWORD was read into *pValue, else 0; *pValue may then
-    // hold anything.
+    // Reads a setting of the library. Returns 1 when a REG_DWORD was read into *pValue, else 0; *pValue may
+    // then hold anything.
     static int GetDWORDRegVal(const wchar_t* valueName, DWORD* pValue) noexcept;
 
     static DWORD IsDebugLogOn() noexcept;
@@ -31,9 +32,9 @@ public:
     // The browser's tile setting, "ApplicationTileImmersiveActivation" below HKEY_CURRENT_USER
     // "Software\Microsoft\Internet Explorer\Main".
 
-    // Reads it into *pdwTileImmersiveActivation, 1 when it cannot be read. Returns the registry's status: 0, or the
-    // Win32 error of opening the key or querying the value. A value of another type is read with status 0; pdwType,
-    // when not null, receives the type.
+    // Reads it into *pdwTileImmersiveActivation, 1 when it cannot be read. Returns the registry's status: 0,
+    // or the Win32 error of opening the key or querying the value. A value of another type is read with
+    // status 0; pdwType, when not null, receives the type.
     static LSTATUS GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActivation,
                                                      DWORD* pdwType = nullptr) noexcept;
     // Both return 1 when the value was written or deleted, else 0. The key is never created.

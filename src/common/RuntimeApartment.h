@@ -8,7 +8,10 @@
 class RuntimeApartmentLeaver
 {
 public:
-    explicit RuntimeApartmentLeaver(const BOOL& needsUninitialize) noexcept : m_needsUninitialize(needsUninitialize) {}
+    explicit RuntimeApartmentLeaver(const BOOL& needsUninitialize) noexcept
+        : m_needsUninitialize(needsUninitialize)
+    {
+    }
     ~RuntimeApartmentLeaver()
     {
         if (m_needsUninitialize) {

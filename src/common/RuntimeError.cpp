@@ -7,9 +7,9 @@ namespace {
 std::wstring MessageOf(HRESULT result)
 {
     wchar_t text[512];
-    DWORD length = FormatMessageW(
-        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK, nullptr,
-        static_cast<DWORD>(result), 0, text, 512, nullptr);
+    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS |
+                                      FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                                  nullptr, static_cast<DWORD>(result), 0, text, 512, nullptr);
     // One line, and no blanks behind it: the message stands inside a line of the trace.
     while (length > 0 && text[length - 1] == L' ') {
         --length;

@@ -5,8 +5,8 @@
 #include <exception>
 #include <string>
 
-// A call into the Windows Runtime that failed, raised where the operations that use packages say so. Message() is the
-// system's text for the result.
+// A call into the Windows Runtime that failed, raised where the operations that use packages say so.
+// Message() is the system's text for the result.
 class RuntimeError : public std::exception
 {
 public:

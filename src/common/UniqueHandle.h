@@ -4,8 +4,8 @@
 
 #include <utility>
 
-// Owns one platform handle and closes it at the end of its life. The policy says what the handle is, which value
-// means "none" and how it is closed.
+// Owns one platform handle and closes it at the end of its life. The policy says what the handle is, which
+// value means "none" and how it is closed.
 template <typename Policy> class UniqueResource
 {
 public:

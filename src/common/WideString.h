@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-// An immutable UTF-16 string whose copies share one reference-counted text. A null pointer makes an empty string.
-// One object belongs to one thread at a time; copies of it may live on any thread.
+// An immutable UTF-16 string whose copies share one reference-counted text. A null pointer makes an empty
+// string. One object belongs to one thread at a time; copies of it may live on any thread.
 class WideString
 {
 public:

@@ -10,8 +10,8 @@ namespace Xml {
 
 HRESULT OpenReader(const wchar_t* path, ComPtr<IXmlReader>& reader)
 {
-    HRESULT hr = CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(reader.ReleaseAndGetAddressOf()),
-                                 nullptr);
+    HRESULT hr = CreateXmlReader(__uuidof(IXmlReader),
+                                 reinterpret_cast<void**>(reader.ReleaseAndGetAddressOf()), nullptr);
     if (FAILED(hr)) {
         return hr;
     }
@@ -55,7 +55,8 @@ bool HasLocalName(IXmlReader* reader, std::wstring_view expected)
 {
     const wchar_t* name = nullptr;
     UINT length = 0;
-    return SUCCEEDED(reader->GetLocalName(&name, &length)) && NamesEqual(std::wstring_view(name, length), expected);
+    return SUCCEEDED(reader->GetLocalName(&name, &length)) &&
+           NamesEqual(std::wstring_view(name, length), expected);
 }
 
 } // namespace Xml

@@ -15,8 +15,8 @@ constexpr wchar_t kFolderFormat[] = L"%s\\Vel\\QanHelper%s";
 constexpr wchar_t kCatalogFile[] = L"AppNameList.xml";
 constexpr wchar_t kPresetFile[] = L"PresetAppNameList.xml";
 
-// Deliberate: the exit lines print their wide path with the narrow "%s", which shows what stands before the first
-// zero byte: one letter of a Latin path.
+// Deliberate: the exit lines print their wide path with the narrow "%s", which shows what stands before the
+// first zero byte: one letter of a Latin path.
 void LogPath(const wchar_t* operation, const wchar_t* path) noexcept
 {
     DiagnosticLog::WriteLine("%S OUT(%s)\r\n", operation, reinterpret_cast<const char*>(path));

@@ -14,8 +14,8 @@ constexpr wchar_t kInternetShortcuts[] = L"\\*.url";
 constexpr wchar_t kEverything[] = L"\\*";
 constexpr std::size_t kExtensionLength = 4; // ".lnk", ".url"
 
-// A path in a fixed buffer of 260 characters. What does not fit leaves the path as it was and is reported, so that
-// the caller can skip the entry: a cut path would be that of another file.
+// A path in a fixed buffer of 260 characters. What does not fit leaves the path as it was and is reported, so
+// that the caller can skip the entry: a cut path would be that of another file.
 class PathBuffer
 {
 public:
@@ -62,7 +62,8 @@ UniqueFind FindFirst(const PathBuffer& pattern, WIN32_FIND_DATAW& found) noexcep
 bool IsSubfolder(const WIN32_FIND_DATAW& entry) noexcept
 {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-           _wcsnicmp(entry.cFileName, L".", MAX_PATH) != 0 && _wcsnicmp(entry.cFileName, L"..", MAX_PATH) != 0;
+           _wcsnicmp(entry.cFileName, L".", MAX_PATH) != 0 &&
+           _wcsnicmp(entry.cFileName, L"..", MAX_PATH) != 0;
 }
 
 } // namespace
@@ -121,7 +122,8 @@ void CQanhPackageManager::AddLinkFileToList(const wchar_t* folder, const wchar_t
     do {
         const PathBuffer path = Join(folder, found.cFileName);
         if (path.Fits()) {
-            // The extension is cut by its length, so a file named ".lnk" has an empty name, which the list refuses.
+            // The extension is cut by its length, so a file named ".lnk" has an empty name, which the list
+            // refuses.
             const std::size_t length = std::wcslen(found.cFileName);
             found.cFileName[length < kExtensionLength ? 0 : length - kExtensionLength] = L'\0';
             m_AppNameList.AddDesktopApp(found.cFileName, path.Get());

@@ -11,11 +11,11 @@ namespace {
 constexpr wchar_t kProductName[] = L"QanHelper";
 constexpr wchar_t kExitEventFormat[] = L"Local\\PYX_Event_Exit_RefreshThread%d";
 
-constexpr DWORD kMutexPoll = 100;          // milliseconds
-constexpr int kMutexRoundsAtStart = 5;     // about half a second
-constexpr int kMutexRoundsAtStop = 100;    // about 10 seconds
-constexpr DWORD kThreadStopWait = 30000;   // milliseconds
-constexpr DWORD kThreadExitPoll = 100;     // milliseconds
+constexpr DWORD kMutexPoll = 100;        // milliseconds
+constexpr int kMutexRoundsAtStart = 5;   // about half a second
+constexpr int kMutexRoundsAtStop = 100;  // about 10 seconds
+constexpr DWORD kThreadStopWait = 30000; // milliseconds
+constexpr DWORD kThreadExitPoll = 100;   // milliseconds
 constexpr int kThreadExitRounds = 32;
 
 } // namespace
@@ -39,7 +39,8 @@ HRESULT CQanhPackageManager::Initialize() noexcept
     }
     HRESULT hr = m_AppNameList.Load(path);
     if (FAILED(hr)) {
-        DiagnosticLog::WriteLine("m_AppNameList.Load() failed. ErrCode = 0x%08X \r\n", static_cast<unsigned>(hr));
+        DiagnosticLog::WriteLine("m_AppNameList.Load() failed. ErrCode = 0x%08X \r\n",
+                                 static_cast<unsigned>(hr));
     }
     if (isOwner) {
         // A catalogue that could not be loaded is found again by the thread.
@@ -91,7 +92,8 @@ void CQanhPackageManager::CloseInstanceMutex() noexcept
     const UniqueHandle mutex(InterlockedExchangePointer(&m_hInstanceMutex, nullptr));
 }
 
-bool CQanhPackageManager::ChooseFile(const wchar_t* catalogPath, bool isOwner, wchar_t (&path)[MAX_PATH]) noexcept
+bool CQanhPackageManager::ChooseFile(const wchar_t* catalogPath, bool isOwner,
+                                     wchar_t (&path)[MAX_PATH]) noexcept
 {
     // While another process is in its first refresh pass it may be writing the catalogue file.
     if (GetFileAttributesW(catalogPath) != INVALID_FILE_ATTRIBUTES &&
@@ -108,7 +110,8 @@ HRESULT CQanhPackageManager::StartRefreshThread() noexcept
     _snwprintf_s(eventName, MAX_PATH, _TRUNCATE, kExitEventFormat, static_cast<int>(GetCurrentProcessId()));
     m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, eventName);
     if (!m_hExitEvent) {
-        DiagnosticLog::WriteLine("CreateEventW() failed. ErrCode = %d \r\n", static_cast<int>(GetLastError()));
+        DiagnosticLog::WriteLine("CreateEventW() failed. ErrCode = %d \r\n",
+                                 static_cast<int>(GetLastError()));
         return E_FAIL;
     }
     // The thread owns a reference to the module from before its first instruction on.
@@ -117,7 +120,8 @@ HRESULT CQanhPackageManager::StartRefreshThread() noexcept
                        reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
     m_hRefreshThread = CreateThread(nullptr, 0, RefreshThread, this, 0, nullptr);
     if (!m_hRefreshThread) {
-        DiagnosticLog::WriteLine("CreateThread() failed. ErrCode = %d \r\n", static_cast<int>(GetLastError()));
+        DiagnosticLog::WriteLine("CreateThread() failed. ErrCode = %d \r\n",
+                                 static_cast<int>(GetLastError()));
         FreeLibrary(module);
         return E_FAIL;
     }

@@ -7,10 +7,10 @@
 
 #include <wrl/client.h>
 
-// Owns the catalogue while the library is up and keeps it current: loads it from its file, finds out whether this
-// process is the first one of its executable, and in that process runs the thread that refreshes the catalogue and
-// saves it. One static instance exists. Initialize and Finalize belong to the host's thread; the refresh thread uses
-// the rest.
+// Owns the catalogue while the library is up and keeps it current: loads it from its file, finds out whether
+// this process is the first one of its executable, and in that process runs the thread that refreshes the
+// catalogue and saves it. One static instance exists. Initialize and Finalize belong to the host's thread;
+// the refresh thread uses the rest.
 class CQanhPackageManager
 {
 public:
@@ -19,69 +19,75 @@ public:
     CQanhPackageManager(const CQanhPackageManager&) = delete;
     CQanhPackageManager& operator=(const CQanhPackageManager&) = delete;
 
-    // Loads the catalogue and, in the first process of this executable (the owner), starts the refresh thread.
-    // S_OK; S_FALSE when the thread runs already, or in another process when the file was read to its end; E_FAIL
-    // when neither file can be found or the thread cannot be started; otherwise the failure of the load, which an
-    // owner whose thread runs does not report.
+    // Loads the catalogue and, in the first process of this executable (the owner), starts the refresh
+    // thread. S_OK; S_FALSE when the thread runs already, or in another process when the file was read to its
+    // end; E_FAIL when neither file can be found or the thread cannot be started; otherwise the failure of
+    // the load, which an owner whose thread runs does not report.
     HRESULT Initialize() noexcept;
 
-    // Waits for the first refresh pass (10 s at most), then stops the thread: 30 s after that it is terminated.
+    // Waits for the first refresh pass (10 s at most), then stops the thread: 30 s after that it is
+    // terminated.
     void Finalize() noexcept;
 
-    // The refresh thread's procedure; the argument is the package manager. It gives back one reference to this
-    // module, taken by whoever starts it, so that the library stays loaded while it runs. Exit codes: 0, 87 for a
-    // null argument, 2011 when a needed environment variable cannot be read.
+    // The refresh thread's procedure; the argument is the package manager. It gives back one reference to
+    // this module, taken by whoever starts it, so that the library stays loaded while it runs. Exit codes: 0,
+    // 87 for a null argument, 2011 when a needed environment variable cannot be read.
     static DWORD WINAPI RefreshThread(void* pPyxPackageManager) noexcept;
 
     // The base name of the host's executable, up to its first dot. S_OK, E_POINTER, or E_FAIL.
     static HRESULT GetModuleName(wchar_t (*pModuleName)[MAX_PATH]) noexcept;
-    // Composes the folder of the catalogue and the log and makes sure that it exists. S_OK also when it cannot be
-    // created; E_FAIL, with an empty string, when it cannot be composed.
+    // Composes the folder of the catalogue and the log and makes sure that it exists. S_OK also when it
+    // cannot be created; E_FAIL, with an empty string, when it cannot be composed.
     static HRESULT CreateAppNameListFolder(wchar_t (&folder)[MAX_PATH]) noexcept;
     // The catalogue file that may stand beside the host's executable.
     static BOOL GetPresetAppNameFullPath(wchar_t (&path)[MAX_PATH]) noexcept;
     // After a forced stop: waits about 3 s at most until the thread has really ended.
     static void WaitThreadExit(HANDLE hThread) noexcept;
 
-    // Adds the shortcuts of a folder and its subfolders to the catalogue, a folder's own before those below it. S_OK,
-    // also when the exit event ended the walk; E_POINTER; E_INVALIDARG for an empty path; E_FAIL when the folder
-    // cannot be listed.
+    // Adds the shortcuts of a folder and its subfolders to the catalogue, a folder's own before those below
+    // it. S_OK, also when the exit event ended the walk; E_POINTER; E_INVALIDARG for an empty path; E_FAIL
+    // when the folder cannot be listed.
     HRESULT RefreshDesktopApps(const wchar_t* folder) noexcept;
-    // Adds what matches the pattern (a backslash, an asterisk and an extension of four characters) in one folder.
+    // Adds what matches the pattern (a backslash, an asterisk and an extension of four characters) in one
+    // folder.
     void AddLinkFileToList(const wchar_t* folder, const wchar_t* pattern) noexcept;
 
-    // Hands every Store package of the user to the catalogue. The result is that of the last package; E_FAIL when the
-    // system's package manager cannot be had.
+    // Hands every Store package of the user to the catalogue. The result is that of the last package; E_FAIL
+    // when the system's package manager cannot be had.
     HRESULT RefreshMetroApps() noexcept;
 
-    // The system's package manager, or none. Enters the Windows Runtime for the calling thread: *pNeedsUninitialize
-    // becomes 1 when the caller must leave it with RoUninitialize, whether there is a manager or not, and 0 when the
-    // thread is in an apartment of another kind already.
-    static Microsoft::WRL::ComPtr<platform::IPackageManager> GetPackageManager(BOOL* pNeedsUninitialize) noexcept;
+    // The system's package manager, or none. Enters the Windows Runtime for the calling thread:
+    // *pNeedsUninitialize becomes 1 when the caller must leave it with RoUninitialize, whether there is a
+    // manager or not, and 0 when the thread is in an apartment of another kind already.
+    static Microsoft::WRL::ComPtr<platform::IPackageManager>
+    GetPackageManager(BOOL* pNeedsUninitialize) noexcept;
 
-    // The first package of the family that is installed for the user, or none; with a fragment, the first one that
-    // depends on a package whose family name contains it, whatever the case of Latin letters. A failing call of the
-    // platform is raised as a RuntimeError.
+    // The first package of the family that is installed for the user, or none; with a fragment, the first one
+    // that depends on a package whose family name contains it, whatever the case of Latin letters. A failing
+    // call of the platform is raised as a RuntimeError.
     static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByName(const wchar_t* familyName);
     static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByNameEx(const wchar_t* familyName,
                                                                           const wchar_t* fragment);
 
-    // Whether these find a package: S_OK with *pIsInstalled 1 or 0, also without a package manager; E_POINTER;
-    // E_INVALIDARG for an empty name; E_FAIL or E_OUTOFMEMORY, with *pIsInstalled as it was, when the finding failed.
+    // Whether these find a package: S_OK with *pIsInstalled 1 or 0, also without a package manager;
+    // E_POINTER; E_INVALIDARG for an empty name; E_FAIL or E_OUTOFMEMORY, with *pIsInstalled as it was, when
+    // the finding failed.
     static HRESULT IsInstalled(const wchar_t* familyName, BOOL* pIsInstalled) noexcept;
-    static HRESULT IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment, BOOL* pIsInstalled) noexcept;
+    static HRESULT IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment,
+                                 BOOL* pIsInstalled) noexcept;
 
-    // The package's display name, for LocalFree: the result of the manifest reader's GetAppDisplayName, 0xA0000001
-    // when no package of the family is installed, E_POINTER, E_INVALIDARG, E_FAIL or E_OUTOFMEMORY.
+    // The package's display name, for LocalFree: the result of the manifest reader's GetAppDisplayName,
+    // 0xA0000001 when no package of the family is installed, E_POINTER, E_INVALIDARG, E_FAIL or
+    // E_OUTOFMEMORY.
     static HRESULT GetAppDisplayNameByPFN(const wchar_t* familyName, wchar_t** ppName) noexcept;
 
     CQanhAppNameList m_AppNameList;
     HANDLE m_hExitEvent = nullptr;     // manual reset; tells the thread to stop
     HANDLE m_hRefreshThread = nullptr; // null when not running
 
-    // The mutex that stands for a first refresh pass that is still running somewhere. It is never waited for or
-    // locked: that it exists is what it says. Held by the owner only, and closed by the thread or by Finalize,
-    // whichever takes the handle out first.
+    // The mutex that stands for a first refresh pass that is still running somewhere. It is never waited for
+    // or locked: that it exists is what it says. Held by the owner only, and closed by the thread or by
+    // Finalize, whichever takes the handle out first.
     static wchar_t m_szInstanceMutexName[MAX_PATH];
     static HANDLE m_hInstanceMutex;
 
@@ -94,7 +100,8 @@ private:
     static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
 
     HRESULT StartRefreshThread() noexcept;
-    void RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms, const wchar_t* userPrograms) noexcept;
+    void RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms,
+                 const wchar_t* userPrograms) noexcept;
     void RefreshPackageStates();
     void RefreshDesktopStates();
     void RefreshPrograms(const wchar_t* folder) noexcept;

@@ -115,14 +115,15 @@ void CQanhPackageManager::RunPass(const wchar_t* catalogPath, const wchar_t* com
     if (PollExitEvent() == WAIT_TIMEOUT) {
         hr = m_AppNameList.Save(catalogPath);
         if (FAILED(hr)) {
-            DiagnosticLog::WriteLine("%S pPyxPackageManager->m_AppNameList.Save() failed. ErrCode = 0x%08X \r\n",
-                                     kRefreshThreadName, static_cast<unsigned>(hr));
+            DiagnosticLog::WriteLine(
+                "%S pPyxPackageManager->m_AppNameList.Save() failed. ErrCode = 0x%08X \r\n",
+                kRefreshThreadName, static_cast<unsigned>(hr));
         }
     }
 }
 
-// The states are collected without the catalogue's lock and set together, so that a launch meanwhile sees those from
-// before or those from after.
+// The states are collected without the catalogue's lock and set together, so that a launch meanwhile sees
+// those from before or those from after.
 void CQanhPackageManager::RefreshPackageStates()
 {
     std::vector<BOOL> states;
@@ -145,11 +146,11 @@ void CQanhPackageManager::RefreshPrograms(const wchar_t* folder) noexcept
 {
     const HRESULT hr = RefreshDesktopApps(folder);
     if (FAILED(hr)) {
-        // Deliberate: the wide folder is printed with the narrow "%s", which shows what stands before the first zero
-        // byte.
-        DiagnosticLog::WriteLine("%S pPyxPackageManager->RefreshDesktopApps(%s) failed. ErrCode = 0x%08X \r\n",
-                                 kRefreshThreadName, reinterpret_cast<const char*>(folder),
-                                 static_cast<unsigned>(hr));
+        // Deliberate: the wide folder is printed with the narrow "%s", which shows what stands before the
+        // first zero byte.
+        DiagnosticLog::WriteLine(
+            "%S pPyxPackageManager->RefreshDesktopApps(%s) failed. ErrCode = 0x%08X \r\n", kRefreshThreadName,
+            reinterpret_cast<const char*>(folder), static_cast<unsigned>(hr));
     }
 }
 

@@ -33,7 +33,8 @@ class HStringReference
 public:
     explicit HStringReference(const wchar_t* text)
     {
-        ThrowIfFailed(WindowsCreateStringReference(text, static_cast<UINT32>(std::wcslen(text)), &m_header, &m_string));
+        ThrowIfFailed(
+            WindowsCreateStringReference(text, static_cast<UINT32>(std::wcslen(text)), &m_header, &m_string));
     }
     [[nodiscard]] HSTRING Get() const noexcept { return m_string; }
 
@@ -55,8 +56,8 @@ ComPtr<platform::IPackageManager> ActivateManager()
     return manager;
 }
 
-// Calls visit(package) for each package of the collection, in its order, until there are no more or visit returns
-// true.
+// Calls visit(package) for each package of the collection, in its order, until there are no more or visit
+// returns true.
 template <typename Visit> void ForEachPackage(platform::IPackageIterable* packages, Visit visit)
 {
     ComPtr<platform::IPackageIterator> iterator;
@@ -73,7 +74,8 @@ template <typename Visit> void ForEachPackage(platform::IPackageIterable* packag
     }
 }
 
-ComPtr<platform::IPackageIterable> PackagesOfFamily(platform::IPackageManager* manager, const wchar_t* familyName)
+ComPtr<platform::IPackageIterable> PackagesOfFamily(platform::IPackageManager* manager,
+                                                    const wchar_t* familyName)
 {
     ComPtr<platform::IPackageIterable> packages;
     ThrowIfFailed(manager->FindPackagesByUserSecurityIdPackageFamilyName(
@@ -99,7 +101,8 @@ bool DependsOn(platform::IPackage* package, const wchar_t* fragment)
     for (UINT32 index = 0; index < size; ++index) {
         ComPtr<platform::IPackage> dependency;
         ThrowIfFailed(dependencies->GetAt(index, dependency.GetAddressOf()));
-        const WideString familyName = StorePackage::FamilyName(StorePackage::Identity(dependency.Get()).Get());
+        const WideString familyName =
+            StorePackage::FamilyName(StorePackage::Identity(dependency.Get()).Get());
         if (FoldLatinLetters(familyName.c_str()).find(FoldLatinLetters(fragment)) != std::wstring::npos) {
             return true;
         }
@@ -120,8 +123,8 @@ HRESULT LogCaught(const wchar_t* operation) noexcept
     }
 }
 
-// The way in which a query enters and leaves the package manager. Finds a package with find(manager); none when there
-// is no manager. A failing call of the platform is raised, after everything was left.
+// The way in which a query enters and leaves the package manager. Finds a package with find(manager); none
+// when there is no manager. A failing call of the platform is raised, after everything was left.
 template <typename Find>
 ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* familyName, Find find)
 {
@@ -198,10 +201,11 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByName(const wchar_t*
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByName";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
         ComPtr<platform::IPackage> first;
-        ForEachPackage(PackagesOfFamily(manager, familyName).Get(), [&](const ComPtr<platform::IPackage>& package) {
-            first = package;
-            return true;
-        });
+        ForEachPackage(PackagesOfFamily(manager, familyName).Get(),
+                       [&](const ComPtr<platform::IPackage>& package) {
+                           first = package;
+                           return true;
+                       });
         return first;
     });
 }
@@ -212,12 +216,13 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByNameEx(const wchar_
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByNameEx";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
         ComPtr<platform::IPackage> dependent;
-        ForEachPackage(PackagesOfFamily(manager, familyName).Get(), [&](const ComPtr<platform::IPackage>& package) {
-            if (!dependent && DependsOn(package.Get(), fragment)) {
-                dependent = package;
-            }
-            return false;
-        });
+        ForEachPackage(PackagesOfFamily(manager, familyName).Get(),
+                       [&](const ComPtr<platform::IPackage>& package) {
+                           if (!dependent && DependsOn(package.Get(), fragment)) {
+                               dependent = package;
+                           }
+                           return false;
+                       });
         return dependent;
     });
 }
@@ -225,7 +230,8 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByNameEx(const wchar_
 HRESULT CQanhPackageManager::IsInstalled(const wchar_t* familyName, BOOL* pIsInstalled) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::IsInstalled";
-    return AskInstalled(kName, familyName, pIsInstalled, [&] { return FindPackageByName(familyName) != nullptr; });
+    return AskInstalled(kName, familyName, pIsInstalled,
+                        [&] { return FindPackageByName(familyName) != nullptr; });
 }
 
 HRESULT CQanhPackageManager::IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment,
@@ -251,8 +257,8 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
         if (package) {
             hr = CQanhManifestReader::GetAppDisplayName(package.Get(), ppName);
         }
-        // Deliberate: the wide name is printed with the narrow "%s", which shows what stands before the first zero
-        // byte.
+        // Deliberate: the wide name is printed with the narrow "%s", which shows what stands before the first
+        // zero byte.
         DiagnosticLog::WriteLine("%S OUT(0x%08X) DisplayName = %s\r\n", kName, static_cast<unsigned>(hr),
                                  reinterpret_cast<const char*>(*ppName));
     } catch (...) {

@@ -27,8 +27,8 @@ HRESULT HandOver(const wchar_t* text) noexcept
     GlobalUnlock(block);
     EmptyClipboard();
     if (!::SetClipboardData(CF_UNICODETEXT, block)) {
-        DiagnosticLog::WriteLine("%S ERROR SetClipboardData(CF_UNICODETEXT, hg) Failed. ErrCode = %d\r\n", kName,
-                                 static_cast<int>(GetLastError()));
+        DiagnosticLog::WriteLine("%S ERROR SetClipboardData(CF_UNICODETEXT, hg) Failed. ErrCode = %d\r\n",
+                                 kName, static_cast<int>(GetLastError()));
     }
     // Deliberate: the block is freed after the hand-over too, which leaves nothing to free later.
     GlobalFree(block);

@@ -37,15 +37,16 @@ void CQanhKeyEmulate::Sendinput_Key(WORD virtualKey, DWORD flags, DWORD pause) n
 
 void CQanhKeyEmulate::Sendinput_Key(WORD virtualKey, WORD scanCode, DWORD flags, DWORD pause) noexcept
 {
-    DiagnosticLog::WriteLine("%S(0x%04X, 0x%04X, 0x%08X) IN\r\n", kSendKeyName, static_cast<unsigned>(virtualKey),
-                             static_cast<unsigned>(scanCode), static_cast<unsigned>(flags));
+    DiagnosticLog::WriteLine("%S(0x%04X, 0x%04X, 0x%08X) IN\r\n", kSendKeyName,
+                             static_cast<unsigned>(virtualKey), static_cast<unsigned>(scanCode),
+                             static_cast<unsigned>(flags));
     SendOne(virtualKey, scanCode, flags, static_cast<ULONG_PTR>(GetMessageExtraInfo()));
     LogOut(kSendKeyName);
     Sleep(pause);
 }
 
-// The flags of the scripts are uneven on purpose: the Windows and Enter keys go down as extended keys and up as plain
-// ones, and only the press of Q is marked as a scan code.
+// The flags of the scripts are uneven on purpose: the Windows and Enter keys go down as extended keys and up
+// as plain ones, and only the press of Q is marked as a scan code.
 
 void CQanhKeyEmulate::Sendinput_Win() noexcept
 {

@@ -2,9 +2,10 @@
 
 #include <windows.h>
 
-// The few key strokes that drive the Start screen and its search pane. Each operation is a fixed script of single key
-// events with fixed pauses, sent to the whole desktop; it blocks the calling thread for the sum of the pauses and
-// does not look at what becomes of the events. Stateless; called on the host's launching thread.
+// The few key strokes that drive the Start screen and its search pane. Each operation is a fixed script of
+// single key events with fixed pauses, sent to the whole desktop; it blocks the calling thread for the sum of
+// the pauses and does not look at what becomes of the events. Stateless; called on the host's launching
+// thread.
 class CQanhKeyEmulate
 {
 public:

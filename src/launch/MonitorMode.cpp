@@ -125,7 +125,8 @@ HRESULT CQanhMonitorMode::OpenAppSearchUI() noexcept
     DiagnosticLog::WriteLine("%S IN\r\n", kName);
     int dwMode = kUnknown;
     if (GetMonitorState(&dwMode) != 0) {
-        DiagnosticLog::WriteLine("%S OUT(GetMonitorState : ret=0x%08X)\r\n", kName, static_cast<unsigned>(E_FAIL));
+        DiagnosticLog::WriteLine("%S OUT(GetMonitorState : ret=0x%08X)\r\n", kName,
+                                 static_cast<unsigned>(E_FAIL));
         return E_FAIL;
     }
     if (dwMode != kStartScreen) {

@@ -17,17 +17,19 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-HRESULT OpenApplications(const wchar_t* path, ComPtr<platform::IAppxManifestApplicationsEnumerator>& applications)
+HRESULT OpenApplications(const wchar_t* path,
+                         ComPtr<platform::IAppxManifestApplicationsEnumerator>& applications)
 {
     ComPtr<platform::IAppxFactory> factory;
-    HRESULT hr = CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
-                                  __uuidof(platform::IAppxFactory),
-                                  reinterpret_cast<void**>(factory.GetAddressOf()));
+    HRESULT hr =
+        CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
+                         __uuidof(platform::IAppxFactory), reinterpret_cast<void**>(factory.GetAddressOf()));
     if (FAILED(hr)) {
         return hr;
     }
     ComPtr<IStream> stream;
-    hr = SHCreateStreamOnFileEx(path, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, FALSE, nullptr, stream.GetAddressOf());
+    hr = SHCreateStreamOnFileEx(path, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, FALSE, nullptr,
+                                stream.GetAddressOf());
     if (FAILED(hr)) {
         return hr;
     }

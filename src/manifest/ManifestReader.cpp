@@ -26,15 +26,15 @@ constexpr std::wstring_view kResourcePrefix = L"ms-resource:";
 
 constexpr HRESULT kSeveralApplications = static_cast<HRESULT>(0xA0000002);
 
-// What becomes of each name of a manifest. Deliberate: names are stored in lower case; only the text of a resolved
-// resource keeps its letters.
+// What becomes of each name of a manifest. Deliberate: names are stored in lower case; only the text of a
+// resolved resource keeps its letters.
 std::wstring PostProcessName(std::wstring name, const CQanhPackage& package)
 {
     name = ToLowerCase(std::move(name));
     if (name.starts_with(kResourcePrefix)) {
         wchar_t text[CQanhManifestReader::kTextSize] = {};
-        if (CQanhManifestReader::ConvertMsResourceToString(name, package.FullName.c_str(), package.Name.c_str(),
-                                                           text)) {
+        if (CQanhManifestReader::ConvertMsResourceToString(name, package.FullName.c_str(),
+                                                           package.Name.c_str(), text)) {
             return text;
         }
     }
@@ -46,10 +46,10 @@ bool IsUnresolved(const std::wstring& name)
     return ToLowerCase(name).starts_with(kResourcePrefix);
 }
 
-// Moves to an element, takes one of its attributes and makes a name of it. A missing element does not end the search
-// at its parent: the next one in the document is taken.
-HRESULT ReadName(IXmlReader* reader, const wchar_t* element, const wchar_t* attribute, const CQanhPackage& package,
-                 std::wstring& name)
+// Moves to an element, takes one of its attributes and makes a name of it. A missing element does not end the
+// search at its parent: the next one in the document is taken.
+HRESULT ReadName(IXmlReader* reader, const wchar_t* element, const wchar_t* attribute,
+                 const CQanhPackage& package, std::wstring& name)
 {
     HRESULT hr = CQanhManifestReader::MoveToElementByName(reader, element);
     if (FAILED(hr)) {
@@ -63,12 +63,12 @@ HRESULT ReadName(IXmlReader* reader, const wchar_t* element, const wchar_t* attr
     return hr;
 }
 
-// Walks the applications of a manifest: calls acceptName(name) for each display name and short name, which ends the
-// walk by returning false, and addApplication(displayName, shortName) for each application. The result is that of the
-// last step; isComplete tells whether the walk came to the end of the document.
+// Walks the applications of a manifest: calls acceptName(name) for each display name and short name, which
+// ends the walk by returning false, and addApplication(displayName, shortName) for each application. The
+// result is that of the last step; isComplete tells whether the walk came to the end of the document.
 template <typename AcceptName, typename AddApplication>
-HRESULT WalkApplications(const wchar_t* path, const CQanhPackage& package, bool& isComplete, AcceptName acceptName,
-                         AddApplication addApplication)
+HRESULT WalkApplications(const wchar_t* path, const CQanhPackage& package, bool& isComplete,
+                         AcceptName acceptName, AddApplication addApplication)
 {
     isComplete = false;
     ComPtr<IXmlReader> reader;
@@ -175,14 +175,16 @@ HRESULT CQanhManifestReader::MoveToElementByName(IXmlReader* pReader, const wcha
     return LogOut(kName, hr);
 }
 
-HRESULT CQanhManifestReader::GetAttributeValueByName(IXmlReader* pReader, const wchar_t* name, std::wstring& value)
+HRESULT CQanhManifestReader::GetAttributeValueByName(IXmlReader* pReader, const wchar_t* name,
+                                                     std::wstring& value)
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::GetAttributeValueByName";
     DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, name);
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }
-    return LogOut(kName, Xml::ForEachAttribute(pReader, [&](std::wstring_view attribute, const wchar_t* text) {
+    return LogOut(kName,
+                  Xml::ForEachAttribute(pReader, [&](std::wstring_view attribute, const wchar_t* text) {
                       if (!Xml::NamesEqual(attribute, name)) {
                           return false;
                       }
@@ -213,7 +215,8 @@ HRESULT ReadOnlyDisplayName(const wchar_t* path, std::wstring& displayName)
     if (FAILED(hr)) {
         return hr;
     }
-    return CQanhManifestReader::MoveToElementByName(reader.Get(), kApplication) == S_OK ? kSeveralApplications : hr;
+    return CQanhManifestReader::MoveToElementByName(reader.Get(), kApplication) == S_OK ? kSeveralApplications
+                                                                                        : hr;
 }
 
 // Writes what the user sees of the display name into the text.
@@ -227,8 +230,9 @@ HRESULT ResolveDisplayName(std::wstring displayName, platform::IPackage* package
     const ComPtr<platform::IPackageId> identity = StorePackage::Identity(package);
     const WideString fullName = StorePackage::FullName(identity.Get());
     const WideString name = StorePackage::Name(identity.Get());
-    return CQanhManifestReader::ConvertMsResourceToString(displayName, fullName.c_str(), name.c_str(), text) ? S_OK
-                                                                                                             : E_FAIL;
+    return CQanhManifestReader::ConvertMsResourceToString(displayName, fullName.c_str(), name.c_str(), text)
+               ? S_OK
+               : E_FAIL;
 }
 
 } // namespace

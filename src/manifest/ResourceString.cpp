@@ -37,8 +37,8 @@ bool Load(const std::wstring& source, wchar_t* buffer) noexcept
 BOOL CQanhManifestReader::ConvertMsResourceToString(std::wstring resource, const wchar_t* packageFullName,
                                                     const wchar_t* packageName, wchar_t* buffer)
 {
-    DiagnosticLog::WriteLine("%S(%S, %S, %S, %S, %d) IN\r\n", kName, resource.c_str(), packageFullName, packageName,
-                             buffer, kTextSize);
+    DiagnosticLog::WriteLine("%S(%S, %S, %S, %S, %d) IN\r\n", kName, resource.c_str(), packageFullName,
+                             packageName, buffer, kTextSize);
     if (!packageFullName || !packageName || !buffer || *packageFullName == L'\0' || *packageName == L'\0') {
         return FALSE;
     }

@@ -12,7 +12,8 @@ namespace {
 constexpr wchar_t kManifestFile[] = L"AppxManifest.xml";
 
 // The text that a getter of the object hands out.
-template <typename Object> WideString Text(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(HSTRING*))
+template <typename Object>
+WideString Text(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(HSTRING*))
 {
     HString text;
     ThrowIfFailed((object->*getter)(text.Put()));

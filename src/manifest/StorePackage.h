@@ -5,8 +5,8 @@
 
 #include <wrl/client.h>
 
-// What the library reads of a Store package object of the Windows Runtime. Each throws a RuntimeError when the
-// package does not answer. They belong to the thread that found the package.
+// What the library reads of a Store package object of the Windows Runtime. Each throws a RuntimeError when
+// the package does not answer. They belong to the thread that found the package.
 namespace StorePackage {
 
 Microsoft::WRL::ComPtr<platform::IPackageId> Identity(platform::IPackage* package);
@@ -18,8 +18,8 @@ platform::PackageVersion Version(platform::IPackageId* identity);
 // The path of the folder that the package is installed in, as the system has it.
 WideString InstalledPath(platform::IPackage* package);
 
-// The path of the package's manifest in that folder, in the 260 characters that a path has; what does not fit is cut,
-// so that the file will not be found.
+// The path of the package's manifest in that folder, in the 260 characters that a path has; what does not fit
+// is cut, so that the file will not be found.
 WideString ManifestPath(const WideString& installedPath);
 
 } // namespace StorePackage

@@ -1,7 +1,7 @@
 #pragma once
 
-// The Windows Runtime's package objects, for toolchains whose headers lack them. Only what the library calls has its
-// real arguments; the other methods hold their places in the tables of functions.
+// The Windows Runtime's package objects, for toolchains whose headers lack them. Only what the library calls
+// has its real arguments; the other methods hold their places in the tables of functions.
 
 #include <windows.h>
 
@@ -63,9 +63,7 @@ IPackageId : public IInspectable
 
 // The default interface of a package's installed location; it is asked for IStorageItem.
 QANH_INTERFACE("72d1cb78-b3ef-4f75-a80b-6fd9dae2944b")
-IStorageFolder : public IInspectable
-{
-};
+IStorageFolder : public IInspectable{};
 
 QANH_INTERFACE("4207a996-ca2f-42f7-bde8-8b10457a7f30")
 IStorageItem : public IInspectable
@@ -111,7 +109,8 @@ struct IPackageVectorView : public IInspectable
     virtual HRESULT STDMETHODCALLTYPE GetAt(UINT32 index, IPackage** item) = 0;
     virtual HRESULT STDMETHODCALLTYPE get_Size(UINT32* size) = 0;
     virtual HRESULT STDMETHODCALLTYPE IndexOf(IPackage* value, UINT32* index, boolean* found) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetMany(UINT32 start, UINT32 capacity, IPackage** values, UINT32* actual) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetMany(UINT32 start, UINT32 capacity, IPackage** values,
+                                              UINT32* actual) = 0;
 };
 
 QANH_INTERFACE("9a7d4b65-5e8f-4fc7-a2e5-7f6925cb8b53")
@@ -131,7 +130,8 @@ IPackageManager : public IInspectable
         HSTRING userSecurityId, HSTRING name, HSTRING publisher, IPackageIterable * *packages) = 0;
     virtual HRESULT STDMETHODCALLTYPE FindUsers(HSTRING packageFullName, void** users) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetPackageState(HSTRING packageFullName, INT32 state) = 0;
-    virtual HRESULT STDMETHODCALLTYPE FindPackageByPackageFullName(HSTRING packageFullName, IPackage * *package) = 0;
+    virtual HRESULT STDMETHODCALLTYPE FindPackageByPackageFullName(HSTRING packageFullName,
+                                                                   IPackage * *package) = 0;
     virtual HRESULT STDMETHODCALLTYPE CleanupPackageForUserAsync() = 0;
     virtual HRESULT STDMETHODCALLTYPE FindPackagesByPackageFamilyName(HSTRING packageFamilyName,
                                                                       IPackageIterable * *packages) = 0;
@@ -143,12 +143,15 @@ IPackageManager : public IInspectable
 
 } // namespace platform
 
-QANH_INTERFACE_ID(platform::IPackageId, 0x1adb665e, 0x37c7, 0x4790, 0x99, 0x80, 0xdd, 0x7a, 0xe7, 0x4e, 0x8b, 0xb2)
-QANH_INTERFACE_ID(platform::IStorageFolder, 0x72d1cb78, 0xb3ef, 0x4f75, 0xa8, 0x0b, 0x6f, 0xd9, 0xda, 0xe2, 0x94,
-                  0x4b)
-QANH_INTERFACE_ID(platform::IStorageItem, 0x4207a996, 0xca2f, 0x42f7, 0xbd, 0xe8, 0x8b, 0x10, 0x45, 0x7a, 0x7f, 0x30)
-QANH_INTERFACE_ID(platform::IPackage, 0x163c792f, 0xbd75, 0x413c, 0xbf, 0x23, 0xb1, 0xfe, 0x7b, 0x95, 0xd8, 0x25)
-QANH_INTERFACE_ID(platform::IPackageManager, 0x9a7d4b65, 0x5e8f, 0x4fc7, 0xa2, 0xe5, 0x7f, 0x69, 0x25, 0xcb, 0x8b,
-                  0x53)
+QANH_INTERFACE_ID(platform::IPackageId, 0x1adb665e, 0x37c7, 0x4790, 0x99, 0x80, 0xdd, 0x7a, 0xe7, 0x4e, 0x8b,
+                  0xb2)
+QANH_INTERFACE_ID(platform::IStorageFolder, 0x72d1cb78, 0xb3ef, 0x4f75, 0xa8, 0x0b, 0x6f, 0xd9, 0xda, 0xe2,
+                  0x94, 0x4b)
+QANH_INTERFACE_ID(platform::IStorageItem, 0x4207a996, 0xca2f, 0x42f7, 0xbd, 0xe8, 0x8b, 0x10, 0x45, 0x7a,
+                  0x7f, 0x30)
+QANH_INTERFACE_ID(platform::IPackage, 0x163c792f, 0xbd75, 0x413c, 0xbf, 0x23, 0xb1, 0xfe, 0x7b, 0x95, 0xd8,
+                  0x25)
+QANH_INTERFACE_ID(platform::IPackageManager, 0x9a7d4b65, 0x5e8f, 0x4fc7, 0xa2, 0xe5, 0x7f, 0x69, 0x25, 0xcb,
+                  0x8b, 0x53)
 
 #endif

@@ -6,12 +6,13 @@
 
 namespace test {
 
-// Replaces a function that this program (with the library's code in it) imports, until the end of the scope: to see
-// what the library asks of the platform, or to make that fail. The function is known by its name, whichever DLL it
-// comes from. Only calls from this module are affected.
+// Replaces a function that this program (with the library's code in it) imports, until the end of the scope:
+// to see what the library asks of the platform, or to make that fail. The function is known by its name,
+// whichever DLL it comes from. Only calls from this module are affected.
 //
 //     test::ImportPatch<decltype(&CreateEventW)> patch("CreateEventW",
-//         [](SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*) -> HANDLE { SetLastError(5); return nullptr; });
+//         [](SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*) -> HANDLE { SetLastError(5); return nullptr;
+//         });
 //     ... patch.Original()(...) calls the real one.
 class ImportPatchBase
 {

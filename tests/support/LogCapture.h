@@ -8,12 +8,12 @@
 
 namespace test {
 
-// The log without its time stamps: checks that each has the form "[2014/03/01 09:05:07.042]" and takes them out. The
-// rest is as written, line ends ("\r\n") included.
+// The log without its time stamps: checks that each has the form "[2014/03/01 09:05:07.042]" and takes them
+// out. The rest is as written, line ends ("\r\n") included.
 std::string WithoutTimeStamps(std::string_view log);
 
-// Switches the library's log on, into a folder of its own, until the end of the scope. LOCALAPPDATA points there
-// meanwhile.
+// Switches the library's log on, into a folder of its own, until the end of the scope. LOCALAPPDATA points
+// there meanwhile.
 class LogCapture
 {
 public:
@@ -22,7 +22,8 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    // What was logged since the start or the last Clear(), without time stamps: one text with "\r\n" line ends.
+    // What was logged since the start or the last Clear(), without time stamps: one text with "\r\n" line
+    // ends.
     [[nodiscard]] std::string Text() const;
     // The same as lines, without line ends.
     [[nodiscard]] std::vector<std::string> Lines() const;

@@ -57,7 +57,8 @@ std::optional<DWORD> ScopedKey::Dword(const wchar_t* name) const
 {
     DWORD value = 0;
     DWORD size = sizeof value;
-    if (RegGetValueW(m_hive, m_path.c_str(), name, RRF_RT_REG_DWORD, nullptr, &value, &size) != ERROR_SUCCESS) {
+    if (RegGetValueW(m_hive, m_path.c_str(), name, RRF_RT_REG_DWORD, nullptr, &value, &size) !=
+        ERROR_SUCCESS) {
         return std::nullopt;
     }
     return value;

@@ -8,8 +8,8 @@
 
 namespace test {
 
-// A registry key that a test fills as it needs it. What stood there before is gone for good (the prefix is thrown
-// away after the run); the key is deleted at the start and at the end of the scope.
+// A registry key that a test fills as it needs it. What stood there before is gone for good (the prefix is
+// thrown away after the run); the key is deleted at the start and at the end of the scope.
 class ScopedKey
 {
 public:

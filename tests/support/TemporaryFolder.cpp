@@ -67,7 +67,8 @@ void MakeFolder(const std::wstring& path)
 void MakeFile(const std::wstring& path)
 {
     MakeFolder(path.substr(0, path.rfind(L'\\')));
-    CloseHandle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    CloseHandle(
+        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 bool Exists(const std::wstring& path)
