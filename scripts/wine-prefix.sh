@@ -1,13 +1,11 @@
 # Sourced by the scripts that run Windows programs: a throw-away Wine prefix.
 
-# Makes a prefix of its own in a temporary folder and starts its server; it is gone when the script ends.
+# Makes a prefix of its own in a temporary folder and starts its server. The script calls remove_prefix when it ends,
+# in a trap set before: also an interrupted run leaves nothing behind.
 #   make_prefix null    windows without a display
 #   make_prefix x11     windows on the display that DISPLAY names
 make_prefix() {
   prefix_folder=$(mktemp -d)
-  trap remove_prefix EXIT
-  trap 'exit 130' INT
-  trap 'exit 143' TERM
   export WINEPREFIX="$prefix_folder/prefix" WINEDEBUG=-all LC_ALL=C.UTF-8
   # No questions about components that nothing here needs.
   export WINEDLLOVERRIDES="mscoree,mshtml="
@@ -41,6 +39,7 @@ REG
 }
 
 remove_prefix() {
+  [ -n "${prefix_folder:-}" ] || return 0
   wineserver -k > /dev/null 2>&1 || true
   wineserver -w > /dev/null 2>&1 || true
   rm -rf "$prefix_folder"
