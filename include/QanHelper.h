@@ -1,15 +1,15 @@
 /*
  * QanHelper: keeps a catalogue of the applications that a launcher may start, and starts them.
  *
- * Order of calls. QanhInitialize first, then any of the other functions, then one QanhFinalize for each
- * successful QanhInitialize. There is no result that means "not initialised": without QanhInitialize the
- * functions work on an empty catalogue, and nothing can be launched by search.
+ * Order of calls. QanhInitialize first, then any of the other functions, then one QanhFinalize for each successful
+ * QanhInitialize. There is no result that means "not initialised": without QanhInitialize the functions work on an
+ * empty catalogue, and nothing can be launched by search.
  *
- * Threads. QanhInitialize, QanhFinalize and the launches belong to one thread of the host, the one that
- * called QanhInitialize first: its single-threaded COM apartment holds the library's objects. A thread that
- * is in a multithreaded apartment cannot initialise the library. In the first process of an executable the
- * library runs one thread of its own, which refreshes the catalogue. The keyboard and the clipboard belong to
- * the whole desktop: do not run two launches at once.
+ * Threads. QanhInitialize, QanhFinalize and the launches belong to one thread of the host, the one that called
+ * QanhInitialize first: its single-threaded COM apartment holds the library's objects. A thread that is in a
+ * multithreaded apartment cannot initialise the library. The queries and QanhLaunchByManager may be called on any thread
+ * while the library is up. The library runs one thread of its own, which refreshes the catalogue. The keyboard and the
+ * clipboard belong to the whole desktop: do not run two launches at once.
  *
  * Strings are UTF-16 and end with a null character. A string that the library hands out is released with
  * QanhReleaseString.
@@ -21,6 +21,7 @@
  *
  * Every call is traced into the diagnostic log when an administrator has switched it on.
  */
+/* clang-format off: the tables in the comments are laid out by hand. */
 #ifndef QANHELPER_H
 #define QANHELPER_H
 
@@ -34,10 +35,9 @@
 #define QANH_E_SEVERAL_APPLICATIONS ((HRESULT)0xA0000002L)
 
 /* What a search launch pastes and presses. */
-#define QANH_SEARCH_LAUNCH 0 /* paste the query, press Enter until the search pane is gone */
-#define QANH_SEARCH_SHOW 1   /* paste the plain name and leave the choice to the user */
-#define QANH_SEARCH_LAUNCH_PLAIN                                                                             \
-    2 /* as 0, but paste the plain name when the catalogue holds this very application */
+#define QANH_SEARCH_LAUNCH 0       /* paste the query, press Enter until the search pane is gone */
+#define QANH_SEARCH_SHOW 1         /* paste the plain name and leave the choice to the user */
+#define QANH_SEARCH_LAUNCH_PLAIN 2 /* as 0, but paste the plain name when the catalogue holds this very application */
 
 /* What the browser's tile setting must be during a launch. */
 #define QANH_TILE_DESKTOP 0   /* the value 0 */
@@ -49,27 +49,28 @@ extern "C" {
 #endif
 
 /*
- * Brings the library up, or counts one more user of it when it is up. Reads the setting "DebugLog" on every
- * call.
+ * Brings the library up, or counts one more user of it when it is up. Reads the setting "DebugLog" on every call.
  *
- * Returns S_OK. The call that brings the library up may also return another success code: S_FALSE in a
- * process that is not the first of its executable, which works with the catalogue as it was loaded. Failures
- * leave the library down: RPC_E_CHANGED_MODE  the thread is in a multithreaded apartment E_FAIL the
- * catalogue's place or the refresh thread could not be had other               the Start screen's visibility
- * object could not be created, or, in a process that is not the first of its executable, the catalogue could
- * not be loaded
+ * Returns S_OK. The call that brings the library up may also return another success code: S_FALSE when another process
+ * of the same executable was in its first refresh; this one then works with the catalogue as it was loaded and does not
+ * refresh it. Failures leave the library down:
  *
- * Blocks for up to half a second while another process of the same executable refreshes the catalogue.
+ *   RPC_E_CHANGED_MODE  the thread is in a multithreaded apartment
+ *   E_FAIL              the catalogue's place or the refresh thread could not be had
+ *   other               the Start screen's visibility object could not be created; or another process of the same
+ *                       executable was in its first refresh, and the catalogue could not be loaded
+ *
+ * Blocks for up to half a second while another process of the same executable is in its first refresh.
  */
 HRESULT QANH_CALL QanhInitialize(void);
 
 /*
- * Takes back one successful QanhInitialize; the last one stops the refresh thread and takes the library down.
- * A call too many does no harm.
+ * Takes back one successful QanhInitialize; the last one stops the refresh thread and takes the library down. A call
+ * too many does no harm.
  *
- * Blocks until the first refresh pass is over (10 s at most), then until the thread has stopped (30 s at
- * most; it is terminated then). Call it on the thread of QanhInitialize, and before unloading the library: a
- * library that is unloaded while its thread runs stays in memory.
+ * Blocks until the first refresh pass is over (10 s at most), then until the thread has stopped (30 s at most; it is
+ * terminated then). Call it on the thread of QanhInitialize, and before unloading the library: a library that is
+ * unloaded while its thread runs stays in memory.
  */
 void QANH_CALL QanhFinalize(void);
 
@@ -82,23 +83,23 @@ void QANH_CALL QanhReleaseString(LPWSTR str);
  * Tells whether a Store package is installed for the current user.
  *
  *   packageName   package family name, compared as the system compares it
- *   pIsInstalled  receives 1 or 0; untouched when an argument is refused
+ *   pIsInstalled  receives 1 or 0; as it was when the call fails
  *
- * Returns S_OK, also when the package manager cannot be reached (which counts as not installed), E_POINTER or
- * E_INVALIDARG. Any thread: the call enters the Windows Runtime for itself, as a single-threaded apartment
- * unless the thread has one.
+ * Returns S_OK, also when the package manager cannot be reached (which counts as not installed); E_POINTER;
+ * E_INVALIDARG; E_FAIL when the package manager fails to answer; E_OUTOFMEMORY. Any thread: the call enters the Windows
+ * Runtime for itself, as a single-threaded apartment unless the thread has one.
  */
 HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled);
 
 /*
  * The same for the package of an application.
  *
- *   appUserModelId  application user model ID: package family name, "!", application ID, split at the last
- * "!". An ID without "!" is a package family name. For the desktop package of the Office suite the answer is
+ *   appUserModelId  application user model ID: package family name, "!", application ID, split at the last "!". An ID
+ *                   without "!" is a package family name. For the desktop package of the Office suite the answer is
  *                   whether it depends on a package whose family name contains the application ID.
- *   pIsInstalled    receives 1 or 0; untouched when an argument is refused
+ *   pIsInstalled    receives 1 or 0; as it was when the call fails
  *
- * Returns S_OK, E_POINTER or E_INVALIDARG. Any thread, as QanhIsInstalled.
+ * Results and threads as QanhIsInstalled.
  */
 HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* pIsInstalled);
 
@@ -106,37 +107,37 @@ HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* p
  * Gets the display name of a Store package, in lower case unless it is a resource of the package.
  *
  *   packageFamilyName  package family name
- *   ppDisplayName      receives a string of at most 255 characters, released with QanhReleaseString. Set it
- * to null before the call: it stays as it is when there is no such package, and may hold a string to be
+ *   ppDisplayName      receives a string of at most 255 characters, released with QanhReleaseString. Set it to null
+ *                      before the call: it stays as it is when there is no such package, and may hold a string to be
  *                      released although the call failed.
  *
  * Returns S_OK; S_FALSE with an empty string when the manifest gives no name; E_POINTER; E_INVALIDARG;
- * QANH_E_NO_PACKAGE; QANH_E_SEVERAL_APPLICATIONS; E_FAIL when the name cannot be resolved; E_OUTOFMEMORY; or
- * the error of reading the manifest. Any thread, as QanhIsInstalled.
+ * QANH_E_NO_PACKAGE; QANH_E_SEVERAL_APPLICATIONS; E_FAIL when the name cannot be resolved; E_OUTOFMEMORY; or the error
+ * of reading the manifest. Any thread, as QanhIsInstalled.
  */
 HRESULT QANH_CALL QanhGetAppDisplayNameByPFN(LPCWSTR packageFamilyName, LPWSTR* ppDisplayName);
 
 /*
- * Starts an application by the Start screen's search: brings up the Start screen, opens the search pane,
- * pastes a query and presses Enter until the pane has gone.
+ * Starts an application by the Start screen's search: brings up the Start screen, opens the search pane, pastes a
+ * query and presses Enter until the pane has gone.
  *
  *   appName         the name that the search shows
  *   searchMode      QANH_SEARCH_LAUNCH, QANH_SEARCH_SHOW or QANH_SEARCH_LAUNCH_PLAIN
- *   useExcludeList  not 0: the query excludes every other application of the catalogue that a search for this
- * name would hit too, so that the wanted one comes first
+ *   useExcludeList  not 0: the query excludes every other application of the catalogue that a search for this name
+ *                   would hit too, so that the wanted one comes first
  *
  * Returns S_OK once the pane was opened, whatever the search made of the query; E_POINTER; E_INVALIDARG;
  * E_OUTOFMEMORY; E_FAIL when it is not known what the screen shows, as before QanhInitialize.
  *
  * Call it on the thread of QanhInitialize. It presses keys on the user's desktop and replaces what is on the
- * clipboard, which is empty afterwards. It blocks for the pauses that the pane needs, at least 2 s, and as
- * long as the pane stays in front: a pane that finds nothing keeps the call.
+ * clipboard, which is empty afterwards. It blocks for the pauses that the pane needs, at least 2 s, and as long as the
+ * pane stays in front: a pane that finds nothing keeps the call.
  */
 HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL useExcludeList);
 
 /*
- * Starts the browser by the Start screen's search, with its tile setting forced for the duration of the
- * launch and put back afterwards.
+ * Starts the browser by the Start screen's search, with its tile setting forced for the duration of the launch and
+ * put back afterwards.
  *
  *   tileMode                    QANH_TILE_DESKTOP, QANH_TILE_IMMERSIVE or QANH_TILE_UNCHANGED
  *   searchMode, useExcludeList  as for QanhLaunchBySearch
@@ -151,9 +152,8 @@ HRESULT QANH_CALL QanhLaunchIEBySearch(DWORD tileMode, DWORD searchMode, BOOL us
  *   appUserModelId  application user model ID
  *   arguments       handed to the application; may be null
  *
- * Returns E_POINTER, E_INVALIDARG, the failure to reach the activation manager, or that manager's result
- * unchanged. Any thread: the call enters and leaves a COM apartment for itself. Blocks for the activation and
- * 100 ms.
+ * Returns E_POINTER, E_INVALIDARG, the failure to reach the activation manager, or that manager's result unchanged.
+ * Any thread: the call enters and leaves a COM apartment for itself. Blocks for the activation and 100 ms.
  */
 HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments);
 

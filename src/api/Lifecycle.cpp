@@ -11,10 +11,11 @@ HRESULT QANH_CALL QanhInitialize(void)
     // The setting is read on every call; the lines of reading it for the first time are written with the log
     // off.
     const bool isLogOn = CQanhReg::IsDebugLogOn() != 0;
-    DiagnosticLog::SetEnabled(isLogOn);
     if (isLogOn) {
+        // Before the first line can be written, by whichever thread.
         DiagnosticLog::ComposePath();
     }
+    DiagnosticLog::SetEnabled(isLogOn);
     DiagnosticLog::WriteLine("%S IN\r\n", kName);
     HRESULT hr = S_OK;
     if (s_nCount == 0) {

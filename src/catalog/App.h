@@ -17,7 +17,6 @@ class CQanhApp
 public:
     CQanhApp(const wchar_t* displayName, const wchar_t* rubyDisplayName);
     virtual ~CQanhApp() = default;
-    CQanhApp(const CQanhApp&) = delete;
     CQanhApp& operator=(const CQanhApp&) = delete;
 
     // Decides what a search for the wanted name makes of this application: *pFound becomes 1 when it is the
@@ -39,6 +38,8 @@ public:
     WideString RubyDisplayName; // the reading of the display name, may be empty
 
 protected:
+    CQanhApp(const CQanhApp&) = default;
+
     // What both kinds of record do with one of their names, given the wanted name in lower case: containment
     // both ways sets *pFound; that of the wanted name in the name, or in the name's reading, adds the name.
     // Returns the result of the last adding, or the result so far when nothing was added; a failing adding

@@ -11,12 +11,15 @@ void CQanhAppNameList::Clear() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Clear";
     DiagnosticLog::WriteLine("%S IN\r\n", kName);
-    {
-        const auto lists = m_lists.Write();
-        lists->packages.Clear();
-        lists->desktopApps.Clear();
-    }
+    DeleteAll();
     LogOut(kName);
+}
+
+void CQanhAppNameList::DeleteAll() noexcept
+{
+    const auto lists = m_lists.Write();
+    lists->packages.Clear();
+    lists->desktopApps.Clear();
 }
 
 CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
@@ -113,10 +116,11 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
     *pFound = 0;
     {
         const auto lists = m_lists.Read();
-        for (const auto& package : lists->packages) {
+        const Records& records = lists->beforePass ? *lists->beforePass : *lists;
+        for (const auto& package : records.packages) {
             package->AddAppNameToExcludeList(wantedName, pExcludeList, pFound);
         }
-        for (const auto& app : lists->desktopApps) {
+        for (const auto& app : records.desktopApps) {
             BOOL found = FALSE;
             app->AddToExcludeAppNameList(wantedName, pExcludeList, &found);
             if (found) {
@@ -125,6 +129,35 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
         }
     }
     return LogOut(kName, S_OK);
+}
+
+std::unique_ptr<const CQanhAppNameList::Records> CQanhAppNameList::CopyRecords() const
+{
+    auto copy = std::make_unique<Records>(m_listLimit);
+    const auto lists = m_lists.Read();
+    for (const auto& package : lists->packages) {
+        copy->packages.Append(package->Copy());
+    }
+    for (const auto& app : lists->desktopApps) {
+        copy->desktopApps.Append(std::make_unique<CQanhDesktopApp>(*app));
+    }
+    return copy;
+}
+
+void CQanhAppNameList::BeginPass() noexcept
+{
+    try {
+        std::unique_ptr<const Records> copy = CopyRecords();
+        m_lists.Write()->beforePass.swap(copy);
+    } catch (const std::exception&) {
+        // Out of memory: the pass is done all the same.
+    }
+}
+
+void CQanhAppNameList::EndPass() noexcept
+{
+    std::unique_ptr<const Records> copy;
+    m_lists.Write()->beforePass.swap(copy);
 }
 
 std::vector<WideString> CQanhAppNameList::PackageFamilyNames() const

@@ -38,8 +38,9 @@ public:
     // otherwise the result of the final flush.
     HRESULT Save(const wchar_t* path) const noexcept;
 
-    // Deletes every package, then every desktop application.
+    // Deletes every package, then every desktop application. DeleteAll() does so without a trace in the log.
     void Clear() noexcept;
+    void DeleteAll() noexcept;
 
     // The first package of exactly this family name, borrowed; null for a null or empty name or none.
     CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
@@ -77,13 +78,26 @@ public:
     void SetPackagesInstalled(const std::vector<BOOL>& states);
     void SetDesktopAppsInstalled(const std::vector<BOOL>& states);
 
+    // From BeginPass() to EndPass(), GetExcludeAppNameList() answers from the catalogue as it was at
+    // BeginPass(), so that a launch during a refresh pass gives the same query as one before or after it.
+    // Without memory for that, a launch sees the changes as they come.
+    void BeginPass() noexcept;
+    void EndPass() noexcept;
+
 private:
-    struct Lists
+    struct Records
     {
-        explicit Lists(std::size_t limit) noexcept : packages(limit), desktopApps(limit) {}
+        explicit Records(std::size_t limit) noexcept : packages(limit), desktopApps(limit) {}
         OwnedList<CQanhPackage> packages;
         OwnedList<CQanhDesktopApp> desktopApps;
     };
+    struct Lists : Records
+    {
+        using Records::Records;
+        std::unique_ptr<const Records> beforePass;
+    };
+
+    [[nodiscard]] std::unique_ptr<const Records> CopyRecords() const;
 
     HRESULT AddStorePackage(platform::IPackage* pStorePackage);
     HRESULT RefreshPackage(CQanhPackage& package, const StoreIdentity& identity);

@@ -16,7 +16,7 @@ constexpr wchar_t kLogFileName[] = L"QanHelperLog.txt";
 constexpr wchar_t kLogPathFormat[] = L"%s\\Vel\\QanHelper\\%s\\%s";
 
 std::atomic<bool> s_bLogEnabled = false;
-wchar_t s_szLogPath[MAX_PATH] = L"QanHelperLog.txt";
+wchar_t s_szLogPath[MAX_PATH] = {}; // empty: the bare file name, in the current directory
 
 // Gives the thread's last error back at the end of the scope: callers log between a failed call and their
 // look at its error.
@@ -89,8 +89,9 @@ int WriteLine(const char* format, ...) noexcept
         return 0;
     }
     const LastErrorKeeper lastError;
-    const UniqueFile file(CreateFileW(s_szLogPath, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                      OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const UniqueFile file(CreateFileW(s_szLogPath[0] != L'\0' ? s_szLogPath : kLogFileName, GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         return 0;
     }

@@ -27,6 +27,7 @@ public:
         ~ReadAccess() { ReleaseSRWLockShared(&m_guarded.m_lock); }
         ReadAccess(const ReadAccess&) = delete;
         ReadAccess& operator=(const ReadAccess&) = delete;
+        const Value& operator*() const noexcept { return m_guarded.m_value; }
         const Value* operator->() const noexcept { return &m_guarded.m_value; }
 
     private:

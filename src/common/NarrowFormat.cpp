@@ -25,7 +25,7 @@ _locale_t SystemCodePage() noexcept
 {
     struct Locale
     {
-        _locale_t value = _create_locale(LC_CTYPE, "");
+        _locale_t value = _create_locale(LC_CTYPE, ".ACP");
         ~Locale()
         {
             if (value) {

@@ -23,7 +23,7 @@ public:
 
     bool Append(std::wstring_view text) noexcept
     {
-        if (text.size() >= MAX_PATH - m_length) {
+        if (!m_fits || text.size() >= MAX_PATH - m_length) {
             m_fits = false;
             return false;
         }

@@ -5,9 +5,11 @@
 
 #include <cstdio>
 #include <cwchar>
+#include <new>
 
 namespace {
 
+constexpr wchar_t kInitializeName[] = L"CQanhPackageManager::Initialize";
 constexpr wchar_t kProductName[] = L"QanHelper";
 constexpr wchar_t kExitEventFormat[] = L"Local\\PYX_Event_Exit_RefreshThread%d";
 
@@ -25,8 +27,7 @@ HANDLE CQanhPackageManager::m_hInstanceMutex = nullptr;
 
 HRESULT CQanhPackageManager::Initialize() noexcept
 {
-    static constexpr wchar_t kName[] = L"CQanhPackageManager::Initialize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    DiagnosticLog::WriteLine("%S IN\r\n", kInitializeName);
     if (m_hExitEvent && m_hRefreshThread) {
         return S_FALSE;
     }
@@ -35,8 +36,13 @@ HRESULT CQanhPackageManager::Initialize() noexcept
     ComposeCatalogPath(catalogPath);
     wchar_t path[MAX_PATH];
     if (!ChooseFile(catalogPath, isOwner, path)) {
-        return LogOut(kName, E_FAIL);
+        return LogOut(kInitializeName, E_FAIL);
     }
+    // The file holds all of it: what an earlier start left in memory would be there twice.
+    if (m_isCatalogUsed) {
+        m_AppNameList.DeleteAll();
+    }
+    m_isCatalogUsed = true;
     HRESULT hr = m_AppNameList.Load(path);
     if (FAILED(hr)) {
         DiagnosticLog::WriteLine("m_AppNameList.Load() failed. ErrCode = 0x%08X \r\n",
@@ -46,12 +52,11 @@ HRESULT CQanhPackageManager::Initialize() noexcept
         // A catalogue that could not be loaded is found again by the thread.
         hr = StartRefreshThread();
     }
-    return LogOut(kName, hr);
+    return LogOut(kInitializeName, hr);
 }
 
 bool CQanhPackageManager::ClaimInstanceMutex() noexcept
 {
-    static constexpr wchar_t kName[] = L"CQanhPackageManager::Initialize";
     wchar_t moduleName[MAX_PATH];
     if (SUCCEEDED(GetModuleName(&moduleName))) {
         _snwprintf_s(m_szInstanceMutexName, MAX_PATH, _TRUNCATE, L"%s_%s", kProductName, moduleName);
@@ -61,15 +66,15 @@ bool CQanhPackageManager::ClaimInstanceMutex() noexcept
     UniqueHandle mutex(CreateMutexW(nullptr, FALSE, m_szInstanceMutexName));
     const DWORD error = GetLastError();
     if (!mutex) {
-        DiagnosticLog::WriteLine("%S CreateMutex() failed. \r\n", kName);
+        DiagnosticLog::WriteLine("%S CreateMutex() failed. \r\n", kInitializeName);
         return false;
     }
     if (error == ERROR_ALREADY_EXISTS) {
         // Deliberate: this line has no end.
-        DiagnosticLog::WriteLine("%S CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTS", kName);
+        DiagnosticLog::WriteLine("%S CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTS", kInitializeName);
         return false;
     }
-    DiagnosticLog::WriteLine("%S CreateMutex() success. \r\n", kName);
+    DiagnosticLog::WriteLine("%S CreateMutex() success. \r\n", kInitializeName);
     InterlockedExchangePointer(&m_hInstanceMutex, mutex.Release());
     return true;
 }
@@ -116,13 +121,16 @@ HRESULT CQanhPackageManager::StartRefreshThread() noexcept
     }
     // The thread owns a reference to the module from before its first instruction on.
     HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
-    m_hRefreshThread = CreateThread(nullptr, 0, RefreshThread, this, 0, nullptr);
+    if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                           reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module)) {
+        m_hRefreshThread = CreateThread(nullptr, 0, RefreshThread, this, 0, nullptr);
+    }
     if (!m_hRefreshThread) {
         DiagnosticLog::WriteLine("CreateThread() failed. ErrCode = %d \r\n",
                                  static_cast<int>(GetLastError()));
-        FreeLibrary(module);
+        if (module) {
+            FreeLibrary(module);
+        }
         return E_FAIL;
     }
     return S_OK;
@@ -144,8 +152,7 @@ void CQanhPackageManager::Finalize() noexcept
     SetEvent(m_hExitEvent);
     if (m_hRefreshThread) {
         if (WaitForSingleObject(m_hRefreshThread, kThreadStopWait) == WAIT_TIMEOUT) {
-            TerminateThread(m_hRefreshThread, 0);
-            WaitThreadExit(m_hRefreshThread);
+            ForceThreadToEnd();
         }
         CloseHandle(m_hRefreshThread);
         m_hRefreshThread = nullptr;
@@ -153,6 +160,16 @@ void CQanhPackageManager::Finalize() noexcept
     CloseHandle(m_hExitEvent);
     m_hExitEvent = nullptr;
     LogOut(kName);
+}
+
+void CQanhPackageManager::ForceThreadToEnd() noexcept
+{
+    TerminateThread(m_hRefreshThread, 0);
+    WaitThreadExit(m_hRefreshThread);
+    // The thread may have held the catalogue's lock, or left a list half changed: another catalogue takes the
+    // place of that one, which is not destroyed. Its reference to the module is lost with it; that costs
+    // memory only.
+    new (&m_AppNameList) CQanhAppNameList();
 }
 
 void CQanhPackageManager::WaitThreadExit(HANDLE hThread) noexcept

@@ -8,9 +8,10 @@
 #include <wrl/client.h>
 
 // Owns the catalogue while the library is up and keeps it current: loads it from its file, finds out whether
-// this process is the first one of its executable, and in that process runs the thread that refreshes the
-// catalogue and saves it. One static instance exists. Initialize and Finalize belong to the host's thread;
-// the refresh thread uses the rest.
+// another process of the same executable is in its first refresh pass, and if not runs the thread that
+// refreshes the catalogue and saves it. One static instance exists. Initialize and Finalize belong to the
+// host's thread, the refresh operations to the refresh thread; the static queries may be called on any
+// thread.
 class CQanhPackageManager
 {
 public:
@@ -100,6 +101,7 @@ private:
     static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
 
     HRESULT StartRefreshThread() noexcept;
+    void ForceThreadToEnd() noexcept;
     void RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms,
                  const wchar_t* userPrograms) noexcept;
     void RefreshPackageStates();
@@ -107,4 +109,7 @@ private:
     void RefreshPrograms(const wchar_t* folder) noexcept;
     // The exit event's state now: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
     [[nodiscard]] DWORD PollExitEvent() const noexcept;
+
+    // The catalogue holds what an earlier Initialize brought.
+    bool m_isCatalogUsed = false;
 };

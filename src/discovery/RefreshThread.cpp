@@ -29,6 +29,12 @@ bool ComposeProgramsFolder(const wchar_t* variable, wchar_t (&folder)[MAX_PATH])
     return true;
 }
 
+// The thread's exit line has a form of its own.
+void LogExit(HRESULT result) noexcept
+{
+    DiagnosticLog::WriteLine("%S OUT : nRet(0x%08X)\r\n", kRefreshThreadName, static_cast<unsigned>(result));
+}
+
 // A package whose state cannot be read counts as installed.
 BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
 {
@@ -59,7 +65,7 @@ DWORD CQanhPackageManager::Refresh(CQanhPackageManager* pPyxPackageManager) noex
 {
     DiagnosticLog::WriteLine("%S IN\r\n", kRefreshThreadName);
     if (!pPyxPackageManager) {
-        LogOut(kRefreshThreadName, E_POINTER);
+        LogExit(E_POINTER);
         CloseInstanceMutex();
         return kExitNoManager;
     }
@@ -79,12 +85,14 @@ DWORD CQanhPackageManager::Refresh(CQanhPackageManager* pPyxPackageManager) noex
         return 0;
     }
     do {
+        pPyxPackageManager->m_AppNameList.BeginPass();
         pPyxPackageManager->RunPass(catalogPath, commonPrograms, userPrograms);
+        pPyxPackageManager->m_AppNameList.EndPass();
         // From the end of the first pass on the file is current, and other processes may load it.
         CloseInstanceMutex();
     } while (WaitForSingleObject(exitEvent, interval) == WAIT_TIMEOUT);
     ResetEvent(exitEvent);
-    DiagnosticLog::WriteLine("%S OUT : nRet(0x%08X)\r\n", kRefreshThreadName, 0u);
+    LogExit(S_OK);
     return 0;
 }
 

@@ -1,5 +1,6 @@
 // What the package manager learns from the system about the Store packages of the current user.
 
+#include "QanHelper.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/HString.h"
@@ -13,6 +14,7 @@
 #include <roapi.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <exception>
 #include <string>
 
@@ -25,9 +27,7 @@ constexpr wchar_t kManagerClass[] = L"Windows.Management.Deployment.PackageManag
 // The current user, to the find methods.
 constexpr HSTRING kCurrentUser = nullptr;
 
-constexpr HRESULT kNoPackage = static_cast<HRESULT>(0xA0000001);
-
-// A string for the length of a call into the Windows Runtime. Not copied.
+// A string for the length of a call into the Windows Runtime. It points into itself.
 class HStringReference
 {
 public:
@@ -36,6 +36,8 @@ public:
         ThrowIfFailed(
             WindowsCreateStringReference(text, static_cast<UINT32>(std::wcslen(text)), &m_header, &m_string));
     }
+    HStringReference(const HStringReference&) = delete;
+    HStringReference& operator=(const HStringReference&) = delete;
     [[nodiscard]] HSTRING Get() const noexcept { return m_string; }
 
 private:
@@ -56,20 +58,19 @@ ComPtr<platform::IPackageManager> ActivateManager()
     return manager;
 }
 
-// Calls visit(package) for each package of the collection, in its order, until there are no more or visit
-// returns true.
-template <typename Visit> void ForEachPackage(platform::IPackageIterable* packages, Visit visit)
+// Calls visit(package) for each package of the collection, in its order, until there are no more or
+// isStopped(), which is asked before each package, returns true.
+template <typename IsStopped, typename Visit>
+void ForEachPackage(platform::IPackageIterable* packages, IsStopped isStopped, Visit visit)
 {
     ComPtr<platform::IPackageIterator> iterator;
     ThrowIfFailed(packages->First(iterator.GetAddressOf()));
     boolean hasCurrent = 0;
     ThrowIfFailed(iterator->get_HasCurrent(&hasCurrent));
-    while (hasCurrent) {
+    while (hasCurrent && !isStopped()) {
         ComPtr<platform::IPackage> package;
         ThrowIfFailed(iterator->get_Current(package.GetAddressOf()));
-        if (visit(package)) {
-            return;
-        }
+        visit(package);
         ThrowIfFailed(iterator->MoveNext(&hasCurrent));
     }
 }
@@ -81,6 +82,20 @@ ComPtr<platform::IPackageIterable> PackagesOfFamily(platform::IPackageManager* m
     ThrowIfFailed(manager->FindPackagesByUserSecurityIdPackageFamilyName(
         kCurrentUser, HStringReference(familyName).Get(), packages.GetAddressOf()));
     return packages;
+}
+
+// The first package of the collection, or none.
+ComPtr<platform::IPackage> FirstPackage(platform::IPackageIterable* packages)
+{
+    ComPtr<platform::IPackageIterator> iterator;
+    ThrowIfFailed(packages->First(iterator.GetAddressOf()));
+    boolean hasCurrent = 0;
+    ThrowIfFailed(iterator->get_HasCurrent(&hasCurrent));
+    ComPtr<platform::IPackage> package;
+    if (hasCurrent) {
+        ThrowIfFailed(iterator->get_Current(package.GetAddressOf()));
+    }
+    return package;
 }
 
 // Only the letters A to Z change.
@@ -98,12 +113,13 @@ bool DependsOn(platform::IPackage* package, const wchar_t* fragment)
     ThrowIfFailed(package->get_Dependencies(dependencies.GetAddressOf()));
     UINT32 size = 0;
     ThrowIfFailed(dependencies->get_Size(&size));
+    const std::wstring folded = FoldLatinLetters(fragment);
     for (UINT32 index = 0; index < size; ++index) {
         ComPtr<platform::IPackage> dependency;
         ThrowIfFailed(dependencies->GetAt(index, dependency.GetAddressOf()));
         const WideString familyName =
             StorePackage::FamilyName(StorePackage::Identity(dependency.Get()).Get());
-        if (FoldLatinLetters(familyName.c_str()).find(FoldLatinLetters(fragment)) != std::wstring::npos) {
+        if (FoldLatinLetters(familyName.c_str()).find(folded) != std::wstring::npos) {
             return true;
         }
     }
@@ -200,13 +216,7 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByName(const wchar_t*
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByName";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
-        ComPtr<platform::IPackage> first;
-        ForEachPackage(PackagesOfFamily(manager, familyName).Get(),
-                       [&](const ComPtr<platform::IPackage>& package) {
-                           first = package;
-                           return true;
-                       });
-        return first;
+        return FirstPackage(PackagesOfFamily(manager, familyName).Get());
     });
 }
 
@@ -216,13 +226,13 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByNameEx(const wchar_
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByNameEx";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
         ComPtr<platform::IPackage> dependent;
-        ForEachPackage(PackagesOfFamily(manager, familyName).Get(),
-                       [&](const ComPtr<platform::IPackage>& package) {
-                           if (!dependent && DependsOn(package.Get(), fragment)) {
-                               dependent = package;
-                           }
-                           return false;
-                       });
+        ForEachPackage(
+            PackagesOfFamily(manager, familyName).Get(), [] { return false; },
+            [&](const ComPtr<platform::IPackage>& package) {
+                if (!dependent && DependsOn(package.Get(), fragment)) {
+                    dependent = package;
+                }
+            });
         return dependent;
     });
 }
@@ -251,7 +261,7 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    hr = kNoPackage;
+    hr = QANH_E_NO_PACKAGE;
     try {
         const ComPtr<platform::IPackage> package = FindPackageByName(familyName);
         if (package) {
@@ -284,13 +294,11 @@ HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
         try {
             ComPtr<platform::IPackageIterable> packages;
             ThrowIfFailed(manager->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
-            ForEachPackage(packages.Get(), [&](const ComPtr<platform::IPackage>& package) {
-                if (PollExitEvent() == WAIT_OBJECT_0) {
-                    return true;
-                }
-                result = m_AppNameList.AddMetroPackage(package.Get());
-                return false;
-            });
+            ForEachPackage(
+                packages.Get(), [&] { return PollExitEvent() == WAIT_OBJECT_0; },
+                [&](const ComPtr<platform::IPackage>& package) {
+                    result = m_AppNameList.AddMetroPackage(package.Get());
+                });
         } catch (const RuntimeError& error) {
             DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
         } catch (const std::exception&) {

@@ -1,5 +1,6 @@
 #include "manifest/ManifestReader.h"
 
+#include "QanHelper.h"
 #include "catalog/Package.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
@@ -22,16 +23,13 @@ constexpr wchar_t kVisualElements[] = L"VisualElements";
 constexpr wchar_t kDefaultTile[] = L"DefaultTile";
 constexpr wchar_t kDisplayName[] = L"DisplayName";
 constexpr wchar_t kShortName[] = L"ShortName";
-constexpr std::wstring_view kResourcePrefix = L"ms-resource:";
-
-constexpr HRESULT kSeveralApplications = static_cast<HRESULT>(0xA0000002);
 
 // What becomes of each name of a manifest. Deliberate: names are stored in lower case; only the text of a
 // resolved resource keeps its letters.
 std::wstring PostProcessName(std::wstring name, const CQanhPackage& package)
 {
     name = ToLowerCase(std::move(name));
-    if (name.starts_with(kResourcePrefix)) {
+    if (name.starts_with(CQanhManifestReader::kResourcePrefix)) {
         wchar_t text[CQanhManifestReader::kTextSize] = {};
         if (CQanhManifestReader::ConvertMsResourceToString(name, package.FullName.c_str(),
                                                            package.Name.c_str(), text)) {
@@ -43,7 +41,7 @@ std::wstring PostProcessName(std::wstring name, const CQanhPackage& package)
 
 bool IsUnresolved(const std::wstring& name)
 {
-    return ToLowerCase(name).starts_with(kResourcePrefix);
+    return ToLowerCase(name).starts_with(CQanhManifestReader::kResourcePrefix);
 }
 
 // Moves to an element, takes one of its attributes and makes a name of it. A missing element does not end the
@@ -215,15 +213,16 @@ HRESULT ReadOnlyDisplayName(const wchar_t* path, std::wstring& displayName)
     if (FAILED(hr)) {
         return hr;
     }
-    return CQanhManifestReader::MoveToElementByName(reader.Get(), kApplication) == S_OK ? kSeveralApplications
-                                                                                        : hr;
+    return CQanhManifestReader::MoveToElementByName(reader.Get(), kApplication) == S_OK
+               ? QANH_E_SEVERAL_APPLICATIONS
+               : hr;
 }
 
 // Writes what the user sees of the display name into the text.
 HRESULT ResolveDisplayName(std::wstring displayName, platform::IPackage* package, wchar_t* text)
 {
     displayName = ToLowerCase(std::move(displayName));
-    if (!displayName.starts_with(kResourcePrefix)) {
+    if (!displayName.starts_with(CQanhManifestReader::kResourcePrefix)) {
         _snwprintf_s(text, CQanhManifestReader::kTextSize, _TRUNCATE, L"%s", displayName.c_str());
         return S_OK;
     }

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <string>
+#include <string_view>
 
 class CQanhPackage;
 struct IXmlReader;
@@ -18,6 +19,8 @@ public:
 
     // The texts that resources are resolved to hold 255 characters and the terminator.
     static constexpr int kTextSize = 256;
+    // How a name that is a reference to a resource begins, in lower case.
+    static constexpr std::wstring_view kResourcePrefix = L"ms-resource:";
 
     // Adds an application to the package's record for each one that the manifest declares, with the reader
     // that LoadSetting() chooses, and returns that reader's result.

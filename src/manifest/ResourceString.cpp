@@ -11,7 +11,6 @@
 namespace {
 
 constexpr wchar_t kName[] = L"CQanhManifestReader::ConvertMsResourceToString";
-constexpr std::wstring_view kPrefix = L"ms-resource:";
 constexpr std::wstring_view kRootedPrefix = L"ms-resource:///";
 
 // Each takes the package's full name, its name and the key.
@@ -43,7 +42,7 @@ BOOL CQanhManifestReader::ConvertMsResourceToString(std::wstring resource, const
         return FALSE;
     }
     std::wstring key = ToLowerCase(std::move(resource));
-    if (!key.starts_with(kPrefix)) {
+    if (!key.starts_with(kResourcePrefix)) {
         return FALSE;
     }
     bool isLoaded = false;
@@ -51,7 +50,7 @@ BOOL CQanhManifestReader::ConvertMsResourceToString(std::wstring resource, const
         key.erase(0, kRootedPrefix.size());
         isLoaded = Load(FormatText(kRootedSource, {packageFullName, packageName, key}), buffer);
     } else {
-        key.erase(0, kPrefix.size());
+        key.erase(0, kResourcePrefix.size());
         TrimSlashes(key);
         isLoaded = Load(FormatText(kFirstSource, {packageFullName, packageName, key}), buffer) ||
                    Load(FormatText(kSecondSource, {packageFullName, packageName, key}), buffer);
