@@ -1,15 +1,16 @@
 /*
  * QanHelper: keeps a catalogue of the applications that a launcher may start, and starts them.
  *
- * Order of calls. QanhInitialize first, then any of the other functions, then one QanhFinalize for each successful
- * QanhInitialize. There is no result that means "not initialised": without QanhInitialize the functions work on an
- * empty catalogue, and nothing can be launched by search.
+ * Order of calls. QanhInitialize first, then any of the other functions, then one QanhFinalize for each
+ * successful QanhInitialize. There is no result that means "not initialised": a function called too early
+ * works on an empty catalogue, and nothing can be launched by search.
  *
- * Threads. QanhInitialize, QanhFinalize and the launches belong to one thread of the host, the one that called
- * QanhInitialize first: its single-threaded COM apartment holds the library's objects. A thread that is in a
- * multithreaded apartment cannot initialise the library. The queries and QanhLaunchByManager may be called on any thread
- * while the library is up. The library runs one thread of its own, which refreshes the catalogue. The keyboard and the
- * clipboard belong to the whole desktop: do not run two launches at once.
+ * Threads. QanhInitialize, QanhFinalize and the launches belong to one thread of the host, the one that
+ * called QanhInitialize first: its single-threaded COM apartment holds the library's objects. A thread that
+ * is in a multithreaded apartment cannot initialise the library. The queries and QanhLaunchByManager may be
+ * called on any thread while the library is up. The library runs one thread of its own, which refreshes the
+ * catalogue, unless another process of the same executable was in its first refresh when this one started.
+ * The keyboard and the clipboard belong to the whole desktop: do not run two launches at once.
  *
  * Strings are UTF-16 and end with a null character. A string that the library hands out is released with
  * QanhReleaseString.
@@ -21,7 +22,8 @@
  *
  * Every call is traced into the diagnostic log when an administrator has switched it on.
  */
-/* clang-format off: the tables in the comments are laid out by hand. */
+/* The tables in the comments are laid out by hand. */
+/* clang-format off */
 #ifndef QANHELPER_H
 #define QANHELPER_H
 
@@ -37,7 +39,7 @@
 /* What a search launch pastes and presses. */
 #define QANH_SEARCH_LAUNCH 0       /* paste the query, press Enter until the search pane is gone */
 #define QANH_SEARCH_SHOW 1         /* paste the plain name and leave the choice to the user */
-#define QANH_SEARCH_LAUNCH_PLAIN 2 /* as 0, but paste the plain name when the catalogue holds this very application */
+#define QANH_SEARCH_LAUNCH_PLAIN 2 /* as 0, but paste the plain name when the catalogue knows the name, see below */
 
 /* What the browser's tile setting must be during a launch. */
 #define QANH_TILE_DESKTOP 0   /* the value 0 */
@@ -99,7 +101,8 @@ HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled);
  *                   whether it depends on a package whose family name contains the application ID.
  *   pIsInstalled    receives 1 or 0; as it was when the call fails
  *
- * Results and threads as QanhIsInstalled.
+ * Results and threads as QanhIsInstalled. Memory that runs out while the ID is split is reported by a C++ exception,
+ * std::bad_alloc, the only one that leaves the library.
  */
 HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* pIsInstalled);
 
@@ -112,25 +115,32 @@ HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* p
  *                      released although the call failed.
  *
  * Returns S_OK; S_FALSE with an empty string when the manifest gives no name; E_POINTER; E_INVALIDARG;
- * QANH_E_NO_PACKAGE; QANH_E_SEVERAL_APPLICATIONS; E_FAIL when the name cannot be resolved; E_OUTOFMEMORY; or the error
- * of reading the manifest. Any thread, as QanhIsInstalled.
+ * QANH_E_NO_PACKAGE, also when the package manager cannot be reached; QANH_E_SEVERAL_APPLICATIONS; E_FAIL when there
+ * is no application, its name cannot be resolved or the package manager fails to answer; E_OUTOFMEMORY; or the error of
+ * reading the manifest. Any thread, as QanhIsInstalled.
  */
 HRESULT QANH_CALL QanhGetAppDisplayNameByPFN(LPCWSTR packageFamilyName, LPWSTR* ppDisplayName);
 
 /*
  * Starts an application by the Start screen's search: brings up the Start screen, opens the search pane, pastes a
- * query and presses Enter until the pane has gone.
+ * query and, unless the choice is left to the user, presses Enter until the pane has gone.
  *
  *   appName         the name that the search shows
  *   searchMode      QANH_SEARCH_LAUNCH, QANH_SEARCH_SHOW or QANH_SEARCH_LAUNCH_PLAIN
- *   useExcludeList  not 0: the query excludes every other application of the catalogue that a search for this name
- *                   would hit too, so that the wanted one comes first
+ *   useExcludeList  not 0: the query excludes the other applications of the catalogue that a search for this name
+ *                   would hit too, so that the wanted one comes first. A name counts as hit when it contains every
+ *                   word of the wanted name in small letters.
  *
- * Returns S_OK once the pane was opened, whatever the search made of the query; E_POINTER; E_INVALIDARG;
- * E_OUTOFMEMORY; E_FAIL when it is not known what the screen shows, as before QanhInitialize.
+ * QANH_SEARCH_LAUNCH_PLAIN pastes the plain name when useExcludeList is not 0 and an application of the catalogue
+ * reports the name as its own: a desktop application of this name (unless the catalogue file says otherwise), or any
+ * application whose name and the wanted one contain each other's words.
+ *
+ * Returns S_OK, whatever the search made of the query; also when the pane did not come to the front within 20 s: the
+ * keys then go to the window that is there. E_POINTER; E_INVALIDARG; E_OUTOFMEMORY; E_FAIL when it is not known what
+ * the screen shows, as before QanhInitialize.
  *
  * Call it on the thread of QanhInitialize. It presses keys on the user's desktop and replaces what is on the
- * clipboard, which is empty afterwards. It blocks for the pauses that the pane needs, at least 2 s, and as long as the
+ * clipboard, which it empties afterwards. It blocks for the pauses that the pane needs, at least 2 s, and as long as the
  * pane stays in front: a pane that finds nothing keeps the call.
  */
 HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL useExcludeList);

@@ -8,7 +8,6 @@
 namespace {
 
 constexpr wchar_t kBrowserName[] = L"Internet Explorer";
-constexpr DWORD kTileUnchanged = 2;
 
 // The browser's tile setting for the length of a launch: forced to what the host asks for, then put back.
 // Trouble with the registry is never the launch's.
@@ -25,7 +24,7 @@ public:
         }
         m_wasAbsent = m_status == ERROR_FILE_NOT_FOUND;
         const bool isKnown = m_status == ERROR_SUCCESS || m_wasAbsent;
-        if (isKnown && tileMode != kTileUnchanged && tileMode != m_oldValue) {
+        if (isKnown && tileMode != QANH_TILE_UNCHANGED && tileMode != m_oldValue) {
             CQanhReg::SetCurrentTileImmersiveActivation(tileMode);
             m_isChanged = true;
         }

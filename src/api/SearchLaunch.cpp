@@ -9,17 +9,11 @@
 #include "launch/Clipboard.h"
 #include "launch/KeyEmulate.h"
 
-#include <exception>
 #include <string>
 
 namespace {
 
 constexpr wchar_t kName[] = L"QanhLaunchBySearch";
-
-// What the search mode decides.
-constexpr DWORD kModeSearchOnly = 1; // paste the plain name, and leave the choice to the user
-constexpr DWORD kModePlainIfFound =
-    2; // paste the plain name when the catalogue holds exactly this application
 
 constexpr DWORD kPaneSettles = 2000; // milliseconds before a paste that is not repeated
 constexpr DWORD kPanePoll = 100;     // milliseconds
@@ -48,7 +42,7 @@ HRESULT BuildKeyword(const wchar_t* appName, BOOL useExcludeList, std::wstring& 
         }
         keyword = BuildSearchQuery(appName, excludeList);
         return S_OK;
-    } catch (const std::exception&) {
+    } catch (...) {
         return E_OUTOFMEMORY;
     }
 }
@@ -111,9 +105,10 @@ HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL use
                                  static_cast<unsigned>(hr));
         return E_FAIL;
     }
-    const bool isPlain = searchMode == kModeSearchOnly || (searchMode == kModePlainIfFound && isExactMatch);
+    const bool isPlain =
+        searchMode == QANH_SEARCH_SHOW || (searchMode == QANH_SEARCH_LAUNCH_PLAIN && isExactMatch);
     CQanhClipboard::SetClipboardData(isPlain ? appName : keyword.c_str());
-    if (searchMode == kModeSearchOnly) {
+    if (searchMode == QANH_SEARCH_SHOW) {
         Sleep(kPaneSettles);
         CQanhKeyEmulate::SendInput_Shift_Insert();
         Sleep(CQanhReg::GetClearClipboardWaitTime());

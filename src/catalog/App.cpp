@@ -76,7 +76,7 @@ BOOL CQanhApp::IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const 
 {
     static constexpr wchar_t kName[] = L"CQanhApp::IsSubStrNoOrder";
     DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, part, whole);
-    return LogOutNumber(kName, ContainsEveryToken(part, whole) ? 1 : 0);
+    return LogOutNumber(kName, part && whole && ContainsEveryToken(part, whole) ? 1 : 0);
 }
 
 HRESULT CQanhApp::ExcludeName(const wchar_t* lowerWantedName, const WideString& name,
@@ -100,6 +100,15 @@ HRESULT CQanhApp::ExcludeName(const wchar_t* lowerWantedName, const WideString& 
         hr = pExcludeList->AddUnique(name.c_str());
     }
     return hr;
+}
+
+void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound)
+{
+    BOOL found = FALSE;
+    app.AddToExcludeAppNameList(wantedName, pExcludeList, &found);
+    if (found) {
+        *pFound = 1;
+    }
 }
 
 void RuntimeMemoryDeleter::operator()(wchar_t* text) const noexcept

@@ -48,6 +48,10 @@ protected:
                         ExcludeList* pExcludeList, BOOL* pFound, HRESULT resultSoFar) const noexcept;
 };
 
+// Asks one application what a search for the wanted name makes of it; *pFound becomes 1 when it is the wanted
+// one and stays as it is otherwise. Its result is of no consequence.
+void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound);
+
 // Releases memory of the C runtime.
 struct RuntimeMemoryDeleter
 {

@@ -121,11 +121,7 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
             package->AddAppNameToExcludeList(wantedName, pExcludeList, pFound);
         }
         for (const auto& app : records.desktopApps) {
-            BOOL found = FALSE;
-            app->AddToExcludeAppNameList(wantedName, pExcludeList, &found);
-            if (found) {
-                *pFound = 1;
-            }
+            AskApp(*app, wantedName, pExcludeList, pFound);
         }
     }
     return LogOut(kName, S_OK);
@@ -180,22 +176,24 @@ std::vector<WideString> CQanhAppNameList::DesktopShortcuts() const
     return shortcuts;
 }
 
+namespace {
+
+template <typename Records> void SetInstalled(const Records& records, const std::vector<BOOL>& states)
+{
+    auto state = states.begin();
+    for (auto record = records.begin(); record != records.end() && state != states.end(); ++record, ++state) {
+        (*record)->IsInstalled = *state;
+    }
+}
+
+} // namespace
+
 void CQanhAppNameList::SetPackagesInstalled(const std::vector<BOOL>& states)
 {
-    const auto lists = m_lists.Write();
-    auto state = states.begin();
-    for (auto package = lists->packages.begin(); package != lists->packages.end() && state != states.end();
-         ++package, ++state) {
-        (*package)->IsInstalled = *state;
-    }
+    SetInstalled(m_lists.Write()->packages, states);
 }
 
 void CQanhAppNameList::SetDesktopAppsInstalled(const std::vector<BOOL>& states)
 {
-    const auto lists = m_lists.Write();
-    auto state = states.begin();
-    for (auto app = lists->desktopApps.begin(); app != lists->desktopApps.end() && state != states.end();
-         ++app, ++state) {
-        (*app)->IsInstalled = *state;
-    }
+    SetInstalled(m_lists.Write()->desktopApps, states);
 }

@@ -143,11 +143,7 @@ void CQanhPackage::AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeLis
     }
     if (IsInstalled) {
         for (const auto& app : m_apps) {
-            BOOL found = FALSE;
-            app->AddToExcludeAppNameList(wantedName, pExcludeList, &found);
-            if (found) {
-                *pFound = 1;
-            }
+            AskApp(*app, wantedName, pExcludeList, pFound);
         }
     }
     LogOut(kName);

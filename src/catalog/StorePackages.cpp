@@ -6,8 +6,6 @@
 #include "manifest/ManifestReader.h"
 #include "manifest/StorePackage.h"
 
-#include <exception>
-
 namespace {
 
 constexpr wchar_t kName[] = L"CQanhAppNameList::AddMetroPackage";
@@ -61,7 +59,7 @@ HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noe
     } catch (const RuntimeError& error) {
         DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
         return E_FAIL;
-    } catch (const std::exception&) {
+    } catch (...) {
         return LogOut(kName, E_OUTOFMEMORY);
     }
 }

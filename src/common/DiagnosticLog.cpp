@@ -5,8 +5,10 @@
 #include "common/UniqueHandle.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 
@@ -18,18 +20,23 @@ constexpr wchar_t kLogPathFormat[] = L"%s\\Vel\\QanHelper\\%s\\%s";
 std::atomic<bool> s_bLogEnabled = false;
 wchar_t s_szLogPath[MAX_PATH] = {}; // empty: the bare file name, in the current directory
 
-// Gives the thread's last error back at the end of the scope: callers log between a failed call and their
-// look at its error.
+// Gives the thread's last error and the runtime's errno back at the end of the scope: callers log between a
+// failed call and their look at its error.
 class LastErrorKeeper
 {
 public:
-    LastErrorKeeper() noexcept : m_error(GetLastError()) {}
-    ~LastErrorKeeper() { SetLastError(m_error); }
+    LastErrorKeeper() noexcept : m_lastError(GetLastError()) { _get_errno(&m_errno); }
+    ~LastErrorKeeper()
+    {
+        _set_errno(m_errno);
+        SetLastError(m_lastError);
+    }
     LastErrorKeeper(const LastErrorKeeper&) = delete;
     LastErrorKeeper& operator=(const LastErrorKeeper&) = delete;
 
 private:
-    DWORD m_error;
+    DWORD m_lastError;
+    int m_errno = 0;
 };
 
 int FormatTimeStamp(char* buffer, std::size_t size) noexcept

@@ -26,7 +26,8 @@ int ComposePath() noexcept;
 // are converted to the system code page, with "?" for what it cannot hold; a null string prints as "(null)".
 // A message of more than 1,023 bytes is an invalid parameter to the runtime, which ends the process unless
 // the host has installed a handler. Returns 1 when the trace is off, 0 when the format is null or the file
-// cannot be opened, otherwise the result of the last write. The thread's last error stays as it was.
+// cannot be opened, otherwise the result of the last write. The thread's last error and errno stay as they
+// were.
 QANHELPER_PRINTF_LIKE int WriteLine(const char* format, ...) noexcept;
 
 } // namespace DiagnosticLog

@@ -8,5 +8,5 @@
 // format is text. Throws std::bad_alloc.
 std::wstring FormatText(std::wstring_view format, std::initializer_list<std::wstring_view> arguments);
 
-// Lower case as the C runtime's own locale has it, of the ASCII letters.
+// Lower case as the C runtime's locale has it: of the ASCII letters, unless the host has set another locale.
 std::wstring ToLowerCase(std::wstring text);

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <exception>
 #include <locale.h>
 #include <string>
 
@@ -43,10 +42,15 @@ std::string ToCodePage(const wchar_t* text)
     if (!text) {
         return "(null)";
     }
+    // UTF-8 holds everything but halves of surrogate pairs, and takes neither flags nor a character for
+    // these.
+    const bool isUtf8 = GetACP() == CP_UTF8;
+    const DWORD flags = isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS;
+    const char* unmappable = isUtf8 ? nullptr : "?";
     const int length = static_cast<int>(std::wcslen(text));
-    const int size = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, "?", nullptr);
+    const int size = WideCharToMultiByte(CP_ACP, flags, text, length, nullptr, 0, unmappable, nullptr);
     std::string narrow(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), size, "?", nullptr);
+    WideCharToMultiByte(CP_ACP, flags, text, length, narrow.data(), size, unmappable, nullptr);
     return narrow;
 }
 
@@ -105,7 +109,7 @@ int FormatBounded(char* buffer, std::size_t size, const char* format, _locale_t 
     return length;
 }
 
-int FormatText(char* buffer, std::size_t size, const char* format, ...) noexcept
+int FormatBoundedText(char* buffer, std::size_t size, const char* format, ...) noexcept
 {
     va_list arguments;
     va_start(arguments, format);
@@ -123,8 +127,8 @@ int FormatNarrow(char* buffer, std::size_t size, const char* format, va_list arg
     int length = FormatBounded(buffer, size, format, SystemCodePage(), arguments);
     if (length < 0 && errno == EILSEQ) {
         try {
-            length = FormatText(buffer, size, "%s", FormatUnmappable(format, again).c_str());
-        } catch (const std::exception&) {
+            length = FormatBoundedText(buffer, size, "%s", FormatUnmappable(format, again).c_str());
+        } catch (...) {
             buffer[0] = '\0';
         }
     }

@@ -32,7 +32,7 @@ public:
     // The browser's tile setting, "ApplicationTileImmersiveActivation" below HKEY_CURRENT_USER
     // "Software\Microsoft\Internet Explorer\Main".
 
-    // Reads it into *pdwTileImmersiveActivation, 1 when it cannot be read. Returns the registry's status: 0,
+    // Reads it into *pdwTileImmersiveActivation, preset to 1. Returns the registry's status: 0,
     // or the Win32 error of opening the key or querying the value. A value of another type is read with
     // status 0; pdwType, when not null, receives the type.
     static LSTATUS GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActivation,

@@ -1,8 +1,12 @@
 #include "common/RuntimeError.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
+
+// In characters. A line of the trace must hold the message, in whatever code page.
+constexpr DWORD kLongestMessage = 250;
 
 std::wstring MessageOf(HRESULT result)
 {
@@ -11,6 +15,7 @@ std::wstring MessageOf(HRESULT result)
                                       FORMAT_MESSAGE_MAX_WIDTH_MASK,
                                   nullptr, static_cast<DWORD>(result), 0, text, 512, nullptr);
     // One line, and no blanks behind it: the message stands inside a line of the trace.
+    length = std::min(length, kLongestMessage);
     while (length > 0 && text[length - 1] == L' ') {
         --length;
     }

@@ -6,6 +6,30 @@
 
 using Microsoft::WRL::ComPtr;
 
+namespace {
+
+// Where a reader stands. Two nodes of one document may share a line and position (a declaration and the
+// blanks behind it do with some readers), but then they are of different types.
+struct NodePlace
+{
+    UINT line = 0;
+    UINT position = 0;
+    XmlNodeType type = XmlNodeType_None;
+
+    friend bool operator==(const NodePlace&, const NodePlace&) = default;
+};
+
+NodePlace PlaceOf(IXmlReader* reader)
+{
+    NodePlace place;
+    reader->GetLineNumber(&place.line);
+    reader->GetLinePosition(&place.position);
+    reader->GetNodeType(&place.type);
+    return place;
+}
+
+} // namespace
+
 namespace Xml {
 
 HRESULT OpenReader(const wchar_t* path, ComPtr<IXmlReader>& reader)
@@ -25,19 +49,12 @@ HRESULT OpenReader(const wchar_t* path, ComPtr<IXmlReader>& reader)
 
 HRESULT ReadNode(IXmlReader* reader)
 {
-    UINT oldLine = 0;
-    UINT oldPosition = 0;
-    reader->GetLineNumber(&oldLine);
-    reader->GetLinePosition(&oldPosition);
+    const NodePlace before = PlaceOf(reader);
     const HRESULT hr = reader->Read(nullptr);
     if (hr != S_OK) {
         return hr;
     }
-    UINT line = 0;
-    UINT position = 0;
-    reader->GetLineNumber(&line);
-    reader->GetLinePosition(&position);
-    return line == oldLine && position == oldPosition ? kInputEnds : S_OK;
+    return PlaceOf(reader) == before ? kInputEnds : S_OK;
 }
 
 bool IsElement(IXmlReader* reader)

@@ -36,6 +36,7 @@ HRESULT CQanhPackageManager::Initialize() noexcept
     ComposeCatalogPath(catalogPath);
     wchar_t path[MAX_PATH];
     if (!ChooseFile(catalogPath, isOwner, path)) {
+        GiveUpOwnership();
         return LogOut(kInitializeName, E_FAIL);
     }
     // The file holds all of it: what an earlier start left in memory would be there twice.
@@ -51,8 +52,21 @@ HRESULT CQanhPackageManager::Initialize() noexcept
     if (isOwner) {
         // A catalogue that could not be loaded is found again by the thread.
         hr = StartRefreshThread();
+        if (FAILED(hr)) {
+            GiveUpOwnership();
+        }
     }
     return LogOut(kInitializeName, hr);
+}
+
+// What a failed start holds would keep this and every other process of the executable from refreshing.
+void CQanhPackageManager::GiveUpOwnership() noexcept
+{
+    CloseInstanceMutex();
+    if (m_hExitEvent) {
+        CloseHandle(m_hExitEvent);
+        m_hExitEvent = nullptr;
+    }
 }
 
 bool CQanhPackageManager::ClaimInstanceMutex() noexcept

@@ -101,6 +101,7 @@ private:
     static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
 
     HRESULT StartRefreshThread() noexcept;
+    void GiveUpOwnership() noexcept;
     void ForceThreadToEnd() noexcept;
     void RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms,
                  const wchar_t* userPrograms) noexcept;

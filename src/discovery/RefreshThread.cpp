@@ -9,7 +9,6 @@
 #include <shlwapi.h>
 
 #include <cstdio>
-#include <exception>
 
 namespace {
 
@@ -43,7 +42,7 @@ BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
         if (FAILED(QanhIsInstalled(packageFamilyName, &isInstalled))) {
             isInstalled = TRUE;
         }
-    } catch (const std::exception&) {
+    } catch (...) {
         isInstalled = TRUE;
     }
     return isInstalled;
@@ -102,12 +101,12 @@ void CQanhPackageManager::RunPass(const wchar_t* catalogPath, const wchar_t* com
     DiagnosticLog::WriteLine("%S Refresh app name list!\r\n", kRefreshThreadName);
     try {
         RefreshPackageStates();
-    } catch (const std::exception&) {
+    } catch (...) {
         // Out of memory: the states stay as they were.
     }
     try {
         RefreshDesktopStates();
-    } catch (const std::exception&) {
+    } catch (...) {
     }
     HRESULT hr = RefreshMetroApps();
     if (FAILED(hr)) {

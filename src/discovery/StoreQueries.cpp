@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cwchar>
-#include <exception>
 #include <string>
 
 using Microsoft::WRL::ComPtr;
@@ -134,7 +133,7 @@ HRESULT LogCaught(const wchar_t* operation) noexcept
     } catch (const RuntimeError& error) {
         DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
         return E_FAIL;
-    } catch (const std::exception&) {
+    } catch (...) {
         return LogOut(operation, E_OUTOFMEMORY);
     }
 }
@@ -206,7 +205,7 @@ ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* p
         return manager;
     } catch (const RuntimeError& error) {
         DiagnosticLog::WriteLine("%S %S\r\n", kName, error.Message());
-    } catch (const std::exception&) {
+    } catch (...) {
         LogOut(kName, E_OUTOFMEMORY);
     }
     return nullptr;
@@ -301,7 +300,7 @@ HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
                 });
         } catch (const RuntimeError& error) {
             DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
-        } catch (const std::exception&) {
+        } catch (...) {
             result = E_OUTOFMEMORY;
         }
     }

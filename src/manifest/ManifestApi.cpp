@@ -11,8 +11,6 @@
 
 #include <wrl/client.h>
 
-#include <exception>
-
 using Microsoft::WRL::ComPtr;
 
 namespace {
@@ -86,7 +84,7 @@ HRESULT CQanhManifestReader::GetAppNameUsingAPI(const wchar_t* path, CQanhPackag
     }
     try {
         hr = ReadApplications(path, pPackage);
-    } catch (const std::exception&) {
+    } catch (...) {
         hr = E_FAIL;
     }
     if (apartment != RPC_E_CHANGED_MODE) {

@@ -10,7 +10,6 @@
 #include "manifest/StorePackage.h"
 
 #include <cstdio>
-#include <exception>
 #include <string_view>
 
 using Microsoft::WRL::ComPtr;
@@ -131,7 +130,7 @@ HRESULT CQanhManifestReader::GetAppNameUsingXmlParser(const wchar_t* path, CQanh
             [&](const std::wstring& displayName, const std::wstring& shortName) {
                 pPackage->AddApplication(displayName.c_str(), shortName.c_str());
             });
-    } catch (const std::exception&) {
+    } catch (...) {
         hr = E_FAIL;
     }
     return LogOut(kName, hr);
@@ -153,7 +152,7 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
             path, *pPackage, isComplete, [](const std::wstring& name) { return !IsUnresolved(name); },
             [](const std::wstring&, const std::wstring&) {});
         *pCan = isComplete ? 1 : 0;
-    } catch (const std::exception&) {
+    } catch (...) {
         hr = E_FAIL;
     }
     return LogOut(kName, hr);
@@ -261,7 +260,7 @@ HRESULT CQanhManifestReader::GetAppDisplayName(platform::IPackage* pPackage, wch
         if (FAILED(resolved)) {
             hr = resolved;
         }
-    } catch (const std::exception&) {
+    } catch (...) {
         hr = E_FAIL;
     }
     return LogOut(kName, hr);
