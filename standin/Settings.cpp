@@ -14,6 +14,34 @@ const wchar_t* NameOf(Setting setting) noexcept
     return L"";
 }
 
+// Empty when the value is absent or of another type.
+std::wstring GetText(const wchar_t* name)
+{
+    for (DWORD size = MAX_PATH * sizeof(wchar_t);;) {
+        std::wstring text(size / sizeof(wchar_t), L'\0');
+        const LSTATUS status =
+            RegGetValueW(HKEY_CURRENT_USER, settingsKey, name, RRF_RT_REG_SZ, nullptr, text.data(), &size);
+        if (status == ERROR_SUCCESS) {
+            text.resize(size / sizeof(wchar_t));
+            text.resize(wcsnlen(text.c_str(), text.size()));
+            return text;
+        }
+        if (status != ERROR_MORE_DATA) {
+            return {};
+        }
+    }
+}
+
+bool SetText(const wchar_t* name, const std::wstring& text) noexcept
+{
+    if (text.empty()) {
+        const LSTATUS status = RegDeleteKeyValueW(HKEY_CURRENT_USER, settingsKey, name);
+        return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
+    }
+    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    return RegSetKeyValueW(HKEY_CURRENT_USER, settingsKey, name, REG_SZ, text.c_str(), size) == ERROR_SUCCESS;
+}
+
 } // namespace
 
 DWORD GetSetting(Setting setting) noexcept
@@ -23,6 +51,12 @@ DWORD GetSetting(Setting setting) noexcept
     const LSTATUS status = RegGetValueW(HKEY_CURRENT_USER, settingsKey, NameOf(setting), RRF_RT_REG_DWORD,
                                         nullptr, &value, &size);
     return status == ERROR_SUCCESS ? value : 0;
+}
+
+HRESULT GetFailure(Setting setting) noexcept
+{
+    const auto value = static_cast<HRESULT>(GetSetting(setting));
+    return FAILED(value) ? value : S_OK;
 }
 
 bool SetSetting(Setting setting, DWORD value) noexcept
@@ -39,30 +73,33 @@ bool ClearSettings() noexcept
 
 std::wstring GetJournalPath()
 {
-    for (DWORD size = MAX_PATH * sizeof(wchar_t);;) {
-        std::wstring path(size / sizeof(wchar_t), L'\0');
-        const LSTATUS status = RegGetValueW(HKEY_CURRENT_USER, settingsKey, journalValue, RRF_RT_REG_SZ,
-                                            nullptr, path.data(), &size);
-        if (status == ERROR_SUCCESS) {
-            path.resize(size / sizeof(wchar_t));
-            path.resize(wcsnlen(path.c_str(), path.size()));
-            return path;
-        }
-        if (status != ERROR_MORE_DATA) {
-            return {};
-        }
-    }
+    return GetText(journalValue);
 }
 
 bool SetJournalPath(const std::wstring& path) noexcept
 {
-    if (path.empty()) {
-        const LSTATUS status = RegDeleteKeyValueW(HKEY_CURRENT_USER, settingsKey, journalValue);
-        return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
-    }
-    const auto size = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
-    return RegSetKeyValueW(HKEY_CURRENT_USER, settingsKey, journalValue, REG_SZ, path.c_str(), size) ==
-           ERROR_SUCCESS;
+    return SetText(journalValue, path);
+}
+
+std::wstring GetPackageStorePath()
+{
+    return GetText(packageStoreValue);
+}
+
+bool SetPackageStorePath(const std::wstring& path) noexcept
+{
+    return SetText(packageStoreValue, path);
+}
+
+std::wstring GetLanguage()
+{
+    const std::wstring language = GetText(languageValue);
+    return language.empty() ? defaultLanguage : language;
+}
+
+bool SetLanguage(const std::wstring& language) noexcept
+{
+    return SetText(languageValue, language);
 }
 
 } // namespace standin

@@ -2,9 +2,13 @@
 
 #include "standin/Shortcuts.h"
 #include "standin/desktop/Query.h"
+#include "standin/store/Resources.h"
 
 #include <shellapi.h>
 #include <shlwapi.h>
+#include <shobjidl.h>
+
+#include <wrl/client.h>
 
 #include <algorithm>
 
@@ -37,10 +41,24 @@ void AddShortcuts(const std::wstring& folder, std::vector<Application>& applicat
                 AddShortcuts(path, applications);
             }
         } else if (IsShortcut(name)) {
-            applications.push_back({name.substr(0, name.find_last_of(L'.')), path});
+            applications.push_back(
+                {name.substr(0, name.find_last_of(L'.')), path, Application::Kind::Shortcut});
         }
     } while (FindNextFileW(search, &entry));
     FindClose(search);
+}
+
+void AddStoreApplications(std::vector<Application>& applications)
+{
+    for (const auto& package : ReadPackageStore()) {
+        if (!package->isInstalled || package->isFramework) {
+            continue;
+        }
+        for (const ManifestApplication& application : package->manifest.applications) {
+            applications.push_back({DisplayName(*package, application), package->UserModelId(application),
+                                    Application::Kind::Store});
+        }
+    }
 }
 
 bool IsProgram(const std::wstring& target) noexcept
@@ -87,6 +105,16 @@ HRESULT OpenByShell(const Shortcut& shortcut)
     return ShellExecuteExW(&execute) ? S_OK : LastError();
 }
 
+HRESULT ActivateStoreApplication(const std::wstring& id)
+{
+    Microsoft::WRL::ComPtr<IApplicationActivationManager> manager;
+    const HRESULT hr = CoCreateInstance(__uuidof(ApplicationActivationManager), nullptr, CLSCTX_INPROC_SERVER,
+                                        __uuidof(IApplicationActivationManager),
+                                        reinterpret_cast<void**>(manager.GetAddressOf()));
+    DWORD processId = 0;
+    return SUCCEEDED(hr) ? manager->ActivateApplication(id.c_str(), nullptr, AO_NONE, &processId) : hr;
+}
+
 } // namespace
 
 std::vector<Application> ListApplications()
@@ -98,6 +126,7 @@ std::vector<Application> ListApplications()
             AddShortcuts(base + programsFolder, applications);
         }
     }
+    AddStoreApplications(applications);
     std::sort(applications.begin(), applications.end(),
               [](const Application& left, const Application& right) {
                   const int order = CompareNames(left.name, right.name);
@@ -108,6 +137,9 @@ std::vector<Application> ListApplications()
 
 HRESULT StartApplication(const Application& application)
 {
+    if (application.kind == Application::Kind::Store) {
+        return ActivateStoreApplication(application.origin);
+    }
     Shortcut shortcut;
     const HRESULT hr = ReadShortcut(application.origin, shortcut);
     if (FAILED(hr)) {

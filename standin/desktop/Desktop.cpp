@@ -1,7 +1,7 @@
 #include "standin/desktop/Desktop.h"
 
+#include "standin/Journal.h"
 #include "standin/Settings.h"
-#include "standin/desktop/Journal.h"
 
 #include <cwchar>
 

@@ -19,7 +19,7 @@ public:
         if (!mode) {
             return E_POINTER;
         }
-        const auto failure = static_cast<HRESULT>(GetSetting(Setting::FailMonitorQuery));
+        const HRESULT failure = GetFailure(Setting::FailMonitorQuery);
         if (FAILED(failure)) {
             return failure;
         }
@@ -36,7 +36,7 @@ public:
         if (!visible) {
             return E_POINTER;
         }
-        const auto failure = static_cast<HRESULT>(GetSetting(Setting::FailLauncherQuery));
+        const HRESULT failure = GetFailure(Setting::FailLauncherQuery);
         if (FAILED(failure)) {
             return failure;
         }
@@ -53,7 +53,7 @@ public:
 
 HRESULT CreateAppVisibility(REFIID interfaceId, void** object) noexcept
 {
-    const auto failure = static_cast<HRESULT>(GetSetting(Setting::FailCreate));
+    const HRESULT failure = GetFailure(Setting::FailCreate);
     if (FAILED(failure)) {
         return failure;
     }

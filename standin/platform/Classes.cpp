@@ -1,7 +1,10 @@
 #include "standin/platform/Classes.h"
 
+#include "platform/PackageManifest.h"
+#include "standin/platform/ActivationManager.h"
 #include "standin/platform/AppVisibility.h"
 #include "standin/platform/ComObject.h"
+#include "standin/platform/ManifestFactory.h"
 
 #include <shobjidl.h>
 
@@ -14,6 +17,8 @@ namespace {
 
 const ServedClass servedClasses[] = {
     {__uuidof(::AppVisibility), L"Stand-in app visibility", &CreateAppVisibility},
+    {platform::kAppxFactoryClass, L"Stand-in manifest factory", &CreateManifestFactory},
+    {__uuidof(ApplicationActivationManager), L"Stand-in activation manager", &CreateActivationManager},
 };
 
 class ClassFactory final : public ComObject<IClassFactory>

@@ -9,15 +9,21 @@
 
 namespace standin {
 
+// True when the ID is the interface's own. Specialised for interfaces whose declarations carry no ID.
+template <typename Interface> [[nodiscard]] bool IsInterface(REFIID interfaceId) noexcept
+{
+    return IsEqualIID(interfaceId, __uuidof(Interface)) != FALSE;
+}
+
 #if defined(__GNUC__)
 // COM's interfaces have no virtual destructor, and need none: only Release deletes.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 #endif
 
-// Reference counting and QueryInterface for an object with one interface beside IUnknown. Starts with one
-// reference, which belongs to whoever made it.
-template <typename Interface> class ComObject : public Interface
+// Reference counting and QueryInterface for an object with one or more interfaces beside IUnknown. Starts
+// with one reference, which belongs to whoever made it.
+template <typename Interface, typename... Others> class ComObject : public Interface, public Others...
 {
 public:
     ComObject() = default;
@@ -29,11 +35,10 @@ public:
         if (!object) {
             return E_POINTER;
         }
-        if (!IsEqualIID(interfaceId, __uuidof(IUnknown)) && !IsEqualIID(interfaceId, __uuidof(Interface))) {
-            *object = nullptr;
+        *object = FindInterface(interfaceId);
+        if (!*object) {
             return E_NOINTERFACE;
         }
-        *object = static_cast<Interface*>(this);
         AddRef();
         return S_OK;
     }
@@ -55,6 +60,17 @@ public:
 protected:
     virtual ~ComObject() = default;
 
+    // The interface, null when the object has none of that ID. Without a reference of its own.
+    [[nodiscard]] virtual void* FindInterface(REFIID interfaceId) noexcept
+    {
+        if (IsEqualIID(interfaceId, __uuidof(IUnknown)) || IsInterface<Interface>(interfaceId)) {
+            return static_cast<Interface*>(this);
+        }
+        void* found = nullptr;
+        ((found = IsInterface<Others>(interfaceId) ? static_cast<Others*>(this) : found), ...);
+        return found;
+    }
+
 private:
     LONG m_references = 1;
 };
@@ -74,6 +90,17 @@ template <typename Class, typename... Arguments>
     const HRESULT hr = made->QueryInterface(interfaceId, object);
     made->Release();
     return hr;
+}
+
+// Makes an object of Class and hands out the interface that the pointer is of.
+template <typename Class, typename Interface, typename... Arguments>
+[[nodiscard]] HRESULT MakeObject(Interface** object, Arguments&&... arguments) noexcept
+{
+    if (!object) {
+        return E_POINTER;
+    }
+    *object = new (std::nothrow) Class(std::forward<Arguments>(arguments)...);
+    return *object ? S_OK : E_OUTOFMEMORY;
 }
 
 } // namespace standin

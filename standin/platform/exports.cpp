@@ -1,6 +1,8 @@
 // The doors of the platform library: COM finds its classes here, regsvr32 registers it here. Nothing calls it
 // by name otherwise.
 #include "standin/platform/Classes.h"
+#include "standin/platform/IndirectString.h"
+#include "standin/platform/RuntimeClasses.h"
 #include "standin/platform/XmlWriter.h"
 
 #include <windows.h>
@@ -13,6 +15,13 @@ namespace {
 
 HMODULE ownModule = nullptr;
 
+// Reaches the modules that have been loaded since the last time, too.
+void PatchImports() noexcept
+{
+    standin::PatchXmlWriter(ownModule);
+    standin::PatchIndirectString(ownModule);
+}
+
 } // namespace
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID)
@@ -24,15 +33,21 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID)
         HMODULE pinned = nullptr;
         GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
                            reinterpret_cast<LPCWSTR>(module), &pinned);
-        standin::PatchXmlWriter(module);
+        PatchImports();
     }
     return TRUE;
 }
 
 STDAPI DllGetClassObject(REFCLSID classId, REFIID interfaceId, void** object)
 {
-    standin::PatchXmlWriter(ownModule);
+    PatchImports();
     return standin::GetClassFactory(classId, interfaceId, object);
+}
+
+STDAPI DllGetActivationFactory(HSTRING className, IActivationFactory** factory)
+{
+    PatchImports();
+    return standin::GetActivationFactory(className, factory);
 }
 
 STDAPI DllCanUnloadNow()
@@ -47,10 +62,12 @@ STDAPI DllRegisterServer()
     if (length == 0 || length == std::size(path)) {
         return SELFREG_E_CLASS;
     }
-    return standin::RegisterClasses(path);
+    const HRESULT hr = standin::RegisterClasses(path);
+    return SUCCEEDED(hr) ? standin::RegisterRuntimeClasses(path) : hr;
 }
 
 STDAPI DllUnregisterServer()
 {
-    return standin::UnregisterClasses();
+    const HRESULT hr = standin::UnregisterClasses();
+    return SUCCEEDED(hr) ? standin::UnregisterRuntimeClasses() : hr;
 }

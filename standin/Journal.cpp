@@ -1,6 +1,7 @@
-#include "standin/desktop/Journal.h"
+#include "standin/Journal.h"
 
 #include "standin/Settings.h"
+#include "standin/Text.h"
 
 #include <algorithm>
 #include <exception>
@@ -38,12 +39,7 @@ void WriteJournal(std::initializer_list<std::wstring_view> fields) noexcept
         if (path.empty()) {
             return;
         }
-        const std::wstring line = JoinFields(fields);
-        const int length = static_cast<int>(line.size());
-        const int size = WideCharToMultiByte(CP_UTF8, 0, line.c_str(), length, nullptr, 0, nullptr, nullptr);
-        std::string bytes(static_cast<size_t>(size), '\0');
-        WideCharToMultiByte(CP_UTF8, 0, line.c_str(), length, bytes.data(), size, nullptr, nullptr);
-
+        const std::string bytes = ToUtf8(JoinFields(fields));
         const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);

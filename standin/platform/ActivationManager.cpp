@@ -1,0 +1,151 @@
+#include "standin/platform/ActivationManager.h"
+
+#include "standin/Journal.h"
+#include "standin/Settings.h"
+#include "standin/Text.h"
+#include "standin/platform/ComObject.h"
+#include "standin/store/Resources.h"
+
+#include <shobjidl.h>
+
+#include <exception>
+#include <string>
+
+namespace standin {
+
+namespace {
+
+constexpr auto notRegistered = static_cast<HRESULT>(0x80270254);   // E_APPLICATION_NOT_REGISTERED
+constexpr auto cannotBeStarted = static_cast<HRESULT>(0x8027025B); // E_APPLICATION_ACTIVATION_EXEC_FAILURE
+
+constexpr wchar_t ownApplication[] = L"StandInApp.exe"; // beside this library
+
+struct Found
+{
+    std::shared_ptr<const StorePackage> package; // null: there is no such application
+    const ManifestApplication* application = nullptr;
+};
+
+Found FindApplication(std::wstring_view userModelId)
+{
+    for (const auto& package : ReadPackageStore()) {
+        if (!package->isInstalled) {
+            continue;
+        }
+        for (const ManifestApplication& application : package->manifest.applications) {
+            if (EqualIgnoringCase(package->UserModelId(application), userModelId)) {
+                return {package, &application};
+            }
+        }
+    }
+    return {};
+}
+
+std::wstring OwnFolder()
+{
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<LPCWSTR>(ownApplication), &module);
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size())));
+    return path.substr(0, path.find_last_of(L'\\'));
+}
+
+// One argument for a program that takes its command line apart in the usual way.
+std::wstring Quoted(const std::wstring& argument)
+{
+    std::wstring quoted = L"\"";
+    size_t backslashes = 0;
+    for (const wchar_t character : argument) {
+        if (character == L'"') {
+            quoted.append(backslashes + 1, L'\\');
+        }
+        backslashes = character == L'\\' ? backslashes + 1 : 0;
+        quoted += character;
+    }
+    quoted.append(backslashes, L'\\');
+    return quoted + L"\"";
+}
+
+bool StartProcess(const std::wstring& program, const std::wstring& arguments, const std::wstring& folder,
+                  DWORD* processId)
+{
+    std::wstring commandLine = L"\"" + program + L"\"";
+    if (!arguments.empty()) {
+        commandLine += L" " + arguments;
+    }
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                        folder.c_str(), &startup, &process)) {
+        return false;
+    }
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    *processId = process.dwProcessId;
+    return true;
+}
+
+// The package's own program, or a window with the application's name when the package brings none.
+bool StartApplication(const Found& found, const wchar_t* arguments, DWORD* processId)
+{
+    const std::wstring* executable = found.application->Find(L"Executable");
+    const std::wstring program = found.package->folder + L"\\" + (executable ? *executable : std::wstring());
+    const DWORD attributes = GetFileAttributesW(program.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY)) {
+        return StartProcess(program, arguments ? arguments : L"", found.package->folder, processId);
+    }
+    const std::wstring folder = OwnFolder();
+    return StartProcess(folder + L"\\" + ownApplication,
+                        Quoted(DisplayName(*found.package, *found.application)), folder, processId);
+}
+
+class ActivationManager final : public ComObject<IApplicationActivationManager>
+{
+public:
+    HRESULT STDMETHODCALLTYPE ActivateApplication(LPCWSTR userModelId, LPCWSTR arguments, ACTIVATEOPTIONS,
+                                                  DWORD* processId) override
+    {
+        if (!userModelId || !processId) {
+            return E_POINTER;
+        }
+        *processId = 0;
+        const HRESULT failure = GetFailure(Setting::FailActivation);
+        if (FAILED(failure)) {
+            return failure;
+        }
+        try {
+            const Found found = FindApplication(userModelId);
+            if (!found.package) {
+                return notRegistered;
+            }
+            if (!StartApplication(found, arguments, processId)) {
+                return cannotBeStarted;
+            }
+            WriteJournal({L"activated", userModelId, arguments ? arguments : L"(null)"});
+            return S_OK;
+        } catch (const std::exception&) {
+            return E_OUTOFMEMORY;
+        }
+    }
+
+    HRESULT STDMETHODCALLTYPE ActivateForFile(LPCWSTR, IShellItemArray*, LPCWSTR, DWORD*) override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE ActivateForProtocol(LPCWSTR, IShellItemArray*, DWORD*) override
+    {
+        return E_NOTIMPL;
+    }
+};
+
+} // namespace
+
+HRESULT CreateActivationManager(REFIID interfaceId, void** object) noexcept
+{
+    const HRESULT failure = GetFailure(Setting::FailActivationManager);
+    return FAILED(failure) ? failure : CreateComObject<ActivationManager>(interfaceId, object);
+}
+
+} // namespace standin

@@ -1,0 +1,258 @@
+#include "standin/platform/ManifestFactory.h"
+
+#include "platform/PackageManifest.h"
+#include "standin/Settings.h"
+#include "standin/Text.h"
+#include "standin/platform/ComObject.h"
+#include "standin/store/PackageStore.h"
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace standin {
+
+namespace {
+
+using ManifestPointer = std::shared_ptr<const Manifest>;
+
+constexpr auto outOfBounds = static_cast<HRESULT>(0x8000000B); // E_BOUNDS
+
+// The names that the platform knows; any other is refused.
+constexpr const wchar_t* valueNames[] = {
+    L"AppListEntry",
+    L"BackgroundColor",
+    L"DefaultSize",
+    L"Description",
+    L"DisplayName",
+    L"EntryPoint",
+    L"Executable",
+    L"ForegroundText",
+    L"Id",
+    L"LockScreenLogo",
+    L"LockScreenNotification",
+    L"Logo",
+    L"MinWidth",
+    L"ShortName",
+    L"SmallLogo",
+    L"Square150x150Logo",
+    L"Square30x30Logo",
+    L"Square310x310Logo",
+    L"Square44x44Logo",
+    L"Square70x70Logo",
+    L"Square71x71Logo",
+    L"StartPage",
+    L"Tall150x310Logo",
+    L"VisualGroup",
+    L"WideLogo",
+    L"Wide310x150Logo",
+};
+
+bool IsValueName(const wchar_t* name) noexcept
+{
+    for (const wchar_t* known : valueNames) {
+        if (EqualIgnoringCase(known, name)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// In memory that the caller frees with CoTaskMemFree.
+HRESULT GiveCopy(const std::wstring& text, wchar_t** copy) noexcept
+{
+    *copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
+    if (!*copy) {
+        return E_OUTOFMEMORY;
+    }
+    std::copy_n(text.c_str(), text.size() + 1, *copy);
+    return S_OK;
+}
+
+// The number of an application, from 1, is what the switches speak of.
+bool IsAsked(Setting setting, size_t place) noexcept
+{
+    return GetSetting(setting) == place + 1;
+}
+
+class Application final : public ComObject<platform::IAppxManifestApplication>
+{
+public:
+    Application(ManifestPointer manifest, size_t place) noexcept
+        : m_manifest(std::move(manifest)), m_place(place)
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE GetStringValue(const wchar_t* name, wchar_t** value) override
+    {
+        if (!name || !value) {
+            return E_POINTER;
+        }
+        *value = nullptr;
+        if (!IsValueName(name)) {
+            return E_INVALIDARG;
+        }
+        if (IsAsked(Setting::FailManifestStringAt, m_place)) {
+            return E_FAIL;
+        }
+        const std::wstring* text = m_manifest->applications[m_place].Find(name);
+        return text ? GiveCopy(*text, value) : S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetAppUserModelId(wchar_t** appUserModelId) override
+    {
+        if (!appUserModelId) {
+            return E_POINTER;
+        }
+        *appUserModelId = nullptr;
+        try {
+            // The family is made of the publisher, which only the store knows the short form of.
+            const ManifestApplication& application = m_manifest->applications[m_place];
+            for (const auto& package : ReadPackageStore()) {
+                if (EqualIgnoringCase(package->manifest.name, m_manifest->name) &&
+                    package->manifest.publisher == m_manifest->publisher) {
+                    return GiveCopy(package->UserModelId(application), appUserModelId);
+                }
+            }
+            return E_NOTIMPL;
+        } catch (const std::exception&) {
+            return E_OUTOFMEMORY;
+        }
+    }
+
+private:
+    ManifestPointer m_manifest;
+    size_t m_place;
+};
+
+class Applications final : public ComObject<platform::IAppxManifestApplicationsEnumerator>
+{
+public:
+    explicit Applications(ManifestPointer manifest) noexcept : m_manifest(std::move(manifest)) {}
+
+    HRESULT STDMETHODCALLTYPE GetCurrent(platform::IAppxManifestApplication** application) override
+    {
+        if (!application) {
+            return E_POINTER;
+        }
+        *application = nullptr;
+        if (m_place >= m_manifest->applications.size()) {
+            return outOfBounds;
+        }
+        return IsAsked(Setting::FailManifestCurrentAt, m_place)
+                   ? E_FAIL
+                   : MakeObject<Application>(application, m_manifest, m_place);
+    }
+
+    HRESULT STDMETHODCALLTYPE GetHasCurrent(BOOL* hasCurrent) override
+    {
+        if (!hasCurrent) {
+            return E_POINTER;
+        }
+        *hasCurrent = m_place < m_manifest->applications.size();
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE MoveNext(BOOL* hasNext) override
+    {
+        if (!hasNext) {
+            return E_POINTER;
+        }
+        *hasNext = FALSE;
+        if (m_place >= m_manifest->applications.size()) {
+            return outOfBounds;
+        }
+        if (IsAsked(Setting::FailManifestMoveNextAt, m_place)) {
+            return E_FAIL;
+        }
+        ++m_place;
+        return GetHasCurrent(hasNext);
+    }
+
+private:
+    ManifestPointer m_manifest;
+    size_t m_place = 0;
+};
+
+class ManifestReader final : public ComObject<platform::IAppxManifestReader>
+{
+public:
+    ManifestReader(ManifestPointer manifest, IStream* stream) noexcept
+        : m_manifest(std::move(manifest)), m_stream(stream)
+    {
+        m_stream->AddRef();
+    }
+
+    HRESULT STDMETHODCALLTYPE GetPackageId(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetProperties(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetPackageDependencies(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetCapabilities(UINT32*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetResources(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetDeviceCapabilities(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetPrerequisite(const wchar_t*, UINT64*) override { return E_NOTIMPL; }
+
+    HRESULT STDMETHODCALLTYPE
+    GetApplications(platform::IAppxManifestApplicationsEnumerator** applications) override
+    {
+        const HRESULT failure = GetFailure(Setting::FailManifestApplications);
+        return FAILED(failure) ? failure : MakeObject<Applications>(applications, m_manifest);
+    }
+
+    HRESULT STDMETHODCALLTYPE GetStream(IStream** manifest) override
+    {
+        if (!manifest) {
+            return E_POINTER;
+        }
+        m_stream->AddRef();
+        *manifest = m_stream;
+        return S_OK;
+    }
+
+private:
+    ~ManifestReader() override { m_stream->Release(); }
+
+    ManifestPointer m_manifest;
+    IStream* m_stream;
+};
+
+class ManifestFactory final : public ComObject<platform::IAppxFactory>
+{
+public:
+    HRESULT STDMETHODCALLTYPE CreatePackageWriter() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CreatePackageReader() override { return E_NOTIMPL; }
+
+    HRESULT STDMETHODCALLTYPE CreateManifestReader(IStream* stream,
+                                                   platform::IAppxManifestReader** reader) override
+    {
+        if (!stream || !reader) {
+            return E_POINTER;
+        }
+        *reader = nullptr;
+        const HRESULT failure = GetFailure(Setting::FailManifestReader);
+        if (FAILED(failure)) {
+            return failure;
+        }
+        try {
+            const auto manifest = std::make_shared<Manifest>();
+            const HRESULT hr = ReadManifest(stream, *manifest);
+            return SUCCEEDED(hr) ? MakeObject<ManifestReader>(reader, manifest, stream) : hr;
+        } catch (const std::exception&) {
+            return E_OUTOFMEMORY;
+        }
+    }
+
+    HRESULT STDMETHODCALLTYPE CreateBlockMapReader() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CreateValidatedBlockMapReader() override { return E_NOTIMPL; }
+};
+
+} // namespace
+
+HRESULT CreateManifestFactory(REFIID interfaceId, void** object) noexcept
+{
+    const HRESULT failure = GetFailure(Setting::FailManifestFactory);
+    return FAILED(failure) ? failure : CreateComObject<ManifestFactory>(interfaceId, object);
+}
+
+} // namespace standin

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "standin/platform/ComObject.h"
+
+#include <windows.h>
+
+#include <inspectable.h>
+#include <objidl.h>
+#include <winstring.h>
+
+#include <string>
+
+namespace standin {
+
+// An object of the Windows Runtime: a COM object that can be asked what it is. Agile: it may be used on any
+// thread, in any apartment, and after the apartment in which it was made has been left.
+template <typename Interface, typename... Others> class RuntimeObject : public ComObject<Interface, Others...>
+{
+public:
+    HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** interfaceIds) override
+    {
+        if (!count || !interfaceIds) {
+            return E_POINTER;
+        }
+        *count = 0;
+        *interfaceIds = nullptr;
+        return E_NOTIMPL;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* className) override
+    {
+        if (!className) {
+            return E_POINTER;
+        }
+        *className = nullptr;
+        return E_NOTIMPL;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetTrustLevel(TrustLevel* level) override
+    {
+        if (!level) {
+            return E_POINTER;
+        }
+        *level = BaseTrust;
+        return S_OK;
+    }
+
+protected:
+    [[nodiscard]] void* FindInterface(REFIID interfaceId) noexcept override
+    {
+        if (IsEqualIID(interfaceId, __uuidof(IInspectable)) ||
+            IsEqualIID(interfaceId, __uuidof(IAgileObject))) {
+            return static_cast<Interface*>(this);
+        }
+        return ComObject<Interface, Others...>::FindInterface(interfaceId);
+    }
+};
+
+// Hands a text out as a string of the Windows Runtime, which the caller deletes.
+[[nodiscard]] inline HRESULT GiveText(const std::wstring& text, HSTRING* value) noexcept
+{
+    return value ? WindowsCreateString(text.c_str(), static_cast<UINT32>(text.size()), value) : E_POINTER;
+}
+
+// The text of a string of the Windows Runtime; null is the empty text.
+[[nodiscard]] inline std::wstring TextOf(HSTRING string)
+{
+    UINT32 length = 0;
+    const wchar_t* text = WindowsGetStringRawBuffer(string, &length);
+    return std::wstring(text, length);
+}
+
+} // namespace standin

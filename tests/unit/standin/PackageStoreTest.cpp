@@ -1,0 +1,174 @@
+#include "standin/store/PackageStore.h"
+
+#include "standin/Settings.h"
+#include "standin/store/PackageFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <shlwapi.h>
+
+#include <gtest/gtest.h>
+
+#include <wrl/client.h>
+
+#include <string>
+
+using standin::DeletePackage;
+using standin::ReadPackageStore;
+using standin::WritePackage;
+
+namespace {
+
+constexpr char manifest[] = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                            "<Package xmlns=\"urn:a\" xmlns:b=\"urn:b\">\n"
+                            "  <Identity Name=\"Vel.Post\" Publisher=\"CN=Vel\" Version=\"1.2.3.4\"\n"
+                            "    ProcessorArchitecture=\"x64\" />\n"
+                            "  <Properties><Framework>true</Framework></Properties>\n"
+                            "  <Applications>\n"
+                            "    <Application Id=\"Post\" Executable=\"post.exe\">\n"
+                            "      <b:VisualElements DisplayName=\"Salt &amp; Pepper\">\n"
+                            "        <b:DefaultTile ShortName=\"Salt\" />\n"
+                            "        <b:LockScreen Notification=\"badge\" BadgeLogo=\"badge.png\" />\n"
+                            "      </b:VisualElements>\n"
+                            "    </Application>\n"
+                            "    <Application Id=\"People\" />\n"
+                            "  </Applications>\n"
+                            "</Package>\n";
+
+class StandInPackageStore : public testing::Test
+{
+protected:
+    StandInPackageStore() { standin::SetPackageStorePath(m_folder.Path()); }
+    ~StandInPackageStore() override { standin::SetPackageStorePath(L""); }
+
+    [[nodiscard]] std::wstring Folder(const wchar_t* name) const { return m_folder.Path() + L"\\" + name; }
+
+    test::TemporaryFolder m_folder;
+};
+
+std::wstring Value(const standin::StorePackage& package, size_t application, const wchar_t* name)
+{
+    const std::wstring* value = package.manifest.applications.at(application).Find(name);
+    return value ? *value : L"(none)";
+}
+
+} // namespace
+
+TEST_F(StandInPackageStore, IsEmptyWithoutAFolder)
+{
+    standin::SetPackageStorePath(L"");
+    EXPECT_TRUE(ReadPackageStore().empty());
+    standin::SetPackageStorePath(Folder(L"nowhere"));
+    EXPECT_TRUE(ReadPackageStore().empty());
+}
+
+TEST_F(StandInPackageStore, ReadsTheManifest)
+{
+    ASSERT_EQ(WritePackage(Folder(L"Post"), manifest, "publisher_id = abc"), S_OK);
+    const auto packages = ReadPackageStore();
+    ASSERT_EQ(packages.size(), 1u);
+    const standin::StorePackage& package = *packages[0];
+    EXPECT_EQ(package.name, L"Vel.Post");
+    EXPECT_EQ(package.publisher, L"CN=Vel");
+    EXPECT_EQ(package.familyName, L"Vel.Post_abc");
+    EXPECT_EQ(package.fullName, L"Vel.Post_1.2.3.4_x64__abc");
+    EXPECT_EQ(package.installedPath, Folder(L"Post"));
+    EXPECT_TRUE(package.isFramework);
+    EXPECT_TRUE(package.isInstalled);
+    ASSERT_EQ(package.manifest.applications.size(), 2u);
+    EXPECT_EQ(Value(package, 0, L"DisplayName"), L"Salt & Pepper");
+    EXPECT_EQ(Value(package, 0, L"ShortName"), L"Salt");
+    EXPECT_EQ(Value(package, 0, L"LockScreenLogo"), L"badge.png");
+    EXPECT_EQ(Value(package, 0, L"LockScreenNotification"), L"badge");
+    EXPECT_EQ(package.UserModelId(package.manifest.applications[1]), L"Vel.Post_abc!People");
+    EXPECT_EQ(Value(package, 1, L"DisplayName"), L"(none)");
+}
+
+TEST_F(StandInPackageStore, IniGoesBeforeTheManifest)
+{
+    ASSERT_EQ(
+        WritePackage(Folder(L"Post"), manifest,
+                     "name = Other\nfamily_name = Fam_x\nfull_name = Full\nversion = 9.8\nframework = 0\n"
+                     "installed = 0\ndependencies = A_x, B_y\nlocation = C:\\far\\away\n"
+                     "fail_id = 0x80070005\nfail_name = 7\n"),
+        S_OK);
+    const auto packages = ReadPackageStore();
+    ASSERT_EQ(packages.size(), 1u);
+    const standin::StorePackage& package = *packages[0];
+    EXPECT_EQ(package.name, L"Other");
+    EXPECT_EQ(package.familyName, L"Fam_x");
+    EXPECT_EQ(package.fullName, L"Full");
+    EXPECT_EQ(package.version.major, 9);
+    EXPECT_EQ(package.version.minor, 8);
+    EXPECT_EQ(package.version.build, 0);
+    EXPECT_FALSE(package.isFramework);
+    EXPECT_FALSE(package.isInstalled);
+    EXPECT_EQ(package.dependencies, (std::vector<std::wstring>{L"A_x", L"B_y"}));
+    EXPECT_EQ(package.installedPath, L"C:\\far\\away");
+    EXPECT_EQ(package.Fault(L"fail_id"), E_ACCESSDENIED);
+    EXPECT_EQ(package.Fault(L"fail_name"), S_OK);
+    EXPECT_EQ(package.Fault(L"fail_version"), S_OK);
+}
+
+TEST_F(StandInPackageStore, RelativeLocationIsBelowThePackage)
+{
+    ASSERT_EQ(WritePackage(Folder(L"Post"), manifest, "location = deep\\down"), S_OK);
+    EXPECT_EQ(ReadPackageStore().at(0)->installedPath, Folder(L"Post\\deep\\down"));
+}
+
+TEST_F(StandInPackageStore, OrderIsThatOfTheFoldersAndOthersAreLeftOut)
+{
+    for (const wchar_t* name : {L"b", L"C", L"A"}) {
+        ASSERT_EQ(WritePackage(Folder(name), std::nullopt, ""), S_OK);
+    }
+    ASSERT_TRUE(CreateDirectoryW(Folder(L"empty").c_str(), nullptr));
+    const auto packages = ReadPackageStore();
+    ASSERT_EQ(packages.size(), 3u);
+    EXPECT_EQ(packages[0]->name, L"A");
+    EXPECT_EQ(packages[1]->name, L"b");
+    EXPECT_EQ(packages[2]->name, L"C");
+}
+
+TEST(StandInManifest, CutOffDocumentFailsAndKeepsWhatStoodBefore)
+{
+    const std::string_view whole = manifest;
+    standin::Manifest read;
+    // Cut off before its root, a document ends the process under Wine.
+    for (size_t length = whole.find("Package") + 7; length <= whole.rfind('>'); ++length) {
+        Microsoft::WRL::ComPtr<IStream> stream;
+        stream.Attach(
+            SHCreateMemStream(reinterpret_cast<const BYTE*>(whole.data()), static_cast<UINT>(length)));
+        EXPECT_LT(standin::ReadManifest(stream.Get(), read), 0) << length;
+    }
+    EXPECT_EQ(read.name, L"Vel.Post");
+    EXPECT_EQ(read.applications.size(), 2u);
+}
+
+TEST_F(StandInPackageStore, DocumentsOfOthersAreRefused)
+{
+    standin::Manifest read;
+    ASSERT_EQ(WritePackage(Folder(L"Post"), "<a><Identity Name=\"Vel.Post\" /></a>", ""), S_OK);
+    EXPECT_EQ(standin::ReadManifestFile(Folder(L"Post\\AppxManifest.xml"), read),
+              static_cast<HRESULT>(0x80080204));
+}
+
+TEST_F(StandInPackageStore, PackagesAreCopiedAndDeleted)
+{
+    ASSERT_EQ(WritePackage(Folder(L"deep\\Post"), manifest, "publisher_id = abc"), S_OK);
+    ASSERT_EQ(standin::CopyPackage(Folder(L"deep\\Post"), Folder(L"Copy")), S_OK);
+    ASSERT_EQ(ReadPackageStore().size(), 1u);
+    EXPECT_EQ(ReadPackageStore().at(0)->familyName, L"Vel.Post_abc");
+    EXPECT_LT(standin::CopyPackage(Folder(L"nowhere"), Folder(L"Other")), 0);
+    EXPECT_EQ(DeletePackage(Folder(L"Copy")), S_OK);
+    EXPECT_TRUE(ReadPackageStore().empty());
+    EXPECT_EQ(GetFileAttributesW(Folder(L"Copy").c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+TEST(StandInPackageVersion, MissingPartsAreZero)
+{
+    const standin::PackageVersion version = standin::ParseVersion(L"1.20");
+    EXPECT_EQ(version.major, 1);
+    EXPECT_EQ(version.minor, 20);
+    EXPECT_EQ(version.build, 0);
+    EXPECT_EQ(standin::ParseVersion(L"").major, 0);
+    EXPECT_EQ(standin::ParseVersion(L"1.2.3.65535").revision, 65535);
+}
