@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <new>
 
 namespace test {
 
@@ -19,18 +20,24 @@ struct AllocationState
     std::array<void*, 2000> blocks{};
 };
 
-// Watches what this thread allocates until the end of the scope, and can make one of the allocations fail: to see that
-// an operation survives that, and that nothing is left behind. The operator new of the program allocates with malloc.
-// One at a time; keep the scope tight, since the checks of a test allocate too.
+// Watches what this thread allocates until the end of the scope, and can make one of the allocations fail: to
+// see that an operation survives that, and that nothing is left behind. The operator new of the program
+// allocates with malloc. One at a time; keep the scope tight, since the checks of a test allocate too.
 class AllocationWatch
 {
 public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
     // The allocation of this index (0 is the first) fails.
-    explicit AllocationWatch(std::size_t failingIndex = kNone) : m_malloc("malloc", Allocate), m_free("free", Free)
+    explicit AllocationWatch(std::size_t failingIndex = kNone)
+        : m_malloc("malloc", Allocate), m_free("free", Free)
     {
-        s_state = AllocationState();
+        // The first exception of a thread allocates what the runtime keeps for the next ones.
+        try {
+            throw std::bad_alloc();
+        } catch (const std::bad_alloc&) {
+            s_state = AllocationState();
+        }
         s_state.failingIndex = failingIndex;
         s_state.thread = GetCurrentThreadId();
     }
@@ -42,8 +49,8 @@ public:
     // What was allocated in the scope and is not freed yet.
     [[nodiscard]] std::size_t Live() const
     {
-        return static_cast<std::size_t>(
-            std::count_if(s_state.blocks.begin(), s_state.blocks.end(), [](const void* block) { return block; }));
+        return static_cast<std::size_t>(std::count_if(s_state.blocks.begin(), s_state.blocks.end(),
+                                                      [](const void* block) { return block; }));
     }
 
 private:
@@ -91,8 +98,9 @@ private:
     ImportPatch<FreeFunction> m_free;
 };
 
-// Calls attempt(index) with 0, 1, 2, ... until it returns false. An attempt runs an operation whose allocation of that
-// index fails, and returns whether the operation came that far. Returns how many attempts saw a failure.
+// Calls attempt(index) with 0, 1, 2, ... until it returns false. An attempt runs an operation whose
+// allocation of that index fails, and returns whether the operation came that far. Returns how many attempts
+// saw a failure.
 template <typename Attempt> std::size_t ForEachFailingAllocation(Attempt attempt)
 {
     std::size_t index = 0;

@@ -27,7 +27,8 @@ BOOL Contains(const wchar_t* part, const wchar_t* whole)
 std::string CodeUnit(wchar_t unit)
 {
     std::ostringstream text;
-    text << "U+" << std::hex << std::uppercase << std::setw(4) << std::setfill('0') << static_cast<unsigned>(unit);
+    text << "U+" << std::hex << std::uppercase << std::setw(4) << std::setfill('0')
+         << static_cast<unsigned>(unit);
     return text.str();
 }
 
@@ -60,18 +61,10 @@ struct KindRange
 
 const KindRange kRanges[] = {
     {L'/', L'9', Kind::word}, // "/" counts as a digit
-    {L'A', L'Z', Kind::word},
-    {L'a', L'z', Kind::word},
-    {L'_', L'_', Kind::word},
-    {L'\\', L'\\', Kind::single},
-    {0x3041, 0x30FF, Kind::single},
-    {0x3400, 0x4DB5, Kind::single},
-    {0x4E00, 0x9FC3, Kind::single},
-    {0xF900, 0xFA2D, Kind::single},
-    {0xFA30, 0xFA6A, Kind::single},
-    {0xFF10, 0xFF19, Kind::single},
-    {0xFF21, 0xFF3A, Kind::single},
-    {0xFF41, 0xFF5A, Kind::single},
+    {L'A', L'Z', Kind::word},       {L'a', L'z', Kind::word},       {L'_', L'_', Kind::word},
+    {L'\\', L'\\', Kind::single},   {0x3041, 0x30FF, Kind::single}, {0x3400, 0x4DB5, Kind::single},
+    {0x4E00, 0x9FC3, Kind::single}, {0xF900, 0xFA2D, Kind::single}, {0xFA30, 0xFA6A, Kind::single},
+    {0xFF10, 0xFF19, Kind::single}, {0xFF21, 0xFF3A, Kind::single}, {0xFF41, 0xFF5A, Kind::single},
     {0xFF66, 0xFF9F, Kind::single},
 };
 
@@ -91,7 +84,9 @@ TEST_P(CharacterClass, BeginsAtItsFirstAndEndsAtItsLastCodeUnit)
 }
 
 INSTANTIATE_TEST_SUITE_P(IsSubStrNoOrder, CharacterClass, testing::ValuesIn(kRanges),
-                         [](const testing::TestParamInfo<KindRange>& range) { return CodeUnit(range.param.first).substr(2); });
+                         [](const testing::TestParamInfo<KindRange>& range) {
+                             return CodeUnit(range.param.first).substr(2);
+                         });
 
 TEST(IsSubStrNoOrder, KnowsNoOtherCharactersThanThoseOfTheClasses)
 {
@@ -204,10 +199,10 @@ TEST(IsSubStrNoOrder, LogsItsArgumentsAndItsAnswer)
     const test::LogCapture log;
     Contains(L"mail", L"mail and calendar");
     Contains(L"word", L"Word");
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhApp::IsSubStrNoOrder(mail, mail and calendar) IN",
-                                         "CQanhApp::IsSubStrNoOrder OUT(1)",
-                                         "CQanhApp::IsSubStrNoOrder(word, Word) IN",
-                                         "CQanhApp::IsSubStrNoOrder OUT(0)"));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhApp::IsSubStrNoOrder(mail, mail and calendar) IN",
+                            "CQanhApp::IsSubStrNoOrder OUT(1)", "CQanhApp::IsSubStrNoOrder(word, Word) IN",
+                            "CQanhApp::IsSubStrNoOrder OUT(0)"));
 }
 
 TEST(App, KeepsItsTwoNames)
@@ -256,15 +251,16 @@ TEST(LowerWantedName, FoldsAsciiCapitalsOfACopy)
 
 TEST(LowerWantedName, ReportsThatTheCopyCannotBeMade)
 {
-    const test::ImportPatch<wchar_t* (*)(const wchar_t*)> patch("_wcsdup", [](const wchar_t*) -> wchar_t* { return nullptr; });
+    const test::ImportPatch<wchar_t* (*)(const wchar_t*)> patch(
+        "_wcsdup", [](const wchar_t*) -> wchar_t* { return nullptr; });
     RuntimeText lower;
     EXPECT_EQ(LowerWantedName(L"mail", lower), E_OUTOFMEMORY);
 }
 
 TEST(LowerWantedName, ReportsThatTheCopyCannotBeLowered)
 {
-    const test::ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch("_wcslwr_s",
-                                                        [](wchar_t*, std::size_t) -> errno_t { return EINVAL; });
+    const test::ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch(
+        "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; });
     RuntimeText lower;
     EXPECT_EQ(LowerWantedName(L"mail", lower), E_FAIL);
 }

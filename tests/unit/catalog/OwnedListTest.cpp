@@ -20,7 +20,10 @@ using testing::IsEmpty;
 class OwnedListTest : public testing::Test
 {
 protected:
-    std::unique_ptr<CQanhApp> Probe(const wchar_t* name) { return std::make_unique<RecordProbe>(name, &m_events); }
+    std::unique_ptr<CQanhApp> Probe(const wchar_t* name)
+    {
+        return std::make_unique<RecordProbe>(name, &m_events);
+    }
 
     static std::vector<std::wstring> Elements(const OwnedList<CQanhApp>& list)
     {

@@ -51,7 +51,8 @@ public:
     RecordProbe(const wchar_t* name, Events* pEvents) : CQanhApp(name, nullptr), m_pEvents(pEvents) {}
     ~RecordProbe() override { Note(L"deleted "); }
 
-    HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound) const override
+    HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                    BOOL* pFound) const override
     {
         Note(L"asked ");
         foundBefore = *pFound;

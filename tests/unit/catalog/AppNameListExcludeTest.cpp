@@ -1,0 +1,201 @@
+// Which names a search must exclude, asked of the whole catalogue.
+
+#include "catalog/AppNameList.h"
+
+#include "catalog/ExcludeList.h"
+#include "support/LogCapture.h"
+#include "unit/catalog/CatalogFile.h"
+#include "unit/catalog/Records.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Answer
+{
+    HRESULT result = E_UNEXPECTED;
+    BOOL found = 7;
+    std::vector<std::wstring> excluded;
+};
+
+Answer Ask(const CQanhAppNameList& list, const wchar_t* wantedName)
+{
+    ExcludeList excluded;
+    Answer answer;
+    answer.result = list.GetExcludeAppNameList(wantedName, &excluded, &answer.found);
+    answer.excluded = test::Names(excluded);
+    return answer;
+}
+
+constexpr char kCatalogue[] = R"(<Applications><MetroApps>
+<Package PackageFamilyName="mail_1"><MetroApp DisplayName="mail and calendar"/><MetroApp DisplayName="x" ShortName="my mail"/></Package>
+<Package PackageFamilyName="gone_1" IsInstalled="0"><MetroApp DisplayName="mail that is gone"/></Package>
+<Package PackageFamilyName="reserved_1" IsInstalled="0" NeedReserve="1"><MetroApp DisplayName="reserved mail"/></Package>
+<Package PackageFamilyName="web_1"><MetroApp DisplayName="web mail"/><MetroApp DisplayName="MY MAIL"/></Package>
+<Package PackageFamilyName="word_1"><MetroApp DisplayName="viewer word"/></Package>
+</MetroApps><DesktopApps>
+<DesktopApp DisplayName="mail merge" LnkFileName="C:\1.lnk"/>
+<DesktopApp DisplayName="old mail" LnkFileName="C:\2.lnk" IsInstalled="0"/>
+<DesktopApp DisplayName="My Mail" LnkFileName="C:\3.lnk"/>
+<DesktopApp DisplayName="Mail" LnkFileName="C:\4.lnk"/>
+<DesktopApp DisplayName="a mail reader" LnkFileName="C:\5.lnk"/>
+<DesktopApp DisplayName="Dual" LnkFileName="C:\6.lnk" IsDualMode="1"/>
+<DesktopApp DisplayName="web mail" LnkFileName="C:\7.lnk"/>
+</DesktopApps></Applications>)";
+
+class AppNameListExclude : public testing::Test
+{
+protected:
+    AppNameListExclude() { test::LoadText(m_list, kCatalogue); }
+
+    CQanhAppNameList m_list;
+};
+
+TEST_F(AppNameListExclude, CollectsNamesInTheOrderOfTheCatalogueOnceEach)
+{
+    const Answer answer = Ask(m_list, L"Mail");
+    EXPECT_EQ(answer.result, S_OK);
+    EXPECT_EQ(answer.found, 1);
+    EXPECT_THAT(answer.excluded,
+                ElementsAre(L"mail and calendar", L"my mail", L"web mail", L"mail merge", L"a mail reader"));
+}
+
+TEST_F(AppNameListExclude, FindsAStoreApplicationByItsTokens)
+{
+    const Answer answer = Ask(m_list, L"Word Viewer");
+    EXPECT_EQ(answer.result, S_OK);
+    EXPECT_EQ(answer.found, 1);
+    EXPECT_THAT(answer.excluded, IsEmpty());
+}
+
+TEST_F(AppNameListExclude, DoesNotFindAStoreApplicationByItsExactName)
+{
+    EXPECT_EQ(Ask(m_list, L"viewer word").found, 0);
+}
+
+TEST_F(AppNameListExclude, KeepsWhatAPackageFoundThoughTheOthersDoNot)
+{
+    CQanhAppNameList list;
+    test::LoadText(
+        list,
+        R"(<a><Package><MetroApp DisplayName="b a"/></Package><Package><MetroApp DisplayName="c"/></Package>
+                            <DesktopApps><DesktopApp DisplayName="c"/></DesktopApps></a>)");
+    EXPECT_EQ(Ask(list, L"a b").found, 1);
+}
+
+TEST_F(AppNameListExclude, KeepsWhatADesktopAppFoundThoughTheNextDoesNot)
+{
+    CQanhAppNameList list;
+    test::LoadText(
+        list, R"(<DesktopApps><DesktopApp DisplayName="a"/><DesktopApp DisplayName="b"/></DesktopApps>)");
+    EXPECT_EQ(Ask(list, L"a").found, 1);
+}
+
+TEST_F(AppNameListExclude, DoesNotFindDualModeAppsByTheirExactName)
+{
+    EXPECT_EQ(Ask(m_list, L"dual").found, 0);
+}
+
+TEST_F(AppNameListExclude, ClearsFoundWhenThereIsNothing)
+{
+    const Answer empty = Ask(CQanhAppNameList(), L"mail");
+    EXPECT_EQ(empty.result, S_OK);
+    EXPECT_EQ(empty.found, 0);
+    const Answer gone = Ask(m_list, L"mail that is gone");
+    EXPECT_EQ(gone.result, S_OK);
+    EXPECT_EQ(gone.found, 0);
+    EXPECT_THAT(gone.excluded, IsEmpty());
+}
+
+TEST_F(AppNameListExclude, AddsToWhatTheListHoldsAlready)
+{
+    ExcludeList excluded;
+    excluded.AddUnique(L"WEB MAIL");
+    BOOL found = 7;
+    EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", &excluded, &found), S_OK);
+    EXPECT_THAT(test::Names(excluded),
+                ElementsAre(L"WEB MAIL", L"mail and calendar", L"my mail", L"mail merge", L"a mail reader"));
+}
+
+TEST_F(AppNameListExclude, FollowsTheInstalledFlags)
+{
+    m_list.SetPackagesInstalled({FALSE, TRUE, TRUE, FALSE, FALSE});
+    m_list.SetDesktopAppsInstalled({FALSE, TRUE, FALSE, FALSE, FALSE, FALSE, FALSE});
+    const Answer answer = Ask(m_list, L"mail");
+    EXPECT_EQ(answer.found, 0);
+    EXPECT_THAT(answer.excluded, ElementsAre(L"mail that is gone", L"reserved mail", L"old mail"));
+}
+
+TEST_F(AppNameListExclude, ChecksItsArgumentsAndTouchesNothingThen)
+{
+    ExcludeList excluded;
+    BOOL found = 7;
+    EXPECT_EQ(m_list.GetExcludeAppNameList(nullptr, &excluded, &found), E_POINTER);
+    EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", nullptr, &found), E_POINTER);
+    EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", &excluded, nullptr), E_POINTER);
+    EXPECT_EQ(m_list.GetExcludeAppNameList(L"", nullptr, &found), E_POINTER);
+    EXPECT_EQ(m_list.GetExcludeAppNameList(L"", &excluded, &found), E_INVALIDARG);
+    EXPECT_EQ(found, 7);
+    EXPECT_TRUE(excluded.IsEmpty());
+}
+
+TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
+{
+    CQanhAppNameList list;
+    test::RecordProbe::Events events;
+    for (const wchar_t* name : {L"a", L"b"}) {
+        auto package = std::make_unique<CQanhPackage>(name, PackageVersion(), FALSE, TRUE);
+        auto probe = std::make_unique<test::RecordProbe>(name, &events);
+        probe->result = E_OUTOFMEMORY;
+        package->AddApplication(std::move(probe));
+        list.AddMetroPackage(std::move(package));
+    }
+    EXPECT_EQ(Ask(list, L"mail").result, S_OK);
+    EXPECT_THAT(events, ElementsAre(L"asked a", L"asked b"));
+    list.Clear();
+}
+
+TEST_F(AppNameListExclude, LogsEveryRecordThatIsAsked)
+{
+    CQanhAppNameList list;
+    test::LoadText(
+        list,
+        R"(<a><Package><MetroApp DisplayName="Mail"/></Package><Package IsInstalled="0"><MetroApp/></Package>
+                            <DesktopApps><DesktopApp DisplayName="mail"/><DesktopApp IsInstalled="0"/></DesktopApps></a>)");
+    const test::LogCapture log;
+    Ask(list, L"mail");
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::GetExcludeAppNameList(mail) IN",
+                                         "CQanhPackage::AddAppNameToExcludeList(mail) IN",
+                                         "CQanhMetroApp::AddToExcludeAppNameList(mail) IN",
+                                         "CQanhMetroApp::AddToExcludeAppNameList OUT(0x00000000)",
+                                         "CQanhPackage::AddAppNameToExcludeList OUT",
+                                         "CQanhPackage::AddAppNameToExcludeList(mail) IN",
+                                         "CQanhPackage::AddAppNameToExcludeList OUT",
+                                         "CQanhDesktopApp::AddToExcludeAppNameList(mail) IN",
+                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)",
+                                         "CQanhDesktopApp::AddToExcludeAppNameList(mail) IN",
+                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000001)",
+                                         "CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)"));
+}
+
+TEST_F(AppNameListExclude, LogsItsEarlyExits)
+{
+    const test::LogCapture log;
+    ExcludeList excluded;
+    m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr);
+    Ask(m_list, L"");
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::GetExcludeAppNameList((null)) IN",
+                                         "CQanhAppNameList::GetExcludeAppNameList OUT(0x80004003)",
+                                         "CQanhAppNameList::GetExcludeAppNameList() IN",
+                                         "CQanhAppNameList::GetExcludeAppNameList OUT(0x80070057)"));
+}
+
+} // namespace

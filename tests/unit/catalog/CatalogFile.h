@@ -1,0 +1,63 @@
+#pragma once
+
+#include "catalog/AppNameList.h"
+#include "support/TemporaryFolder.h"
+#include "support/Text.h"
+
+#include <windows.h>
+
+#include <initializer_list>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace test {
+
+// Writes the text to a file and loads that.
+inline HRESULT LoadText(CQanhAppNameList& list, std::string_view text)
+{
+    const TemporaryFolder folder;
+    const std::wstring path = folder / L"AppNameList.xml";
+    WriteFileBytes(path, text);
+    return list.Load(path.c_str());
+}
+
+// The bytes of the file that the catalogue is saved to.
+inline std::string SavedText(const CQanhAppNameList& list)
+{
+    const TemporaryFolder folder;
+    const std::wstring path = folder / L"AppNameList.xml";
+    if (list.Save(path.c_str()) != S_OK) {
+        throw std::runtime_error("the catalogue cannot be saved");
+    }
+    return ReadFileBytes(path);
+}
+
+// A whole file as the platform's writer lays it out, from the lines inside of the root. The root is never
+// closed.
+inline std::string Document(std::initializer_list<std::string_view> lines)
+{
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<Applications>";
+    for (const std::string_view line : lines) {
+        text += "\r\n";
+        text += line;
+    }
+    return text;
+}
+
+// What the catalogue holds after it loaded the text, as the lines inside of the root that it would save.
+inline std::string LoadedLines(std::string_view text)
+{
+    CQanhAppNameList list;
+    LoadText(list, text);
+    const std::string saved = SavedText(list);
+    const std::string head = Document({});
+    return saved.substr(0, head.size()) == head ? saved.substr(head.size()) : "not a catalogue: " + saved;
+}
+
+inline std::string Lines(std::initializer_list<std::string_view> lines)
+{
+    return Document(lines).substr(Document({}).size());
+}
+
+} // namespace test

@@ -1,0 +1,386 @@
+#include "catalog/Package.h"
+
+#include "support/LogCapture.h"
+#include "unit/catalog/Allocations.h"
+#include "unit/catalog/Records.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using test::RecordProbe;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PackageTest : public testing::Test
+{
+protected:
+    std::unique_ptr<RecordProbe> Probe(const wchar_t* name)
+    {
+        return std::make_unique<RecordProbe>(name, &m_events);
+    }
+
+    RecordProbe::Events m_events;
+};
+
+std::vector<std::wstring> Apps(const CQanhPackage& package)
+{
+    std::vector<std::wstring> names;
+    for (const auto& app : package.Apps()) {
+        names.emplace_back(app->DisplayName.c_str());
+    }
+    return names;
+}
+
+constexpr PackageVersion kVersion{1, 2, 3, 4};
+
+TEST_F(PackageTest, HoldsItsVersionAsMajorMinorRevisionBuild)
+{
+    EXPECT_EQ(kVersion.Major, 1);
+    EXPECT_EQ(kVersion.Minor, 2);
+    EXPECT_EQ(kVersion.Revision, 3);
+    EXPECT_EQ(kVersion.Build, 4);
+    EXPECT_EQ(PackageVersion(), (PackageVersion{0, 0, 0, 0}));
+    EXPECT_NE(kVersion, (PackageVersion{9, 2, 3, 4}));
+    EXPECT_NE(kVersion, (PackageVersion{1, 9, 3, 4}));
+    EXPECT_NE(kVersion, (PackageVersion{1, 2, 9, 4}));
+    EXPECT_NE(kVersion, (PackageVersion{1, 2, 3, 9}));
+}
+
+TEST_F(PackageTest, IsInstalledAndNotReservedWhenItComesFromThePackageManager)
+{
+    const CQanhPackage package(L"Contoso.Mail_x1", L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail",
+                               kVersion);
+    EXPECT_STREQ(package.PackageFamilyName.c_str(), L"Contoso.Mail_x1");
+    EXPECT_STREQ(package.FullName.c_str(), L"Contoso.Mail_1.2.3.4_x64__x1");
+    EXPECT_STREQ(package.Name.c_str(), L"Contoso.Mail");
+    EXPECT_EQ(package.Version, kVersion);
+    EXPECT_EQ(package.NeedReserve, FALSE);
+    EXPECT_EQ(package.IsInstalled, TRUE);
+    EXPECT_EQ(package.Apps().Size(), 0u);
+    EXPECT_EQ(package.Apps().SizeLimit(), 768614336404564650u);
+}
+
+TEST_F(PackageTest, HasNeitherFullNameNorNameWhenItComesFromTheFile)
+{
+    const CQanhPackage package(L"Contoso.Mail_x1", kVersion, TRUE, FALSE);
+    EXPECT_STREQ(package.PackageFamilyName.c_str(), L"Contoso.Mail_x1");
+    EXPECT_TRUE(package.FullName.empty());
+    EXPECT_TRUE(package.Name.empty());
+    EXPECT_EQ(package.Version, kVersion);
+    EXPECT_EQ(package.NeedReserve, TRUE);
+    EXPECT_EQ(package.IsInstalled, FALSE);
+    EXPECT_EQ(package.Apps().Size(), 0u);
+}
+
+TEST_F(PackageTest, AppendsApplicationsInOrder)
+{
+    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
+    EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
+    EXPECT_THAT(Apps(package), ElementsAre(L"b", L"a", L"b"));
+}
+
+TEST_F(PackageTest, RefusesANullApplication)
+{
+    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
+    EXPECT_EQ(package.AddApplication(std::unique_ptr<CQanhApp>()), E_POINTER);
+    EXPECT_EQ(package.Apps().Size(), 0u);
+}
+
+TEST_F(PackageTest, RefusesApplicationsBeyondTheListsLimit)
+{
+    CQanhPackage package(L"p", L"full", L"name", kVersion, 2);
+    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
+    EXPECT_EQ(package.AddApplication(L"b", nullptr), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"c")), E_OUTOFMEMORY);
+    EXPECT_EQ(package.AddApplication(L"d", L"e"), E_OUTOFMEMORY);
+    EXPECT_THAT(Apps(package), ElementsAre(L"a", L"b"));
+    // The package owned what it refused.
+    EXPECT_THAT(m_events, ElementsAre(L"deleted c"));
+    package.DeleteAllApp();
+    EXPECT_EQ(package.AddApplication(L"d", L"e"), S_OK);
+}
+
+TEST_F(PackageTest, MakesStoreApplicationsOfTwoNames)
+{
+    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
+    EXPECT_EQ(package.AddApplication(L"Mail", L"M"), S_OK);
+    EXPECT_EQ(package.AddApplication(L"Mail", L"M"), S_OK); // duplicates are nobody's concern here
+    EXPECT_EQ(package.AddApplication(nullptr, nullptr), S_OK);
+    ASSERT_THAT(Apps(package), ElementsAre(L"Mail", L"Mail", L""));
+    const auto* app = dynamic_cast<const CQanhMetroApp*>(package.Apps().begin()->get());
+    ASSERT_NE(app, nullptr);
+    EXPECT_STREQ(app->ShortName.c_str(), L"M");
+    EXPECT_TRUE(app->RubyDisplayName.empty());
+    EXPECT_TRUE(app->RubyShortName.empty());
+}
+
+TEST_F(PackageTest, StaysAsItWasWhenMemoryRunsOut)
+{
+    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+        CQanhPackage package(L"p", kVersion, FALSE, TRUE);
+        package.AddApplication(L"first", nullptr);
+        HRESULT result = E_UNEXPECTED;
+        bool failed = false;
+        std::size_t left = 0;
+        {
+            const test::AllocationWatch watch(index);
+            result = package.AddApplication(L"display", L"short");
+            failed = watch.Failed();
+            left = watch.Live();
+        }
+        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(package.Apps().Size(), failed ? 1u : 2u);
+        EXPECT_EQ(left == 0, failed);
+        return failed;
+    });
+    EXPECT_GE(failures, 4u);
+}
+
+TEST_F(PackageTest, DeletesAnApplicationThatFindsNoMemoryInTheList)
+{
+    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
+    auto app = Probe(L"a");
+    m_events.reserve(10);
+    HRESULT result = E_UNEXPECTED;
+    {
+        const test::AllocationWatch watch(0);
+        result = package.AddApplication(std::move(app));
+    }
+    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(package.Apps().Size(), 0u);
+    EXPECT_THAT(m_events, ElementsAre(L"deleted a"));
+}
+
+TEST_F(PackageTest, LogsTheAddingOfApplications)
+{
+    CQanhPackage package(L"p", L"full", L"name", kVersion, 1);
+    const test::LogCapture log;
+    package.AddApplication(std::unique_ptr<CQanhApp>());
+    package.AddApplication(Probe(L"a"));
+    package.AddApplication(Probe(L"b"));
+    package.AddApplication(L"Mail", L"M");
+    package.DeleteAllApp();
+    package.AddApplication(L"Mail", nullptr);
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x80004003)",
+                            "CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x00000000)",
+                            "CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x8007000E)",
+                            "CQanhPackage::AddApplication(Mail, M) IN",
+                            "CQanhPackage::AddApplication OUT(0x8007000E)", "CQanhPackage::DeleteAllApp IN",
+                            "CQanhPackage::DeleteAllApp OUT", "CQanhPackage::AddApplication(Mail, (null)) IN",
+                            "CQanhPackage::AddApplication OUT(0x00000000)"));
+}
+
+TEST_F(PackageTest, DeletesItsApplicationsFrontToBack)
+{
+    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
+    package.AddApplication(Probe(L"b"));
+    package.AddApplication(Probe(L"a"));
+    package.AddApplication(Probe(L"c"));
+    package.DeleteAllApp();
+    EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a", L"deleted c"));
+    EXPECT_EQ(package.Apps().Size(), 0u);
+    package.DeleteAllApp();
+    EXPECT_EQ(m_events.size(), 3u);
+}
+
+TEST_F(PackageTest, TakesItsApplicationsAlong)
+{
+    static_assert(std::has_virtual_destructor_v<CQanhPackage>);
+    {
+        CQanhPackage package(L"p", kVersion, FALSE, TRUE);
+        package.AddApplication(Probe(L"b"));
+        package.AddApplication(Probe(L"a"));
+    }
+    EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a"));
+}
+
+TEST_F(PackageTest, LeavesNoMemoryBehind)
+{
+    std::size_t left = 1;
+    {
+        const test::AllocationWatch watch;
+        {
+            CQanhPackage package(L"p", L"full", L"name", kVersion);
+            package.AddApplication(L"a", L"b");
+            package.AddApplication(L"c", L"d");
+            package.DeleteAllApp();
+            package.AddApplication(L"e", L"f");
+            left = watch.Live();
+            EXPECT_GT(left, 0u);
+        }
+        left = watch.Live();
+    }
+    EXPECT_EQ(left, 0u);
+}
+
+TEST_F(PackageTest, ChangesVersionAndApplicationsWithAnotherRecord)
+{
+    CQanhPackage package(L"a_1", {1, 0, 0, 0}, TRUE, FALSE);
+    package.AddApplication(Probe(L"old"));
+    {
+        CQanhPackage replacement(L"b_1", L"full", L"name", {2, 0, 0, 0});
+        replacement.AddApplication(Probe(L"new"));
+        replacement.AddApplication(Probe(L"newer"));
+        package.SwapContents(replacement);
+        EXPECT_EQ(replacement.Version, (PackageVersion{1, 0, 0, 0}));
+        EXPECT_THAT(Apps(replacement), ElementsAre(L"old"));
+        EXPECT_THAT(m_events, IsEmpty());
+    }
+    EXPECT_THAT(m_events, ElementsAre(L"deleted old"));
+    EXPECT_EQ(package.Version, (PackageVersion{2, 0, 0, 0}));
+    EXPECT_THAT(Apps(package), ElementsAre(L"new", L"newer"));
+    // Everything else stays.
+    EXPECT_STREQ(package.PackageFamilyName.c_str(), L"a_1");
+    EXPECT_TRUE(package.FullName.empty());
+    EXPECT_EQ(package.NeedReserve, TRUE);
+    EXPECT_EQ(package.IsInstalled, FALSE);
+    package.DeleteAllApp();
+}
+
+TEST_F(PackageTest, IsKnownByItsFamilyNameToTheLetter)
+{
+    const CQanhPackage package(L"Contoso.Mail_x1", L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail",
+                               kVersion);
+    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_x1"), 1);
+    EXPECT_EQ(package.IsThisPackage(L"contoso.mail_x1"), 0);
+    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_X1"), 0);
+    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_x"), 0);
+    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_x11"), 0);
+    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail"), 0);
+    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_1.2.3.4_x64__x1"), 0);
+    EXPECT_EQ(package.IsThisPackage(L""), 0);
+    EXPECT_EQ(package.IsThisPackage(nullptr), 0);
+}
+
+TEST_F(PackageTest, IsNeverKnownByAnEmptyFamilyName)
+{
+    const CQanhPackage package(L"", kVersion, FALSE, TRUE);
+    EXPECT_EQ(package.IsThisPackage(L""), 0);
+    EXPECT_EQ(package.IsThisPackage(L"a"), 0);
+}
+
+TEST_F(PackageTest, LogsTheQuestionForItsFamilyName)
+{
+    const CQanhPackage package(L"a_1", kVersion, FALSE, TRUE);
+    const test::LogCapture log;
+    package.IsThisPackage(L"a_1");
+    package.IsThisPackage(L"A_1");
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhPackage::IsThisPackage(a_1) IN", "CQanhPackage::IsThisPackage OUT(1)",
+                            "CQanhPackage::IsThisPackage(A_1) IN", "CQanhPackage::IsThisPackage OUT(0)"));
+}
+
+class PackageExcludeTest : public PackageTest
+{
+protected:
+    PackageExcludeTest()
+    {
+        for (const wchar_t* name : {L"b", L"a", L"c"}) {
+            auto probe = Probe(name);
+            m_probes.push_back(probe.get());
+            m_package.AddApplication(std::move(probe));
+        }
+    }
+    ~PackageExcludeTest() override { m_package.DeleteAllApp(); }
+
+    CQanhPackage m_package{L"p", kVersion, FALSE, TRUE};
+    std::vector<RecordProbe*> m_probes;
+    ExcludeList m_list;
+    BOOL m_found = 7;
+};
+
+TEST_F(PackageExcludeTest, AsksEveryApplicationInOrderWithAFlagOfItsOwn)
+{
+    m_probes[0]->answersFound = TRUE;
+    m_probes[0]->addsItsName = true;
+    m_probes[2]->addsItsName = true;
+    m_package.AddAppNameToExcludeList(L"Wanted", &m_list, &m_found);
+    EXPECT_THAT(m_events, ElementsAre(L"asked b", L"asked a", L"asked c"));
+    EXPECT_THAT(test::Names(m_list), ElementsAre(L"b", L"c"));
+    EXPECT_EQ(m_found, 1);
+    for (const RecordProbe* probe : m_probes) {
+        EXPECT_EQ(probe->foundBefore, 0);
+        EXPECT_EQ(probe->wanted, L"Wanted");
+    }
+}
+
+TEST_F(PackageExcludeTest, IsFoundWhenAnyApplicationIs)
+{
+    for (RecordProbe* probe : m_probes) {
+        m_found = 0;
+        probe->answersFound = TRUE;
+        m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+        EXPECT_EQ(m_found, 1);
+        probe->answersFound = FALSE;
+    }
+}
+
+TEST_F(PackageExcludeTest, LeavesFoundAloneWhenNoApplicationIs)
+{
+    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    EXPECT_EQ(m_found, 7);
+    m_found = 1;
+    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    EXPECT_EQ(m_found, 1);
+}
+
+TEST_F(PackageExcludeTest, IgnoresTheApplicationsResults)
+{
+    m_probes[0]->result = E_OUTOFMEMORY;
+    m_probes[1]->result = E_FAIL;
+    m_probes[2]->answersFound = TRUE;
+    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    EXPECT_EQ(m_events.size(), 3u);
+    EXPECT_EQ(m_found, 1);
+}
+
+TEST_F(PackageExcludeTest, DoesNothingWhenNotInstalled)
+{
+    m_probes[0]->answersFound = TRUE;
+    m_package.IsInstalled = FALSE;
+    for (const BOOL needReserve : {FALSE, TRUE}) {
+        m_package.NeedReserve = needReserve;
+        m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    }
+    EXPECT_THAT(m_events, IsEmpty());
+    EXPECT_EQ(m_found, 7);
+}
+
+TEST_F(PackageExcludeTest, DoesNothingForAnEmptyOrMissingArgument)
+{
+    m_probes[0]->answersFound = TRUE;
+    m_package.AddAppNameToExcludeList(L"", &m_list, &m_found);
+    m_package.AddAppNameToExcludeList(nullptr, &m_list, &m_found);
+    m_package.AddAppNameToExcludeList(L"wanted", nullptr, &m_found);
+    m_package.AddAppNameToExcludeList(L"wanted", &m_list, nullptr);
+    EXPECT_THAT(m_events, IsEmpty());
+    EXPECT_EQ(m_found, 7);
+}
+
+TEST_F(PackageExcludeTest, LogsNoResultBehindAWantedName)
+{
+    const test::LogCapture log;
+    m_probes[0]->result = E_FAIL;
+    m_package.AddAppNameToExcludeList(L"", &m_list, &m_found);
+    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    m_package.IsInstalled = FALSE;
+    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackage::AddAppNameToExcludeList() IN",
+                                         "CQanhPackage::AddAppNameToExcludeList OUT(0x80070057)",
+                                         "CQanhPackage::AddAppNameToExcludeList(wanted) IN",
+                                         "CQanhPackage::AddAppNameToExcludeList OUT",
+                                         "CQanhPackage::AddAppNameToExcludeList(wanted) IN",
+                                         "CQanhPackage::AddAppNameToExcludeList OUT"));
+}
+
+} // namespace

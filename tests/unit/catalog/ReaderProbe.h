@@ -1,0 +1,129 @@
+#pragma once
+
+#include <windows.h>
+
+#include <xmllite.h>
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace test {
+
+// A reader that hands everything on to another one, counts the calls and gives some of them a result of its
+// own.
+class ReaderProbe final : public IXmlReader
+{
+public:
+    explicit ReaderProbe(IXmlReader* pReader) : m_pReader(pReader) {}
+    ReaderProbe(const ReaderProbe&) = delete;
+    ReaderProbe& operator=(const ReaderProbe&) = delete;
+
+    // The call of this index (0 is the first) of the method is not handed on.
+    void Answer(const char* method, int index, HRESULT result) { m_answers[{method, index}] = result; }
+    [[nodiscard]] int Calls(const char* method) const
+    {
+        const auto calls = m_calls.find(method);
+        return calls == m_calls.end() ? 0 : calls->second;
+    }
+    ULONG references = 0;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppObject) override
+    {
+        *ppObject = nullptr;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+
+    HRESULT STDMETHODCALLTYPE SetInput(IUnknown* input) override
+    {
+        return Call("SetInput", [&] { return m_pReader->SetInput(input); });
+    }
+    HRESULT STDMETHODCALLTYPE GetProperty(UINT property, LONG_PTR* value) override
+    {
+        return m_pReader->GetProperty(property, value);
+    }
+    HRESULT STDMETHODCALLTYPE SetProperty(UINT property, LONG_PTR value) override
+    {
+        return m_pReader->SetProperty(property, value);
+    }
+    HRESULT STDMETHODCALLTYPE Read(XmlNodeType* type) override
+    {
+        return Call("Read", [&] { return m_pReader->Read(type); });
+    }
+    HRESULT STDMETHODCALLTYPE GetNodeType(XmlNodeType* type) override
+    {
+        return Call("GetNodeType", [&] { return m_pReader->GetNodeType(type); });
+    }
+    HRESULT STDMETHODCALLTYPE MoveToFirstAttribute() override
+    {
+        return Call("MoveToFirstAttribute", [&] { return m_pReader->MoveToFirstAttribute(); });
+    }
+    HRESULT STDMETHODCALLTYPE MoveToNextAttribute() override
+    {
+        return Call("MoveToNextAttribute", [&] { return m_pReader->MoveToNextAttribute(); });
+    }
+    HRESULT STDMETHODCALLTYPE MoveToAttributeByName(LPCWSTR name, LPCWSTR uri) override
+    {
+        return m_pReader->MoveToAttributeByName(name, uri);
+    }
+    HRESULT STDMETHODCALLTYPE MoveToElement() override { return m_pReader->MoveToElement(); }
+    HRESULT STDMETHODCALLTYPE GetQualifiedName(LPCWSTR* name, UINT* length) override
+    {
+        return m_pReader->GetQualifiedName(name, length);
+    }
+    HRESULT STDMETHODCALLTYPE GetNamespaceUri(LPCWSTR* uri, UINT* length) override
+    {
+        return m_pReader->GetNamespaceUri(uri, length);
+    }
+    HRESULT STDMETHODCALLTYPE GetLocalName(LPCWSTR* name, UINT* length) override
+    {
+        return m_pReader->GetLocalName(name, length);
+    }
+    HRESULT STDMETHODCALLTYPE GetPrefix(LPCWSTR* prefix, UINT* length) override
+    {
+        return m_pReader->GetPrefix(prefix, length);
+    }
+    HRESULT STDMETHODCALLTYPE GetValue(LPCWSTR* value, UINT* length) override
+    {
+        return m_pReader->GetValue(value, length);
+    }
+    HRESULT STDMETHODCALLTYPE ReadValueChunk(WCHAR* buffer, UINT size, UINT* read) override
+    {
+        return m_pReader->ReadValueChunk(buffer, size, read);
+    }
+    HRESULT STDMETHODCALLTYPE GetBaseUri(LPCWSTR* uri, UINT* length) override
+    {
+        return m_pReader->GetBaseUri(uri, length);
+    }
+    BOOL STDMETHODCALLTYPE IsDefault() override { return m_pReader->IsDefault(); }
+    BOOL STDMETHODCALLTYPE IsEmptyElement() override { return m_pReader->IsEmptyElement(); }
+    HRESULT STDMETHODCALLTYPE GetLineNumber(UINT* line) override { return m_pReader->GetLineNumber(line); }
+    HRESULT STDMETHODCALLTYPE GetLinePosition(UINT* position) override
+    {
+        return m_pReader->GetLinePosition(position);
+    }
+    HRESULT STDMETHODCALLTYPE GetAttributeCount(UINT* count) override
+    {
+        return m_pReader->GetAttributeCount(count);
+    }
+    HRESULT STDMETHODCALLTYPE GetDepth(UINT* depth) override
+    {
+        return Call("GetDepth", [&] { return m_pReader->GetDepth(depth); });
+    }
+    BOOL STDMETHODCALLTYPE IsEOF() override { return m_pReader->IsEOF(); }
+
+private:
+    template <typename Original> HRESULT Call(const char* method, Original original)
+    {
+        const auto answer = m_answers.find({method, m_calls[method]++});
+        return answer == m_answers.end() ? original() : answer->second;
+    }
+
+    IXmlReader* m_pReader;
+    std::map<std::string, int> m_calls;
+    std::map<std::pair<std::string, int>, HRESULT> m_answers;
+};
+
+} // namespace test

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <windows.h>
+
+#include <objidl.h>
+#include <shlwapi.h>
+#include <xmllite.h>
+
+#include <wrl/client.h>
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace test {
+
+// The platform's writer over memory, without indenting: to see what one record writes.
+class XmlSink
+{
+public:
+    XmlSink()
+    {
+        m_stream.Attach(SHCreateMemStream(nullptr, 0));
+        if (FAILED(CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(m_writer.GetAddressOf()),
+                                   nullptr)) ||
+            FAILED(m_writer->SetOutput(m_stream.Get()))) {
+            throw std::runtime_error("no XML writer");
+        }
+    }
+
+    [[nodiscard]] IXmlWriter* Writer() const { return m_writer.Get(); }
+
+    // What was written, as UTF-8.
+    [[nodiscard]] std::string Text() const
+    {
+        m_writer->Flush();
+        m_stream->Seek({}, STREAM_SEEK_SET, nullptr);
+        std::string text;
+        char buffer[256];
+        ULONG read = 0;
+        while (SUCCEEDED(m_stream->Read(buffer, sizeof buffer, &read)) && read > 0) {
+            text.append(buffer, read);
+        }
+        return text;
+    }
+
+private:
+    Microsoft::WRL::ComPtr<IStream> m_stream;
+    Microsoft::WRL::ComPtr<IXmlWriter> m_writer;
+};
+
+// The platform's reader over a text in UTF-8.
+class XmlSource
+{
+public:
+    explicit XmlSource(std::string_view text)
+    {
+        m_stream.Attach(
+            SHCreateMemStream(reinterpret_cast<const BYTE*>(text.data()), static_cast<UINT>(text.size())));
+        if (FAILED(CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(m_reader.GetAddressOf()),
+                                   nullptr)) ||
+            FAILED(m_reader->SetInput(m_stream.Get()))) {
+            throw std::runtime_error("no XML reader");
+        }
+    }
+
+    // The same, standing on the first element of this name.
+    XmlSource(std::string_view text, std::wstring_view element) : XmlSource(text)
+    {
+        while (Name() != element) {
+            if (m_reader->Read(nullptr) != S_OK) {
+                throw std::runtime_error("the element is not there");
+            }
+        }
+    }
+
+    [[nodiscard]] IXmlReader* Reader() const { return m_reader.Get(); }
+
+    // The name of the element at hand, empty for everything else.
+    [[nodiscard]] std::wstring Name() const
+    {
+        XmlNodeType type = XmlNodeType_None;
+        const wchar_t* name = nullptr;
+        const bool isElement = m_reader->GetNodeType(&type) == S_OK && type == XmlNodeType_Element &&
+                               SUCCEEDED(m_reader->GetLocalName(&name, nullptr));
+        return isElement ? name : L"";
+    }
+
+private:
+    Microsoft::WRL::ComPtr<IStream> m_stream;
+    Microsoft::WRL::ComPtr<IXmlReader> m_reader;
+};
+
+} // namespace test
