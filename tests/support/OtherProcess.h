@@ -6,8 +6,9 @@
 
 namespace test {
 
-// What another process does for a test. The test program starts itself again; the copy plays the part before main()
-// and ends with the part's result. So parts are declared at namespace scope and use nothing but the platform.
+// What another process does for a test. The test program starts itself again; the copy plays the part before
+// main() and ends with the part's result. So parts are declared at namespace scope and use nothing but the
+// platform.
 //
 //     const test::Part g_holdMutex(L"HoldMutex", [](const test::Part::Context& context) {
 //         const HANDLE mutex = CreateMutexW(nullptr, FALSE, context.Argument().c_str());
@@ -77,8 +78,8 @@ public:
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION process{};
-        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                           &process)) {
+        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                           &startup, &process)) {
             m_process = process.hProcess;
             CloseHandle(process.hThread);
             const HANDLE handles[] = {m_ready, m_process};

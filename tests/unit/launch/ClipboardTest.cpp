@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <string>
 #include <vector>
@@ -18,8 +19,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// Another process' view of the clipboard: the file named by the argument gets a letter that tells whether there was a
-// text, and the text's bytes up to and without its terminator.
+// Another process' view of the clipboard: the file named by the argument gets a letter that tells whether
+// there was a text, and the text's bytes up to and without its terminator.
 const test::Part g_readClipboard(L"ReadClipboard", [](const test::Part::Context& context) {
     if (!OpenClipboard(nullptr)) {
         return 1;
@@ -38,7 +39,8 @@ const test::Part g_readClipboard(L"ReadClipboard", [](const test::Part::Context&
 
 // Keeps the clipboard open with a window of its own.
 const test::Part g_holdClipboard(L"HoldClipboard", [](const test::Part::Context& context) {
-    const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    const HWND window =
+        CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     if (!window || !OpenClipboard(window)) {
         return 1;
     }
@@ -201,11 +203,10 @@ protected:
                      Note("GlobalFree", Block(block));
                      return g_current->m_free.Original()(block);
                  }),
-          m_close("CloseClipboard",
-                  []() -> BOOL {
-                      Note("CloseClipboard", "");
-                      return g_current->m_close.Original()();
-                  })
+          m_close("CloseClipboard", []() -> BOOL {
+              Note("CloseClipboard", "");
+              return g_current->m_close.Original()();
+          })
     {
         g_current = this;
         g_calls.clear();
@@ -228,8 +229,8 @@ TEST_F(ClipboardCalls, BlockIsFreedAfterTheHandOverToo)
 {
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), S_OK);
     EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)",
-                                     "GlobalUnlock(block): Mail", "EmptyClipboard", "SetClipboardData(13)(block)",
-                                     "GlobalFree(block)", "CloseClipboard"));
+                                     "GlobalUnlock(block): Mail", "EmptyClipboard",
+                                     "SetClipboardData(13)(block)", "GlobalFree(block)", "CloseClipboard"));
 }
 
 TEST_F(ClipboardCalls, OneCharacterTakesFourBytes)
@@ -291,8 +292,8 @@ TEST_F(ClipboardCalls, RefusedHandOverIsOnlyLogged)
     g_failing = "SetClipboardData";
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), S_OK);
     EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)",
-                                     "GlobalUnlock(block): Mail", "EmptyClipboard", "SetClipboardData(13)(block)",
-                                     "GlobalFree(block)", "CloseClipboard"));
+                                     "GlobalUnlock(block): Mail", "EmptyClipboard",
+                                     "SetClipboardData(13)(block)", "GlobalFree(block)", "CloseClipboard"));
     EXPECT_THAT(
         m_log.Lines(),
         ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
@@ -306,8 +307,8 @@ TEST_F(ClipboardCalls, RefusedEmptyingIsIgnored)
     g_failing = "EmptyClipboard";
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), S_OK);
     EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)",
-                                     "GlobalUnlock(block): Mail", "EmptyClipboard", "SetClipboardData(13)(block)",
-                                     "GlobalFree(block)", "CloseClipboard"));
+                                     "GlobalUnlock(block): Mail", "EmptyClipboard",
+                                     "SetClipboardData(13)(block)", "GlobalFree(block)", "CloseClipboard"));
     EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
                                            "CQanhClipboard::SetClipboardData OUT(0x00000000)"));
 }

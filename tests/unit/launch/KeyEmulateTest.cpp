@@ -6,8 +6,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <functional>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,8 +16,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// What the operation asked of the platform, one text for each call, in order. The order of the two reads that belong
-// to one event is free, so they are sorted.
+// What the operation asked of the platform, one text for each call, in order. The order of the two reads that
+// belong to one event is free, so they are sorted.
 std::vector<std::string> g_calls;
 std::vector<std::string> g_reads;
 const test::LogCapture* g_log = nullptr;
@@ -32,17 +32,17 @@ void FlushReads()
     g_reads.clear();
 }
 
-template <typename... Arguments> std::string Format(const char* format, Arguments... arguments)
+std::string Hex(unsigned long long number, int digits = 1)
 {
-    char text[200];
-    std::snprintf(text, sizeof text, format, arguments...);
-    return text;
+    std::ostringstream text;
+    text << "0x" << std::uppercase << std::hex << std::setfill('0') << std::setw(digits) << number;
+    return text.str();
 }
 
 // Every read gives a value of its own, so that an event shows which one it was filled from.
 UINT WINAPI MapKey(UINT code, UINT type)
 {
-    g_reads.push_back(Format("map 0x%02X type %u", code, type));
+    g_reads.push_back("map " + Hex(code, 2) + " type " + std::to_string(type));
     return ++g_scanCode;
 }
 
@@ -60,9 +60,9 @@ UINT WINAPI Send(UINT count, INPUT* inputs, int size)
         return 0;
     }
     const KEYBDINPUT& key = inputs->ki;
-    g_calls.push_back(Format("send type %u key 0x%02X scan 0x%X flags 0x%X time %u extra 0x%X", inputs->type + 0u,
-                             key.wVk, key.wScan, key.dwFlags + 0u, key.time + 0u,
-                             static_cast<unsigned>(key.dwExtraInfo)));
+    g_calls.push_back("send type " + std::to_string(inputs->type) + " key " + Hex(key.wVk, 2) + " scan " +
+                      Hex(key.wScan) + " flags " + Hex(key.dwFlags) + " time " + std::to_string(key.time) +
+                      " extra " + Hex(key.dwExtraInfo));
     if (g_log) {
         g_calls.push_back("log: " + g_log->Lines().back());
     }
@@ -75,7 +75,7 @@ void Pause(DWORD milliseconds)
     if (g_log) {
         g_calls.push_back("log: " + g_log->Lines().back());
     }
-    g_calls.push_back(Format("sleep %u", milliseconds + 0u));
+    g_calls.push_back("sleep " + std::to_string(milliseconds));
 }
 
 class KeyEmulate : public ::testing::Test
@@ -112,8 +112,9 @@ TEST_F(KeyEmulate, WindowsQPressesQAsAScanCodeAndReleasesItAsAKey)
 {
     CQanhKeyEmulate::SendInput_Win_Q();
     EXPECT_THAT(g_calls,
-                ElementsAre("send type 1 key 0x5B scan 0x0 flags 0x1 time 0 extra 0x0", "sleep 50", "extra info",
-                            "send type 1 key 0x51 scan 0x10 flags 0x8 time 0 extra 0x7001", "sleep 50", "extra info",
+                ElementsAre("send type 1 key 0x5B scan 0x0 flags 0x1 time 0 extra 0x0", "sleep 50",
+                            "extra info", "send type 1 key 0x51 scan 0x10 flags 0x8 time 0 extra 0x7001",
+                            "sleep 50", "extra info",
                             "send type 1 key 0x51 scan 0x10 flags 0x2 time 0 extra 0x7002", "sleep 100",
                             "send type 1 key 0x5B scan 0x0 flags 0x2 time 0 extra 0x0", "sleep 200"));
 }
@@ -140,8 +141,9 @@ TEST_F(KeyEmulate, ShiftInsertLeavesShiftPressed)
 TEST_F(KeyEmulate, ShiftUpReleasesShift)
 {
     CQanhKeyEmulate::SendInput_ShiftUp();
-    EXPECT_THAT(g_calls, ElementsAre("extra info", "map 0x10 type 0",
-                                     "send type 1 key 0x10 scan 0x41 flags 0x2 time 0 extra 0x7001", "sleep 50"));
+    EXPECT_THAT(g_calls,
+                ElementsAre("extra info", "map 0x10 type 0",
+                            "send type 1 key 0x10 scan 0x41 flags 0x2 time 0 extra 0x7001", "sleep 50"));
 }
 
 TEST_F(KeyEmulate, RefusedEventsDoNotCutAScriptShort)
@@ -284,7 +286,7 @@ private:
         if (code != HC_ACTION || !(key.flags & LLKHF_INJECTED)) {
             return CallNextHookEx(nullptr, code, message, detail);
         }
-        s_seen.push_back(Format("%s 0x%02X", key.flags & LLKHF_UP ? "up" : "down", key.vkCode + 0u));
+        s_seen.push_back((key.flags & LLKHF_UP ? "up " : "down ") + Hex(key.vkCode, 2));
         return 1;
     }
 

@@ -1,0 +1,440 @@
+#pragma once
+
+#include "platform/RuntimePackages.h"
+#include "support/FakeObjects.h"
+
+#include <activation.h>
+#include <roapi.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace test {
+
+// What a fake package says of itself.
+struct PackageFacts
+{
+    std::wstring familyName = L"Contoso.Mail_8wekyb3d8bbwe";
+    std::wstring fullName = L"Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe";
+    std::wstring name = L"Contoso.Mail";
+    platform::PackageVersion version{1, 2, 3, 4};
+    std::wstring path = L"C:\\No\\Such\\Folder";
+    std::vector<std::wstring> dependencies{}; // family names
+};
+
+class FakePackageId : public FakeInspectable<platform::IPackageId>
+{
+public:
+    FakePackageId(FakeObjects& owner, const PackageFacts* facts)
+        : FakeInspectable(owner, "identity"), m_facts(facts)
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override
+    {
+        return GiveText("Name", m_facts->name, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_Version(platform::PackageVersion* value) override
+    {
+        return GiveValue("Version", m_facts->version, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_Architecture(INT32*) override { return NotImplemented("Architecture"); }
+    HRESULT STDMETHODCALLTYPE get_ResourceId(HSTRING*) override { return NotImplemented("ResourceId"); }
+    HRESULT STDMETHODCALLTYPE get_Publisher(HSTRING*) override { return NotImplemented("Publisher"); }
+    HRESULT STDMETHODCALLTYPE get_PublisherId(HSTRING*) override { return NotImplemented("PublisherId"); }
+    HRESULT STDMETHODCALLTYPE get_FullName(HSTRING* value) override
+    {
+        return GiveText("FullName", m_facts->fullName, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_FamilyName(HSTRING* value) override
+    {
+        return GiveText("FamilyName", m_facts->familyName, value);
+    }
+
+private:
+    const PackageFacts* m_facts;
+};
+
+class FakeStorageItem : public FakeInspectable<platform::IStorageItem>
+{
+public:
+    FakeStorageItem(FakeObjects& owner, const PackageFacts* facts)
+        : FakeInspectable(owner, "storage item"), m_facts(facts)
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE RenameAsyncOverloadDefaultOptions(HSTRING, void**) override
+    {
+        return NotImplemented("RenameAsync");
+    }
+    HRESULT STDMETHODCALLTYPE RenameAsync(HSTRING, INT32, void**) override
+    {
+        return NotImplemented("RenameAsync");
+    }
+    HRESULT STDMETHODCALLTYPE DeleteAsyncOverloadDefaultOptions(void**) override
+    {
+        return NotImplemented("DeleteAsync");
+    }
+    HRESULT STDMETHODCALLTYPE DeleteAsync(INT32, void**) override { return NotImplemented("DeleteAsync"); }
+    HRESULT STDMETHODCALLTYPE GetBasicPropertiesAsync(void**) override
+    {
+        return NotImplemented("GetBasicPropertiesAsync");
+    }
+    HRESULT STDMETHODCALLTYPE get_Name(HSTRING*) override { return NotImplemented("Name of the folder"); }
+    HRESULT STDMETHODCALLTYPE get_Path(HSTRING* value) override
+    {
+        return GiveText("Path", m_facts->path, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_Attributes(UINT32*) override { return NotImplemented("Attributes"); }
+    HRESULT STDMETHODCALLTYPE get_DateCreated(INT64*) override { return NotImplemented("DateCreated"); }
+    HRESULT STDMETHODCALLTYPE IsOfType(UINT32, boolean*) override { return NotImplemented("IsOfType"); }
+
+private:
+    const PackageFacts* m_facts;
+};
+
+// The folder of a package, whose path only its storage item tells.
+class FakeFolder : public FakeInspectable<platform::IStorageFolder>
+{
+public:
+    FakeFolder(FakeObjects& owner, const PackageFacts* facts)
+        : FakeInspectable(owner, "folder"), m_item(owner.Make<FakeStorageItem>(facts))
+    {
+    }
+
+protected:
+    IUnknown* Ask(REFIID id) override
+    {
+        return IsEqualIID(id, __uuidof(platform::IStorageItem)) ? m_item : nullptr;
+    }
+
+private:
+    FakeStorageItem* m_item;
+};
+
+class FakePackageList;
+
+class FakePackage : public FakeInspectable<platform::IPackage>
+{
+public:
+    FakePackage(FakeObjects& owner, PackageFacts packageFacts, std::string label = "package");
+
+    HRESULT STDMETHODCALLTYPE get_Id(platform::IPackageId** value) override { return Give("Id", m_id, value); }
+    HRESULT STDMETHODCALLTYPE get_InstalledLocation(platform::IStorageFolder** value) override
+    {
+        return Give("InstalledLocation", m_folder, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_IsFramework(boolean*) override { return NotImplemented("IsFramework"); }
+    HRESULT STDMETHODCALLTYPE get_Dependencies(platform::IPackageVectorView** value) override;
+
+    PackageFacts facts;
+
+private:
+    FakePackageId* m_id;
+    FakeFolder* m_folder;
+    FakePackageList* m_dependencies;
+};
+
+class FakePackageList : public FakeInspectable<platform::IPackageVectorView>
+{
+public:
+    FakePackageList(FakeObjects& owner, const std::vector<std::wstring>& familyNames)
+        : FakeInspectable(owner, "list of dependencies")
+    {
+        for (const std::wstring& familyName : familyNames) {
+            PackageFacts facts;
+            facts.familyName = familyName;
+            m_packages.push_back(owner.Make<FakePackage>(facts, "dependency"));
+        }
+    }
+
+    HRESULT STDMETHODCALLTYPE GetAt(UINT32 index, platform::IPackage** item) override
+    {
+        if (index >= m_packages.size()) {
+            return NotImplemented("GetAt behind the end");
+        }
+        return Give("GetAt", m_packages[index], item, L"(" + std::to_wstring(index) + L")");
+    }
+    HRESULT STDMETHODCALLTYPE get_Size(UINT32* size) override
+    {
+        return GiveValue("Size", static_cast<UINT32>(m_packages.size()), size);
+    }
+    HRESULT STDMETHODCALLTYPE IndexOf(platform::IPackage*, UINT32*, boolean*) override
+    {
+        return NotImplemented("IndexOf");
+    }
+    HRESULT STDMETHODCALLTYPE GetMany(UINT32, UINT32, platform::IPackage**, UINT32*) override
+    {
+        return NotImplemented("GetMany");
+    }
+
+private:
+    std::vector<FakePackage*> m_packages;
+};
+
+inline FakePackage::FakePackage(FakeObjects& owner, PackageFacts packageFacts, std::string label)
+    : FakeInspectable(owner, std::move(label)), facts(std::move(packageFacts)),
+      m_id(owner.Make<FakePackageId>(&facts)), m_folder(owner.Make<FakeFolder>(&facts)),
+      m_dependencies(owner.Make<FakePackageList>(facts.dependencies))
+{
+}
+
+inline HRESULT FakePackage::get_Dependencies(platform::IPackageVectorView** value)
+{
+    return Give("Dependencies", m_dependencies, value);
+}
+
+class FakeIterator : public FakeInspectable<platform::IPackageIterator>
+{
+public:
+    FakeIterator(FakeObjects& owner, std::vector<FakePackage*> packages)
+        : FakeInspectable(owner, "iterator"), m_packages(std::move(packages))
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE get_Current(platform::IPackage** current) override
+    {
+        if (m_position >= m_packages.size()) {
+            return NotImplemented("Current behind the end");
+        }
+        return Give("Current", m_packages[m_position], current);
+    }
+    HRESULT STDMETHODCALLTYPE get_HasCurrent(boolean* hasCurrent) override
+    {
+        return GiveValue("HasCurrent", Has(), hasCurrent);
+    }
+    HRESULT STDMETHODCALLTYPE MoveNext(boolean* hasCurrent) override
+    {
+        const HRESULT hr = m_owner.Enter(this, "MoveNext");
+        if (SUCCEEDED(hr)) {
+            ++m_position;
+            *hasCurrent = Has();
+        }
+        return hr;
+    }
+    HRESULT STDMETHODCALLTYPE GetMany(UINT32, platform::IPackage**, UINT32*) override
+    {
+        return NotImplemented("GetMany");
+    }
+
+private:
+    [[nodiscard]] boolean Has() const { return m_position < m_packages.size() ? 1 : 0; }
+
+    std::vector<FakePackage*> m_packages;
+    std::size_t m_position = 0;
+};
+
+class FakeCollection : public FakeInspectable<platform::IPackageIterable>
+{
+public:
+    FakeCollection(FakeObjects& owner, std::vector<FakePackage*> packages)
+        : FakeInspectable(owner, "collection"), m_packages(std::move(packages))
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE First(platform::IPackageIterator** first) override
+    {
+        return Give("First", m_owner.Make<FakeIterator>(m_packages), first);
+    }
+
+private:
+    std::vector<FakePackage*> m_packages;
+};
+
+class FakePackageManager : public FakeInspectable<platform::IPackageManager>
+{
+public:
+    FakePackageManager(FakeObjects& owner, const std::vector<FakePackage*>* packages)
+        : FakeInspectable(owner, "package manager"), m_packages(packages)
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE AddPackageAsync() override { return NotImplemented("AddPackageAsync"); }
+    HRESULT STDMETHODCALLTYPE UpdatePackageAsync() override { return NotImplemented("UpdatePackageAsync"); }
+    HRESULT STDMETHODCALLTYPE RemovePackageAsync() override { return NotImplemented("RemovePackageAsync"); }
+    HRESULT STDMETHODCALLTYPE StagePackageAsync() override { return NotImplemented("StagePackageAsync"); }
+    HRESULT STDMETHODCALLTYPE RegisterPackageAsync() override
+    {
+        return NotImplemented("RegisterPackageAsync");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackages(platform::IPackageIterable**) override
+    {
+        return NotImplemented("FindPackages");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityId(HSTRING user,
+                                                           platform::IPackageIterable** packages) override
+    {
+        return Give("FindPackagesByUserSecurityId", m_owner.Make<FakeCollection>(*m_packages), packages,
+                    L"(" + Text(user) + L")");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackagesByNamePublisher(HSTRING, HSTRING,
+                                                          platform::IPackageIterable**) override
+    {
+        return NotImplemented("FindPackagesByNamePublisher");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdNamePublisher(HSTRING, HSTRING, HSTRING,
+                                                                        platform::IPackageIterable**) override
+    {
+        return NotImplemented("FindPackagesByUserSecurityIdNamePublisher");
+    }
+    HRESULT STDMETHODCALLTYPE FindUsers(HSTRING, void**) override { return NotImplemented("FindUsers"); }
+    HRESULT STDMETHODCALLTYPE SetPackageState(HSTRING, INT32) override
+    {
+        return NotImplemented("SetPackageState");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackageByPackageFullName(HSTRING, platform::IPackage**) override
+    {
+        return NotImplemented("FindPackageByPackageFullName");
+    }
+    HRESULT STDMETHODCALLTYPE CleanupPackageForUserAsync() override
+    {
+        return NotImplemented("CleanupPackageForUserAsync");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackagesByPackageFamilyName(HSTRING, platform::IPackageIterable**) override
+    {
+        return NotImplemented("FindPackagesByPackageFamilyName");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdPackageFamilyName(
+        HSTRING user, HSTRING familyName, platform::IPackageIterable** packages) override
+    {
+        std::vector<FakePackage*> family;
+        for (FakePackage* package : *m_packages) {
+            if (package->facts.familyName == Text(familyName)) {
+                family.push_back(package);
+            }
+        }
+        return Give("FindPackagesByUserSecurityIdPackageFamilyName", m_owner.Make<FakeCollection>(family),
+                    packages, L"(" + Text(user) + L", " + Text(familyName) + L")");
+    }
+    HRESULT STDMETHODCALLTYPE FindPackageByUserSecurityIdPackageFullName(HSTRING, HSTRING,
+                                                                         platform::IPackage**) override
+    {
+        return NotImplemented("FindPackageByUserSecurityIdPackageFullName");
+    }
+
+private:
+    static std::wstring Text(HSTRING string)
+    {
+        UINT32 length = 0;
+        const wchar_t* text = WindowsGetStringRawBuffer(string, &length);
+        return std::wstring(text, length);
+    }
+
+    const std::vector<FakePackage*>* m_packages;
+};
+
+// What the class's factory makes: an object that has to be asked for the package manager's interface.
+class FakeInstance : public FakeInspectable<IInspectable>
+{
+public:
+    FakeInstance(FakeObjects& owner, FakePackageManager* manager)
+        : FakeInspectable(owner, "instance"), m_manager(manager)
+    {
+    }
+
+protected:
+    IUnknown* Ask(REFIID id) override
+    {
+        return IsEqualIID(id, __uuidof(platform::IPackageManager)) ? m_manager : nullptr;
+    }
+
+private:
+    FakePackageManager* m_manager;
+};
+
+class FakeFactory : public FakeInspectable<IActivationFactory>
+{
+public:
+    FakeFactory(FakeObjects& owner, const std::vector<FakePackage*>* packages)
+        : FakeInspectable(owner, "factory"), m_packages(packages)
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE ActivateInstance(IInspectable** instance) override
+    {
+        FakePackageManager* manager = m_owner.Make<FakePackageManager>(m_packages);
+        return Give("ActivateInstance", m_owner.Make<FakeInstance>(manager), instance);
+    }
+
+private:
+    const std::vector<FakePackage*>* m_packages;
+};
+
+// The system's package manager for the library in this program, until the end of the scope: holds these
+// packages in this order. The thread's way into the Windows Runtime and out of it is the real one, and noted
+// in the journal with the rest. One at a time.
+class FakeStore
+{
+public:
+    FakeStore()
+        : m_initialize("RoInitialize", Initialize), m_uninitialize("RoUninitialize", Uninitialize),
+          m_getFactory("RoGetActivationFactory", GetFactory)
+    {
+        s_current = this;
+    }
+    ~FakeStore() { s_current = nullptr; }
+    FakeStore(const FakeStore&) = delete;
+    FakeStore& operator=(const FakeStore&) = delete;
+
+    FakePackage* Add(PackageFacts facts)
+    {
+        m_packages.push_back(objects.Make<FakePackage>(std::move(facts)));
+        return m_packages.back();
+    }
+    FakePackage* Add(const wchar_t* familyName, std::vector<std::wstring> dependencies = {})
+    {
+        PackageFacts facts;
+        facts.familyName = familyName;
+        facts.dependencies = std::move(dependencies);
+        return Add(std::move(facts));
+    }
+
+    FakeObjects objects;
+    // When set, the Windows Runtime is not entered and this is the answer.
+    std::optional<HRESULT> initializeResult;
+
+private:
+    static HRESULT WINAPI Initialize(RO_INIT_TYPE type)
+    {
+        const HRESULT hr =
+            s_current->initializeResult ? *s_current->initializeResult : s_current->m_initialize.Original()(type);
+        char event[64];
+        wsprintfA(event, "RoInitialize(%d) = 0x%08X", static_cast<int>(type), static_cast<unsigned>(hr));
+        s_current->objects.Note(event);
+        return hr;
+    }
+    static void WINAPI Uninitialize()
+    {
+        // Only a package that was found may be held longer.
+        s_current->objects.Note(s_current->objects.IsAnyHeld("package") ? "RoUninitialize too early"
+                                                                        : "RoUninitialize");
+        s_current->m_uninitialize.Original()();
+    }
+    static HRESULT WINAPI GetFactory(HSTRING name, REFIID id, void** factory)
+    {
+        *factory = nullptr;
+        const HRESULT hr = s_current->objects.Enter(nullptr, "RoGetActivationFactory",
+                                                    L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) +
+                                                        L")");
+        if (FAILED(hr)) {
+            return hr;
+        }
+        if (!IsEqualIID(id, __uuidof(IActivationFactory))) {
+            return E_NOINTERFACE;
+        }
+        auto* made = s_current->objects.Make<FakeFactory>(&s_current->m_packages);
+        made->AddRef();
+        *factory = static_cast<IActivationFactory*>(made);
+        return S_OK;
+    }
+
+    static inline FakeStore* s_current = nullptr;
+
+    std::vector<FakePackage*> m_packages;
+    ImportPatch<decltype(&RoInitialize)> m_initialize;
+    ImportPatch<decltype(&RoUninitialize)> m_uninitialize;
+    ImportPatch<decltype(&RoGetActivationFactory)> m_getFactory;
+};
+
+} // namespace test

@@ -1,0 +1,237 @@
+#include "support/host/Commands.h"
+
+#include "support/Text.h"
+#include "support/host/Library.h"
+#include "support/host/LogGate.h"
+#include "support/host/Measures.h"
+
+#include <objbase.h>
+
+#include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using Fields = std::vector<std::string>;
+
+host::Library g_library;
+
+const std::string& Field(const Fields& command, std::size_t index)
+{
+    if (index >= command.size()) {
+        throw std::runtime_error("a field is missing");
+    }
+    return command[index];
+}
+
+DWORD Number(const Fields& command, std::size_t index)
+{
+    return static_cast<DWORD>(std::stoul(Field(command, index)));
+}
+
+bool HasNull(const Fields& command, std::size_t index)
+{
+    return index < command.size() && command[index] == "null";
+}
+
+// A text field as the pointer that the library is given.
+class Text
+{
+public:
+    Text(const Fields& command, std::size_t index)
+    {
+        if (Field(command, index) != "(null)") {
+            m_text = test::FromUtf8(command[index]);
+        }
+    }
+    [[nodiscard]] const wchar_t* Get() const { return m_text ? m_text->c_str() : nullptr; }
+
+private:
+    std::optional<std::wstring> m_text;
+};
+
+std::string Show(HRESULT hr)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(hr));
+    return text;
+}
+
+std::string AskWhetherInstalled(decltype(&QanhIsInstalled) ask, const Fields& command)
+{
+    BOOL isInstalled = 7;
+    const HRESULT hr = ask(Text(command, 1).Get(), HasNull(command, 2) ? nullptr : &isInstalled);
+    return Show(hr) + "\t" + std::to_string(isInstalled);
+}
+
+std::string AskForDisplayName(const Fields& command)
+{
+    wchar_t* name = nullptr;
+    const HRESULT hr =
+        g_library.getDisplayName(Text(command, 1).Get(), HasNull(command, 2) ? nullptr : &name);
+    const std::string text = name ? test::ToUtf8(name) : "(null)";
+    g_library.releaseString(name);
+    return Show(hr) + "\t" + text;
+}
+
+void Release(const Fields& command)
+{
+    const Text text(command, 1);
+    wchar_t* copy = nullptr;
+    if (text.Get()) {
+        const std::size_t size = (std::wcslen(text.Get()) + 1) * sizeof(wchar_t);
+        copy = static_cast<wchar_t*>(LocalAlloc(LPTR, size));
+        std::memcpy(copy, text.Get(), size);
+    }
+    g_library.releaseString(copy);
+}
+
+HRESULT RunCycles(DWORD count)
+{
+    for (DWORD cycle = 0; cycle < count; ++cycle) {
+        const HRESULT hr = g_library.initialize();
+        if (FAILED(hr)) {
+            return hr;
+        }
+        g_library.finalize();
+    }
+    return S_OK;
+}
+
+HRESULT RunSearches(DWORD count, const wchar_t* name)
+{
+    HRESULT hr = S_OK;
+    for (DWORD search = 0; search < count; ++search) {
+        hr = g_library.launchBySearch(name, QANH_SEARCH_LAUNCH, TRUE);
+    }
+    return hr;
+}
+
+} // namespace
+
+namespace host {
+
+std::string Commands::CarryOut(const Fields& command)
+{
+    const std::string& name = Field(command, 0);
+    if (name != "thread" && name != "mta") {
+        return CarryOutHere(command);
+    }
+    std::string answer;
+    std::thread([&] {
+        const bool isMta = name == "mta";
+        if (isMta) {
+            CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        }
+        answer = CarryOutHere(Fields(command.begin() + 1, command.end()));
+        if (isMta) {
+            CoUninitialize();
+        }
+    }).join();
+    return answer;
+}
+
+std::string Commands::CarryOutHere(const Fields& command)
+{
+    std::string answer;
+    try {
+        answer = Manage(command);
+    } catch (const std::exception& error) {
+        return std::string("error\t") + error.what();
+    }
+    if (!answer.empty()) {
+        return answer;
+    }
+    if (!g_library.initialize) {
+        return "error\tthe library is not loaded";
+    }
+    try {
+        return Call(command);
+    } catch (...) {
+        return "exception";
+    }
+}
+
+std::string Commands::Call(const Fields& command)
+{
+    const std::string& name = command[0];
+    if (name == "init") {
+        return Show(g_library.initialize());
+    }
+    if (name == "finalize") {
+        g_library.finalize();
+        return "ok";
+    }
+    if (name == "search") {
+        return Show(g_library.launchBySearch(Text(command, 3).Get(), Number(command, 1),
+                                             static_cast<BOOL>(Number(command, 2))));
+    }
+    if (name == "browser") {
+        return Show(g_library.launchBrowser(Number(command, 1), Number(command, 2),
+                                            static_cast<BOOL>(Number(command, 3))));
+    }
+    if (name == "activate") {
+        return Show(g_library.launchByManager(Text(command, 1).Get(), Text(command, 2).Get()));
+    }
+    if (name == "installed") {
+        return AskWhetherInstalled(g_library.isInstalled, command);
+    }
+    if (name == "installed-by-id") {
+        return AskWhetherInstalled(g_library.isInstalledById, command);
+    }
+    if (name == "display-name") {
+        return AskForDisplayName(command);
+    }
+    if (name == "release") {
+        Release(command);
+        return "ok";
+    }
+    if (name == "cycles") {
+        return Show(RunCycles(Number(command, 1)));
+    }
+    if (name == "searches") {
+        return Show(RunSearches(Number(command, 1), Text(command, 2).Get()));
+    }
+    return "error\tunknown command";
+}
+
+// The commands that need no library; an empty answer: it is none of them.
+std::string Commands::Manage(const Fields& command)
+{
+    const std::string& name = command[0];
+    if (name == "load") {
+        Load(g_library);
+    } else if (name == "unload") {
+        return Unload(g_library) ? "1" : "0";
+    } else if (name == "in-memory") {
+        return IsInMemory() ? "1" : "0";
+    } else if (name == "sleep") {
+        Sleep(Number(command, 1));
+    } else if (name == "handles") {
+        return std::to_string(CountHandles());
+    } else if (name == "threads") {
+        return std::to_string(CountThreads());
+    } else if (name == "heap") {
+        return std::to_string(HeapBytes());
+    } else if (name == "look-up") {
+        for (DWORD count = Number(command, 1); count > 0; --count) {
+            LookUpPackageManagerClass();
+        }
+    } else if (name == "line-up") {
+        LogGate::Install();
+    } else if (name == "open") {
+        LogGate::Open();
+    } else if (name == "exit") {
+        m_exitCode = static_cast<int>(Number(command, 1));
+        m_isOver = true;
+    } else {
+        return {};
+    }
+    return "ok";
+}
+
+} // namespace host

@@ -1,0 +1,59 @@
+#include "support/host/Library.h"
+
+#include <stdexcept>
+
+namespace {
+
+constexpr wchar_t libraryName[] = L"QanHelper.dll";
+
+template <typename Function> void Find(HMODULE module, const char* name, Function& function)
+{
+    function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    if (!function) {
+        throw std::runtime_error(std::string("no export ") + name);
+    }
+}
+
+std::wstring PathBesideThisProgram()
+{
+    wchar_t path[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring folder = path;
+    folder.erase(folder.rfind(L'\\') + 1);
+    return folder + libraryName;
+}
+
+} // namespace
+
+namespace host {
+
+void Load(Library& library)
+{
+    library.module = LoadLibraryW(PathBesideThisProgram().c_str());
+    if (!library.module) {
+        throw std::runtime_error("not loaded, error " + std::to_string(GetLastError()));
+    }
+    Find(library.module, "QanhInitialize", library.initialize);
+    Find(library.module, "QanhFinalize", library.finalize);
+    Find(library.module, "QanhReleaseString", library.releaseString);
+    Find(library.module, "QanhIsInstalled", library.isInstalled);
+    Find(library.module, "QanhIsInstalledByAppUserModeID", library.isInstalledById);
+    Find(library.module, "QanhGetAppDisplayNameByPFN", library.getDisplayName);
+    Find(library.module, "QanhLaunchBySearch", library.launchBySearch);
+    Find(library.module, "QanhLaunchIEBySearch", library.launchBrowser);
+    Find(library.module, "QanhLaunchByManager", library.launchByManager);
+}
+
+bool Unload(Library& library)
+{
+    const bool freed = FreeLibrary(library.module) != FALSE;
+    library.module = nullptr;
+    return freed;
+}
+
+bool IsInMemory()
+{
+    return GetModuleHandleW(libraryName) != nullptr;
+}
+
+} // namespace host

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+
+// What this process holds at the moment, to see what a call leaves behind.
+namespace host {
+
+[[nodiscard]] std::size_t CountHandles();
+[[nodiscard]] std::size_t CountThreads();
+
+// Bytes of all blocks in use of the process's heap and of the C runtime's.
+[[nodiscard]] std::size_t HeapBytes();
+
+// Asks the platform for the package manager's class and lets it go: what the platform itself keeps of that is
+// no leak of the library's.
+void LookUpPackageManagerClass();
+
+} // namespace host

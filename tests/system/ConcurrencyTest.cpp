@@ -1,0 +1,81 @@
+// Launches while the refresh thread works on the catalogue.
+#include "system/LaunchTest.h"
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+using standin::SetSetting;
+using standin::Setting;
+
+class LaunchDuringRefresh : public test::LaunchTest
+{
+protected:
+    void SetUp() override
+    {
+        sandbox.Settings().SetDword(L"RefreshInterval", 0); // one pass after the other
+        for (int index = 0; index < 12; ++index) {
+            sandbox.AddCommonShortcut(std::to_wstring(index) + L"\\mail " + std::to_wstring(index) + L".lnk");
+            wanted += (index == 0 ? "\"mail " : " OR \"mail ") + std::to_string(Order(index)) + "\"";
+        }
+        wanted = "\"mail\" NOT(" + wanted + ")";
+    }
+
+    // The folders are found in the order of their names: 0, 1, 10, 11, 2, ...
+    static int Order(int index)
+    {
+        constexpr int order[] = {0, 1, 10, 11, 2, 3, 4, 5, 6, 7, 8, 9};
+        return order[index];
+    }
+
+    std::string wanted; // the query
+};
+
+TEST_F(LaunchDuringRefresh, TheQueryIsAlwaysTheSame)
+{
+    SetSetting(Setting::FailLauncherQuery, static_cast<DWORD>(E_FAIL)); // ends each launch behind its query
+    host = std::make_unique<test::HostProcess>(sandbox);
+    host->Do("line-up");
+    ASSERT_EQ(host->Command("init"), "0x00000000");
+    host->Do("open");
+    test::WaitForFirstPass();
+    const std::size_t offset = sandbox.LogLength();
+    // As long as it takes to meet several passes.
+    std::vector<std::string> log;
+    int searches = 0;
+    const bool met = test::WaitUntil(
+        [&] {
+            EXPECT_EQ(host->Command("searches\t25\tmail"), "0x80004005");
+            searches += 25;
+            log = sandbox.Log(offset);
+            return std::count(log.begin(), log.end(),
+                              "CQanhPackageManager::RefreshThread Refresh app name list!") > 4;
+        },
+        20000);
+    EXPECT_TRUE(met) << "nothing was refreshed meanwhile";
+    constexpr std::string_view begin = "QanhLaunchBySearch szKeyword = ";
+    std::set<std::string> queries;
+    int count = 0;
+    for (const std::string& line : log) {
+        if (line.starts_with(begin)) {
+            queries.insert(line.substr(begin.size()));
+            ++count;
+        }
+    }
+    EXPECT_EQ(count, searches);
+    EXPECT_EQ(queries, std::set<std::string>{wanted + " "});
+}
+
+TEST_F(LaunchDuringRefresh, TheApplicationIsStarted)
+{
+    sandbox.Settings().DeleteValue(L"DebugLog");
+    Start({L"mail.lnk"});
+    EXPECT_EQ(host->Search("mail", 0, true), "0x00000000");
+    EXPECT_EQ(desktop->Started(), "mail");
+    EXPECT_EQ(desktop->Count("query\t" + wanted), 1u);
+    host->Do("finalize");
+    EXPECT_EQ(host->Exit(), 0u);
+}
+
+} // namespace

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace test {
+
+// Compares a log, line by line and in order, with what it must be. The golden text begins with a line end;
+// blanks in front of its lines do not count. In a line,
+//
+//   <any>    stands for anything
+//   <end>    stands for nothing: behind a blank at the end of a line, which could not be seen otherwise
+[[nodiscard]] testing::AssertionResult IsGolden(const std::vector<std::string>& log, std::string_view golden);
+
+// The lines of a golden text, blanks and <end> taken away.
+[[nodiscard]] std::vector<std::string> GoldenLines(std::string_view golden);
+
+// Takes a block of lines out where it stands again behind itself: a poll whose number of rounds depends on
+// how fast the desktop is.
+void CollapseRepeats(std::vector<std::string>& log, std::string_view block);
+
+} // namespace test

@@ -1,0 +1,68 @@
+#include "system/ImageFile.h"
+
+#include "support/Text.h"
+
+#include <cctype>
+#include <stdexcept>
+
+namespace test {
+
+ImageFile::ImageFile(const std::wstring& path) : m_bytes(ReadFileBytes(path)) {}
+
+const IMAGE_NT_HEADERS64& ImageFile::Headers() const
+{
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(m_bytes.data());
+    return *reinterpret_cast<const IMAGE_NT_HEADERS64*>(m_bytes.data() + dos->e_lfanew);
+}
+
+const IMAGE_DATA_DIRECTORY& ImageFile::Directory(int index) const
+{
+    return Headers().OptionalHeader.DataDirectory[index];
+}
+
+// What stands at an address of the loaded image.
+template <typename Type> const Type* ImageFile::At(DWORD address) const
+{
+    const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(&Headers());
+    for (WORD index = 0; index < Headers().FileHeader.NumberOfSections; ++index, ++section) {
+        if (address >= section->VirtualAddress &&
+            address < section->VirtualAddress + section->SizeOfRawData) {
+            return reinterpret_cast<const Type*>(m_bytes.data() + section->PointerToRawData +
+                                                 (address - section->VirtualAddress));
+        }
+    }
+    throw std::runtime_error("an address outside of the image's sections");
+}
+
+std::vector<std::string> ImageFile::ExportNames() const
+{
+    const auto* table = At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
+    const auto* names = At<DWORD>(table->AddressOfNames);
+    std::vector<std::string> result;
+    for (DWORD index = 0; index < table->NumberOfNames; ++index) {
+        result.emplace_back(At<char>(names[index]));
+    }
+    return result;
+}
+
+DWORD ImageFile::ExportCount() const
+{
+    return At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress)
+        ->NumberOfFunctions;
+}
+
+std::vector<std::string> ImageFile::ImportedLibraries() const
+{
+    std::vector<std::string> result;
+    const auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+    for (; library->Name != 0; ++library) {
+        std::string name = At<char>(library->Name);
+        for (char& character : name) {
+            character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+        }
+        result.push_back(std::move(name));
+    }
+    return result;
+}
+
+} // namespace test

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+// A 64-bit DLL or program as it stands in its file: what it offers, what it needs and how it may be loaded.
+// Throws std::runtime_error when the file cannot be read.
+class ImageFile
+{
+public:
+    explicit ImageFile(const std::wstring& path);
+
+    // The names in the export table, in its order.
+    [[nodiscard]] std::vector<std::string> ExportNames() const;
+    // All entries of the export table, those without a name included.
+    [[nodiscard]] DWORD ExportCount() const;
+    // The DLLs that the import table names, in lower case.
+    [[nodiscard]] std::vector<std::string> ImportedLibraries() const;
+    // The IMAGE_DLLCHARACTERISTICS_ flags.
+    [[nodiscard]] WORD Characteristics() const { return Headers().OptionalHeader.DllCharacteristics; }
+    // Whether the image holds what it takes to be moved in memory.
+    [[nodiscard]] bool HasRelocations() const { return Directory(IMAGE_DIRECTORY_ENTRY_BASERELOC).Size > 0; }
+    [[nodiscard]] bool HasDelayedImports() const
+    {
+        return Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT).Size > 0;
+    }
+
+private:
+    [[nodiscard]] const IMAGE_NT_HEADERS64& Headers() const;
+    [[nodiscard]] const IMAGE_DATA_DIRECTORY& Directory(int index) const;
+    template <typename Type> [[nodiscard]] const Type* At(DWORD address) const;
+
+    std::string m_bytes;
+};
+
+} // namespace test

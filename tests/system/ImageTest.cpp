@@ -1,0 +1,109 @@
+// The built library as a file: what a launcher's installer and the loader see.
+#include "support/Text.h"
+#include "system/ImageFile.h"
+#include "system/Sandbox.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <vector>
+
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+
+std::wstring LibraryPath()
+{
+    return test::BuildFolder() + L"\\QanHelper.dll";
+}
+
+TEST(Image, ExportsExactlyTheNineUndecoratedNames)
+{
+    const test::ImageFile image(LibraryPath());
+    EXPECT_THAT(image.ExportNames(),
+                ElementsAre("QanhFinalize", "QanhGetAppDisplayNameByPFN", "QanhInitialize", "QanhIsInstalled",
+                            "QanhIsInstalledByAppUserModeID", "QanhLaunchByManager", "QanhLaunchBySearch",
+                            "QanhLaunchIEBySearch", "QanhReleaseString"));
+    EXPECT_EQ(image.ExportCount(), 9u); // none by number only
+}
+
+TEST(Image, ImportsOnlyWhatWindows8Has)
+{
+    const test::ImageFile image(LibraryPath());
+    const auto isInWindows8 = testing::AnyOf(
+        "kernel32.dll", "msvcrt.dll", "advapi32.dll", "user32.dll", "shell32.dll", "shlwapi.dll", "ole32.dll",
+        "oleaut32.dll", "combase.dll", "xmllite.dll", "api-ms-win-core-winrt-l1-1-0.dll",
+        "api-ms-win-core-winrt-string-l1-1-0.dll", "api-ms-win-core-winrt-error-l1-1-0.dll");
+    EXPECT_THAT(image.ImportedLibraries(), Each(isInWindows8));
+    EXPECT_FALSE(image.HasDelayedImports());
+}
+
+TEST(Image, MayBePlacedAnywhereInMemoryAndRunsNoData)
+{
+    const test::ImageFile image(LibraryPath());
+    EXPECT_TRUE(image.Characteristics() & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
+    EXPECT_TRUE(image.Characteristics() & IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA);
+    EXPECT_TRUE(image.Characteristics() & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
+    EXPECT_TRUE(image.HasRelocations());
+}
+
+class VersionResource : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        DWORD ignored = 0;
+        const DWORD size = GetFileVersionInfoSizeW(LibraryPath().c_str(), &ignored);
+        ASSERT_GT(size, 0u);
+        m_data.resize(size);
+        ASSERT_TRUE(GetFileVersionInfoW(LibraryPath().c_str(), 0, size, m_data.data()));
+    }
+
+    std::wstring Text(const std::wstring& name) const
+    {
+        void* text = nullptr;
+        UINT length = 0;
+        const std::wstring path = L"\\StringFileInfo\\040904B0\\" + name;
+        return VerQueryValueW(m_data.data(), path.c_str(), &text, &length) ? static_cast<const wchar_t*>(text)
+                                                                           : L"(none)";
+    }
+
+    std::vector<BYTE> m_data;
+};
+
+TEST_F(VersionResource, HoldsTheVersionAsNumbers)
+{
+    void* block = nullptr;
+    UINT length = 0;
+    ASSERT_TRUE(VerQueryValueW(m_data.data(), L"\\", &block, &length));
+    const auto* version = static_cast<const VS_FIXEDFILEINFO*>(block);
+    EXPECT_EQ(version->dwFileVersionMS, static_cast<DWORD>(MAKELONG(0, 1)));
+    EXPECT_EQ(version->dwFileVersionLS, 0u);
+    EXPECT_EQ(version->dwProductVersionMS, static_cast<DWORD>(MAKELONG(0, 1)));
+    EXPECT_EQ(version->dwFileType, static_cast<DWORD>(VFT_DLL));
+}
+
+TEST_F(VersionResource, HoldsTheNamesAndTheVersionAsText)
+{
+    EXPECT_EQ(Text(L"FileVersion"), L"1.0.0");
+    EXPECT_EQ(Text(L"ProductVersion"), L"1.0.0");
+    EXPECT_EQ(Text(L"ProductName"), L"QanHelper");
+    EXPECT_EQ(Text(L"InternalName"), L"QanHelper");
+    EXPECT_EQ(Text(L"OriginalFilename"), L"QanHelper.dll");
+}
+
+TEST(Image, LinksWithItsImportLibraryInCAndInCpp)
+{
+    test::Sandbox sandbox;
+    const test::StartedProcess linked = sandbox.Start(test::BuildFolder() + L"\\LinkedHost.exe");
+    ASSERT_EQ(WaitForSingleObject(linked.process, 15000), WAIT_OBJECT_0);
+    DWORD failures = STILL_ACTIVE;
+    GetExitCodeProcess(linked.process, &failures);
+    EXPECT_EQ(failures, 0u);
+    CloseHandle(linked.process);
+}
+
+} // namespace

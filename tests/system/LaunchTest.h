@@ -1,0 +1,39 @@
+#pragma once
+
+#include "system/ClipboardAccess.h"
+#include "system/DesktopProcess.h"
+#include "system/HostProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace test {
+
+// A desktop with applications and a host that knows them: the first refresh pass is over. After each test the
+// keyboard and the clipboard must be as a launch leaves them.
+class LaunchTest : public testing::Test
+{
+protected:
+    // To be called first; switches of the desktop may be set before or after.
+    void Start(const std::vector<std::wstring>& applications)
+    {
+        for (const std::wstring& application : applications) {
+            sandbox.AddApplication(application);
+        }
+        desktop = std::make_unique<DesktopProcess>(sandbox);
+        host = std::make_unique<HostProcess>(sandbox);
+        ASSERT_EQ(host->Command("init"), "0x00000000");
+        WaitForFirstPass();
+    }
+
+    void TearDown() override { EXPECT_FALSE(IsShiftDown()) << "Shift was left pressed"; }
+
+    static bool IsShiftDown() { return (GetAsyncKeyState(VK_SHIFT) & 0x8000) != 0; }
+
+    Sandbox sandbox;
+    std::unique_ptr<DesktopProcess> desktop;
+    std::unique_ptr<HostProcess> host;
+};
+
+} // namespace test

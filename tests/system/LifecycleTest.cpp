@@ -1,0 +1,267 @@
+// Bringing the library up and down, loading and unloading it, at every moment and in several processes.
+#include "support/Text.h"
+#include "system/HostProcess.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char ok[] = "0x00000000";
+
+class Lifecycle : public testing::Test
+{
+protected:
+    void SetUp() override { m_sandbox.Settings().DeleteValue(L"DebugLog"); }
+
+    // So many that a pass takes its time: each line of the log is another opening of the file.
+    void MakePassesLong()
+    {
+        m_sandbox.Settings().SetDword(L"DebugLog", 1);
+        for (int index = 0; index < 40; ++index) {
+            m_sandbox.AddCommonShortcut(std::to_wstring(index) + L"\\App.lnk");
+        }
+        m_sandbox.AddUserShortcut(L"Last.lnk");
+    }
+
+    bool HasCatalogue(const std::string& text) const
+    {
+        return test::Exists(m_sandbox.CatalogFile()) &&
+               test::ReadFileBytes(m_sandbox.CatalogFile()).find(text) != std::string::npos;
+    }
+
+    test::Sandbox m_sandbox;
+};
+
+TEST_F(Lifecycle, IsUpFromTheFirstInitializeToTheLastFinalize)
+{
+    test::HostProcess host(m_sandbox);
+    const std::size_t threads = host.Measure("threads");
+    EXPECT_EQ(host.Command("init"), ok);
+    EXPECT_EQ(host.Command("init"), ok);
+    EXPECT_EQ(host.Measure("threads"), threads + 1) << "the refresh thread";
+    host.Do("finalize");
+    EXPECT_TRUE(host.HasExitEvent());
+    EXPECT_EQ(host.Measure("threads"), threads + 1);
+    host.Do("finalize");
+    EXPECT_FALSE(host.HasExitEvent());
+    EXPECT_EQ(host.Measure("threads"), threads);
+    EXPECT_EQ(host.Command("init"), ok) << "and up again";
+    EXPECT_TRUE(host.HasExitEvent());
+}
+
+TEST_F(Lifecycle, FinalizeInTheFirstSecondWaitsForTheFirstPass)
+{
+    m_sandbox.AddCommonShortcut(L"A.lnk");
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    EXPECT_TRUE(test::IsFirstPassRunning());
+    const ULONGLONG start = GetTickCount64();
+    host.Do("finalize");
+    EXPECT_GE(GetTickCount64() - start, 700u);
+    EXPECT_FALSE(test::IsFirstPassRunning());
+    EXPECT_FALSE(host.HasExitEvent());
+    EXPECT_TRUE(HasCatalogue("A.lnk"));
+}
+
+TEST_F(Lifecycle, FinalizeDuringTheFirstPassLetsItEnd)
+{
+    MakePassesLong();
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread Refresh app name list!");
+    EXPECT_TRUE(test::IsFirstPassRunning());
+    host.Do("finalize");
+    EXPECT_FALSE(host.HasExitEvent());
+    EXPECT_TRUE(HasCatalogue("Last.lnk")) << "the pass was complete";
+}
+
+TEST_F(Lifecycle, FinalizeDuringALaterPassStopsItSoon)
+{
+    MakePassesLong();
+    m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    test::WaitForFirstPass();
+    m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread Refresh app name list!",
+                             m_sandbox.LogLength());
+    host.Do("finalize");
+    EXPECT_FALSE(host.HasExitEvent());
+    EXPECT_TRUE(HasCatalogue("Last.lnk"));
+    EXPECT_EQ(host.Exit(), 0u);
+}
+
+TEST_F(Lifecycle, FinalizeAfterThePassIsQuick)
+{
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    test::WaitForFirstPass();
+    const ULONGLONG start = GetTickCount64();
+    host.Do("finalize");
+    EXPECT_LT(GetTickCount64() - start, 500u);
+}
+
+TEST_F(Lifecycle, ProcessMayEndWithoutFinalizeAtAnyMoment)
+{
+    MakePassesLong();
+    {
+        test::HostProcess host(m_sandbox); // while the thread waits for its first pass
+        host.Command("init");
+        EXPECT_EQ(host.Exit(3), 3u);
+    }
+    {
+        test::HostProcess host(m_sandbox); // in the first pass
+        host.Command("init");
+        m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread Refresh app name list!");
+        EXPECT_EQ(host.Exit(), 0u);
+    }
+    EXPECT_FALSE(test::IsFirstPassRunning()) << "the mutex went with the process";
+    {
+        test::HostProcess host(m_sandbox); // between two passes
+        host.Command("init");
+        test::WaitForFirstPass();
+        EXPECT_EQ(host.Exit(), 0u);
+    }
+}
+
+TEST_F(Lifecycle, UnloadedWithoutFinalizeItStaysInMemoryUntilTheThreadEnds)
+{
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    EXPECT_EQ(host.Command("unload"), "1");
+    EXPECT_EQ(host.Command("in-memory"), "1");
+    test::WaitForFirstPass(); // the thread still runs its pass
+    EXPECT_EQ(host.Command("in-memory"), "1");
+    EXPECT_TRUE(host.HasExitEvent());
+    host.Do("load");
+    host.Do("finalize");
+    EXPECT_FALSE(host.HasExitEvent());
+    EXPECT_EQ(host.Command("unload"), "1");
+    EXPECT_EQ(host.Command("in-memory"), "0");
+    EXPECT_EQ(host.Exit(), 0u);
+}
+
+TEST_F(Lifecycle, UnloadedWithoutFinalizeTheProcessEndsWell)
+{
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    EXPECT_EQ(host.Command("unload"), "1");
+    EXPECT_EQ(host.Exit(), 0u);
+}
+
+TEST_F(Lifecycle, UnloadedAfterFinalizeItIsGone)
+{
+    test::HostProcess host(m_sandbox);
+    EXPECT_EQ(host.Command("unload"), "1");
+    EXPECT_EQ(host.Command("in-memory"), "0") << "never used";
+    for (int round = 0; round < 2; ++round) {
+        host.Do("load");
+        EXPECT_EQ(host.Command("init"), ok);
+        host.Do("finalize");
+        EXPECT_EQ(host.Command("unload"), "1");
+        EXPECT_EQ(host.Command("in-memory"), "0");
+    }
+    EXPECT_EQ(host.Exit(), 0u);
+}
+
+TEST_F(Lifecycle, CyclesInTheFirstProcessLeaveNothingBehind)
+{
+    test::HostProcess host(m_sandbox);
+    EXPECT_EQ(host.Command("cycles\t2"), ok); // what the platform keeps for good comes with the first ones
+    const std::size_t before = host.Measure("handles");
+    host.Do("look-up\t5");
+    const std::size_t handles = host.Measure("handles");
+    const std::size_t threads = host.Measure("threads");
+    const std::size_t heap = host.Measure("heap");
+    EXPECT_EQ(host.Command("cycles\t5", 30000), ok);
+    // Each cycle's pass looks the package manager's class up, for which Wine keeps a handle each time.
+    EXPECT_EQ(host.Measure("handles"), handles + (handles - before));
+    EXPECT_EQ(host.Measure("threads"), threads);
+    EXPECT_LT(host.Measure("heap"), heap + 2000);
+}
+
+TEST_F(Lifecycle, CyclesInAnotherProcessLeaveNothingBehind)
+{
+    test::WriteFileBytes(m_sandbox.PresetFile(), test::emptyCatalog);
+    test::HostProcess owner(m_sandbox);
+    test::HostProcess host(m_sandbox);
+    // The owner's first pass does not come past its first line, so that the other one never becomes the owner
+    // itself.
+    m_sandbox.Settings().SetDword(L"DebugLog", 1);
+    owner.Do("line-up");
+    owner.Command("init");
+    m_sandbox.Settings().DeleteValue(L"DebugLog");
+    EXPECT_EQ(host.Command("init"), "0x00000001");
+    host.Do("finalize");
+    EXPECT_EQ(host.Command("cycles\t20"), ok);
+    const std::size_t handles = host.Measure("handles");
+    const std::size_t threads = host.Measure("threads");
+    const std::size_t heap = host.Measure("heap");
+    EXPECT_EQ(host.Command("cycles\t300"), ok);
+    EXPECT_EQ(host.Measure("handles"), handles);
+    EXPECT_EQ(host.Measure("threads"), threads);
+    EXPECT_LT(host.Measure("heap"), heap + 2000);
+}
+
+TEST_F(Lifecycle, SecondProcessOfTheExecutableStartsNoThreadDuringTheFirstPass)
+{
+    test::WriteFileBytes(m_sandbox.PresetFile(), test::emptyCatalog);
+    test::HostProcess first(m_sandbox);
+    test::HostProcess second(m_sandbox);
+    EXPECT_EQ(first.Command("init"), ok);
+    const std::size_t threads = second.Measure("threads");
+    EXPECT_EQ(second.Command("init"), "0x00000001");
+    EXPECT_EQ(second.Measure("threads"), threads);
+    EXPECT_FALSE(second.HasExitEvent());
+    EXPECT_TRUE(first.HasExitEvent());
+    const ULONGLONG start = GetTickCount64();
+    second.Do("finalize"); // it has nothing to wait for
+    EXPECT_LT(GetTickCount64() - start, 300u);
+    EXPECT_TRUE(test::IsFirstPassRunning()) << "the mutex is the first process's";
+}
+
+TEST_F(Lifecycle, ProcessThatStartsAfterTheFirstPassRefreshesForItself)
+{
+    m_sandbox.AddCommonShortcut(L"A.lnk");
+    test::HostProcess first(m_sandbox);
+    EXPECT_EQ(first.Command("init"), ok);
+    test::WaitForFirstPass();
+    test::HostProcess second(m_sandbox);
+    EXPECT_EQ(second.Command("init"), ok);
+    EXPECT_TRUE(second.HasExitEvent()) << "the mutex marks no more than a first pass that runs";
+    test::WaitForFirstPass();
+    first.Do("finalize");
+    EXPECT_TRUE(second.HasExitEvent()) << "the events are the processes' own";
+}
+
+TEST_F(Lifecycle, ExecutablesOfOtherNamesShareNothing)
+{
+    m_sandbox.AddCommonShortcut(L"A.lnk");
+    test::HostProcess one(m_sandbox, L"One.exe");
+    test::HostProcess two(m_sandbox, L"Two.exe");
+    EXPECT_EQ(one.Command("init"), ok);
+    EXPECT_EQ(two.Command("init"), ok);
+    EXPECT_TRUE(one.HasExitEvent());
+    EXPECT_TRUE(two.HasExitEvent());
+    test::WaitForFirstPass(L"One");
+    test::WaitForFirstPass(L"Two");
+    EXPECT_TRUE(test::Exists(m_sandbox.CatalogFile(L"One")));
+    EXPECT_TRUE(test::Exists(m_sandbox.CatalogFile(L"Two")));
+}
+
+TEST_F(Lifecycle, NamesAreMadeOfTheExecutablesNameUpToItsFirstDot)
+{
+    m_sandbox.Settings().SetDword(L"DebugLog", 1);
+    test::HostProcess host(m_sandbox, L"a.b.exe");
+    EXPECT_EQ(host.Command("init"), ok);
+    EXPECT_TRUE(test::IsFirstPassRunning(L"a")) << "the mutex is QanHelper_a";
+    test::WaitForFirstPass(L"a");
+    EXPECT_TRUE(test::Exists(m_sandbox.Local() + L"\\Vel\\QanHelper\\a\\AppNameList.xml"));
+    EXPECT_TRUE(test::Exists(m_sandbox.Local() + L"\\Vel\\QanHelper\\a\\QanHelperLog.txt"));
+    EXPECT_FALSE(test::Exists(m_sandbox.Local() + L"\\Vel\\QanHelper\\a.b"));
+
+    test::HostProcess other(m_sandbox, L"a.c.exe");
+    EXPECT_EQ(other.Command("init"), ok);
+    EXPECT_TRUE(test::IsFirstPassRunning(L"a")) << "another executable, the same names";
+}
+
+} // namespace

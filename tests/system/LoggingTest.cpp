@@ -1,0 +1,128 @@
+// Where the log is, and when nothing is written.
+#include "support/Text.h"
+#include "system/FirstPassOfAnother.h"
+#include "system/HostProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+namespace {
+
+class Logging : public testing::Test
+{
+protected:
+    // A little of everything.
+    void Work(test::HostProcess& host) const
+    {
+        EXPECT_EQ(host.Command("init"), "0x00000000");
+        host.Command("installed\tfamily");
+        host.Command("search\t3\t0\tMail");
+        host.Command("release\t(null)");
+        host.Do("finalize");
+    }
+
+    test::Sandbox m_sandbox;
+};
+
+TEST_F(Logging, SwitchedOffNoFileIsMade)
+{
+    m_sandbox.Settings().SetDword(L"DebugLog", 0);
+    test::HostProcess host(m_sandbox);
+    Work(host);
+    EXPECT_TRUE(test::Exists(m_sandbox.CatalogFile()));
+    EXPECT_FALSE(test::Exists(m_sandbox.LogFile()));
+    EXPECT_FALSE(test::Exists(m_sandbox.Folder() + L"\\QanHelperLog.txt"));
+}
+
+TEST_F(Logging, WithoutTheSettingAnOldFileIsNotTouched)
+{
+    m_sandbox.Settings().Delete();
+    test::MakeFolder(m_sandbox.CatalogFolder());
+    test::WriteFileBytes(m_sandbox.LogFile(), "old");
+    WIN32_FILE_ATTRIBUTE_DATA before = {};
+    GetFileAttributesExW(m_sandbox.LogFile().c_str(), GetFileExInfoStandard, &before);
+    test::HostProcess host(m_sandbox);
+    Work(host);
+    WIN32_FILE_ATTRIBUTE_DATA after = {};
+    GetFileAttributesExW(m_sandbox.LogFile().c_str(), GetFileExInfoStandard, &after);
+    EXPECT_EQ(CompareFileTime(&before.ftLastWriteTime, &after.ftLastWriteTime), 0);
+    EXPECT_EQ(test::ReadFileBytes(m_sandbox.LogFile()), "old");
+}
+
+TEST_F(Logging, SettingOfAnotherTypeCountsAsOff)
+{
+    m_sandbox.Settings().SetText(L"DebugLog", L"1");
+    test::HostProcess host(m_sandbox);
+    Work(host);
+    EXPECT_FALSE(test::Exists(m_sandbox.LogFile()));
+}
+
+TEST_F(Logging, SettingTakesEffectAtTheNextInitialize)
+{
+    m_sandbox.Settings().SetDword(L"DebugLog", 0);
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    test::WaitForFirstPass();
+    m_sandbox.Settings().SetDword(L"DebugLog", 2); // anything but 0
+    host.Command("release\t(null)");
+    EXPECT_FALSE(test::Exists(m_sandbox.LogFile()));
+    host.Command("init");
+    EXPECT_EQ(m_sandbox.Log(),
+              (std::vector<std::string>{"QanhInitialize IN", "QanhInitialize OUT(0) : s_nCount(2)"}));
+    m_sandbox.Settings().SetDword(L"DebugLog", 0);
+    host.Command("release\t(null)");
+    host.Command("init");
+    host.Command("release\t(null)");
+    EXPECT_EQ(m_sandbox.Log(),
+              (std::vector<std::string>{"QanhInitialize IN", "QanhInitialize OUT(0) : s_nCount(2)",
+                                        "QanhReleaseString IN", "QanhReleaseString OUT",
+                                        "CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
+                                        "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(0)"}));
+}
+
+TEST_F(Logging, EveryLineBeginsWithItsTime)
+{
+    test::HostProcess host(m_sandbox);
+    host.Do("line-up");
+    host.Command("init");
+    host.Do("open");
+    m_sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    host.Do("finalize");
+    const std::string log = test::ReadFileBytes(m_sandbox.LogFile());
+    ASSERT_TRUE(log.ends_with("\r\n"));
+    const std::regex line(R"(\[\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3}\][^\[].*)");
+    for (const std::string& text : test::Split(log.substr(0, log.size() - 2), "\r\n")) {
+        EXPECT_TRUE(std::regex_match(text, line)) << text;
+    }
+}
+
+TEST_F(Logging, WithoutAPlaceForItItGoesToTheCurrentFolder)
+{
+    m_sandbox.SetVariable(L"LOCALAPPDATA", std::nullopt);
+    test::WriteFileBytes(m_sandbox.PresetFile(), "<Applications/>");
+    // Not the first process, so that nothing is saved anywhere.
+    const test::FirstPassOfAnother owner;
+    test::HostProcess host(m_sandbox);
+    EXPECT_EQ(host.Command("init"), "0x00000001");
+    host.Do("finalize");
+    const std::string log = test::ReadFileBytes(m_sandbox.Folder() + L"\\QanHelperLog.txt");
+    EXPECT_NE(log.find("]QanhInitialize IN\r\n"), std::string::npos);
+    EXPECT_NE(log.find("]CQanhPackageManager::CreateAppNameListFolder OUT(0)\r\n"), std::string::npos);
+    EXPECT_FALSE(test::Exists(m_sandbox.Local() + L"\\Vel"));
+}
+
+TEST_F(Logging, NamesThatTheCodePageLacksDoNotSwallowTheLine)
+{
+    test::HostProcess host(m_sandbox);
+    host.Command("init");
+    test::WaitForFirstPass();
+    const std::size_t offset = m_sandbox.LogLength();
+    host.Command("search\t3\t0\tメール");
+    const std::vector<std::string> log = m_sandbox.Log(offset);
+    ASSERT_EQ(log.size(), 2u);
+    EXPECT_TRUE(log[0].starts_with("QanhLaunchBySearch(") && log[0].ends_with(", 3, 0) IN")) << log[0];
+    EXPECT_EQ(log[1], "QanhLaunchBySearch OUT(0x80070057)");
+}
+
+} // namespace

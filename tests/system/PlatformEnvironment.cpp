@@ -1,0 +1,26 @@
+// What all system tests need of the machine: the stand-in's classes, registered once for each run of this
+// program.
+#include "system/Sandbox.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class PlatformEnvironment : public testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        const HMODULE platform = LoadLibraryW((test::BuildFolder() + L"\\StandInPlatform.dll").c_str());
+        ASSERT_NE(platform, nullptr) << "StandInPlatform.dll does not load";
+        const auto registerServer = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
+            reinterpret_cast<void*>(GetProcAddress(platform, "DllRegisterServer")));
+        ASSERT_NE(registerServer, nullptr);
+        ASSERT_EQ(registerServer(), S_OK);
+        FreeLibrary(platform);
+    }
+};
+
+[[maybe_unused]] const auto* const g_environment = testing::AddGlobalTestEnvironment(new PlatformEnvironment);
+
+} // namespace

@@ -1,0 +1,289 @@
+// The log of refresh passes over small Start menus, and what the catalogue file holds after them.
+#include "support/Text.h"
+#include "system/Golden.h"
+#include "system/HostProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using test::IsGolden;
+
+constexpr char passBegin[] = "CQanhPackageManager::RefreshThread Refresh app name list!";
+
+class RefreshLog : public testing::Test
+{
+protected:
+    // Waits until the pass of a number, counted from 1, has begun.
+    void WaitForPass(std::size_t number) const
+    {
+        const bool begun = test::WaitUntil([&] { return CountPasses() >= number; }, 15000);
+        if (!begun) {
+            throw std::runtime_error("pass " + std::to_string(number) + " does not come");
+        }
+    }
+
+    std::size_t CountPasses() const
+    {
+        const std::vector<std::string> log = m_sandbox.Log();
+        return static_cast<std::size_t>(std::count(log.begin(), log.end(), passBegin));
+    }
+
+    // The lines of one pass.
+    static std::vector<std::string> Pass(const std::vector<std::string>& log, std::size_t number)
+    {
+        auto begin = log.begin();
+        for (; number > 0; --number) {
+            begin = std::find(begin, log.end(), passBegin) + 1;
+        }
+        return std::vector<std::string>(begin, std::find(begin, log.end(), passBegin));
+    }
+
+    test::Sandbox m_sandbox;
+    test::HostProcess m_host{m_sandbox};
+};
+
+TEST_F(RefreshLog, SmallTreeIsWalkedFolderByFolder)
+{
+    m_sandbox.AddCommonShortcut(L"B.url");
+    m_sandbox.AddCommonShortcut(L"A.lnk");
+    m_sandbox.AddCommonShortcut(L"Read me.txt");
+    m_sandbox.AddCommonShortcut(L"Sub\\C.lnk");
+    m_sandbox.AddUserShortcut(L"D.lnk");
+    m_host.Command("init");
+    m_sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    EXPECT_TRUE(IsGolden(Pass(m_sandbox.Log(), 1), R"(
+        CQanhPackageManager::RefreshMetroApps IN
+        CQanhPackageManager::GetPackageManager IN
+        CQanhPackageManager::GetPackageManager OUT(0x00000000)
+        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
+        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhAppNameList::AddDesktopApp(A, <allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
+        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
+        CQanhAppNameList::IsInDesktopAppList OUT(0)
+        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
+        CQanhPackageManager::AddLinkFileToList OUT
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhAppNameList::AddDesktopApp(B, <allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
+        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhAppNameList::IsInDesktopAppList OUT(0)
+        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
+        CQanhPackageManager::AddLinkFileToList OUT
+        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub) IN
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub) IN
+        CQanhAppNameList::AddDesktopApp(C, <allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk) IN
+        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk) IN
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhAppNameList::IsInDesktopAppList OUT(0)
+        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
+        CQanhPackageManager::AddLinkFileToList OUT
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub) IN
+        <allusers>\Microsoft\Windows\Start Menu\Programs\Sub\*.url Errcode = 2 <end>
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhAppNameList::AddDesktopApp(D, <roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk) IN
+        CQanhAppNameList::IsInDesktopAppList(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk) IN
+        CQanhDesktopApp::IsSameShortcut IN(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhDesktopApp::IsSameShortcut IN(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhDesktopApp::IsSameShortcut IN(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhAppNameList::IsInDesktopAppList OUT(0)
+        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
+        CQanhPackageManager::AddLinkFileToList OUT
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhAppNameList::Save OUT(0x00000000)
+    )"));
+}
+
+TEST_F(RefreshLog, MissingUserFolderFailsAloneAndThePassGoesOn)
+{
+    m_sandbox.AddCommonShortcut(L"A.lnk");
+    m_host.Command("init");
+    m_sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    const std::vector<std::string> pass = Pass(m_sandbox.Log(), 1);
+    const auto user =
+        std::find(pass.begin(), pass.end(),
+                  "CQanhPackageManager::RefreshDesktopApps(<roaming>\\Microsoft\\Windows\\Start "
+                  "Menu\\Programs) IN");
+    EXPECT_TRUE(IsGolden(std::vector<std::string>(user, pass.end()), R"(
+        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        <roaming>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 3 <end>
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 3 <end>
+        Errcode = 3 <end>
+        CQanhPackageManager::RefreshThread pPyxPackageManager->RefreshDesktopApps(C) failed. ErrCode = 0x80004005 <end>
+        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhAppNameList::Save OUT(0x00000000)
+    )"));
+}
+
+TEST_F(RefreshLog, ShortcutThatDisappearsKeepsItsRecordButLeavesTheFile)
+{
+    m_sandbox.Settings().SetDword(L"RefreshInterval", 0); // passes follow each other without a pause
+    m_sandbox.AddCommonShortcut(L"A.lnk");
+    m_sandbox.AddCommonShortcut(L"B.url");
+    test::MakeFolder(m_sandbox.UserPrograms());
+    m_host.Command("init");
+    WaitForPass(3);
+    DeleteFileW((m_sandbox.CommonPrograms() + L"\\A.lnk").c_str());
+    WaitForPass(CountPasses() + 3);
+    m_host.Do("finalize");
+    const std::vector<std::string> log = m_sandbox.Log();
+
+    // Both are known and found again.
+    EXPECT_TRUE(IsGolden(Pass(log, 2), R"(
+        CQanhPackageManager::RefreshMetroApps IN
+        CQanhPackageManager::GetPackageManager IN
+        CQanhPackageManager::GetPackageManager OUT(0x00000000)
+        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
+        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhAppNameList::AddDesktopApp(A, <allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
+        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk)
+        CQanhDesktopApp::IsSameShortcut OUT(1)
+        CQanhAppNameList::IsInDesktopAppList OUT(1)
+        CQanhAppNameList::AddDesktopApp OUT(0x00000001)
+        CQanhPackageManager::AddLinkFileToList OUT
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhAppNameList::AddDesktopApp(B, <allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
+        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
+        CQanhDesktopApp::IsSameShortcut OUT(1)
+        CQanhAppNameList::IsInDesktopAppList OUT(1)
+        CQanhAppNameList::AddDesktopApp OUT(0x00000001)
+        CQanhPackageManager::AddLinkFileToList OUT
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        <roaming>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhAppNameList::Save OUT(0x00000000)
+    )"));
+
+    // The record of A is still there to be compared with B's path, but it is not written any more. The last
+    // pass may have been stopped; the one before it is whole.
+    const auto passes = static_cast<std::size_t>(std::count(log.begin(), log.end(), passBegin));
+    EXPECT_TRUE(IsGolden(Pass(log, passes - 1), R"(
+        CQanhPackageManager::RefreshMetroApps IN
+        CQanhPackageManager::GetPackageManager IN
+        CQanhPackageManager::GetPackageManager OUT(0x00000000)
+        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
+        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        <allusers>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
+        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhAppNameList::AddDesktopApp(B, <allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
+        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
+        CQanhDesktopApp::IsSameShortcut OUT(0)
+        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
+        CQanhDesktopApp::IsSameShortcut OUT(1)
+        CQanhAppNameList::IsInDesktopAppList OUT(1)
+        CQanhAppNameList::AddDesktopApp OUT(0x00000001)
+        CQanhPackageManager::AddLinkFileToList OUT
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        <roaming>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
+        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
+        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000001)
+        CQanhDesktopApp::ToXmlNode IN
+        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
+        CQanhAppNameList::Save OUT(0x00000000)
+    )"));
+    const std::string file = test::ReadFileBytes(m_sandbox.CatalogFile());
+    EXPECT_EQ(file.find("A.lnk"), std::string::npos) << file;
+    EXPECT_NE(file.find("B.url"), std::string::npos) << file;
+}
+
+TEST_F(RefreshLog, WrongArgumentsOfEveryExportAreTracedAndNothingElse)
+{
+    m_host.Command("init");
+    m_sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    const std::size_t offset = m_sandbox.LogLength();
+    m_host.Command("installed\t(null)");
+    m_host.Command("installed\t");
+    m_host.Command("installed-by-id\t(null)");
+    m_host.Command("installed-by-id\tfamily!app\tnull");
+    m_host.Command("display-name\tfamily\tnull");
+    m_host.Command("search\t0\t0\t(null)");
+    m_host.Command("search\t1\t7\t");
+    m_host.Command("search\t3\t0\tMail");
+    m_host.Command("browser\t3\t0\t1");
+    m_host.Command("browser\t0\t3\t0");
+    m_host.Command("activate\t(null)\t(null)");
+    m_host.Command("activate\t\targument");
+    m_host.Command("release\t(null)");
+    EXPECT_TRUE(IsGolden(m_sandbox.Log(offset), R"(
+        QanhIsInstalled((null)) IN
+        QanhIsInstalled OUT(0x80004003)
+        QanhIsInstalled() IN
+        QanhIsInstalled OUT(0x80070057)
+        QanhIsInstalledByAppUserModeID((null)) IN
+        QanhIsInstalledByAppUserModeID OUT(0x80004003)
+        QanhIsInstalledByAppUserModeID(family!app) IN
+        QanhIsInstalledByAppUserModeID OUT(0x80004003)
+        QanhGetAppDisplayNameByPFN(family, 0x00000000) IN
+        QanhGetAppDisplayNameByPFN OUT(0x80004003)
+        QanhReleaseString IN
+        QanhReleaseString OUT
+        QanhLaunchBySearch((null), 0, 0) IN
+        QanhLaunchBySearch OUT(0x80004003)
+        QanhLaunchBySearch(, 1, 7) IN
+        QanhLaunchBySearch OUT(0x80070057)
+        QanhLaunchBySearch(Mail, 3, 0) IN
+        QanhLaunchBySearch OUT(0x80070057)
+        QanhLaunchIEBySearch(3, 0, 1) IN
+        QanhLaunchIEBySearch OUT(0x80070057)
+        QanhLaunchIEBySearch(0, 3, 0) IN
+        QanhLaunchIEBySearch OUT(0x80070057)
+        QanhLaunchByManager((null), (null)) IN
+        QanhLaunchByManager OUT(0x80004003)
+        QanhLaunchByManager(, argument) IN
+        QanhLaunchByManager OUT(0x80070057)
+        QanhReleaseString IN
+        QanhReleaseString OUT
+    )"));
+}
+
+} // namespace

@@ -1,0 +1,256 @@
+#include "system/Sandbox.h"
+
+#include "standin/Settings.h"
+#include "standin/Shortcuts.h"
+#include "support/LogCapture.h"
+#include "support/Text.h"
+
+#include <cwchar>
+#include <stdexcept>
+
+namespace {
+
+constexpr wchar_t programsFolder[] = L"\\Microsoft\\Windows\\Start Menu\\Programs";
+
+std::string ToNarrow(const std::wstring& text)
+{
+    std::string narrow(text.size() * 3, '\0');
+    const int length = WideCharToMultiByte(CP_ACP, 0, text.c_str(), static_cast<int>(text.size()),
+                                           narrow.data(), static_cast<int>(narrow.size()), nullptr, nullptr);
+    narrow.resize(static_cast<std::size_t>(length));
+    return narrow;
+}
+
+void ReplaceAll(std::string& text, const std::string& part, const std::string& replacement)
+{
+    for (std::size_t at = text.find(part); at != std::string::npos;
+         at = text.find(part, at + replacement.size())) {
+        text.replace(at, part.size(), replacement);
+    }
+}
+
+// Processes in it end with it.
+HANDLE CreateClosingJob()
+{
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    return job;
+}
+
+void CopyOrThrow(const std::wstring& from, const std::wstring& to)
+{
+    if (!CopyFileW(from.c_str(), to.c_str(), FALSE)) {
+        throw std::runtime_error("cannot copy " + test::ToUtf8(from) + " to " + test::ToUtf8(to));
+    }
+}
+
+} // namespace
+
+namespace test {
+
+Sandbox::Sandbox() : m_settings(HKEY_LOCAL_MACHINE, kSettingsKey), m_job(CreateClosingJob())
+{
+    standin::ClearSettings();
+    m_settings.SetDword(L"DebugLog", 1);
+    MakeFolder(Local());
+    MakeFolder(HostFolder());
+    SetVariable(L"LOCALAPPDATA", Local());
+    SetVariable(L"APPDATA", m_folder / L"roaming");
+    SetVariable(L"ALLUSERSPROFILE", m_folder / L"allusers");
+}
+
+Sandbox::~Sandbox()
+{
+    TerminateJobObject(m_job, 1);
+    // The folder can only go when nobody uses it any more.
+    WaitUntil(
+        [this] {
+            JOBOBJECT_BASIC_ACCOUNTING_INFORMATION state = {};
+            return !QueryInformationJobObject(m_job, JobObjectBasicAccountingInformation, &state,
+                                              sizeof state, nullptr) ||
+                   state.ActiveProcesses == 0;
+        },
+        5000);
+    CloseHandle(m_job);
+    standin::ClearSettings();
+}
+
+std::wstring Sandbox::CommonPrograms() const
+{
+    return m_folder / L"allusers" + programsFolder;
+}
+
+std::wstring Sandbox::UserPrograms() const
+{
+    return m_folder / L"roaming" + programsFolder;
+}
+
+std::wstring Sandbox::CatalogFolder(const std::wstring& base) const
+{
+    return Local() + L"\\Vel\\QanHelper\\" + base;
+}
+
+std::wstring Sandbox::CatalogFile(const std::wstring& base) const
+{
+    return CatalogFolder(base) + L"\\AppNameList.xml";
+}
+
+std::wstring Sandbox::LogFile(const std::wstring& base) const
+{
+    return CatalogFolder(base) + L"\\QanHelperLog.txt";
+}
+
+std::vector<std::string> Sandbox::Log(std::size_t offset, const std::wstring& base) const
+{
+    if (!Exists(LogFile(base))) {
+        return {};
+    }
+    const std::string text = WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)).substr(offset)));
+    std::vector<std::string> lines = Split(text, "\r\n");
+    if (lines.back().empty()) {
+        lines.pop_back();
+    }
+    return lines;
+}
+
+std::size_t Sandbox::LogLength(const std::wstring& base) const
+{
+    return Exists(LogFile(base)) ? ReadFileBytes(LogFile(base)).size() : 0;
+}
+
+void Sandbox::WaitForLogLine(const std::string& line, std::size_t offset, const std::wstring& base) const
+{
+    const std::string whole = "]" + line + "\r\n";
+    const bool found = WaitUntil(
+        [&] {
+            return Exists(LogFile(base)) &&
+                   ReadFileBytes(LogFile(base)).find(whole, offset) != std::string::npos;
+        },
+        20000);
+    if (!found) {
+        throw std::runtime_error("the log has no line " + line);
+    }
+}
+
+std::string Sandbox::WithPlaceholders(std::string text) const
+{
+    for (const wchar_t* name : {L"local", L"roaming", L"allusers", L"host"}) {
+        std::string placeholder = "<";
+        placeholder.append(ToNarrow(name)).append(">");
+        ReplaceAll(text, ToNarrow(m_folder / name), placeholder);
+    }
+    return text;
+}
+
+void Sandbox::AddApplication(const std::wstring& relativePath) const
+{
+    std::wstring name = relativePath.substr(relativePath.rfind(L'\\') + 1);
+    const std::wstring extension = name.substr(name.size() - 4);
+    name.resize(name.size() - 4);
+    std::wstring program = BuildFolder() + L"\\StandInApp.exe";
+    std::wstring arguments = L"\"" + name + L"\"";
+    if (extension == L".url") {
+        // It cannot hold arguments: the window bears the program's name.
+        const std::wstring copy = Folder() + L"\\" + name + L".exe";
+        CopyOrThrow(program, copy);
+        program = copy;
+        arguments.clear();
+    }
+    if (FAILED(standin::WriteShortcut(CommonPrograms() + L"\\" + relativePath, program, arguments))) {
+        throw std::runtime_error("cannot write the shortcut " + ToUtf8(relativePath));
+    }
+}
+
+void Sandbox::SetVariable(const std::wstring& name, std::optional<std::wstring> value)
+{
+    m_variables[name] = std::move(value);
+}
+
+std::wstring Sandbox::AddHost(const std::wstring& fileName) const
+{
+    const std::wstring library = HostFolder() + L"\\QanHelper.dll";
+    if (!Exists(library)) {
+        CopyOrThrow(BuildFolder() + L"\\QanHelper.dll", library);
+    }
+    const std::wstring path = HostFolder() + L"\\" + fileName;
+    if (!Exists(path)) {
+        CopyOrThrow(BuildFolder() + L"\\TestHost.exe", path);
+    }
+    return path;
+}
+
+StartedProcess Sandbox::Start(const std::wstring& program, HANDLE input, HANDLE output)
+{
+    std::wstring environment = EnvironmentBlock();
+    std::wstring commandLine = L"\"" + program + L"\"";
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    const bool hasPipes = input && output;
+    if (hasPipes) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = input;
+        startup.hStdOutput = output;
+        startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    }
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, hasPipes,
+                        CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT, environment.data(), Folder().c_str(),
+                        &startup, &process)) {
+        throw std::runtime_error("cannot start " + ToUtf8(program));
+    }
+    AssignProcessToJobObject(m_job, process.hProcess);
+    ResumeThread(process.hThread);
+    CloseHandle(process.hThread);
+    return {process.hProcess, process.dwProcessId};
+}
+
+std::wstring Sandbox::EnvironmentBlock() const
+{
+    std::wstring block;
+    wchar_t* const own = GetEnvironmentStringsW();
+    for (const wchar_t* entry = own; *entry != L'\0'; entry += std::wcslen(entry) + 1) {
+        bool isReplaced = false;
+        for (const auto& [name, value] : m_variables) {
+            isReplaced = isReplaced || _wcsnicmp(entry, (name + L"=").c_str(), name.size() + 1) == 0;
+        }
+        if (!isReplaced) {
+            block.append(entry).push_back(L'\0');
+        }
+    }
+    FreeEnvironmentStringsW(own);
+    for (const auto& [name, value] : m_variables) {
+        if (value) {
+            block.append(name + L"=" + *value).push_back(L'\0');
+        }
+    }
+    block.push_back(L'\0');
+    return block;
+}
+
+std::wstring BuildFolder()
+{
+    wchar_t path[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring program = path;
+    return program.substr(0, program.rfind(L'\\'));
+}
+
+bool IsFirstPassRunning(const std::wstring& base)
+{
+    const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + base).c_str());
+    if (mutex) {
+        CloseHandle(mutex);
+    }
+    return mutex != nullptr;
+}
+
+void WaitForFirstPass(const std::wstring& base)
+{
+    if (!WaitUntil([&] { return !IsFirstPassRunning(base); }, 20000)) {
+        throw std::runtime_error("the first refresh pass does not end");
+    }
+}
+
+} // namespace test

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "support/Registry.h"
+#include "support/TemporaryFolder.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace test {
+
+// A catalogue with nothing in it.
+inline constexpr char emptyCatalog[] = "<Applications><MetroApps/><DesktopApps/></Applications>";
+
+// A process that a sandbox started and ends when nobody else has; the handle is closed by who asked for it.
+struct StartedProcess
+{
+    HANDLE process = nullptr;
+    DWORD id = 0;
+};
+
+// The machine that a test's processes see: folders of the test's own in the place of the user's and of all
+// users', the library's settings and the stand-in desktop's switches, both absent at first but for the log,
+// which is on. At the end of the scope all processes that were started in it, and theirs, are ended. One at a
+// time.
+class Sandbox
+{
+public:
+    Sandbox();
+    ~Sandbox();
+    Sandbox(const Sandbox&) = delete;
+    Sandbox& operator=(const Sandbox&) = delete;
+
+    // Values of LOCALAPPDATA and the folder that the hosts stand in; they exist.
+    [[nodiscard]] std::wstring Local() const { return m_folder / L"local"; }
+    [[nodiscard]] std::wstring HostFolder() const { return m_folder / L"host"; }
+    // The Start menu's folders below ALLUSERSPROFILE and APPDATA; they do not exist before something is put
+    // there.
+    [[nodiscard]] std::wstring CommonPrograms() const;
+    [[nodiscard]] std::wstring UserPrograms() const;
+    // The current folder of the processes.
+    [[nodiscard]] const std::wstring& Folder() const { return m_folder.Path(); }
+
+    // Where a host keeps its files; base is its name up to the first dot.
+    [[nodiscard]] std::wstring CatalogFolder(const std::wstring& base = L"TestHost") const;
+    [[nodiscard]] std::wstring CatalogFile(const std::wstring& base = L"TestHost") const;
+    [[nodiscard]] std::wstring LogFile(const std::wstring& base = L"TestHost") const;
+    [[nodiscard]] std::wstring PresetFile() const { return HostFolder() + L"\\PresetAppNameList.xml"; }
+
+    // The log from the offset on, without time stamps, in lines without their ends; the sandbox's folders in
+    // it stand as
+    // "<local>", "<roaming>", "<allusers>", "<host>". No log: no lines.
+    [[nodiscard]] std::vector<std::string> Log(std::size_t offset = 0,
+                                               const std::wstring& base = L"TestHost") const;
+    // The log's length in bytes.
+    [[nodiscard]] std::size_t LogLength(const std::wstring& base = L"TestHost") const;
+    // Waits until such a line stands in the log behind the offset; throws when it does not come.
+    void WaitForLogLine(const std::string& line, std::size_t offset = 0,
+                        const std::wstring& base = L"TestHost") const;
+    // Names with the folders' placeholders, for what the processes write.
+    [[nodiscard]] std::string WithPlaceholders(std::string text) const;
+
+    // An empty file, which is all that the library sees of a shortcut.
+    void AddCommonShortcut(const std::wstring& name) const { MakeFile(CommonPrograms() + L"\\" + name); }
+    void AddUserShortcut(const std::wstring& name) const { MakeFile(UserPrograms() + L"\\" + name); }
+    // A shortcut that starts a window with the name.
+    void AddApplication(const std::wstring& relativePath) const;
+
+    // The library's settings.
+    [[nodiscard]] ScopedKey& Settings() { return m_settings; }
+
+    // The environment of processes started from now on; no value: the variable is absent.
+    void SetVariable(const std::wstring& name, std::optional<std::wstring> value);
+
+    // Copies the host to the file name, with the library beside it, and returns its path.
+    std::wstring AddHost(const std::wstring& fileName) const;
+
+    // The handles become the process's standard input and output when they are not null.
+    StartedProcess Start(const std::wstring& program, HANDLE input = nullptr, HANDLE output = nullptr);
+
+private:
+    [[nodiscard]] std::wstring EnvironmentBlock() const;
+
+    TemporaryFolder m_folder;
+    ScopedKey m_settings;
+    HANDLE m_job;
+    std::map<std::wstring, std::optional<std::wstring>> m_variables;
+};
+
+// The folder of this program, where everything that was built stands.
+[[nodiscard]] std::wstring BuildFolder();
+
+// Whether the mutex of a host's first refresh pass exists.
+[[nodiscard]] bool IsFirstPassRunning(const std::wstring& base = L"TestHost");
+// Throws when it does not end.
+void WaitForFirstPass(const std::wstring& base = L"TestHost");
+
+// Calls the condition every few milliseconds until it is true; false: the time is over.
+template <typename Condition> bool WaitUntil(Condition condition, DWORD timeout)
+{
+    for (const ULONGLONG end = GetTickCount64() + timeout; !condition(); Sleep(5)) {
+        if (GetTickCount64() > end) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace test

@@ -1,0 +1,216 @@
+// The export that starts a Store application by its ID.
+
+#include "QanHelper.h"
+
+#include "support/Apartments.h"
+#include "support/FakeObjects.h"
+#include "support/LogCapture.h"
+
+#include <objbase.h>
+#include <shobjidl.h>
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using test::Apartment;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr CLSID kClass = {0x45BA127D, 0x10A8, 0x46EA, {0x8A, 0xB7, 0x56, 0xEA, 0x90, 0x78, 0x94, 0x3C}};
+constexpr IID kInterface = {0x2E941141, 0x7F97, 0x4756, {0xBA, 0x1D, 0x9D, 0xEC, 0xDE, 0x89, 0x4A, 0x3D}};
+
+class FakeActivationManager : public test::FakeUnknown<IApplicationActivationManager>
+{
+public:
+    explicit FakeActivationManager(test::FakeObjects& owner) : FakeUnknown(owner, "activation manager") {}
+
+    HRESULT STDMETHODCALLTYPE ActivateApplication(LPCWSTR id, LPCWSTR arguments, ACTIVATEOPTIONS options,
+                                                  DWORD* processId) override
+    {
+        const HRESULT hr =
+            m_owner.Enter(this, "ActivateApplication",
+                          L"(" + std::wstring(id) + L", " + (arguments ? arguments : L"null") + L", " +
+                              std::to_wstring(options) + L", " + std::to_wstring(*processId) + L")");
+        *processId = 4711;
+        return FAILED(hr) ? hr : result;
+    }
+    HRESULT STDMETHODCALLTYPE ActivateForFile(LPCWSTR, IShellItemArray*, LPCWSTR, DWORD*) override
+    {
+        return NotImplemented("ActivateForFile");
+    }
+    HRESULT STDMETHODCALLTYPE ActivateForProtocol(LPCWSTR, IShellItemArray*, DWORD*) override
+    {
+        return NotImplemented("ActivateForProtocol");
+    }
+
+    HRESULT result = S_OK;
+};
+
+class Activation : public ::testing::Test
+{
+protected:
+    Activation()
+        : m_manager(m_objects.Make<FakeActivationManager>()), m_initialize("CoInitialize", Initialize),
+          m_uninitialize("CoUninitialize", Uninitialize), m_create("CoCreateInstance", Create)
+    {
+        s_current = this;
+        m_sleep.OnSleep(
+            [](DWORD milliseconds) { s_current->m_objects.Note("Sleep " + std::to_string(milliseconds)); });
+    }
+    ~Activation() override { EXPECT_THAT(m_objects.Leaks(), IsEmpty()); }
+
+    std::vector<std::string>& Journal() { return m_objects.journal; }
+
+    test::FakeObjects m_objects;
+    FakeActivationManager* m_manager;
+    test::FakeSleep m_sleep;
+
+private:
+    static HRESULT WINAPI Initialize(void* reserved)
+    {
+        const HRESULT hr = s_current->m_initialize.Original()(reserved);
+        char event[64];
+        wsprintfA(event, "CoInitialize = 0x%08X", static_cast<unsigned>(hr));
+        s_current->m_objects.Note(event);
+        return hr;
+    }
+    static void WINAPI Uninitialize()
+    {
+        s_current->m_objects.Note(s_current->m_objects.IsAnyHeld() ? "CoUninitialize too early"
+                                                                   : "CoUninitialize");
+        s_current->m_uninitialize.Original()();
+    }
+    static HRESULT WINAPI Create(REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId,
+                                 void** object)
+    {
+        const bool isAsked =
+            IsEqualGUID(classId, kClass) && !outer && context == 1 && IsEqualGUID(interfaceId, kInterface);
+        const HRESULT hr =
+            s_current->m_objects.Enter(nullptr, "CoCreateInstance", isAsked ? L"" : L" of something else");
+        if (SUCCEEDED(hr)) {
+            s_current->m_manager->AddRef();
+            *object = static_cast<IApplicationActivationManager*>(s_current->m_manager);
+        }
+        return hr;
+    }
+
+    static inline Activation* s_current = nullptr;
+
+    test::ImportPatch<decltype(&CoInitialize)> m_initialize;
+    test::ImportPatch<decltype(&CoUninitialize)> m_uninitialize;
+    test::ImportPatch<decltype(&CoCreateInstance)> m_create;
+};
+
+TEST_F(Activation, HandsBothTextsToTheActivationManager)
+{
+    const test::LogCapture log;
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [] {
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open \"a b\" \u5929"), S_OK);
+    }));
+    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x00000000", "CoCreateInstance",
+                                       "ActivateApplication(Mail_1!App, -open \"a b\" \xE5\xA4\xA9, 0, 0)",
+                                       "CoUninitialize", "Sleep 100"));
+}
+
+TEST_F(Activation, HasNoExitLine)
+{
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), S_OK);
+    EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, -open) IN"));
+}
+
+TEST_F(Activation, TakesNoArguments)
+{
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
+    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L""), S_OK);
+    EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, (null)) IN",
+                                         "QanhLaunchByManager(Mail_1!App, ) IN"));
+    EXPECT_EQ(Journal()[2], "ActivateApplication(Mail_1!App, null, 0, 0)");
+    EXPECT_EQ(Journal()[7], "ActivateApplication(Mail_1!App, , 0, 0)");
+}
+
+TEST_F(Activation, ReturnsTheResultAsItIsAfterThePause)
+{
+    for (const HRESULT result : {S_FALSE, HRESULT_FROM_WIN32(ERROR_NOT_FOUND), E_FAIL, HRESULT(0x00270255)}) {
+        Journal().clear();
+        m_manager->result = result;
+        const test::LogCapture log;
+        EXPECT_EQ(QanhLaunchByManager(L"none!App", nullptr), result);
+        EXPECT_EQ(Journal().back(), "Sleep 100");
+        EXPECT_EQ(log.Lines().size(), 1u);
+    }
+}
+
+TEST_F(Activation, WithoutAManagerReturnsAtOnce)
+{
+    m_objects.Fail("CoCreateInstance", REGDB_E_CLASSNOTREG);
+    const test::LogCapture log;
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [] {
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), REGDB_E_CLASSNOTREG);
+    }));
+    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x00000000", "CoCreateInstance", "CoUninitialize"));
+    EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, (null)) IN"));
+}
+
+TEST_F(Activation, WithoutAnIdDoesNothing)
+{
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchByManager(nullptr, L"-open"), E_POINTER);
+    EXPECT_EQ(QanhLaunchByManager(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(QanhLaunchByManager(L"", L"-open"), E_INVALIDARG);
+    EXPECT_THAT(Journal(), IsEmpty());
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("QanhLaunchByManager((null), -open) IN", "QanhLaunchByManager OUT(0x80004003)",
+                            "QanhLaunchByManager((null), (null)) IN", "QanhLaunchByManager OUT(0x80004003)",
+                            "QanhLaunchByManager(, -open) IN", "QanhLaunchByManager OUT(0x80070057)"));
+}
+
+TEST_F(Activation, WorksInASingleThreadedApartment)
+{
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
+        Journal().clear();
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
+        EXPECT_EQ(Journal().front(), "CoInitialize = 0x00000001");
+        EXPECT_EQ(Journal()[3], "CoUninitialize");
+    }));
+}
+
+// What was not entered must not be left: the thread's objects would lose their apartment.
+TEST_F(Activation, WorksInTheMultithreadedApartmentWhichIsNotLeft)
+{
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kMultithreaded, [&] {
+        Journal().clear();
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
+        EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x80010106", "CoCreateInstance",
+                                           "ActivateApplication(Mail_1!App, null, 0, 0)", "Sleep 100"));
+        m_objects.Fail("CoCreateInstance", E_FAIL);
+        Journal().clear();
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), E_FAIL);
+        EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x80010106", "CoCreateInstance"));
+    }));
+}
+
+TEST_F(Activation, ReleasesEverythingWhenTheActivationRaises)
+{
+    m_objects.At("ActivateApplication", [] { throw std::runtime_error("of the activation manager"); });
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [] {
+        EXPECT_THROW(QanhLaunchByManager(L"Mail_1!App", nullptr), std::runtime_error);
+    }));
+    EXPECT_EQ(m_manager->References(), 0);
+    EXPECT_EQ(Journal().back(), "CoUninitialize");
+}
+
+TEST_F(Activation, TakesTextsOfAnyLength)
+{
+    const std::wstring id(3000, L'i');
+    const std::wstring arguments(30000, L'a');
+    EXPECT_EQ(QanhLaunchByManager(id.c_str(), arguments.c_str()), S_OK);
+    EXPECT_EQ(Journal()[2].size(), 3000 + 30000 + std::string("ActivateApplication(, , 0, 0)").size());
+}
+
+} // namespace

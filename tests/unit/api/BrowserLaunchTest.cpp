@@ -1,0 +1,361 @@
+// The export that starts the browser by the Start screen's search.
+
+#include "QanHelper.h"
+
+#include "api/Statics.h"
+#include "support/ImportPatch.h"
+#include "support/LogCapture.h"
+#include "support/Registry.h"
+#include "unit/api/FakeShell.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+
+using Lines = std::vector<std::string>;
+
+constexpr wchar_t kTile[] = L"ApplicationTileImmersiveActivation";
+
+Lines operator+(Lines lines, const Lines& more)
+{
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
+// Sees how the setting stands while the launch is under way, and makes the launch fail there.
+class SettingWatch : public api_test::FakeVisibility
+{
+public:
+    explicit SettingWatch(const test::ScopedKey& key) : m_key(key) {}
+
+    HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL*) override
+    {
+        meanwhile = m_key.Dword(kTile);
+        wasThere = m_key.HasValue(kTile);
+        return E_FAIL;
+    }
+
+    std::optional<DWORD> meanwhile;
+    bool wasThere = false;
+
+private:
+    const test::ScopedKey& m_key;
+};
+
+class BrowserLaunch : public ::testing::Test
+{
+protected:
+    BrowserLaunch() { m_key.Create(); }
+    ~BrowserLaunch() override { s_MonitorMode.m_pImmersiveMode = nullptr; }
+
+    // From here on the launch comes as far as the shell.
+    void Watch() { s_MonitorMode.m_pImmersiveMode = &m_watch; }
+
+    static Lines ReadLines(int value)
+    {
+        return {"CQanhReg::GetCurrentTileImmersiveActivation IN",
+                "CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = " +
+                    std::to_string(value) + ")"};
+    }
+    static Lines SetLines(int value)
+    {
+        return {"CQanhReg::SetCurrentTileImmersiveActivation(" + std::to_string(value) + ") IN",
+                "CQanhReg::SetCurrentTileImmersiveActivation OUT"};
+    }
+    // Without the shell's object a launch fails at once.
+    static Lines LaunchLines(int searchMode = 0)
+    {
+        return {"QanhLaunchBySearch(Internet Explorer, " + std::to_string(searchMode) + ", 0) IN",
+                "QanhLaunchBySearch szKeyword = \"Internet Explorer\" ",
+                "CQanhMonitorMode::OpenAppSearchUI IN",
+                "CQanhMonitorMode::GetMonitorState IN",
+                "CQanhMonitorMode::GetMonitorState OUT( m_pImmersiveMode NULL : -1)",
+                "CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)",
+                "QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)"};
+    }
+
+    const Lines kDelete = {"CQanhReg::DeleteTileImmersiveActivation IN",
+                           "CQanhReg::DeleteTileImmersiveActivation OUT"};
+    const Lines kFailedOut = {"QanhLaunchIEBySearch OUT(0x80004005)"};
+
+    test::ScopedKey m_key{HKEY_CURRENT_USER, test::kBrowserKey};
+    SettingWatch m_watch{m_key};
+};
+
+// What is written, and what stands there afterwards.
+
+struct TileCase
+{
+    const char* name;
+    std::optional<DWORD> stored;
+    DWORD tileMode;
+    std::optional<DWORD> meanwhile;
+    bool isSet;
+    bool isDeleted;
+};
+
+class BrowserTile : public BrowserLaunch, public ::testing::WithParamInterface<TileCase>
+{
+protected:
+    BrowserTile()
+    {
+        if (GetParam().stored) {
+            m_key.SetDword(kTile, *GetParam().stored);
+        }
+    }
+};
+
+TEST_P(BrowserTile, IsForcedDuringTheLaunchAndPutBack)
+{
+    Watch();
+    EXPECT_EQ(QanhLaunchIEBySearch(GetParam().tileMode, 0, FALSE), E_FAIL);
+    EXPECT_EQ(m_watch.meanwhile, GetParam().meanwhile);
+    EXPECT_EQ(m_key.Dword(kTile), GetParam().stored);
+}
+
+TEST_P(BrowserTile, IsLoggedStepByStep)
+{
+    const int stored = static_cast<int>(GetParam().stored.value_or(1));
+    const int forced = static_cast<int>(GetParam().tileMode);
+    Lines expected = {"QanhLaunchIEBySearch(" + std::to_string(forced) + ", 0, 0) IN"};
+    expected = expected + ReadLines(stored);
+    if (GetParam().isSet) {
+        expected = expected + SetLines(forced);
+    }
+    expected = expected + LaunchLines();
+    if (GetParam().isDeleted) {
+        expected = expected + kDelete;
+    } else if (GetParam().isSet) {
+        expected = expected + SetLines(stored);
+    }
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchIEBySearch(GetParam().tileMode, 0, FALSE), E_FAIL);
+    EXPECT_THAT(log.Lines(), ElementsAreArray(expected + kFailedOut));
+}
+
+const std::optional<DWORD> kAbsent;
+const TileCase kTiles[] = {
+    // An absent value counts as 1, and is deleted in every case.
+    {"Absent0", kAbsent, 0, 0u, true, true},       {"Absent1", kAbsent, 1, kAbsent, false, true},
+    {"Absent2", kAbsent, 2, kAbsent, false, true}, {"Stored0For0", 0u, 0, 0u, false, false},
+    {"Stored0For1", 0u, 1, 1u, true, false},       {"Stored0For2", 0u, 2, 0u, false, false},
+    {"Stored1For0", 1u, 0, 0u, true, false},       {"Stored1For1", 1u, 1, 1u, false, false},
+    {"Stored1For2", 1u, 2, 1u, false, false},      {"Stored7For0", 7u, 0, 0u, true, false},
+    {"Stored7For1", 7u, 1, 1u, true, false},       {"Stored7For2", 7u, 2, 7u, false, false},
+    {"Stored2For2", 2u, 2, 2u, false, false},      {"StoredHugeFor0", 0xFFFFFFFFu, 0, 0u, true, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, BrowserTile, ::testing::ValuesIn(kTiles),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+// Without the key there is nothing to set or delete.
+
+TEST_F(BrowserLaunch, NeverMakesTheKey)
+{
+    m_key.Delete();
+    for (const DWORD tileMode : {0u, 1u, 2u}) {
+        Lines expected = {"QanhLaunchIEBySearch(" + std::to_string(tileMode) + ", 0, 0) IN"};
+        expected = expected + ReadLines(1);
+        if (tileMode == 0) {
+            expected = expected + Lines{"CQanhReg::SetCurrentTileImmersiveActivation(0) IN",
+                                        "CQanhReg::SetCurrentTileImmersiveActivation OUT(0)"};
+        }
+        expected = expected + LaunchLines() +
+                   Lines{"CQanhReg::DeleteTileImmersiveActivation IN",
+                         "CQanhReg::DeleteTileImmersiveActivation OUT(0)"};
+        const test::LogCapture log;
+        EXPECT_EQ(QanhLaunchIEBySearch(tileMode, 0, FALSE), E_FAIL);
+        EXPECT_THAT(log.Lines(), ElementsAreArray(expected + kFailedOut));
+        EXPECT_FALSE(m_key.Exists());
+    }
+}
+
+// Values that are none of this library's business.
+
+struct OddCase
+{
+    const char* name;
+    DWORD type;
+    std::vector<BYTE> bytes;
+};
+
+class OddTile : public BrowserLaunch, public ::testing::WithParamInterface<OddCase>
+{
+};
+
+TEST_P(OddTile, IsLeftAlone)
+{
+    for (const DWORD tileMode : {0u, 1u, 2u}) {
+        m_key.SetBytes(kTile, GetParam().type, GetParam().bytes);
+        Watch();
+        const test::LogCapture log;
+        EXPECT_EQ(QanhLaunchIEBySearch(tileMode, 0, FALSE), E_FAIL);
+        EXPECT_TRUE(m_watch.wasThere);
+        BYTE bytes[64] = {};
+        DWORD size = sizeof bytes;
+        DWORD type = 0;
+        EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, test::kBrowserKey, kTile, RRF_RT_ANY | RRF_NOEXPAND, &type,
+                               bytes, &size),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(type, GetParam().type);
+        EXPECT_EQ(std::vector<BYTE>(bytes, bytes + size), GetParam().bytes);
+        for (const std::string& line : log.Lines()) {
+            EXPECT_EQ(line.find("SetCurrent"), std::string::npos);
+            EXPECT_EQ(line.find("Delete"), std::string::npos);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(OfType, OddTile,
+                         ::testing::Values(OddCase{"ShortText", REG_SZ, {'0', 0, 0, 0}},
+                                           OddCase{"LongText", REG_SZ, {'0', 0, '0', 0, '0', 0, 0, 0}},
+                                           OddCase{"Bytes", REG_BINARY, {1, 0, 0, 0}},
+                                           OddCase{"Quadword", REG_QWORD, {0, 0, 0, 0, 0, 0, 0, 0}},
+                                           OddCase{"LongNumber", REG_DWORD, {0, 0, 0, 0, 0, 0, 0, 0}},
+                                           OddCase{"BigEndianNumber", REG_DWORD_BIG_ENDIAN, {0, 0, 0, 0}}),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+TEST_F(BrowserLaunch, WithAValueOfAnotherTypeOnlyLaunches)
+{
+    m_key.SetText(kTile, L"1");
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchIEBySearch(0, 0, FALSE), E_FAIL);
+    const auto lines = log.Lines();
+    ASSERT_EQ(lines.size(), 3 + LaunchLines().size() + 1);
+    EXPECT_EQ(lines[1], "CQanhReg::GetCurrentTileImmersiveActivation IN");
+    EXPECT_THAT(Lines(lines.begin() + 3, lines.end()), ElementsAreArray(LaunchLines() + kFailedOut));
+}
+
+TEST_F(BrowserLaunch, WithAValueThatIsTooLongOnlyLaunches)
+{
+    m_key.SetBytes(kTile, REG_QWORD, std::vector<BYTE>(8, 0));
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchIEBySearch(0, 0, FALSE), E_FAIL);
+    const auto lines = log.Lines();
+    ASSERT_EQ(lines.size(), 3 + LaunchLines().size() + 1);
+    EXPECT_THAT(Lines(lines.begin() + 3, lines.end()), ElementsAreArray(LaunchLines() + kFailedOut));
+}
+
+TEST_F(BrowserLaunch, WithoutTheRightToReadOnlyLaunches)
+{
+    m_key.SetDword(kTile, 1);
+    const test::LogCapture log;
+    {
+        const test::ImportPatch<decltype(&RegOpenKeyExW)> patch(
+            "RegOpenKeyExW",
+            [](HKEY, const wchar_t*, DWORD, REGSAM, HKEY*) -> LSTATUS { return ERROR_ACCESS_DENIED; });
+        EXPECT_EQ(QanhLaunchIEBySearch(0, 0, FALSE), E_FAIL);
+    }
+    EXPECT_EQ(m_key.Dword(kTile), 1u);
+    EXPECT_THAT(log.Lines(), ElementsAreArray(Lines{"QanhLaunchIEBySearch(0, 0, 0) IN"} + ReadLines(1) +
+                                              LaunchLines() + kFailedOut));
+}
+
+TEST_F(BrowserLaunch, WithoutTheRightToWriteLaunchesAllTheSame)
+{
+    m_key.SetDword(kTile, 1);
+    static decltype(&RegOpenKeyExW) s_open;
+    const test::LogCapture log;
+    {
+        const test::ImportPatch<decltype(&RegOpenKeyExW)> patch(
+            "RegOpenKeyExW",
+            [](HKEY key, const wchar_t* path, DWORD options, REGSAM access, HKEY* result) -> LSTATUS {
+                return access == KEY_WRITE ? ERROR_ACCESS_DENIED : s_open(key, path, options, access, result);
+            });
+        s_open = patch.Original();
+        EXPECT_EQ(QanhLaunchIEBySearch(0, 0, FALSE), E_FAIL);
+    }
+    const Lines refusedSet = {"CQanhReg::SetCurrentTileImmersiveActivation(0) IN",
+                              "CQanhReg::SetCurrentTileImmersiveActivation OUT(0)"};
+    const Lines refusedRestore = {"CQanhReg::SetCurrentTileImmersiveActivation(1) IN",
+                                  "CQanhReg::SetCurrentTileImmersiveActivation OUT(0)"};
+    EXPECT_EQ(m_key.Dword(kTile), 1u);
+    EXPECT_THAT(log.Lines(), ElementsAreArray(Lines{"QanhLaunchIEBySearch(0, 0, 0) IN"} + ReadLines(1) +
+                                              refusedSet + LaunchLines() + refusedRestore + kFailedOut));
+}
+
+TEST_F(BrowserLaunch, RestoresOverWhatOthersWroteMeanwhile)
+{
+    m_key.SetDword(kTile, 1);
+    static test::ScopedKey* s_key;
+    s_key = &m_key;
+    class Meddler : public api_test::FakeVisibility
+    {
+    public:
+        HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL*) override
+        {
+            s_key->SetDword(kTile, 9);
+            return E_FAIL;
+        }
+    } meddler;
+    s_MonitorMode.m_pImmersiveMode = &meddler;
+    QanhLaunchIEBySearch(0, 0, FALSE);
+    EXPECT_EQ(m_key.Dword(kTile), 1u);
+    m_key.DeleteValue(kTile);
+    QanhLaunchIEBySearch(1, 0, FALSE);
+    EXPECT_FALSE(m_key.HasValue(kTile));
+}
+
+// Arguments.
+
+TEST_F(BrowserLaunch, ModesOutOfRangeTouchNothing)
+{
+    const test::LogCapture log;
+    {
+        const test::ImportPatch<decltype(&RegOpenKeyExW)> patch(
+            "RegOpenKeyExW", [](HKEY, const wchar_t*, DWORD, REGSAM, HKEY*) -> LSTATUS {
+                ADD_FAILURE();
+                return ERROR_ACCESS_DENIED;
+            });
+        EXPECT_EQ(QanhLaunchIEBySearch(3, 0, FALSE), E_INVALIDARG);
+        EXPECT_EQ(QanhLaunchIEBySearch(0, 3, FALSE), E_INVALIDARG);
+        EXPECT_EQ(QanhLaunchIEBySearch(0xFFFFFFFF, 0, FALSE), E_INVALIDARG);
+        EXPECT_EQ(QanhLaunchIEBySearch(0, 0x80000000, TRUE), E_INVALIDARG);
+    }
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("QanhLaunchIEBySearch(3, 0, 0) IN", "QanhLaunchIEBySearch OUT(0x80070057)",
+                            "QanhLaunchIEBySearch(0, 3, 0) IN", "QanhLaunchIEBySearch OUT(0x80070057)",
+                            "QanhLaunchIEBySearch(-1, 0, 0) IN", "QanhLaunchIEBySearch OUT(0x80070057)",
+                            "QanhLaunchIEBySearch(0, -2147483648, 1) IN",
+                            "QanhLaunchIEBySearch OUT(0x80070057)"));
+}
+
+TEST_F(BrowserLaunch, HandsTheOtherArgumentsOn)
+{
+    m_key.SetDword(kTile, 1);
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchIEBySearch(2, 2, -5), E_FAIL);
+    EXPECT_THAT(log.Lines(), ::testing::Contains("QanhLaunchIEBySearch(2, 2, -5) IN"));
+    EXPECT_THAT(log.Lines(), ::testing::Contains("QanhLaunchBySearch(Internet Explorer, 2, -5) IN"));
+    EXPECT_THAT(log.Lines(),
+                ::testing::Contains("CQanhAppNameList::GetExcludeAppNameList(Internet Explorer) IN"));
+}
+
+TEST_F(BrowserLaunch, ReturnsTheSuccessOfTheLaunch)
+{
+    m_key.SetDword(kTile, 1);
+    api_test::FakeVisibility visibility;
+    s_MonitorMode.m_pImmersiveMode = &visibility;
+    const test::FakeSleep sleep;
+    const test::ImportPatch<decltype(&SendInput)> keys("SendInput",
+                                                       [](UINT, INPUT*, int) -> UINT { return 1; });
+    const test::ImportPatch<decltype(&GetForegroundWindow)> foreground("GetForegroundWindow",
+                                                                       []() -> HWND { return nullptr; });
+    const test::LogCapture log;
+    EXPECT_EQ(QanhLaunchIEBySearch(0, 1, FALSE), S_OK);
+    EXPECT_EQ(m_key.Dword(kTile), 1u);
+    const auto lines = log.Lines();
+    ASSERT_GT(lines.size(), 4u);
+    EXPECT_THAT(Lines(lines.end() - 4, lines.end()),
+                ElementsAreArray(Lines{"QanhLaunchBySearch OUT(0x00000000)"} + SetLines(1) +
+                                 Lines{"QanhLaunchIEBySearch OUT(0x00000000)"}));
+}
+
+} // namespace

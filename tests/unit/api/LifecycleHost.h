@@ -1,0 +1,110 @@
+#pragma once
+
+#include "QanHelper.h"
+#include "api/Statics.h"
+#include "common/DiagnosticLog.h"
+#include "support/Apartments.h"
+#include "support/ImportPatch.h"
+#include "support/LogCapture.h"
+#include "support/Registry.h"
+#include "support/TemporaryFolder.h"
+#include "unit/api/FakeShell.h"
+#include "unit/discovery/Host.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+namespace api_test {
+
+using Lines = std::vector<std::string>;
+
+constexpr DWORD kThreadPatience = 20000; // milliseconds; only a failing test waits for them
+
+// In place of the refresh thread: runs until it is told to stop, and writes nothing into the log meanwhile.
+inline DWORD WINAPI WaitForExit(void* manager)
+{
+    WaitForSingleObject(static_cast<CQanhPackageManager*>(manager)->m_hExitEvent, kThreadPatience);
+    return 0;
+}
+
+inline HANDLE WINAPI StartWaiting(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE,
+                                  void* argument, DWORD flags, DWORD* id)
+{
+    static const auto s_createThread = reinterpret_cast<decltype(&CreateThread)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateThread")));
+    return s_createThread(security, stack, WaitForExit, argument, flags, id);
+}
+
+// A host of a name that no other test uses: "QanHelper_" and this is the name of its instance mutex.
+inline std::wstring NewHostName()
+{
+    static int s_count = 0;
+    return L"Launcher" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++s_count);
+}
+
+// The lines of the exports, the settings and the two static objects; what the package manager writes besides
+// is its own business.
+inline Lines Outline(const Lines& all)
+{
+    Lines lines;
+    for (const std::string& line : all) {
+        for (const char* start :
+             {"Qanh", "CQanhReg::", "CQanhMonitorMode::", "CQanhPackageManager::Initialize IN",
+              "CQanhPackageManager::Initialize OUT", "CQanhPackageManager::Finalize "}) {
+            if (line.rfind(start, 0) == 0) {
+                lines.push_back(line);
+            }
+        }
+    }
+    return lines;
+}
+
+// What the reading of the setting writes, when the log is on already and stays so.
+inline const Lines kSettingLines = {"CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
+                                    "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(1)"};
+
+// A host with a folder of its own, in a session without a shell; "DebugLog" is 1, and the log is off yet.
+class Lifecycle : public ::testing::Test
+{
+protected:
+    Lifecycle()
+    {
+        m_settings.SetDword(L"DebugLog", 1);
+        DiagnosticLog::SetEnabled(false);
+    }
+    ~Lifecycle() override
+    {
+        while (s_nCount > 0) {
+            QanhFinalize();
+        }
+        // A start that failed half way keeps its handles until the next stop.
+        s_PackageManager.Finalize();
+        s_PackageManager.m_AppNameList.DeleteAll();
+        DiagnosticLog::SetEnabled(false);
+    }
+
+    [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
+    [[nodiscard]] std::wstring CatalogFile() const
+    {
+        return m_log.LocalAppData() + L"\\Vel\\QanHelper\\" + m_hostName + L"\\AppNameList.xml";
+    }
+
+    const std::wstring m_hostName = NewHostName();
+    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
+    test::TemporaryFolder m_folder;
+    discovery_test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
+    test::LogCapture m_log;
+    test::FakeSleep m_sleep; // finalizing does not wait for the first refresh pass then
+    test::ImportPatch<decltype(&CreateThread)> m_createThread{"CreateThread", StartWaiting};
+};
+
+// The same with a shell.
+class LifecycleInShell : public Lifecycle
+{
+protected:
+    api_test::FakeShell m_shell;
+};
+
+} // namespace api_test

@@ -1,0 +1,84 @@
+// How the log is switched.
+
+#include "support/Text.h"
+#include "unit/api/LifecycleHost.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace {
+
+using namespace api_test;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+TEST_F(LifecycleInShell, LogIsSwitchedOffByTheNextCallOnly)
+{
+    ASSERT_EQ(QanhInitialize(), S_OK);
+    m_log.Clear();
+    m_settings.SetDword(L"DebugLog", 0);
+    QanhReleaseString(nullptr);
+    EXPECT_THAT(m_log.Lines(), ElementsAre("QanhReleaseString IN", "QanhReleaseString OUT"));
+    m_log.Clear();
+    EXPECT_EQ(QanhInitialize(), S_OK);
+    QanhReleaseString(nullptr);
+    QanhFinalize();
+    // The last lines are those of the reading that found it off.
+    EXPECT_THAT(m_log.Lines(),
+                ElementsAre("CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
+                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(0)"));
+}
+
+TEST_F(LifecycleInShell, LogIsSwitchedOnByTheNextCallOnly)
+{
+    m_settings.Delete();
+    ASSERT_EQ(QanhInitialize(), S_OK);
+    m_settings.SetDword(L"DebugLog", 1);
+    QanhReleaseString(nullptr);
+    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_EQ(QanhInitialize(), S_OK);
+    EXPECT_THAT(m_log.Lines(), ElementsAre("QanhInitialize IN", "QanhInitialize OUT(0) : s_nCount(2)"));
+}
+
+TEST_F(LifecycleInShell, WithoutTheSettingNoLogIsMade)
+{
+    m_settings.DeleteValue(L"DebugLog");
+    ASSERT_EQ(QanhInitialize(), S_OK);
+    QanhFinalize();
+    EXPECT_FALSE(test::Exists(m_log.File()));
+    m_settings.SetText(L"DebugLog", L"1");
+    ASSERT_EQ(QanhInitialize(), S_OK);
+    QanhFinalize();
+    EXPECT_FALSE(test::Exists(m_log.File()));
+}
+
+TEST_F(Lifecycle, FailedCallSwitchesTheLogToo)
+{
+    EXPECT_EQ(QanhInitialize(), REGDB_E_CLASSNOTREG);
+    m_log.Clear();
+    EXPECT_EQ(QanhInitialize(), REGDB_E_CLASSNOTREG);
+    const Lines lines = m_log.Lines();
+    ASSERT_GT(lines.size(), kSettingLines.size());
+    EXPECT_EQ(Lines(lines.begin(), lines.begin() + 4), kSettingLines);
+    m_settings.SetDword(L"DebugLog", 0);
+    EXPECT_EQ(QanhInitialize(), REGDB_E_CLASSNOTREG);
+    m_log.Clear();
+    EXPECT_EQ(QanhInitialize(), REGDB_E_CLASSNOTREG);
+    EXPECT_THAT(m_log.Lines(), IsEmpty());
+}
+
+TEST_F(LifecycleInShell, LogLiesInTheFolderOfTheHostOfEachCall)
+{
+    ASSERT_EQ(QanhInitialize(), S_OK);
+    const std::wstring otherName = m_hostName + L"x";
+    const std::wstring otherFolder = m_log.LocalAppData() + L"\\Vel\\QanHelper\\" + otherName;
+    test::MakeFolder(otherFolder);
+    m_host.Set(m_folder / (otherName + L".y.exe"));
+    EXPECT_EQ(QanhInitialize(), S_OK);
+    ASSERT_TRUE(test::Exists(otherFolder + L"\\QanHelperLog.txt"));
+    EXPECT_EQ(test::WithoutTimeStamps(test::ReadFileBytes(otherFolder + L"\\QanHelperLog.txt")),
+              "QanhInitialize IN\r\nQanhInitialize OUT(0) : s_nCount(2)\r\n");
+}
+
+} // namespace

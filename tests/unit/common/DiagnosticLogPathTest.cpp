@@ -1,0 +1,192 @@
+// Where the diagnostic log lies.
+
+#include "common/DiagnosticLog.h"
+
+#include "support/LogCapture.h"
+#include "support/OtherProcess.h"
+#include "support/TemporaryFolder.h"
+#include "support/Text.h"
+#include "unit/common/FileCalls.h"
+#include "unit/common/InvalidParameter.h"
+#include "unit/discovery/Host.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace {
+
+using discovery_test::HostExecutable;
+using test::FileCalls;
+using ::testing::ElementsAre;
+
+// A process in which the path has never been composed: it starts the log in the folder of the argument, with
+// a cause for the composing to fail. The exit code is 100 for a path that could not be composed, plus 1 for
+// each line that was written.
+int WriteWithDefaultPath(const test::Part::Context& context)
+{
+    SetCurrentDirectoryW(context.Argument().c_str());
+    DiagnosticLog::SetEnabled(true);
+    const int composed = DiagnosticLog::ComposePath();
+    int result = composed == 0 ? 100 : 0;
+    result += DiagnosticLog::WriteLine("one\r\n") != 0 ? 1 : 0;
+    result += DiagnosticLog::WriteLine("two\r\n") != 0 ? 1 : 0;
+    return result;
+}
+
+const test::Part g_withoutLocalAppData(L"LogWithoutLocalAppData", [](const test::Part::Context& context) {
+    const test::ScopedEnvironment environment(L"LOCALAPPDATA", nullptr);
+    return WriteWithDefaultPath(context);
+});
+
+const test::Part g_withoutExecutablePath(L"LogWithoutExecutablePath", [](const test::Part::Context& context) {
+    HostExecutable host(L"");
+    host.FailNext(discovery_test::kAlways);
+    return WriteWithDefaultPath(context);
+});
+
+const test::Part g_switchedOn(L"LogWithoutComposing", [](const test::Part::Context& context) {
+    SetCurrentDirectoryW(context.Argument().c_str());
+    const int off = DiagnosticLog::WriteLine("zero\r\n"); // off at start
+    DiagnosticLog::SetEnabled(true);
+    return off * 100 + (DiagnosticLog::WriteLine("one\r\n") != 0 ? 1 : 0);
+});
+
+std::string LogIn(const test::TemporaryFolder& folder)
+{
+    const std::wstring file = folder / L"QanHelperLog.txt";
+    return test::Exists(file) ? test::WithoutTimeStamps(test::ReadFileBytes(file)) : "no file";
+}
+
+TEST(DiagnosticLogPath, WithoutLocalAppDataIsTheBareNameInTheCurrentDirectory)
+{
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(test::OtherProcess(L"LogWithoutLocalAppData", folder.Path()).End(), 102u);
+    EXPECT_EQ(LogIn(folder), "one\r\ntwo\r\n");
+}
+
+TEST(DiagnosticLogPath, WithoutTheExecutablesPathIsTheBareNameInTheCurrentDirectory)
+{
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(test::OtherProcess(L"LogWithoutExecutablePath", folder.Path()).End(), 102u);
+    EXPECT_EQ(LogIn(folder), "one\r\ntwo\r\n");
+}
+
+TEST(DiagnosticLogPath, BeforeComposingIsTheBareNameAndTheLogIsOff)
+{
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(test::OtherProcess(L"LogWithoutComposing", folder.Path()).End(), 101u);
+    EXPECT_EQ(LogIn(folder), "one\r\n");
+}
+
+// The path under which the log is opened, for a host's executable and a value of LOCALAPPDATA.
+std::wstring PathFor(const std::wstring& localAppData, const std::wstring& executable)
+{
+    const HostExecutable host(executable);
+    const test::ScopedEnvironment environment(L"LOCALAPPDATA", localAppData.c_str());
+    EXPECT_EQ(DiagnosticLog::ComposePath(), 1);
+    FileCalls calls;
+    calls.failsToOpen = true;
+    DiagnosticLog::SetEnabled(true);
+    DiagnosticLog::WriteLine("x");
+    DiagnosticLog::SetEnabled(false);
+    return calls.paths.empty() ? L"" : calls.paths.front();
+}
+
+TEST(DiagnosticLogPath, HoldsADoubledSeparatorBeforeTheHostName)
+{
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\Launcher.exe"),
+              L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+}
+
+TEST(DiagnosticLogPath, HostNameEndsAtItsFirstDot)
+{
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\a.b.exe"),
+              L"C:\\Local\\Vel\\QanHelper\\\\a\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\Launcher"),
+              L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\.exe"), L"C:\\Local\\Vel\\QanHelper\\\\\\QanHelperLog.txt");
+}
+
+TEST(DiagnosticLogPath, DotsInFoldersStay)
+{
+    EXPECT_EQ(PathFor(L"C:\\Local.x", L"C:\\v1.2\\Launcher.exe"),
+              L"C:\\Local.x\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+}
+
+TEST(DiagnosticLogPath, BackslashAtTheEndOfLocalAppDataStays)
+{
+    EXPECT_EQ(PathFor(L"C:\\Local\\", L"C:\\Tools\\Launcher.exe"),
+              L"C:\\Local\\\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+}
+
+TEST(DiagnosticLogPath, MayHoldAnyLetters)
+{
+    EXPECT_EQ(PathFor(L"C:\\\u30e1\u30fc\u30eb", L"C:\\Tools\\\u0436\xd83d\xde00.exe"),
+              L"C:\\\u30e1\u30fc\u30eb\\Vel\\QanHelper\\\\\u0436\xd83d\xde00\\QanHelperLog.txt");
+}
+
+TEST(DiagnosticLogPath, IsComposedAnewEveryTime)
+{
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\A.exe"), L"C:\\Local\\Vel\\QanHelper\\\\A\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"D:\\L", L"C:\\B.exe"), L"D:\\L\\Vel\\QanHelper\\\\B\\QanHelperLog.txt");
+}
+
+// What the path of the log of "C:\\a.exe" adds to LOCALAPPDATA.
+const std::wstring kRest = L"\\Vel\\QanHelper\\\\a\\QanHelperLog.txt";
+
+// A value of LOCALAPPDATA that makes a path of so many characters.
+std::wstring LocalAppDataFor(std::size_t characters)
+{
+    const std::wstring drive = L"C:\\";
+    return drive + std::wstring(characters - drive.size() - kRest.size(), L'x');
+}
+
+TEST(DiagnosticLogPath, TakesUpTo259Characters)
+{
+    const std::wstring localAppData = LocalAppDataFor(259);
+    EXPECT_EQ(PathFor(localAppData, L"C:\\a.exe"), localAppData + kRest);
+}
+
+// A longer path ends the process on some runtimes, unless the host prevents that; there, and where the
+// runtime does not mind at all, the log stays where it was.
+TEST(DiagnosticLogPath, OfMoreCharactersLeavesTheLogWhereItWas)
+{
+    const test::InvalidParameterHandler handler;
+    const test::LogCapture log;
+    for (const std::size_t characters : {260u, 261u, 262u, 270u, 290u}) {
+        const test::ScopedEnvironment environment(L"LOCALAPPDATA", LocalAppDataFor(characters).c_str());
+        const HostExecutable host(L"C:\\a.exe");
+        EXPECT_EQ(DiagnosticLog::ComposePath(), 0) << characters;
+    }
+    DiagnosticLog::WriteLine("x\r\n");
+    EXPECT_THAT(log.Lines(), ElementsAre("x"));
+}
+
+TEST(DiagnosticLogPath, LocalAppDataOf260CharactersCannotBeRead)
+{
+    const test::LogCapture log;
+    const test::ScopedEnvironment environment(L"LOCALAPPDATA", std::wstring(260, L'x').c_str());
+    EXPECT_EQ(DiagnosticLog::ComposePath(), 0);
+    DiagnosticLog::WriteLine("x\r\n");
+    EXPECT_THAT(log.Lines(), ElementsAre("x"));
+}
+
+TEST(DiagnosticLogPath, ComposingMakesNoFolderAndLinesAreLostUntilThereIsOne)
+{
+    const test::TemporaryFolder local;
+    const HostExecutable host(L"C:\\Tools\\Launcher.exe");
+    const test::ScopedEnvironment environment(L"LOCALAPPDATA", local.Path().c_str());
+    EXPECT_EQ(DiagnosticLog::ComposePath(), 1);
+    DiagnosticLog::SetEnabled(true);
+    EXPECT_EQ(DiagnosticLog::WriteLine("lost\r\n"), 0);
+    EXPECT_FALSE(test::Exists(local / L"Vel"));
+    test::MakeFolder(local / L"Vel\\QanHelper\\Launcher");
+    EXPECT_NE(DiagnosticLog::WriteLine("kept\r\n"), 0);
+    DiagnosticLog::SetEnabled(false);
+    const std::wstring file = local / L"Vel\\QanHelper\\Launcher\\QanHelperLog.txt";
+    ASSERT_TRUE(test::Exists(file));
+    EXPECT_EQ(test::WithoutTimeStamps(test::ReadFileBytes(file)), "kept\r\n");
+}
+
+} // namespace

@@ -1,0 +1,68 @@
+#include "common/HString.h"
+
+#include "support/ImportPatch.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(HString, IsEmptyAtFirst)
+{
+    const HString text;
+    EXPECT_EQ(text.Get(), nullptr);
+    EXPECT_STREQ(text.c_str(), L"");
+}
+
+TEST(HString, HoldsWhatAGetterHandsOut)
+{
+    HString text;
+    WindowsCreateString(L"Contoso \u5929", 9, text.Put());
+    EXPECT_STREQ(text.c_str(), L"Contoso \u5929");
+    EXPECT_EQ(WindowsGetStringLen(text.Get()), 9u);
+}
+
+TEST(HString, HoldsAnEmptyText)
+{
+    HString text;
+    WindowsCreateString(L"", 0, text.Put());
+    EXPECT_STREQ(text.c_str(), L"");
+}
+
+TEST(HString, ReleasesItsStringOnce)
+{
+    static std::vector<HSTRING> s_released;
+    s_released.clear();
+    HSTRING handedOut = nullptr;
+    {
+        const test::ImportPatch<decltype(&WindowsDeleteString)> patch("WindowsDeleteString",
+                                                                      [](HSTRING string) -> HRESULT {
+                                                                          s_released.push_back(string);
+                                                                          return S_OK;
+                                                                      });
+        HString text;
+        WindowsCreateString(L"text", 4, text.Put());
+        handedOut = text.Get();
+    }
+    EXPECT_THAT(s_released, ElementsAre(handedOut));
+    WindowsDeleteString(handedOut);
+}
+
+TEST(HString, KeepsASharedStringAlive)
+{
+    HSTRING original = nullptr;
+    WindowsCreateString(L"shared", 6, &original);
+    {
+        HString copy;
+        WindowsDuplicateString(original, copy.Put());
+        EXPECT_STREQ(copy.c_str(), L"shared");
+    }
+    EXPECT_STREQ(WindowsGetStringRawBuffer(original, nullptr), L"shared");
+    WindowsDeleteString(original);
+}
+
+} // namespace

@@ -1,0 +1,36 @@
+#include "common/RuntimeError.h"
+
+#include <gtest/gtest.h>
+
+#include <cwchar>
+#include <string>
+
+namespace {
+
+TEST(RuntimeError, SuccessIsNotRaised)
+{
+    EXPECT_NO_THROW(ThrowIfFailed(S_OK));
+    EXPECT_NO_THROW(ThrowIfFailed(S_FALSE));
+}
+
+TEST(RuntimeError, FailureIsRaisedWithItsResultAndText)
+{
+    try {
+        ThrowIfFailed(E_ACCESSDENIED);
+        FAIL() << "nothing was raised";
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(error.Result(), E_ACCESSDENIED);
+        const std::wstring message = error.Message();
+        ASSERT_FALSE(message.empty());
+        // It stands inside a line of the log.
+        EXPECT_EQ(message.find_first_of(L"\r\n"), std::wstring::npos);
+        EXPECT_NE(message.back(), L' ');
+    }
+}
+
+TEST(RuntimeError, FailureWithoutATextShowsItsCode)
+{
+    EXPECT_STREQ(RuntimeError(static_cast<HRESULT>(0xA0000001)).Message(), L"0xA0000001");
+}
+
+} // namespace

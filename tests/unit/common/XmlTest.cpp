@@ -1,0 +1,277 @@
+#include "common/Xml.h"
+
+#include "support/ImportPatch.h"
+#include "support/TemporaryFolder.h"
+#include "support/Text.h"
+
+#include <gmock/gmock.h>
+
+#include <shlwapi.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using Microsoft::WRL::ComPtr;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Names = std::vector<std::string>;
+
+// A document in a file, and a reader over it.
+class Xml : public ::testing::Test
+{
+protected:
+    HRESULT Open(std::string_view document)
+    {
+        m_reader.Reset();
+        test::WriteFileBytes(File(), document);
+        return ::Xml::OpenReader(File().c_str(), m_reader);
+    }
+
+    // Opens the document and moves to its first element of this name.
+    void OpenAt(std::string_view document, std::wstring_view name)
+    {
+        ASSERT_EQ(Open(document), S_OK);
+        while (::Xml::ReadNode(m_reader.Get()) == S_OK) {
+            if (::Xml::IsElement(m_reader.Get()) && ::Xml::HasLocalName(m_reader.Get(), name)) {
+                return;
+            }
+        }
+        FAIL() << "no such element";
+    }
+
+    std::string Name()
+    {
+        const wchar_t* name = nullptr;
+        m_reader->GetLocalName(&name, nullptr);
+        return test::ToUtf8(name);
+    }
+
+    // The names of all elements, in order, and the result that ended the document.
+    std::pair<Names, HRESULT> Elements()
+    {
+        Names names;
+        HRESULT hr = S_OK;
+        // A walk that does not end is cut off: that is what the test is about then.
+        for (int nodes = 0; nodes < 10000 && (hr = ::Xml::ReadNode(m_reader.Get())) == S_OK; ++nodes) {
+            if (::Xml::IsElement(m_reader.Get())) {
+                names.push_back(Name());
+            }
+        }
+        return {names, hr};
+    }
+
+    std::pair<Names, HRESULT> Attributes(int stopAfter = 1000)
+    {
+        Names attributes;
+        const HRESULT hr =
+            ::Xml::ForEachAttribute(m_reader.Get(), [&](std::wstring_view name, const wchar_t* value) {
+                EXPECT_EQ(name.data()[name.size()], L'\0');
+                attributes.push_back(test::ToUtf8(name) + "=" + test::ToUtf8(value));
+                return static_cast<int>(attributes.size()) == stopAfter;
+            });
+        return {attributes, hr};
+    }
+
+    // The first attribute of each element that the walk visits.
+    std::pair<Names, HRESULT> Below(std::wstring_view name)
+    {
+        Names visited;
+        const HRESULT hr = ::Xml::ForEachElementBelow(m_reader.Get(), name, [&] {
+            std::string text = Name();
+            for (const std::string& attribute : Attributes().first) {
+                text += " " + attribute;
+            }
+            visited.push_back(text);
+        });
+        return {visited, hr};
+    }
+
+    std::wstring File() const { return m_folder / L"document.xml"; }
+
+    test::TemporaryFolder m_folder;
+    ComPtr<IXmlReader> m_reader;
+};
+
+TEST_F(Xml, DocumentIsReadToItsEnd)
+{
+    ASSERT_EQ(Open("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<a><b/>text<!-- c --><c><d/></c></a>"),
+              S_OK);
+    const auto [names, hr] = Elements();
+    EXPECT_THAT(names, ElementsAre("a", "b", "c", "d"));
+    EXPECT_EQ(hr, S_FALSE);
+}
+
+TEST_F(Xml, OpeningIsReadOnly)
+{
+    static DWORD s_mode = 0;
+    const test::ImportPatch<decltype(&SHCreateStreamOnFileW)> patch(
+        "SHCreateStreamOnFileW", [](const wchar_t*, DWORD mode, IStream**) -> HRESULT {
+            s_mode = mode;
+            return E_ACCESSDENIED;
+        });
+    s_mode = 77;
+    EXPECT_EQ(Open("<a/>"), E_ACCESSDENIED);
+    EXPECT_EQ(s_mode, 0u);
+}
+
+TEST_F(Xml, MissingFileFails)
+{
+    EXPECT_EQ(::Xml::OpenReader((m_folder / L"none.xml").c_str(), m_reader),
+              HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
+}
+
+TEST_F(Xml, ReaderThatCannotBeMadeFails)
+{
+    using Function = HRESULT(STDAPICALLTYPE*)(REFIID, void**, IMalloc*);
+    const test::ImportPatch<Function> patch(
+        "CreateXmlReader", [](REFIID, void**, IMalloc*) -> HRESULT { return E_OUTOFMEMORY; });
+    EXPECT_EQ(Open("<a/>"), E_OUTOFMEMORY);
+}
+
+// A file that was cut off by a crash must never hold a host: reading ends, wherever the cut is.
+TEST_F(Xml, ReadingEndsWhereverTheDocumentIsCut)
+{
+    const std::string document = "<a x=\"1\"><b><c y=\"2\"/>text</b><!-- note --><b></b></a>";
+    for (std::size_t length = 0; length <= document.size(); ++length) {
+        ASSERT_EQ(Open(document.substr(0, length)), S_OK) << length;
+        const auto [names, hr] = Elements();
+        EXPECT_NE(hr, S_OK) << length;
+        EXPECT_LE(names.size(), 4u) << length;
+    }
+}
+
+TEST_F(Xml, MismatchedTagFails)
+{
+    ASSERT_EQ(Open("<a><b></a>"), S_OK);
+    const auto [names, hr] = Elements();
+    EXPECT_THAT(names, ElementsAre("a", "b"));
+    EXPECT_TRUE(FAILED(hr));
+}
+
+TEST_F(Xml, OnlyElementsAreElements)
+{
+    ASSERT_EQ(Open("<a>text<!-- c --></a>"), S_OK);
+    EXPECT_FALSE(::Xml::IsElement(m_reader.Get())); // before the first node
+    std::string elements;
+    while (::Xml::ReadNode(m_reader.Get()) == S_OK) {
+        elements += ::Xml::IsElement(m_reader.Get()) ? "e" : "-";
+    }
+    EXPECT_EQ(elements, "e---"); // the text, the comment and the end tag are none
+}
+
+TEST_F(Xml, NamesAreWholeAndIgnoreTheCaseOfLatinLetters)
+{
+    EXPECT_TRUE(::Xml::NamesEqual(L"Package", L"Package"));
+    EXPECT_TRUE(::Xml::NamesEqual(L"pACKAGE", L"Package"));
+    EXPECT_TRUE(::Xml::NamesEqual(L"", L""));
+    EXPECT_FALSE(::Xml::NamesEqual(L"Packages", L"Package"));
+    EXPECT_FALSE(::Xml::NamesEqual(L"Pack", L"Package"));
+    EXPECT_FALSE(::Xml::NamesEqual(L"", L"Package"));
+    EXPECT_FALSE(::Xml::NamesEqual(L"Packagf", L"Package"));
+    EXPECT_FALSE(::Xml::NamesEqual(L"\u00e9", L"\u00c9"));
+}
+
+TEST_F(Xml, PrefixOfANameDoesNotCount)
+{
+    OpenAt("<p:Root xmlns:p=\"urn:x\"/>", L"rOOT");
+    EXPECT_FALSE(::Xml::HasLocalName(m_reader.Get(), L"p:Root"));
+    EXPECT_FALSE(::Xml::HasLocalName(m_reader.Get(), L"Roo"));
+}
+
+TEST_F(Xml, AttributesComeInOrderAndTheReaderReturnsToTheElement)
+{
+    OpenAt("<a z=\"1\" y=\"\" x=\"&lt;&#x30e1;\"/>", L"a");
+    const auto [attributes, hr] = Attributes();
+    EXPECT_THAT(attributes, ElementsAre("z=1", "y=", "x=<\u30e1"));
+    EXPECT_EQ(hr, S_FALSE);
+    EXPECT_TRUE(::Xml::IsElement(m_reader.Get()));
+    EXPECT_EQ(Name(), "a");
+}
+
+TEST_F(Xml, ElementWithoutAttributes)
+{
+    OpenAt("<a/>", L"a");
+    const auto [attributes, hr] = Attributes();
+    EXPECT_THAT(attributes, IsEmpty());
+    EXPECT_EQ(hr, S_FALSE);
+}
+
+TEST_F(Xml, WalkOverAttributesEndsWhenItIsTold)
+{
+    OpenAt("<a z=\"1\" y=\"2\" x=\"3\"/>", L"a");
+    const auto [attributes, hr] = Attributes(2);
+    EXPECT_THAT(attributes, ElementsAre("z=1", "y=2"));
+    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(Name(), "a");
+}
+
+TEST_F(Xml, ElementsBelowAreVisitedWhereverTheyStand)
+{
+    OpenAt("<r><top><x n=\"1\"/><y><X n=\"2\"><x n=\"3\"/></X></y><xx n=\"4\"/>text</top><x n=\"5\"/></r>",
+           L"top");
+    const auto [visited, hr] = Below(L"x");
+    EXPECT_THAT(visited, ElementsAre("x n=1", "X n=2", "x n=3"));
+    EXPECT_EQ(hr, S_OK);
+    // The walk stands on the end of "top": what follows is not lost.
+    EXPECT_EQ(::Xml::ReadNode(m_reader.Get()), S_OK);
+    EXPECT_TRUE(::Xml::HasLocalName(m_reader.Get(), L"x"));
+}
+
+TEST_F(Xml, EmptyElementHasNothingBelowAndTheNextOneIsAtHand)
+{
+    OpenAt("<r><top/><x n=\"1\"/><x n=\"2\"/></r>", L"top");
+    const auto [visited, hr] = Below(L"x");
+    EXPECT_THAT(visited, IsEmpty());
+    EXPECT_EQ(hr, S_OK);
+    EXPECT_TRUE(::Xml::IsElement(m_reader.Get()));
+    EXPECT_THAT(Attributes().first, ElementsAre("n=1"));
+}
+
+TEST_F(Xml, LastEmptyElementEndsAtItsParentsEnd)
+{
+    OpenAt("<r><s><top/></s><x n=\"1\"/></r>", L"top");
+    const auto [visited, hr] = Below(L"x");
+    EXPECT_THAT(visited, IsEmpty());
+    EXPECT_EQ(hr, S_OK);
+    EXPECT_FALSE(::Xml::IsElement(m_reader.Get()));
+    EXPECT_EQ(Name(), "s");
+}
+
+TEST_F(Xml, WalkBelowTheRootEndsWithTheRoot)
+{
+    OpenAt("<top><x/><y><x/></y></top>", L"top");
+    const auto [visited, hr] = Below(L"x");
+    EXPECT_THAT(visited, ElementsAre("x", "x"));
+    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(::Xml::ReadNode(m_reader.Get()), S_FALSE);
+}
+
+TEST_F(Xml, EmptyRootEndsWithTheDocument)
+{
+    OpenAt("<top/>", L"top");
+    const auto [visited, hr] = Below(L"x");
+    EXPECT_THAT(visited, IsEmpty());
+    EXPECT_EQ(hr, S_FALSE);
+}
+
+TEST_F(Xml, BrokenDocumentEndsTheWalkWithTheReadersFailure)
+{
+    OpenAt("<top><x/><y></top>", L"top");
+    const auto [visited, hr] = Below(L"x");
+    EXPECT_THAT(visited, ElementsAre("x"));
+    EXPECT_TRUE(FAILED(hr));
+}
+
+TEST_F(Xml, WalkEndsWhereverTheDocumentIsCut)
+{
+    const std::string document = "<top><x n=\"1\"><y/></x>text<!-- note --><x n=\"2\"></x></top>";
+    for (std::size_t length = 5; length < document.size(); ++length) {
+        OpenAt(document.substr(0, length), L"top");
+        EXPECT_LE(Below(L"x").first.size(), 2u) << length;
+    }
+}
+
+} // namespace

@@ -1,0 +1,178 @@
+// How the package manager stops when its thread does not.
+
+#include "discovery/PackageManager.h"
+
+#include "common/DiagnosticLog.h"
+#include "unit/discovery/Stop.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace discovery_test;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+// A thread that is not the refresh thread, and does not stop.
+class StopOfAStubbornThread : public PackageManagerStop
+{
+protected:
+    StopOfAStubbornThread()
+        : m_terminate("TerminateThread", [](HANDLE thread, DWORD exitCode) -> BOOL {
+              s_stubborn->m_terminated.push_back({thread, exitCode});
+              return s_stubborn->m_terminate.Original()(thread, exitCode);
+          })
+    {
+        s_stubborn = this;
+        m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        m_manager.m_hRefreshThread = CreateThread(
+            nullptr, 0, [](void*) -> DWORD { return SleepEx(INFINITE, FALSE); }, nullptr, 0, nullptr);
+        LetThreadRun();
+        m_stubborn = m_manager.m_hRefreshThread;
+        m_event = Duplicate(m_manager.m_hExitEvent);
+        m_thread = Duplicate(m_stubborn);
+        m_onOtherWait = [this](HANDLE handle, DWORD milliseconds) -> std::optional<DWORD> {
+            if (handle != m_stubborn) {
+                return std::nullopt;
+            }
+            m_threadWaits.push_back(milliseconds);
+            m_wasSignalled = m_wasSignalled && IsEventSignalled();
+            return milliseconds == 30000 ? m_answer : std::nullopt;
+        };
+    }
+    ~StopOfAStubbornThread() override { m_terminate.Original()(m_thread, 0); }
+
+    static inline StopOfAStubbornThread* s_stubborn = nullptr;
+    test::ImportPatch<decltype(&TerminateThread)> m_terminate;
+    HANDLE m_stubborn;
+    std::vector<std::pair<HANDLE, DWORD>> m_terminated;
+    std::vector<DWORD> m_threadWaits;
+    bool m_wasSignalled = true;
+    std::optional<DWORD> m_answer = WAIT_TIMEOUT; // of the long wait
+};
+
+TEST_F(StopOfAStubbornThread, IsTerminatedAfterThirtySeconds)
+{
+    m_manager.Finalize();
+    ASSERT_EQ(m_terminated.size(), 1u);
+    EXPECT_EQ(m_terminated[0], std::pair(m_stubborn, DWORD{0}));
+    ASSERT_FALSE(m_threadWaits.empty());
+    EXPECT_EQ(m_threadWaits[0], 30000u);
+    EXPECT_TRUE(m_wasSignalled);
+    EXPECT_EQ(ThreadExitCode(), 0u);
+    EXPECT_TRUE(IsEventSignalled());
+    ExpectNothingHeld();
+    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn +
+                                                Lines{"CQanhPackageManager::WaitThreadExit IN",
+                                                      "CQanhPackageManager::WaitThreadExit OUT"} +
+                                                kFinalizeOut));
+}
+
+TEST_F(StopOfAStubbornThread, LeavesACatalogThatCanBeUsed)
+{
+    ASSERT_EQ(m_manager.m_AppNameList.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
+    m_manager.Finalize();
+    EXPECT_EQ(m_manager.m_AppNameList.AddDesktopApp(L"b", L"C:\\b.lnk"), S_OK);
+    EXPECT_THAT(Shortcuts(m_manager), Contains(L"C:\\b.lnk"));
+}
+
+TEST_F(StopOfAStubbornThread, IsNotTerminatedWhenTheWaitFails)
+{
+    m_answer = WAIT_FAILED;
+    m_manager.Finalize();
+    EXPECT_THAT(m_terminated, IsEmpty());
+    EXPECT_THAT(m_threadWaits, ElementsAre(30000u));
+    ExpectNothingHeld();
+    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kFinalizeOut));
+}
+
+TEST_F(StopOfAStubbornThread, ClosesEveryHandleOnce)
+{
+    DiagnosticLog::SetEnabled(false);
+    const HANDLE event = m_manager.m_hExitEvent;
+    const ClosedHandles closed;
+    m_manager.Finalize();
+    EXPECT_THAT(closed.Get(), ElementsAre(m_stubborn, event));
+}
+
+// What WaitThreadExit asks for, with answers of the test's.
+class ThreadExit : public Pass
+{
+protected:
+    ThreadExit()
+        : m_exitCode("GetExitCodeThread", [](HANDLE thread, DWORD* exitCode) -> BOOL {
+              EXPECT_EQ(thread, kThread);
+              s_exit->m_steps.push_back(L"exit code");
+              *exitCode = ++s_exit->m_rounds > s_exit->m_activeRounds ? 5 : STILL_ACTIVE;
+              return TRUE;
+          })
+    {
+        s_exit = this;
+        m_onOtherWait = [this](HANDLE handle, DWORD milliseconds) -> std::optional<DWORD> {
+            if (handle != kThread) {
+                return std::nullopt;
+            }
+            m_steps.push_back(L"wait " + std::to_wstring(milliseconds));
+            return m_rounds >= m_signalledRound ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
+        };
+        m_sleep.OnSleep(
+            [](DWORD milliseconds) { s_exit->m_steps.push_back(L"sleep " + std::to_wstring(milliseconds)); });
+    }
+
+    static std::vector<std::wstring> Rounds(int count)
+    {
+        std::vector<std::wstring> steps;
+        for (int round = 0; round < count; ++round) {
+            steps.insert(steps.end(), {L"exit code", L"wait 100", L"sleep 1"});
+        }
+        return steps;
+    }
+
+    static inline ThreadExit* s_exit = nullptr;
+    static inline HANDLE const kThread = reinterpret_cast<HANDLE>(static_cast<INT_PTR>(0x7654));
+    test::FakeSleep m_sleep;
+    test::ImportPatch<decltype(&GetExitCodeThread)> m_exitCode;
+    int m_rounds = 0;
+    int m_activeRounds = 1000;   // how often the thread is still active
+    int m_signalledRound = 1000; // when its handle is signalled
+};
+
+TEST_F(ThreadExit, IsWaitedForInThirtyTwoRounds)
+{
+    CQanhPackageManager::WaitThreadExit(kThread);
+    EXPECT_EQ(m_steps, Rounds(32));
+    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhPackageManager::WaitThreadExit IN",
+                                           "CQanhPackageManager::WaitThreadExit OUT"));
+}
+
+TEST_F(ThreadExit, IsNotWaitedForOnceItHasAnExitCode)
+{
+    m_activeRounds = 0;
+    CQanhPackageManager::WaitThreadExit(kThread);
+    EXPECT_THAT(m_steps, ElementsAre(L"exit code"));
+    m_steps.clear();
+    m_rounds = 0;
+    m_activeRounds = 2;
+    CQanhPackageManager::WaitThreadExit(kThread);
+    std::vector<std::wstring> expected = Rounds(2);
+    expected.push_back(L"exit code");
+    EXPECT_EQ(m_steps, expected);
+}
+
+TEST_F(ThreadExit, IsNotWaitedForOnceItsHandleIsSignalled)
+{
+    // A thread may end with the very code that means that it is active.
+    m_signalledRound = 3;
+    CQanhPackageManager::WaitThreadExit(kThread);
+    std::vector<std::wstring> expected = Rounds(2);
+    expected.insert(expected.end(), {L"exit code", L"wait 100"});
+    EXPECT_EQ(m_steps, expected);
+}
+
+} // namespace

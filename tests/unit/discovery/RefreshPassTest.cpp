@@ -1,0 +1,266 @@
+// What one pass of the refresh thread does.
+
+#include "discovery/PackageManager.h"
+
+#include "unit/discovery/ThreadRun.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace discovery_test;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+using RefreshPass = RefreshThread;
+
+TEST_F(RefreshPass, StepsOfAPassComeInTheirOrder)
+{
+    WriteAndLoad(
+        "<Applications><MetroApps><Package PackageFamilyName=\"b\" /><Package PackageFamilyName=\"a\" />"
+        "</MetroApps><DesktopApps><DesktopApp DisplayName=\"z\" LnkFileName=\"C:\\z.lnk\" />"
+        "<DesktopApp DisplayName=\"y\" LnkFileName=\"C:\\y.lnk\" /></DesktopApps></Applications>");
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"family b", L"family a", L"exists C:\\z.lnk",
+                                     L"exists C:\\y.lnk", L"store", L"search " + Common() + L"\\*.lnk",
+                                     L"search " + Common() + L"\\*.url", L"search " + Common() + L"\\*",
+                                     L"search " + User() + L"\\*.lnk", L"search " + User() + L"\\*.url",
+                                     L"search " + User() + L"\\*", L"save " + CatalogFile(), L"wait 180000"));
+}
+
+TEST_F(RefreshPass, LogOfAPass)
+{
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(ThreadLines(), ElementsAreArray(StartLines() + PassLines() + kPassesOut));
+    EXPECT_FALSE(IsExitEventSignalled());
+    ExpectMutexClosed();
+}
+
+TEST_F(RefreshPass, PackagesAreAskedForByTheirOwnNames)
+{
+    WriteAndLoad("<Applications><Package PackageFamilyName=\"b\" /><Package PackageFamilyName=\"\" />"
+                 "</Applications>");
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(ThreadLines(),
+                ElementsAreArray(StartLines() + kPassIn +
+                                 Lines{"QanhIsInstalled(b) IN", "QanhIsInstalled() IN"} + kStore +
+                                 WalkLines(Common()) + WalkLines(User()) + SaveLines() + kPassesOut));
+}
+
+TEST_F(RefreshPass, PackagesCountAsInstalledUnlessTheStoreSaysNo)
+{
+    WriteAndLoad(
+        "<Applications>"
+        "<Package PackageFamilyName=\"there\" Version=\"1.0.0.0\" NeedReserve=\"1\" IsInstalled=\"0\" />"
+        "<Package PackageFamilyName=\"gone\" Version=\"1.0.0.0\" NeedReserve=\"1\" />"
+        "<Package PackageFamilyName=\"broken\" Version=\"1.0.0.0\" NeedReserve=\"1\" IsInstalled=\"0\" />"
+        "<Package Version=\"2.0.0.0\" IsInstalled=\"0\" />"
+        "</Applications>");
+    m_store.installed = {L"there"};
+    m_store.failing = {L"broken"};
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"there")->IsInstalled, 1);
+    EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"gone")->IsInstalled, 0);
+    EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"broken")->IsInstalled, 1);
+    // A package without a name cannot be asked for, so it counts as installed and is saved.
+    EXPECT_THAT(Saved(), HasSubstr("<Package PackageFamilyName=\"\" Version=\"2.0.0.0\" />"));
+}
+
+TEST_F(RefreshPass, DesktopRecordsAreInstalledWhileTheirShortcutExists)
+{
+    test::MakeFile(m_folder / L"there.lnk");
+    test::MakeFolder(m_folder / L"folder.lnk");
+    const std::wstring reserved = L"\" NeedReserve=\"1\" ";
+    WriteAndLoad(test::ToUtf8(
+        L"<Applications><DesktopApps><DesktopApp DisplayName=\"a\" LnkFileName=\"" +
+        (m_folder / L"there.lnk") + reserved +
+        L"IsInstalled=\"0\" /><DesktopApp DisplayName=\"b\" LnkFileName=\"" + (m_folder / L"gone.lnk") +
+        reserved + L"/><DesktopApp DisplayName=\"c\" LnkFileName=\"" + (m_folder / L"gone too.lnk") +
+        L"\" /><DesktopApp DisplayName=\"d\" LnkFileName=\"" + (m_folder / L"folder.lnk") + reserved +
+        L"IsInstalled=\"0\" /><DesktopApp DisplayName=\"e\" NeedReserve=\"1\" />" +
+        L"</DesktopApps></Applications>"));
+    EXPECT_EQ(Run(), 0u);
+    const std::string saved = Saved();
+    EXPECT_THAT(saved, HasSubstr(test::ToUtf8(m_folder / L"there.lnk") + "\" NeedReserve=\"1\" />"));
+    EXPECT_THAT(
+        saved, HasSubstr(test::ToUtf8(m_folder / L"gone.lnk") + "\" NeedReserve=\"1\" IsInstalled=\"0\" />"));
+    // Gone and not reserved: not written any more.
+    EXPECT_THAT(saved, Not(HasSubstr("gone too")));
+    EXPECT_THAT(saved, HasSubstr(test::ToUtf8(m_folder / L"folder.lnk") + "\" NeedReserve=\"1\" />"));
+    EXPECT_THAT(saved, HasSubstr("<DesktopApp DisplayName=\"e\" NeedReserve=\"1\" IsInstalled=\"0\" />"));
+}
+
+TEST_F(RefreshPass, RecordsThatTheWalkFindsAreNotMarkedInTheSamePass)
+{
+    test::MakeFile(Common() + L"\\A.lnk");
+    test::MakeFile(User() + L"\\B.url");
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(Common() + L"\\A.lnk", User() + L"\\B.url"));
+    EXPECT_THAT(m_steps, Not(Contains(L"exists " + Common() + L"\\A.lnk")));
+    EXPECT_THAT(Saved(), HasSubstr("<DesktopApp DisplayName=\"B\""));
+}
+
+TEST_F(RefreshPass, AFailingStoreIsLoggedAndThePassGoesOn)
+{
+    m_store.isAvailable = false;
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(
+        ThreadLines(),
+        ElementsAreArray(
+            StartLines() + kPassIn + kStore +
+            Lines{"CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 "} +
+            WalkLines(Common()) + WalkLines(User()) + SaveLines() + kPassesOut));
+}
+
+TEST_F(RefreshPass, AMissingFolderIsLoggedAndThePassGoesOn)
+{
+    RemoveDirectoryW(Common().c_str());
+    RemoveDirectoryW(User().c_str());
+    EXPECT_EQ(Run(), 0u);
+    const Lines lines = ThreadLines();
+    // The wide folder is printed as a narrow text: its first letter.
+    const std::string failed = "CQanhPackageManager::RefreshThread pPyxPackageManager->RefreshDesktopApps(" +
+                               test::ToUtf8(m_folder.Path().substr(0, 1)) + ") failed. ErrCode = 0x80004005 ";
+    const auto failedWalk = [&](const std::wstring& folder) {
+        Lines walk = WalkLines(folder);
+        walk[2].replace(walk[2].size() - 2, 1, "3");
+        walk[4].replace(walk[4].size() - 2, 1, "3");
+        walk[5] = "Errcode = 3 ";
+        return walk + Lines{failed};
+    };
+    EXPECT_THAT(lines, ElementsAreArray(StartLines() + kPassIn + kStore + failedWalk(Common()) +
+                                        failedWalk(User()) + SaveLines() + kPassesOut));
+}
+
+TEST_F(RefreshPass, AFailingSaveIsLoggedAndTheMutexIsClosedAllTheSame)
+{
+    m_saveResult = STG_E_ACCESSDENIED;
+    bool wasMutexClosed = false;
+    m_onStep = [&](const std::wstring& step) {
+        wasMutexClosed = step == L"wait 180000" && !CQanhPackageManager::m_hInstanceMutex && !MutexExists();
+    };
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_TRUE(wasMutexClosed);
+    EXPECT_THAT(
+        ThreadLines(),
+        ElementsAreArray(
+            StartLines() + kPassIn + kStore + WalkLines(Common()) + WalkLines(User()) +
+            Lines{SaveLines()[0], "CQanhAppNameList::Save OUT(0x80030005)",
+                  "CQanhPackageManager::RefreshThread pPyxPackageManager->m_AppNameList.Save() failed. "
+                  "ErrCode = 0x80030005 "} +
+            kPassesOut));
+}
+
+TEST_F(RefreshPass, MutexStaysUntilTheFirstPassIsSaved)
+{
+    std::vector<std::wstring> withoutMutex;
+    m_onStep = [&](const std::wstring& step) {
+        if (!MutexExists()) {
+            withoutMutex.push_back(step);
+        }
+    };
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(withoutMutex, ElementsAre(L"wait 180000"));
+    EXPECT_TRUE(test::Exists(CatalogFile()));
+}
+
+// The exit event is signalled in the middle of a pass: what is still done.
+class InterruptedPass : public RefreshThread
+{
+protected:
+    void RunUntil(const std::wstring& step)
+    {
+        test::MakeFile(Common() + L"\\A.lnk");
+        test::MakeFile(User() + L"\\B.lnk");
+        WriteAndLoad(CatalogOf({L"C:\\x.lnk", L"C:\\y.lnk"}));
+        m_exitAt = step;
+        EXPECT_EQ(Run(), 0u);
+        EXPECT_FALSE(IsExitEventSignalled());
+        EXPECT_EQ(ThreadLines().back(), kPassesOut[0]);
+        EXPECT_EQ(m_steps.back(), L"wait 180000");
+        ExpectMutexClosed();
+    }
+    bool WasDone(const std::wstring& step) const
+    {
+        return std::find(m_steps.begin(), m_steps.end(), step) != m_steps.end();
+    }
+    bool WasSaved() const { return WasDone(L"save " + CatalogFile()); }
+};
+
+TEST_F(InterruptedPass, WhileMarkingFinishesMarkingAndAsksTheStore)
+{
+    RunUntil(L"exists C:\\x.lnk");
+    EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"exists C:\\x.lnk", L"exists C:\\y.lnk", L"store",
+                                     L"wait 180000"));
+    EXPECT_THAT(ThreadLines(), ElementsAreArray(StartLines() + kPassIn + kStore + kPassesOut));
+    EXPECT_FALSE(test::Exists(CatalogFile()));
+}
+
+TEST_F(InterruptedPass, WhileAskingTheStoreWalksNoFolder)
+{
+    RunUntil(L"store");
+    EXPECT_EQ(Shortcuts(m_manager).size(), 2u);
+    EXPECT_FALSE(WasDone(L"search " + Common() + L"\\*.lnk"));
+    EXPECT_FALSE(WasDone(L"search " + User() + L"\\*.lnk"));
+    EXPECT_FALSE(WasSaved());
+}
+
+TEST_F(InterruptedPass, WhileWalkingTheCommonFolderLeavesTheUsersOut)
+{
+    RunUntil(L"search " + Common() + L"\\*.lnk");
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\x.lnk", L"C:\\y.lnk", Common() + L"\\A.lnk"));
+    EXPECT_FALSE(WasDone(L"search " + User() + L"\\*.lnk"));
+    EXPECT_FALSE(WasSaved());
+}
+
+TEST_F(InterruptedPass, WhileWalkingTheUsersFolderDoesNotSave)
+{
+    RunUntil(L"search " + User() + L"\\*.lnk");
+    EXPECT_THAT(Shortcuts(m_manager),
+                ElementsAre(L"C:\\x.lnk", L"C:\\y.lnk", Common() + L"\\A.lnk", User() + L"\\B.lnk"));
+    EXPECT_FALSE(WasSaved());
+}
+
+TEST_F(InterruptedPass, WhileSavingSavesAll)
+{
+    RunUntil(L"save " + CatalogFile());
+    EXPECT_THAT(Saved(), HasSubstr("DisplayName=\"B\""));
+    EXPECT_EQ(m_waits, 2);
+}
+
+// The runtime's memory runs out at the next request, once.
+bool g_failNext = false;
+
+void* FailingMalloc(std::size_t size)
+{
+    // Patching itself allocates, before the patch knows the function that it stands in for.
+    static const auto s_malloc = reinterpret_cast<void* (*)(std::size_t)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
+    if (g_failNext) {
+        g_failNext = false;
+        return nullptr;
+    }
+    return s_malloc(size);
+}
+
+TEST_F(RefreshPass, RunningOutOfMemoryWhileMarkingDoesNotEndThePass)
+{
+    WriteAndLoad(CatalogOf({L"C:\\x.lnk"}));
+    const test::ImportPatch<decltype(&FailingMalloc)> patch("malloc", FailingMalloc);
+    g_failNext = false;
+    m_onStep = [](const std::wstring& step) { g_failNext = step == L"exists C:\\x.lnk"; };
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_FALSE(g_failNext);
+    EXPECT_THAT(m_steps, Contains(L"save " + CatalogFile()));
+    // The record was not marked.
+    EXPECT_THAT(Saved(), HasSubstr("C:\\x.lnk"));
+}
+
+} // namespace

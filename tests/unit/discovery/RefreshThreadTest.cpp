@@ -1,0 +1,230 @@
+// The refresh thread from its start to its end.
+
+#include "discovery/PackageManager.h"
+
+#include "common/DiagnosticLog.h"
+#include "unit/discovery/ThreadRun.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace discovery_test;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+TEST_F(RefreshThread, NeedsItsManager)
+{
+    EXPECT_EQ(Run(nullptr), 87u);
+    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhPackageManager::RefreshThread IN",
+                                           "CQanhPackageManager::RefreshThread OUT : nRet(0x80004003)"));
+    EXPECT_THAT(m_steps, IsEmpty());
+    ExpectMutexClosed();
+}
+
+TEST_F(RefreshThread, NeedsItsManagerEvenWithoutAMutex)
+{
+    CloseHandle(CQanhPackageManager::m_hInstanceMutex);
+    CQanhPackageManager::m_hInstanceMutex = nullptr;
+    EXPECT_EQ(Run(nullptr), 87u);
+}
+
+class RefreshThreadVariable : public RefreshThread, public ::testing::WithParamInterface<const wchar_t*>
+{
+protected:
+    void ExpectEarlyEnd()
+    {
+        EXPECT_EQ(Run(), 2011u);
+        EXPECT_THAT(m_log.Lines(),
+                    ElementsAreArray(Lines{"CQanhPackageManager::RefreshThread IN"} + FolderLines()));
+        EXPECT_THAT(m_steps, IsEmpty());
+        EXPECT_FALSE(IsExitEventSignalled());
+        ExpectMutexClosed();
+    }
+};
+
+TEST_P(RefreshThreadVariable, IsNeeded)
+{
+    const test::ScopedEnvironment environment(GetParam(), nullptr);
+    ExpectEarlyEnd();
+}
+
+TEST_P(RefreshThreadVariable, MustFit)
+{
+    const test::ScopedEnvironment environment(GetParam(), (L"C:\\" + std::wstring(257, L'x')).c_str());
+    ExpectEarlyEnd();
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, RefreshThreadVariable, ::testing::Values(L"ALLUSERSPROFILE", L"APPDATA"));
+
+TEST_F(RefreshThread, ReadsTheCommonVariableFirst)
+{
+    static std::vector<std::wstring> s_names;
+    s_names.clear();
+    const test::ImportPatch<errno_t (*)(std::size_t*, wchar_t*, std::size_t, const wchar_t*)> patch(
+        "_wgetenv_s", [](std::size_t* size, wchar_t*, std::size_t, const wchar_t* name) -> errno_t {
+            s_names.push_back(name);
+            *size = 0;
+            return 0;
+        });
+    EXPECT_EQ(Run(), 2011u);
+    EXPECT_THAT(s_names, ElementsAre(L"LOCALAPPDATA", L"ALLUSERSPROFILE"));
+}
+
+TEST_F(RefreshThread, StoppedDuringTheFirstSecondEndsAtOnce)
+{
+    m_exitAt = L"wait 1000";
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(m_steps, ElementsAre(L"wait 1000"));
+    EXPECT_THAT(m_log.Lines(), ElementsAreArray(StartLines()));
+    EXPECT_TRUE(IsExitEventSignalled());
+    EXPECT_FALSE(test::Exists(CatalogFile()));
+    ExpectMutexClosed();
+}
+
+TEST_F(RefreshThread, WithoutAnEventItDoesNoMoreThanMarkAndAskTheStore)
+{
+    WriteAndLoad(CatalogOf({L"C:\\none.lnk"}));
+    CloseHandle(m_manager.m_hExitEvent);
+    m_exitEvent = m_manager.m_hExitEvent = nullptr;
+    m_waitAnswer = WAIT_FAILED;
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"exists C:\\none.lnk", L"store", L"wait 180000"));
+    EXPECT_THAT(ThreadLines(), ElementsAreArray(StartLines() + kPassIn + kStore + kPassesOut));
+    ExpectMutexClosed();
+}
+
+TEST_F(RefreshThread, PassesRepeatUntilTheEventIsSignalled)
+{
+    m_passes = 3;
+    int pass = 0;
+    m_onStep = [&](const std::wstring& step) {
+        if (step == L"wait 180000" && ++pass == 1) {
+            test::MakeFile(User() + L"\\New.lnk");
+        }
+    };
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_EQ(m_waits, 4);
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(User() + L"\\New.lnk"));
+    EXPECT_THAT(Saved(), HasSubstr("New"));
+    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"store"), 3);
+    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"save " + CatalogFile()), 3);
+    // Found by the second pass, marked by the third.
+    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"exists " + User() + L"\\New.lnk"), 1);
+    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"wait 1000"), 1);
+}
+
+TEST_F(RefreshThread, MutexIsClosedOnce)
+{
+    DiagnosticLog::SetEnabled(false);
+    m_passes = 3;
+    const ClosedHandles closed;
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_EQ(std::count(closed.Get().begin(), closed.Get().end(), m_mutex), 1);
+    EXPECT_THAT(closed.Get(), Not(Contains(INVALID_HANDLE_VALUE)));
+}
+
+TEST_F(RefreshThread, WithoutAMutexNoneIsClosed)
+{
+    DiagnosticLog::SetEnabled(false);
+    CloseHandle(CQanhPackageManager::m_hInstanceMutex);
+    CQanhPackageManager::m_hInstanceMutex = nullptr;
+    const ClosedHandles closed;
+    EXPECT_EQ(Run(), 0u);
+    // The thread's own handle is the only one.
+    EXPECT_EQ(closed.Get().size(), 1u);
+}
+
+TEST_F(RefreshThread, WaitsForTheIntervalOfTheSettings)
+{
+    const std::pair<DWORD, const wchar_t*> intervals[] = {
+        {1, L"wait 60000"},
+        {720, L"wait 43200000"},
+        {71582, L"wait 4294920000"},
+        {71583, L"wait 12704"}, // the product wraps
+    };
+    for (const auto& [minutes, wait] : intervals) {
+        m_settings.SetDword(L"RefreshInterval", minutes);
+        m_waits = 0;
+        EXPECT_EQ(Run(), 0u);
+        EXPECT_EQ(m_steps.back(), wait);
+    }
+    m_settings.DeleteValue(L"RefreshInterval");
+    m_waits = 0;
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_EQ(m_steps.back(), L"wait 43200000");
+}
+
+TEST_F(RefreshThread, ReadsTheIntervalOnceAtItsStart)
+{
+    m_passes = 2;
+    m_onStep = [&](const std::wstring& step) {
+        if (step == L"wait 1000") {
+            m_settings.SetDword(L"RefreshInterval", 5);
+        }
+    };
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"wait 180000"), 2);
+}
+
+TEST_F(RefreshThread, EndsWhenTheWaitFails)
+{
+    for (const DWORD answer : {DWORD{WAIT_FAILED}, DWORD{WAIT_ABANDONED}}) {
+        m_steps.clear();
+        m_waits = 0;
+        m_waitAnswer = answer;
+        SetEvent(m_exitEvent);
+        m_onStep = [&](const std::wstring& step) {
+            if (step == L"wait 1000") {
+                ResetEvent(m_exitEvent);
+            } else if (step == L"wait 180000") {
+                SetEvent(m_exitEvent);
+            }
+        };
+        EXPECT_EQ(Run(), 0u);
+        EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"store"), 1);
+        EXPECT_FALSE(IsExitEventSignalled());
+    }
+}
+
+TEST(RefreshThreadInRealTime, WaitsAboutASecondBeforeItsFirstPass)
+{
+    CQanhPackageManager manager;
+    manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    static LONG s_passBegan;
+    s_passBegan = 0;
+    const FakeStore store;
+    const test::ImportPatch<decltype(&RoInitialize)> patch("RoInitialize", [](RO_INIT_TYPE) -> HRESULT {
+        InterlockedExchange(&s_passBegan, 1);
+        return E_FAIL;
+    });
+    const test::TemporaryFolder folder;
+    const test::ScopedEnvironment localAppData(L"LOCALAPPDATA", folder.Path().c_str());
+    const test::ScopedEnvironment allUsers(L"ALLUSERSPROFILE", folder.Path().c_str());
+    const test::ScopedEnvironment appData(L"APPDATA", folder.Path().c_str());
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
+    const HANDLE thread = CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, &manager, 0, nullptr);
+    Sleep(800);
+    EXPECT_EQ(InterlockedExchange(&s_passBegan, 0), 0);
+    for (int wait = 0; wait < 100 && !InterlockedCompareExchange(&s_passBegan, 0, 0); ++wait) {
+        Sleep(50);
+    }
+    EXPECT_EQ(s_passBegan, 1);
+    SetEvent(manager.m_hExitEvent);
+    EXPECT_EQ(WaitForSingleObject(thread, 20000), DWORD{WAIT_OBJECT_0});
+    CloseHandle(thread);
+    CloseHandle(manager.m_hExitEvent);
+    manager.m_hExitEvent = nullptr;
+}
+
+} // namespace

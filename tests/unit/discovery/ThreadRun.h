@@ -1,0 +1,56 @@
+#pragma once
+
+#include "unit/discovery/Pass.h"
+
+#include <string>
+
+namespace discovery_test {
+
+// The refresh thread by itself, in the owner's state: it holds the instance mutex and its exit event is not
+// signalled.
+class RefreshThread : public Pass
+{
+protected:
+    RefreshThread()
+    {
+        m_exitEvent = m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        m_mutex = CQanhPackageManager::m_hInstanceMutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
+    }
+
+    DWORD Run(void* manager)
+    {
+        // The thread gives this back.
+        HMODULE module = nullptr;
+        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                           reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
+        const HANDLE thread =
+            CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, manager, 0, nullptr);
+        ResumeThread(thread);
+        DWORD exitCode = STILL_ACTIVE;
+        if (m_wait.Original()(thread, 20000) == WAIT_OBJECT_0) {
+            GetExitCodeThread(thread, &exitCode);
+        }
+        CloseHandle(thread);
+        return exitCode;
+    }
+    DWORD Run() { return Run(&m_manager); }
+
+    bool IsExitEventSignalled() const { return m_wait.Original()(m_exitEvent, 0) == WAIT_OBJECT_0; }
+    static void ExpectMutexClosed()
+    {
+        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
+        EXPECT_FALSE(MutexExists());
+    }
+    void WriteAndLoad(const std::string& xml)
+    {
+        test::WriteFileBytes(m_folder / L"start.xml", xml);
+        ASSERT_EQ(m_manager.m_AppNameList.Load((m_folder / L"start.xml").c_str()), S_FALSE);
+        m_log.Clear();
+        m_steps.clear();
+    }
+    std::string Saved() const { return test::ReadFileBytes(CatalogFile()); }
+
+    HANDLE m_mutex = nullptr;
+};
+
+} // namespace discovery_test

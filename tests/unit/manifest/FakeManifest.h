@@ -1,0 +1,250 @@
+#pragma once
+
+#include "platform/PackageManifest.h"
+#include "support/FakeObjects.h"
+
+#include <objbase.h>
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace manifest_test {
+
+class FakeApplication : public test::FakeUnknown<platform::IAppxManifestApplication>
+{
+public:
+    FakeApplication(test::FakeObjects& owner, std::wstring displayName)
+        : FakeUnknown(owner, "application"), m_displayName(std::move(displayName))
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE GetStringValue(const wchar_t* name, wchar_t** value) override
+    {
+        const HRESULT hr = m_owner.Enter(this, "GetStringValue", L"(" + std::wstring(name) + L")");
+        if (FAILED(hr)) {
+            return hr;
+        }
+        const std::size_t size = (m_displayName.size() + 1) * sizeof(wchar_t);
+        *value = static_cast<wchar_t*>(CoTaskMemAlloc(size));
+        std::wmemcpy(*value, m_displayName.c_str(), m_displayName.size() + 1);
+        s_values.push_back(*value);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetAppUserModelId(wchar_t**) override
+    {
+        return NotImplemented("GetAppUserModelId");
+    }
+
+    static inline std::vector<const void*> s_values; // handed out and not freed yet
+
+private:
+    std::wstring m_displayName;
+};
+
+class FakeApplications : public test::FakeUnknown<platform::IAppxManifestApplicationsEnumerator>
+{
+public:
+    FakeApplications(test::FakeObjects& owner, const std::vector<std::wstring>& displayNames)
+        : FakeUnknown(owner, "applications")
+    {
+        for (const std::wstring& displayName : displayNames) {
+            m_applications.push_back(owner.Make<FakeApplication>(displayName));
+        }
+    }
+
+    HRESULT STDMETHODCALLTYPE GetCurrent(platform::IAppxManifestApplication** application) override
+    {
+        if (m_position >= m_applications.size()) {
+            return NotImplemented("GetCurrent behind the end");
+        }
+        return Give("GetCurrent", m_applications[m_position], application);
+    }
+    HRESULT STDMETHODCALLTYPE GetHasCurrent(BOOL* hasCurrent) override
+    {
+        return GiveValue("GetHasCurrent", Has(), hasCurrent);
+    }
+    HRESULT STDMETHODCALLTYPE MoveNext(BOOL* hasNext) override
+    {
+        const HRESULT hr = m_owner.Enter(this, "MoveNext");
+        if (SUCCEEDED(hr)) {
+            ++m_position;
+            *hasNext = Has();
+        }
+        return hr;
+    }
+
+private:
+    [[nodiscard]] BOOL Has() const { return m_position < m_applications.size() ? TRUE : FALSE; }
+
+    std::vector<FakeApplication*> m_applications;
+    std::size_t m_position = 0;
+};
+
+class FakeManifestReader : public test::FakeUnknown<platform::IAppxManifestReader>
+{
+public:
+    FakeManifestReader(test::FakeObjects& owner, const std::vector<std::wstring>& displayNames)
+        : FakeUnknown(owner, "manifest reader"), m_applications(owner.Make<FakeApplications>(displayNames))
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE GetPackageId(void**) override { return NotImplemented("GetPackageId"); }
+    HRESULT STDMETHODCALLTYPE GetProperties(void**) override { return NotImplemented("GetProperties"); }
+    HRESULT STDMETHODCALLTYPE GetPackageDependencies(void**) override
+    {
+        return NotImplemented("GetPackageDependencies");
+    }
+    HRESULT STDMETHODCALLTYPE GetCapabilities(UINT32*) override { return NotImplemented("GetCapabilities"); }
+    HRESULT STDMETHODCALLTYPE GetResources(void**) override { return NotImplemented("GetResources"); }
+    HRESULT STDMETHODCALLTYPE GetDeviceCapabilities(void**) override
+    {
+        return NotImplemented("GetDeviceCapabilities");
+    }
+    HRESULT STDMETHODCALLTYPE GetPrerequisite(const wchar_t*, UINT64*) override
+    {
+        return NotImplemented("GetPrerequisite");
+    }
+    HRESULT STDMETHODCALLTYPE
+    GetApplications(platform::IAppxManifestApplicationsEnumerator** applications) override
+    {
+        return Give("GetApplications", m_applications, applications);
+    }
+    HRESULT STDMETHODCALLTYPE GetStream(IStream**) override { return NotImplemented("GetStream"); }
+
+private:
+    FakeApplications* m_applications;
+};
+
+class FakeManifestFactory : public test::FakeUnknown<platform::IAppxFactory>
+{
+public:
+    FakeManifestFactory(test::FakeObjects& owner, const std::vector<std::wstring>* displayNames)
+        : FakeUnknown(owner, "manifest factory"), m_displayNames(displayNames)
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE CreatePackageWriter() override { return NotImplemented("CreatePackageWriter"); }
+    HRESULT STDMETHODCALLTYPE CreatePackageReader() override { return NotImplemented("CreatePackageReader"); }
+    HRESULT STDMETHODCALLTYPE CreateManifestReader(IStream* stream,
+                                                   platform::IAppxManifestReader** reader) override
+    {
+        manifest.resize(4096);
+        ULONG size = 0;
+        stream->Read(manifest.data(), static_cast<ULONG>(manifest.size()), &size);
+        manifest.resize(size);
+        return Give("CreateManifestReader", m_owner.Make<FakeManifestReader>(*m_displayNames), reader);
+    }
+    HRESULT STDMETHODCALLTYPE CreateBlockMapReader() override
+    {
+        return NotImplemented("CreateBlockMapReader");
+    }
+    HRESULT STDMETHODCALLTYPE CreateValidatedBlockMapReader() override
+    {
+        return NotImplemented("CreateValidatedBlockMapReader");
+    }
+
+    std::string manifest; // what the stream holds
+
+private:
+    const std::vector<std::wstring>* m_displayNames;
+};
+
+// The system's manifest reader for the library in this program, until the end of the scope: whatever the
+// file, it declares applications of these display names. The thread's way into COM and out of it is the real
+// one, and noted in the journal with the rest. One at a time.
+class FakeManifest
+{
+public:
+    FakeManifest()
+        : factory(objects.Make<FakeManifestFactory>(&displayNames)), m_initialize("CoInitializeEx", Initialize),
+          m_uninitialize("CoUninitialize", Uninitialize), m_create("CoCreateInstance", Create),
+          m_openStream("SHCreateStreamOnFileEx", OpenStream), m_free("CoTaskMemFree", Free)
+    {
+        s_current = this;
+        FakeApplication::s_values.clear();
+    }
+    ~FakeManifest() { s_current = nullptr; }
+    FakeManifest(const FakeManifest&) = delete;
+    FakeManifest& operator=(const FakeManifest&) = delete;
+
+    // What is wrong with the references and the texts: nothing when all were given back exactly once.
+    [[nodiscard]] std::vector<std::string> Leaks() const
+    {
+        std::vector<std::string> leaks = objects.Leaks();
+        if (!FakeApplication::s_values.empty()) {
+            leaks.push_back(std::to_string(FakeApplication::s_values.size()) + " texts");
+        }
+        return leaks;
+    }
+
+    test::FakeObjects objects;
+    std::vector<std::wstring> displayNames;
+    FakeManifestFactory* factory;
+    // When set, COM is not entered and this is the answer.
+    std::optional<HRESULT> initializeResult;
+
+private:
+    static HRESULT WINAPI Initialize(void* reserved, DWORD flags)
+    {
+        const HRESULT hr = s_current->initializeResult
+                               ? *s_current->initializeResult
+                               : s_current->m_initialize.Original()(reserved, flags);
+        char event[64];
+        wsprintfA(event, "CoInitializeEx(%d) = 0x%08X", static_cast<int>(flags), static_cast<unsigned>(hr));
+        s_current->objects.Note(event);
+        return hr;
+    }
+    static void WINAPI Uninitialize()
+    {
+        s_current->objects.Note(s_current->objects.IsAnyHeld() ? "CoUninitialize too early"
+                                                               : "CoUninitialize");
+        s_current->m_uninitialize.Original()();
+    }
+    static HRESULT WINAPI Create(REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId,
+                                 void** object)
+    {
+        wchar_t text[39] = {};
+        StringFromGUID2(classId, text, 39);
+        const HRESULT hr = s_current->objects.Enter(
+            nullptr, "CoCreateInstance", text + std::wstring(outer ? L" outer " : L" ") + std::to_wstring(context));
+        if (FAILED(hr)) {
+            return hr;
+        }
+        if (!IsEqualIID(interfaceId, __uuidof(platform::IAppxFactory))) {
+            return E_NOINTERFACE;
+        }
+        s_current->factory->AddRef();
+        *object = static_cast<platform::IAppxFactory*>(s_current->factory);
+        return S_OK;
+    }
+    static HRESULT WINAPI OpenStream(const wchar_t* path, DWORD mode, DWORD attributes, BOOL create,
+                                     IStream* pattern, IStream** stream)
+    {
+        wchar_t arguments[64];
+        wsprintfW(arguments, L"(0x%X, %d, %d, %s)", mode, static_cast<int>(attributes), create,
+                  pattern ? L"pattern" : L"null");
+        const HRESULT hr = s_current->objects.Enter(nullptr, "SHCreateStreamOnFileEx", arguments);
+        return FAILED(hr) ? hr
+                          : s_current->m_openStream.Original()(path, mode, attributes, create, pattern, stream);
+    }
+    static void WINAPI Free(void* memory)
+    {
+        auto& values = FakeApplication::s_values;
+        values.erase(std::remove(values.begin(), values.end(), memory), values.end());
+        s_current->m_free.Original()(memory);
+    }
+
+    static inline FakeManifest* s_current = nullptr;
+
+    test::ImportPatch<decltype(&CoInitializeEx)> m_initialize;
+    test::ImportPatch<decltype(&CoUninitialize)> m_uninitialize;
+    test::ImportPatch<decltype(&CoCreateInstance)> m_create;
+    test::ImportPatch<decltype(&SHCreateStreamOnFileEx)> m_openStream;
+    test::ImportPatch<decltype(&CoTaskMemFree)> m_free;
+};
+
+} // namespace manifest_test
