@@ -3,6 +3,7 @@
 #include "common/DiagnosticLog.h"
 #include "launch/KeyEmulate.h"
 
+#include <cstring>
 #include <cwchar>
 
 namespace {
@@ -16,9 +17,13 @@ constexpr int kStartScreenPolls = 20;
 constexpr int kSearchPanePolls = 200;
 constexpr DWORD kSearchPaneSettles = 200; // milliseconds
 
-int ModeOf(BOOL isLauncherVisible, MONITOR_APP_VISIBILITY visibility) noexcept
+int ModeOf(BOOL isLauncherVisible, const MONITOR_APP_VISIBILITY& visibility) noexcept
 {
-    switch (visibility) {
+    // The shell may answer with a value that the enumeration does not hold: it is looked at as a number.
+    UINT32 value = 0;
+    static_assert(sizeof value == sizeof visibility);
+    std::memcpy(&value, &visibility, sizeof value);
+    switch (value) {
     case MAV_UNKNOWN:
         return CQanhMonitorMode::kUnknown;
     case MAV_NO_APP_VISIBLE:

@@ -120,7 +120,10 @@ class FakePackage : public FakeInspectable<platform::IPackage>
 public:
     FakePackage(FakeObjects& owner, PackageFacts packageFacts, std::string label = "package");
 
-    HRESULT STDMETHODCALLTYPE get_Id(platform::IPackageId** value) override { return Give("Id", m_id, value); }
+    HRESULT STDMETHODCALLTYPE get_Id(platform::IPackageId** value) override
+    {
+        return Give("Id", m_id, value);
+    }
     HRESULT STDMETHODCALLTYPE get_InstalledLocation(platform::IStorageFolder** value) override
     {
         return Give("InstalledLocation", m_folder, value);
@@ -397,8 +400,8 @@ public:
 private:
     static HRESULT WINAPI Initialize(RO_INIT_TYPE type)
     {
-        const HRESULT hr =
-            s_current->initializeResult ? *s_current->initializeResult : s_current->m_initialize.Original()(type);
+        const HRESULT hr = s_current->initializeResult ? *s_current->initializeResult
+                                                       : s_current->m_initialize.Original()(type);
         char event[64];
         wsprintfA(event, "RoInitialize(%d) = 0x%08X", static_cast<int>(type), static_cast<unsigned>(hr));
         s_current->objects.Note(event);
@@ -414,9 +417,9 @@ private:
     static HRESULT WINAPI GetFactory(HSTRING name, REFIID id, void** factory)
     {
         *factory = nullptr;
-        const HRESULT hr = s_current->objects.Enter(nullptr, "RoGetActivationFactory",
-                                                    L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) +
-                                                        L")");
+        const HRESULT hr =
+            s_current->objects.Enter(nullptr, "RoGetActivationFactory",
+                                     L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) + L")");
         if (FAILED(hr)) {
             return hr;
         }

@@ -219,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(OfType, OddTile,
                                            OddCase{"Bytes", REG_BINARY, {1, 0, 0, 0}},
                                            OddCase{"Quadword", REG_QWORD, {0, 0, 0, 0, 0, 0, 0, 0}},
                                            OddCase{"LongNumber", REG_DWORD, {0, 0, 0, 0, 0, 0, 0, 0}},
-                                           OddCase{"BigEndianNumber", REG_DWORD_BIG_ENDIAN, {0, 0, 0, 0}}),
+                                           OddCase{"TextToExpand", REG_EXPAND_SZ, {'0', 0, 0, 0}}),
                          [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(BrowserLaunch, WithAValueOfAnotherTypeOnlyLaunches)

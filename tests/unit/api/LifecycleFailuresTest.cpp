@@ -62,6 +62,26 @@ TEST_F(LifecycleInShell, PackageManagersFailureUndoesTheMonitorMode)
                             "QanhInitialize OUT(s_PackageManager.Initialize : hr=-2147467259)"));
 }
 
+TEST_F(LifecycleInShell, ThreadThatDoesNotStartLeavesTheLibraryDownAndTheNextCallTriesAgain)
+{
+    {
+        const test::ImportPatch<decltype(&CreateThread)> patch(
+            "CreateThread",
+            [](SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, void*, DWORD, DWORD*) -> HANDLE {
+                SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+                return nullptr;
+            });
+        EXPECT_EQ(QanhInitialize(), E_FAIL);
+    }
+    EXPECT_EQ(s_nCount, 0);
+    EXPECT_EQ(m_shell.visibility.references, 0);
+    EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
+    EXPECT_EQ(OpenMutexW(SYNCHRONIZE, FALSE, MutexName().c_str()), nullptr);
+    EXPECT_EQ(QanhInitialize(), S_OK);
+    EXPECT_EQ(s_nCount, 1);
+    EXPECT_NE(s_PackageManager.m_hRefreshThread, nullptr);
+}
+
 TEST_F(LifecycleInShell, FailedCallCanBeRepeated)
 {
     m_host.FailNext(discovery_test::kAlways);

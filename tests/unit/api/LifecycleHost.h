@@ -79,20 +79,17 @@ protected:
         while (s_nCount > 0) {
             QanhFinalize();
         }
-        // A start that failed half way keeps its handles until the next stop.
-        s_PackageManager.Finalize();
         s_PackageManager.m_AppNameList.DeleteAll();
         DiagnosticLog::SetEnabled(false);
     }
 
     [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
-    [[nodiscard]] std::wstring CatalogFile() const
-    {
-        return m_log.LocalAppData() + L"\\Vel\\QanHelper\\" + m_hostName + L"\\AppNameList.xml";
-    }
 
     const std::wstring m_hostName = NewHostName();
     test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
+    // A prefix in which the stand-in desktop is registered has a visibility class.
+    test::ScopedKey m_noVisibilityClass{
+        HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\{7E5FE3D9-985F-4908-91F9-EE19F9FD1514}"};
     test::TemporaryFolder m_folder;
     discovery_test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
     test::LogCapture m_log;

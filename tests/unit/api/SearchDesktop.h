@@ -46,7 +46,8 @@ inline std::string ReadClipboard()
 {
     const test::TemporaryFolder folder;
     test::OtherProcess reader(L"ReadClipboard", folder / L"text");
-    return reader.End() == 0 ? test::ReadFileBytes(folder / L"text") : "not open to others";
+    const DWORD result = reader.End();
+    return result == 0 ? test::ReadFileBytes(folder / L"text") : "not read: " + std::to_string(result);
 }
 
 inline Steps operator+(Steps steps, const Steps& more)

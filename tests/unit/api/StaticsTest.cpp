@@ -7,6 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <memory>
+#include <process.h>
+#include <utility>
 
 namespace {
 
@@ -29,14 +32,45 @@ TEST(Statics, CatalogueIsEmptyAndUsableBeforeInitialization)
     EXPECT_EQ(s_PackageManager.m_AppNameList.GetPackage(L"Contoso.Mail_8wekyb3d8bbwe"), nullptr);
 }
 
-// The thread is dead then, wherever it stood, and the catalogue must not be touched any more.
-TEST(Statics, ProcessMayEndWhileTheLibraryIsUp)
+// A record that shows, by the process' exit code, that the catalogue is destroyed.
+class TellingApp : public CQanhApp
+{
+public:
+    TellingApp() : CQanhApp(L"Mail", L"") {}
+    ~TellingApp() override { _exit(9); }
+    TellingApp(const TellingApp&) = delete;
+    TellingApp& operator=(const TellingApp&) = delete;
+
+    HRESULT AddToExcludeAppNameList(const wchar_t*, ExcludeList*, BOOL*) const override { return S_OK; }
+    HRESULT ToXmlNode(IXmlWriter*) const override { return S_OK; }
+};
+
+void AddTellingApp()
+{
+    auto package = std::make_unique<CQanhPackage>(L"Contoso.Mail_x", PackageVersion(), TRUE, TRUE);
+    package->AddApplication(std::make_unique<TellingApp>());
+    s_PackageManager.m_AppNameList.AddMetroPackage(std::move(package));
+}
+
+TEST(Statics, CatalogueIsDestroyedAtTheEndOfTheProcess)
+{
+    EXPECT_EXIT(
+        {
+            AddTellingApp();
+            std::exit(7);
+        },
+        ::testing::ExitedWithCode(9), "");
+}
+
+// The refresh thread is dead then, wherever it stood, and the catalogue may be half changed.
+TEST(Statics, CatalogueIsLeftAloneWhenTheProcessEndsWhileTheLibraryIsUp)
 {
     EXPECT_EXIT(
         {
             const api_test::FakeShell shell;
             const HRESULT hr = QanhInitialize();
-            std::exit(SUCCEEDED(hr) && s_nCount == 1 ? 7 : 1);
+            AddTellingApp();
+            std::exit(SUCCEEDED(hr) && s_PackageManager.m_hRefreshThread ? 7 : 1);
         },
         ::testing::ExitedWithCode(7), "");
 }

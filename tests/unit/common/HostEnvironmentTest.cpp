@@ -1,10 +1,12 @@
 #include "common/HostEnvironment.h"
 
+#include "support/ImportPatch.h"
 #include "support/TemporaryFolder.h"
 #include "unit/discovery/Host.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cwchar>
 #include <string>
 
@@ -25,6 +27,19 @@ TEST(HostEnvironment, VariableIsRead)
 TEST(HostEnvironment, AbsentVariableIsNotRead)
 {
     const test::ScopedEnvironment environment(kVariable, nullptr);
+    wchar_t value[MAX_PATH] = L"before";
+    EXPECT_FALSE(ReadEnvironmentVariable(kVariable, value));
+}
+
+// Some runtimes call an absent variable an error, others a success of size 0.
+TEST(HostEnvironment, AbsentVariableIsNotReadWhateverTheRuntimeMakesOfIt)
+{
+    using Function = errno_t(__cdecl*)(std::size_t*, wchar_t*, std::size_t, const wchar_t*);
+    const test::ImportPatch<Function> patch(
+        "_wgetenv_s", [](std::size_t* size, wchar_t*, std::size_t, const wchar_t*) -> errno_t {
+            *size = 0;
+            return 0;
+        });
     wchar_t value[MAX_PATH] = L"before";
     EXPECT_FALSE(ReadEnvironmentVariable(kVariable, value));
 }

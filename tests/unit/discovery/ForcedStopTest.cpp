@@ -31,9 +31,19 @@ protected:
     {
         s_stubborn = this;
         m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        // A thread that is terminated on its way in or out would take locks of the system with it.
+        const HANDLE sleeps = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         m_manager.m_hRefreshThread = CreateThread(
-            nullptr, 0, [](void*) -> DWORD { return SleepEx(INFINITE, FALSE); }, nullptr, 0, nullptr);
+            nullptr, 0,
+            [](void* event) -> DWORD {
+                SetEvent(event);
+                return SleepEx(INFINITE, FALSE);
+            },
+            sleeps, 0, nullptr);
         LetThreadRun();
+        m_wait.Original()(sleeps, 20000);
+        SleepEx(20, FALSE);
+        CloseHandle(sleeps);
         m_stubborn = m_manager.m_hRefreshThread;
         m_event = Duplicate(m_manager.m_hExitEvent);
         m_thread = Duplicate(m_stubborn);

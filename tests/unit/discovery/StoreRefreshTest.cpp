@@ -12,6 +12,7 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,8 @@ protected:
 
     void SetExitEventAt(const char* call, std::size_t index)
     {
-        m_store.objects.At(call, [this] { SetEvent(m_manager.m_hExitEvent); }, index);
+        m_store.objects.At(
+            call, [this] { SetEvent(m_manager.m_hExitEvent); }, index);
     }
 
     std::vector<std::string>& Journal() { return m_store.objects.journal; }
@@ -79,8 +81,8 @@ TEST_F(StoreRefresh, HandsEveryPackageOfTheUserToTheCatalogueInOrder)
     m_store.Add(L"a");
     m_store.Add(L"c");
     const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone,
-                                     [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
+    EXPECT_TRUE(
+        test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
     EXPECT_THAT(Families(), ElementsAre(L"b", L"a", L"c"));
     EXPECT_THAT(OwnLines(log), ElementsAre("CQanhPackageManager::RefreshMetroApps IN",
                                            "CQanhPackageManager::GetPackageManager IN",
@@ -111,8 +113,7 @@ TEST_F(StoreRefresh, WorksInEveryApartment)
     for (const Apartment apartment :
          {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
         Journal().clear();
-        EXPECT_TRUE(
-            test::KeepsApartment(apartment, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
+        EXPECT_TRUE(test::KeepsApartment(apartment, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
         EXPECT_EQ(Journal().back() == "RoUninitialize", apartment != Apartment::kMultithreaded);
     }
 }
@@ -133,8 +134,8 @@ TEST_F(StoreRefresh, WithoutAManagerFails)
 TEST_F(StoreRefresh, WithoutAManagerLeavesTheRuntime)
 {
     m_store.objects.Fail("ActivateInstance", E_ACCESSDENIED);
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone,
-                                     [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), E_FAIL); }));
+    EXPECT_TRUE(
+        test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), E_FAIL); }));
     EXPECT_EQ(Journal().back(), "RoUninitialize");
 }
 
@@ -186,8 +187,8 @@ TEST_P(StoreRefreshWalk, ThatFailsIsLoggedAndKeepsWhatItReached)
     m_store.Add(L"c");
     m_store.objects.Fail(GetParam().call, E_ACCESSDENIED, GetParam().index);
     const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone,
-                                     [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
+    EXPECT_TRUE(
+        test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
     EXPECT_EQ(Families().size(), GetParam().packages);
     EXPECT_THAT(OwnLines(log),
                 ElementsAre("CQanhPackageManager::RefreshMetroApps IN",
@@ -211,6 +212,17 @@ TEST_F(StoreRefresh, AWalkThatFailsReturnsTheResultReachedSoFar)
     m_store.objects.Fail("Id", E_ACCESSDENIED, 0);
     m_store.objects.Fail("MoveNext", E_ACCESSDENIED, 0);
     EXPECT_EQ(m_manager.RefreshMetroApps(), E_FAIL);
+}
+
+TEST_F(StoreRefresh, AnExceptionOfAnotherKindIsOutOfMemory)
+{
+    m_store.Add(L"a");
+    m_store.objects.At("MoveNext", [] { throw std::bad_alloc(); });
+    const test::LogCapture log;
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone,
+                                     [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), E_OUTOFMEMORY); }));
+    EXPECT_THAT(Families(), ElementsAre(L"a"));
+    EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::RefreshMetroApps OUT(0x8007000E)");
 }
 
 TEST_F(StoreRefresh, SurvivesEveryFailingCall)
@@ -320,7 +332,10 @@ protected:
         CloseHandle(thread);
     }
 
-    BOOL IsInstalled(const wchar_t* family) { return m_manager.m_AppNameList.GetPackage(family)->IsInstalled; }
+    BOOL IsInstalled(const wchar_t* family)
+    {
+        return m_manager.m_AppNameList.GetPackage(family)->IsInstalled;
+    }
 
     test::TemporaryFolder m_folder;
     test::ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", m_folder.Path().c_str()};
@@ -383,8 +398,9 @@ TEST_F(StorePass, GoesOnWithoutAPackageManager)
     // Without one, nothing is installed.
     EXPECT_EQ(IsInstalled(L"mail"), 0);
     EXPECT_EQ(IsInstalled(L"news"), 0);
-    EXPECT_THAT(log.Lines(),
-                Contains("CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 "));
+    EXPECT_THAT(
+        log.Lines(),
+        Contains("CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 "));
 }
 
 } // namespace

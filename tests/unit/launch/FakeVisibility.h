@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -57,7 +58,8 @@ public:
     {
         calls.push_back(monitor == kMonitor ? "GetAppVisibilityOnMonitor" : "another monitor");
         if (SUCCEEDED(Now().visibilityResult)) {
-            *mode = static_cast<MONITOR_APP_VISIBILITY>(Now().visibility);
+            // Any number, also one that the enumeration does not hold.
+            std::memcpy(mode, &Now().visibility, sizeof *mode);
         }
         return Now().visibilityResult;
     }

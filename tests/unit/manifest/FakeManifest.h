@@ -160,9 +160,10 @@ class FakeManifest
 {
 public:
     FakeManifest()
-        : factory(objects.Make<FakeManifestFactory>(&displayNames)), m_initialize("CoInitializeEx", Initialize),
-          m_uninitialize("CoUninitialize", Uninitialize), m_create("CoCreateInstance", Create),
-          m_openStream("SHCreateStreamOnFileEx", OpenStream), m_free("CoTaskMemFree", Free)
+        : factory(objects.Make<FakeManifestFactory>(&displayNames)),
+          m_initialize("CoInitializeEx", Initialize), m_uninitialize("CoUninitialize", Uninitialize),
+          m_create("CoCreateInstance", Create), m_openStream("SHCreateStreamOnFileEx", OpenStream),
+          m_free("CoTaskMemFree", Free)
     {
         s_current = this;
         FakeApplication::s_values.clear();
@@ -190,9 +191,8 @@ public:
 private:
     static HRESULT WINAPI Initialize(void* reserved, DWORD flags)
     {
-        const HRESULT hr = s_current->initializeResult
-                               ? *s_current->initializeResult
-                               : s_current->m_initialize.Original()(reserved, flags);
+        const HRESULT hr = s_current->initializeResult ? *s_current->initializeResult
+                                                       : s_current->m_initialize.Original()(reserved, flags);
         char event[64];
         wsprintfA(event, "CoInitializeEx(%d) = 0x%08X", static_cast<int>(flags), static_cast<unsigned>(hr));
         s_current->objects.Note(event);
@@ -209,8 +209,9 @@ private:
     {
         wchar_t text[39] = {};
         StringFromGUID2(classId, text, 39);
-        const HRESULT hr = s_current->objects.Enter(
-            nullptr, "CoCreateInstance", text + std::wstring(outer ? L" outer " : L" ") + std::to_wstring(context));
+        const HRESULT hr = s_current->objects.Enter(nullptr, "CoCreateInstance",
+                                                    text + std::wstring(outer ? L" outer " : L" ") +
+                                                        std::to_wstring(context));
         if (FAILED(hr)) {
             return hr;
         }
@@ -228,8 +229,9 @@ private:
         wsprintfW(arguments, L"(0x%X, %d, %d, %s)", mode, static_cast<int>(attributes), create,
                   pattern ? L"pattern" : L"null");
         const HRESULT hr = s_current->objects.Enter(nullptr, "SHCreateStreamOnFileEx", arguments);
-        return FAILED(hr) ? hr
-                          : s_current->m_openStream.Original()(path, mode, attributes, create, pattern, stream);
+        return FAILED(hr)
+                   ? hr
+                   : s_current->m_openStream.Original()(path, mode, attributes, create, pattern, stream);
     }
     static void WINAPI Free(void* memory)
     {

@@ -58,9 +58,8 @@ TEST_F(ManifestApi, StepsOfOneApplication)
                 ElementsAre("CoInitializeEx(2) = 0x00000000",
                             "CoCreateInstance{5842A140-FF9F-4166-8F5C-62F5B7B0C781} 1",
                             "SHCreateStreamOnFileEx(0x10, 0, 0, null)", "CreateManifestReader",
-                            "GetApplications", "GetHasCurrent",
-                            "GetCurrent", "GetStringValue(DisplayName)", "MoveNext", "GetHasCurrent",
-                            "CoUninitialize"));
+                            "GetApplications", "GetHasCurrent", "GetCurrent", "GetStringValue(DisplayName)",
+                            "MoveNext", "GetHasCurrent", "CoUninitialize"));
 }
 
 TEST_F(ManifestApi, WholeLog)
@@ -124,15 +123,13 @@ TEST_P(ManifestApiStep, ThatFailsEndsTheReading)
     EXPECT_EQ(m_manifest.objects.Calls(GetParam().call), GetParam().index + 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, ManifestApiStep,
-                         ::testing::Values(FailingStep{"CoCreateInstance", 0, 0},
-                                           FailingStep{"SHCreateStreamOnFileEx", 0, 0},
-                                           FailingStep{"CreateManifestReader", 0, 0},
-                                           FailingStep{"GetApplications", 0, 0},
-                                           FailingStep{"GetHasCurrent", 0, 0},
-                                           FailingStep{"GetHasCurrent", 1, 1}, FailingStep{"MoveNext", 0, 1},
-                                           FailingStep{"MoveNext", 1, 2}, FailingStep{"MoveNext", 2, 3},
-                                           FailingStep{"GetHasCurrent", 3, 3}));
+INSTANTIATE_TEST_SUITE_P(
+    Of, ManifestApiStep,
+    ::testing::Values(FailingStep{"CoCreateInstance", 0, 0}, FailingStep{"SHCreateStreamOnFileEx", 0, 0},
+                      FailingStep{"CreateManifestReader", 0, 0}, FailingStep{"GetApplications", 0, 0},
+                      FailingStep{"GetHasCurrent", 0, 0}, FailingStep{"GetHasCurrent", 1, 1},
+                      FailingStep{"MoveNext", 0, 1}, FailingStep{"MoveNext", 1, 2},
+                      FailingStep{"MoveNext", 2, 3}, FailingStep{"GetHasCurrent", 3, 3}));
 
 // The steps that only cost their application.
 
@@ -165,7 +162,8 @@ TEST_F(ManifestApi, AListThatIsFullDoesNotEndTheReading)
 TEST_F(ManifestApi, AnExceptionIsAFailure)
 {
     m_manifest.displayNames = {L"A", L"B"};
-    m_manifest.objects.At("GetCurrent", [] { throw std::runtime_error("of the system's reader"); }, 1);
+    m_manifest.objects.At(
+        "GetCurrent", [] { throw std::runtime_error("of the system's reader"); }, 1);
     const test::LogCapture log;
     EXPECT_EQ(Get(), E_FAIL);
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"A", L"")));
@@ -178,9 +176,8 @@ TEST_F(ManifestApi, AnExceptionIsAFailure)
 TEST_F(ManifestApi, EntersAndLeavesAnApartmentOfItsOwn)
 {
     EXPECT_TRUE(test::KeepsApartment(test::Apartment::kNone, [&] {
-        m_manifest.objects.At("GetApplications", [] {
-            EXPECT_EQ(test::ApartmentOfThread(), test::Apartment::kSingleThreaded);
-        });
+        m_manifest.objects.At("GetApplications",
+                              [] { EXPECT_EQ(test::ApartmentOfThread(), test::Apartment::kSingleThreaded); });
         EXPECT_EQ(Get(), S_OK);
     }));
 }
@@ -236,7 +233,8 @@ TEST_F(ManifestApi, RunningOutOfMemoryCostsAnApplicationAndNoText)
             return s_original ? s_original(size) : HeapAlloc(GetProcessHeap(), 0, size);
         });
         s_original = patch.Original();
-        objects.At("GetStringValue", [] { s_fails = true; }, before + failing);
+        objects.At(
+            "GetStringValue", [] { s_fails = true; }, before + failing);
         EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(Path().c_str(), &package), S_OK);
         EXPECT_EQ(package.Apps().Size(), 1u);
         EXPECT_FALSE(s_fails);

@@ -97,8 +97,8 @@ TEST_F(ManifestCheck, AnUnresolvedShortNameEndsTheWalkAtOnce)
     EXPECT_EQ(Check(Manifest(Application("A", "ms-resource:Short") + Application("ms-resource:B", "b"))),
               S_OK);
     EXPECT_EQ(m_can, 0);
-    EXPECT_THAT(m_resources.Sources(), ElementsAre(L"@{F?ms-resource://N/resources/short}",
-                                                   L"@{F? ms-resource://N/short}"));
+    EXPECT_THAT(m_resources.Sources(),
+                ElementsAre(L"@{F?ms-resource://N/resources/short}", L"@{F? ms-resource://N/short}"));
 }
 
 TEST_F(ManifestCheck, AnUnresolvedNameOfALaterApplicationCounts)

@@ -159,7 +159,8 @@ TEST_F(ManifestReaderFailures, AReaderThatFailsAtAnyAttribute)
 TEST_F(ManifestReaderFailures, WhatWasAddedBeforeAFaultStays)
 {
     const std::string text = "<Package><Applications>" + Application("A", "a-tile") +
-                             Application("B", "b-tile") + "<Application></Applicatio></Applications></Package>";
+                             Application("B", "b-tile") +
+                             "<Application></Applicatio></Applications></Package>";
     const test::LogCapture log;
     EXPECT_EQ(Parse(text), kMismatchedTag);
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"a", L"a-tile"), Pair(L"b", L"b-tile")));

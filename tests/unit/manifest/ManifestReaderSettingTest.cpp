@@ -90,11 +90,11 @@ TEST_F(ManifestReaderSetting, LogOfTheLoading)
     m_settings.SetDword(kSetting, 0);
     const test::LogCapture log;
     CQanhManifestReader::LoadSetting();
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::LoadSetting IN",
-                                         "CQanhReg::GetManifestReaderSetting IN",
-                                         "CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(1)",
-                                         "CQanhReg::GetManifestReaderSetting OUT(0)",
-                                         "CQanhManifestReader::LoadSetting OUT"));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhManifestReader::LoadSetting IN", "CQanhReg::GetManifestReaderSetting IN",
+                            "CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(1)",
+                            "CQanhReg::GetManifestReaderSetting OUT(0)",
+                            "CQanhManifestReader::LoadSetting OUT"));
 }
 
 TEST_F(ManifestReaderSetting, ResultOfTheSystemsReaderIsPassedOn)
@@ -104,15 +104,14 @@ TEST_F(ManifestReaderSetting, ResultOfTheSystemsReaderIsPassedOn)
     const test::LogCapture log;
     EXPECT_EQ(Add(), REGDB_E_CLASSNOTREG);
     EXPECT_THAT(NamesOf(m_package), IsEmpty());
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::AddAppsToPackage IN",
-                                         "CQanhManifestReader::LoadSetting IN",
-                                         "CQanhReg::GetManifestReaderSetting IN",
-                                         "CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(1)",
-                                         "CQanhReg::GetManifestReaderSetting OUT(0)",
-                                         "CQanhManifestReader::LoadSetting OUT",
-                                         "CQanhManifestReader::GetAppNameUsingAPI IN",
-                                         "CQanhManifestReader::GetAppNameUsingAPI OUT(0x80040154)",
-                                         "CQanhManifestReader::AddAppsToPackage OUT(0x80040154)"));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhManifestReader::AddAppsToPackage IN", "CQanhManifestReader::LoadSetting IN",
+                            "CQanhReg::GetManifestReaderSetting IN", "CQanhReg::GetDWORDRegVal IN",
+                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::GetManifestReaderSetting OUT(0)",
+                            "CQanhManifestReader::LoadSetting OUT",
+                            "CQanhManifestReader::GetAppNameUsingAPI IN",
+                            "CQanhManifestReader::GetAppNameUsingAPI OUT(0x80040154)",
+                            "CQanhManifestReader::AddAppsToPackage OUT(0x80040154)"));
 }
 
 TEST_F(ManifestReaderSetting, ResultOfTheXmlReaderIsPassedOn)
@@ -120,15 +119,14 @@ TEST_F(ManifestReaderSetting, ResultOfTheXmlReaderIsPassedOn)
     DeleteFileW(Path().c_str());
     const test::LogCapture log;
     EXPECT_EQ(Add(), kNotFound);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::AddAppsToPackage IN",
-                                         "CQanhManifestReader::LoadSetting IN",
-                                         "CQanhReg::GetManifestReaderSetting IN",
-                                         "CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT",
-                                         "CQanhReg::GetManifestReaderSetting OUT(1)",
-                                         "CQanhManifestReader::LoadSetting OUT",
-                                         "CQanhManifestReader::GetAppNameUsingXmlParser IN",
-                                         "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x80070002)",
-                                         "CQanhManifestReader::AddAppsToPackage OUT(0x80070002)"));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhManifestReader::AddAppsToPackage IN", "CQanhManifestReader::LoadSetting IN",
+                            "CQanhReg::GetManifestReaderSetting IN", "CQanhReg::GetDWORDRegVal IN",
+                            "CQanhReg::GetDWORDRegVal OUT", "CQanhReg::GetManifestReaderSetting OUT(1)",
+                            "CQanhManifestReader::LoadSetting OUT",
+                            "CQanhManifestReader::GetAppNameUsingXmlParser IN",
+                            "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x80070002)",
+                            "CQanhManifestReader::AddAppsToPackage OUT(0x80070002)"));
 }
 
 TEST_F(ManifestReaderSetting, ArgumentsAreTheReadersBusiness)

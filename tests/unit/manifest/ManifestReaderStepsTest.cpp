@@ -26,8 +26,8 @@ protected:
         CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(m_reader.ReleaseAndGetAddressOf()),
                         nullptr);
         ComPtr<IStream> stream;
-        stream.Attach(SHCreateMemStream(reinterpret_cast<const BYTE*>(text.data()),
-                                        static_cast<UINT>(text.size())));
+        stream.Attach(
+            SHCreateMemStream(reinterpret_cast<const BYTE*>(text.data()), static_cast<UINT>(text.size())));
         m_reader->SetInput(stream.Get());
     }
     HRESULT MoveTo(const wchar_t* name)

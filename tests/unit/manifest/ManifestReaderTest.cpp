@@ -121,9 +121,9 @@ TEST_F(ManifestReader, OnlyTheFirstTileCounts)
 
 TEST_F(ManifestReader, MissingVisualElementsAreTakenFromTheNextApplication)
 {
-    EXPECT_EQ(Parse(Manifest("<Application Id=\"A\"/>" + Application("B", "b-tile") +
-                             Application("C", "c-tile"))),
-              S_FALSE);
+    EXPECT_EQ(
+        Parse(Manifest("<Application Id=\"A\"/>" + Application("B", "b-tile") + Application("C", "c-tile"))),
+        S_FALSE);
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"b", L"b-tile"), Pair(L"c", L"c-tile")));
 }
 
@@ -256,9 +256,9 @@ TEST_F(ManifestReader, SingleQuotesAndLineBreaksAreFine)
 
 TEST_F(ManifestReader, ADeclarationAndAByteOrderMarkAreFine)
 {
-    EXPECT_EQ(Parse("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n" +
-                    Manifest(Application("A", "B"))),
-              S_FALSE);
+    EXPECT_EQ(
+        Parse("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n" + Manifest(Application("A", "B"))),
+        S_FALSE);
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"a", L"b")));
 }
 
@@ -341,14 +341,13 @@ TEST_F(ManifestReader, TheLogOfAResourceStandsBetweenItsAttributeAndTheNextStep)
     CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package);
     const auto lines = log.Lines();
     ASSERT_GT(lines.size(), 12u);
-    EXPECT_THAT(
-        std::vector<std::string>(lines.begin() + 8, lines.begin() + 13),
-        ElementsAre("CQanhManifestReader::GetAttributeValueByName OUT(0x00000000)",
-                    "CQanhManifestReader::ConvertMsResourceToString(ms-resource:a, F, N, , 256) IN",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F?ms-resource://N/resources/a})",
-                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = My App)",
-                    "CQanhManifestReader::MoveToElementByName(DefaultTile) IN"));
+    EXPECT_THAT(std::vector<std::string>(lines.begin() + 8, lines.begin() + 13),
+                ElementsAre("CQanhManifestReader::GetAttributeValueByName OUT(0x00000000)",
+                            "CQanhManifestReader::ConvertMsResourceToString(ms-resource:a, F, N, , 256) IN",
+                            "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
+                            "@{F?ms-resource://N/resources/a})",
+                            "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = My App)",
+                            "CQanhManifestReader::MoveToElementByName(DefaultTile) IN"));
 }
 
 } // namespace

@@ -106,8 +106,8 @@ TEST(PlatformInterfaces, PackageManagerMethodsHaveTheirPlaces)
     EXPECT_PLACE(manager->FindPackagesByUserSecurityId(AsString(1), &packages), 12);
     EXPECT_EQ(g_arguments[0], AsPointer(1));
     EXPECT_EQ(g_arguments[1], &packages);
-    EXPECT_PLACE(
-        manager->FindPackagesByUserSecurityIdPackageFamilyName(AsString(1), AsString(2), &packages), 20);
+    EXPECT_PLACE(manager->FindPackagesByUserSecurityIdPackageFamilyName(AsString(1), AsString(2), &packages),
+                 20);
     EXPECT_EQ(g_arguments[0], AsPointer(1));
     EXPECT_EQ(g_arguments[1], AsPointer(2));
     EXPECT_EQ(g_arguments[2], &packages);

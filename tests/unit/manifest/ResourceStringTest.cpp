@@ -257,8 +257,8 @@ TEST_F(ResourceString, NamesAndKeysOfAnyLengthReachTheShellWhole)
 TEST_F(ResourceString, PercentSignsAreNoFormats)
 {
     EXPECT_FALSE(Convert(L"ms-resource:%d%s", L"%s1", L"%n2"));
-    EXPECT_THAT(m_resources.Sources(), ElementsAre(L"@{%s1?ms-resource://%n2/resources/%d%s}",
-                                                   L"@{%s1? ms-resource://%n2/%d%s}"));
+    EXPECT_THAT(m_resources.Sources(),
+                ElementsAre(L"@{%s1?ms-resource://%n2/resources/%d%s}", L"@{%s1? ms-resource://%n2/%d%s}"));
 }
 
 TEST_F(ResourceString, OnlyTheReferenceIsLowered)

@@ -80,8 +80,8 @@ TEST_F(StorePackageObject, TellsEmptyTexts)
 TEST_F(StorePackageObject, RaisesTheResultOfEveryFailingCall)
 {
     const auto identity = StorePackage::Identity(m_package);
-    for (const char* call : {"Id", "FamilyName", "FullName", "Name", "Version", "InstalledLocation",
-                             "QueryInterface", "Path"}) {
+    for (const char* call :
+         {"Id", "FamilyName", "FullName", "Name", "Version", "InstalledLocation", "QueryInterface", "Path"}) {
         m_objects.Fail(call, E_ACCESSDENIED);
     }
     EXPECT_EQ(Raised([&] { StorePackage::Identity(m_package); }), E_ACCESSDENIED);
