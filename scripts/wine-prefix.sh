@@ -36,6 +36,8 @@ REG
   wineserver -k
   wineserver -w
   wineserver -p
+  # The first program starts the services, which keep its output open for as long as they live.
+  wine cmd /c exit < /dev/null > /dev/null 2>&1
 }
 
 remove_prefix() {
