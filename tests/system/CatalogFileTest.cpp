@@ -1,8 +1,8 @@
 // The catalogue file on disk: what a pass writes, what the next start reads.
-#include "standin/Settings.h"
 #include "support/Text.h"
 #include "system/FirstPassOfAnother.h"
 #include "system/HostProcess.h"
+#include "system/QueryFor.h"
 
 #include <gtest/gtest.h>
 
@@ -16,21 +16,6 @@ protected:
     std::string Bytes() const
     {
         return m_sandbox.WithPlaceholders(test::ReadFileBytes(m_sandbox.CatalogFile()));
-    }
-
-    // The query that the host would paste for a name, with exclusions; nothing is pressed.
-    std::string QueryFor(test::HostProcess& host, const std::string& name) const
-    {
-        standin::SetSetting(standin::Setting::FailLauncherQuery, static_cast<DWORD>(E_FAIL));
-        const std::size_t offset = m_sandbox.LogLength();
-        host.Search(name, 0, true);
-        constexpr std::string_view begin = "QanhLaunchBySearch szKeyword = ";
-        for (const std::string& line : m_sandbox.Log(offset)) {
-            if (line.starts_with(begin)) {
-                return line.substr(begin.size(), line.size() - begin.size() - 1); // a blank stands at the end
-            }
-        }
-        return "(none)";
     }
 
     test::Sandbox m_sandbox;
@@ -133,7 +118,7 @@ TEST_F(CatalogFile, NamesWithMarkupAreEscapedAndReadBack)
     test::HostProcess host(m_sandbox);
     EXPECT_EQ(host.Command("init"), "0x00000000");
     // From the file: the first pass is a second away.
-    EXPECT_EQ(QueryFor(host, "roll"), "\"roll\" NOT(\"rock & roll\")");
+    EXPECT_EQ(test::QueryFor(m_sandbox, host, "roll"), "\"roll\" NOT(\"rock & roll\")");
     EXPECT_TRUE(test::IsFirstPassRunning());
 }
 
@@ -148,7 +133,7 @@ TEST_F(CatalogFile, GoesBeforeThePreset)
                          "LnkFileName=\"y\"/></DesktopApps></Applications>");
     test::HostProcess host(m_sandbox);
     host.Command("init");
-    EXPECT_EQ(QueryFor(host, "mail"), "\"mail\" NOT(\"mine mail\")");
+    EXPECT_EQ(test::QueryFor(m_sandbox, host, "mail"), "\"mail\" NOT(\"mine mail\")");
 }
 
 constexpr char wholeCatalog[] =

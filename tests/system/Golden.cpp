@@ -2,12 +2,36 @@
 
 #include "support/Text.h"
 
+#include <windows.h>
+
 #include <algorithm>
 
 namespace {
 
 constexpr std::string_view any = "<any>";
 constexpr std::string_view end = "<end>";
+constexpr std::string_view error = "<error ";
+
+// As the log holds it: in one line.
+std::string SystemText(DWORD code)
+{
+    wchar_t text[512] = L"";
+    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                   nullptr, code, 0, text, 512, nullptr);
+    std::string narrow = test::ToUtf8(text);
+    narrow.erase(narrow.find_last_not_of(' ') + 1);
+    return narrow;
+}
+
+void ReplaceError(std::string& line)
+{
+    const std::size_t at = line.find(error);
+    if (at != std::string::npos) {
+        const std::size_t close = line.find('>', at);
+        const DWORD code = std::stoul(line.substr(at + error.size(), close - at - error.size()), nullptr, 16);
+        line.replace(at, close + 1 - at, SystemText(code));
+    }
+}
 
 bool Matches(std::string_view line, std::string_view golden)
 {
@@ -62,6 +86,7 @@ std::vector<std::string> GoldenLines(std::string_view golden)
         if (line.ends_with(end)) {
             line.resize(line.size() - end.size());
         }
+        ReplaceError(line);
         lines.push_back(std::move(line));
     }
     return lines;

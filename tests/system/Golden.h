@@ -12,6 +12,8 @@ namespace test {
 // blanks in front of its lines do not count. In a line,
 //
 //   <any>    stands for anything
+//   <error 0x80070003>
+//            stands for the system's text of that code
 //   <end>    stands for nothing: behind a blank at the end of a line, which could not be seen otherwise
 [[nodiscard]] testing::AssertionResult IsGolden(const std::vector<std::string>& log, std::string_view golden);
 

@@ -110,12 +110,40 @@ DWORD HostProcess::Exit(int code)
 
 bool HostProcess::HasExitEvent() const
 {
-    const std::wstring name = L"Local\\PYX_Event_Exit_RefreshThread" + std::to_wstring(m_process.id);
-    const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, name.c_str());
+    const HANDLE event = OpenExitEvent(SYNCHRONIZE);
     if (event) {
         CloseHandle(event);
     }
     return event != nullptr;
+}
+
+void HostProcess::SetExitEvent()
+{
+    const HANDLE event = OpenExitEvent(EVENT_MODIFY_STATE);
+    if (!event) {
+        Fail("has no exit event");
+    }
+    SetEvent(event);
+    CloseHandle(event);
+}
+
+void HostProcess::WaitForExitEvent()
+{
+    const HANDLE event = OpenExitEvent(SYNCHRONIZE);
+    if (!event) {
+        Fail("has no exit event");
+    }
+    const DWORD waited = WaitForSingleObject(event, 10000);
+    CloseHandle(event);
+    if (waited != WAIT_OBJECT_0) {
+        Fail("does not set its exit event");
+    }
+}
+
+HANDLE HostProcess::OpenExitEvent(DWORD access) const
+{
+    const std::wstring name = L"Local\\PYX_Event_Exit_RefreshThread" + std::to_wstring(m_process.id);
+    return OpenEventW(access, FALSE, name.c_str());
 }
 
 void HostProcess::Fail(const std::string& what)

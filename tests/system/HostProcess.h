@@ -42,8 +42,13 @@ public:
     // Whether the event exists by which the refresh thread is told to stop: while the library is up as an
     // owner.
     [[nodiscard]] bool HasExitEvent() const;
+    // Sets that event, as if the library were stopped.
+    void SetExitEvent();
+    // Throws when nobody sets it in time.
+    void WaitForExitEvent();
 
 private:
+    [[nodiscard]] HANDLE OpenExitEvent(DWORD access) const;
     [[noreturn]] void Fail(const std::string& what);
 
     StartedProcess m_process;

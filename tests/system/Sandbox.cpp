@@ -2,6 +2,7 @@
 
 #include "standin/Settings.h"
 #include "standin/Shortcuts.h"
+#include "standin/store/PackageFiles.h"
 #include "support/LogCapture.h"
 #include "support/Text.h"
 
@@ -46,6 +47,16 @@ void CopyOrThrow(const std::wstring& from, const std::wstring& to)
     }
 }
 
+// Again until nobody is reading what has to give way.
+void MoveOrThrow(const std::wstring& from, const std::wstring& to)
+{
+    if (!test::WaitUntil(
+            [&] { return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE; },
+            5000)) {
+        throw std::runtime_error("cannot move " + test::ToUtf8(from) + " to " + test::ToUtf8(to));
+    }
+}
+
 } // namespace
 
 namespace test {
@@ -53,6 +64,7 @@ namespace test {
 Sandbox::Sandbox() : m_settings(HKEY_LOCAL_MACHINE, kSettingsKey), m_job(CreateClosingJob())
 {
     standin::ClearSettings();
+    standin::SetPackageStorePath(Packages());
     m_settings.SetDword(L"DebugLog", 1);
     MakeFolder(Local());
     MakeFolder(HostFolder());
@@ -163,6 +175,44 @@ void Sandbox::AddApplication(const std::wstring& relativePath) const
     }
 }
 
+void Sandbox::AddSamplePackage(const std::wstring& name) const
+{
+    if (FAILED(standin::CopyPackage(SamplePackages() + L"\\" + name, Packages() + L"\\" + name))) {
+        throw std::runtime_error("cannot copy the package " + ToUtf8(name));
+    }
+}
+
+void Sandbox::WritePackage(const std::wstring& name, std::string_view manifest, std::string_view ini) const
+{
+    const std::wstring folder = Packages() + L"\\" + name;
+    const std::wstring complete = Folder() + L"\\package in the making";
+    if (FAILED(standin::WritePackage(complete, manifest, ini))) {
+        throw std::runtime_error("cannot write the package " + ToUtf8(name));
+    }
+    if (!Exists(folder)) {
+        MakeFolder(Packages());
+        MoveOrThrow(complete, folder);
+        return;
+    }
+    for (const wchar_t* file : {standin::packageIniName, standin::manifestFileName}) {
+        MoveOrThrow(complete + L"\\" + file, folder + L"\\" + file);
+    }
+}
+
+void Sandbox::RemovePackage(const std::wstring& name) const
+{
+    const std::wstring removed = Folder() + L"\\package on its way out";
+    MoveOrThrow(Packages() + L"\\" + name, removed);
+    if (FAILED(standin::DeletePackage(removed))) {
+        throw std::runtime_error("cannot delete the package " + ToUtf8(name));
+    }
+}
+
+void Sandbox::UseSamplePackages() const
+{
+    standin::SetPackageStorePath(SamplePackages());
+}
+
 void Sandbox::SetVariable(const std::wstring& name, std::optional<std::wstring> value)
 {
     m_variables[name] = std::move(value);
@@ -227,6 +277,11 @@ std::wstring Sandbox::EnvironmentBlock() const
     }
     block.push_back(L'\0');
     return block;
+}
+
+std::wstring SamplePackages()
+{
+    return BuildFolder() + L"\\standin-packages";
 }
 
 std::wstring BuildFolder()

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace test {
@@ -67,6 +68,17 @@ public:
     // A shortcut that starts a window with the name.
     void AddApplication(const std::wstring& relativePath) const;
 
+    // The Store's packages are those of the stand-in's samples that are added, and those that are written
+    // into a folder of this one; none at first.
+    [[nodiscard]] std::wstring Packages() const { return m_folder / L"packages"; }
+    void AddSamplePackage(const std::wstring& name) const;
+    // Whoever looks at the packages meanwhile sees a new one not at all or whole, of a changed one each file
+    // as it was or as it is, and one that goes whole or not at all.
+    void WritePackage(const std::wstring& name, std::string_view manifest, std::string_view ini) const;
+    void RemovePackage(const std::wstring& name) const;
+    // All samples instead, where they were built.
+    void UseSamplePackages() const;
+
     // The library's settings.
     [[nodiscard]] ScopedKey& Settings() { return m_settings; }
 
@@ -90,6 +102,9 @@ private:
 
 // The folder of this program, where everything that was built stands.
 [[nodiscard]] std::wstring BuildFolder();
+
+// The stand-in's sample packages.
+[[nodiscard]] std::wstring SamplePackages();
 
 // Whether the mutex of a host's first refresh pass exists.
 [[nodiscard]] bool IsFirstPassRunning(const std::wstring& base = L"TestHost");
