@@ -72,11 +72,14 @@ protected:
     test::FakeObjects m_objects;
     FakeActivationManager* m_manager;
     test::FakeSleep m_sleep;
+    HRESULT m_refusal = S_OK; // what CoInitialize answers when it is a failure
 
 private:
     static HRESULT WINAPI Initialize(void* reserved)
     {
-        const HRESULT hr = s_current->m_initialize.Original()(reserved);
+        EXPECT_EQ(reserved, nullptr);
+        const HRESULT refusal = s_current->m_refusal;
+        const HRESULT hr = FAILED(refusal) ? refusal : s_current->m_initialize.Original()(reserved);
         char event[64];
         wsprintfA(event, "CoInitialize = 0x%08X", static_cast<unsigned>(hr));
         s_current->m_objects.Note(event);
@@ -144,10 +147,21 @@ TEST_F(Activation, ReturnsTheResultAsItIsAfterThePause)
         Journal().clear();
         m_manager->result = result;
         const test::LogCapture log;
-        EXPECT_EQ(QanhLaunchByManager(L"none!App", nullptr), result);
-        EXPECT_EQ(Journal().back(), "Sleep 100");
-        EXPECT_EQ(log.Lines().size(), 1u);
+        EXPECT_TRUE(test::KeepsApartment(
+            Apartment::kNone, [&] { EXPECT_EQ(QanhLaunchByManager(L"none!App", nullptr), result); }));
+        EXPECT_THAT(Journal(),
+                    ElementsAre("CoInitialize = 0x00000000", "CoCreateInstance",
+                                "ActivateApplication(none!App, null, 0, 0)", "CoUninitialize", "Sleep 100"));
+        EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(none!App, (null)) IN"));
     }
+}
+
+TEST_F(Activation, AsksForTheManagerAtEachCall)
+{
+    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
+    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
+    EXPECT_EQ(m_objects.Calls("CoCreateInstance"), 2u);
+    EXPECT_EQ(m_manager->References(), 0);
 }
 
 TEST_F(Activation, WithoutAManagerReturnsAtOnce)
@@ -199,6 +213,25 @@ TEST_F(Activation, WorksInTheMultithreadedApartmentWhichIsNotLeft)
     }));
 }
 
+// Two leavings of one entrance would leave the host's as well.
+TEST_F(Activation, LeavesASingleThreadedApartmentOnceWithoutAManager)
+{
+    m_objects.Fail("CoCreateInstance", E_NOINTERFACE);
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), E_NOINTERFACE);
+        EXPECT_THAT(Journal(),
+                    ElementsAre("CoInitialize = 0x00000001", "CoCreateInstance", "CoUninitialize"));
+    }));
+}
+
+TEST_F(Activation, DoesNotMindThatNoApartmentCouldBeEntered)
+{
+    m_refusal = E_OUTOFMEMORY;
+    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), S_OK);
+    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x8007000E", "CoCreateInstance",
+                                       "ActivateApplication(Mail_1!App, -open, 0, 0)", "Sleep 100"));
+}
+
 TEST_F(Activation, ReleasesEverythingWhenTheActivationRaises)
 {
     m_objects.At("ActivateApplication", [] { throw std::runtime_error("of the activation manager"); });
@@ -207,6 +240,12 @@ TEST_F(Activation, ReleasesEverythingWhenTheActivationRaises)
     }));
     EXPECT_EQ(m_manager->References(), 0);
     EXPECT_EQ(Journal().back(), "CoUninitialize");
+    for (const Apartment apartment : {Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
+        EXPECT_TRUE(test::KeepsApartment(apartment, [] {
+            EXPECT_THROW(QanhLaunchByManager(L"Mail_1!App", nullptr), std::runtime_error);
+        })) << ::testing::PrintToString(apartment);
+        EXPECT_EQ(m_manager->References(), 0);
+    }
 }
 
 TEST_F(Activation, TakesTextsOfAnyLength)

@@ -12,6 +12,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -49,6 +50,22 @@ private:
     const test::ScopedKey& m_key;
 };
 
+// Another program, which writes the setting while the launch is under way.
+class Meddler : public api_test::FakeVisibility
+{
+public:
+    explicit Meddler(test::ScopedKey& key) : m_key(key) {}
+
+    HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL*) override
+    {
+        m_key.SetDword(kTile, 9);
+        return E_FAIL;
+    }
+
+private:
+    test::ScopedKey& m_key;
+};
+
 class BrowserLaunch : public ::testing::Test
 {
 protected:
@@ -58,6 +75,10 @@ protected:
     // From here on the launch comes as far as the shell.
     void Watch() { s_MonitorMode.m_pImmersiveMode = &m_watch; }
 
+    static Lines InLine(int tileMode)
+    {
+        return {"QanhLaunchIEBySearch(" + std::to_string(tileMode) + ", 0, 0) IN"};
+    }
     static Lines ReadLines(int value)
     {
         return {"CQanhReg::GetCurrentTileImmersiveActivation IN",
@@ -224,13 +245,14 @@ INSTANTIATE_TEST_SUITE_P(OfType, OddTile,
 
 TEST_F(BrowserLaunch, WithAValueOfAnotherTypeOnlyLaunches)
 {
+    // The number is what the four bytes come to.
     m_key.SetText(kTile, L"1");
-    const test::LogCapture log;
-    EXPECT_EQ(QanhLaunchIEBySearch(0, 0, FALSE), E_FAIL);
-    const auto lines = log.Lines();
-    ASSERT_EQ(lines.size(), 3 + LaunchLines().size() + 1);
-    EXPECT_EQ(lines[1], "CQanhReg::GetCurrentTileImmersiveActivation IN");
-    EXPECT_THAT(Lines(lines.begin() + 3, lines.end()), ElementsAreArray(LaunchLines() + kFailedOut));
+    for (const int tileMode : {0, 1, 2}) {
+        const test::LogCapture log;
+        EXPECT_EQ(QanhLaunchIEBySearch(static_cast<DWORD>(tileMode), 0, FALSE), E_FAIL);
+        EXPECT_THAT(log.Lines(),
+                    ElementsAreArray(InLine(tileMode) + ReadLines(49) + LaunchLines() + kFailedOut));
+    }
 }
 
 TEST_F(BrowserLaunch, WithAValueThatIsTooLongOnlyLaunches)
@@ -243,19 +265,39 @@ TEST_F(BrowserLaunch, WithAValueThatIsTooLongOnlyLaunches)
     EXPECT_THAT(Lines(lines.begin() + 3, lines.end()), ElementsAreArray(LaunchLines() + kFailedOut));
 }
 
-TEST_F(BrowserLaunch, WithoutTheRightToReadOnlyLaunches)
+// Only a value or key that is not there counts as absent, not one that cannot be had.
+TEST_F(BrowserLaunch, WithoutAnAnswerOnlyLaunches)
 {
-    m_key.SetDword(kTile, 1);
+    m_key.SetDword(kTile, 0);
+    static LSTATUS s_status;
+    for (const LSTATUS status : {ERROR_ACCESS_DENIED, ERROR_PATH_NOT_FOUND, ERROR_KEY_DELETED}) {
+        s_status = status;
+        for (const int tileMode : {0, 1, 2}) {
+            const test::LogCapture log;
+            const test::ImportPatch<decltype(&RegOpenKeyExW)> patch(
+                "RegOpenKeyExW",
+                [](HKEY, const wchar_t*, DWORD, REGSAM, HKEY*) -> LSTATUS { return s_status; });
+            EXPECT_EQ(QanhLaunchIEBySearch(static_cast<DWORD>(tileMode), 0, FALSE), E_FAIL);
+            EXPECT_THAT(log.Lines(),
+                        ElementsAreArray(InLine(tileMode) + ReadLines(1) + LaunchLines() + kFailedOut));
+        }
+    }
+    EXPECT_EQ(m_key.Dword(kTile), 0u);
+}
+
+TEST_F(BrowserLaunch, WithAQueryThatFailsOnlyLaunches)
+{
+    m_key.SetDword(kTile, 0);
     const test::LogCapture log;
     {
-        const test::ImportPatch<decltype(&RegOpenKeyExW)> patch(
-            "RegOpenKeyExW",
-            [](HKEY, const wchar_t*, DWORD, REGSAM, HKEY*) -> LSTATUS { return ERROR_ACCESS_DENIED; });
+        const test::ImportPatch<decltype(&RegQueryValueExW)> patch(
+            "RegQueryValueExW", [](HKEY, const wchar_t*, DWORD*, DWORD*, BYTE*, DWORD*) -> LSTATUS {
+                return ERROR_ACCESS_DENIED;
+            });
         EXPECT_EQ(QanhLaunchIEBySearch(0, 0, FALSE), E_FAIL);
     }
-    EXPECT_EQ(m_key.Dword(kTile), 1u);
-    EXPECT_THAT(log.Lines(), ElementsAreArray(Lines{"QanhLaunchIEBySearch(0, 0, 0) IN"} + ReadLines(1) +
-                                              LaunchLines() + kFailedOut));
+    EXPECT_EQ(m_key.Dword(kTile), 0u);
+    EXPECT_THAT(log.Lines(), ElementsAreArray(InLine(0) + ReadLines(1) + LaunchLines() + kFailedOut));
 }
 
 TEST_F(BrowserLaunch, WithoutTheRightToWriteLaunchesAllTheSame)
@@ -281,26 +323,68 @@ TEST_F(BrowserLaunch, WithoutTheRightToWriteLaunchesAllTheSame)
                                               refusedSet + LaunchLines() + refusedRestore + kFailedOut));
 }
 
+// Also what could not be set counts as changed.
+TEST_F(BrowserLaunch, PutsBackAlsoWhereSettingFailed)
+{
+    m_key.SetDword(kTile, 7);
+    const test::LogCapture log;
+    {
+        const test::ImportPatch<decltype(&RegSetValueExW)> patch(
+            "RegSetValueExW", [](HKEY, const wchar_t*, DWORD, DWORD, const BYTE*, DWORD) -> LSTATUS {
+                return ERROR_ACCESS_DENIED;
+            });
+        EXPECT_EQ(QanhLaunchIEBySearch(1, 0, FALSE), E_FAIL);
+    }
+    EXPECT_EQ(m_key.Dword(kTile), 7u);
+    EXPECT_THAT(log.Lines(), ElementsAreArray(InLine(1) + ReadLines(7) + SetLines(1) + LaunchLines() +
+                                              SetLines(7) + kFailedOut));
+}
+
+TEST_F(BrowserLaunch, ReturnsTheResultOfTheLaunchWhenDeletingFails)
+{
+    const test::LogCapture log;
+    {
+        const test::ImportPatch<decltype(&RegDeleteValueW)> patch(
+            "RegDeleteValueW", [](HKEY, const wchar_t*) -> LSTATUS { return ERROR_ACCESS_DENIED; });
+        EXPECT_EQ(QanhLaunchIEBySearch(0, 0, FALSE), E_FAIL);
+    }
+    EXPECT_EQ(m_key.Dword(kTile), 0u) << "nothing else takes it away";
+    EXPECT_THAT(log.Lines(), ElementsAreArray(InLine(0) + ReadLines(1) + SetLines(0) + LaunchLines() +
+                                              kDelete + kFailedOut));
+}
+
 TEST_F(BrowserLaunch, RestoresOverWhatOthersWroteMeanwhile)
 {
     m_key.SetDword(kTile, 1);
-    static test::ScopedKey* s_key;
-    s_key = &m_key;
-    class Meddler : public api_test::FakeVisibility
-    {
-    public:
-        HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL*) override
-        {
-            s_key->SetDword(kTile, 9);
-            return E_FAIL;
-        }
-    } meddler;
+    Meddler meddler(m_key);
     s_MonitorMode.m_pImmersiveMode = &meddler;
     QanhLaunchIEBySearch(0, 0, FALSE);
     EXPECT_EQ(m_key.Dword(kTile), 1u);
     m_key.DeleteValue(kTile);
     QanhLaunchIEBySearch(1, 0, FALSE);
     EXPECT_FALSE(m_key.HasValue(kTile));
+    m_key.Delete();
+    QanhLaunchIEBySearch(2, 0, FALSE);
+    EXPECT_TRUE(m_key.Exists());
+    EXPECT_FALSE(m_key.HasValue(kTile)) << "deleted also where the key was not there before";
+}
+
+TEST_F(BrowserLaunch, WhatWasNotForcedIsNotPutBack)
+{
+    Meddler meddler(m_key);
+    s_MonitorMode.m_pImmersiveMode = &meddler;
+    for (const auto& [stored, tileMode] : {std::pair(0u, 0u), {1u, 1u}, {0u, 2u}, {7u, 2u}}) {
+        m_key.SetDword(kTile, stored);
+        QanhLaunchIEBySearch(tileMode, 0, FALSE);
+        EXPECT_EQ(m_key.Dword(kTile), 9u);
+    }
+    for (const std::vector<BYTE>& bytes : {std::vector<BYTE>{'1', 0, 0, 0}, std::vector<BYTE>(8, 0)}) {
+        for (const DWORD tileMode : {0u, 1u, 2u}) {
+            m_key.SetBytes(kTile, REG_SZ, bytes);
+            QanhLaunchIEBySearch(tileMode, 0, FALSE);
+            EXPECT_EQ(m_key.Dword(kTile), 9u);
+        }
+    }
 }
 
 // Arguments.

@@ -81,4 +81,29 @@ private:
     test::ImportPatch<decltype(&CoCreateInstance)> m_patch;
 };
 
+// A session without a shell: nobody serves the object, whatever is registered on the machine. Until the end
+// of the scope; one at a time, and a FakeShell may come over it.
+class NoShell
+{
+public:
+    NoShell() : m_patch("CoCreateInstance", Create) { s_current = this; }
+    ~NoShell() { s_current = nullptr; }
+    NoShell(const NoShell&) = delete;
+    NoShell& operator=(const NoShell&) = delete;
+
+private:
+    static HRESULT WINAPI Create(REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId,
+                                 void** object)
+    {
+        if (!IsEqualGUID(classId, CLSID_AppVisibility)) {
+            return s_current->m_patch.Original()(classId, outer, context, interfaceId, object);
+        }
+        *object = nullptr;
+        return REGDB_E_CLASSNOTREG;
+    }
+
+    static inline NoShell* s_current = nullptr;
+    test::ImportPatch<decltype(&CoCreateInstance)> m_patch;
+};
+
 } // namespace api_test

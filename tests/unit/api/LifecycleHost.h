@@ -87,9 +87,7 @@ protected:
 
     const std::wstring m_hostName = NewHostName();
     test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    // A prefix in which the stand-in desktop is registered has a visibility class.
-    test::ScopedKey m_noVisibilityClass{
-        HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\{7E5FE3D9-985F-4908-91F9-EE19F9FD1514}"};
+    NoShell m_noShell;
     test::TemporaryFolder m_folder;
     discovery_test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
     test::LogCapture m_log;
@@ -101,7 +99,7 @@ protected:
 class LifecycleInShell : public Lifecycle
 {
 protected:
-    api_test::FakeShell m_shell;
+    FakeShell m_shell;
 };
 
 } // namespace api_test

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "api/Statics.h"
+#include "support/ClipboardReader.h"
 #include "support/ImportPatch.h"
-#include "support/OtherProcess.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
 #include "support/Text.h"
 #include "unit/api/FakeShell.h"
 
@@ -15,6 +14,7 @@
 #include <cwchar>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,31 +23,11 @@ namespace api_test {
 
 using Steps = std::vector<std::string>;
 
-// Another process' view of the clipboard: the file named by the argument gets the text in UTF-8, or
-// "nothing".
-inline const test::Part g_readClipboard(L"ReadClipboard", [](const test::Part::Context& context) {
-    if (!OpenClipboard(nullptr)) {
-        return 1;
-    }
-    std::string found = "nothing";
-    if (const HANDLE block = GetClipboardData(CF_UNICODETEXT)) {
-        found = '"';
-        found += test::ToUtf8(static_cast<const wchar_t*>(GlobalLock(block)));
-        found += '"';
-        GlobalUnlock(block);
-    }
-    CloseClipboard();
-    test::WriteFileBytes(context.Argument(), found);
-    return 0;
-});
-
-// The text on the clipboard in quotes, or "nothing".
+// The text on the clipboard in quotes, as another process reads it, or "nothing".
 inline std::string ReadClipboard()
 {
-    const test::TemporaryFolder folder;
-    test::OtherProcess reader(L"ReadClipboard", folder / L"text");
-    const DWORD result = reader.End();
-    return result == 0 ? test::ReadFileBytes(folder / L"text") : "not read: " + std::to_string(result);
+    const std::optional<std::wstring> text = test::ReadClipboardElsewhere();
+    return text ? '"' + test::ToUtf8(*text) + '"' : "nothing";
 }
 
 inline Steps operator+(Steps steps, const Steps& more)

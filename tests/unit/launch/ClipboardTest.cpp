@@ -1,41 +1,22 @@
 #include "launch/Clipboard.h"
 
+#include "support/ClipboardReader.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/OtherProcess.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 
 #include <gmock/gmock.h>
 
 #include <cstdio>
-#include <cstring>
-#include <cwchar>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace {
 
+using test::ReadClipboardElsewhere;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-// Another process' view of the clipboard: the file named by the argument gets a letter that tells whether
-// there was a text, and the text's bytes up to and without its terminator.
-const test::Part g_readClipboard(L"ReadClipboard", [](const test::Part::Context& context) {
-    if (!OpenClipboard(nullptr)) {
-        return 1;
-    }
-    std::string found = "-";
-    if (const HANDLE block = GetClipboardData(CF_UNICODETEXT)) {
-        const auto* text = static_cast<const wchar_t*>(GlobalLock(block));
-        found = "+";
-        found.append(reinterpret_cast<const char*>(text), std::wcslen(text) * sizeof(wchar_t));
-        GlobalUnlock(block);
-    }
-    CloseClipboard();
-    test::WriteFileBytes(context.Argument(), found);
-    return 0;
-});
 
 // Keeps the clipboard open with a window of its own.
 const test::Part g_holdClipboard(L"HoldClipboard", [](const test::Part::Context& context) {
@@ -49,38 +30,17 @@ const test::Part g_holdClipboard(L"HoldClipboard", [](const test::Part::Context&
     return 0;
 });
 
-// What another process reads: the text after a "+", or "-" when there is none.
-std::wstring ReadByOtherProcess()
-{
-    const test::TemporaryFolder folder;
-    const std::wstring file = folder / L"text";
-    test::OtherProcess reader(L"ReadClipboard", file);
-    if (reader.End() != 0) {
-        return L"not read";
-    }
-    const std::string found = test::ReadFileBytes(file);
-    std::wstring text((found.size() - 1) / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), found.data() + 1, found.size() - 1);
-    return (found[0] == '+' ? L"+" : L"-") + text;
-}
-
-bool CanOpenClipboard()
-{
-    const test::TemporaryFolder folder;
-    return test::OtherProcess(L"ReadClipboard", folder / L"text").End() == 0;
-}
-
 TEST(Clipboard, AnotherProcessReadsTheText)
 {
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")"), S_OK);
-    EXPECT_EQ(ReadByOtherProcess(), L"+\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")");
+    EXPECT_EQ(ReadClipboardElsewhere(), L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")");
 }
 
 TEST(Clipboard, TextReplacesTheOneBefore)
 {
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"a longer text than the next"), S_OK);
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"x"), S_OK);
-    EXPECT_EQ(ReadByOtherProcess(), L"+x");
+    EXPECT_EQ(ReadClipboardElsewhere(), L"x");
 }
 
 TEST(Clipboard, AnyTextArrivesUnitForUnit)
@@ -88,27 +48,27 @@ TEST(Clipboard, AnyTextArrivesUnitForUnit)
     // Japanese, a surrogate pair, and halves of pairs on their own.
     const std::wstring text = L"\u30e1\u30fc\u30eb \U0001F600 \xd800 \xdc00!";
     EXPECT_EQ(CQanhClipboard::SetClipboardData(text.c_str()), S_OK);
-    EXPECT_EQ(ReadByOtherProcess(), L"+" + text);
+    EXPECT_EQ(ReadClipboardElsewhere(), text);
 }
 
 TEST(Clipboard, AVeryLongTextArrivesWhole)
 {
     const std::wstring text = std::wstring(100000, L'x') + L"!";
     EXPECT_EQ(CQanhClipboard::SetClipboardData(text.c_str()), S_OK);
-    EXPECT_TRUE(ReadByOtherProcess() == L"+" + text);
+    EXPECT_TRUE(ReadClipboardElsewhere() == text);
 }
 
 TEST(Clipboard, IsOpenToOthersAfterwards)
 {
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"x"), S_OK);
-    EXPECT_TRUE(CanOpenClipboard());
+    EXPECT_NO_THROW(ReadClipboardElsewhere());
 }
 
 TEST(Clipboard, ClearTakesTheTextAway)
 {
     ASSERT_EQ(CQanhClipboard::SetClipboardData(L"x"), S_OK);
     CQanhClipboard::Clear();
-    EXPECT_EQ(ReadByOtherProcess(), L"-");
+    EXPECT_EQ(ReadClipboardElsewhere(), std::nullopt);
 }
 
 TEST(Clipboard, HeldByAnotherProcessFailsWithoutALineOfItsOwn)
@@ -122,7 +82,7 @@ TEST(Clipboard, HeldByAnotherProcessFailsWithoutALineOfItsOwn)
     }
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
                                          "CQanhClipboard::SetClipboardData OUT(0x80004005)"));
-    EXPECT_EQ(ReadByOtherProcess(), L"+before");
+    EXPECT_EQ(ReadClipboardElsewhere(), L"before");
 }
 
 TEST(Clipboard, LogOfASuccess)

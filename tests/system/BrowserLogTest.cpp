@@ -1,0 +1,245 @@
+// The whole log of a launch of the browser, for each state of its tile setting.
+#include "support/Registry.h"
+#include "system/Golden.h"
+#include "system/LaunchTest.h"
+
+namespace {
+
+using standin::SetSetting;
+using standin::Setting;
+using test::IsGolden;
+
+constexpr wchar_t tileValue[] = L"ApplicationTileImmersiveActivation";
+constexpr char ok[] = "0x00000000";
+constexpr char failed[] = "0x80004005";
+
+// The search for the browser in mode 0, without exclusions, on the Start screen.
+constexpr char search[] = R"(
+    QanhLaunchBySearch(Internet Explorer, 0, 0) IN
+    QanhLaunchBySearch szKeyword = "Internet Explorer" <end>
+    CQanhMonitorMode::OpenAppSearchUI IN
+    CQanhMonitorMode::GetMonitorState IN
+    CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
+    CQanhKeyEmulate::SendInput_Win_Q IN
+    CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::SendInput_Win_Q OUT
+    CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
+    CQanhClipboard::SetClipboardData("Internet Explorer") IN
+    CQanhClipboard::SetClipboardData OUT(0x00000000)
+    CQanhKeyEmulate::SendInput_Shift_Insert IN
+    CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::SendInput_Shift_Insert OUT
+    CQanhKeyEmulate::SendInput_Enter IN
+    CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::SendInput_Enter OUT
+    CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
+    CQanhKeyEmulate::Sendinput_Key OUT
+    QanhLaunchBySearch OUT(0x00000000)
+)";
+
+// The same where the shell does not tell what the screen shows.
+constexpr char failedSearch[] = R"(
+    QanhLaunchBySearch(Internet Explorer, 0, 0) IN
+    QanhLaunchBySearch szKeyword = "Internet Explorer" <end>
+    CQanhMonitorMode::OpenAppSearchUI IN
+    CQanhMonitorMode::GetMonitorState IN
+    CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err <end>
+    CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
+    QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
+)";
+
+class BrowserLog : public test::LaunchTest
+{
+protected:
+    // Launches on the Start screen.
+    std::vector<std::string> Launch(int tileMode)
+    {
+        desktop->ShowStartScreen();
+        return LaunchHere("browser\t" + std::to_string(tileMode) + "\t0\t0", ok);
+    }
+
+    // Launches where the search fails at once.
+    std::vector<std::string> LaunchInVain(const std::string& command)
+    {
+        SetSetting(Setting::FailLauncherQuery, static_cast<DWORD>(E_FAIL));
+        return LaunchHere(command, failed);
+    }
+
+    std::vector<std::string> LaunchHere(const std::string& command, const std::string& result)
+    {
+        const std::size_t offset = sandbox.LogLength();
+        EXPECT_EQ(host->Command(command), result);
+        return sandbox.Log(offset);
+    }
+
+    test::ScopedKey browserKey{HKEY_CURRENT_USER, test::kBrowserKey};
+};
+
+TEST_F(BrowserLog, OneThatIsForcedToZeroAndPutBack)
+{
+    browserKey.SetDword(tileValue, 1);
+    Start({L"Internet Explorer.lnk"});
+    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
+        QanhLaunchIEBySearch(0, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
+        CQanhReg::SetCurrentTileImmersiveActivation(0) IN
+        CQanhReg::SetCurrentTileImmersiveActivation OUT
+        )") + search + R"(
+        CQanhReg::SetCurrentTileImmersiveActivation(1) IN
+        CQanhReg::SetCurrentTileImmersiveActivation OUT
+        QanhLaunchIEBySearch OUT(0x00000000)
+    )"));
+}
+
+TEST_F(BrowserLog, AbsentValueThatIsForcedToZeroAndDeleted)
+{
+    browserKey.Create();
+    Start({L"Internet Explorer.lnk"});
+    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
+        QanhLaunchIEBySearch(0, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
+        CQanhReg::SetCurrentTileImmersiveActivation(0) IN
+        CQanhReg::SetCurrentTileImmersiveActivation OUT
+        )") + search + R"(
+        CQanhReg::DeleteTileImmersiveActivation IN
+        CQanhReg::DeleteTileImmersiveActivation OUT
+        QanhLaunchIEBySearch OUT(0x00000000)
+    )"));
+}
+
+TEST_F(BrowserLog, AbsentValueThatCountsAsOneIsDeletedAllTheSame)
+{
+    browserKey.Create();
+    Start({L"Internet Explorer.lnk"});
+    EXPECT_TRUE(IsGolden(Launch(1), std::string(R"(
+        QanhLaunchIEBySearch(1, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
+        )") + search + R"(
+        CQanhReg::DeleteTileImmersiveActivation IN
+        CQanhReg::DeleteTileImmersiveActivation OUT
+        QanhLaunchIEBySearch OUT(0x00000000)
+    )"));
+}
+
+TEST_F(BrowserLog, AbsentKeyIsNeitherMadeNorMissed)
+{
+    Start({L"Internet Explorer.lnk"});
+    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
+        QanhLaunchIEBySearch(0, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
+        CQanhReg::SetCurrentTileImmersiveActivation(0) IN
+        CQanhReg::SetCurrentTileImmersiveActivation OUT(0)
+        )") + search + R"(
+        CQanhReg::DeleteTileImmersiveActivation IN
+        CQanhReg::DeleteTileImmersiveActivation OUT(0)
+        QanhLaunchIEBySearch OUT(0x00000000)
+    )"));
+}
+
+TEST_F(BrowserLog, TextIsLeftAlone)
+{
+    browserKey.SetText(tileValue, L"1");
+    Start({L"Internet Explorer.lnk"});
+    // The number is what the four bytes of the text come to.
+    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
+        QanhLaunchIEBySearch(0, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 49)
+        )") + search + R"(
+        QanhLaunchIEBySearch OUT(0x00000000)
+    )"));
+}
+
+TEST_F(BrowserLog, ModesOutOfRange)
+{
+    browserKey.SetDword(tileValue, 1);
+    Start({});
+    EXPECT_TRUE(IsGolden(LaunchHere("browser\t3\t0\t0", "0x80070057"), R"(
+        QanhLaunchIEBySearch(3, 0, 0) IN
+        QanhLaunchIEBySearch OUT(0x80070057)
+    )"));
+    EXPECT_TRUE(IsGolden(LaunchHere("browser\t0\t4294967295\t1", "0x80070057"), R"(
+        QanhLaunchIEBySearch(0, -1, 1) IN
+        QanhLaunchIEBySearch OUT(0x80070057)
+    )"));
+}
+
+TEST_F(BrowserLog, SearchThatFailsIsFollowedByTheSameSteps)
+{
+    Start({});
+    browserKey.SetDword(tileValue, 7);
+    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t1\t0\t0"), std::string(R"(
+        QanhLaunchIEBySearch(1, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 7)
+        CQanhReg::SetCurrentTileImmersiveActivation(1) IN
+        CQanhReg::SetCurrentTileImmersiveActivation OUT
+        )") + failedSearch + R"(
+        CQanhReg::SetCurrentTileImmersiveActivation(7) IN
+        CQanhReg::SetCurrentTileImmersiveActivation OUT
+        QanhLaunchIEBySearch OUT(0x80004005)
+    )"));
+    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t2\t0\t0"), std::string(R"(
+        QanhLaunchIEBySearch(2, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 7)
+        )") + failedSearch + R"(
+        QanhLaunchIEBySearch OUT(0x80004005)
+    )"));
+    browserKey.DeleteValue(tileValue);
+    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t0\t0\t0"), std::string(R"(
+        QanhLaunchIEBySearch(0, 0, 0) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
+        CQanhReg::SetCurrentTileImmersiveActivation(0) IN
+        CQanhReg::SetCurrentTileImmersiveActivation OUT
+        )") + failedSearch + R"(
+        CQanhReg::DeleteTileImmersiveActivation IN
+        CQanhReg::DeleteTileImmersiveActivation OUT
+        QanhLaunchIEBySearch OUT(0x80004005)
+    )"));
+}
+
+TEST_F(BrowserLog, SearchModeAndExclusionsAreHandedOn)
+{
+    Start({});
+    browserKey.SetDword(tileValue, 0);
+    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t0\t2\t1"), R"(
+        QanhLaunchIEBySearch(0, 2, 1) IN
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 0)
+        QanhLaunchBySearch(Internet Explorer, 2, 1) IN
+        CQanhPackageManager::GetExcludeAppNameList(Internet Explorer) IN
+        CQanhAppNameList::GetExcludeAppNameList(Internet Explorer) IN
+        CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)
+        CQanhPackageManager::GetExcludeAppNameList OUT(0x00000000)
+        QanhLaunchBySearch szKeyword = "Internet Explorer" <end>
+        CQanhMonitorMode::OpenAppSearchUI IN
+        CQanhMonitorMode::GetMonitorState IN
+        CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err <end>
+        CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
+        QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
+        QanhLaunchIEBySearch OUT(0x80004005)
+    )"));
+}
+
+} // namespace
