@@ -32,19 +32,23 @@ NodePlace PlaceOf(IXmlReader* reader)
 
 namespace Xml {
 
+HRESULT MakeReader(ComPtr<IXmlReader>& reader)
+{
+    return CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(reader.ReleaseAndGetAddressOf()),
+                           nullptr);
+}
+
+HRESULT OpenFile(IXmlReader* reader, const wchar_t* path)
+{
+    ComPtr<IStream> stream;
+    const HRESULT hr = SHCreateStreamOnFileW(path, STGM_READ, stream.GetAddressOf());
+    return FAILED(hr) ? hr : reader->SetInput(stream.Get());
+}
+
 HRESULT OpenReader(const wchar_t* path, ComPtr<IXmlReader>& reader)
 {
-    HRESULT hr = CreateXmlReader(__uuidof(IXmlReader),
-                                 reinterpret_cast<void**>(reader.ReleaseAndGetAddressOf()), nullptr);
-    if (FAILED(hr)) {
-        return hr;
-    }
-    ComPtr<IStream> stream;
-    hr = SHCreateStreamOnFileW(path, STGM_READ, stream.GetAddressOf());
-    if (FAILED(hr)) {
-        return hr;
-    }
-    return reader->SetInput(stream.Get());
+    const HRESULT hr = MakeReader(reader);
+    return FAILED(hr) ? hr : OpenFile(reader.Get(), path);
 }
 
 HRESULT ReadNode(IXmlReader* reader)

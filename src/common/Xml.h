@@ -17,7 +17,10 @@ namespace Xml {
 constexpr HRESULT kInputEnds = static_cast<HRESULT>(0xC00CEE01);
 
 // Makes a reader over a file opened for reading. Returns the first failure of making the reader, opening the
-// file and joining the two.
+// file and joining the two. The first step and the rest may be done apart, where the file's path takes asking
+// for.
+HRESULT MakeReader(Microsoft::WRL::ComPtr<IXmlReader>& reader);
+HRESULT OpenFile(IXmlReader* reader, const wchar_t* path);
 HRESULT OpenReader(const wchar_t* path, Microsoft::WRL::ComPtr<IXmlReader>& reader);
 
 // Moves to the next node. S_OK; S_FALSE at the end of the document; a failure of the reader; or kInputEnds

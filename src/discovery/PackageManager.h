@@ -64,8 +64,8 @@ public:
     GetPackageManager(BOOL* pNeedsUninitialize) noexcept;
 
     // The first package of the family that is installed for the user, or none; with a fragment, the first one
-    // that depends on a package whose family name contains it, whatever the case of Latin letters. A failing
-    // call of the platform is raised as a RuntimeError.
+    // that depends on a package whose family name contains it, whatever the case of Latin letters. The
+    // fragment is not null, here and below. A failing call of the platform is raised as a RuntimeError.
     static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByName(const wchar_t* familyName);
     static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByNameEx(const wchar_t* familyName,
                                                                           const wchar_t* fragment);

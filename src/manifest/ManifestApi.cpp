@@ -15,28 +15,33 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-HRESULT OpenApplications(const wchar_t* path,
-                         ComPtr<platform::IAppxManifestApplicationsEnumerator>& applications)
+// A manifest and its applications. Everything is held to the end: the file is the reader's alone until then.
+struct OpenManifest
 {
     ComPtr<platform::IAppxFactory> factory;
-    HRESULT hr =
-        CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
-                         __uuidof(platform::IAppxFactory), reinterpret_cast<void**>(factory.GetAddressOf()));
-    if (FAILED(hr)) {
-        return hr;
-    }
     ComPtr<IStream> stream;
-    hr = SHCreateStreamOnFileEx(path, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, FALSE, nullptr,
-                                stream.GetAddressOf());
-    if (FAILED(hr)) {
-        return hr;
-    }
     ComPtr<platform::IAppxManifestReader> reader;
-    hr = factory->CreateManifestReader(stream.Get(), reader.GetAddressOf());
+    ComPtr<platform::IAppxManifestApplicationsEnumerator> applications;
+};
+
+HRESULT Open(const wchar_t* path, OpenManifest& manifest)
+{
+    HRESULT hr = CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
+                                  __uuidof(platform::IAppxFactory),
+                                  reinterpret_cast<void**>(manifest.factory.GetAddressOf()));
     if (FAILED(hr)) {
         return hr;
     }
-    return reader->GetApplications(applications.GetAddressOf());
+    hr = SHCreateStreamOnFileEx(path, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, FALSE, nullptr,
+                                manifest.stream.GetAddressOf());
+    if (FAILED(hr)) {
+        return hr;
+    }
+    hr = manifest.factory->CreateManifestReader(manifest.stream.Get(), manifest.reader.GetAddressOf());
+    if (FAILED(hr)) {
+        return hr;
+    }
+    return manifest.reader->GetApplications(manifest.applications.GetAddressOf());
 }
 
 // An application that does not answer is skipped.
@@ -53,15 +58,16 @@ void AddApplication(platform::IAppxManifestApplicationsEnumerator* applications,
 
 HRESULT ReadApplications(const wchar_t* path, CQanhPackage* package)
 {
-    ComPtr<platform::IAppxManifestApplicationsEnumerator> applications;
-    HRESULT hr = OpenApplications(path, applications);
+    OpenManifest manifest;
+    HRESULT hr = Open(path, manifest);
+    platform::IAppxManifestApplicationsEnumerator* const applications = manifest.applications.Get();
     while (SUCCEEDED(hr)) {
         BOOL hasCurrent = FALSE;
         hr = applications->GetHasCurrent(&hasCurrent);
         if (FAILED(hr) || !hasCurrent) {
             break;
         }
-        AddApplication(applications.Get(), package);
+        AddApplication(applications, package);
         BOOL hasNext = FALSE;
         hr = applications->MoveNext(&hasNext);
     }

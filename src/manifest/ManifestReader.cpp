@@ -158,7 +158,7 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
     return LogOut(kName, hr);
 }
 
-HRESULT CQanhManifestReader::MoveToElementByName(IXmlReader* pReader, const wchar_t* name) noexcept
+HRESULT CQanhManifestReader::MoveToElementByName(IXmlReader* pReader, const wchar_t* name)
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::MoveToElementByName";
     DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, name);
@@ -193,10 +193,15 @@ HRESULT CQanhManifestReader::GetAttributeValueByName(IXmlReader* pReader, const 
 namespace {
 
 // The display name of the one application of a manifest, as it stands there.
-HRESULT ReadOnlyDisplayName(const wchar_t* path, std::wstring& displayName)
+HRESULT ReadOnlyDisplayName(platform::IPackage* package, std::wstring& displayName)
 {
     ComPtr<IXmlReader> reader;
-    HRESULT hr = Xml::OpenReader(path, reader);
+    HRESULT hr = Xml::MakeReader(reader);
+    if (FAILED(hr)) {
+        return hr;
+    }
+    hr =
+        Xml::OpenFile(reader.Get(), StorePackage::ManifestPath(StorePackage::InstalledPath(package)).c_str());
     if (FAILED(hr)) {
         return hr;
     }
@@ -246,8 +251,7 @@ HRESULT CQanhManifestReader::GetAppDisplayName(platform::IPackage* pPackage, wch
     HRESULT hr = S_OK;
     try {
         std::wstring displayName;
-        hr = ReadOnlyDisplayName(StorePackage::ManifestPath(StorePackage::InstalledPath(pPackage)).c_str(),
-                                 displayName);
+        hr = ReadOnlyDisplayName(pPackage, displayName);
         if (FAILED(hr)) {
             return LogOut(kName, hr);
         }

@@ -49,7 +49,7 @@ public:
 
     // Moves on to the next element of this name, wherever it stands. S_OK; S_FALSE at the end of the
     // document; E_POINTER; or the reader's failure.
-    static HRESULT MoveToElementByName(IXmlReader* pReader, const wchar_t* name) noexcept;
+    static HRESULT MoveToElementByName(IXmlReader* pReader, const wchar_t* name);
 
     // Copies an attribute of the element at hand. S_OK; S_FALSE when there is none of this name, with the
     // text as it was; E_POINTER; or the reader's failure. Throws std::bad_alloc.

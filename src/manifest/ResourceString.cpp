@@ -25,7 +25,7 @@ void TrimSlashes(std::wstring& key)
     key.erase(0, key.find_first_not_of(L'/'));
 }
 
-bool Load(const std::wstring& source, wchar_t* buffer) noexcept
+bool Load(const std::wstring& source, wchar_t* buffer)
 {
     DiagnosticLog::WriteLine("%S ms-resource = %S)\r\n", kName, source.c_str());
     return SUCCEEDED(SHLoadIndirectString(source.c_str(), buffer, CQanhManifestReader::kTextSize, nullptr));

@@ -46,7 +46,7 @@ TEST_F(LifecycleInShell, LoadFailureOfAnotherProcessLeavesTheLibraryDown)
 
 TEST_F(LifecycleInShell, PackageManagersFailureUndoesTheMonitorMode)
 {
-    m_host.FailNext(discovery_test::kAlways);
+    m_host.FailNext(test::HostExecutable::kAlways);
     HRESULT hr = S_OK;
     EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { hr = QanhInitialize(); }));
     EXPECT_EQ(hr, E_FAIL);
@@ -84,7 +84,7 @@ TEST_F(LifecycleInShell, ThreadThatDoesNotStartLeavesTheLibraryDownAndTheNextCal
 
 TEST_F(LifecycleInShell, FailedCallCanBeRepeated)
 {
-    m_host.FailNext(discovery_test::kAlways);
+    m_host.FailNext(test::HostExecutable::kAlways);
     ASSERT_EQ(QanhInitialize(), E_FAIL);
     m_host.FailNext(0);
     EXPECT_EQ(QanhInitialize(), S_OK);

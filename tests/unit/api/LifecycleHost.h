@@ -4,12 +4,12 @@
 #include "api/Statics.h"
 #include "common/DiagnosticLog.h"
 #include "support/Apartments.h"
+#include "support/HostExecutable.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/Registry.h"
 #include "support/TemporaryFolder.h"
 #include "unit/api/FakeShell.h"
-#include "unit/discovery/Host.h"
 
 #include <gmock/gmock.h>
 
@@ -89,7 +89,7 @@ protected:
     test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
     NoShell m_noShell;
     test::TemporaryFolder m_folder;
-    discovery_test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
+    test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
     test::LogCapture m_log;
     test::FakeSleep m_sleep; // finalizing does not wait for the first refresh pass then
     test::ImportPatch<decltype(&CreateThread)> m_createThread{"CreateThread", StartWaiting};

@@ -128,7 +128,7 @@ TEST(LifecycleWithThread, FinalizeWaitsForTheFirstPass)
     const test::TemporaryFolder folder;
     const test::ScopedEnvironment environment(L"LOCALAPPDATA", folder.Path().c_str());
     const test::ScopedKey settings(HKEY_LOCAL_MACHINE, test::kSettingsKey);
-    const discovery_test::HostExecutable host(folder / (hostName + L".exe"));
+    const test::HostExecutable host(folder / (hostName + L".exe"));
     const api_test::FakeShell shell;
     const ULONGLONG start = GetTickCount64();
     ASSERT_EQ(QanhInitialize(), S_OK);

@@ -3,12 +3,12 @@
 #include "QanHelper.h"
 
 #include "common/RuntimeError.h"
+#include "support/Allocations.h"
 #include "support/Apartments.h"
 #include "support/FakePackages.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
-#include "unit/catalog/Allocations.h"
 
 #include <gmock/gmock.h>
 
@@ -162,6 +162,55 @@ TEST_F(Queries, ByIdSplitsAtTheLastSeparatorAndKeepsTheCase)
     EXPECT_EQ(m_store.objects.Calls("Dependencies"), 0u);
 }
 
+TEST_F(Queries, TakeTextsOfAnyLengthAndOfAnyCharacters)
+{
+    const std::wstring longFamily(5000, L'f');
+    // Letters of another script, halves of surrogate pairs, the format's own sign.
+    const std::wstring oddFamily = L"\u30e1\u30fc\u30eb_\xDC00\xD800%s\u00c4";
+    m_store.Add(longFamily.c_str());
+    m_store.Add(oddFamily.c_str());
+    for (const std::wstring& family : {longFamily, oddFamily}) {
+        for (const std::wstring& tail : {std::wstring(), std::wstring(L"!\xD83D"), L"!" + longFamily}) {
+            m_isInstalled = 7;
+            EXPECT_EQ(Ask((family + tail).c_str()), S_OK);
+            EXPECT_EQ(m_isInstalled, 1);
+        }
+        m_isInstalled = 7;
+        EXPECT_EQ(QanhIsInstalled(family.c_str(), &m_isInstalled), S_OK);
+        EXPECT_EQ(m_isInstalled, 1);
+    }
+    EXPECT_EQ(Ask((longFamily + L"f!App").c_str()), S_OK);
+    EXPECT_EQ(m_isInstalled, 0);
+}
+
+TEST_F(Queries, WithoutAManagerNothingIsInstalled)
+{
+    m_store.Add(L"mail_1");
+    m_store.Add(kOffice, {L"word"});
+    m_store.initializeResult = E_OUTOFMEMORY;
+    EXPECT_EQ(QanhIsInstalled(L"mail_1", &m_isInstalled), S_OK);
+    EXPECT_EQ(m_isInstalled, 0);
+    for (const wchar_t* id : {L"mail_1", L"mail_1!App", L"Microsoft.Office.Desktop_8wekyb3d8bbwe!word"}) {
+        m_isInstalled = 7;
+        EXPECT_EQ(Ask(id), S_OK);
+        EXPECT_EQ(m_isInstalled, 0);
+    }
+    wchar_t* name = nullptr;
+    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"mail_1", &name), static_cast<HRESULT>(0xA0000001));
+    EXPECT_EQ(name, nullptr);
+}
+
+TEST_F(Queries, ByIdReturnsTheFailureOfTheSystem)
+{
+    m_store.objects.Fail("First", E_ACCESSDENIED);
+    for (const wchar_t* id : {L"mail_1", L"mail_1!App", L"Microsoft.Office.Desktop_8wekyb3d8bbwe!word"}) {
+        const test::LogCapture log;
+        EXPECT_EQ(Ask(id), E_FAIL);
+        EXPECT_EQ(m_isInstalled, 7);
+        EXPECT_EQ(log.Lines().back(), "QanhIsInstalledByAppUserModeID OUT(0x80004005)");
+    }
+}
+
 TEST_F(Queries, ByIdWithoutAFamilyIsInvalid)
 {
     const test::LogCapture log;
@@ -241,6 +290,9 @@ const SuiteCase kSuiteCases[] = {
      false},
     {"AnotherName", L"Microsoft.Office.Desktop.Word_8wekyb3d8bbwe!x",
      "Microsoft.Office.Desktop.Word_8wekyb3d8bbwe", false},
+    {"UpperCaseWithTextAround", L"X.MICROSOFT.OFFICE.DESKTOP_8WEKYB3D8BBWE.Y!Z",
+     "X.MICROSOFT.OFFICE.DESKTOP_8WEKYB3D8BBWE.Y", true},
+    {"OnlyTheStart", L"Microsoft.Office.Desktop!x", "Microsoft.Office.Desktop", false},
     {"CutByASeparator", L"Microsoft.Office!.Desktop_8wekyb3d8bbwe", "Microsoft.Office", false},
 };
 
@@ -251,6 +303,25 @@ TEST_F(Queries, ByIdOfTheSuiteIgnoresTheCaseOfTheApplication)
 {
     m_store.Add(kOffice, {L"Microsoft.Office.Desktop.WORD_8wekyb3d8bbwe"});
     EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!word"), S_OK);
+    EXPECT_EQ(m_isInstalled, 1);
+}
+
+TEST_F(Queries, ByIdOfTheSuiteTakesTheApplicationFromBehindTheLastSeparator)
+{
+    m_store.Add(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools", {L"Word"});
+    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools!Word"), S_OK);
+    EXPECT_EQ(m_isInstalled, 1);
+    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools!ord!"), S_OK);
+    EXPECT_EQ(m_isInstalled, 0); // another family
+    EXPECT_THAT(Asked(), ElementsAre("Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools",
+                                     "Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools!ord"));
+}
+
+TEST_F(Queries, ByIdOfTheSuiteLooksAtEachPackageOfIt)
+{
+    m_store.Add(kOffice, {L"sheet"});
+    m_store.Add(kOffice, {L"word"});
+    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Word"), S_OK);
     EXPECT_EQ(m_isInstalled, 1);
 }
 

@@ -1,9 +1,9 @@
 // The trace of a launch by search.
 
 #include "QanHelper.h"
+#include "support/Allocations.h"
 #include "support/LogCapture.h"
 #include "unit/api/SearchDesktop.h"
-#include "unit/catalog/Allocations.h"
 
 #include <gmock/gmock.h>
 

@@ -5,10 +5,10 @@
 #include "common/Xml.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
+#include "support/ReaderProbe.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
 #include "unit/catalog/CatalogFile.h"
-#include "unit/catalog/ReaderProbe.h"
 #include "unit/catalog/XmlText.h"
 
 #include <gmock/gmock.h>

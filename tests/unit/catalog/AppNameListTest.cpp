@@ -1,8 +1,8 @@
 #include "catalog/AppNameList.h"
 
 #include "catalog/ExcludeList.h"
+#include "support/Allocations.h"
 #include "support/LogCapture.h"
-#include "unit/catalog/Allocations.h"
 #include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
 

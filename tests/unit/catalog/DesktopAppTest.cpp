@@ -1,8 +1,8 @@
 #include "catalog/DesktopApp.h"
 
+#include "support/Allocations.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
-#include "unit/catalog/Allocations.h"
 #include "unit/catalog/Records.h"
 
 #include <gmock/gmock.h>

@@ -2,12 +2,12 @@
 
 #include "catalog/DesktopApp.h"
 
+#include "support/Allocations.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
+#include "support/ReaderProbe.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
-#include "unit/catalog/Allocations.h"
-#include "unit/catalog/ReaderProbe.h"
 #include "unit/catalog/WriterProbe.h"
 #include "unit/catalog/XmlText.h"
 

@@ -1,9 +1,9 @@
 #include "catalog/MetroApp.h"
 
+#include "support/Allocations.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
-#include "unit/catalog/Allocations.h"
-#include "unit/catalog/ReaderProbe.h"
+#include "support/ReaderProbe.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 #include "unit/catalog/XmlText.h"

@@ -1,6 +1,6 @@
 #include "catalog/OwnedList.h"
 
-#include "unit/catalog/Allocations.h"
+#include "support/Allocations.h"
 #include "unit/catalog/Records.h"
 
 #include <gmock/gmock.h>

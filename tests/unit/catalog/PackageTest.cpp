@@ -1,7 +1,7 @@
 #include "catalog/Package.h"
 
+#include "support/Allocations.h"
 #include "support/LogCapture.h"
-#include "unit/catalog/Allocations.h"
 #include "unit/catalog/Records.h"
 
 #include <gmock/gmock.h>

@@ -142,6 +142,25 @@ TEST_F(StorePackages, AReservedOneIsNeverRefreshed)
     EXPECT_EQ(Record()->Version, VersionOf(0, 0, 1, 0));
 }
 
+// The names are checked with the one reader and read with the other: what comes of the reading is not told.
+TEST_F(StorePackages, AChangedOneThatCannotBeReadAfterTheCheckHasNoApplications)
+{
+    WriteManifest({"Mail"});
+    Add();
+    m_package->facts.version.Major = 2;
+    m_settings.SetDword(L"ManifestReaderSetting", 0);
+    const test::ImportPatch<decltype(&CoCreateInstance)> patch(
+        "CoCreateInstance",
+        [](REFCLSID, IUnknown*, DWORD, REFIID, void**) -> HRESULT { return REGDB_E_CLASSNOTREG; });
+    const test::LogCapture log;
+    EXPECT_EQ(Add(), S_FALSE);
+    const auto lines = log.Lines();
+    EXPECT_THAT(lines, ::testing::Contains("CQanhManifestReader::AddAppsToPackage OUT(0x80040154)"));
+    EXPECT_EQ(lines.back(), "CQanhAppNameList::AddMetroPackage OUT(0x00000001)");
+    EXPECT_EQ(Record()->Version, VersionOf(2, 2, 3, 4));
+    EXPECT_THAT(DisplayNames(), IsEmpty());
+}
+
 // A changed one whose names cannot be had.
 
 TEST_F(StorePackages, UnresolvedNamesKeepTheRecordButForItsTwoNames)

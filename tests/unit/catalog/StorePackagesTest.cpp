@@ -3,7 +3,7 @@
 #include "unit/catalog/StorePackages.h"
 
 #include "common/RuntimeError.h"
-#include "unit/catalog/Allocations.h"
+#include "support/Allocations.h"
 #include "unit/catalog/CatalogFile.h"
 
 #include <gmock/gmock.h>
@@ -115,8 +115,8 @@ TEST_F(StorePackages, TheSystemsReaderIsUsedWhenItIsSet)
 
 TEST_F(StorePackages, ThePathOfTheManifestHas259CharactersAtMost)
 {
-    // A folder in which the name of the manifest just fits, and one that is a character longer.
-    for (const std::size_t length : {242u, 243u}) {
+    // A folder in which the name of the manifest just fits, and some that are longer.
+    for (const std::size_t length : {242u, 243u, 244u}) {
         std::wstring path = m_folder.Path() + L"\\";
         while (path.size() + 101 < length) {
             path += std::wstring(100, L'x') + L"\\";
@@ -127,11 +127,12 @@ TEST_F(StorePackages, ThePathOfTheManifestHas259CharactersAtMost)
                              "<Applications><Application><VisualElements DisplayName=\"App\"/>"
                              "</Application></Applications>");
         m_package->facts.path = path;
-        m_package->facts.familyName = length == 242 ? L"fits" : L"too long";
+        m_package->facts.familyName = std::to_wstring(length);
         EXPECT_EQ(Add(), S_OK);
     }
-    EXPECT_THAT(DisplayNames(Record(L"fits")), ElementsAre(L"app"));
-    EXPECT_THAT(DisplayNames(Record(L"too long")), IsEmpty());
+    EXPECT_THAT(DisplayNames(Record(L"242")), ElementsAre(L"app"));
+    EXPECT_THAT(DisplayNames(Record(L"243")), IsEmpty());
+    EXPECT_THAT(DisplayNames(Record(L"244")), IsEmpty());
 }
 
 TEST_F(StorePackages, AFamilyNameInOtherLettersIsAnotherPackage)
@@ -140,6 +141,28 @@ TEST_F(StorePackages, AFamilyNameInOtherLettersIsAnotherPackage)
     m_package->facts.familyName = L"CONTOSO.Mail_8wekyb3d8bbwe";
     EXPECT_EQ(Add(), S_OK);
     EXPECT_EQ(m_list.PackageFamilyNames().size(), 2u);
+}
+
+TEST_F(StorePackages, OneWithoutAFamilyNameIsAlwaysNew)
+{
+    m_package->facts.familyName.clear();
+    EXPECT_EQ(Add(), S_OK);
+    EXPECT_EQ(Add(), S_OK);
+    EXPECT_EQ(m_list.PackageFamilyNames().size(), 2u);
+}
+
+TEST_F(StorePackages, NamesMayHoldAnyCharactersAtAnyLength)
+{
+    const std::wstring family = L"\u30e1\xDC00\xD800%s" + std::wstring(5000, L'f');
+    m_package->facts.familyName = family;
+    m_package->facts.fullName = L"full " + family;
+    m_package->facts.name = L"name " + family;
+    EXPECT_EQ(Add(), S_OK);
+    ASSERT_NE(Record(family.c_str()), nullptr);
+    EXPECT_EQ(Record(family.c_str())->FullName.c_str(), L"full " + family);
+    EXPECT_EQ(Record(family.c_str())->Name.c_str(), L"name " + family);
+    EXPECT_EQ(Add(), S_OK);
+    EXPECT_EQ(m_list.PackageFamilyNames().size(), 1u);
 }
 
 // One that does not answer.
@@ -175,6 +198,24 @@ TEST_P(SilentPackage, IsAFailureAndChangesNothing)
 INSTANTIATE_TEST_SUITE_P(To, SilentPackage,
                          ::testing::Values("Id", "FamilyName", "FullName", "Name", "Version",
                                            "InstalledLocation", "QueryInterface", "Path"));
+
+TEST_P(SilentPackage, IsAFailureAlsoWhenItIsReserved)
+{
+    test::LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" NeedReserve=\"1\"/>"
+                           "</r>");
+    m_objects.Fail(GetParam(), E_ACCESSDENIED);
+    EXPECT_EQ(Add(), E_FAIL);
+}
+
+TEST_P(SilentPackage, IsOutOfMemoryAfterAnyOtherException)
+{
+    m_objects.At(GetParam(), [] { throw 1; });
+    const test::LogCapture log;
+    EXPECT_EQ(Add(), E_OUTOFMEMORY);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::AddMetroPackage IN",
+                                         "CQanhAppNameList::AddMetroPackage OUT(0x8007000E)"));
+    EXPECT_EQ(Record(), nullptr);
+}
 
 // Limits.
 

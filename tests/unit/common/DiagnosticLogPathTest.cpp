@@ -2,13 +2,13 @@
 
 #include "common/DiagnosticLog.h"
 
+#include "support/HostExecutable.h"
 #include "support/LogCapture.h"
 #include "support/OtherProcess.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
 #include "unit/common/FileCalls.h"
 #include "unit/common/InvalidParameter.h"
-#include "unit/discovery/Host.h"
 
 #include <gmock/gmock.h>
 
@@ -16,8 +16,8 @@
 
 namespace {
 
-using discovery_test::HostExecutable;
 using test::FileCalls;
+using test::HostExecutable;
 using ::testing::ElementsAre;
 
 // A process in which the path has never been composed: it starts the log in the folder of the argument, with
@@ -41,7 +41,7 @@ const test::Part g_withoutLocalAppData(L"LogWithoutLocalAppData", [](const test:
 
 const test::Part g_withoutExecutablePath(L"LogWithoutExecutablePath", [](const test::Part::Context& context) {
     HostExecutable host(L"");
-    host.FailNext(discovery_test::kAlways);
+    host.FailNext(test::HostExecutable::kAlways);
     return WriteWithDefaultPath(context);
 });
 

@@ -2,7 +2,7 @@
 
 #include "common/FormatText.h"
 
-#include "unit/catalog/Allocations.h"
+#include "support/Allocations.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,8 @@
 #include "common/HostEnvironment.h"
 
+#include "support/HostExecutable.h"
 #include "support/ImportPatch.h"
 #include "support/TemporaryFolder.h"
-#include "unit/discovery/Host.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-using discovery_test::HostExecutable;
+using test::HostExecutable;
 
 constexpr wchar_t kVariable[] = L"QANH_UNIT_TEST";
 

@@ -1,9 +1,9 @@
 #include "discovery/PackageManager.h"
 
+#include "support/HostExecutable.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
-#include "unit/discovery/Host.h"
 
 #include <gmock/gmock.h>
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-using discovery_test::HostExecutable;
+using test::HostExecutable;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

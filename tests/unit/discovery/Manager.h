@@ -1,11 +1,11 @@
 #pragma once
 
 #include "discovery/PackageManager.h"
+#include "support/HostExecutable.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
-#include "unit/discovery/Host.h"
 
 #include <gmock/gmock.h>
 
@@ -154,7 +154,7 @@ protected:
     };
 
     test::TemporaryFolder m_folder;
-    HostExecutable m_host{m_folder / (BaseName() + L".x.exe")};
+    test::HostExecutable m_host{m_folder / (BaseName() + L".x.exe")};
     test::LogCapture m_log;
     CQanhPackageManager m_manager;
     std::vector<ThreadStart> m_threadStarts;

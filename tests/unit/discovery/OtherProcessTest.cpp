@@ -176,7 +176,7 @@ TEST_F(OtherProcessStart, WithoutThePathsFails)
 {
     // Without its path, a host takes the product's name for the mutex.
     HoldMutexElsewhere(L"QanHelper");
-    m_host.FailNext(kAlways);
+    m_host.FailNext(test::HostExecutable::kAlways);
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     ExpectNotOwner();
 }

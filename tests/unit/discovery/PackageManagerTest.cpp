@@ -177,7 +177,7 @@ TEST_F(PackageManagerStart, MutexWithoutTheExecutablesNameHasTheProductsAlone)
 
 TEST_F(PackageManagerStart, WithoutThePathsOfBothFilesItFails)
 {
-    m_host.FailNext(kAlways);
+    m_host.FailNext(test::HostExecutable::kAlways);
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
     EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);

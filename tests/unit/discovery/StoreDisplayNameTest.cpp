@@ -68,6 +68,46 @@ TEST_F(DisplayNameOfFamily, IsThatOfItsManifest)
     EXPECT_EQ(lines.back(), "CQanhPackageManager::GetAppDisplayNameByPFN OUT(0x00000000) DisplayName = w");
 }
 
+TEST_F(DisplayNameOfFamily, IsThatOfTheFirstPackage)
+{
+    Install("<Application><VisualElements DisplayName=\"First\"/></Application>");
+    const test::TemporaryFolder folder;
+    test::WriteFileBytes(folder / L"AppxManifest.xml",
+                         "<Package><Applications><Application><VisualElements DisplayName=\"Second\"/>"
+                         "</Application></Applications></Package>");
+    test::PackageFacts facts;
+    facts.familyName = kFamily;
+    facts.path = folder.Path();
+    m_store.Add(facts);
+    EXPECT_EQ(Ask(), S_OK);
+    EXPECT_STREQ(m_name, L"first");
+}
+
+// The package is held until the last line is written, and given back after it.
+TEST_F(DisplayNameOfFamily, IsLoggedBeforeThePackageIsGivenBack)
+{
+    test::FakePackage* package = m_store.Add(kFamily);
+    static test::FakePackage* s_package;
+    static LONG s_references;
+    static decltype(&CreateFileW) s_open;
+    s_package = package;
+    const test::LogCapture log;
+    {
+        const test::ImportPatch<decltype(&CreateFileW)> patch(
+            "CreateFileW",
+            [](const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD how,
+               DWORD flags, HANDLE model) -> HANDLE {
+                s_references = s_package->References();
+                return s_open(path, access, share, security, how, flags, model);
+            });
+        s_open = patch.Original();
+        Ask();
+    }
+    EXPECT_EQ(log.Lines().back().rfind("CQanhPackageManager::GetAppDisplayNameByPFN OUT(", 0), 0u);
+    EXPECT_EQ(s_references, 1);
+    EXPECT_EQ(package->References(), 0);
+}
+
 TEST_F(DisplayNameOfFamily, OfAnUnknownFamilyIsLeftAsItWas)
 {
     wchar_t before[] = L"before";
@@ -134,8 +174,16 @@ TEST_F(DisplayNameOfFamily, WithoutAManagerIsAsOfAnUnknownFamily)
 {
     Install("<Application><VisualElements DisplayName=\"A\"/></Application>");
     m_store.initializeResult = E_OUTOFMEMORY;
+    const test::LogCapture log;
     EXPECT_EQ(Ask(), kNoPackage);
     EXPECT_EQ(m_name, nullptr);
+    EXPECT_THAT(
+        log.Lines(),
+        ElementsAre(EntryLine("mail_1", &m_name), "CQanhPackageManager::FindPackageByName(mail_1) IN",
+                    "CQanhPackageManager::GetPackageManager IN",
+                    "CQanhPackageManager::GetPackageManager OUT(0x8007000E)",
+                    "CQanhPackageManager::FindPackageByName OUT(GetPackageManager failed.)",
+                    "CQanhPackageManager::GetAppDisplayNameByPFN OUT(0xA0000001) DisplayName = (null)"));
 }
 
 TEST_F(DisplayNameOfFamily, AFailureOfTheFindingIsLoggedAndReturned)

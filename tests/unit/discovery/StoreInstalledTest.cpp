@@ -106,6 +106,44 @@ TEST_F(IsInstalled, NothingIsWithoutAManager)
     EXPECT_EQ(m_isInstalled, 0);
 }
 
+TEST_F(IsInstalled, WithoutAManagerIsLoggedAsNotInstalled)
+{
+    m_store.Add(kFamily, {L"word"});
+    m_store.initializeResult = E_OUTOFMEMORY;
+    const test::LogCapture log;
+    Ask();
+    AskEx(L"word");
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhPackageManager::IsInstalled(mail_1) IN",
+                            "CQanhPackageManager::FindPackageByName(mail_1) IN",
+                            "CQanhPackageManager::GetPackageManager IN",
+                            "CQanhPackageManager::GetPackageManager OUT(0x8007000E)",
+                            "CQanhPackageManager::FindPackageByName OUT(GetPackageManager failed.)",
+                            "CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 0)",
+                            "CQanhPackageManager::IsInstalledEx(mail_1) IN",
+                            "CQanhPackageManager::FindPackageByNameEx(mail_1) IN",
+                            "CQanhPackageManager::GetPackageManager IN",
+                            "CQanhPackageManager::GetPackageManager OUT(0x8007000E)",
+                            "CQanhPackageManager::FindPackageByNameEx OUT(GetPackageManager failed.)",
+                            "CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 0)"));
+}
+
+TEST_F(IsInstalled, ExWithAnEmptyFragmentAsksForAnyDependency)
+{
+    m_store.Add(kFamily);
+    EXPECT_EQ(AskEx(L""), S_OK);
+    EXPECT_EQ(m_isInstalled, 0);
+    m_store.Add(kFamily, {L"any"});
+    EXPECT_EQ(AskEx(L""), S_OK);
+    EXPECT_EQ(m_isInstalled, 1);
+}
+
+TEST_F(IsInstalled, ExNullArgumentsComeBeforeAnEmptyName)
+{
+    EXPECT_EQ(CQanhPackageManager::IsInstalledEx(L"", L"x", nullptr), E_POINTER);
+    EXPECT_THAT(Journal(), IsEmpty());
+}
+
 TEST_F(IsInstalled, AFailureOfTheFindingIsLoggedAndReturned)
 {
     m_store.Add(kFamily);

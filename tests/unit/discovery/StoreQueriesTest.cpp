@@ -180,6 +180,48 @@ TEST_F(FindPackage, TakesNamesOfAnyLength)
     EXPECT_EQ(Find(family.c_str()), package);
 }
 
+// Half of a surrogate pair stands for itself.
+TEST_F(FindPackage, HandsOnWhatIsNoWholeCharacter)
+{
+    m_store.Add(L"f\xD801");
+    test::FakePackage* package = m_store.Add(L"f\xD800");
+    EXPECT_EQ(Find(L"f\xD800"), package);
+    EXPECT_EQ(FindEx(L"x", L"f\xDC00"), nullptr);
+}
+
+TEST_F(FindPackage, IsLookedForAnewEachTime)
+{
+    m_store.Add(L"other");
+    EXPECT_EQ(Find(), nullptr);
+    EXPECT_EQ(FindEx(L"part"), nullptr);
+    test::FakePackage* package = m_store.Add(kFamily, {L"part"});
+    EXPECT_EQ(Find(), package);
+    EXPECT_EQ(FindEx(L"part"), package);
+    EXPECT_EQ(m_store.objects.Calls("ActivateInstance"), 4u);
+}
+
+// The exit line comes when the thread is out of the Windows Runtime again.
+TEST_F(FindPackage, LeavesTheRuntimeBeforeItsExitLine)
+{
+    m_store.Add(kFamily, {L"part"});
+    const test::LogCapture log;
+    static const test::LogCapture* s_log;
+    static decltype(&RoUninitialize) s_leave;
+    static std::vector<std::string> s_lastLines;
+    s_log = &log;
+    s_lastLines.clear();
+    const test::ImportPatch<decltype(&RoUninitialize)> patch("RoUninitialize", [] {
+        s_lastLines.push_back(s_log->Lines().back());
+        s_leave();
+    });
+    s_leave = patch.Original();
+    Find();
+    FindEx(L"part");
+    EXPECT_THAT(s_lastLines, ElementsAre("CQanhPackageManager::GetPackageManager OUT(0x00000000)",
+                                         "CQanhPackageManager::GetPackageManager OUT(0x00000000)"));
+    EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::FindPackageByNameEx OUT");
+}
+
 TEST_F(FindPackage, WithoutANameIsNone)
 {
     const test::LogCapture log;
@@ -319,13 +361,61 @@ const FragmentCase kFragments[] = {
     {"BothMixed", L"WoRd", L"wOrD", true},
     {"OtherLettersKeepTheirCase", L"\u00e9t\u00e9", L"\u00c9T\u00c9", false},
     {"OtherLettersOfTheSameCase", L"\u00c9T\u00c9", L"\u00c9t\u00c9", true},
+    {"UmlautInTheNameAgainstItsCapital", L"\u00e4", L"\u00c4", false},
+    {"CapitalUmlautInTheNameAgainstTheSmallOne", L"\u00c4", L"\u00e4", false},
+    {"TheSameUmlautBesideLetters", L"H\u00c4USER", L"h\u00c4user", true},
+    {"CharactersWithTheLowByteOfALetter", L"\u0141", L"\u0161", false},
+    {"CharactersWithTheLowByteOfALetterAgainstIt", L"\u0141", L"A", false},
     {"FullWidthLettersKeepTheirCase", L"\uff57", L"\uff37", false},
     {"CharactersBesideTheLetters", L"@[`{", L"`{@[", false},
     {"PatternsAreText", L"word", L"w*", false},
+    {"HalfOfASurrogatePair", L"x\xD83D\xDE00y", L"\xD83D", true},
+    {"TheOtherHalfOfAnotherPair", L"x\xD83D\xDE00y", L"\xDE01", false},
 };
 
 INSTANTIATE_TEST_SUITE_P(Of, Fragment, ::testing::ValuesIn(kFragments),
                          [](const auto& each) { return std::string(each.param.name); });
+
+class LatinLetter : public FindPackage, public ::testing::WithParamInterface<wchar_t>
+{
+protected:
+    static std::wstring Capital() { return std::wstring(1, GetParam()); }
+    static std::wstring Small() { return std::wstring(1, static_cast<wchar_t>(GetParam() + 0x20)); }
+};
+
+TEST_P(LatinLetter, IsTheSameInEitherCase)
+{
+    test::FakePackage* capital = m_store.Add(L"capital", {L"1" + Capital() + L"2"});
+    test::FakePackage* small = m_store.Add(L"small", {L"1" + Small() + L"2"});
+    for (const std::wstring& letter : {Capital(), Small()}) {
+        EXPECT_EQ(FindEx(letter.c_str(), L"capital"), capital);
+        EXPECT_EQ(FindEx(letter.c_str(), L"small"), small);
+    }
+}
+
+TEST_P(LatinLetter, IsNoOtherCharacter)
+{
+    std::wstring others; // every other printable ASCII character
+    for (wchar_t other = L' '; other <= L'~'; ++other) {
+        if (other != Capital()[0] && other != Small()[0]) {
+            others += other;
+        }
+    }
+    m_store.Add(kFamily, {others});
+    EXPECT_EQ(FindEx(Capital().c_str()), nullptr);
+    EXPECT_EQ(FindEx(Small().c_str()), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, LatinLetter, ::testing::Range(L'A', static_cast<wchar_t>(L'Z' + 1)),
+                         [](const auto& each) { return std::string(1, static_cast<char>(each.param)); });
+
+TEST_F(FindPackage, ExTakesFragmentsOfAnyLength)
+{
+    const std::wstring fragment(5000, L'F');
+    test::FakePackage* package = m_store.Add(kFamily, {L"x" + std::wstring(5000, L'f') + L"y"});
+    EXPECT_EQ(FindEx(fragment.c_str()), package);
+    EXPECT_EQ(FindEx((fragment + L"z").c_str()), nullptr);
+}
 
 TEST_F(FindPackage, ExWithAnEmptyFragmentIsTheFirstWithAnyDependency)
 {

@@ -131,6 +131,15 @@ TEST_F(StoreRefresh, WithoutAManagerFails)
                             "CQanhPackageManager::RefreshMetroApps OUT(GetPackageManager Failed.)"));
 }
 
+// What was not entered is not left, lest the host lose an apartment of its own.
+TEST_F(StoreRefresh, WithoutTheRuntimeDoesNotLeaveIt)
+{
+    m_store.initializeResult = E_OUTOFMEMORY;
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded,
+                                     [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), E_FAIL); }));
+    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x8007000E"));
+}
+
 TEST_F(StoreRefresh, WithoutAManagerLeavesTheRuntime)
 {
     m_store.objects.Fail("ActivateInstance", E_ACCESSDENIED);
@@ -165,6 +174,41 @@ TEST_F(StoreRefresh, ReturnsTheResultOfTheLastPackage)
     EXPECT_EQ(m_manager.RefreshMetroApps(), E_FAIL);
     EXPECT_THAT(Families(), ElementsAre(L"a"));
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::RefreshMetroApps OUT(0x80004005)");
+}
+
+TEST_F(StoreRefresh, ReturnsAnotherSuccessOfTheLastPackage)
+{
+    const test::TemporaryFolder folder;
+    test::WriteFileBytes(folder / L"AppxManifest.xml", "<Package/>");
+    test::PackageFacts facts;
+    facts.path = folder.Path();
+    m_store.Add(L"a");
+    m_store.Add(facts);
+    EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
+    m_manager.m_AppNameList.GetPackage(facts.familyName.c_str())->Version = PackageVersion();
+    const test::LogCapture log;
+    // A changed package answers with the end of its manifest.
+    EXPECT_EQ(m_manager.RefreshMetroApps(), S_FALSE);
+    EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::RefreshMetroApps OUT(0x00000001)");
+}
+
+TEST_F(StoreRefresh, LeavesTheRuntimeBeforeItsExitLine)
+{
+    m_store.Add(L"a");
+    const test::LogCapture log;
+    static const test::LogCapture* s_log;
+    static decltype(&RoUninitialize) s_leave;
+    static std::vector<std::string> s_lastLines;
+    s_log = &log;
+    s_lastLines.clear();
+    const test::ImportPatch<decltype(&RoUninitialize)> patch("RoUninitialize", [] {
+        s_lastLines.push_back(s_log->Lines().back());
+        s_leave();
+    });
+    s_leave = patch.Original();
+    EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
+    EXPECT_THAT(s_lastLines, ElementsAre("CQanhAppNameList::AddMetroPackage OUT(0x00000000)"));
+    EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::RefreshMetroApps OUT(0x00000000)");
 }
 
 // The walk that fails.
@@ -272,6 +316,50 @@ TEST_F(StoreRefresh, AStoppedWalkReturnsTheResultReachedSoFar)
     SetExitEventAt("Id", 0);
     EXPECT_EQ(m_manager.RefreshMetroApps(), E_FAIL);
     EXPECT_THAT(Families(), IsEmpty());
+}
+
+TEST_F(StoreRefresh, AStoppedWalkLeavesTheRuntimeAndGivesEverythingBack)
+{
+    for (const wchar_t* family : {L"a", L"b", L"c"}) {
+        m_store.Add(family);
+    }
+    SetExitEventAt("MoveNext", 0);
+    EXPECT_TRUE(
+        test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
+    EXPECT_THAT(Families(), ElementsAre(L"a"));
+    EXPECT_EQ(m_store.objects.Calls("Current"), 1u);
+    EXPECT_EQ(Journal().back(), "RoUninitialize");
+}
+
+TEST_F(StoreRefresh, PollsTheExitEventBeforeEachPackage)
+{
+    for (const wchar_t* family : {L"a", L"b", L"c"}) {
+        m_store.Add(family);
+    }
+    static HANDLE s_event;
+    static test::FakeStore* s_store;
+    static decltype(&WaitForSingleObject) s_wait;
+    s_event = m_manager.m_hExitEvent;
+    s_store = &m_store;
+    {
+        const test::ImportPatch<decltype(&WaitForSingleObject)> patch(
+            "WaitForSingleObject", [](HANDLE handle, DWORD milliseconds) -> DWORD {
+                if (handle != s_event) {
+                    return s_wait(handle, milliseconds);
+                }
+                s_store->objects.Note(milliseconds == 0 ? "poll" : "wait");
+                return WAIT_TIMEOUT;
+            });
+        s_wait = patch.Original();
+        EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
+    }
+    std::vector<std::string> events;
+    for (const std::string& event : Journal()) {
+        if (event == "Current" || event == "poll" || event == "wait") {
+            events.push_back(event);
+        }
+    }
+    EXPECT_THAT(events, ElementsAre("poll", "Current", "poll", "Current", "poll", "Current"));
 }
 
 TEST_F(StoreRefresh, PollsTheExitEventWithoutWaitingAndLeavesItSet)

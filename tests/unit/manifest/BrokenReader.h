@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/ImportPatch.h"
-#include "unit/catalog/ReaderProbe.h"
+#include "support/ReaderProbe.h"
 
 #include <windows.h>
 

@@ -1,13 +1,15 @@
 // The one display name of a package.
 
+#include "support/Allocations.h"
 #include "support/FakePackages.h"
-#include "unit/catalog/Allocations.h"
 #include "unit/manifest/BrokenReader.h"
 #include "unit/manifest/ManifestFile.h"
+#include "unit/manifest/XmlInputs.h"
 
 #include <gmock/gmock.h>
 
 #include <cwchar>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -134,6 +136,12 @@ TEST_F(DisplayName, OfMoreThan255CharactersIsCut)
     }
 }
 
+TEST_F(DisplayName, IsCutBetweenTheHalvesOfASurrogatePairToo)
+{
+    EXPECT_EQ(Get(Manifest(Named(std::string(254, 'A') + "\xF0\x9F\x98\x80"))), S_OK);
+    EXPECT_EQ(std::wstring(m_name), std::wstring(254, L'a') + L'\xD83D');
+}
+
 TEST_F(DisplayName, PercentSignsAreNoFormats)
 {
     EXPECT_EQ(Get(Manifest(Named("100%s %d %n"))), S_OK);
@@ -156,6 +164,13 @@ TEST_F(DisplayName, MissingIsAnEmptyTextAndNoFailure)
     ASSERT_NE(m_name, nullptr);
     EXPECT_STREQ(m_name, L"");
     EXPECT_EQ(log.Lines().back(), "CQanhManifestReader::GetAppDisplayName OUT(0x00000001)");
+}
+
+TEST_F(DisplayName, ThatIsEmptyIsAnEmptyTextToo)
+{
+    EXPECT_EQ(Get(Manifest(Named(""))), S_OK);
+    ASSERT_NE(m_name, nullptr);
+    EXPECT_STREQ(m_name, L"");
 }
 
 TEST_F(DisplayName, OfTwoApplicationsIsNone)
@@ -212,6 +227,20 @@ INSTANTIATE_TEST_SUITE_P(In, NoDisplayName,
                                            // The reader's own failure does not show between these elements.
                                            "<Applications></X>", "<Applications><Application></X>"));
 
+TEST_F(DisplayName, WholeLogOfADocumentWithoutTheList)
+{
+    // The application is looked for all the same, and nothing behind it.
+    Write("<Package/>");
+    const test::LogCapture log;
+    EXPECT_EQ(Get(), E_FAIL);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAppDisplayName IN",
+                                         "CQanhManifestReader::MoveToElementByName(Applications) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                                         "CQanhManifestReader::MoveToElementByName(Application) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                                         "CQanhManifestReader::GetAppDisplayName OUT(0x80004005)"));
+}
+
 TEST_F(DisplayName, AFaultBeforeTheListIsReturnedAsItIs)
 {
     const test::LogCapture log;
@@ -248,6 +277,16 @@ TEST_F(DisplayName, ADocumentCutAnywhereEnds)
 
 // The file.
 
+TEST_F(DisplayName, StandsInTheManifestOfThePackagesFolder)
+{
+    Write(Manifest(Named("A")));
+    const XmlInputs inputs;
+    EXPECT_EQ(Get(), S_OK);
+    EXPECT_THAT(inputs.calls,
+                ElementsAre(L"CreateXmlReader(null)",
+                            L"SHCreateStreamOnFileW(" + m_store->facts.path + L"\\AppxManifest.xml, 0)"));
+}
+
 TEST_F(DisplayName, WithoutAManifest)
 {
     const test::LogCapture log;
@@ -266,6 +305,7 @@ TEST_F(DisplayName, WithoutAReader)
     EXPECT_EQ(Get(), E_NOINTERFACE);
     EXPECT_EQ(m_name, nullptr);
     EXPECT_EQ(log.Lines().back(), "CQanhManifestReader::GetAppDisplayName OUT(0x80004002)");
+    EXPECT_THAT(m_objects.journal, IsEmpty()) << "the package is asked for its folder later";
 }
 
 TEST_F(DisplayName, OfAReaderThatDoesNotTakeTheFile)
@@ -296,6 +336,66 @@ TEST_F(DisplayName, OfAResourceIsItsTextAsItIs)
     ASSERT_EQ(m_resources.requests.size(), 1u);
     EXPECT_EQ(m_resources.requests[0].buffer, m_name);
     EXPECT_TRUE(m_resources.requests[0].wasEmpty);
+}
+
+TEST_F(DisplayName, OfAResourceMayComeFromTheSecondSource)
+{
+    m_resources.texts[L"@{F? ms-resource://N/appname}"] = L"My App";
+    EXPECT_EQ(Get(Manifest(Named("ms-resource:/AppName/"))), S_OK);
+    EXPECT_STREQ(m_name, L"My App");
+}
+
+TEST_F(DisplayName, OfAResourceIsCutToTheBuffer)
+{
+    for (const std::size_t size : {255u, 256u, 257u}) {
+        m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = std::wstring(size, L'X');
+        EXPECT_EQ(Get(Manifest(Named("ms-resource:A"))), S_OK);
+        EXPECT_EQ(std::wstring(m_name), std::wstring(255, L'X'));
+        LocalFree(m_name);
+        m_name = nullptr;
+    }
+}
+
+TEST_F(DisplayName, OfAResourceWhoseTextIsAReferenceIsNotResolvedAgain)
+{
+    m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"MS-Resource:B";
+    EXPECT_EQ(Get(Manifest(Named("ms-resource:A"))), S_OK);
+    EXPECT_STREQ(m_name, L"MS-Resource:B");
+    EXPECT_EQ(m_resources.requests.size(), 1u);
+}
+
+TEST_F(DisplayName, WithAReferenceFurtherOnIsNoResource)
+{
+    EXPECT_EQ(Get(Manifest(Named("About ms-resource:A"))), S_OK);
+    EXPECT_STREQ(m_name, L"about ms-resource:a");
+    EXPECT_THAT(m_resources.requests, IsEmpty());
+}
+
+TEST_F(DisplayName, OfSeveralApplicationsAsksForNoResource)
+{
+    EXPECT_EQ(Get(Manifest(Named("ms-resource:A") + Named("B"))), kSeveral);
+    EXPECT_THAT(m_resources.requests, IsEmpty());
+    EXPECT_EQ(m_name, nullptr);
+}
+
+TEST_F(DisplayName, LogOfAResource)
+{
+    m_resources.texts[L"@{F?ms-resource://N/resources/appname}"] = L"My App";
+    Write(Manifest(Named("ms-resource:AppName")));
+    const test::LogCapture log;
+    Get();
+    const auto lines = log.Lines();
+    ASSERT_EQ(lines.size(), 15u);
+    // The reference is lowered, and the buffer empty, when the resolution begins.
+    EXPECT_THAT(
+        std::vector<std::string>(lines.begin() + 9, lines.end()),
+        ElementsAre("CQanhManifestReader::MoveToElementByName(Application) IN",
+                    "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                    "CQanhManifestReader::ConvertMsResourceToString(ms-resource:appname, F, N, , 256) IN",
+                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
+                    "@{F?ms-resource://N/resources/appname})",
+                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = My App)",
+                    "CQanhManifestReader::GetAppDisplayName OUT(0x00000000)"));
 }
 
 TEST_F(DisplayName, OfAnUnresolvedResourceIsAFailureWithTheBufferHandedOut)
@@ -329,6 +429,30 @@ TEST_F(DisplayName, WithoutMemoryForTheBuffer)
     EXPECT_EQ(Get(), E_OUTOFMEMORY);
     EXPECT_EQ(m_name, nullptr);
     EXPECT_EQ(log.Lines().back(), "CQanhManifestReader::GetAppDisplayName OUT(0x8007000E)");
+}
+
+TEST_F(DisplayName, AnExceptionIsAFailure)
+{
+    Write(Manifest(Named("A")));
+    BrokenReader reader;
+    reader.prepares = [](test::ReaderProbe&) { throw std::runtime_error("of the platform"); };
+    const test::LogCapture log;
+    EXPECT_EQ(Get(), E_FAIL);
+    EXPECT_EQ(m_name, nullptr);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAppDisplayName IN",
+                                         "CQanhManifestReader::GetAppDisplayName OUT(0x80004005)"));
+}
+
+TEST_F(DisplayName, AnExceptionOfTheReaderOrTheResourcesIsAFailure)
+{
+    Write(Manifest(Named("ms-resource:A")));
+    m_resources.onLoad = [] { throw std::runtime_error("of the platform"); };
+    EXPECT_EQ(Get(), E_FAIL);
+    ASSERT_NE(m_name, nullptr) << "it was the caller's already";
+    EXPECT_STREQ(m_name, L"");
+    BrokenReader reader;
+    reader.prepares = [](test::ReaderProbe& probe) { probe.Raise("Read", 1); };
+    EXPECT_EQ(Get(), E_FAIL);
 }
 
 TEST_F(DisplayName, OfAPackageThatDoesNotTellItsFolder)

@@ -1,7 +1,7 @@
 // The manifest reader that asks the system's own interfaces.
 
+#include "support/Allocations.h"
 #include "support/Apartments.h"
-#include "unit/catalog/Allocations.h"
 #include "unit/manifest/FakeManifest.h"
 #include "unit/manifest/ManifestFile.h"
 
@@ -18,6 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::Pair;
+using ::testing::StartsWith;
 
 class ManifestApi : public ManifestFile
 {
@@ -43,6 +44,16 @@ TEST_F(ManifestApi, StoresDisplayNamesAsTheyStandAndNoShortNames)
     EXPECT_THAT(m_resources.requests, IsEmpty());
 }
 
+TEST_F(ManifestApi, StoresNamesOfEveryScriptAndLengthWhole)
+{
+    const std::vector<std::wstring> names = {L"\u00c9T\u00c9 \u0416\u30e1", L"\xD83D\xDE00 A\xD83D",
+                                             std::wstring(256, L'A'), std::wstring(70000, L'B')};
+    m_manifest.displayNames = names;
+    EXPECT_EQ(Get(), S_OK);
+    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(names[0], L""), Pair(names[1], L""), Pair(names[2], L""),
+                                                Pair(names[3], L"")));
+}
+
 TEST_F(ManifestApi, HandsTheFileToTheSystem)
 {
     EXPECT_EQ(Get(), S_OK);
@@ -60,6 +71,19 @@ TEST_F(ManifestApi, StepsOfOneApplication)
                             "SHCreateStreamOnFileEx(0x10, 0, 0, null)", "CreateManifestReader",
                             "GetApplications", "GetHasCurrent", "GetCurrent", "GetStringValue(DisplayName)",
                             "MoveNext", "GetHasCurrent", "CoUninitialize"));
+}
+
+TEST_F(ManifestApi, HoldsTheFileUntilTheLastApplication)
+{
+    m_manifest.displayNames = {L"Weather", L"Mail"};
+    std::size_t looks = 0;
+    m_manifest.objects.At("MoveNext", [&] {
+        ++looks;
+        EXPECT_EQ(m_manifest.factory->References(), 1);
+        EXPECT_FALSE(IsClosed());
+    });
+    EXPECT_EQ(Get(), S_OK);
+    EXPECT_EQ(looks, 2u);
 }
 
 TEST_F(ManifestApi, WholeLog)
@@ -148,6 +172,50 @@ TEST_F(ManifestApi, AnApplicationWithoutADisplayNameIsSkipped)
     m_manifest.objects.Fail("GetStringValue", E_ACCESSDENIED, 2);
     EXPECT_EQ(Get(), S_OK);
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"B", L"")));
+}
+
+TEST_F(ManifestApi, ASkippedApplicationAtTheEndLeavesTheResultAlone)
+{
+    for (const char* call : {"GetCurrent", "GetStringValue"}) {
+        m_manifest.displayNames = {L"A"};
+        m_manifest.objects.Fail(call, E_ACCESSDENIED, m_manifest.objects.Calls(call));
+        const test::LogCapture log;
+        EXPECT_EQ(Get(), S_OK) << call;
+        EXPECT_THAT(NamesOf(m_package), IsEmpty());
+        EXPECT_EQ(log.Lines().back(), "CQanhManifestReader::GetAppNameUsingAPI OUT(0x00000000)");
+    }
+}
+
+TEST_F(ManifestApi, ResultsThatAreNoFailuresGoOn)
+{
+    m_manifest.displayNames = {L"A", L"B"};
+    for (const char* call : {"CreateManifestReader", "GetApplications", "MoveNext"}) {
+        m_manifest.objects.Fail(call, S_FALSE);
+    }
+    m_manifest.objects.Fail("GetHasCurrent", S_FALSE, 0);
+    EXPECT_EQ(Get(), S_OK);
+    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"A", L""), Pair(L"B", L"")));
+}
+
+TEST_F(ManifestApi, TheLastResultIsReturnedAlsoWhenItIsNoFailure)
+{
+    m_manifest.displayNames = {L"A"};
+    m_manifest.objects.Fail("GetHasCurrent", S_FALSE, 1);
+    const test::LogCapture log;
+    EXPECT_EQ(Get(), S_FALSE);
+    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"A", L"")));
+    EXPECT_EQ(log.Lines().back(), "CQanhManifestReader::GetAppNameUsingAPI OUT(0x00000001)");
+}
+
+TEST_F(ManifestApi, AnApplicationAndItsTextAreGivenBackBeforeTheNextOne)
+{
+    m_manifest.displayNames = {L"A", L"B"};
+    m_manifest.objects.At("MoveNext", [&] {
+        EXPECT_THAT(m_manifest.Leaks(), Not(Contains(StartsWith("application:"))));
+        EXPECT_THAT(FakeApplication::s_values, IsEmpty());
+    });
+    EXPECT_EQ(Get(), S_OK);
+    EXPECT_EQ(m_manifest.objects.Calls("MoveNext"), 2u);
 }
 
 TEST_F(ManifestApi, AListThatIsFullDoesNotEndTheReading)

@@ -1,11 +1,13 @@
 // Whether every name of a manifest can be had now.
 
-#include "unit/catalog/Allocations.h"
+#include "support/Allocations.h"
 #include "unit/manifest/BrokenReader.h"
 #include "unit/manifest/ManifestFile.h"
+#include "unit/manifest/XmlInputs.h"
 
 #include <gmock/gmock.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -171,8 +173,93 @@ TEST_F(ManifestCheck, NullAndEmptyArguments)
 
 TEST_F(ManifestCheck, AFileThatIsNotThere)
 {
+    const test::LogCapture log;
     EXPECT_EQ(Check(), kNotFound);
     EXPECT_EQ(m_can, 0);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::IsCanGetAppNameFromManifest IN",
+                                         "CQanhManifestReader::IsCanGetAppNameFromManifest OUT(0x80070002)"));
+}
+
+TEST_F(ManifestCheck, NoReader)
+{
+    Write(Manifest(Application("A", "B")));
+    BrokenReader reader;
+    reader.createResult = E_NOINTERFACE;
+    EXPECT_EQ(Check(), E_NOINTERFACE);
+    EXPECT_EQ(m_can, 0);
+}
+
+TEST_F(ManifestCheck, AReaderThatDoesNotTakeTheFile)
+{
+    Write(Manifest(Application("A", "B")));
+    BrokenReader reader;
+    reader.prepares = [](test::ReaderProbe& probe) { probe.Answer("SetInput", 0, E_ACCESSDENIED); };
+    EXPECT_EQ(Check(), E_ACCESSDENIED);
+    EXPECT_EQ(m_can, 0);
+    EXPECT_EQ(reader.Reader().references, 0u);
+    EXPECT_TRUE(IsClosed());
+}
+
+TEST_F(ManifestCheck, OpensTheFileForReadingOnly)
+{
+    Write(Manifest(Application("A", "B")));
+    const XmlInputs inputs;
+    EXPECT_EQ(Check(), S_FALSE);
+    EXPECT_THAT(inputs.calls,
+                ElementsAre(L"CreateXmlReader(null)", L"SHCreateStreamOnFileW(" + Path() + L", 0)"));
+}
+
+TEST_F(ManifestCheck, TheAnswerIsNoUntilTheWalkIsOver)
+{
+    m_resources.texts[L"@{F?ms-resource://N/resources/name}"] = L"My App";
+    m_resources.onLoad = [&] { EXPECT_EQ(m_can, 0); };
+    BrokenReader reader;
+    reader.prepares = [&](test::ReaderProbe&) { EXPECT_EQ(m_can, 0); };
+    EXPECT_EQ(Check(Manifest(Application("A", "B") + Application("C", "ms-resource:Name"))), S_FALSE);
+    EXPECT_EQ(m_resources.requests.size(), 1u);
+    EXPECT_EQ(m_can, 1);
+}
+
+TEST_F(ManifestCheck, AnUnresolvedNameLeavesNothingOpen)
+{
+    EXPECT_EQ(Check(Manifest(Application("ms-resource:Name", "B"))), S_OK);
+    EXPECT_TRUE(IsClosed());
+    EXPECT_EQ(Check(Manifest(Application("A", "ms-resource:Short"))), S_OK);
+    EXPECT_TRUE(IsClosed());
+}
+
+TEST_F(ManifestCheck, AReferenceStaysUnresolvedWhateverIsLeftInItsBuffer)
+{
+    m_resources.leftOver = L"half a text";
+    EXPECT_EQ(Check(Manifest(Application("ms-resource:Name", "B"))), S_OK);
+    EXPECT_EQ(m_can, 0);
+}
+
+TEST_F(ManifestCheck, AReaderThatFailsAtAnyAttribute)
+{
+    Write(Manifest("<Application><VisualElements x=\"\" DisplayName=\"A\"/><DefaultTile x=\"\" "
+                   "ShortName=\"B\"/></Application>"));
+    for (int index = 0; index < 2; ++index) {
+        for (const char* method : {"MoveToFirstAttribute", "MoveToNextAttribute"}) {
+            m_can = 7;
+            BrokenReader reader;
+            reader.prepares = [&](test::ReaderProbe& probe) { probe.Answer(method, index, E_ABORT); };
+            EXPECT_EQ(Check(), E_ABORT) << method << index;
+            EXPECT_EQ(m_can, 0) << method << index;
+        }
+    }
+}
+
+TEST_F(ManifestCheck, AnExceptionIsAFailure)
+{
+    Write(Manifest(Application("A", "B")));
+    BrokenReader reader;
+    reader.prepares = [](test::ReaderProbe&) { throw std::runtime_error("of the platform"); };
+    const test::LogCapture log;
+    EXPECT_EQ(Check(), E_FAIL);
+    EXPECT_EQ(m_can, 0);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::IsCanGetAppNameFromManifest IN",
+                                         "CQanhManifestReader::IsCanGetAppNameFromManifest OUT(0x80004005)"));
 }
 
 TEST_F(ManifestCheck, AFaultInTheDocument)

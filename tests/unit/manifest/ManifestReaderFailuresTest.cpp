@@ -1,12 +1,13 @@
 // The manifest reader that walks the XML: what becomes of bad arguments, files and documents.
 
-#include "unit/catalog/Allocations.h"
+#include "support/Allocations.h"
 #include "unit/manifest/BrokenReader.h"
 #include "unit/manifest/ManifestFile.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -231,6 +232,33 @@ TEST_F(ManifestReaderFailures, AListOfApplicationsThatIsFullDoesNotEndTheWalk)
                             "CQanhManifestReader::MoveToElementByName(Application) IN",
                             "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
                             "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)"));
+}
+
+TEST_F(ManifestReaderFailures, AnExceptionIsAFailure)
+{
+    Write(Manifest(Application("A", "B")));
+    BrokenReader reader;
+    reader.prepares = [](test::ReaderProbe&) { throw std::runtime_error("of the platform"); };
+    const test::LogCapture log;
+    EXPECT_EQ(Parse(), E_FAIL);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAppNameUsingXmlParser IN",
+                                         "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x80004005)"));
+}
+
+TEST_F(ManifestReaderFailures, AnExceptionInTheMiddleKeepsWhatWasRead)
+{
+    Write(Manifest(Application("A", "B") + Application("ms-resource:C", "D")));
+    BOOL can = TRUE;
+    m_resources.onLoad = [] { throw std::runtime_error("of the platform"); };
+    EXPECT_EQ(Parse(), E_FAIL);
+    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"A", L"B")));
+    EXPECT_EQ(CQanhManifestReader::IsCanGetAppNameFromManifest(Path().c_str(), &m_package, &can), E_FAIL);
+    EXPECT_EQ(can, FALSE);
+    m_resources.onLoad = nullptr;
+    BrokenReader reader;
+    reader.prepares = [](test::ReaderProbe& probe) { probe.Raise("Read", 1); };
+    EXPECT_EQ(Parse(), E_FAIL);
+    EXPECT_EQ(CQanhManifestReader::IsCanGetAppNameFromManifest(Path().c_str(), &m_package, &can), E_FAIL);
 }
 
 TEST_F(ManifestReaderFailures, RunningOutOfMemoryIsAFailureOrCostsAnApplication)

@@ -1,6 +1,6 @@
 // The two steps that every walk over a manifest is made of.
 
-#include "unit/catalog/ReaderProbe.h"
+#include "support/ReaderProbe.h"
 #include "unit/manifest/ManifestFile.h"
 
 #include <shlwapi.h>
@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <string>
 
 namespace {
@@ -16,6 +18,45 @@ namespace {
 using Microsoft::WRL::ComPtr;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+
+// Until the end of the scope a reader does not tell the name of the node at the call of this index (0 is the
+// first). One at a time.
+class NamelessNode
+{
+public:
+    NamelessNode(IXmlReader* reader, int index)
+        : m_reader(reinterpret_cast<void***>(reader)), m_original(*m_reader)
+    {
+        s_original = reinterpret_cast<Function>(m_original[kGetLocalName]);
+        s_left = index;
+        std::copy_n(m_original, kMethods, m_methods.begin());
+        m_methods[kGetLocalName] = reinterpret_cast<void*>(GetLocalName);
+        *m_reader = m_methods.data();
+    }
+    ~NamelessNode() { *m_reader = m_original; }
+    NamelessNode(const NamelessNode&) = delete;
+    NamelessNode& operator=(const NamelessNode&) = delete;
+
+private:
+    using Function = HRESULT(STDMETHODCALLTYPE*)(IXmlReader*, const wchar_t**, UINT*);
+
+    // In the reader's table of functions.
+    static constexpr std::size_t kMethods = 26;
+    static constexpr std::size_t kGetLocalName = 14;
+
+    static HRESULT STDMETHODCALLTYPE GetLocalName(IXmlReader* reader, const wchar_t** name, UINT* length)
+    {
+        const HRESULT hr = s_original(reader, name, length);
+        return s_left-- == 0 ? E_ABORT : hr;
+    }
+
+    static inline Function s_original = nullptr;
+    static inline int s_left = 0;
+
+    void*** m_reader;
+    void** m_original;
+    std::array<void*, kMethods> m_methods{};
+};
 
 // A reader over a text.
 class ManifestSteps : public ::testing::Test
@@ -111,6 +152,16 @@ TEST_F(ManifestSteps, MoveComparesWholeLocalNamesIgnoringCase)
     Read("<r xmlns:p='u' xmlns:Tile='v'><TileX/><XTile/><Til/><p:X/><Tile:X/><p:tILE id='1'/></r>");
     EXPECT_EQ(MoveTo(L"Tile"), S_OK);
     EXPECT_EQ(Id(), L"1");
+}
+
+TEST_F(ManifestSteps, MoveSkipsAnElementWhoseNameCannotBeHad)
+{
+    Read("<r><a id='1'/><a id='2'/></r>");
+    {
+        const NamelessNode node(m_reader.Get(), 1); // behind the root
+        EXPECT_EQ(MoveTo(L"a"), S_OK);
+    }
+    EXPECT_EQ(Id(), L"2");
 }
 
 TEST_F(ManifestSteps, MoveReturnsTheReadersFailure)

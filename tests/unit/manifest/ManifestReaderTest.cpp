@@ -1,17 +1,23 @@
 // The manifest reader that walks the XML: which names it takes, and from where.
 
 #include "unit/manifest/ManifestFile.h"
+#include "unit/manifest/XmlInputs.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <string>
+#include <thread>
 
 namespace {
 
 using namespace manifest_test;
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::Pair;
 
 using ManifestReader = ManifestFile;
@@ -68,6 +74,85 @@ TEST_F(ManifestReader, WholeLogOfOneApplication)
                                          "CQanhManifestReader::MoveToElementByName(Application) IN",
                                          "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
                                          "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)"));
+}
+
+TEST_F(ManifestReader, WholeLogOfADocumentWithoutTheList)
+{
+    // The applications are looked for all the same, behind the end of the document.
+    Write("<Package/>");
+    const test::LogCapture log;
+    EXPECT_EQ(CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package), S_FALSE);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAppNameUsingXmlParser IN",
+                                         "CQanhManifestReader::MoveToElementByName(Applications) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                                         "CQanhManifestReader::MoveToElementByName(Application) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                                         "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)"));
+}
+
+TEST_F(ManifestReader, WholeLogOfAnApplicationWithNothing)
+{
+    // Every step is taken, also where the element of the step before was not found.
+    Write("<Applications><Application/></Applications>");
+    const test::LogCapture log;
+    EXPECT_EQ(CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package), S_FALSE);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAppNameUsingXmlParser IN",
+                                         "CQanhManifestReader::MoveToElementByName(Applications) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000000)",
+                                         "CQanhManifestReader::MoveToElementByName(Application) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000000)",
+                                         "CQanhManifestReader::MoveToElementByName(VisualElements) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                                         "CQanhManifestReader::GetAttributeValueByName(DisplayName) IN",
+                                         "CQanhManifestReader::GetAttributeValueByName OUT(0x00000001)",
+                                         "CQanhManifestReader::MoveToElementByName(DefaultTile) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                                         "CQanhManifestReader::GetAttributeValueByName(ShortName) IN",
+                                         "CQanhManifestReader::GetAttributeValueByName OUT(0x00000001)",
+                                         "CQanhPackage::AddApplication(, ) IN",
+                                         "CQanhPackage::AddApplication OUT(0x00000000)",
+                                         "CQanhManifestReader::MoveToElementByName(Application) IN",
+                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000001)",
+                                         "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)"));
+}
+
+TEST_F(ManifestReader, OpensTheFileForReadingOnly)
+{
+    Write(Manifest(Application("A", "B")));
+    const XmlInputs inputs;
+    EXPECT_EQ(CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package), S_FALSE);
+    EXPECT_THAT(inputs.calls,
+                ElementsAre(L"CreateXmlReader(null)", L"SHCreateStreamOnFileW(" + Path() + L", 0)"));
+}
+
+TEST_F(ManifestReader, ReadsOnManyThreadsAtOnce)
+{
+    constexpr std::size_t kThreads = 4;
+    constexpr std::size_t kTimes = 50;
+    std::vector<std::vector<Names>> names(kThreads);
+    std::vector<std::wstring> paths;
+    for (std::size_t index = 0; index < kThreads; ++index) {
+        const std::string name(1 + index * 100, static_cast<char>('A' + index));
+        paths.push_back(m_folder / (std::to_wstring(index) + L".xml"));
+        test::WriteFileBytes(paths[index], Manifest(Application(name, name) + Application(name, name)));
+    }
+    std::vector<std::thread> threads;
+    for (std::size_t index = 0; index < kThreads; ++index) {
+        threads.emplace_back([&, index] {
+            CQanhPackage package(L"N", L"F", L"N", {});
+            for (std::size_t time = 0; time < kTimes; ++time) {
+                CQanhManifestReader::GetAppNameUsingXmlParser(paths[index].c_str(), &package);
+            }
+            names[index] = NamesOf(package);
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (std::size_t index = 0; index < kThreads; ++index) {
+        const std::wstring name(1 + index * 100, static_cast<wchar_t>(L'a' + index));
+        EXPECT_EQ(names[index], std::vector<Names>(2 * kTimes, Names(name, name))) << index;
+    }
 }
 
 // What is missing is looked for in the rest of the document.
@@ -309,6 +394,27 @@ TEST_F(ManifestReader, EveryResourceGetsAnEmptyBuffer)
     EXPECT_TRUE(m_resources.requests[3].wasEmpty);
 }
 
+TEST_F(ManifestReader, TextsOfResourcesAreCutToTheBuffer)
+{
+    for (const std::size_t size : {254u, 255u, 256u, 257u, 5000u}) {
+        m_package.DeleteAllApp();
+        m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = std::wstring(size, L'X');
+        m_resources.texts[L"@{F?ms-resource://N/b}"] = std::wstring(size, L'Y');
+        Parse(Manifest(Application("ms-resource:A", "ms-resource:///B")));
+        const std::size_t fitting = std::min<std::size_t>(size, 255);
+        EXPECT_THAT(NamesOf(m_package),
+                    ElementsAre(Pair(std::wstring(fitting, L'X'), std::wstring(fitting, L'Y'))));
+    }
+}
+
+TEST_F(ManifestReader, ATextThatIsAReferenceItselfIsNotResolvedAgain)
+{
+    m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"MS-Resource:B";
+    m_resources.texts[L"@{F?ms-resource://N/resources/b}"] = L"no";
+    Parse(Manifest(Application("ms-resource:A", "ms-resource:A")));
+    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"MS-Resource:B", L"MS-Resource:B")));
+}
+
 TEST_F(ManifestReader, AResourceThatIsEmptyMakesAnEmptyName)
 {
     m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"";
@@ -328,9 +434,11 @@ TEST_F(ManifestReader, APackageWithoutNamesHasNoResources)
 
 TEST_F(ManifestReader, TextBeforeThePrefixIsNoResource)
 {
+    const test::LogCapture log;
     Parse(Manifest(Application(" ms-resource:A", "see ms-resource:B")));
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L" ms-resource:a", L"see ms-resource:b")));
     EXPECT_THAT(m_resources.requests, IsEmpty());
+    EXPECT_THAT(log.Lines(), Not(Contains(HasSubstr("ConvertMsResourceToString"))));
 }
 
 TEST_F(ManifestReader, TheLogOfAResourceStandsBetweenItsAttributeAndTheNextStep)

@@ -2,9 +2,9 @@
 
 #include "manifest/ManifestReader.h"
 
+#include "support/Allocations.h"
 #include "support/FakeResources.h"
 #include "support/LogCapture.h"
-#include "unit/catalog/Allocations.h"
 
 #include <gmock/gmock.h>
 
@@ -92,6 +92,9 @@ const SourcesCase kSources[] = {
     {"OtherScripts",
      L"ms-resource:\u30e1\u30fc\u30eb",
      {L"@{F?ms-resource://N/resources/\u30e1\u30fc\u30eb}", L"@{F? ms-resource://N/\u30e1\u30fc\u30eb}"}},
+    {"HalfOfASurrogatePair",
+     L"ms-resource:A\xD83D/B",
+     {L"@{F?ms-resource://N/resources/a\xD83D/b}", L"@{F? ms-resource://N/a\xD83D/b}"}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Of, ResourceSources, ::testing::ValuesIn(kSources),
@@ -181,12 +184,34 @@ TEST_F(ResourceString, ATextAsLongAsTheBufferFits)
     EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
 }
 
+TEST_F(ResourceString, ALongerTextIsCutToTheBuffer)
+{
+    for (const std::size_t size : {256u, 257u, 5000u}) {
+        m_resources.texts[L"@{F? ms-resource://N/a}"] = std::wstring(size, L'x');
+        EXPECT_TRUE(Convert(L"ms-resource:a"));
+        EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
+    }
+}
+
+TEST_F(ResourceString, TheSecondTryGetsTheBufferAsTheFirstOneLeftIt)
+{
+    m_resources.leftOver = L"rest";
+    std::vector<std::wstring> before;
+    m_resources.onLoad = [&] { before.emplace_back(m_buffer); };
+    EXPECT_FALSE(Convert(L"ms-resource:A"));
+    EXPECT_THAT(before, ElementsAre(L"", L"rest"));
+}
+
 TEST_F(ResourceString, EveryResultThatIsNoFailureIsSuccess)
 {
     m_resources.texts[L"@{F?ms-resource://N/resources/appname}"] = L"My App";
     m_resources.success = S_FALSE;
     EXPECT_EQ(Convert(L"ms-resource:AppName"), TRUE);
     EXPECT_EQ(m_resources.requests.size(), 1u);
+    m_resources.texts = {{L"@{F? ms-resource://N/appname}", L"My App"}};
+    EXPECT_EQ(Convert(L"ms-resource:AppName"), TRUE);
+    m_resources.texts = {{L"@{F?ms-resource://N/appname}", L"My App"}};
+    EXPECT_EQ(Convert(L"ms-resource:///AppName"), TRUE);
 }
 
 TEST_F(ResourceString, TheBufferIsLoggedAsTheCallerGaveIt)

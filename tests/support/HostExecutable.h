@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-namespace discovery_test {
+namespace test {
 
 // Makes the library believe that its host is this executable, until the end of the scope. The file need not
 // exist. One at a time.
@@ -23,6 +23,9 @@ public:
     ~HostExecutable() { s_current = nullptr; }
     HostExecutable(const HostExecutable&) = delete;
     HostExecutable& operator=(const HostExecutable&) = delete;
+
+    // For FailNext: until the end of the scope.
+    static constexpr int kAlways = 1000000;
 
     void Set(std::wstring path) { m_path = std::move(path); }
     // This many of the next calls, and none after them, get no path.
@@ -57,13 +60,10 @@ private:
     }
 
     static inline HostExecutable* s_current = nullptr;
-    test::ImportPatch<decltype(&GetModuleFileNameW)> m_patch;
+    ImportPatch<decltype(&GetModuleFileNameW)> m_patch;
     std::wstring m_path;
     int m_failures = 0;
     bool m_terminates = true;
 };
 
-// A call that always fails, for paths that cannot be had any more.
-constexpr int kAlways = 1000000;
-
-} // namespace discovery_test
+} // namespace test

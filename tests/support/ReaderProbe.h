@@ -5,6 +5,8 @@
 #include <xmllite.h>
 
 #include <map>
+#include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -21,6 +23,8 @@ public:
 
     // The call of this index (0 is the first) of the method is not handed on.
     void Answer(const char* method, int index, HRESULT result) { m_answers[{method, index}] = result; }
+    // This call raises an exception.
+    void Raise(const char* method, int index) { m_raises.insert({method, index}); }
     [[nodiscard]] int Calls(const char* method) const
     {
         const auto calls = m_calls.find(method);
@@ -117,13 +121,18 @@ public:
 private:
     template <typename Original> HRESULT Call(const char* method, Original original)
     {
-        const auto answer = m_answers.find({method, m_calls[method]++});
+        const std::pair<std::string, int> call(method, m_calls[method]++);
+        if (m_raises.contains(call)) {
+            throw std::runtime_error("of the reader");
+        }
+        const auto answer = m_answers.find(call);
         return answer == m_answers.end() ? original() : answer->second;
     }
 
     IXmlReader* m_pReader;
     std::map<std::string, int> m_calls;
     std::map<std::pair<std::string, int>, HRESULT> m_answers;
+    std::set<std::pair<std::string, int>> m_raises;
 };
 
 } // namespace test

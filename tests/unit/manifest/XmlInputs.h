@@ -1,0 +1,50 @@
+#pragma once
+
+#include "support/ImportPatch.h"
+
+#include <windows.h>
+
+#include <shlwapi.h>
+#include <xmllite.h>
+
+#include <string>
+#include <vector>
+
+namespace manifest_test {
+
+// Notes how the library makes its XML readers and opens the files for them, until the end of the scope. One
+// at a time.
+class XmlInputs
+{
+public:
+    XmlInputs() : m_create("CreateXmlReader", Create), m_open("SHCreateStreamOnFileW", Open)
+    {
+        s_current = this;
+    }
+    ~XmlInputs() { s_current = nullptr; }
+    XmlInputs(const XmlInputs&) = delete;
+    XmlInputs& operator=(const XmlInputs&) = delete;
+
+    // In order; the mode of a file as its number.
+    std::vector<std::wstring> calls;
+
+private:
+    static HRESULT WINAPI Create(REFIID id, void** object, IMalloc* allocator)
+    {
+        s_current->calls.push_back(allocator ? L"CreateXmlReader(allocator)" : L"CreateXmlReader(null)");
+        return s_current->m_create.Original()(id, object, allocator);
+    }
+    static HRESULT WINAPI Open(const wchar_t* path, DWORD mode, IStream** stream)
+    {
+        s_current->calls.push_back(L"SHCreateStreamOnFileW(" + std::wstring(path) + L", " +
+                                   std::to_wstring(mode) + L")");
+        return s_current->m_open.Original()(path, mode, stream);
+    }
+
+    static inline XmlInputs* s_current = nullptr;
+
+    test::ImportPatch<decltype(&CreateXmlReader)> m_create;
+    test::ImportPatch<decltype(&SHCreateStreamOnFileW)> m_open;
+};
+
+} // namespace manifest_test
