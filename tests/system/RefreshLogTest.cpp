@@ -2,6 +2,7 @@
 #include "support/Text.h"
 #include "system/Golden.h"
 #include "system/HostProcess.h"
+#include "system/Passes.h"
 
 #include <gtest/gtest.h>
 
@@ -11,34 +12,15 @@ namespace {
 
 using test::IsGolden;
 
-constexpr char passBegin[] = "CQanhPackageManager::RefreshThread Refresh app name list!";
-
 class RefreshLog : public testing::Test
 {
 protected:
-    // Waits until the pass of a number, counted from 1, has begun.
-    void WaitForPass(std::size_t number) const
+    // The lines of the first pass.
+    std::vector<std::string> FirstPass()
     {
-        const bool begun = test::WaitUntil([&] { return CountPasses() >= number; }, 15000);
-        if (!begun) {
-            throw std::runtime_error("pass " + std::to_string(number) + " does not come");
-        }
-    }
-
-    std::size_t CountPasses() const
-    {
-        const std::vector<std::string> log = m_sandbox.Log();
-        return static_cast<std::size_t>(std::count(log.begin(), log.end(), passBegin));
-    }
-
-    // The lines of one pass.
-    static std::vector<std::string> Pass(const std::vector<std::string>& log, std::size_t number)
-    {
-        auto begin = log.begin();
-        for (; number > 0; --number) {
-            begin = std::find(begin, log.end(), passBegin) + 1;
-        }
-        return std::vector<std::string>(begin, std::find(begin, log.end(), passBegin));
+        m_host.Command("init");
+        m_sandbox.WaitForLogLine(test::passEnd);
+        return test::PassesOf(m_sandbox.Log()).at(0);
     }
 
     test::Sandbox m_sandbox;
@@ -52,9 +34,7 @@ TEST_F(RefreshLog, SmallTreeIsWalkedFolderByFolder)
     m_sandbox.AddCommonShortcut(L"Read me.txt");
     m_sandbox.AddCommonShortcut(L"Sub\\C.lnk");
     m_sandbox.AddUserShortcut(L"D.lnk");
-    m_host.Command("init");
-    m_sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
-    EXPECT_TRUE(IsGolden(Pass(m_sandbox.Log(), 1), R"(
+    EXPECT_TRUE(IsGolden(FirstPass(), R"(
         CQanhPackageManager::RefreshMetroApps IN
         CQanhPackageManager::GetPackageManager IN
         CQanhPackageManager::GetPackageManager OUT(0x00000000)
@@ -121,9 +101,7 @@ TEST_F(RefreshLog, SmallTreeIsWalkedFolderByFolder)
 TEST_F(RefreshLog, MissingUserFolderFailsAloneAndThePassGoesOn)
 {
     m_sandbox.AddCommonShortcut(L"A.lnk");
-    m_host.Command("init");
-    m_sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
-    const std::vector<std::string> pass = Pass(m_sandbox.Log(), 1);
+    const std::vector<std::string> pass = FirstPass();
     const auto user =
         std::find(pass.begin(), pass.end(),
                   "CQanhPackageManager::RefreshDesktopApps(<roaming>\\Microsoft\\Windows\\Start "
@@ -150,14 +128,14 @@ TEST_F(RefreshLog, ShortcutThatDisappearsKeepsItsRecordButLeavesTheFile)
     m_sandbox.AddCommonShortcut(L"B.url");
     test::MakeFolder(m_sandbox.UserPrograms());
     m_host.Command("init");
-    WaitForPass(3);
+    test::WaitForWholePass(m_sandbox);
     DeleteFileW((m_sandbox.CommonPrograms() + L"\\A.lnk").c_str());
-    WaitForPass(CountPasses() + 3);
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     const std::vector<std::string> log = m_sandbox.Log();
 
     // Both are known and found again.
-    EXPECT_TRUE(IsGolden(Pass(log, 2), R"(
+    EXPECT_TRUE(IsGolden(test::PassesOf(log).at(1), R"(
         CQanhPackageManager::RefreshMetroApps IN
         CQanhPackageManager::GetPackageManager IN
         CQanhPackageManager::GetPackageManager OUT(0x00000000)
@@ -196,10 +174,8 @@ TEST_F(RefreshLog, ShortcutThatDisappearsKeepsItsRecordButLeavesTheFile)
         CQanhAppNameList::Save OUT(0x00000000)
     )"));
 
-    // The record of A is still there to be compared with B's path, but it is not written any more. The last
-    // pass may have been stopped; the one before it is whole.
-    const auto passes = static_cast<std::size_t>(std::count(log.begin(), log.end(), passBegin));
-    EXPECT_TRUE(IsGolden(Pass(log, passes - 1), R"(
+    // The record of A is still there to be compared with B's path, but it is not written any more.
+    EXPECT_TRUE(IsGolden(test::PassWith("CQanhDesktopApp::ToXmlNode OUT(0x00000001)", log), R"(
         CQanhPackageManager::RefreshMetroApps IN
         CQanhPackageManager::GetPackageManager IN
         CQanhPackageManager::GetPackageManager OUT(0x00000000)
@@ -239,7 +215,7 @@ TEST_F(RefreshLog, ShortcutThatDisappearsKeepsItsRecordButLeavesTheFile)
 TEST_F(RefreshLog, WrongArgumentsOfEveryExportAreTracedAndNothingElse)
 {
     m_host.Command("init");
-    m_sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    m_sandbox.WaitForLogLine(test::passEnd);
     const std::size_t offset = m_sandbox.LogLength();
     m_host.Command("installed\t(null)");
     m_host.Command("installed\t");

@@ -4,6 +4,7 @@
 #include "support/Text.h"
 #include "system/HostProcess.h"
 #include "system/Manifest.h"
+#include "system/Passes.h"
 #include "system/SlowManifest.h"
 
 #include <gtest/gtest.h>
@@ -14,8 +15,6 @@ using standin::SetSetting;
 using standin::Setting;
 using test::Manifest;
 
-constexpr char passEnd[] = "CQanhAppNameList::Save OUT(0x00000000)";
-
 // The file's lines up to the packages and behind them, when there are no shortcuts.
 constexpr char fileBegin[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<Applications>\r\n  <MetroApps";
 constexpr char fileEnd[] = "\r\n  <DesktopApps />";
@@ -23,9 +22,18 @@ constexpr char fileEnd[] = "\r\n  <DesktopApps />";
 class StoreCatalog : public testing::Test
 {
 protected:
+    // The whole file: a pass may just be writing it.
     std::string Bytes() const
     {
-        return m_sandbox.WithPlaceholders(test::ReadFileBytes(m_sandbox.CatalogFile()));
+        std::string bytes;
+        const bool isWhole = test::WaitUntil(
+            [&] {
+                bytes = test::ReadFileBytes(m_sandbox.CatalogFile());
+                return bytes.ends_with("<DesktopApps />") || bytes.ends_with("</DesktopApps>");
+            },
+            5000);
+        EXPECT_TRUE(isWhole);
+        return m_sandbox.WithPlaceholders(bytes);
     }
 
     // The packages of the file, without indentation and line ends; shortcuts are not looked at.
@@ -50,13 +58,6 @@ protected:
         EXPECT_EQ(host.Command("init"), "0x00000000");
         test::WaitForFirstPass();
         host.Do("finalize");
-    }
-
-    // Waits until a pass that begins from now on is over: the one that is running may have looked already.
-    void WaitForWholePass() const
-    {
-        m_sandbox.WaitForLogLine(passEnd, m_sandbox.LogLength());
-        m_sandbox.WaitForLogLine(passEnd, m_sandbox.LogLength());
     }
 
     test::Sandbox m_sandbox;
@@ -303,7 +304,7 @@ protected:
         m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.2.3.4", "First", "1"), "");
         m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
         EXPECT_EQ(m_host.Command("init"), "0x00000000");
-        WaitForWholePass();
+        test::WaitForWholePass(m_sandbox);
         EXPECT_EQ(Packages(), package1 + package2);
     }
 
@@ -322,7 +323,7 @@ TEST_P(ChangedVersionCatalog, HasTheNewVersionsNames)
 {
     const std::string version = GetParam();
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", version, "Primary", "I"), "");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_EQ(Packages(), "<Package PackageFamilyName=\"Vel.A_0standin00000\" Version=\"" + version +
                               "\"><MetroApp DisplayName=\"primary\" ShortName=\"i\" /></Package>" + package2);
@@ -334,7 +335,7 @@ INSTANTIATE_TEST_SUITE_P(Parts, ChangedVersionCatalog,
 TEST_F(ChangingStoreCatalog, KeepsThePackageWhoseVersionIsTheSame)
 {
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.2.3.4", "Primary", "I"), "");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_EQ(Packages(), package1 + package2);
 }
@@ -343,10 +344,10 @@ TEST_F(ChangingStoreCatalog, KeepsTheOldVersionUntilTheNewNamesCanBeRead)
 {
     const std::string unresolved = Manifest("Vel.A", "2.0.0.0", "ms-resource:Name", "I");
     m_sandbox.WritePackage(L"A", unresolved, "");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     EXPECT_EQ(Packages(), package1 + package2);
     m_sandbox.WritePackage(L"A", unresolved, "[en-US]\nresources/Name = At Last\n");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_EQ(Packages(), "<Package PackageFamilyName=\"Vel.A_0standin00000\" Version=\"2.0.0.0\">"
                           "<MetroApp DisplayName=\"At Last\" ShortName=\"i\" /></Package>" +
@@ -356,10 +357,10 @@ TEST_F(ChangingStoreCatalog, KeepsTheOldVersionUntilTheNewNamesCanBeRead)
 TEST_F(ChangingStoreCatalog, LosesThePackageThatIsGoneUntilItComesBack)
 {
     m_sandbox.RemovePackage(L"A");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     EXPECT_EQ(Packages(), package2);
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.2.3.4", "Other names", "X"), "");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_EQ(Packages(), package1 + package2) << "the record was kept, with its place";
 }
@@ -368,7 +369,7 @@ TEST_F(ChangingStoreCatalog, KeepsThePackageWhoseStateCannotBeAsked)
 {
     SetSetting(Setting::FailFindFamily, static_cast<DWORD>(E_ACCESSDENIED));
     m_sandbox.RemovePackage(L"A");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_EQ(Packages(), package1 + package2);
 }
@@ -376,7 +377,7 @@ TEST_F(ChangingStoreCatalog, KeepsThePackageWhoseStateCannotBeAsked)
 TEST_F(ChangingStoreCatalog, TakesNewPackagesInBehindTheOthers)
 {
     m_sandbox.WritePackage(L"0", Manifest("Vel.0", "1.0.0.0", "Zeroth", "0"), "");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_EQ(Packages(), package1 + package2 +
                               "<Package PackageFamilyName=\"Vel.0_0standin00000\" Version=\"1.0.0.0\">"
@@ -401,15 +402,17 @@ TEST_F(StoreCatalog, ReservedPackageIsNeverRefreshed)
 // Finalize in the middle of a pass: the thread stops before the next package and the file is not written.
 TEST_F(StoreCatalog, OfAPassThatIsStoppedBetweenTwoPackagesIsNotWritten)
 {
+    test::SlowManifest slow;
+    m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "location = " + slow.Folder());
+    m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
+    standin::SetPackageStorePath(L"");
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     test::HostProcess host(m_sandbox);
     EXPECT_EQ(host.Command("init"), "0x00000000");
     test::WaitForFirstPass();
     const std::string before = Bytes();
 
-    test::SlowManifest slow;
-    m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
-    m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "location = " + slow.Folder());
+    standin::SetPackageStorePath(m_sandbox.Packages()); // both packages at once
     slow.WaitForReader();
     host.Send("finalize");
     host.WaitForExitEvent();

@@ -4,6 +4,7 @@
 #include "system/Golden.h"
 #include "system/HostProcess.h"
 #include "system/Manifest.h"
+#include "system/Passes.h"
 #include "system/QueryFor.h"
 #include "system/SlowManifest.h"
 
@@ -17,9 +18,6 @@ using standin::SetSetting;
 using standin::Setting;
 using test::IsGolden;
 using test::Manifest;
-
-constexpr char passBegin[] = "CQanhPackageManager::RefreshThread Refresh app name list!";
-constexpr char passEnd[] = "CQanhAppNameList::Save OUT(0x00000000)";
 
 // Pieces of the goldens.
 
@@ -166,41 +164,15 @@ protected:
     std::vector<std::string> FirstPass()
     {
         EXPECT_EQ(m_host.Command("init"), "0x00000000");
-        m_sandbox.WaitForLogLine(passEnd);
-        return Passes().front();
+        m_sandbox.WaitForLogLine(test::passEnd);
+        return Passes().at(0);
     }
 
-    // The lines of all passes, each up to the next one's begin.
-    std::vector<std::vector<std::string>> Passes() const
-    {
-        const std::vector<std::string> log = m_sandbox.Log();
-        std::vector<std::vector<std::string>> passes;
-        auto begin = std::find(log.begin(), log.end(), passBegin);
-        while (begin != log.end()) {
-            const auto end = std::find(begin + 1, log.end(), passBegin);
-            passes.emplace_back(begin + 1, end);
-            begin = end;
-        }
-        return passes;
-    }
+    std::vector<std::vector<std::string>> Passes() const { return test::PassesOf(m_sandbox.Log()); }
 
-    // The first pass with such a line.
     std::vector<std::string> PassWith(const std::string& line) const
     {
-        for (const std::vector<std::string>& pass : Passes()) {
-            if (std::find(pass.begin(), pass.end(), line) != pass.end()) {
-                return pass;
-            }
-        }
-        ADD_FAILURE() << "no pass has the line " << line;
-        return {};
-    }
-
-    // Waits until a pass that begins from now on is over.
-    void WaitForWholePass() const
-    {
-        m_sandbox.WaitForLogLine(passEnd, m_sandbox.LogLength());
-        m_sandbox.WaitForLogLine(passEnd, m_sandbox.LogLength());
+        return test::PassWith(line, m_sandbox.Log());
     }
 
     // Passes without a pause over two packages, the first two of them done.
@@ -210,7 +182,7 @@ protected:
         m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "");
         m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
         EXPECT_EQ(m_host.Command("init"), "0x00000000");
-        WaitForWholePass();
+        test::WaitForWholePass(m_sandbox);
     }
 
     test::Sandbox m_sandbox;
@@ -403,21 +375,22 @@ TEST_F(StoreRefreshLog, PackagesThatAreKnown)
 {
     KeepPassing();
     m_host.Do("finalize");
-    EXPECT_TRUE(
-        IsGolden(Passes()[0], packagesBegin + PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) +
-                                  PackageIsNew(familyB, 1, PlainNamesAreAdded("second", "2")) + packagesEnd +
-                                  noShortcuts + saveBegin + packageIsWritten + packageIsWritten + saveEnd));
-    EXPECT_TRUE(IsGolden(Passes()[1], PackageIsInstalled(familyA, true) + PackageIsInstalled(familyB, true) +
-                                          packagesBegin + PackageIsUnchanged(familyA, 0) +
-                                          PackageIsUnchanged(familyB, 1) + packagesEnd + noShortcuts +
-                                          saveBegin + packageIsWritten + packageIsWritten + saveEnd));
+    EXPECT_TRUE(IsGolden(Passes().at(0),
+                         packagesBegin + PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) +
+                             PackageIsNew(familyB, 1, PlainNamesAreAdded("second", "2")) + packagesEnd +
+                             noShortcuts + saveBegin + packageIsWritten + packageIsWritten + saveEnd));
+    EXPECT_TRUE(IsGolden(Passes().at(1), PackageIsInstalled(familyA, true) +
+                                             PackageIsInstalled(familyB, true) + packagesBegin +
+                                             PackageIsUnchanged(familyA, 0) + PackageIsUnchanged(familyB, 1) +
+                                             packagesEnd + noShortcuts + saveBegin + packageIsWritten +
+                                             packageIsWritten + saveEnd));
 }
 
 TEST_F(StoreRefreshLog, PackageWithAnotherVersion)
 {
     KeepPassing();
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.1", "Primary", "I"), "");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_TRUE(
         IsGolden(PassWith("CQanhPackage::DeleteAllApp IN"),
@@ -437,7 +410,7 @@ TEST_F(StoreRefreshLog, PackageWithAnotherVersionWhoseNameCannotBeRead)
 {
     KeepPassing();
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.1", "ms-resource:Name", "I"), "");
-    WaitForWholePass();
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     EXPECT_TRUE(
         IsGolden(PassWith("CQanhManifestReader::IsCanGetAppNameFromManifest IN"),
@@ -459,12 +432,13 @@ TEST_F(StoreRefreshLog, PackageAndShortcutThatAreGone)
 {
     m_sandbox.AddCommonShortcut(L"A.lnk");
     KeepPassing();
-    m_sandbox.RemovePackage(L"A");
+    // The shortcut first: a pass that misses the package, at which it looks first, misses the shortcut too.
     DeleteFileW((m_sandbox.CommonPrograms() + L"\\A.lnk").c_str());
-    WaitForWholePass();
+    m_sandbox.RemovePackage(L"A");
+    test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
     // The package's record and the shortcut's are kept and not written.
-    EXPECT_TRUE(IsGolden(PassWith("CQanhDesktopApp::ToXmlNode OUT(0x00000001)"),
+    EXPECT_TRUE(IsGolden(PassWith("CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 0)"),
                          PackageIsInstalled(familyA, false) + PackageIsInstalled(familyB, true) +
                              packagesBegin + PackageIsUnchanged(familyB, 1) + packagesEnd + noShortcuts +
                              saveBegin + emptyPackageIsWritten + packageIsWritten + R"(
@@ -545,7 +519,7 @@ TEST_F(StoreRefreshLog, PassThatIsStoppedBetweenTwoPackages)
     m_host.SetExitEvent();
     slow.Answer(Manifest("Vel.A", "1.0.0.0", "First", "1"));
     m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)");
-    EXPECT_TRUE(IsGolden(Passes().front(),
+    EXPECT_TRUE(IsGolden(Passes().at(0),
                          packagesBegin + PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) +
                              packagesEnd + "CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)\n"));
     EXPECT_FALSE(test::Exists(m_sandbox.CatalogFile()));

@@ -251,7 +251,7 @@ TEST_F(ManifestReaderFailures, AnExceptionInTheMiddleKeepsWhatWasRead)
     BOOL can = TRUE;
     m_resources.onLoad = [] { throw std::runtime_error("of the platform"); };
     EXPECT_EQ(Parse(), E_FAIL);
-    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"A", L"B")));
+    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"a", L"b")));
     EXPECT_EQ(CQanhManifestReader::IsCanGetAppNameFromManifest(Path().c_str(), &m_package, &can), E_FAIL);
     EXPECT_EQ(can, FALSE);
     m_resources.onLoad = nullptr;
