@@ -2,8 +2,8 @@
 
 #include <psapi.h>
 
+#include <cstddef>
 #include <cstring>
-#include <iterator>
 
 namespace standin {
 
@@ -34,19 +34,27 @@ const IMAGE_IMPORT_DESCRIPTOR* ImportTable(HMODULE module) noexcept
                : nullptr;
 }
 
-bool Replace(ULONGLONG& slot, void* replacement) noexcept
+// An entry of a table. The tables of some modules are not aligned to their entries.
+ULONGLONG Read(const BYTE* entry) noexcept
+{
+    ULONGLONG value = 0;
+    std::memcpy(&value, entry, sizeof(value));
+    return value;
+}
+
+bool Replace(BYTE* slot, void* replacement) noexcept
 {
     const auto value = reinterpret_cast<ULONGLONG>(replacement);
-    if (slot == value) {
+    if (Read(slot) == value) {
         return false;
     }
     DWORD protection = 0;
-    if (!VirtualProtect(&slot, sizeof(slot), PAGE_READWRITE, &protection)) {
+    if (!VirtualProtect(slot, sizeof(value), PAGE_READWRITE, &protection)) {
         return false;
     }
     // In one piece: other threads may be calling through it.
-    InterlockedExchange64(reinterpret_cast<volatile LONG64*>(&slot), static_cast<LONG64>(value));
-    VirtualProtect(&slot, sizeof(slot), protection, &protection);
+    InterlockedExchange64(reinterpret_cast<volatile LONG64*>(slot), static_cast<LONG64>(value));
+    VirtualProtect(slot, sizeof(value), protection, &protection);
     return true;
 }
 
@@ -57,16 +65,15 @@ unsigned PatchLibrary(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library,
         return 0; // the names were not kept
     }
     unsigned changed = 0;
-    const auto* name = At<const IMAGE_THUNK_DATA>(module, library.OriginalFirstThunk);
-    auto* slot = At<IMAGE_THUNK_DATA>(module, library.FirstThunk);
-    for (; name->u1.AddressOfData != 0; ++name, ++slot) {
-        if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
+    const auto* name = At<const BYTE>(module, library.OriginalFirstThunk);
+    auto* slot = At<BYTE>(module, library.FirstThunk);
+    for (; Read(name) != 0; name += sizeof(IMAGE_THUNK_DATA), slot += sizeof(IMAGE_THUNK_DATA)) {
+        if (IMAGE_SNAP_BY_ORDINAL(Read(name))) {
             continue;
         }
-        const auto* import =
-            At<const IMAGE_IMPORT_BY_NAME>(module, static_cast<DWORD>(name->u1.AddressOfData));
-        if (std::strcmp(reinterpret_cast<const char*>(import->Name), patch.function) == 0 &&
-            Replace(slot->u1.Function, patch.replacement)) {
+        const auto* function =
+            At<const char>(module, static_cast<DWORD>(Read(name)) + offsetof(IMAGE_IMPORT_BY_NAME, Name));
+        if (std::strcmp(function, patch.function) == 0 && Replace(slot, patch.replacement)) {
             ++changed;
         }
     }
