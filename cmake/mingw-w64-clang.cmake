@@ -17,5 +17,8 @@ set(CMAKE_CXX_FLAGS_INIT
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -L${gcc_folder}")
 endforeach()
+# The run-time type comparison stands in each object that uses it and in the C++ library; the GNU linker takes the first
+# one without being told.
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,--allow-multiple-definition")
 set(CMAKE_CXX_STANDARD_LIBRARIES "-lpthread -lkernel32 -luser32 -lgdi32 -lshell32 -lole32 -loleaut32 -luuid -ladvapi32"
   CACHE STRING "Libraries that every C++ program is linked with")

@@ -83,6 +83,11 @@ struct TileCase
     std::vector<DWORD> started;
 };
 
+void PrintTo(const TileCase& each, std::ostream* stream)
+{
+    *stream << each.name;
+}
+
 const Tile absent;
 const Tile text = StoredValue{REG_SZ, {'5', 0, 0, 0}};
 const Tile quadword = StoredValue{REG_QWORD, {5, 0, 0, 0, 0, 0, 0, 0}};

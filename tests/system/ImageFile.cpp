@@ -2,6 +2,7 @@
 
 #include "support/Text.h"
 
+#include <algorithm>
 #include <cctype>
 #include <stdexcept>
 
@@ -45,10 +46,13 @@ std::vector<std::string> ImageFile::ExportNames() const
     return result;
 }
 
-DWORD ImageFile::ExportCount() const
+std::size_t ImageFile::ExportCount() const
 {
-    return At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress)
-        ->NumberOfFunctions;
+    const auto* table = At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
+    const auto* addresses = At<DWORD>(table->AddressOfFunctions);
+    // Numbers that no export has may have a place in the table.
+    return static_cast<std::size_t>(std::count_if(addresses, addresses + table->NumberOfFunctions,
+                                                  [](DWORD address) { return address != 0; }));
 }
 
 std::vector<std::string> ImageFile::ImportedLibraries() const

@@ -16,8 +16,8 @@ public:
 
     // The names in the export table, in its order.
     [[nodiscard]] std::vector<std::string> ExportNames() const;
-    // All entries of the export table, those without a name included.
-    [[nodiscard]] DWORD ExportCount() const;
+    // The number of exports, those without a name included.
+    [[nodiscard]] std::size_t ExportCount() const;
     // The DLLs that the import table names, in lower case.
     [[nodiscard]] std::vector<std::string> ImportedLibraries() const;
     // The IMAGE_DLLCHARACTERISTICS_ flags.

@@ -1,9 +1,11 @@
 // Store packages in the catalogue file: what the platform fails at, and what changes between two passes.
 #include "system/StoreCatalog.h"
+
 #include "standin/Settings.h"
 #include "system/Manifest.h"
 #include "system/Passes.h"
 #include "system/SlowManifest.h"
+#include <ostream>
 
 namespace {
 
@@ -76,6 +78,49 @@ INSTANTIATE_TEST_SUITE_P(Properties, FaultyPackageCatalog,
                          testing::Values("fail_id", "fail_family_name", "fail_full_name", "fail_name",
                                          "fail_version", "fail_installed_location", "fail_path"),
                          [](const auto& property) { return std::string(property.param); });
+
+struct ManifestFault
+{
+    const char* name;
+    Setting setting;
+    DWORD value;
+    const char* applications; // that are in the file all the same
+};
+
+void PrintTo(const ManifestFault& fault, std::ostream* stream)
+{
+    *stream << fault.name;
+}
+
+// What the platform's own manifest reader fails at, in a package of two applications.
+class ManifestFaultCatalog : public StoreCatalog, public testing::WithParamInterface<ManifestFault>
+{
+};
+
+TEST_P(ManifestFaultCatalog, HasThePackageWithWhatCouldBeRead)
+{
+    m_sandbox.Settings().SetDword(L"ManifestReaderSetting", 0);
+    m_sandbox.AddSamplePackage(L"Test.NoTile");
+    SetSetting(GetParam().setting, GetParam().value);
+    RunOnePass();
+    const std::string package =
+        "<Package PackageFamilyName=\"Test.NoTile_9test0p6zjcqm\" Version=\"1.0.0.0\"";
+    const std::string applications = GetParam().applications;
+    EXPECT_EQ(Packages(), package + (applications.empty() ? " />" : ">" + applications + "</Package>"));
+}
+
+constexpr char firstApplication[] = "<MetroApp DisplayName=\"First without tile\" />";
+constexpr char secondApplication[] = "<MetroApp DisplayName=\"Second with tile\" />";
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, ManifestFaultCatalog,
+    testing::Values(ManifestFault{"Factory", Setting::FailManifestFactory, 0x80040154, ""},
+                    ManifestFault{"Reader", Setting::FailManifestReader, 0x80080204, ""},
+                    ManifestFault{"Applications", Setting::FailManifestApplications, 0x80004005, ""},
+                    ManifestFault{"FirstApplication", Setting::FailManifestCurrentAt, 1, secondApplication},
+                    ManifestFault{"SecondName", Setting::FailManifestStringAt, 2, firstApplication},
+                    ManifestFault{"NextApplication", Setting::FailManifestMoveNextAt, 1, firstApplication}),
+    [](const auto& fault) { return std::string(fault.param.name); });
 
 class ChangingStoreCatalog : public StoreCatalog
 {
