@@ -48,7 +48,7 @@ public:
     static HRESULT GetAppDisplayName(platform::IPackage* pPackage, wchar_t** ppName) noexcept;
 
     // Moves on to the next element of this name, wherever it stands. S_OK; S_FALSE at the end of the
-    // document; E_POINTER; or the reader's failure.
+    // document; E_POINTER; or the reader's failure. What the reader raises is passed on, here and below.
     static HRESULT MoveToElementByName(IXmlReader* pReader, const wchar_t* name);
 
     // Copies an attribute of the element at hand. S_OK; S_FALSE when there is none of this name, with the

@@ -6,6 +6,7 @@
 #include <activation.h>
 #include <roapi.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -396,6 +397,8 @@ public:
     FakeObjects objects;
     // When set, the Windows Runtime is not entered and this is the answer.
     std::optional<HRESULT> initializeResult;
+    // Runs when the thread leaves the Windows Runtime.
+    std::function<void()> onUninitialize = [] {};
 
 private:
     static HRESULT WINAPI Initialize(RO_INIT_TYPE type)
@@ -412,6 +415,7 @@ private:
         // Only a package that was found may be held longer.
         s_current->objects.Note(s_current->objects.IsAnyHeld("package") ? "RoUninitialize too early"
                                                                         : "RoUninitialize");
+        s_current->onUninitialize();
         s_current->m_uninitialize.Original()();
     }
     static HRESULT WINAPI GetFactory(HSTRING name, REFIID id, void** factory)

@@ -130,9 +130,10 @@ TEST_F(StoreActivation, NullAndEmptyIdsReachNobody)
     EXPECT_EQ(host.Command("activate\t\t(null)"), "0x80070057");
 }
 
+// The host answers otherwise when a thread has not kept its apartment.
 TEST_F(StoreActivation, WorksOnThreadsOfEveryKind)
 {
-    for (const char* kind : {"thread\t", "mta\t"}) {
+    for (const char* kind : {"thread\t", "sta\t", "mta\t"}) {
         SCOPED_TRACE(kind);
         const std::string thread = kind;
         EXPECT_EQ(host.Command(thread + post), ok);

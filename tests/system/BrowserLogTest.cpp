@@ -1,52 +1,36 @@
 // The whole log of a launch of the browser, for each state of its tile setting.
 #include "support/Registry.h"
 #include "system/Golden.h"
+#include "system/KeyGoldens.h"
 #include "system/LaunchTest.h"
 
 namespace {
 
 using standin::SetSetting;
 using standin::Setting;
+using test::enterIsPressed;
 using test::IsGolden;
+using test::shiftInsertIsPressed;
+using test::windowsQIsPressed;
 
 constexpr wchar_t tileValue[] = L"ApplicationTileImmersiveActivation";
 constexpr char ok[] = "0x00000000";
 constexpr char failed[] = "0x80004005";
 
 // The search for the browser in mode 0, without exclusions, on the Start screen.
-constexpr char search[] = R"(
+const std::string search = std::string(R"(
     QanhLaunchBySearch(Internet Explorer, 0, 0) IN
     QanhLaunchBySearch szKeyword = "Internet Explorer" <end>
     CQanhMonitorMode::OpenAppSearchUI IN
     CQanhMonitorMode::GetMonitorState IN
     CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-    CQanhKeyEmulate::SendInput_Win_Q IN
-    CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::SendInput_Win_Q OUT
+        )") + windowsQIsPressed +
+                           R"(
     CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
     CQanhClipboard::SetClipboardData("Internet Explorer") IN
     CQanhClipboard::SetClipboardData OUT(0x00000000)
-    CQanhKeyEmulate::SendInput_Shift_Insert IN
-    CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::SendInput_Shift_Insert OUT
-    CQanhKeyEmulate::SendInput_Enter IN
-    CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    CQanhKeyEmulate::SendInput_Enter OUT
+        )" + shiftInsertIsPressed +
+                           enterIsPressed + R"(
     CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
     CQanhKeyEmulate::Sendinput_Key OUT
     QanhLaunchBySearch OUT(0x00000000)

@@ -1,5 +1,6 @@
 // The whole log of one launch in each mode.
 #include "system/Golden.h"
+#include "system/KeyGoldens.h"
 #include "system/LaunchTest.h"
 
 #include <algorithm>
@@ -8,7 +9,10 @@ namespace {
 
 using standin::SetSetting;
 using standin::Setting;
+using test::enterIsPressed;
 using test::IsGolden;
+using test::shiftInsertIsPressed;
+using test::windowsQIsPressed;
 
 constexpr char ok[] = "0x00000000";
 
@@ -34,7 +38,7 @@ TEST_F(LaunchLog, ModeZeroWithExclusionsOnTheStartScreen)
 {
     Start({L"Gmail.lnk", L"Mail.lnk"});
     desktop->ShowStartScreen();
-    EXPECT_TRUE(IsGolden(Launch("search\t0\t1\tMail", ok), R"(
+    EXPECT_TRUE(IsGolden(Launch("search\t0\t1\tMail", ok), std::string(R"(
         QanhLaunchBySearch(Mail, 0, 1) IN
         CQanhPackageManager::GetExcludeAppNameList(Mail) IN
         CQanhAppNameList::GetExcludeAppNameList(Mail) IN
@@ -52,33 +56,11 @@ TEST_F(LaunchLog, ModeZeroWithExclusionsOnTheStartScreen)
         CQanhMonitorMode::OpenAppSearchUI IN
         CQanhMonitorMode::GetMonitorState IN
         CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-        CQanhKeyEmulate::SendInput_Win_Q IN
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Win_Q OUT
+        )") + windowsQIsPressed + R"(
         CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
         CQanhClipboard::SetClipboardData("Mail" NOT("Gmail")) IN
         CQanhClipboard::SetClipboardData OUT(0x00000000)
-        CQanhKeyEmulate::SendInput_Shift_Insert IN
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Shift_Insert OUT
-        CQanhKeyEmulate::SendInput_Enter IN
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Enter OUT
+        )" + shiftInsertIsPressed + enterIsPressed + R"(
         CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
         CQanhKeyEmulate::Sendinput_Key OUT
         QanhLaunchBySearch OUT(0x00000000)
@@ -90,7 +72,7 @@ TEST_F(LaunchLog, ModeZeroWithoutExclusionsOnTheDesktopWithALostPaste)
     Start({L"Mail.lnk"});
     SetSetting(Setting::StartScreenDelay, 300);
     SetSetting(Setting::LosePastes, 1);
-    EXPECT_TRUE(IsGolden(Launch("search\t0\t0\tMail", ok), R"(
+    EXPECT_TRUE(IsGolden(Launch("search\t0\t0\tMail", ok), std::string(R"(
         QanhLaunchBySearch(Mail, 0, 0) IN
         QanhLaunchBySearch szKeyword = "Mail" <end>
         CQanhMonitorMode::OpenAppSearchUI IN
@@ -113,47 +95,12 @@ TEST_F(LaunchLog, ModeZeroWithoutExclusionsOnTheDesktopWithALostPaste)
         CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
         dwMode = 1 <end>
         CQanhMonitorMode::SwitchToStartScreen OUT(0)
-        CQanhKeyEmulate::SendInput_Win_Q IN
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Win_Q OUT
+        )") + windowsQIsPressed + R"(
         CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
         CQanhClipboard::SetClipboardData("Mail") IN
         CQanhClipboard::SetClipboardData OUT(0x00000000)
-        CQanhKeyEmulate::SendInput_Shift_Insert IN
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Shift_Insert OUT
-        CQanhKeyEmulate::SendInput_Enter IN
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Enter OUT
-        CQanhKeyEmulate::SendInput_Shift_Insert IN
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Shift_Insert OUT
-        CQanhKeyEmulate::SendInput_Enter IN
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Enter OUT
+        )" + shiftInsertIsPressed + enterIsPressed + shiftInsertIsPressed +
+                                                               enterIsPressed + R"(
         CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
         CQanhKeyEmulate::Sendinput_Key OUT
         QanhLaunchBySearch OUT(0x00000000)
@@ -165,33 +112,17 @@ TEST_F(LaunchLog, ModeOne)
     Start({L"Mail.lnk"});
     sandbox.Settings().SetDword(L"ClearClipboardWaitTime", 20);
     desktop->ShowStartScreen();
-    EXPECT_TRUE(IsGolden(Launch("search\t1\t0\tMail", ok), R"(
+    EXPECT_TRUE(IsGolden(Launch("search\t1\t0\tMail", ok), std::string(R"(
         QanhLaunchBySearch(Mail, 1, 0) IN
         QanhLaunchBySearch szKeyword = "Mail" <end>
         CQanhMonitorMode::OpenAppSearchUI IN
         CQanhMonitorMode::GetMonitorState IN
         CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-        CQanhKeyEmulate::SendInput_Win_Q IN
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Win_Q OUT
+        )") + windowsQIsPressed + R"(
         CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
         CQanhClipboard::SetClipboardData(Mail) IN
         CQanhClipboard::SetClipboardData OUT(0x00000000)
-        CQanhKeyEmulate::SendInput_Shift_Insert IN
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Shift_Insert OUT
+        )" + shiftInsertIsPressed + R"(
         CQanhReg::GetClearClipboardWaitTime IN
         CQanhReg::GetDWORDRegVal IN
         CQanhReg::GetDWORDRegVal OUT(1)
@@ -206,7 +137,7 @@ TEST_F(LaunchLog, ModeTwoOfACataloguedApplication)
 {
     Start({L"Mail.lnk"});
     desktop->ShowStartScreen();
-    EXPECT_TRUE(IsGolden(Launch("search\t2\t1\tmail", ok), R"(
+    EXPECT_TRUE(IsGolden(Launch("search\t2\t1\tmail", ok), std::string(R"(
         QanhLaunchBySearch(mail, 2, 1) IN
         CQanhPackageManager::GetExcludeAppNameList(mail) IN
         CQanhAppNameList::GetExcludeAppNameList(mail) IN
@@ -218,33 +149,11 @@ TEST_F(LaunchLog, ModeTwoOfACataloguedApplication)
         CQanhMonitorMode::OpenAppSearchUI IN
         CQanhMonitorMode::GetMonitorState IN
         CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-        CQanhKeyEmulate::SendInput_Win_Q IN
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Win_Q OUT
+        )") + windowsQIsPressed + R"(
         CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
         CQanhClipboard::SetClipboardData(mail) IN
         CQanhClipboard::SetClipboardData OUT(0x00000000)
-        CQanhKeyEmulate::SendInput_Shift_Insert IN
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Shift_Insert OUT
-        CQanhKeyEmulate::SendInput_Enter IN
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        CQanhKeyEmulate::SendInput_Enter OUT
+        )" + shiftInsertIsPressed + enterIsPressed + R"(
         CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
         CQanhKeyEmulate::Sendinput_Key OUT
         QanhLaunchBySearch OUT(0x00000000)

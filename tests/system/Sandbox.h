@@ -68,8 +68,8 @@ public:
     // A shortcut that starts a window with the name.
     void AddApplication(const std::wstring& relativePath) const;
 
-    // The Store's packages are those of the stand-in's samples that are added, and those that are written
-    // into a folder of this one; none at first.
+    // The folder of the Store's packages. There are none at first; samples of the stand-in can be added, and
+    // others written.
     [[nodiscard]] std::wstring Packages() const { return m_folder / L"packages"; }
     void AddSamplePackage(const std::wstring& name) const;
     // Whoever looks at the packages meanwhile sees a new one not at all or whole, of a changed one each file

@@ -3,7 +3,7 @@
 #include "support/Text.h"
 #include "system/HostProcess.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace test {
 

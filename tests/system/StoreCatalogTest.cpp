@@ -5,6 +5,7 @@
 #include "system/Manifest.h"
 #include "system/Passes.h"
 #include "system/SlowManifest.h"
+
 #include <ostream>
 
 namespace {
@@ -33,6 +34,7 @@ TEST_F(StoreCatalog, OfAPassThatFindsNoPackagesHasTheShortcuts)
                       "LnkFileName=\"<allusers>\\Microsoft\\Windows\\Start Menu\\Programs\\A.lnk\" />"
                       "\r\n  </DesktopApps>");
         SetSetting(fault, 0);
+        DeleteFileW(m_sandbox.CatalogFile().c_str()); // what the next pass writes is its own
     }
 }
 
@@ -246,6 +248,9 @@ TEST_F(StoreCatalog, OfAPassThatIsStoppedBetweenTwoPackagesIsNotWritten)
     slow.Answer(Manifest("Vel.A", "1.0.0.0", "First", "1"));
     EXPECT_EQ(host.Answer(), "ok");
     EXPECT_EQ(Bytes(), before);
+    const std::vector<std::string> log = m_sandbox.Log();
+    EXPECT_THAT(log, testing::Contains("CQanhPackage::AddApplication(first, 1) IN"));
+    EXPECT_THAT(log, testing::Not(testing::Contains("CQanhAppNameList::GetPackage(Vel.B_0standin00000) IN")));
 }
 
 } // namespace

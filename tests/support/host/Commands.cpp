@@ -1,18 +1,17 @@
 #include "support/host/Commands.h"
 
+#include "support/Apartments.h"
 #include "support/Text.h"
 #include "support/host/Library.h"
 #include "support/host/LogGate.h"
 #include "support/host/Measures.h"
 
-#include <objbase.h>
-
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <map>
 #include <optional>
 #include <stdexcept>
-#include <thread>
 
 namespace {
 
@@ -117,22 +116,18 @@ namespace host {
 
 std::string Commands::CarryOut(const Fields& command)
 {
-    const std::string& name = Field(command, 0);
-    if (name != "thread" && name != "mta") {
+    static const std::map<std::string, test::Apartment> s_threads = {
+        {"thread", test::Apartment::kNone},
+        {"sta", test::Apartment::kSingleThreaded},
+        {"mta", test::Apartment::kMultithreaded}};
+    const auto thread = s_threads.find(Field(command, 0));
+    if (thread == s_threads.end()) {
         return CarryOutHere(command);
     }
     std::string answer;
-    std::thread([&] {
-        const bool isMta = name == "mta";
-        if (isMta) {
-            CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        }
-        answer = CarryOutHere(Fields(command.begin() + 1, command.end()));
-        if (isMta) {
-            CoUninitialize();
-        }
-    }).join();
-    return answer;
+    const bool isKept = test::KeepsApartment(
+        thread->second, [&] { answer = CarryOutHere(Fields(command.begin() + 1, command.end())); });
+    return isKept ? answer : "apartment changed\t" + answer;
 }
 
 std::string Commands::CarryOutHere(const Fields& command)

@@ -8,33 +8,34 @@ namespace host {
 // Carries out one command and returns its answer, without a line end. Commands are lists of fields; "(null)"
 // in the place of a text stands for a null pointer. The commands:
 //
-//   load                           LoadLibrary of QanHelper.dll and look-up of its exports: "ok"
-//   unload                         FreeLibrary: 1 or 0
-//   in-memory                      1 when the library is still mapped, else 0
-//   init, finalize                 the HRESULT; "ok"
-//   search MODE EXCLUDE NAME       QanhLaunchBySearch
-//   browser TILE MODE EXCLUDE      QanhLaunchIEBySearch
-//   activate ID ARGUMENTS          QanhLaunchByManager
-//   installed NAME [null]          QanhIsInstalled: HRESULT and the flag, which is 7 before the call; with
-//   "null" the
-//                                  flag's pointer is null
-//   installed-by-id ID [null]      QanhIsInstalledByAppUserModeID, likewise
-//   display-name FAMILY [null]     QanhGetAppDisplayNameByPFN: HRESULT and the text, null before the call
-//   release TEXT                   QanhReleaseString of a copy of the text, or of a null pointer: "ok"
-//   sleep MILLISECONDS             "ok"
-//   handles, threads, heap         what the process holds, as a number
-//   cycles COUNT                   so many QanhInitialize and QanhFinalize in turn; the first failure or
-//   0x00000000 searches COUNT NAME            so many launches in mode 0 with exclusions; the last HRESULT
-//   look-up COUNT                  so many times the package manager's class is asked for, and let go,
-//   without the
-//                                  library: "ok"
-//   line-up, open                  the log's gate (LogGate.h): "ok"
-//   exit CODE                      "ok"; the program ends by leaving main()
-//   thread COMMAND...              the rest is carried out on a thread of its own
-//   mta COMMAND...                 likewise, in the multithreaded apartment
+//   load                        LoadLibrary of QanHelper.dll and look-up of its exports: "ok"
+//   unload                      FreeLibrary: 1 or 0
+//   in-memory                   1 when the library is still mapped, else 0
+//   init, finalize              the HRESULT; "ok"
+//   search MODE EXCLUDE NAME    QanhLaunchBySearch
+//   browser TILE MODE EXCLUDE   QanhLaunchIEBySearch
+//   activate ID ARGUMENTS       QanhLaunchByManager
+//   installed NAME [null]       QanhIsInstalled: HRESULT and the flag, which is 7 before the call; with "null"
+//                               the flag's pointer is null
+//   installed-by-id ID [null]   QanhIsInstalledByAppUserModeID, likewise
+//   display-name FAMILY [null]  QanhGetAppDisplayNameByPFN: HRESULT and the text, null before the call
+//   release TEXT                QanhReleaseString of a copy of the text, or of a null pointer: "ok"
+//   sleep MILLISECONDS          "ok"
+//   handles, threads, heap      what the process holds, as a number
+//   cycles COUNT                so many QanhInitialize and QanhFinalize in turn; the first failure or
+//                               0x00000000
+//   searches COUNT NAME         so many launches in mode 0 with exclusions; the last HRESULT
+//   look-up COUNT               so many times the package manager's class is asked for, and let go, without
+//                               the library: "ok"
+//   line-up, open               the log's gate (LogGate.h): "ok"
+//   exit CODE                   "ok"; the program ends by leaving main()
+//   thread COMMAND...           the rest is carried out on a thread of its own
+//   sta COMMAND..., mta COMMAND...
+//                               likewise, in a single-threaded or the multithreaded apartment
 //
 // An HRESULT is written as 0x%08X. An exception that left the library is answered with "exception", a command
-// that could not be carried out with "error" and the reason.
+// that could not be carried out with "error" and the reason. In front of the answer of a thread whose apartment
+// is not what it was stands "apartment changed".
 class Commands
 {
 public:

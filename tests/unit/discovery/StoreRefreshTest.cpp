@@ -196,18 +196,10 @@ TEST_F(StoreRefresh, LeavesTheRuntimeBeforeItsExitLine)
 {
     m_store.Add(L"a");
     const test::LogCapture log;
-    static const test::LogCapture* s_log;
-    static decltype(&RoUninitialize) s_leave;
-    static std::vector<std::string> s_lastLines;
-    s_log = &log;
-    s_lastLines.clear();
-    const test::ImportPatch<decltype(&RoUninitialize)> patch("RoUninitialize", [] {
-        s_lastLines.push_back(s_log->Lines().back());
-        s_leave();
-    });
-    s_leave = patch.Original();
+    std::vector<std::string> lastLines;
+    m_store.onUninitialize = [&] { lastLines.push_back(log.Lines().back()); };
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
-    EXPECT_THAT(s_lastLines, ElementsAre("CQanhAppNameList::AddMetroPackage OUT(0x00000000)"));
+    EXPECT_THAT(lastLines, ElementsAre("CQanhAppNameList::AddMetroPackage OUT(0x00000000)"));
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::RefreshMetroApps OUT(0x00000000)");
 }
 
