@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <locale.h>
 #include <string>
 
 #if defined(__GNUC__)
