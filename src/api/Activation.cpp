@@ -1,7 +1,7 @@
 // The export that starts a Store application by its ID.
 
 #include "QanHelper.h"
-#include "api/Arguments.h"
+#include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 
 #include <objbase.h>
@@ -38,7 +38,7 @@ private:
 HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments)
 {
     static constexpr wchar_t kName[] = L"QanhLaunchByManager";
-    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, appUserModelId, arguments);
+    LogIn(kName, appUserModelId, arguments);
     HRESULT hr = CheckString(appUserModelId);
     if (FAILED(hr)) {
         return LogOut(kName, hr);

@@ -1,7 +1,7 @@
 // The export that starts the browser by the Start screen's search.
 
 #include "QanHelper.h"
-#include "api/Arguments.h"
+#include "api/Modes.h"
 #include "common/DiagnosticLog.h"
 #include "common/Reg.h"
 

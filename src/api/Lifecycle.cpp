@@ -16,7 +16,7 @@ HRESULT QANH_CALL QanhInitialize(void)
         DiagnosticLog::ComposePath();
     }
     DiagnosticLog::SetEnabled(isLogOn);
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT hr = S_OK;
     if (s_nCount == 0) {
         hr = s_MonitorMode.Initialize();
@@ -42,7 +42,7 @@ HRESULT QANH_CALL QanhInitialize(void)
 void QANH_CALL QanhFinalize(void)
 {
     static constexpr wchar_t kName[] = L"QanhFinalize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     --s_nCount;
     if (s_nCount == 0) {
         s_PackageManager.Finalize();
@@ -56,7 +56,7 @@ void QANH_CALL QanhFinalize(void)
 void QANH_CALL QanhReleaseString(LPWSTR str)
 {
     static constexpr wchar_t kName[] = L"QanhReleaseString";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (str) {
         LocalFree(str);
     }

@@ -1,9 +1,10 @@
 // The export that starts an application by the Start screen's search.
 
 #include "QanHelper.h"
-#include "api/Arguments.h"
+#include "api/Modes.h"
 #include "api/SearchQuery.h"
 #include "api/Statics.h"
+#include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/Reg.h"
 #include "launch/Clipboard.h"
@@ -24,7 +25,7 @@ HRESULT CollectExcludedNames(const wchar_t* appName, ExcludeList& excludeList, B
 {
     // These two lines are the catalogue's owner's, who passes the question on.
     static constexpr wchar_t kOwnerName[] = L"CQanhPackageManager::GetExcludeAppNameList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kOwnerName, appName);
+    LogIn(kOwnerName, appName);
     return LogOut(kOwnerName,
                   s_PackageManager.m_AppNameList.GetExcludeAppNameList(appName, &excludeList, &isExactMatch));
 }

@@ -75,7 +75,7 @@ CQanhApp::CQanhApp(const wchar_t* displayName, const wchar_t* rubyDisplayName)
 BOOL CQanhApp::IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhApp::IsSubStrNoOrder";
-    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, part, whole);
+    LogIn(kName, part, whole);
     return LogOutNumber(kName, part && whole && ContainsEveryToken(part, whole) ? 1 : 0);
 }
 
@@ -111,7 +111,7 @@ void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExclud
     }
 }
 
-void RuntimeMemoryDeleter::operator()(wchar_t* text) const noexcept
+void CrtMemoryDeleter::operator()(wchar_t* text) const noexcept
 {
     std::free(text);
 }
@@ -122,7 +122,7 @@ HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExc
     return pExcludeList ? CheckStringAndPointer(wantedName, pFound) : E_POINTER;
 }
 
-HRESULT LowerWantedName(const wchar_t* wantedName, RuntimeText& lowerWantedName) noexcept
+HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept
 {
     lowerWantedName.reset(_wcsdup(wantedName));
     if (!lowerWantedName) {

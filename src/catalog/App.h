@@ -53,13 +53,13 @@ protected:
 void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound);
 
 // Releases memory of the C runtime.
-struct RuntimeMemoryDeleter
+struct CrtMemoryDeleter
 {
     void operator()(wchar_t* text) const noexcept;
 };
-using RuntimeText = std::unique_ptr<wchar_t, RuntimeMemoryDeleter>;
+using CrtText = std::unique_ptr<wchar_t, CrtMemoryDeleter>;
 
 // The checks and the lower-cased copy with which every decision begins.
 HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
                               const BOOL* pFound) noexcept;
-HRESULT LowerWantedName(const wchar_t* wantedName, RuntimeText& lowerWantedName) noexcept;
+HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept;

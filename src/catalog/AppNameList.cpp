@@ -10,7 +10,7 @@ CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimi
 void CQanhAppNameList::Clear() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Clear";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     DeleteAll();
     LogOut(kName);
 }
@@ -25,7 +25,7 @@ void CQanhAppNameList::DeleteAll() noexcept
 CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetPackage";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, packageFamilyName);
+    LogIn(kName, packageFamilyName);
     CQanhPackage* found = nullptr;
     if (packageFamilyName && *packageFamilyName != L'\0') {
         const auto lists = m_lists.Read();
@@ -43,7 +43,7 @@ CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) con
 HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::AddMetroPackage";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!package) {
         return LogOut(kName, E_POINTER);
     }
@@ -68,7 +68,7 @@ HRESULT CQanhAppNameList::AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app)
 HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::AddDesktopApp";
-    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, displayName, lnkFileName);
+    LogIn(kName, displayName, lnkFileName);
     if (!displayName || !lnkFileName) {
         return LogOut(kName, E_POINTER);
     }
@@ -90,7 +90,7 @@ HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_
 BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::IsInDesktopAppList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    LogIn(kName, path);
     BOOL found = FALSE;
     if (path && *path != L'\0') {
         const auto lists = m_lists.Read();
@@ -108,7 +108,7 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
                                                 BOOL* pFound) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetExcludeAppNameList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    LogIn(kName, wantedName);
     const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         return LogOut(kName, hr);

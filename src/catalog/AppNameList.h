@@ -5,7 +5,7 @@
 #include "catalog/Package.h"
 #include "common/Guarded.h"
 #include "common/WideString.h"
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 
 #include <windows.h>
 

@@ -116,6 +116,21 @@ int WriteLine(const char* format, ...) noexcept
 
 } // namespace DiagnosticLog
 
+void LogIn(const wchar_t* operation) noexcept
+{
+    DiagnosticLog::WriteLine("%S IN\r\n", operation);
+}
+
+void LogIn(const wchar_t* operation, const wchar_t* argument) noexcept
+{
+    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, argument);
+}
+
+void LogIn(const wchar_t* operation, const wchar_t* first, const wchar_t* second) noexcept
+{
+    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", operation, first, second);
+}
+
 HRESULT LogOut(const wchar_t* operation, HRESULT result) noexcept
 {
     DiagnosticLog::WriteLine("%S OUT(0x%08X)\r\n", operation, static_cast<unsigned>(result));

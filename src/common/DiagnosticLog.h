@@ -32,6 +32,11 @@ QANHELPER_PRINTF_LIKE int WriteLine(const char* format, ...) noexcept;
 
 } // namespace DiagnosticLog
 
+// The entry line of an operation, without arguments or with one or two texts.
+void LogIn(const wchar_t* operation) noexcept;
+void LogIn(const wchar_t* operation, const wchar_t* argument) noexcept;
+void LogIn(const wchar_t* operation, const wchar_t* first, const wchar_t* second) noexcept;
+
 // The exit lines of an operation. Each returns the result that it logs, so that leaving is one expression.
 HRESULT LogOut(const wchar_t* operation, HRESULT result) noexcept;
 int LogOutNumber(const wchar_t* operation, int result) noexcept;

@@ -71,7 +71,7 @@ bool IsSubfolder(const WIN32_FIND_DATAW& entry) noexcept
 HRESULT CQanhPackageManager::RefreshDesktopApps(const wchar_t* folder) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::RefreshDesktopApps";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, folder);
+    LogIn(kName, folder);
     if (!folder) {
         return LogOut(kName, E_POINTER);
     }
@@ -110,7 +110,7 @@ HRESULT CQanhPackageManager::RefreshDesktopApps(const wchar_t* folder) noexcept
 void CQanhPackageManager::AddLinkFileToList(const wchar_t* folder, const wchar_t* pattern) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::AddLinkFileToList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, folder);
+    LogIn(kName, folder);
     PathBuffer searchPath(folder);
     searchPath.Append(pattern);
     WIN32_FIND_DATAW found{};

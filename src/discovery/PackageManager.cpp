@@ -27,7 +27,7 @@ HANDLE CQanhPackageManager::m_hInstanceMutex = nullptr;
 
 HRESULT CQanhPackageManager::Initialize() noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kInitializeName);
+    LogIn(kInitializeName);
     if (m_hExitEvent && m_hRefreshThread) {
         return S_FALSE;
     }
@@ -153,7 +153,7 @@ HRESULT CQanhPackageManager::StartRefreshThread() noexcept
 void CQanhPackageManager::Finalize() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::Finalize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (InterlockedCompareExchangePointer(&m_hInstanceMutex, nullptr, nullptr)) {
         IsInstanceMutexGone(kMutexRoundsAtStop);
         CloseInstanceMutex();
@@ -189,7 +189,7 @@ void CQanhPackageManager::ForceThreadToEnd() noexcept
 void CQanhPackageManager::WaitThreadExit(HANDLE hThread) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::WaitThreadExit";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     for (int round = 0; round < kThreadExitRounds; ++round) {
         DWORD exitCode = 0;
         GetExitCodeThread(hThread, &exitCode);

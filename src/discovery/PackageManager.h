@@ -1,7 +1,7 @@
 #pragma once
 
 #include "catalog/AppNameList.h"
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 
 #include <windows.h>
 
@@ -65,7 +65,7 @@ public:
 
     // The first package of the family that is installed for the user, or none; with a fragment, the first one
     // that depends on a package whose family name contains it, whatever the case of Latin letters. The
-    // fragment is not null, here and below. A failing call of the platform is raised as a RuntimeError.
+    // fragment is not null, here and below. A failing call of the platform is raised as a WinRtError.
     static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByName(const wchar_t* familyName);
     static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByNameEx(const wchar_t* familyName,
                                                                           const wchar_t* fragment);

@@ -62,7 +62,7 @@ DWORD WINAPI CQanhPackageManager::RefreshThread(void* pPyxPackageManager) noexce
 
 DWORD CQanhPackageManager::Refresh(CQanhPackageManager* pPyxPackageManager) noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kRefreshThreadName);
+    LogIn(kRefreshThreadName);
     if (!pPyxPackageManager) {
         LogExit(E_POINTER);
         CloseInstanceMutex();

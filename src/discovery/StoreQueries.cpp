@@ -5,7 +5,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/HString.h"
 #include "common/RuntimeApartment.h"
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
 #include "manifest/ManifestReader.h"
 #include "manifest/StorePackage.h"
@@ -130,7 +130,7 @@ HRESULT LogCaught(const wchar_t* operation) noexcept
 {
     try {
         throw;
-    } catch (const RuntimeError& error) {
+    } catch (const WinRtError& error) {
         DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
         return E_FAIL;
     } catch (...) {
@@ -143,7 +143,7 @@ HRESULT LogCaught(const wchar_t* operation) noexcept
 template <typename Find>
 ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* familyName, Find find)
 {
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, familyName);
+    LogIn(operation, familyName);
     const HRESULT hr = CheckString(familyName);
     if (FAILED(hr)) {
         LogOut(operation, hr);
@@ -169,7 +169,7 @@ ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* 
 template <typename Find>
 HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* pIsInstalled, Find find)
 {
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, familyName);
+    LogIn(operation, familyName);
     const HRESULT hr = CheckStringAndPointer(familyName, pIsInstalled);
     if (FAILED(hr)) {
         return LogOut(operation, hr);
@@ -188,7 +188,7 @@ HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* 
 ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* pNeedsUninitialize) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::GetPackageManager";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pNeedsUninitialize) {
         LogOut(kName, E_POINTER);
         return nullptr;
@@ -203,7 +203,7 @@ ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* p
         ComPtr<platform::IPackageManager> manager = ActivateManager();
         LogOut(kName, S_OK);
         return manager;
-    } catch (const RuntimeError& error) {
+    } catch (const WinRtError& error) {
         DiagnosticLog::WriteLine("%S %S\r\n", kName, error.Message());
     } catch (...) {
         LogOut(kName, E_OUTOFMEMORY);
@@ -279,7 +279,7 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
 HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::RefreshMetroApps";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT result = S_OK;
     {
         BOOL needsUninitialize = FALSE;
@@ -298,7 +298,7 @@ HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
                 [&](const ComPtr<platform::IPackage>& package) {
                     result = m_AppNameList.AddMetroPackage(package.Get());
                 });
-        } catch (const RuntimeError& error) {
+        } catch (const WinRtError& error) {
             DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
         } catch (...) {
             result = E_OUTOFMEMORY;

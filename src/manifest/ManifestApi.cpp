@@ -79,7 +79,7 @@ HRESULT ReadApplications(const wchar_t* path, CQanhPackage* package)
 HRESULT CQanhManifestReader::GetAppNameUsingAPI(const wchar_t* path, CQanhPackage* pPackage) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::GetAppNameUsingAPI";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT hr = CheckStringAndPointer(path, pPackage);
     if (FAILED(hr)) {
         return LogOut(kName, hr);

@@ -24,7 +24,7 @@ using testing::IsEmpty;
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName)
 {
-    return std::make_unique<CQanhPackage>(familyName, PackageVersion{1, 0, 0, 0}, FALSE, TRUE);
+    return std::make_unique<CQanhPackage>(familyName, RecordVersion{1, 0, 0, 0}, FALSE, TRUE);
 }
 
 // A package that tells when it is deleted.
@@ -32,7 +32,7 @@ class PackageProbe : public CQanhPackage
 {
 public:
     PackageProbe(const wchar_t* familyName, std::function<void()> onDelete)
-        : CQanhPackage(familyName, PackageVersion(), FALSE, TRUE), m_onDelete(std::move(onDelete))
+        : CQanhPackage(familyName, RecordVersion(), FALSE, TRUE), m_onDelete(std::move(onDelete))
     {
     }
     ~PackageProbe() override { m_onDelete(); }
@@ -148,7 +148,7 @@ TEST(AppNameListGetPackage, FindsNothingForNullOrAnEmptyName)
 TEST(AppNameListGetPackage, LooksAtTheNameAlone)
 {
     CQanhAppNameList list;
-    auto package = std::make_unique<CQanhPackage>(L"a_1", PackageVersion{9, 9, 9, 9}, FALSE, FALSE);
+    auto package = std::make_unique<CQanhPackage>(L"a_1", RecordVersion{9, 9, 9, 9}, FALSE, FALSE);
     const CQanhPackage* pPackage = package.get();
     list.AddMetroPackage(std::move(package));
     EXPECT_EQ(list.GetPackage(L"a_1"), pPackage);

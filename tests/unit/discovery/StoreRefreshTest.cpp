@@ -1,7 +1,7 @@
 // How a refresh pass asks the system about Store packages.
 
 #include "catalog/Package.h"
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
 #include "support/Apartments.h"
 #include "support/FakePackages.h"
@@ -26,7 +26,7 @@ using ::testing::Not;
 
 std::string Message(HRESULT result)
 {
-    return test::ToUtf8(RuntimeError(result).Message());
+    return test::ToUtf8(WinRtError(result).Message());
 }
 
 class StoreRefresh : public ::testing::Test
@@ -185,7 +185,7 @@ TEST_F(StoreRefresh, ReturnsAnotherSuccessOfTheLastPackage)
     m_store.Add(L"a");
     m_store.Add(facts);
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
-    m_manager.m_AppNameList.GetPackage(facts.familyName.c_str())->Version = PackageVersion();
+    m_manager.m_AppNameList.GetPackage(facts.familyName.c_str())->Version = RecordVersion();
     const test::LogCapture log;
     // A changed package answers with the end of its manifest.
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_FALSE);
@@ -392,7 +392,7 @@ protected:
     {
         for (const wchar_t* family : {L"mail", L"news"}) {
             m_manager.m_AppNameList.AddMetroPackage(
-                std::make_unique<CQanhPackage>(family, PackageVersion(), FALSE, TRUE));
+                std::make_unique<CQanhPackage>(family, RecordVersion(), FALSE, TRUE));
         }
     }
 

@@ -2,7 +2,7 @@
 
 #include "catalog/AppNameList.h"
 #include "common/DiagnosticLog.h"
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "manifest/ManifestReader.h"
 #include "manifest/StorePackage.h"
 
@@ -18,7 +18,7 @@ struct StoreIdentity
     WideString familyName;
     WideString fullName;
     WideString name;
-    PackageVersion version;
+    RecordVersion version;
     WideString manifestPath;
 };
 
@@ -50,13 +50,13 @@ std::unique_ptr<CQanhPackage> MakeRecord(const StoreIdentity& identity, std::siz
 
 HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pStorePackage) {
         return LogOut(kName, E_POINTER);
     }
     try {
         return LogOut(kName, AddStorePackage(pStorePackage));
-    } catch (const RuntimeError& error) {
+    } catch (const WinRtError& error) {
         DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
         return E_FAIL;
     } catch (...) {
