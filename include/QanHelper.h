@@ -28,7 +28,22 @@
 #ifndef QANHELPER_H
 #define QANHELPER_H
 
+#if !defined(_M_X64) && !defined(__x86_64__)
+#error "QanHelper is for 64-bit programs on x64 only"
+#endif
+
 #include <windows.h>
+
+/* The version of this header. The library's own stands in the version resource of the DLL. */
+#define QANH_VERSION_MAJOR 1
+#define QANH_VERSION_MINOR 0
+#define QANH_VERSION_PATCH 0
+/* As one number, 10203 for 1.2.3; a later version has a greater one. */
+#define QANH_VERSION (QANH_VERSION_MAJOR * 10000 + QANH_VERSION_MINOR * 100 + QANH_VERSION_PATCH)
+/* As text, "1.2.3". */
+#define QANH_VERSION_STRING QANH_VERSION_TEXT(QANH_VERSION_MAJOR, QANH_VERSION_MINOR, QANH_VERSION_PATCH)
+#define QANH_VERSION_TEXT(major, minor, patch) QANH_VERSION_JOIN(major, minor, patch)
+#define QANH_VERSION_JOIN(major, minor, patch) #major "." #minor "." #patch
 
 #define QANH_CALL WINAPI
 

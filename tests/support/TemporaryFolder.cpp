@@ -78,11 +78,10 @@ bool Exists(const std::wstring& path)
 
 ScopedEnvironment::ScopedEnvironment(const wchar_t* name, const wchar_t* value) : m_name(name)
 {
-    const wchar_t* old = _wgetenv(name);
-    m_wasSet = old != nullptr;
-    if (old) {
-        m_old = old;
-    }
+    const DWORD size = GetEnvironmentVariableW(name, nullptr, 0); // with the end of the text
+    m_wasSet = size > 0;
+    m_old.resize(size);
+    m_old.resize(GetEnvironmentVariableW(name, m_old.data(), size));
     SetVariable(m_name, value);
 }
 
