@@ -2,8 +2,7 @@
 
 #include "catalog/ExcludeList.h"
 #include "common/DiagnosticLog.h"
-
-#include <exception>
+#include "common/OutOfMemory.h"
 
 CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimit), m_lists(listLimit) {}
 
@@ -47,22 +46,18 @@ HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package)
     if (!package) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        m_lists.Write()->packages.Append(std::move(package));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_lists.Write()->packages.Append(std::move(package));
+                      return S_OK;
+                  }));
 }
 
 HRESULT CQanhAppNameList::AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept
 {
-    try {
+    return CatchOutOfMemory([&] {
         m_lists.Write()->desktopApps.Append(std::move(app));
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
-    return S_OK;
+        return S_OK;
+    });
 }
 
 HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept
@@ -78,13 +73,9 @@ HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_
     if (IsInDesktopAppList(lnkFileName)) {
         return LogOut(kName, S_FALSE);
     }
-    std::unique_ptr<CQanhDesktopApp> app;
-    try {
-        app = std::make_unique<CQanhDesktopApp>(displayName, lnkFileName);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, AppendDesktopApp(std::move(app)));
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      return AppendDesktopApp(std::make_unique<CQanhDesktopApp>(displayName, lnkFileName));
+                  }));
 }
 
 BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
@@ -145,7 +136,7 @@ void CQanhAppNameList::BeginPass() noexcept
     try {
         std::unique_ptr<const Records> copy = CopyRecords();
         m_lists.Write()->beforePass.swap(copy);
-    } catch (const std::exception&) {
+    } catch (...) {
         // Out of memory: the pass is done all the same.
     }
 }
