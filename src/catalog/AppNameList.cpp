@@ -21,11 +21,11 @@ void CQanhAppNameList::DeleteAll() noexcept
     lists->desktopApps.Clear();
 }
 
-CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
+const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetPackage";
     LogIn(kName, packageFamilyName);
-    CQanhPackage* found = nullptr;
+    const CQanhPackage* found = nullptr;
     if (packageFamilyName && *packageFamilyName != L'\0') {
         const auto lists = m_lists.Read();
         for (const auto& package : lists->packages) {
@@ -169,7 +169,7 @@ std::vector<WideString> CQanhAppNameList::DesktopShortcuts() const
 
 namespace {
 
-template <typename Records> void SetInstalled(const Records& records, const std::vector<BOOL>& states)
+template <typename Records> void SetInstalled(Records& records, const std::vector<BOOL>& states)
 {
     auto state = states.begin();
     for (auto record = records.begin(); record != records.end() && state != states.end(); ++record, ++state) {

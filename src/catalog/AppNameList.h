@@ -42,8 +42,9 @@ public:
     void Clear() noexcept;
     void DeleteAll() noexcept;
 
-    // The first package of exactly this family name, borrowed; null for a null or empty name or none.
-    CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
+    // The first package of exactly this family name, borrowed; null for a null or empty name or none. It can
+    // be read but not changed: changes are the list's, which makes them under its lock.
+    const CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
 
     // Brings a Store package of the system into the list, or up to date there, with the names that its
     // manifest declares. A reserved package stays as it is, and so does one whose version is known; a changed
@@ -87,7 +88,7 @@ public:
 private:
     struct Records
     {
-        explicit Records(std::size_t limit) noexcept : packages(limit), desktopApps(limit) {}
+        explicit Records(std::size_t limit) : packages(limit), desktopApps(limit) {}
         OwnedList<CQanhPackage> packages;
         OwnedList<CQanhDesktopApp> desktopApps;
     };
@@ -100,7 +101,9 @@ private:
     [[nodiscard]] std::unique_ptr<const Records> CopyRecords() const;
 
     HRESULT AddStorePackage(platform::IPackage* pStorePackage);
-    HRESULT RefreshPackage(CQanhPackage& package, const StoreIdentity& identity);
+    HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
+    // Calls change(record) with a record of the list, under the lock for changes.
+    template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
     HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
     HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 
