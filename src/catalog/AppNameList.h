@@ -21,6 +21,9 @@ struct IXmlReader;
 // thread: its lists stand behind one reader/writer lock, shared while names are looked up or the file is
 // written, exclusive around each change. Records that are handed out stay alive until Clear() and
 // destruction, which must not run beside other calls.
+//
+// AppNameList.cpp holds look-ups and changes, AppNameListFile.cpp the reading and writing of the file,
+// AppNameListStore.cpp the way in which Store packages of the system enter the lists.
 class CQanhAppNameList
 {
 public:
