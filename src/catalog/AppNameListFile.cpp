@@ -19,8 +19,7 @@ HRESULT OpenWriter(const wchar_t* path, ComPtr<IXmlWriter>& writer)
     if (FAILED(hr)) {
         return hr;
     }
-    hr = CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.ReleaseAndGetAddressOf()),
-                         nullptr);
+    hr = CreateXmlWriter(IID_PPV_ARGS(writer.ReleaseAndGetAddressOf()), nullptr);
     if (FAILED(hr)) {
         return hr;
     }

@@ -79,8 +79,8 @@ HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, Excl
         }
         return LogOut(kName, S_OK);
     }
-    return LogOut(kName,
-                  ExcludeName(lowerWantedName.get(), name, RubyDisplayName, pExcludeList, pFound, S_OK));
+    const ExcludeSearch search{lowerWantedName.get(), pExcludeList, pFound};
+    return LogOut(kName, ExcludeName({name, RubyDisplayName}, search).value_or(S_OK));
 }
 
 BOOL CQanhDesktopApp::IsSameShortcut(const wchar_t* path) const noexcept

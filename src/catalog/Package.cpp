@@ -2,11 +2,11 @@
 
 #include "catalog/CatalogXml.h"
 #include "common/DiagnosticLog.h"
+#include "common/OutOfMemory.h"
 #include "common/Xml.h"
 
 #include <cstdio>
 #include <cwchar>
-#include <exception>
 #include <utility>
 
 namespace {
@@ -73,24 +73,20 @@ HRESULT CQanhPackage::AddApplication(std::unique_ptr<CQanhApp> app) noexcept
     if (!app) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        m_apps.Append(std::move(app));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_apps.Append(std::move(app));
+                      return S_OK;
+                  }));
 }
 
 HRESULT CQanhPackage::AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::AddApplication";
     LogIn(kName, displayName, shortName);
-    try {
-        m_apps.Append(std::make_unique<CQanhMetroApp>(displayName, shortName));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_apps.Append(std::make_unique<CQanhMetroApp>(displayName, shortName));
+                      return S_OK;
+                  }));
 }
 
 void CQanhPackage::DeleteAllApp() noexcept
@@ -186,21 +182,24 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
         return LogOut(kName, E_POINTER);
     }
     std::unique_ptr<CQanhPackage> package;
-    try {
+    HRESULT hr = CatchOutOfMemory([&] {
         PackageAttributes attributes;
-        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
-            attributes.Set(name, value);
-            return false;
-        });
-        if (FAILED(hr)) {
-            return LogOut(kName, hr);
+        const HRESULT read =
+            Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
+                attributes.Set(name, value);
+                return false;
+            });
+        if (SUCCEEDED(read)) {
+            package =
+                std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
+                                               attributes.needReserve, attributes.isInstalled, appLimit);
         }
-        package = std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
-                                                 attributes.needReserve, attributes.isInstalled, appLimit);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
+        return read;
+    });
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
     }
-    const HRESULT hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
+    hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
         std::unique_ptr<CQanhMetroApp> app;
         if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app))) {
             package->AddApplication(std::move(app));

@@ -42,7 +42,7 @@ protected:
     }
 
     HRESULT Add() { return m_list.AddMetroPackage(m_package); }
-    CQanhPackage* Record(const wchar_t* familyName = kFamily) { return m_list.GetPackage(familyName); }
+    const CQanhPackage* Record(const wchar_t* familyName = kFamily) { return m_list.GetPackage(familyName); }
 
     static std::vector<std::wstring> DisplayNames(const CQanhPackage* package)
     {

@@ -50,7 +50,7 @@ TEST_P(ChangedVersion, IsReadAnew)
 {
     WriteManifest({"Mail", "Calendar"});
     Add();
-    Record()->IsInstalled = FALSE;
+    m_list.SetPackagesInstalled({FALSE});
     const CQanhPackage* record = Record();
     WriteManifest({"Post", "People", "Photos"});
     const platform::PackageVersion version = GetParam().version;

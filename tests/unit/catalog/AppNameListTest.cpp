@@ -12,6 +12,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -135,6 +137,14 @@ TEST(AppNameListGetPackage, FindsTheFirstOfExactlyThisFamilyName)
     EXPECT_EQ(list.GetPackage(L"b_"), nullptr);
     EXPECT_EQ(list.GetPackage(L"b_11"), nullptr);
     EXPECT_EQ(list.GetPackage(L"c_1"), nullptr);
+}
+
+TEST(AppNameListGetPackage, HandsOutNothingThatCouldBeChangedWithoutTheLock)
+{
+    static_assert(
+        std::is_same_v<decltype(std::declval<CQanhAppNameList&>().GetPackage(L"")), const CQanhPackage*>);
+    static_assert(
+        std::is_same_v<decltype(std::declval<const CQanhPackage&>().Apps().begin()->get()), const CQanhApp*>);
 }
 
 TEST(AppNameListGetPackage, FindsNothingForNullOrAnEmptyName)
