@@ -13,4 +13,5 @@ constexpr std::size_t kLargestMessage = 1024;
 // character that the code page lacks; the message is then formatted again with "?" in its place. A message
 // that does not fit goes through the runtime's invalid-parameter handling; should that return, or should the
 // runtime not know it, the message is empty and the result 0.
-int FormatNarrow(char* buffer, std::size_t size, const char* format, va_list arguments) noexcept;
+[[nodiscard]] int FormatNarrow(char* buffer, std::size_t size, const char* format,
+                               va_list arguments) noexcept;

@@ -28,7 +28,7 @@ void MakeFolder(const std::wstring& path);
 void MakeFile(const std::wstring& path);
 bool Exists(const std::wstring& path);
 
-// Gives an environment variable of this process (and of the runtime) another value until the end of the
+// Gives an environment variable of this process (and of the C runtime) another value until the end of the
 // scope; a null value removes it.
 class ScopedEnvironment
 {

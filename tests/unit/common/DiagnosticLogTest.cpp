@@ -222,8 +222,8 @@ TEST(DiagnosticLog, MessageOf1023BytesIsWrittenWhole)
     EXPECT_EQ(log.Text(), message);
 }
 
-// A message that is too long ends the process on some runtimes, unless the host prevents that; there, and
-// where the runtime does not mind at all, only the message itself may be missing.
+// A message that is too long ends the process on some C runtimes, unless the host prevents that; there, and
+// where the C runtime does not mind at all, only the message itself may be missing.
 class OverlongMessage : public ::testing::TestWithParam<std::size_t>
 {
 };

@@ -31,7 +31,7 @@ TEST(HostEnvironment, AbsentVariableIsNotRead)
     EXPECT_FALSE(ReadEnvironmentVariable(kVariable, value));
 }
 
-// Some runtimes call an absent variable an error, others a success of size 0.
+// Some C runtimes call an absent variable an error, others a success of size 0.
 TEST(HostEnvironment, AbsentVariableIsNotReadWhateverTheRuntimeMakesOfIt)
 {
     using Function = errno_t(__cdecl*)(std::size_t*, wchar_t*, std::size_t, const wchar_t*);
