@@ -5,7 +5,9 @@
 // What the library learns from the process that it lives in. Every buffer holds 260 characters (MAX_PATH).
 // Callable from every thread.
 
-// Reads an environment variable as the C runtime sees it. False when it is absent or too long for the buffer.
+// Reads an environment variable. False when it is absent or too long for the buffer; an empty one is read.
+// The platform is asked, not the C runtime: the wide copy of the latter may have come through the code page
+// and lack letters. Changes the thread's last error.
 [[nodiscard]] bool ReadEnvironmentVariable(const wchar_t* name, wchar_t (&value)[MAX_PATH]) noexcept;
 
 // The full path of the host's executable (the process image, not this library). False when it cannot be had.
