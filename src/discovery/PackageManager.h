@@ -98,13 +98,18 @@ private:
     static void CloseInstanceMutex() noexcept;
     static void ComposeCatalogPath(wchar_t (&path)[MAX_PATH]) noexcept;
     static bool ChooseFile(const wchar_t* catalogPath, bool isOwner, wchar_t (&path)[MAX_PATH]) noexcept;
+
+    class InstanceMutexCloser;
+    struct RefreshPlaces;
+    // The thread's work; the result is its exit code. The exit event is read without a lock: it is made
+    // before the thread starts and closed after it has ended.
     static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
+    DWORD RunPasses() noexcept;
+    void RunPass(const RefreshPlaces& places) noexcept;
 
     HRESULT StartRefreshThread() noexcept;
     void GiveUpOwnership() noexcept;
     void ForceThreadToEnd() noexcept;
-    void RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms,
-                 const wchar_t* userPrograms) noexcept;
     void RefreshPackageStates();
     void RefreshDesktopStates();
     void RefreshPrograms(const wchar_t* folder) noexcept;
