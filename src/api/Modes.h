@@ -6,7 +6,7 @@
 constexpr DWORD kHighestMode = 2;
 
 // E_INVALIDARG for a mode above these, otherwise S_OK.
-inline HRESULT CheckMode(DWORD mode) noexcept
+[[nodiscard]] inline HRESULT CheckMode(DWORD mode) noexcept
 {
     return mode > kHighestMode ? E_INVALIDARG : S_OK;
 }

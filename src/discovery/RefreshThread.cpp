@@ -35,7 +35,7 @@ void LogExit(HRESULT result) noexcept
 }
 
 // A package whose state cannot be read counts as installed.
-BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
+[[nodiscard]] BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
 {
     BOOL isInstalled = TRUE;
     try {
