@@ -89,6 +89,6 @@ BOOL CQanhPackageManager::GetPresetAppNameFullPath(wchar_t (&path)[MAX_PATH]) no
 void CQanhPackageManager::ComposeCatalogPath(wchar_t (&path)[MAX_PATH]) noexcept
 {
     wchar_t folder[MAX_PATH];
-    CreateAppNameListFolder(folder);
+    (void)CreateAppNameListFolder(folder); // what it leaves is used: opening the file fails then
     _snwprintf_s(path, MAX_PATH, _TRUNCATE, L"%s\\%s", folder, kCatalogFile);
 }

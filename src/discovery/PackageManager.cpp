@@ -150,12 +150,20 @@ HRESULT CQanhPackageManager::StartRefreshThread() noexcept
     return S_OK;
 }
 
+HRESULT CQanhPackageManager::GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                   BOOL* pFound) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::GetExcludeAppNameList";
+    LogIn(kName, wantedName);
+    return LogOut(kName, m_AppNameList.GetExcludeAppNameList(wantedName, pExcludeList, pFound));
+}
+
 void CQanhPackageManager::Finalize() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::Finalize";
     LogIn(kName);
     if (InterlockedCompareExchangePointer(&m_hInstanceMutex, nullptr, nullptr)) {
-        IsInstanceMutexGone(kMutexRoundsAtStop);
+        (void)IsInstanceMutexGone(kMutexRoundsAtStop); // the thread is stopped in either case
         CloseInstanceMutex();
         std::wmemset(m_szInstanceMutexName, L'\0', MAX_PATH);
     }
