@@ -1,10 +1,10 @@
 // What the package manager learns from the system about the Store packages of the current user.
 
 #include "QanHelper.h"
+#include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/HString.h"
-#include "common/RuntimeApartment.h"
 #include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
 #include "manifest/ManifestReader.h"
@@ -138,6 +138,27 @@ HRESULT LogCaught(const wchar_t* operation) noexcept
     }
 }
 
+// The system's package manager for the length of a scope. When having it entered the Windows Runtime, the
+// scope's end leaves that, with the manager gone.
+class ManagerScope
+{
+public:
+    ManagerScope() noexcept
+    {
+        BOOL needsUninitialize = FALSE;
+        m_manager = CQanhPackageManager::GetPackageManager(&needsUninitialize);
+        if (needsUninitialize) {
+            m_apartment.TakeOver();
+        }
+    }
+    // Null: there is none.
+    [[nodiscard]] platform::IPackageManager* Get() const noexcept { return m_manager.Get(); }
+
+private:
+    WinRtApartment m_apartment;
+    ComPtr<platform::IPackageManager> m_manager;
+};
+
 // The way in which a query enters and leaves the package manager. Finds a package with find(manager); none
 // when there is no manager. A failing call of the platform is raised, after everything was left.
 template <typename Find>
@@ -151,11 +172,8 @@ ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* 
     }
     ComPtr<platform::IPackage> package;
     {
-        BOOL needsUninitialize = FALSE;
-        const RuntimeApartmentLeaver leaver(needsUninitialize);
-        const ComPtr<platform::IPackageManager> manager =
-            CQanhPackageManager::GetPackageManager(&needsUninitialize);
-        if (!manager) {
+        const ManagerScope manager;
+        if (!manager.Get()) {
             DiagnosticLog::WriteLine("%S OUT(GetPackageManager failed.)\r\n", operation);
             return nullptr;
         }
@@ -282,17 +300,15 @@ HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
     LogIn(kName);
     HRESULT result = S_OK;
     {
-        BOOL needsUninitialize = FALSE;
-        const RuntimeApartmentLeaver leaver(needsUninitialize);
-        const ComPtr<platform::IPackageManager> manager = GetPackageManager(&needsUninitialize);
-        if (!manager) {
+        const ManagerScope manager;
+        if (!manager.Get()) {
             // Deliberate: written with a capital, unlike the line of the queries.
             DiagnosticLog::WriteLine("%S OUT(GetPackageManager Failed.)\r\n", kName);
             return E_FAIL;
         }
         try {
             ComPtr<platform::IPackageIterable> packages;
-            ThrowIfFailed(manager->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
+            ThrowIfFailed(manager.Get()->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
             ForEachPackage(
                 packages.Get(), [&] { return PollExitEvent() == WAIT_OBJECT_0; },
                 [&](const ComPtr<platform::IPackage>& package) {
