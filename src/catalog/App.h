@@ -5,10 +5,27 @@
 #include <windows.h>
 
 #include <memory>
+#include <optional>
 
 class ExcludeList;
 struct IXmlReader;
 struct IXmlWriter;
+
+// One of the names of an application, and its reading, which may be empty.
+struct AppName
+{
+    const WideString& text;
+    const WideString& reading;
+};
+
+// One search for a wanted name, with the places for what is found: the names that it must exclude, and
+// whether the wanted application is among those that were asked.
+struct ExcludeSearch
+{
+    const wchar_t* lowerWantedName; // in lower case
+    ExcludeList* pExcludeList;
+    BOOL* pFound;
+};
 
 // The names under which the Start screen's search finds one application. Records live in the catalogue, which
 // deletes them through this base and guards them with its lock: fields are changed only under it.
@@ -40,12 +57,11 @@ public:
 protected:
     CQanhApp(const CQanhApp&) = default;
 
-    // What both kinds of record do with one of their names, given the wanted name in lower case: containment
-    // both ways sets *pFound; that of the wanted name in the name, or in the name's reading, adds the name.
-    // Returns the result of the last adding, or the result so far when nothing was added; a failing adding
-    // ends the operation.
-    HRESULT ExcludeName(const wchar_t* lowerWantedName, const WideString& name, const WideString& reading,
-                        ExcludeList* pExcludeList, BOOL* pFound, HRESULT resultSoFar) const noexcept;
+    // What both kinds of record do with one of their names: when the search would hit it, it is either that
+    // of the wanted application, which sets *pFound, or added to the exclude list; when the search would hit
+    // its reading, it is added too. Returns the result of the last adding, or none when nothing was added; a
+    // failing adding ends the operation.
+    std::optional<HRESULT> ExcludeName(const AppName& name, const ExcludeSearch& search) const noexcept;
 };
 
 // Asks one application what a search for the wanted name makes of it; *pFound becomes 1 when it is the wanted
@@ -53,13 +69,13 @@ protected:
 void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound);
 
 // Releases memory of the C runtime.
-struct RuntimeMemoryDeleter
+struct CrtMemoryDeleter
 {
     void operator()(wchar_t* text) const noexcept;
 };
-using RuntimeText = std::unique_ptr<wchar_t, RuntimeMemoryDeleter>;
+using CrtText = std::unique_ptr<wchar_t, CrtMemoryDeleter>;
 
 // The checks and the lower-cased copy with which every decision begins.
 HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
                               const BOOL* pFound) noexcept;
-HRESULT LowerWantedName(const wchar_t* wantedName, RuntimeText& lowerWantedName) noexcept;
+HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept;

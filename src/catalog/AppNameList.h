@@ -5,7 +5,7 @@
 #include "catalog/Package.h"
 #include "common/Guarded.h"
 #include "common/WideString.h"
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 
 #include <windows.h>
 
@@ -21,6 +21,9 @@ struct IXmlReader;
 // thread: its lists stand behind one reader/writer lock, shared while names are looked up or the file is
 // written, exclusive around each change. Records that are handed out stay alive until Clear() and
 // destruction, which must not run beside other calls.
+//
+// AppNameList.cpp holds look-ups and changes, AppNameListFile.cpp the reading and writing of the file,
+// AppNameListStore.cpp the way in which Store packages of the system enter the lists.
 class CQanhAppNameList
 {
 public:
@@ -42,8 +45,9 @@ public:
     void Clear() noexcept;
     void DeleteAll() noexcept;
 
-    // The first package of exactly this family name, borrowed; null for a null or empty name or none.
-    CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
+    // The first package of exactly this family name, borrowed; null for a null or empty name or none. It can
+    // be read but not changed: changes are the list's, which makes them under its lock.
+    const CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
 
     // Brings a Store package of the system into the list, or up to date there, with the names that its
     // manifest declares. A reserved package stays as it is, and so does one whose version is known; a changed
@@ -87,7 +91,7 @@ public:
 private:
     struct Records
     {
-        explicit Records(std::size_t limit) noexcept : packages(limit), desktopApps(limit) {}
+        explicit Records(std::size_t limit) : packages(limit), desktopApps(limit) {}
         OwnedList<CQanhPackage> packages;
         OwnedList<CQanhDesktopApp> desktopApps;
     };
@@ -100,7 +104,9 @@ private:
     [[nodiscard]] std::unique_ptr<const Records> CopyRecords() const;
 
     HRESULT AddStorePackage(platform::IPackage* pStorePackage);
-    HRESULT RefreshPackage(CQanhPackage& package, const StoreIdentity& identity);
+    HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
+    // Calls change(record) with a record of the list, under the lock for changes.
+    template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
     HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
     HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 

@@ -19,8 +19,7 @@ HRESULT OpenWriter(const wchar_t* path, ComPtr<IXmlWriter>& writer)
     if (FAILED(hr)) {
         return hr;
     }
-    hr = CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.ReleaseAndGetAddressOf()),
-                         nullptr);
+    hr = CreateXmlWriter(IID_PPV_ARGS(writer.ReleaseAndGetAddressOf()), nullptr);
     if (FAILED(hr)) {
         return hr;
     }
@@ -44,7 +43,7 @@ template <typename Records> void WriteRecords(IXmlWriter* writer, const wchar_t*
 HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Save";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    LogIn(kName, path);
     HRESULT hr = CheckString(path);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -69,7 +68,7 @@ HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
 HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Load";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    LogIn(kName, path);
     HRESULT hr = CheckString(path);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -117,7 +116,7 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
 HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::ReadDesktopApps";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }

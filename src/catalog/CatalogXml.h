@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/OutOfMemory.h"
 #include "common/WideString.h"
 #include "common/Xml.h"
 
@@ -7,7 +8,6 @@
 
 #include <xmllite.h>
 
-#include <exception>
 #include <initializer_list>
 #include <memory>
 #include <string_view>
@@ -83,7 +83,7 @@ BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept;
 template <typename Record, typename SetAttribute>
 HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribute setAttribute) noexcept
 {
-    try {
+    return CatchOutOfMemory([&] {
         auto record = std::make_unique<Record>();
         const HRESULT hr = Xml::ForEachAttribute(reader, [&](std::wstring_view name, const wchar_t* value) {
             setAttribute(*record, name, value);
@@ -94,9 +94,7 @@ HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribut
         }
         *out = std::move(record);
         return S_OK;
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
+    });
 }
 
 } // namespace CatalogXml

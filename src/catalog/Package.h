@@ -11,14 +11,14 @@
 
 // The version of a package, in the order in which a record holds its parts. That order is not the one in
 // which versions are written: the file's third number is the build, and it is read into the third part.
-struct PackageVersion
+struct RecordVersion
 {
     UINT16 Major = 0;
     UINT16 Minor = 0;
     UINT16 Revision = 0;
     UINT16 Build = 0;
 
-    friend bool operator==(const PackageVersion&, const PackageVersion&) = default;
+    friend bool operator==(const RecordVersion&, const RecordVersion&) = default;
 };
 
 // A Store package, installed or reserved, with the applications that its manifest declares. Owned by the
@@ -28,9 +28,9 @@ class CQanhPackage
 public:
     // A package as the system's package manager knows it: installed, not reserved.
     CQanhPackage(const wchar_t* packageFamilyName, const wchar_t* fullName, const wchar_t* name,
-                 const PackageVersion& version, std::size_t appLimit = kListSizeLimit);
+                 const RecordVersion& version, std::size_t appLimit = kListSizeLimit);
     // A package as the file knows it: without full name and name.
-    CQanhPackage(const wchar_t* packageFamilyName, const PackageVersion& version, BOOL needReserve,
+    CQanhPackage(const wchar_t* packageFamilyName, const RecordVersion& version, BOOL needReserve,
                  BOOL isInstalled, std::size_t appLimit = kListSizeLimit);
     virtual ~CQanhPackage();
     CQanhPackage(const CQanhPackage&) = delete;
@@ -73,7 +73,7 @@ public:
     WideString PackageFamilyName;
     WideString FullName; // known for a package from the package manager only, never stored in the file
     WideString Name;     // likewise
-    PackageVersion Version;
+    RecordVersion Version;
     BOOL NeedReserve; // stays in the file although it is not installed, and is never refreshed
     BOOL IsInstalled;
 

@@ -27,7 +27,7 @@ HANDLE CQanhPackageManager::m_hInstanceMutex = nullptr;
 
 HRESULT CQanhPackageManager::Initialize() noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kInitializeName);
+    LogIn(kInitializeName);
     if (m_hExitEvent && m_hRefreshThread) {
         return S_FALSE;
     }
@@ -150,12 +150,20 @@ HRESULT CQanhPackageManager::StartRefreshThread() noexcept
     return S_OK;
 }
 
+HRESULT CQanhPackageManager::GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                   BOOL* pFound) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::GetExcludeAppNameList";
+    LogIn(kName, wantedName);
+    return LogOut(kName, m_AppNameList.GetExcludeAppNameList(wantedName, pExcludeList, pFound));
+}
+
 void CQanhPackageManager::Finalize() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::Finalize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (InterlockedCompareExchangePointer(&m_hInstanceMutex, nullptr, nullptr)) {
-        IsInstanceMutexGone(kMutexRoundsAtStop);
+        (void)IsInstanceMutexGone(kMutexRoundsAtStop); // the thread is stopped in either case
         CloseInstanceMutex();
         std::wmemset(m_szInstanceMutexName, L'\0', MAX_PATH);
     }
@@ -189,7 +197,7 @@ void CQanhPackageManager::ForceThreadToEnd() noexcept
 void CQanhPackageManager::WaitThreadExit(HANDLE hThread) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::WaitThreadExit";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     for (int round = 0; round < kThreadExitRounds; ++round) {
         DWORD exitCode = 0;
         GetExitCodeThread(hThread, &exitCode);

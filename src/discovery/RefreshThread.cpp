@@ -18,7 +18,7 @@ constexpr DWORD kFirstWait = 1000; // milliseconds
 constexpr DWORD kExitNoManager = ERROR_INVALID_PARAMETER;
 constexpr DWORD kExitNoEnvironment = 2011;
 
-bool ComposeProgramsFolder(const wchar_t* variable, wchar_t (&folder)[MAX_PATH]) noexcept
+[[nodiscard]] bool ComposeProgramsFolder(const wchar_t* variable, wchar_t (&folder)[MAX_PATH]) noexcept
 {
     wchar_t base[MAX_PATH];
     if (!ReadEnvironmentVariable(variable, base)) {
@@ -35,7 +35,7 @@ void LogExit(HRESULT result) noexcept
 }
 
 // A package whose state cannot be read counts as installed.
-BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
+[[nodiscard]] BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
 {
     BOOL isInstalled = TRUE;
     try {
@@ -50,6 +50,24 @@ BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
 
 } // namespace
 
+// Where a pass finds the shortcuts, and where it saves.
+struct CQanhPackageManager::RefreshPlaces
+{
+    wchar_t catalogFile[MAX_PATH];
+    wchar_t commonPrograms[MAX_PATH];
+    wchar_t userPrograms[MAX_PATH];
+};
+
+// However the thread ends, other processes need not wait for its first pass any longer.
+class CQanhPackageManager::InstanceMutexCloser
+{
+public:
+    InstanceMutexCloser() noexcept = default;
+    ~InstanceMutexCloser() { CloseInstanceMutex(); }
+    InstanceMutexCloser(const InstanceMutexCloser&) = delete;
+    InstanceMutexCloser& operator=(const InstanceMutexCloser&) = delete;
+};
+
 DWORD WINAPI CQanhPackageManager::RefreshThread(void* pPyxPackageManager) noexcept
 {
     const DWORD exitCode = Refresh(static_cast<CQanhPackageManager*>(pPyxPackageManager));
@@ -62,41 +80,40 @@ DWORD WINAPI CQanhPackageManager::RefreshThread(void* pPyxPackageManager) noexce
 
 DWORD CQanhPackageManager::Refresh(CQanhPackageManager* pPyxPackageManager) noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kRefreshThreadName);
+    const InstanceMutexCloser mutexCloser;
+    LogIn(kRefreshThreadName);
     if (!pPyxPackageManager) {
         LogExit(E_POINTER);
-        CloseInstanceMutex();
         return kExitNoManager;
     }
-    wchar_t catalogPath[MAX_PATH];
-    ComposeCatalogPath(catalogPath);
-    wchar_t commonPrograms[MAX_PATH];
-    wchar_t userPrograms[MAX_PATH];
-    if (!ComposeProgramsFolder(L"ALLUSERSPROFILE", commonPrograms) ||
-        !ComposeProgramsFolder(L"APPDATA", userPrograms)) {
-        CloseInstanceMutex();
+    return pPyxPackageManager->RunPasses();
+}
+
+DWORD CQanhPackageManager::RunPasses() noexcept
+{
+    RefreshPlaces places;
+    ComposeCatalogPath(places.catalogFile);
+    if (!ComposeProgramsFolder(L"ALLUSERSPROFILE", places.commonPrograms) ||
+        !ComposeProgramsFolder(L"APPDATA", places.userPrograms)) {
         return kExitNoEnvironment;
     }
     const DWORD interval = CQanhReg::GetRefreshInterval();
-    const HANDLE exitEvent = pPyxPackageManager->m_hExitEvent;
-    if (WaitForSingleObject(exitEvent, kFirstWait) == WAIT_OBJECT_0) {
-        CloseInstanceMutex();
+    if (WaitForSingleObject(m_hExitEvent, kFirstWait) == WAIT_OBJECT_0) {
         return 0;
     }
     do {
-        pPyxPackageManager->m_AppNameList.BeginPass();
-        pPyxPackageManager->RunPass(catalogPath, commonPrograms, userPrograms);
-        pPyxPackageManager->m_AppNameList.EndPass();
+        m_AppNameList.BeginPass();
+        RunPass(places);
+        m_AppNameList.EndPass();
         // From the end of the first pass on the file is current, and other processes may load it.
         CloseInstanceMutex();
-    } while (WaitForSingleObject(exitEvent, interval) == WAIT_TIMEOUT);
-    ResetEvent(exitEvent);
+    } while (WaitForSingleObject(m_hExitEvent, interval) == WAIT_TIMEOUT);
+    ResetEvent(m_hExitEvent);
     LogExit(S_OK);
     return 0;
 }
 
-void CQanhPackageManager::RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms,
-                                  const wchar_t* userPrograms) noexcept
+void CQanhPackageManager::RunPass(const RefreshPlaces& places) noexcept
 {
     DiagnosticLog::WriteLine("%S Refresh app name list!\r\n", kRefreshThreadName);
     try {
@@ -114,13 +131,13 @@ void CQanhPackageManager::RunPass(const wchar_t* catalogPath, const wchar_t* com
                                  static_cast<unsigned>(hr));
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
-        RefreshPrograms(commonPrograms);
+        RefreshPrograms(places.commonPrograms);
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
-        RefreshPrograms(userPrograms);
+        RefreshPrograms(places.userPrograms);
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
-        hr = m_AppNameList.Save(catalogPath);
+        hr = m_AppNameList.Save(places.catalogFile);
         if (FAILED(hr)) {
             DiagnosticLog::WriteLine(
                 "%S pPyxPackageManager->m_AppNameList.Save() failed. ErrCode = 0x%08X \r\n",

@@ -1,11 +1,11 @@
 // What the package manager learns from the system about the Store packages of the current user.
 
 #include "QanHelper.h"
+#include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/HString.h"
-#include "common/RuntimeApartment.h"
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
 #include "manifest/ManifestReader.h"
 #include "manifest/StorePackage.h"
@@ -130,7 +130,7 @@ HRESULT LogCaught(const wchar_t* operation) noexcept
 {
     try {
         throw;
-    } catch (const RuntimeError& error) {
+    } catch (const WinRtError& error) {
         DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
         return E_FAIL;
     } catch (...) {
@@ -138,12 +138,33 @@ HRESULT LogCaught(const wchar_t* operation) noexcept
     }
 }
 
+// The system's package manager for the length of a scope. When having it entered the Windows Runtime, the
+// scope's end leaves that, with the manager gone.
+class ManagerScope
+{
+public:
+    ManagerScope() noexcept
+    {
+        BOOL needsUninitialize = FALSE;
+        m_manager = CQanhPackageManager::GetPackageManager(&needsUninitialize);
+        if (needsUninitialize) {
+            m_apartment.TakeOver();
+        }
+    }
+    // Null: there is none.
+    [[nodiscard]] platform::IPackageManager* Get() const noexcept { return m_manager.Get(); }
+
+private:
+    WinRtApartment m_apartment;
+    ComPtr<platform::IPackageManager> m_manager;
+};
+
 // The way in which a query enters and leaves the package manager. Finds a package with find(manager); none
 // when there is no manager. A failing call of the platform is raised, after everything was left.
 template <typename Find>
 ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* familyName, Find find)
 {
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, familyName);
+    LogIn(operation, familyName);
     const HRESULT hr = CheckString(familyName);
     if (FAILED(hr)) {
         LogOut(operation, hr);
@@ -151,11 +172,8 @@ ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* 
     }
     ComPtr<platform::IPackage> package;
     {
-        BOOL needsUninitialize = FALSE;
-        const RuntimeApartmentLeaver leaver(needsUninitialize);
-        const ComPtr<platform::IPackageManager> manager =
-            CQanhPackageManager::GetPackageManager(&needsUninitialize);
-        if (!manager) {
+        const ManagerScope manager;
+        if (!manager.Get()) {
             DiagnosticLog::WriteLine("%S OUT(GetPackageManager failed.)\r\n", operation);
             return nullptr;
         }
@@ -169,7 +187,7 @@ ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* 
 template <typename Find>
 HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* pIsInstalled, Find find)
 {
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, familyName);
+    LogIn(operation, familyName);
     const HRESULT hr = CheckStringAndPointer(familyName, pIsInstalled);
     if (FAILED(hr)) {
         return LogOut(operation, hr);
@@ -188,7 +206,7 @@ HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* 
 ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* pNeedsUninitialize) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::GetPackageManager";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pNeedsUninitialize) {
         LogOut(kName, E_POINTER);
         return nullptr;
@@ -203,7 +221,7 @@ ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* p
         ComPtr<platform::IPackageManager> manager = ActivateManager();
         LogOut(kName, S_OK);
         return manager;
-    } catch (const RuntimeError& error) {
+    } catch (const WinRtError& error) {
         DiagnosticLog::WriteLine("%S %S\r\n", kName, error.Message());
     } catch (...) {
         LogOut(kName, E_OUTOFMEMORY);
@@ -279,26 +297,24 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
 HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::RefreshMetroApps";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT result = S_OK;
     {
-        BOOL needsUninitialize = FALSE;
-        const RuntimeApartmentLeaver leaver(needsUninitialize);
-        const ComPtr<platform::IPackageManager> manager = GetPackageManager(&needsUninitialize);
-        if (!manager) {
+        const ManagerScope manager;
+        if (!manager.Get()) {
             // Deliberate: written with a capital, unlike the line of the queries.
             DiagnosticLog::WriteLine("%S OUT(GetPackageManager Failed.)\r\n", kName);
             return E_FAIL;
         }
         try {
             ComPtr<platform::IPackageIterable> packages;
-            ThrowIfFailed(manager->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
+            ThrowIfFailed(manager.Get()->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
             ForEachPackage(
                 packages.Get(), [&] { return PollExitEvent() == WAIT_OBJECT_0; },
                 [&](const ComPtr<platform::IPackage>& package) {
                     result = m_AppNameList.AddMetroPackage(package.Get());
                 });
-        } catch (const RuntimeError& error) {
+        } catch (const WinRtError& error) {
             DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
         } catch (...) {
             result = E_OUTOFMEMORY;

@@ -1,6 +1,7 @@
 // The manifest reader that asks the system's own interfaces.
 
 #include "catalog/Package.h"
+#include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "manifest/ManifestReader.h"
@@ -79,22 +80,20 @@ HRESULT ReadApplications(const wchar_t* path, CQanhPackage* package)
 HRESULT CQanhManifestReader::GetAppNameUsingAPI(const wchar_t* path, CQanhPackage* pPackage) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::GetAppNameUsingAPI";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT hr = CheckStringAndPointer(path, pPackage);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    const HRESULT apartment = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    if (FAILED(apartment) && apartment != RPC_E_CHANGED_MODE) {
-        return LogOut(kName, apartment);
+    const HRESULT entered = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(entered) && entered != RPC_E_CHANGED_MODE) {
+        return LogOut(kName, entered);
     }
     try {
+        const ComApartment apartment(entered);
         hr = ReadApplications(path, pPackage);
     } catch (...) {
         hr = E_FAIL;
-    }
-    if (apartment != RPC_E_CHANGED_MODE) {
-        CoUninitialize();
     }
     return LogOut(kName, hr);
 }

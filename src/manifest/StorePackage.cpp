@@ -1,7 +1,7 @@
 #include "manifest/StorePackage.h"
 
 #include "common/HString.h"
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 
 #include <cstdio>
 

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "common/WideString.h"
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 
 #include <wrl/client.h>
 
-// What the library reads of a Store package object of the Windows Runtime. Each throws a RuntimeError when
+// What the library reads of a Store package object of the Windows Runtime. Each throws a WinRtError when
 // the package does not answer. They belong to the thread that found the package.
 namespace StorePackage {
 

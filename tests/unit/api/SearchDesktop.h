@@ -90,7 +90,7 @@ protected:
     }
     void AddStoreApp(const std::wstring& name)
     {
-        auto package = std::make_unique<CQanhPackage>(L"Contoso_x", PackageVersion(), FALSE, TRUE);
+        auto package = std::make_unique<CQanhPackage>(L"Contoso_x", RecordVersion(), FALSE, TRUE);
         package->AddApplication(name.c_str(), L"");
         s_PackageManager.m_AppNameList.AddMetroPackage(std::move(package));
     }

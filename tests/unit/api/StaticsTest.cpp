@@ -47,7 +47,7 @@ public:
 
 void AddTellingApp()
 {
-    auto package = std::make_unique<CQanhPackage>(L"Contoso.Mail_x", PackageVersion(), TRUE, TRUE);
+    auto package = std::make_unique<CQanhPackage>(L"Contoso.Mail_x", RecordVersion(), TRUE, TRUE);
     package->AddApplication(std::make_unique<TellingApp>());
     s_PackageManager.m_AppNameList.AddMetroPackage(std::move(package));
 }

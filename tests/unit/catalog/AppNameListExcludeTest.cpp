@@ -152,7 +152,7 @@ TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
     CQanhAppNameList list;
     test::RecordProbe::Events events;
     for (const wchar_t* name : {L"a", L"b"}) {
-        auto package = std::make_unique<CQanhPackage>(name, PackageVersion(), FALSE, TRUE);
+        auto package = std::make_unique<CQanhPackage>(name, RecordVersion(), FALSE, TRUE);
         auto probe = std::make_unique<test::RecordProbe>(name, &events);
         probe->result = E_OUTOFMEMORY;
         package->AddApplication(std::move(probe));

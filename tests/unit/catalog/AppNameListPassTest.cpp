@@ -24,7 +24,7 @@ std::vector<std::wstring> Excluded(const CQanhAppNameList& list, BOOL* pFound = 
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName, const wchar_t* displayName)
 {
-    auto package = std::make_unique<CQanhPackage>(familyName, L"full", L"name", PackageVersion{1, 2, 3, 4});
+    auto package = std::make_unique<CQanhPackage>(familyName, L"full", L"name", RecordVersion{1, 2, 3, 4});
     package->AddApplication(
         std::make_unique<CQanhMetroApp>(displayName, L"short mail", L"reading", L"mail reading"));
     return package;
@@ -62,7 +62,7 @@ TEST_F(AppNameListPass, EverythingThatCountsForAQueryIsTheSameDuringIt)
     auto package = Package(L"A", L"x");
     package->IsInstalled = FALSE;
     list.AddMetroPackage(std::move(package));
-    auto readings = std::make_unique<CQanhPackage>(L"B", PackageVersion{}, TRUE, TRUE);
+    auto readings = std::make_unique<CQanhPackage>(L"B", RecordVersion{}, TRUE, TRUE);
     readings->AddApplication(std::make_unique<CQanhMetroApp>(L"Display", L"Short", L"mail", L"mail too"));
     list.AddMetroPackage(std::move(readings));
     list.AddDesktopApp(L"Webmail", L"C:\\Webmail.lnk");

@@ -25,7 +25,7 @@ using testing::ElementsAre;
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName, bool needReserve, bool isInstalled)
 {
-    return std::make_unique<CQanhPackage>(familyName, PackageVersion{6, 2, 16384, 9200}, needReserve,
+    return std::make_unique<CQanhPackage>(familyName, RecordVersion{6, 2, 16384, 9200}, needReserve,
                                           isInstalled);
 }
 

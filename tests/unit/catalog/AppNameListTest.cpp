@@ -12,6 +12,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -24,7 +26,7 @@ using testing::IsEmpty;
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName)
 {
-    return std::make_unique<CQanhPackage>(familyName, PackageVersion{1, 0, 0, 0}, FALSE, TRUE);
+    return std::make_unique<CQanhPackage>(familyName, RecordVersion{1, 0, 0, 0}, FALSE, TRUE);
 }
 
 // A package that tells when it is deleted.
@@ -32,7 +34,7 @@ class PackageProbe : public CQanhPackage
 {
 public:
     PackageProbe(const wchar_t* familyName, std::function<void()> onDelete)
-        : CQanhPackage(familyName, PackageVersion(), FALSE, TRUE), m_onDelete(std::move(onDelete))
+        : CQanhPackage(familyName, RecordVersion(), FALSE, TRUE), m_onDelete(std::move(onDelete))
     {
     }
     ~PackageProbe() override { m_onDelete(); }
@@ -137,6 +139,14 @@ TEST(AppNameListGetPackage, FindsTheFirstOfExactlyThisFamilyName)
     EXPECT_EQ(list.GetPackage(L"c_1"), nullptr);
 }
 
+TEST(AppNameListGetPackage, HandsOutNothingThatCouldBeChangedWithoutTheLock)
+{
+    static_assert(
+        std::is_same_v<decltype(std::declval<CQanhAppNameList&>().GetPackage(L"")), const CQanhPackage*>);
+    static_assert(
+        std::is_same_v<decltype(std::declval<const CQanhPackage&>().Apps().begin()->get()), const CQanhApp*>);
+}
+
 TEST(AppNameListGetPackage, FindsNothingForNullOrAnEmptyName)
 {
     CQanhAppNameList list;
@@ -148,7 +158,7 @@ TEST(AppNameListGetPackage, FindsNothingForNullOrAnEmptyName)
 TEST(AppNameListGetPackage, LooksAtTheNameAlone)
 {
     CQanhAppNameList list;
-    auto package = std::make_unique<CQanhPackage>(L"a_1", PackageVersion{9, 9, 9, 9}, FALSE, FALSE);
+    auto package = std::make_unique<CQanhPackage>(L"a_1", RecordVersion{9, 9, 9, 9}, FALSE, FALSE);
     const CQanhPackage* pPackage = package.get();
     list.AddMetroPackage(std::move(package));
     EXPECT_EQ(list.GetPackage(L"a_1"), pPackage);

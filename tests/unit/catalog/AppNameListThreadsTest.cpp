@@ -70,7 +70,7 @@ TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
     CQanhAppNameList list;
     for (std::size_t i = 0; i < kRecords; ++i) {
         const std::wstring name = L"mail " + std::to_wstring(i);
-        auto package = std::make_unique<CQanhPackage>(name.c_str(), PackageVersion(), FALSE, TRUE);
+        auto package = std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE);
         package->AddApplication(name.c_str(), nullptr);
         list.AddMetroPackage(std::move(package));
     }
@@ -94,7 +94,7 @@ TEST(AppNameListThreads, RecordsAppearWholeAndInOrder)
             for (int i = 0; i < 300; ++i) {
                 const std::wstring name = L"mail " + std::to_wstring(i);
                 list.AddDesktopApp(name.c_str(), name.c_str());
-                auto package = std::make_unique<CQanhPackage>(name.c_str(), PackageVersion(), FALSE, TRUE);
+                auto package = std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE);
                 package->AddApplication((L"a " + name).c_str(), (L"b " + name).c_str());
                 list.AddMetroPackage(std::move(package));
             }
@@ -118,7 +118,7 @@ TEST(AppNameListThreads, RecordsAppearWholeAndInOrder)
 TEST(AppNameListThreads, LookUpsWorkBesideAppending)
 {
     CQanhAppNameList list;
-    list.AddMetroPackage(std::make_unique<CQanhPackage>(L"first_1", PackageVersion(), FALSE, TRUE));
+    list.AddMetroPackage(std::make_unique<CQanhPackage>(L"first_1", RecordVersion(), FALSE, TRUE));
     const CQanhPackage* first = list.GetPackage(L"first_1");
     RunBesides(
         1,
@@ -126,7 +126,7 @@ TEST(AppNameListThreads, LookUpsWorkBesideAppending)
             for (int i = 0; i < 1000; ++i) {
                 const std::wstring name = std::to_wstring(i);
                 list.AddMetroPackage(
-                    std::make_unique<CQanhPackage>(name.c_str(), PackageVersion(), FALSE, TRUE));
+                    std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE));
                 list.AddDesktopApp(name.c_str(), name.c_str());
             }
         },

@@ -415,7 +415,8 @@ TEST(MetroAppExclude, FreesItsCopyOfTheWantedName)
     {
         const test::ImportPatch<wchar_t* (*)(const wchar_t*)> duplicate("_wcsdup", [](const wchar_t* text) {
             ++s_copies;
-            return wcscpy(s_copy, text);
+            wcscpy_s(s_copy, std::size(s_copy), text);
+            return s_copy;
         });
         const test::ImportPatch<void (*)(void*)> release("free", [](void* block) {
             if (block == s_copy) {

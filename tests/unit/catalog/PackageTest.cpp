@@ -38,7 +38,7 @@ std::vector<std::wstring> Apps(const CQanhPackage& package)
     return names;
 }
 
-constexpr PackageVersion kVersion{1, 2, 3, 4};
+constexpr RecordVersion kVersion{1, 2, 3, 4};
 
 TEST_F(PackageTest, HoldsItsVersionAsMajorMinorRevisionBuild)
 {
@@ -46,11 +46,11 @@ TEST_F(PackageTest, HoldsItsVersionAsMajorMinorRevisionBuild)
     EXPECT_EQ(kVersion.Minor, 2);
     EXPECT_EQ(kVersion.Revision, 3);
     EXPECT_EQ(kVersion.Build, 4);
-    EXPECT_EQ(PackageVersion(), (PackageVersion{0, 0, 0, 0}));
-    EXPECT_NE(kVersion, (PackageVersion{9, 2, 3, 4}));
-    EXPECT_NE(kVersion, (PackageVersion{1, 9, 3, 4}));
-    EXPECT_NE(kVersion, (PackageVersion{1, 2, 9, 4}));
-    EXPECT_NE(kVersion, (PackageVersion{1, 2, 3, 9}));
+    EXPECT_EQ(RecordVersion(), (RecordVersion{0, 0, 0, 0}));
+    EXPECT_NE(kVersion, (RecordVersion{9, 2, 3, 4}));
+    EXPECT_NE(kVersion, (RecordVersion{1, 9, 3, 4}));
+    EXPECT_NE(kVersion, (RecordVersion{1, 2, 9, 4}));
+    EXPECT_NE(kVersion, (RecordVersion{1, 2, 3, 9}));
 }
 
 TEST_F(PackageTest, IsInstalledAndNotReservedWhenItComesFromThePackageManager)
@@ -232,12 +232,12 @@ TEST_F(PackageTest, ChangesVersionAndApplicationsWithAnotherRecord)
         replacement.AddApplication(Probe(L"new"));
         replacement.AddApplication(Probe(L"newer"));
         package.SwapContents(replacement);
-        EXPECT_EQ(replacement.Version, (PackageVersion{1, 0, 0, 0}));
+        EXPECT_EQ(replacement.Version, (RecordVersion{1, 0, 0, 0}));
         EXPECT_THAT(Apps(replacement), ElementsAre(L"old"));
         EXPECT_THAT(m_events, IsEmpty());
     }
     EXPECT_THAT(m_events, ElementsAre(L"deleted old"));
-    EXPECT_EQ(package.Version, (PackageVersion{2, 0, 0, 0}));
+    EXPECT_EQ(package.Version, (RecordVersion{2, 0, 0, 0}));
     EXPECT_THAT(Apps(package), ElementsAre(L"new", L"newer"));
     // Everything else stays.
     EXPECT_STREQ(package.PackageFamilyName.c_str(), L"a_1");

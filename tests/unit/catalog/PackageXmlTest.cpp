@@ -21,7 +21,7 @@ using test::RecordProbe;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr PackageVersion kVersion{1, 2, 3, 4};
+constexpr RecordVersion kVersion{1, 2, 3, 4};
 
 std::string Written(const CQanhPackage& package)
 {
@@ -34,13 +34,13 @@ TEST(PackageToXmlNode, WritesFamilyNameAndVersionAlways)
 {
     EXPECT_EQ(Written(CQanhPackage(L"a_1", L"full", L"name", kVersion)),
               R"(<Package PackageFamilyName="a_1" Version="1.2.4.3" />)");
-    EXPECT_EQ(Written(CQanhPackage(L"", PackageVersion(), FALSE, TRUE)),
+    EXPECT_EQ(Written(CQanhPackage(L"", RecordVersion(), FALSE, TRUE)),
               R"(<Package PackageFamilyName="" Version="0.0.0.0" />)");
 }
 
 TEST(PackageToXmlNode, WritesTheBuildBeforeTheRevision)
 {
-    PackageVersion version;
+    RecordVersion version;
     version.Major = 6;
     version.Minor = 2;
     version.Build = 9200;
@@ -188,7 +188,7 @@ TEST(PackageFromXmlNode, MakesADefaultRecordOfAnElementWithoutAttributes)
         const PackageRead read = Read(text);
         ASSERT_NE(read.package, nullptr);
         EXPECT_TRUE(read.package->PackageFamilyName.empty());
-        EXPECT_EQ(read.package->Version, PackageVersion());
+        EXPECT_EQ(read.package->Version, RecordVersion());
         EXPECT_EQ(read.package->NeedReserve, FALSE);
         EXPECT_EQ(read.package->IsInstalled, TRUE);
         EXPECT_EQ(read.package->Apps().Size(), 0u);
@@ -198,7 +198,7 @@ TEST(PackageFromXmlNode, MakesADefaultRecordOfAnElementWithoutAttributes)
 struct VersionText
 {
     const char* text;
-    PackageVersion version;
+    RecordVersion version;
 };
 
 TEST(PackageFromXmlNode, ReadsTheVersionsNumbersIntoThePartsAsTheyAreHeld)

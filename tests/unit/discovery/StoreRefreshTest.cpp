@@ -1,7 +1,7 @@
 // How a refresh pass asks the system about Store packages.
 
 #include "catalog/Package.h"
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
 #include "support/Apartments.h"
 #include "support/FakePackages.h"
@@ -26,7 +26,7 @@ using ::testing::Not;
 
 std::string Message(HRESULT result)
 {
-    return test::ToUtf8(RuntimeError(result).Message());
+    return test::ToUtf8(WinRtError(result).Message());
 }
 
 class StoreRefresh : public ::testing::Test
@@ -183,9 +183,9 @@ TEST_F(StoreRefresh, ReturnsAnotherSuccessOfTheLastPackage)
     test::PackageFacts facts;
     facts.path = folder.Path();
     m_store.Add(L"a");
-    m_store.Add(facts);
+    test::FakePackage* const last = m_store.Add(facts);
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
-    m_manager.m_AppNameList.GetPackage(facts.familyName.c_str())->Version = PackageVersion();
+    ++last->facts.version.Major;
     const test::LogCapture log;
     // A changed package answers with the end of its manifest.
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_FALSE);
@@ -392,7 +392,7 @@ protected:
     {
         for (const wchar_t* family : {L"mail", L"news"}) {
             m_manager.m_AppNameList.AddMetroPackage(
-                std::make_unique<CQanhPackage>(family, PackageVersion(), FALSE, TRUE));
+                std::make_unique<CQanhPackage>(family, RecordVersion(), FALSE, TRUE));
         }
     }
 
@@ -426,7 +426,7 @@ protected:
 TEST_F(StorePass, MarksEachPackageByWhetherTheSystemHasIt)
 {
     m_store.Add(L"mail");
-    m_manager.m_AppNameList.GetPackage(L"mail")->IsInstalled = FALSE;
+    m_manager.m_AppNameList.SetPackagesInstalled({FALSE, TRUE});
     SetExitEventAt("FindPackagesByUserSecurityId", 0);
     RunPass();
     EXPECT_EQ(IsInstalled(L"mail"), 1);
@@ -435,7 +435,7 @@ TEST_F(StorePass, MarksEachPackageByWhetherTheSystemHasIt)
 
 TEST_F(StorePass, CountsAPackageAsInstalledWhoseStateCannotBeRead)
 {
-    m_manager.m_AppNameList.GetPackage(L"news")->IsInstalled = FALSE;
+    m_manager.m_AppNameList.SetPackagesInstalled({TRUE, FALSE});
     m_store.objects.Fail("First", E_ACCESSDENIED, 1);
     SetExitEventAt("FindPackagesByUserSecurityId", 0);
     RunPass();

@@ -2,7 +2,7 @@
 
 #include "manifest/StorePackage.h"
 
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "support/FakePackages.h"
 
 #include <gmock/gmock.h>
@@ -33,7 +33,7 @@ protected:
     {
         try {
             body();
-        } catch (const RuntimeError& error) {
+        } catch (const WinRtError& error) {
             return error.Result();
         }
         return S_OK;

@@ -104,8 +104,8 @@ TEST(StandInQuery, UnbalancedTextIsReadToItsEnd)
 
 TEST(StandInQuery, DeepNestingEnds)
 {
-    const std::wstring open(100000, L'(');
-    EXPECT_TRUE(Query(open + L"mail").Hits(L"Mail"));
+    const std::wstring brackets(100000, L'(');
+    EXPECT_TRUE(Query(brackets + L"mail").Hits(L"Mail"));
     std::wstring nots;
     for (int count = 0; count < 20000; ++count) {
         nots += L"NOT(";

@@ -1,4 +1,4 @@
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 
 #include <gtest/gtest.h>
 
@@ -7,18 +7,18 @@
 
 namespace {
 
-TEST(RuntimeError, SuccessIsNotRaised)
+TEST(WinRtError, SuccessIsNotRaised)
 {
     EXPECT_NO_THROW(ThrowIfFailed(S_OK));
     EXPECT_NO_THROW(ThrowIfFailed(S_FALSE));
 }
 
-TEST(RuntimeError, FailureIsRaisedWithItsResultAndText)
+TEST(WinRtError, FailureIsRaisedWithItsResultAndText)
 {
     try {
         ThrowIfFailed(E_ACCESSDENIED);
         FAIL() << "nothing was raised";
-    } catch (const RuntimeError& error) {
+    } catch (const WinRtError& error) {
         EXPECT_EQ(error.Result(), E_ACCESSDENIED);
         const std::wstring message = error.Message();
         ASSERT_FALSE(message.empty());
@@ -28,9 +28,9 @@ TEST(RuntimeError, FailureIsRaisedWithItsResultAndText)
     }
 }
 
-TEST(RuntimeError, FailureWithoutATextShowsItsCode)
+TEST(WinRtError, FailureWithoutATextShowsItsCode)
 {
-    EXPECT_STREQ(RuntimeError(static_cast<HRESULT>(0xA0000001)).Message(), L"0xA0000001");
+    EXPECT_STREQ(WinRtError(static_cast<HRESULT>(0xA0000001)).Message(), L"0xA0000001");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -29,11 +29,11 @@ std::wstring MessageOf(HRESULT result)
 
 } // namespace
 
-RuntimeError::RuntimeError(HRESULT result) : m_result(result), m_message(MessageOf(result)) {}
+WinRtError::WinRtError(HRESULT result) : m_result(result), m_message(MessageOf(result)) {}
 
 void ThrowIfFailed(HRESULT result)
 {
     if (FAILED(result)) {
-        throw RuntimeError(result);
+        throw WinRtError(result);
     }
 }

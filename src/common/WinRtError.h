@@ -7,10 +7,10 @@
 
 // A call into the Windows Runtime that failed, raised where the operations that use packages say so.
 // Message() is the system's text for the result.
-class RuntimeError : public std::exception
+class WinRtError : public std::exception
 {
 public:
-    explicit RuntimeError(HRESULT result);
+    explicit WinRtError(HRESULT result);
 
     [[nodiscard]] HRESULT Result() const noexcept { return m_result; }
     [[nodiscard]] const wchar_t* Message() const noexcept { return m_message.c_str(); }
@@ -21,5 +21,5 @@ private:
     std::wstring m_message;
 };
 
-// Throws a RuntimeError for a failure.
+// Throws a WinRtError for a failure.
 void ThrowIfFailed(HRESULT result);
