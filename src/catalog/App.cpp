@@ -103,7 +103,8 @@ std::optional<HRESULT> CQanhApp::ExcludeName(const AppName& name, const ExcludeS
 void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound)
 {
     BOOL found = FALSE;
-    app.AddToExcludeAppNameList(wantedName, pExcludeList, &found);
+    // A failure costs the names of this application only; it is in the log.
+    (void)app.AddToExcludeAppNameList(wantedName, pExcludeList, &found);
     if (found) {
         *pFound = 1;
     }

@@ -40,16 +40,16 @@ public:
     // wanted one; a name of it that the search would hit too is added to the exclude list. S_OK; S_FALSE when
     // there was nothing to do or the last name was listed already; E_POINTER; E_INVALIDARG for an empty
     // wanted name; E_OUTOFMEMORY; E_FAIL.
-    virtual HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
-                                            BOOL* pFound) const = 0;
+    [[nodiscard]] virtual HRESULT AddToExcludeAppNameList(const wchar_t* wantedName,
+                                                          ExcludeList* pExcludeList, BOOL* pFound) const = 0;
 
     // Writes the record as one element of the catalogue file.
-    virtual HRESULT ToXmlNode(IXmlWriter* pWriter) const = 0;
+    [[nodiscard]] virtual HRESULT ToXmlNode(IXmlWriter* pWriter) const = 0;
 
     // 1 when every searchable token of `part` occurs somewhere in `whole`, in any order and exact letter
     // case, else 0. A run of ASCII letters, digits, "_" and "/" is one token; a kana, an ideograph, a
     // full-width digit or letter and a backslash are a token each; everything else is passed over.
-    BOOL IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const noexcept;
+    [[nodiscard]] BOOL IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const noexcept;
 
     WideString DisplayName;
     WideString RubyDisplayName; // the reading of the display name, may be empty
@@ -61,7 +61,8 @@ protected:
     // of the wanted application, which sets *pFound, or added to the exclude list; when the search would hit
     // its reading, it is added too. Returns the result of the last adding, or none when nothing was added; a
     // failing adding ends the operation.
-    std::optional<HRESULT> ExcludeName(const AppName& name, const ExcludeSearch& search) const noexcept;
+    [[nodiscard]] std::optional<HRESULT> ExcludeName(const AppName& name,
+                                                     const ExcludeSearch& search) const noexcept;
 };
 
 // Asks one application what a search for the wanted name makes of it; *pFound becomes 1 when it is the wanted
@@ -76,6 +77,6 @@ struct CrtMemoryDeleter
 using CrtText = std::unique_ptr<wchar_t, CrtMemoryDeleter>;
 
 // The checks and the lower-cased copy with which every decision begins.
-HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
-                              const BOOL* pFound) noexcept;
-HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept;
+[[nodiscard]] HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
+                                            const BOOL* pFound) noexcept;
+[[nodiscard]] HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept;

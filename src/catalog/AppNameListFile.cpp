@@ -33,7 +33,7 @@ template <typename Records> void WriteRecords(IXmlWriter* writer, const wchar_t*
         return;
     }
     for (const auto& record : records) {
-        record->ToXmlNode(writer);
+        (void)record->ToXmlNode(writer);
     }
     writer->WriteEndElement();
 }
@@ -99,7 +99,8 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
                 hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit);
                 readOn = package == nullptr;
                 if (package) {
-                    AddMetroPackage(std::move(package));
+                    // One that finds no place is left out; it is in the log.
+                    (void)AddMetroPackage(std::move(package));
                 }
             } else if (Xml::HasLocalName(pReader, CatalogXml::kDesktopApps)) {
                 hr = ReadDesktopApps(pReader);

@@ -72,7 +72,8 @@ HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
     }
     // A new record is filled before the list gets it, so that a launch never sees it half read.
     std::unique_ptr<CQanhPackage> package = MakeRecord(identity, m_listLimit);
-    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), package.get());
+    // A manifest that cannot be read costs the applications, not the package; it is in the log.
+    (void)CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), package.get());
     return AddMetroPackage(std::move(package));
 }
 
@@ -106,7 +107,7 @@ HRESULT CQanhAppNameList::RefreshPackage(const CQanhPackage& package, const Stor
         return hr;
     }
     replacement->DeleteAllApp();
-    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());
+    (void)CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());
     ChangePackage(package, [&](CQanhPackage& record) { record.SwapContents(*replacement); });
     return hr;
 }

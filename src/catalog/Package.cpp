@@ -202,7 +202,8 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
     hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
         std::unique_ptr<CQanhMetroApp> app;
         if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app))) {
-            package->AddApplication(std::move(app));
+            // One that finds no place is left out; it is in the log.
+            (void)package->AddApplication(std::move(app));
         }
     });
     *ppPackage = std::move(package);

@@ -52,7 +52,8 @@ void AddApplication(platform::IAppxManifestApplicationsEnumerator* applications,
     wchar_t* displayName = nullptr;
     if (SUCCEEDED(applications->GetCurrent(application.GetAddressOf())) &&
         SUCCEEDED(application->GetStringValue(L"DisplayName", &displayName))) {
-        package->AddApplication(displayName, nullptr);
+        // One that finds no place is left out; it is in the log.
+        (void)package->AddApplication(displayName, nullptr);
         CoTaskMemFree(displayName);
     }
 }

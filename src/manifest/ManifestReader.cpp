@@ -128,7 +128,8 @@ HRESULT CQanhManifestReader::GetAppNameUsingXmlParser(const wchar_t* path, CQanh
         hr = WalkApplications(
             path, *pPackage, isComplete, [](const std::wstring&) { return true; },
             [&](const std::wstring& displayName, const std::wstring& shortName) {
-                pPackage->AddApplication(displayName.c_str(), shortName.c_str());
+                // One that finds no place is left out; it is in the log.
+                (void)pPackage->AddApplication(displayName.c_str(), shortName.c_str());
             });
     } catch (...) {
         hr = E_FAIL;

@@ -69,7 +69,7 @@ protected:
     {
         ExcludeList names;
         BOOL found = FALSE;
-        m_list.GetExcludeAppNameList(L"app", &names, &found);
+        EXPECT_EQ(m_list.GetExcludeAppNameList(L"app", &names, &found), S_OK);
         return test::Names(names);
     }
 

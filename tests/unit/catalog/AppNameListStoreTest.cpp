@@ -276,7 +276,7 @@ TEST_F(AppNameListStore, RunningOutOfMemoryLeavesAKnownOneWhole)
         CQanhAppNameList list;
         m_package->facts.version.Major = 1;
         WriteManifest({"A display name that is long"});
-        list.AddMetroPackage(m_package);
+        EXPECT_EQ(list.AddMetroPackage(m_package), S_OK);
         m_package->facts.version.Major = 2;
         WriteManifest({"Another display name"});
         HRESULT hr = S_OK;

@@ -391,8 +391,9 @@ protected:
     StorePass()
     {
         for (const wchar_t* family : {L"mail", L"news"}) {
-            m_manager.m_AppNameList.AddMetroPackage(
-                std::make_unique<CQanhPackage>(family, RecordVersion(), FALSE, TRUE));
+            EXPECT_EQ(m_manager.m_AppNameList.AddMetroPackage(
+                          std::make_unique<CQanhPackage>(family, RecordVersion(), FALSE, TRUE)),
+                      S_OK);
         }
     }
 

@@ -40,7 +40,7 @@ TEST_F(ManifestReader, LowersLatinLettersOnly)
 
 TEST_F(ManifestReader, AddsToWhatThePackageHasAlready)
 {
-    m_package.AddApplication(L"Old", L"O");
+    EXPECT_EQ(m_package.AddApplication(L"Old", L"O"), S_OK);
     EXPECT_EQ(Parse(Manifest(Application("Weather", "W"))), S_FALSE);
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"Old", L"O"), Pair(L"weather", L"w")));
 }
