@@ -32,8 +32,7 @@ HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments)
         const ComApartment apartment(CoInitialize(nullptr));
         ComPtr<IApplicationActivationManager> manager;
         hr = CoCreateInstance(CLSID_ApplicationActivationManager, nullptr, CLSCTX_INPROC_SERVER,
-                              IID_IApplicationActivationManager,
-                              reinterpret_cast<void**>(manager.GetAddressOf()));
+                              IID_PPV_ARGS(manager.GetAddressOf()));
         if (FAILED(hr)) {
             return hr;
         }

@@ -4,98 +4,20 @@
 #include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
-#include "common/HString.h"
 #include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
+#include "discovery/SystemPackages.h"
 #include "manifest/ManifestReader.h"
 #include "manifest/StorePackage.h"
 
-#include <activation.h>
 #include <roapi.h>
 
 #include <algorithm>
-#include <cwchar>
 #include <string>
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-constexpr wchar_t kManagerClass[] = L"Windows.Management.Deployment.PackageManager";
-
-// The current user, to the find methods.
-constexpr HSTRING kCurrentUser = nullptr;
-
-// A string for the length of a call into the Windows Runtime. It points into itself.
-class HStringReference
-{
-public:
-    explicit HStringReference(const wchar_t* text)
-    {
-        ThrowIfFailed(
-            WindowsCreateStringReference(text, static_cast<UINT32>(std::wcslen(text)), &m_header, &m_string));
-    }
-    HStringReference(const HStringReference&) = delete;
-    HStringReference& operator=(const HStringReference&) = delete;
-    [[nodiscard]] HSTRING Get() const noexcept { return m_string; }
-
-private:
-    HSTRING_HEADER m_header{};
-    HSTRING m_string = nullptr;
-};
-
-ComPtr<platform::IPackageManager> ActivateManager()
-{
-    ComPtr<IActivationFactory> factory;
-    ThrowIfFailed(RoGetActivationFactory(HStringReference(kManagerClass).Get(), __uuidof(IActivationFactory),
-                                         reinterpret_cast<void**>(factory.GetAddressOf())));
-    ComPtr<IInspectable> instance;
-    ThrowIfFailed(factory->ActivateInstance(instance.GetAddressOf()));
-    ComPtr<platform::IPackageManager> manager;
-    ThrowIfFailed(instance->QueryInterface(__uuidof(platform::IPackageManager),
-                                           reinterpret_cast<void**>(manager.GetAddressOf())));
-    return manager;
-}
-
-// Calls visit(package) for each package of the collection, in its order, until there are no more or
-// isStopped(), which is asked before each package, returns true.
-template <typename IsStopped, typename Visit>
-void ForEachPackage(platform::IPackageIterable* packages, IsStopped isStopped, Visit visit)
-{
-    ComPtr<platform::IPackageIterator> iterator;
-    ThrowIfFailed(packages->First(iterator.GetAddressOf()));
-    boolean hasCurrent = 0;
-    ThrowIfFailed(iterator->get_HasCurrent(&hasCurrent));
-    while (hasCurrent && !isStopped()) {
-        ComPtr<platform::IPackage> package;
-        ThrowIfFailed(iterator->get_Current(package.GetAddressOf()));
-        visit(package);
-        ThrowIfFailed(iterator->MoveNext(&hasCurrent));
-    }
-}
-
-ComPtr<platform::IPackageIterable> PackagesOfFamily(platform::IPackageManager* manager,
-                                                    const wchar_t* familyName)
-{
-    ComPtr<platform::IPackageIterable> packages;
-    ThrowIfFailed(manager->FindPackagesByUserSecurityIdPackageFamilyName(
-        kCurrentUser, HStringReference(familyName).Get(), packages.GetAddressOf()));
-    return packages;
-}
-
-// The first package of the collection, or none.
-ComPtr<platform::IPackage> FirstPackage(platform::IPackageIterable* packages)
-{
-    ComPtr<platform::IPackageIterator> iterator;
-    ThrowIfFailed(packages->First(iterator.GetAddressOf()));
-    boolean hasCurrent = 0;
-    ThrowIfFailed(iterator->get_HasCurrent(&hasCurrent));
-    ComPtr<platform::IPackage> package;
-    if (hasCurrent) {
-        ThrowIfFailed(iterator->get_Current(package.GetAddressOf()));
-    }
-    return package;
-}
 
 // Only the letters A to Z change.
 std::wstring FoldLatinLetters(std::wstring text)
@@ -123,19 +45,6 @@ bool DependsOn(platform::IPackage* package, const wchar_t* fragment)
         }
     }
     return false;
-}
-
-// Logs the exception at hand and turns it into a result.
-HRESULT LogCaught(const wchar_t* operation) noexcept
-{
-    try {
-        throw;
-    } catch (const WinRtError& error) {
-        DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
-        return E_FAIL;
-    } catch (...) {
-        return LogOut(operation, E_OUTOFMEMORY);
-    }
 }
 
 // The system's package manager for the length of a scope. When having it entered the Windows Runtime, the
@@ -195,7 +104,7 @@ HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* 
     try {
         *pIsInstalled = find() ? 1 : 0;
     } catch (...) {
-        return LogCaught(operation);
+        return LogCaught(operation, E_OUTOFMEMORY);
     }
     DiagnosticLog::WriteLine("%S OUT(*pIsInstalled = %d)\r\n", operation, *pIsInstalled);
     return S_OK;
@@ -218,7 +127,7 @@ ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* p
     }
     *pNeedsUninitialize = SUCCEEDED(hr) ? 1 : 0;
     try {
-        ComPtr<platform::IPackageManager> manager = ActivateManager();
+        ComPtr<platform::IPackageManager> manager = SystemPackages::ActivateManager();
         LogOut(kName, S_OK);
         return manager;
     } catch (const WinRtError& error) {
@@ -233,7 +142,7 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByName(const wchar_t*
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByName";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
-        return FirstPackage(PackagesOfFamily(manager, familyName).Get());
+        return SystemPackages::First(SystemPackages::OfFamily(manager, familyName).Get());
     });
 }
 
@@ -243,10 +152,10 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByNameEx(const wchar_
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByNameEx";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
         ComPtr<platform::IPackage> dependent;
-        ForEachPackage(
-            PackagesOfFamily(manager, familyName).Get(), [] { return false; },
-            [&](const ComPtr<platform::IPackage>& package) {
-                if (!dependent && DependsOn(package.Get(), fragment)) {
+        SystemPackages::ForEach(
+            SystemPackages::OfFamily(manager, familyName).Get(), [] { return false; },
+            [&](platform::IPackage* package) {
+                if (!dependent && DependsOn(package, fragment)) {
                     dependent = package;
                 }
             });
@@ -289,7 +198,7 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
         DiagnosticLog::WriteLine("%S OUT(0x%08X) DisplayName = %s\r\n", kName, static_cast<unsigned>(hr),
                                  reinterpret_cast<const char*>(*ppName));
     } catch (...) {
-        return LogCaught(kName);
+        return LogCaught(kName, E_OUTOFMEMORY);
     }
     return hr;
 }
@@ -307,15 +216,12 @@ HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
             return E_FAIL;
         }
         try {
-            ComPtr<platform::IPackageIterable> packages;
-            ThrowIfFailed(manager.Get()->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
-            ForEachPackage(
-                packages.Get(), [&] { return PollExitEvent() == WAIT_OBJECT_0; },
-                [&](const ComPtr<platform::IPackage>& package) {
-                    result = m_AppNameList.AddMetroPackage(package.Get());
-                });
+            SystemPackages::ForEach(
+                SystemPackages::All(manager.Get()).Get(), [&] { return PollExitEvent() == WAIT_OBJECT_0; },
+                [&](platform::IPackage* package) { result = m_AppNameList.AddMetroPackage(package); });
         } catch (const WinRtError& error) {
-            DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
+            // The result reached so far stays.
+            LogOut(kName, error);
         } catch (...) {
             result = E_OUTOFMEMORY;
         }

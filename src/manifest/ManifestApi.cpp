@@ -4,6 +4,7 @@
 #include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
+#include "common/WinRtError.h"
 #include "manifest/ManifestReader.h"
 #include "platform/PackageManifest.h"
 
@@ -28,8 +29,7 @@ struct OpenManifest
 HRESULT Open(const wchar_t* path, OpenManifest& manifest)
 {
     HRESULT hr = CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
-                                  __uuidof(platform::IAppxFactory),
-                                  reinterpret_cast<void**>(manifest.factory.GetAddressOf()));
+                                  IID_PPV_ARGS(manifest.factory.GetAddressOf()));
     if (FAILED(hr)) {
         return hr;
     }
@@ -52,7 +52,7 @@ void AddApplication(platform::IAppxManifestApplicationsEnumerator* applications,
     wchar_t* displayName = nullptr;
     if (SUCCEEDED(applications->GetCurrent(application.GetAddressOf())) &&
         SUCCEEDED(application->GetStringValue(L"DisplayName", &displayName))) {
-        // One that finds no place is left out; it is in the log.
+        // Out of memory for one is logged there; the others are still read.
         (void)package->AddApplication(displayName, nullptr);
         CoTaskMemFree(displayName);
     }
@@ -94,7 +94,7 @@ HRESULT CQanhManifestReader::GetAppNameUsingAPI(const wchar_t* path, CQanhPackag
         const ComApartment apartment(entered);
         hr = ReadApplications(path, pPackage);
     } catch (...) {
-        hr = E_FAIL;
+        return LogCaught(kName, E_FAIL);
     }
     return LogOut(kName, hr);
 }

@@ -93,7 +93,8 @@ TEST_F(StoreRefresh, HandsEveryPackageOfTheUserToTheCatalogueInOrder)
 TEST_F(StoreRefresh, AsksForThePackagesOfTheCurrentUser)
 {
     m_store.Add(L"a");
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { m_manager.RefreshMetroApps(); }));
+    EXPECT_TRUE(
+        test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
     EXPECT_THAT(Journal(),
                 ElementsAre("RoInitialize(0) = 0x00000000",
                             "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
@@ -265,13 +266,13 @@ TEST_F(StoreRefresh, SurvivesEveryFailingCall)
 {
     m_store.Add(L"a");
     m_store.Add(L"b");
-    m_manager.RefreshMetroApps();
+    EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     const std::size_t calls = m_store.objects.Calls();
     ASSERT_GT(calls, 20u);
     for (std::size_t index = 0; index < calls; ++index) {
         m_manager.m_AppNameList.Clear();
         m_store.objects.FailCall(m_store.objects.Calls() + index, E_ACCESSDENIED);
-        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { m_manager.RefreshMetroApps(); }));
+        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { (void)m_manager.RefreshMetroApps(); }));
         EXPECT_EQ(Journal().back(), "RoUninitialize");
         EXPECT_LE(Families().size(), 2u);
     }
@@ -366,7 +367,7 @@ TEST_F(StoreRefresh, PollsTheExitEventWithoutWaitingAndLeavesItSet)
                 s_waits.push_back(milliseconds);
                 return WAIT_TIMEOUT;
             });
-        m_manager.RefreshMetroApps();
+        EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     }
     EXPECT_THAT(s_waits, ElementsAre(0u));
     EXPECT_EQ(WaitForSingleObject(m_manager.m_hExitEvent, 0), WAIT_OBJECT_0);
