@@ -34,6 +34,11 @@ public:
     // at the end of the document, or the reader's failure, with all records read up to there kept.
     HRESULT Load(const wchar_t* path) noexcept;
 
+    // The same with what the file holds in the place of what the lists held, whatever ended the reading. A
+    // file that could not be opened leaves the lists as they were. Does so in one step: who looks at the
+    // lists meanwhile sees all of the old records or all of the new ones.
+    [[nodiscard]] HRESULT Reload(const wchar_t* path) noexcept;
+
     // Replaces the file by what the lists hold now. E_POINTER, E_INVALIDARG, the failure to open the file,
     // otherwise the result of the final flush.
     HRESULT Save(const wchar_t* path) const noexcept;
@@ -102,6 +107,9 @@ private:
     HRESULT AddStorePackage(platform::IPackage* pStorePackage);
     HRESULT RefreshPackage(CQanhPackage& package, const StoreIdentity& identity);
     HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
+    // What Load() and Reload() have in common; read(reader) is called once the file is open, and its status
+    // is the result.
+    template <typename Read> HRESULT LoadWith(const wchar_t* path, Read read) noexcept;
     HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 
     const std::size_t m_listLimit;
