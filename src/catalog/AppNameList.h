@@ -37,6 +37,11 @@ public:
     // at the end of the document, or the reader's failure, with all records read up to there kept.
     [[nodiscard]] HRESULT Load(const wchar_t* path) noexcept;
 
+    // The same with what the file holds in the place of what the lists held, whatever ended the reading. A
+    // file that could not be opened leaves the lists as they were. Does so in one step: who looks at the
+    // lists meanwhile sees all of the old records or all of the new ones.
+    [[nodiscard]] HRESULT Reload(const wchar_t* path) noexcept;
+
     // Replaces the file by what the lists hold now. E_POINTER, E_INVALIDARG, the failure to open the file,
     // otherwise the result of the final flush.
     [[nodiscard]] HRESULT Save(const wchar_t* path) const noexcept;
@@ -108,6 +113,9 @@ private:
     // Calls change(record) with a record of the list, under the lock for changes.
     template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
     [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
+    // What Load() and Reload() have in common; read(reader) is called once the file is open, and its status
+    // is the result.
+    template <typename Read> [[nodiscard]] HRESULT LoadWith(const wchar_t* path, Read read) noexcept;
     [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 
     const std::size_t m_listLimit;

@@ -65,7 +65,7 @@ HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
     return LogOut(kName, writer->Flush());
 }
 
-HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
+template <typename Read> HRESULT CQanhAppNameList::LoadWith(const wchar_t* path, Read read) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Load";
     LogIn(kName, path);
@@ -78,7 +78,26 @@ HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    return LogOut(kName, ReadNodes(reader.Get()));
+    return LogOut(kName, read(reader.Get()));
+}
+
+HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
+{
+    return LoadWith(path, [this](IXmlReader* reader) { return ReadNodes(reader); });
+}
+
+HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
+{
+    return LoadWith(path, [this](IXmlReader* reader) {
+        CQanhAppNameList fresh(m_listLimit);
+        const HRESULT hr = fresh.ReadNodes(reader);
+        // The old records go with the other list, when the lock is free again.
+        const auto lists = m_lists.Write();
+        const auto freshLists = fresh.m_lists.Write();
+        lists->packages.Swap(freshLists->packages);
+        lists->desktopApps.Swap(freshLists->desktopApps);
+        return hr;
+    });
 }
 
 HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept

@@ -40,11 +40,8 @@ HRESULT CQanhPackageManager::Initialize() noexcept
         return LogOut(kInitializeName, E_FAIL);
     }
     // The file holds all of it: what an earlier start left in memory would be there twice.
-    if (m_isCatalogUsed) {
-        m_AppNameList.DeleteAll();
-    }
+    HRESULT hr = m_isCatalogUsed ? m_AppNameList.Reload(path) : m_AppNameList.Load(path);
     m_isCatalogUsed = true;
-    HRESULT hr = m_AppNameList.Load(path);
     if (FAILED(hr)) {
         DiagnosticLog::WriteLine("m_AppNameList.Load() failed. ErrCode = 0x%08X \r\n",
                                  static_cast<unsigned>(hr));

@@ -7,6 +7,8 @@
 
 #include <wrl/client.h>
 
+#include <vector>
+
 // Owns the catalogue while the library is up and keeps it current: loads it from its file, finds out whether
 // another process of the same executable is in its first refresh pass, and if not runs the thread that
 // refreshes the catalogue and saves it. One static instance exists. Initialize, Finalize and
@@ -120,8 +122,10 @@ private:
     [[nodiscard]] HRESULT StartRefreshThread() noexcept;
     void GiveUpOwnership() noexcept;
     void ForceThreadToEnd() noexcept;
-    void RefreshPackageStates();
-    void RefreshDesktopStates();
+    template <typename Ask>
+    [[nodiscard]] std::vector<BOOL> AskStates(const std::vector<WideString>& records, Ask ask) const;
+    void MarkPackages() noexcept;
+    void MarkDesktopApps() noexcept;
     void RefreshPrograms(const wchar_t* folder) noexcept;
     // The exit event's state now: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
     [[nodiscard]] DWORD PollExitEvent() const noexcept;

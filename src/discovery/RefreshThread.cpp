@@ -116,15 +116,8 @@ DWORD CQanhPackageManager::RunPasses() noexcept
 void CQanhPackageManager::RunPass(const RefreshPlaces& places) noexcept
 {
     DiagnosticLog::WriteLine("%S Refresh app name list!\r\n", kRefreshThreadName);
-    try {
-        RefreshPackageStates();
-    } catch (...) {
-        // Out of memory: the states stay as they were.
-    }
-    try {
-        RefreshDesktopStates();
-    } catch (...) {
-    }
+    MarkPackages();
+    MarkDesktopApps();
     HRESULT hr = RefreshMetroApps();
     if (FAILED(hr)) {
         DiagnosticLog::WriteLine("%S RefreshMetroApps() failed. ErrCode = 0x%08X \r\n", kRefreshThreadName,
@@ -146,24 +139,41 @@ void CQanhPackageManager::RunPass(const RefreshPlaces& places) noexcept
     }
 }
 
-// The states are collected without the catalogue's lock and set together, so that a launch meanwhile sees
-// those from before or those from after.
-void CQanhPackageManager::RefreshPackageStates()
+// Asks about the records one after the other, without the catalogue's lock. When the thread is to stop, those
+// that are left are not asked about: a shortcut on a dead network share takes its time.
+template <typename Ask>
+std::vector<BOOL> CQanhPackageManager::AskStates(const std::vector<WideString>& records, Ask ask) const
 {
     std::vector<BOOL> states;
-    for (const WideString& name : m_AppNameList.PackageFamilyNames()) {
-        states.push_back(IsPackageInstalled(name.c_str()));
+    for (const WideString& record : records) {
+        if (PollExitEvent() == WAIT_OBJECT_0) {
+            break;
+        }
+        states.push_back(ask(record.c_str()));
     }
-    m_AppNameList.SetPackagesInstalled(states);
+    return states;
 }
 
-void CQanhPackageManager::RefreshDesktopStates()
+// The states are set together, so that a launch meanwhile sees those from before or those from after. The
+// records that were not asked about stay as they are.
+void CQanhPackageManager::MarkPackages() noexcept
 {
-    std::vector<BOOL> states;
-    for (const WideString& shortcut : m_AppNameList.DesktopShortcuts()) {
-        states.push_back(PathFileExistsW(shortcut.c_str()) ? TRUE : FALSE);
+    try {
+        m_AppNameList.SetPackagesInstalled(AskStates(m_AppNameList.PackageFamilyNames(), IsPackageInstalled));
+    } catch (...) {
+        // Out of memory: all states stay as they were.
     }
-    m_AppNameList.SetDesktopAppsInstalled(states);
+}
+
+void CQanhPackageManager::MarkDesktopApps() noexcept
+{
+    try {
+        m_AppNameList.SetDesktopAppsInstalled(
+            AskStates(m_AppNameList.DesktopShortcuts(),
+                      [](const wchar_t* shortcut) { return PathFileExistsW(shortcut) ? TRUE : FALSE; }));
+    } catch (...) {
+        // Likewise.
+    }
 }
 
 void CQanhPackageManager::RefreshPrograms(const wchar_t* folder) noexcept
