@@ -12,11 +12,12 @@ HRESULT QANH_CALL QanhInitialize(void)
     // off.
     const bool isLogOn = CQanhReg::IsDebugLogOn() != 0;
     if (isLogOn) {
-        // Before the first line can be written, by whichever thread.
-        DiagnosticLog::ComposePath();
+        // Before the first line can be written, by whichever thread. Should it fail, the log stays where it
+        // was.
+        (void)DiagnosticLog::ComposePath();
     }
     DiagnosticLog::SetEnabled(isLogOn);
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT hr = S_OK;
     if (s_nCount == 0) {
         hr = s_MonitorMode.Initialize();
@@ -42,7 +43,7 @@ HRESULT QANH_CALL QanhInitialize(void)
 void QANH_CALL QanhFinalize(void)
 {
     static constexpr wchar_t kName[] = L"QanhFinalize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     --s_nCount;
     if (s_nCount == 0) {
         s_PackageManager.Finalize();
@@ -56,7 +57,7 @@ void QANH_CALL QanhFinalize(void)
 void QANH_CALL QanhReleaseString(LPWSTR str)
 {
     static constexpr wchar_t kName[] = L"QanhReleaseString";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (str) {
         LocalFree(str);
     }

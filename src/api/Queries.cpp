@@ -1,8 +1,8 @@
 // The exports that answer questions about Store packages.
 
 #include "QanHelper.h"
-#include "api/Arguments.h"
 #include "api/Statics.h"
+#include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/FormatText.h"
 
@@ -34,7 +34,7 @@ HRESULT AskByAppUserModelId(const std::wstring& appUserModelId, BOOL* pIsInstall
 HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled)
 {
     static constexpr wchar_t kName[] = L"QanhIsInstalled";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, packageName);
+    LogIn(kName, packageName);
     HRESULT hr = CheckStringAndPointer(packageName, pIsInstalled);
     if (SUCCEEDED(hr)) {
         hr = s_PackageManager.IsInstalled(packageName, pIsInstalled);
@@ -45,7 +45,7 @@ HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled)
 HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* pIsInstalled)
 {
     static constexpr wchar_t kName[] = L"QanhIsInstalledByAppUserModeID";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, appUserModelId);
+    LogIn(kName, appUserModelId);
     HRESULT hr = CheckStringAndPointer(appUserModelId, pIsInstalled);
     if (SUCCEEDED(hr)) {
         hr = AskByAppUserModelId(appUserModelId, pIsInstalled);

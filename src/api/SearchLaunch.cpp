@@ -1,9 +1,10 @@
 // The export that starts an application by the Start screen's search.
 
 #include "QanHelper.h"
-#include "api/Arguments.h"
+#include "api/Modes.h"
 #include "api/SearchQuery.h"
 #include "api/Statics.h"
+#include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/Reg.h"
 #include "launch/Clipboard.h"
@@ -20,27 +21,25 @@ constexpr DWORD kPanePoll = 100;     // milliseconds
 constexpr int kPanePolls = 10;
 constexpr int kPasteRepeats = 20;
 
-HRESULT CollectExcludedNames(const wchar_t* appName, ExcludeList& excludeList, BOOL& isExactMatch) noexcept
+// What the search is asked for.
+struct Keyword
 {
-    // These two lines are the catalogue's owner's, who passes the question on.
-    static constexpr wchar_t kOwnerName[] = L"CQanhPackageManager::GetExcludeAppNameList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kOwnerName, appName);
-    return LogOut(kOwnerName,
-                  s_PackageManager.m_AppNameList.GetExcludeAppNameList(appName, &excludeList, &isExactMatch));
-}
+    std::wstring text;
+    BOOL isExactMatch = FALSE; // the wanted application is in the catalogue
+};
 
-HRESULT BuildKeyword(const wchar_t* appName, BOOL useExcludeList, std::wstring& keyword,
-                     BOOL& isExactMatch) noexcept
+[[nodiscard]] HRESULT BuildKeyword(const wchar_t* appName, BOOL useExcludeList, Keyword& keyword) noexcept
 {
     try {
         ExcludeList excludeList;
         if (useExcludeList) {
-            const HRESULT hr = CollectExcludedNames(appName, excludeList, isExactMatch);
+            const HRESULT hr =
+                s_PackageManager.GetExcludeAppNameList(appName, &excludeList, &keyword.isExactMatch);
             if (FAILED(hr)) {
                 return hr;
             }
         }
-        keyword = BuildSearchQuery(appName, excludeList);
+        keyword.text = BuildSearchQuery(appName, excludeList);
         return S_OK;
     } catch (...) {
         return E_OUTOFMEMORY;
@@ -91,13 +90,12 @@ HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL use
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    std::wstring keyword;
-    BOOL isExactMatch = FALSE;
-    hr = BuildKeyword(appName, useExcludeList, keyword, isExactMatch);
+    Keyword keyword;
+    hr = BuildKeyword(appName, useExcludeList, keyword);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    DiagnosticLog::WriteLine("%S szKeyword = %S \r\n", kName, keyword.c_str());
+    DiagnosticLog::WriteLine("%S szKeyword = %S \r\n", kName, keyword.text.c_str());
 
     hr = s_MonitorMode.OpenAppSearchUI();
     if (hr != S_OK) {
@@ -106,8 +104,10 @@ HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL use
         return E_FAIL;
     }
     const bool isPlain =
-        searchMode == QANH_SEARCH_SHOW || (searchMode == QANH_SEARCH_LAUNCH_PLAIN && isExactMatch);
-    CQanhClipboard::SetClipboardData(isPlain ? appName : keyword.c_str());
+        searchMode == QANH_SEARCH_SHOW || (searchMode == QANH_SEARCH_LAUNCH_PLAIN && keyword.isExactMatch);
+    // A text that the clipboard did not take is logged there; the launch goes on with what the clipboard
+    // holds.
+    (void)CQanhClipboard::SetClipboardData(isPlain ? appName : keyword.text.c_str());
     if (searchMode == QANH_SEARCH_SHOW) {
         Sleep(kPaneSettles);
         CQanhKeyEmulate::SendInput_Shift_Insert();

@@ -8,7 +8,7 @@ namespace {
 class StaticPackageManager
 {
 public:
-    StaticPackageManager() noexcept : value() {}
+    StaticPackageManager() : value() {}
     ~StaticPackageManager()
     {
         if (!value.m_hRefreshThread) {

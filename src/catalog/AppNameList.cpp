@@ -2,15 +2,14 @@
 
 #include "catalog/ExcludeList.h"
 #include "common/DiagnosticLog.h"
-
-#include <exception>
+#include "common/OutOfMemory.h"
 
 CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimit), m_lists(listLimit) {}
 
 void CQanhAppNameList::Clear() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Clear";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     DeleteAll();
     LogOut(kName);
 }
@@ -22,11 +21,11 @@ void CQanhAppNameList::DeleteAll() noexcept
     lists->desktopApps.Clear();
 }
 
-CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
+const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetPackage";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, packageFamilyName);
-    CQanhPackage* found = nullptr;
+    LogIn(kName, packageFamilyName);
+    const CQanhPackage* found = nullptr;
     if (packageFamilyName && *packageFamilyName != L'\0') {
         const auto lists = m_lists.Read();
         for (const auto& package : lists->packages) {
@@ -43,32 +42,28 @@ CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) con
 HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::AddMetroPackage";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!package) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        m_lists.Write()->packages.Append(std::move(package));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_lists.Write()->packages.Append(std::move(package));
+                      return S_OK;
+                  }));
 }
 
 HRESULT CQanhAppNameList::AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept
 {
-    try {
+    return CatchOutOfMemory([&] {
         m_lists.Write()->desktopApps.Append(std::move(app));
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
-    return S_OK;
+        return S_OK;
+    });
 }
 
 HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::AddDesktopApp";
-    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, displayName, lnkFileName);
+    LogIn(kName, displayName, lnkFileName);
     if (!displayName || !lnkFileName) {
         return LogOut(kName, E_POINTER);
     }
@@ -78,19 +73,15 @@ HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_
     if (IsInDesktopAppList(lnkFileName)) {
         return LogOut(kName, S_FALSE);
     }
-    std::unique_ptr<CQanhDesktopApp> app;
-    try {
-        app = std::make_unique<CQanhDesktopApp>(displayName, lnkFileName);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, AppendDesktopApp(std::move(app)));
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      return AppendDesktopApp(std::make_unique<CQanhDesktopApp>(displayName, lnkFileName));
+                  }));
 }
 
 BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::IsInDesktopAppList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    LogIn(kName, path);
     BOOL found = FALSE;
     if (path && *path != L'\0') {
         const auto lists = m_lists.Read();
@@ -108,7 +99,7 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
                                                 BOOL* pFound) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetExcludeAppNameList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    LogIn(kName, wantedName);
     const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -145,7 +136,7 @@ void CQanhAppNameList::BeginPass() noexcept
     try {
         std::unique_ptr<const Records> copy = CopyRecords();
         m_lists.Write()->beforePass.swap(copy);
-    } catch (const std::exception&) {
+    } catch (...) {
         // Out of memory: the pass is done all the same.
     }
 }
@@ -178,7 +169,7 @@ std::vector<WideString> CQanhAppNameList::DesktopShortcuts() const
 
 namespace {
 
-template <typename Records> void SetInstalled(const Records& records, const std::vector<BOOL>& states)
+template <typename Records> void SetInstalled(Records& records, const std::vector<BOOL>& states)
 {
     auto state = states.begin();
     for (auto record = records.begin(); record != records.end() && state != states.end(); ++record, ++state) {

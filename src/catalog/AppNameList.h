@@ -5,7 +5,7 @@
 #include "catalog/Package.h"
 #include "common/Guarded.h"
 #include "common/WideString.h"
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 
 #include <windows.h>
 
@@ -21,6 +21,9 @@ struct IXmlReader;
 // thread: its lists stand behind one reader/writer lock, shared while names are looked up or the file is
 // written, exclusive around each change. Records that are handed out stay alive until Clear() and
 // destruction, which must not run beside other calls.
+//
+// AppNameList.cpp holds look-ups and changes, AppNameListFile.cpp the reading and writing of the file,
+// AppNameListStore.cpp the way in which Store packages of the system enter the lists.
 class CQanhAppNameList
 {
 public:
@@ -32,44 +35,50 @@ public:
     // Adds everything that the file holds to the lists; does not clear them first. E_POINTER, E_INVALIDARG
     // for an empty path, the failure to open the file, otherwise the status that ended the reading: S_FALSE
     // at the end of the document, or the reader's failure, with all records read up to there kept.
-    HRESULT Load(const wchar_t* path) noexcept;
+    [[nodiscard]] HRESULT Load(const wchar_t* path) noexcept;
+
+    // The same with what the file holds in the place of what the lists held, whatever ended the reading. A
+    // file that could not be opened leaves the lists as they were. Does so in one step: who looks at the
+    // lists meanwhile sees all of the old records or all of the new ones.
+    [[nodiscard]] HRESULT Reload(const wchar_t* path) noexcept;
 
     // Replaces the file by what the lists hold now. E_POINTER, E_INVALIDARG, the failure to open the file,
     // otherwise the result of the final flush.
-    HRESULT Save(const wchar_t* path) const noexcept;
+    [[nodiscard]] HRESULT Save(const wchar_t* path) const noexcept;
 
     // Deletes every package, then every desktop application. DeleteAll() does so without a trace in the log.
     void Clear() noexcept;
     void DeleteAll() noexcept;
 
-    // The first package of exactly this family name, borrowed; null for a null or empty name or none.
-    CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
+    // The first package of exactly this family name, borrowed; null for a null or empty name or none. It can
+    // be read but not changed: changes are the list's, which makes them under its lock.
+    [[nodiscard]] const CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
 
     // Brings a Store package of the system into the list, or up to date there, with the names that its
     // manifest declares. A reserved package stays as it is, and so does one whose version is known; a changed
     // one stays as it is until all its names can be resolved. E_POINTER; E_FAIL when the package does not
     // tell its identity; E_OUTOFMEMORY; the manifest reader's status for a changed package; otherwise S_OK.
-    HRESULT AddMetroPackage(platform::IPackage* pStorePackage) noexcept;
+    [[nodiscard]] HRESULT AddMetroPackage(platform::IPackage* pStorePackage) noexcept;
 
     // Takes a package record over: S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before.
-    HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept;
+    [[nodiscard]] HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept;
 
     // Appends a desktop application for a shortcut that is not in the list yet. S_OK; S_FALSE when it is;
     // E_POINTER; E_INVALIDARG when one of the texts is empty; E_OUTOFMEMORY.
-    HRESULT AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept;
+    [[nodiscard]] HRESULT AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept;
 
     // Appends the desktop applications below the element at hand. E_POINTER, otherwise as
     // ForEachElementBelow().
-    HRESULT ReadDesktopApps(IXmlReader* pReader) noexcept;
+    [[nodiscard]] HRESULT ReadDesktopApps(IXmlReader* pReader) noexcept;
 
     // True when a desktop application has this shortcut, ignoring case.
-    BOOL IsInDesktopAppList(const wchar_t* path) const noexcept;
+    [[nodiscard]] BOOL IsInDesktopAppList(const wchar_t* path) const noexcept;
 
     // Collects the names of the other applications that a search for the wanted name would hit too, in the
     // order of the catalogue; *pFound tells whether the wanted application itself is in it. S_OK, E_POINTER,
     // E_INVALIDARG.
-    HRESULT GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
-                                  BOOL* pFound) const noexcept;
+    [[nodiscard]] HRESULT GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                BOOL* pFound) const noexcept;
 
     // For the refresh pass, which asks the system about each record without the lock: the keys of all
     // records, and the new states of the records in the same order. Both throw std::bad_alloc.
@@ -87,7 +96,7 @@ public:
 private:
     struct Records
     {
-        explicit Records(std::size_t limit) noexcept : packages(limit), desktopApps(limit) {}
+        explicit Records(std::size_t limit) : packages(limit), desktopApps(limit) {}
         OwnedList<CQanhPackage> packages;
         OwnedList<CQanhDesktopApp> desktopApps;
     };
@@ -99,10 +108,15 @@ private:
 
     [[nodiscard]] std::unique_ptr<const Records> CopyRecords() const;
 
-    HRESULT AddStorePackage(platform::IPackage* pStorePackage);
-    HRESULT RefreshPackage(CQanhPackage& package, const StoreIdentity& identity);
-    HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
-    HRESULT ReadNodes(IXmlReader* pReader) noexcept;
+    [[nodiscard]] HRESULT AddStorePackage(platform::IPackage* pStorePackage);
+    [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
+    // Calls change(record) with a record of the list, under the lock for changes.
+    template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
+    [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
+    // What Load() and Reload() have in common; read(reader) is called once the file is open, and its status
+    // is the result.
+    template <typename Read> [[nodiscard]] HRESULT LoadWith(const wchar_t* path, Read read) noexcept;
+    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 
     const std::size_t m_listLimit;
     Guarded<Lists> m_lists;

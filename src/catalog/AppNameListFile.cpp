@@ -19,8 +19,7 @@ HRESULT OpenWriter(const wchar_t* path, ComPtr<IXmlWriter>& writer)
     if (FAILED(hr)) {
         return hr;
     }
-    hr = CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.ReleaseAndGetAddressOf()),
-                         nullptr);
+    hr = CreateXmlWriter(IID_PPV_ARGS(writer.ReleaseAndGetAddressOf()), nullptr);
     if (FAILED(hr)) {
         return hr;
     }
@@ -34,7 +33,7 @@ template <typename Records> void WriteRecords(IXmlWriter* writer, const wchar_t*
         return;
     }
     for (const auto& record : records) {
-        record->ToXmlNode(writer);
+        (void)record->ToXmlNode(writer);
     }
     writer->WriteEndElement();
 }
@@ -44,7 +43,7 @@ template <typename Records> void WriteRecords(IXmlWriter* writer, const wchar_t*
 HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Save";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    LogIn(kName, path);
     HRESULT hr = CheckString(path);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -66,10 +65,10 @@ HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
     return LogOut(kName, writer->Flush());
 }
 
-HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
+template <typename Read> HRESULT CQanhAppNameList::LoadWith(const wchar_t* path, Read read) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Load";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, path);
+    LogIn(kName, path);
     HRESULT hr = CheckString(path);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -79,7 +78,26 @@ HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    return LogOut(kName, ReadNodes(reader.Get()));
+    return LogOut(kName, read(reader.Get()));
+}
+
+HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
+{
+    return LoadWith(path, [this](IXmlReader* reader) { return ReadNodes(reader); });
+}
+
+HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
+{
+    return LoadWith(path, [this](IXmlReader* reader) {
+        CQanhAppNameList fresh(m_listLimit);
+        const HRESULT hr = fresh.ReadNodes(reader);
+        // The old records go with the other list, when the lock is free again.
+        const auto lists = m_lists.Write();
+        const auto freshLists = fresh.m_lists.Write();
+        lists->packages.Swap(freshLists->packages);
+        lists->desktopApps.Swap(freshLists->desktopApps);
+        return hr;
+    });
 }
 
 HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
@@ -100,7 +118,8 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
                 hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit);
                 readOn = package == nullptr;
                 if (package) {
-                    AddMetroPackage(std::move(package));
+                    // One that finds no place is left out; it is in the log.
+                    (void)AddMetroPackage(std::move(package));
                 }
             } else if (Xml::HasLocalName(pReader, CatalogXml::kDesktopApps)) {
                 hr = ReadDesktopApps(pReader);
@@ -117,7 +136,7 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
 HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::ReadDesktopApps";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }

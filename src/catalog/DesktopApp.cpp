@@ -55,7 +55,7 @@ HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, Excl
                                                  BOOL* pFound) const
 {
     static constexpr wchar_t kName[] = L"CQanhDesktopApp::AddToExcludeAppNameList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    LogIn(kName, wantedName);
     HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -64,7 +64,7 @@ HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, Excl
         return LogOut(kName, S_FALSE);
     }
     *pFound = 0;
-    RuntimeText lowerWantedName;
+    CrtText lowerWantedName;
     hr = LowerWantedName(wantedName, lowerWantedName);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -79,8 +79,8 @@ HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, Excl
         }
         return LogOut(kName, S_OK);
     }
-    return LogOut(kName,
-                  ExcludeName(lowerWantedName.get(), name, RubyDisplayName, pExcludeList, pFound, S_OK));
+    const ExcludeSearch search{lowerWantedName.get(), pExcludeList, pFound};
+    return LogOut(kName, ExcludeName({name, RubyDisplayName}, search).value_or(S_OK));
 }
 
 BOOL CQanhDesktopApp::IsSameShortcut(const wchar_t* path) const noexcept
@@ -94,7 +94,7 @@ BOOL CQanhDesktopApp::IsSameShortcut(const wchar_t* path) const noexcept
 HRESULT CQanhDesktopApp::ToXmlNode(IXmlWriter* pWriter) const
 {
     static constexpr wchar_t kName[] = L"CQanhDesktopApp::ToXmlNode";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pWriter) {
         return LogOut(kName, E_POINTER);
     }
@@ -119,7 +119,7 @@ HRESULT CQanhDesktopApp::ToXmlNode(IXmlWriter* pWriter) const
 HRESULT CQanhDesktopApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhDesktopApp>* ppApp) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhDesktopApp::FromXmlNode";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pReader || !ppApp) {
         return LogOut(kName, E_POINTER);
     }

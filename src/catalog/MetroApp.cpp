@@ -34,13 +34,13 @@ HRESULT CQanhMetroApp::AddToExcludeAppNameList(const wchar_t* wantedName, Exclud
                                                BOOL* pFound) const
 {
     static constexpr wchar_t kName[] = L"CQanhMetroApp::AddToExcludeAppNameList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    LogIn(kName, wantedName);
     HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
     *pFound = 0;
-    RuntimeText lowerWantedName;
+    CrtText lowerWantedName;
     hr = LowerWantedName(wantedName, lowerWantedName);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -50,9 +50,10 @@ HRESULT CQanhMetroApp::AddToExcludeAppNameList(const wchar_t* wantedName, Exclud
     if (DisplayName.empty() || _wcsicmp(DisplayName.c_str(), lowerWantedName.get()) == 0) {
         return LogOut(kName, S_OK);
     }
-    hr = ExcludeName(lowerWantedName.get(), DisplayName, RubyDisplayName, pExcludeList, pFound, S_OK);
+    const ExcludeSearch search{lowerWantedName.get(), pExcludeList, pFound};
+    hr = ExcludeName({DisplayName, RubyDisplayName}, search).value_or(S_OK);
     if (SUCCEEDED(hr) && !ShortName.empty()) {
-        hr = ExcludeName(lowerWantedName.get(), ShortName, RubyShortName, pExcludeList, pFound, hr);
+        hr = ExcludeName({ShortName, RubyShortName}, search).value_or(hr);
     }
     return LogOut(kName, hr);
 }
@@ -60,7 +61,7 @@ HRESULT CQanhMetroApp::AddToExcludeAppNameList(const wchar_t* wantedName, Exclud
 HRESULT CQanhMetroApp::ToXmlNode(IXmlWriter* pWriter) const
 {
     static constexpr wchar_t kName[] = L"CQanhMetroApp::ToXmlNode";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pWriter) {
         return LogOut(kName, E_POINTER);
     }
@@ -75,7 +76,7 @@ HRESULT CQanhMetroApp::ToXmlNode(IXmlWriter* pWriter) const
 HRESULT CQanhMetroApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhMetroApp::FromXmlNode";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pReader || !ppApp) {
         return LogOut(kName, E_POINTER);
     }

@@ -2,11 +2,11 @@
 
 #include "catalog/CatalogXml.h"
 #include "common/DiagnosticLog.h"
+#include "common/OutOfMemory.h"
 #include "common/Xml.h"
 
 #include <cstdio>
 #include <cwchar>
-#include <exception>
 #include <utility>
 
 namespace {
@@ -14,7 +14,7 @@ namespace {
 struct PackageAttributes
 {
     WideString packageFamilyName;
-    PackageVersion version;
+    RecordVersion version;
     BOOL needReserve = FALSE;
     BOOL isInstalled = TRUE;
 
@@ -25,7 +25,7 @@ struct PackageAttributes
         } else if (Xml::NamesEqual(name, CatalogXml::kVersion)) {
             // Deliberate: the numbers go into the parts as these are held, so build and revision trade places
             // each time a version is read and written.
-            version = PackageVersion();
+            version = RecordVersion();
             (void)std::swscanf(value, L"%hu.%hu.%hu.%hu", &version.Major, &version.Minor, &version.Revision,
                                &version.Build);
         } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
@@ -37,7 +37,7 @@ struct PackageAttributes
     }
 };
 
-HRESULT WriteVersion(IXmlWriter* writer, const PackageVersion& version)
+HRESULT WriteVersion(IXmlWriter* writer, const RecordVersion& version)
 {
     wchar_t text[32];
     _snwprintf_s(text, 32, _TRUNCATE, L"%d.%d.%d.%d", version.Major, version.Minor, version.Build,
@@ -48,13 +48,13 @@ HRESULT WriteVersion(IXmlWriter* writer, const PackageVersion& version)
 } // namespace
 
 CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const wchar_t* fullName, const wchar_t* name,
-                           const PackageVersion& version, std::size_t appLimit)
+                           const RecordVersion& version, std::size_t appLimit)
     : PackageFamilyName(packageFamilyName), FullName(fullName), Name(name), Version(version),
       NeedReserve(FALSE), IsInstalled(TRUE), m_apps(appLimit)
 {
 }
 
-CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const PackageVersion& version, BOOL needReserve,
+CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const RecordVersion& version, BOOL needReserve,
                            BOOL isInstalled, std::size_t appLimit)
     : PackageFamilyName(packageFamilyName), Version(version), NeedReserve(needReserve),
       IsInstalled(isInstalled), m_apps(appLimit)
@@ -69,34 +69,30 @@ CQanhPackage::~CQanhPackage()
 HRESULT CQanhPackage::AddApplication(std::unique_ptr<CQanhApp> app) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::AddApplication";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!app) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        m_apps.Append(std::move(app));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_apps.Append(std::move(app));
+                      return S_OK;
+                  }));
 }
 
 HRESULT CQanhPackage::AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::AddApplication";
-    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", kName, displayName, shortName);
-    try {
-        m_apps.Append(std::make_unique<CQanhMetroApp>(displayName, shortName));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    LogIn(kName, displayName, shortName);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_apps.Append(std::make_unique<CQanhMetroApp>(displayName, shortName));
+                      return S_OK;
+                  }));
 }
 
 void CQanhPackage::DeleteAllApp() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::DeleteAllApp";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     m_apps.Clear();
     LogOut(kName);
 }
@@ -125,7 +121,7 @@ void CQanhPackage::SwapContents(CQanhPackage& other) noexcept
 BOOL CQanhPackage::IsThisPackage(const wchar_t* packageFamilyName) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::IsThisPackage";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, packageFamilyName);
+    LogIn(kName, packageFamilyName);
     const bool same = packageFamilyName && !PackageFamilyName.empty() &&
                       std::wcscmp(PackageFamilyName.c_str(), packageFamilyName) == 0;
     return LogOutNumber(kName, same ? 1 : 0);
@@ -135,7 +131,7 @@ void CQanhPackage::AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeLis
                                            BOOL* pFound) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::AddAppNameToExcludeList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, wantedName);
+    LogIn(kName, wantedName);
     const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         LogOut(kName, hr);
@@ -152,7 +148,7 @@ void CQanhPackage::AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeLis
 HRESULT CQanhPackage::ToXmlNode(IXmlWriter* pWriter) const
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::ToXmlNode";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pWriter) {
         return LogOut(kName, E_POINTER);
     }
@@ -181,29 +177,33 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
                                   std::size_t appLimit) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::FromXmlNode";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pReader || !ppPackage) {
         return LogOut(kName, E_POINTER);
     }
     std::unique_ptr<CQanhPackage> package;
-    try {
+    HRESULT hr = CatchOutOfMemory([&] {
         PackageAttributes attributes;
-        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
-            attributes.Set(name, value);
-            return false;
-        });
-        if (FAILED(hr)) {
-            return LogOut(kName, hr);
+        const HRESULT read =
+            Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
+                attributes.Set(name, value);
+                return false;
+            });
+        if (SUCCEEDED(read)) {
+            package =
+                std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
+                                               attributes.needReserve, attributes.isInstalled, appLimit);
         }
-        package = std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
-                                                 attributes.needReserve, attributes.isInstalled, appLimit);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
+        return read;
+    });
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
     }
-    const HRESULT hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
+    hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
         std::unique_ptr<CQanhMetroApp> app;
         if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app))) {
-            package->AddApplication(std::move(app));
+            // One that finds no place is left out; it is in the log.
+            (void)package->AddApplication(std::move(app));
         }
     });
     *ppPackage = std::move(package);

@@ -35,7 +35,7 @@ DWORD ReadSetting(const wchar_t* name, DWORD defaultValue) noexcept
 int CQanhReg::GetDWORDRegVal(const wchar_t* valueName, DWORD* pValue) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::GetDWORDRegVal";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     UniqueRegistryKey key;
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kSettingsKey, 0, KEY_READ, key.Put()) != ERROR_SUCCESS) {
         LogOut(kName);
@@ -50,7 +50,7 @@ int CQanhReg::GetDWORDRegVal(const wchar_t* valueName, DWORD* pValue) noexcept
 DWORD CQanhReg::IsDebugLogOn() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::IsDebugLogOn";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     const DWORD on = ReadSetting(L"DebugLog", kDefaultDebugLog) != 0 ? 1u : 0u;
     LogOutNumber(kName, static_cast<int>(on));
     return on;
@@ -59,7 +59,7 @@ DWORD CQanhReg::IsDebugLogOn() noexcept
 DWORD CQanhReg::GetManifestReaderSetting() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::GetManifestReaderSetting";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     DWORD choice = ReadSetting(L"ManifestReaderSetting", kDefaultManifestReader);
     if (choice >= 2) {
         choice = kDefaultManifestReader;
@@ -71,7 +71,7 @@ DWORD CQanhReg::GetManifestReaderSetting() noexcept
 DWORD CQanhReg::GetRefreshInterval() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::GetRefreshInterval";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     const DWORD minutes = ReadSetting(L"RefreshInterval", kDefaultRefreshMinutes);
     // Deliberate: the line tells the minutes as they stand in the registry, the caller gets milliseconds.
     LogOutNumber(kName, static_cast<int>(minutes));
@@ -81,7 +81,7 @@ DWORD CQanhReg::GetRefreshInterval() noexcept
 DWORD CQanhReg::GetClearClipboardWaitTime() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::GetClearClipboardWaitTime";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     const DWORD wait = ReadSetting(L"ClearClipboardWaitTime", kDefaultClearClipboardWait);
     LogOutNumber(kName, static_cast<int>(wait));
     return wait;
@@ -91,7 +91,7 @@ LSTATUS CQanhReg::GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActiv
                                                     DWORD* pdwType) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::GetCurrentTileImmersiveActivation";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     *pdwTileImmersiveActivation = kDefaultTileActivation;
     DWORD type = REG_DWORD;
     UniqueRegistryKey key;
@@ -126,7 +126,7 @@ int CQanhReg::SetCurrentTileImmersiveActivation(DWORD dwValue) noexcept
 int CQanhReg::DeleteTileImmersiveActivation() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhReg::DeleteTileImmersiveActivation";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     UniqueRegistryKey key;
     if (RegOpenKeyExW(HKEY_CURRENT_USER, kBrowserKey, 0, KEY_WRITE, key.Put()) != ERROR_SUCCESS) {
         return LogOutNumber(kName, 0);

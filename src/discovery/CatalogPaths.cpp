@@ -27,7 +27,7 @@ void LogPath(const wchar_t* operation, const wchar_t* path) noexcept
 HRESULT CQanhPackageManager::GetModuleName(wchar_t (*pModuleName)[MAX_PATH]) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::GetModuleName";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pModuleName) {
         return LogOut(kName, E_POINTER);
     }
@@ -48,7 +48,7 @@ HRESULT CQanhPackageManager::GetModuleName(wchar_t (*pModuleName)[MAX_PATH]) noe
 HRESULT CQanhPackageManager::CreateAppNameListFolder(wchar_t (&folder)[MAX_PATH]) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::CreateAppNameListFolder";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     folder[0] = L'\0';
     wchar_t localAppData[MAX_PATH];
     wchar_t executable[MAX_PATH];
@@ -73,7 +73,7 @@ HRESULT CQanhPackageManager::CreateAppNameListFolder(wchar_t (&folder)[MAX_PATH]
 BOOL CQanhPackageManager::GetPresetAppNameFullPath(wchar_t (&path)[MAX_PATH]) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::GetPresetAppNameFullPath";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     wchar_t executable[MAX_PATH];
     if (!GetHostExecutablePath(executable)) {
         return LogOutNumber(kName, 0);
@@ -89,6 +89,6 @@ BOOL CQanhPackageManager::GetPresetAppNameFullPath(wchar_t (&path)[MAX_PATH]) no
 void CQanhPackageManager::ComposeCatalogPath(wchar_t (&path)[MAX_PATH]) noexcept
 {
     wchar_t folder[MAX_PATH];
-    CreateAppNameListFolder(folder);
+    (void)CreateAppNameListFolder(folder); // what it leaves is used: opening the file fails then
     _snwprintf_s(path, MAX_PATH, _TRUNCATE, L"%s\\%s", folder, kCatalogFile);
 }

@@ -11,26 +11,24 @@ namespace {
 
 constexpr wchar_t kShortcuts[] = L"\\*.lnk";
 constexpr wchar_t kInternetShortcuts[] = L"\\*.url";
-constexpr wchar_t kEverything[] = L"\\*";
+constexpr std::wstring_view kEverything = L"\\*";
 constexpr std::size_t kExtensionLength = 4; // ".lnk", ".url"
 
-// A path in a fixed buffer of 260 characters. What does not fit leaves the path as it was and is reported, so
-// that the caller can skip the entry: a cut path would be that of another file.
+// A path in a fixed buffer of 260 characters. What does not fit is left out, and Fits() is false from then
+// on, so that the caller can skip the entry: a cut path would be that of another file.
 class PathBuffer
 {
 public:
     explicit PathBuffer(const wchar_t* path) noexcept { Append(path); }
 
-    bool Append(std::wstring_view text) noexcept
+    void Append(std::wstring_view text) noexcept
     {
-        if (!m_fits || text.size() >= MAX_PATH - m_length) {
-            m_fits = false;
-            return false;
+        m_fits = m_fits && text.size() < MAX_PATH - m_length;
+        if (m_fits) {
+            std::wmemcpy(m_path + m_length, text.data(), text.size());
+            m_length += text.size();
+            m_path[m_length] = L'\0';
         }
-        std::wmemcpy(m_path + m_length, text.data(), text.size());
-        m_length += text.size();
-        m_path[m_length] = L'\0';
-        return true;
     }
 
     [[nodiscard]] bool Fits() const noexcept { return m_fits; }
@@ -42,7 +40,7 @@ private:
     bool m_fits = true;
 };
 
-PathBuffer Join(const wchar_t* folder, const wchar_t* name) noexcept
+[[nodiscard]] PathBuffer Join(const wchar_t* folder, const wchar_t* name) noexcept
 {
     PathBuffer path(folder);
     path.Append(L"\\");
@@ -50,7 +48,7 @@ PathBuffer Join(const wchar_t* folder, const wchar_t* name) noexcept
     return path;
 }
 
-UniqueFind FindFirst(const PathBuffer& pattern, WIN32_FIND_DATAW& found) noexcept
+[[nodiscard]] UniqueFind FindFirst(const PathBuffer& pattern, WIN32_FIND_DATAW& found) noexcept
 {
     if (!pattern.Fits()) {
         SetLastError(ERROR_FILENAME_EXCED_RANGE);
@@ -59,7 +57,7 @@ UniqueFind FindFirst(const PathBuffer& pattern, WIN32_FIND_DATAW& found) noexcep
     return UniqueFind(FindFirstFileW(pattern.Get(), &found));
 }
 
-bool IsSubfolder(const WIN32_FIND_DATAW& entry) noexcept
+[[nodiscard]] bool IsSubfolder(const WIN32_FIND_DATAW& entry) noexcept
 {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
            _wcsnicmp(entry.cFileName, L".", MAX_PATH) != 0 &&
@@ -71,7 +69,7 @@ bool IsSubfolder(const WIN32_FIND_DATAW& entry) noexcept
 HRESULT CQanhPackageManager::RefreshDesktopApps(const wchar_t* folder) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::RefreshDesktopApps";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, folder);
+    LogIn(kName, folder);
     if (!folder) {
         return LogOut(kName, E_POINTER);
     }
@@ -99,7 +97,7 @@ HRESULT CQanhPackageManager::RefreshDesktopApps(const wchar_t* folder) noexcept
         if (IsSubfolder(entry)) {
             const PathBuffer subfolder = Join(folder, entry.cFileName);
             if (subfolder.Fits()) {
-                RefreshDesktopApps(subfolder.Get());
+                (void)RefreshDesktopApps(subfolder.Get()); // fails for itself alone, and logs it
             }
         }
     } while (FindNextFileW(find.Get(), &entry));
@@ -110,7 +108,7 @@ HRESULT CQanhPackageManager::RefreshDesktopApps(const wchar_t* folder) noexcept
 void CQanhPackageManager::AddLinkFileToList(const wchar_t* folder, const wchar_t* pattern) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::AddLinkFileToList";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, folder);
+    LogIn(kName, folder);
     PathBuffer searchPath(folder);
     searchPath.Append(pattern);
     WIN32_FIND_DATAW found{};
@@ -126,7 +124,8 @@ void CQanhPackageManager::AddLinkFileToList(const wchar_t* folder, const wchar_t
             // refuses.
             const std::size_t length = std::wcslen(found.cFileName);
             found.cFileName[length < kExtensionLength ? 0 : length - kExtensionLength] = L'\0';
-            m_AppNameList.AddDesktopApp(found.cFileName, path.Get());
+            // Known already, or refused: the log tells.
+            (void)m_AppNameList.AddDesktopApp(found.cFileName, path.Get());
         }
     } while (FindNextFileW(find.Get(), &found));
     find.Reset();

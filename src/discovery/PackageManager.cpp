@@ -27,7 +27,7 @@ HANDLE CQanhPackageManager::m_hInstanceMutex = nullptr;
 
 HRESULT CQanhPackageManager::Initialize() noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kInitializeName);
+    LogIn(kInitializeName);
     if (m_hExitEvent && m_hRefreshThread) {
         return S_FALSE;
     }
@@ -40,11 +40,8 @@ HRESULT CQanhPackageManager::Initialize() noexcept
         return LogOut(kInitializeName, E_FAIL);
     }
     // The file holds all of it: what an earlier start left in memory would be there twice.
-    if (m_isCatalogUsed) {
-        m_AppNameList.DeleteAll();
-    }
+    HRESULT hr = m_isCatalogUsed ? m_AppNameList.Reload(path) : m_AppNameList.Load(path);
     m_isCatalogUsed = true;
-    HRESULT hr = m_AppNameList.Load(path);
     if (FAILED(hr)) {
         DiagnosticLog::WriteLine("m_AppNameList.Load() failed. ErrCode = 0x%08X \r\n",
                                  static_cast<unsigned>(hr));
@@ -150,12 +147,20 @@ HRESULT CQanhPackageManager::StartRefreshThread() noexcept
     return S_OK;
 }
 
+HRESULT CQanhPackageManager::GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                   BOOL* pFound) const noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhPackageManager::GetExcludeAppNameList";
+    LogIn(kName, wantedName);
+    return LogOut(kName, m_AppNameList.GetExcludeAppNameList(wantedName, pExcludeList, pFound));
+}
+
 void CQanhPackageManager::Finalize() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::Finalize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (InterlockedCompareExchangePointer(&m_hInstanceMutex, nullptr, nullptr)) {
-        IsInstanceMutexGone(kMutexRoundsAtStop);
+        (void)IsInstanceMutexGone(kMutexRoundsAtStop); // the thread is stopped in either case
         CloseInstanceMutex();
         std::wmemset(m_szInstanceMutexName, L'\0', MAX_PATH);
     }
@@ -189,7 +194,7 @@ void CQanhPackageManager::ForceThreadToEnd() noexcept
 void CQanhPackageManager::WaitThreadExit(HANDLE hThread) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::WaitThreadExit";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     for (int round = 0; round < kThreadExitRounds; ++round) {
         DWORD exitCode = 0;
         GetExitCodeThread(hThread, &exitCode);

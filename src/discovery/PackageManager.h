@@ -1,17 +1,23 @@
 #pragma once
 
 #include "catalog/AppNameList.h"
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 
 #include <windows.h>
 
 #include <wrl/client.h>
 
+#include <vector>
+
 // Owns the catalogue while the library is up and keeps it current: loads it from its file, finds out whether
 // another process of the same executable is in its first refresh pass, and if not runs the thread that
-// refreshes the catalogue and saves it. One static instance exists. Initialize and Finalize belong to the
-// host's thread, the refresh operations to the refresh thread; the static queries may be called on any
-// thread.
+// refreshes the catalogue and saves it. One static instance exists. Initialize, Finalize and
+// GetExcludeAppNameList belong to the host's thread, the refresh operations to the refresh thread; the static
+// queries may be called on any thread.
+//
+// Where its members are: PackageManager.cpp the start and the stop, CatalogPaths.cpp where the files lie,
+// RefreshThread.cpp the thread and its passes, DesktopDiscovery.cpp the walk through the Start menu,
+// StoreQueries.cpp the questions to the system about Store packages.
 class CQanhPackageManager
 {
 public:
@@ -24,7 +30,7 @@ public:
     // thread. S_OK; S_FALSE when the thread runs already, or in another process when the file was read to its
     // end; E_FAIL when neither file can be found or the thread cannot be started; otherwise the failure of
     // the load, which an owner whose thread runs does not report.
-    HRESULT Initialize() noexcept;
+    [[nodiscard]] HRESULT Initialize() noexcept;
 
     // Waits for the first refresh pass (10 s at most), then stops the thread: 30 s after that it is
     // terminated.
@@ -33,54 +39,59 @@ public:
     // The refresh thread's procedure; the argument is the package manager. It gives back one reference to
     // this module, taken by whoever starts it, so that the library stays loaded while it runs. Exit codes: 0,
     // 87 for a null argument, 2011 when a needed environment variable cannot be read.
-    static DWORD WINAPI RefreshThread(void* pPyxPackageManager) noexcept;
+    [[nodiscard]] static DWORD WINAPI RefreshThread(void* pPyxPackageManager) noexcept;
 
     // The base name of the host's executable, up to its first dot. S_OK, E_POINTER, or E_FAIL.
-    static HRESULT GetModuleName(wchar_t (*pModuleName)[MAX_PATH]) noexcept;
+    [[nodiscard]] static HRESULT GetModuleName(wchar_t (*pModuleName)[MAX_PATH]) noexcept;
     // Composes the folder of the catalogue and the log and makes sure that it exists. S_OK also when it
     // cannot be created; E_FAIL, with an empty string, when it cannot be composed.
-    static HRESULT CreateAppNameListFolder(wchar_t (&folder)[MAX_PATH]) noexcept;
+    [[nodiscard]] static HRESULT CreateAppNameListFolder(wchar_t (&folder)[MAX_PATH]) noexcept;
     // The catalogue file that may stand beside the host's executable.
-    static BOOL GetPresetAppNameFullPath(wchar_t (&path)[MAX_PATH]) noexcept;
+    [[nodiscard]] static BOOL GetPresetAppNameFullPath(wchar_t (&path)[MAX_PATH]) noexcept;
     // After a forced stop: waits about 3 s at most until the thread has really ended.
     static void WaitThreadExit(HANDLE hThread) noexcept;
 
     // Adds the shortcuts of a folder and its subfolders to the catalogue, a folder's own before those below
     // it. S_OK, also when the exit event ended the walk; E_POINTER; E_INVALIDARG for an empty path; E_FAIL
     // when the folder cannot be listed.
-    HRESULT RefreshDesktopApps(const wchar_t* folder) noexcept;
+    [[nodiscard]] HRESULT RefreshDesktopApps(const wchar_t* folder) noexcept;
     // Adds what matches the pattern (a backslash, an asterisk and an extension of four characters) in one
     // folder.
     void AddLinkFileToList(const wchar_t* folder, const wchar_t* pattern) noexcept;
 
     // Hands every Store package of the user to the catalogue. The result is that of the last package; E_FAIL
     // when the system's package manager cannot be had.
-    HRESULT RefreshMetroApps() noexcept;
+    [[nodiscard]] HRESULT RefreshMetroApps() noexcept;
 
     // The system's package manager, or none. Enters the Windows Runtime for the calling thread:
     // *pNeedsUninitialize becomes 1 when the caller must leave it with RoUninitialize, whether there is a
     // manager or not, and 0 when the thread is in an apartment of another kind already.
-    static Microsoft::WRL::ComPtr<platform::IPackageManager>
+    [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackageManager>
     GetPackageManager(BOOL* pNeedsUninitialize) noexcept;
 
     // The first package of the family that is installed for the user, or none; with a fragment, the first one
     // that depends on a package whose family name contains it, whatever the case of Latin letters. The
-    // fragment is not null, here and below. A failing call of the platform is raised as a RuntimeError.
-    static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByName(const wchar_t* familyName);
-    static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByNameEx(const wchar_t* familyName,
-                                                                          const wchar_t* fragment);
+    // fragment is not null, here and below. A failing call of the platform is raised as a WinRtError.
+    [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackage>
+    FindPackageByName(const wchar_t* familyName);
+    [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackage>
+    FindPackageByNameEx(const wchar_t* familyName, const wchar_t* fragment);
 
     // Whether these find a package: S_OK with *pIsInstalled 1 or 0, also without a package manager;
     // E_POINTER; E_INVALIDARG for an empty name; E_FAIL or E_OUTOFMEMORY, with *pIsInstalled as it was, when
     // the finding failed.
-    static HRESULT IsInstalled(const wchar_t* familyName, BOOL* pIsInstalled) noexcept;
-    static HRESULT IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment,
-                                 BOOL* pIsInstalled) noexcept;
+    [[nodiscard]] static HRESULT IsInstalled(const wchar_t* familyName, BOOL* pIsInstalled) noexcept;
+    [[nodiscard]] static HRESULT IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment,
+                                               BOOL* pIsInstalled) noexcept;
 
     // The package's display name, for LocalFree: the result of the manifest reader's GetAppDisplayName,
     // 0xA0000001 when no package of the family is installed, E_POINTER, E_INVALIDARG, E_FAIL or
     // E_OUTOFMEMORY.
-    static HRESULT GetAppDisplayNameByPFN(const wchar_t* familyName, wchar_t** ppName) noexcept;
+    [[nodiscard]] static HRESULT GetAppDisplayNameByPFN(const wchar_t* familyName, wchar_t** ppName) noexcept;
+
+    // Passes a launch's question for the names to exclude on to the catalogue, whose result it is.
+    [[nodiscard]] HRESULT GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                BOOL* pFound) const noexcept;
 
     CQanhAppNameList m_AppNameList;
     HANDLE m_hExitEvent = nullptr;     // manual reset; tells the thread to stop
@@ -93,20 +104,28 @@ public:
     static HANDLE m_hInstanceMutex;
 
 private:
-    static bool ClaimInstanceMutex() noexcept;
-    static bool IsInstanceMutexGone(int rounds) noexcept;
+    [[nodiscard]] static bool ClaimInstanceMutex() noexcept;
+    [[nodiscard]] static bool IsInstanceMutexGone(int rounds) noexcept;
     static void CloseInstanceMutex() noexcept;
     static void ComposeCatalogPath(wchar_t (&path)[MAX_PATH]) noexcept;
-    static bool ChooseFile(const wchar_t* catalogPath, bool isOwner, wchar_t (&path)[MAX_PATH]) noexcept;
-    static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
+    [[nodiscard]] static bool ChooseFile(const wchar_t* catalogPath, bool isOwner,
+                                         wchar_t (&path)[MAX_PATH]) noexcept;
 
-    HRESULT StartRefreshThread() noexcept;
+    class InstanceMutexCloser;
+    struct RefreshPlaces;
+    // The thread's work; the result is its exit code. The exit event is read without a lock: it is made
+    // before the thread starts and closed after it has ended.
+    [[nodiscard]] static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
+    [[nodiscard]] DWORD RunPasses() noexcept;
+    void RunPass(const RefreshPlaces& places) noexcept;
+
+    [[nodiscard]] HRESULT StartRefreshThread() noexcept;
     void GiveUpOwnership() noexcept;
     void ForceThreadToEnd() noexcept;
-    void RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms,
-                 const wchar_t* userPrograms) noexcept;
-    void RefreshPackageStates();
-    void RefreshDesktopStates();
+    template <typename Ask>
+    [[nodiscard]] std::vector<BOOL> AskStates(const std::vector<WideString>& records, Ask ask) const;
+    void MarkPackages() noexcept;
+    void MarkDesktopApps() noexcept;
     void RefreshPrograms(const wchar_t* folder) noexcept;
     // The exit event's state now: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
     [[nodiscard]] DWORD PollExitEvent() const noexcept;

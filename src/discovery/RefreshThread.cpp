@@ -18,7 +18,7 @@ constexpr DWORD kFirstWait = 1000; // milliseconds
 constexpr DWORD kExitNoManager = ERROR_INVALID_PARAMETER;
 constexpr DWORD kExitNoEnvironment = 2011;
 
-bool ComposeProgramsFolder(const wchar_t* variable, wchar_t (&folder)[MAX_PATH]) noexcept
+[[nodiscard]] bool ComposeProgramsFolder(const wchar_t* variable, wchar_t (&folder)[MAX_PATH]) noexcept
 {
     wchar_t base[MAX_PATH];
     if (!ReadEnvironmentVariable(variable, base)) {
@@ -35,7 +35,7 @@ void LogExit(HRESULT result) noexcept
 }
 
 // A package whose state cannot be read counts as installed.
-BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
+[[nodiscard]] BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
 {
     BOOL isInstalled = TRUE;
     try {
@@ -50,6 +50,24 @@ BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
 
 } // namespace
 
+// Where a pass finds the shortcuts, and where it saves.
+struct CQanhPackageManager::RefreshPlaces
+{
+    wchar_t catalogFile[MAX_PATH];
+    wchar_t commonPrograms[MAX_PATH];
+    wchar_t userPrograms[MAX_PATH];
+};
+
+// However the thread ends, other processes need not wait for its first pass any longer.
+class CQanhPackageManager::InstanceMutexCloser
+{
+public:
+    InstanceMutexCloser() noexcept = default;
+    ~InstanceMutexCloser() { CloseInstanceMutex(); }
+    InstanceMutexCloser(const InstanceMutexCloser&) = delete;
+    InstanceMutexCloser& operator=(const InstanceMutexCloser&) = delete;
+};
+
 DWORD WINAPI CQanhPackageManager::RefreshThread(void* pPyxPackageManager) noexcept
 {
     const DWORD exitCode = Refresh(static_cast<CQanhPackageManager*>(pPyxPackageManager));
@@ -62,65 +80,57 @@ DWORD WINAPI CQanhPackageManager::RefreshThread(void* pPyxPackageManager) noexce
 
 DWORD CQanhPackageManager::Refresh(CQanhPackageManager* pPyxPackageManager) noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kRefreshThreadName);
+    const InstanceMutexCloser mutexCloser;
+    LogIn(kRefreshThreadName);
     if (!pPyxPackageManager) {
         LogExit(E_POINTER);
-        CloseInstanceMutex();
         return kExitNoManager;
     }
-    wchar_t catalogPath[MAX_PATH];
-    ComposeCatalogPath(catalogPath);
-    wchar_t commonPrograms[MAX_PATH];
-    wchar_t userPrograms[MAX_PATH];
-    if (!ComposeProgramsFolder(L"ALLUSERSPROFILE", commonPrograms) ||
-        !ComposeProgramsFolder(L"APPDATA", userPrograms)) {
-        CloseInstanceMutex();
+    return pPyxPackageManager->RunPasses();
+}
+
+DWORD CQanhPackageManager::RunPasses() noexcept
+{
+    RefreshPlaces places;
+    ComposeCatalogPath(places.catalogFile);
+    if (!ComposeProgramsFolder(L"ALLUSERSPROFILE", places.commonPrograms) ||
+        !ComposeProgramsFolder(L"APPDATA", places.userPrograms)) {
         return kExitNoEnvironment;
     }
     const DWORD interval = CQanhReg::GetRefreshInterval();
-    const HANDLE exitEvent = pPyxPackageManager->m_hExitEvent;
-    if (WaitForSingleObject(exitEvent, kFirstWait) == WAIT_OBJECT_0) {
-        CloseInstanceMutex();
+    if (WaitForSingleObject(m_hExitEvent, kFirstWait) == WAIT_OBJECT_0) {
         return 0;
     }
     do {
-        pPyxPackageManager->m_AppNameList.BeginPass();
-        pPyxPackageManager->RunPass(catalogPath, commonPrograms, userPrograms);
-        pPyxPackageManager->m_AppNameList.EndPass();
+        m_AppNameList.BeginPass();
+        RunPass(places);
+        m_AppNameList.EndPass();
         // From the end of the first pass on the file is current, and other processes may load it.
         CloseInstanceMutex();
-    } while (WaitForSingleObject(exitEvent, interval) == WAIT_TIMEOUT);
-    ResetEvent(exitEvent);
+    } while (WaitForSingleObject(m_hExitEvent, interval) == WAIT_TIMEOUT);
+    ResetEvent(m_hExitEvent);
     LogExit(S_OK);
     return 0;
 }
 
-void CQanhPackageManager::RunPass(const wchar_t* catalogPath, const wchar_t* commonPrograms,
-                                  const wchar_t* userPrograms) noexcept
+void CQanhPackageManager::RunPass(const RefreshPlaces& places) noexcept
 {
     DiagnosticLog::WriteLine("%S Refresh app name list!\r\n", kRefreshThreadName);
-    try {
-        RefreshPackageStates();
-    } catch (...) {
-        // Out of memory: the states stay as they were.
-    }
-    try {
-        RefreshDesktopStates();
-    } catch (...) {
-    }
+    MarkPackages();
+    MarkDesktopApps();
     HRESULT hr = RefreshMetroApps();
     if (FAILED(hr)) {
         DiagnosticLog::WriteLine("%S RefreshMetroApps() failed. ErrCode = 0x%08X \r\n", kRefreshThreadName,
                                  static_cast<unsigned>(hr));
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
-        RefreshPrograms(commonPrograms);
+        RefreshPrograms(places.commonPrograms);
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
-        RefreshPrograms(userPrograms);
+        RefreshPrograms(places.userPrograms);
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
-        hr = m_AppNameList.Save(catalogPath);
+        hr = m_AppNameList.Save(places.catalogFile);
         if (FAILED(hr)) {
             DiagnosticLog::WriteLine(
                 "%S pPyxPackageManager->m_AppNameList.Save() failed. ErrCode = 0x%08X \r\n",
@@ -129,24 +139,41 @@ void CQanhPackageManager::RunPass(const wchar_t* catalogPath, const wchar_t* com
     }
 }
 
-// The states are collected without the catalogue's lock and set together, so that a launch meanwhile sees
-// those from before or those from after.
-void CQanhPackageManager::RefreshPackageStates()
+// Asks about the records one after the other, without the catalogue's lock. When the thread is to stop, those
+// that are left are not asked about: a shortcut on a dead network share takes its time.
+template <typename Ask>
+std::vector<BOOL> CQanhPackageManager::AskStates(const std::vector<WideString>& records, Ask ask) const
 {
     std::vector<BOOL> states;
-    for (const WideString& name : m_AppNameList.PackageFamilyNames()) {
-        states.push_back(IsPackageInstalled(name.c_str()));
+    for (const WideString& record : records) {
+        if (PollExitEvent() == WAIT_OBJECT_0) {
+            break;
+        }
+        states.push_back(ask(record.c_str()));
     }
-    m_AppNameList.SetPackagesInstalled(states);
+    return states;
 }
 
-void CQanhPackageManager::RefreshDesktopStates()
+// The states are set together, so that a launch meanwhile sees those from before or those from after. The
+// records that were not asked about stay as they are.
+void CQanhPackageManager::MarkPackages() noexcept
 {
-    std::vector<BOOL> states;
-    for (const WideString& shortcut : m_AppNameList.DesktopShortcuts()) {
-        states.push_back(PathFileExistsW(shortcut.c_str()) ? TRUE : FALSE);
+    try {
+        m_AppNameList.SetPackagesInstalled(AskStates(m_AppNameList.PackageFamilyNames(), IsPackageInstalled));
+    } catch (...) {
+        // Out of memory: all states stay as they were.
     }
-    m_AppNameList.SetDesktopAppsInstalled(states);
+}
+
+void CQanhPackageManager::MarkDesktopApps() noexcept
+{
+    try {
+        m_AppNameList.SetDesktopAppsInstalled(
+            AskStates(m_AppNameList.DesktopShortcuts(),
+                      [](const wchar_t* shortcut) { return PathFileExistsW(shortcut) ? TRUE : FALSE; }));
+    } catch (...) {
+        // Likewise.
+    }
 }
 
 void CQanhPackageManager::RefreshPrograms(const wchar_t* folder) noexcept

@@ -39,7 +39,7 @@ HRESULT HandOver(const wchar_t* text) noexcept
 
 HRESULT CQanhClipboard::SetClipboardData(const wchar_t* text) noexcept
 {
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, text);
+    LogIn(kName, text);
     if (!text) {
         return LogOut(kName, E_POINTER);
     }

@@ -51,7 +51,7 @@ void CQanhKeyEmulate::Sendinput_Key(WORD virtualKey, WORD scanCode, DWORD flags,
 void CQanhKeyEmulate::Sendinput_Win() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhKeyEmulate::Sendinput_Win";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     Sendinput_Key(VK_LWIN, KEYEVENTF_EXTENDEDKEY, 50);
     Sendinput_Key(VK_LWIN, KEYEVENTF_KEYUP, 50);
     LogOut(kName);
@@ -60,7 +60,7 @@ void CQanhKeyEmulate::Sendinput_Win() noexcept
 void CQanhKeyEmulate::SendInput_Win_Q() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhKeyEmulate::SendInput_Win_Q";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     Sendinput_Key(VK_LWIN, KEYEVENTF_EXTENDEDKEY, 50);
     Sendinput_Key(kVirtualKeyQ, kScanCodeQ, KEYEVENTF_SCANCODE, 50);
     Sendinput_Key(kVirtualKeyQ, kScanCodeQ, KEYEVENTF_KEYUP, 100);
@@ -71,7 +71,7 @@ void CQanhKeyEmulate::SendInput_Win_Q() noexcept
 void CQanhKeyEmulate::SendInput_Enter() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhKeyEmulate::SendInput_Enter";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     Sendinput_Key(VK_RETURN, KEYEVENTF_EXTENDEDKEY, 50);
     Sendinput_Key(VK_RETURN, KEYEVENTF_KEYUP, 50);
     LogOut(kName);
@@ -80,7 +80,7 @@ void CQanhKeyEmulate::SendInput_Enter() noexcept
 void CQanhKeyEmulate::SendInput_Shift_Insert() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhKeyEmulate::SendInput_Shift_Insert";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     // Deliberate: Shift stays down. The launch releases it once, after the last paste.
     Sendinput_Key(VK_SHIFT, ScanCode(VK_SHIFT), 0, 50);
     Sendinput_Key(VK_INSERT, ScanCode(VK_INSERT), KEYEVENTF_EXTENDEDKEY, 50);

@@ -40,14 +40,14 @@ int ModeOf(BOOL isLauncherVisible, const MONITOR_APP_VISIBILITY& visibility) noe
 HRESULT CQanhMonitorMode::Initialize() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhMonitorMode::Initialize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT hr = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (FAILED(hr)) {
         DiagnosticLog::WriteLine("%S OUT CoInitializeEx:(%d)\r\n", kName, static_cast<int>(hr));
         return hr;
     }
-    hr = CoCreateInstance(CLSID_AppVisibility, nullptr, CLSCTX_INPROC_SERVER, IID_IAppVisibility,
-                          reinterpret_cast<void**>(&m_pImmersiveMode));
+    hr =
+        CoCreateInstance(CLSID_AppVisibility, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&m_pImmersiveMode));
     if (FAILED(hr)) {
         CoUninitialize();
         m_pImmersiveMode = nullptr;
@@ -60,7 +60,7 @@ HRESULT CQanhMonitorMode::Initialize() noexcept
 void CQanhMonitorMode::Finalize() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhMonitorMode::Finalize";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (m_pImmersiveMode) {
         m_pImmersiveMode->Release();
         m_pImmersiveMode = nullptr;
@@ -72,7 +72,7 @@ void CQanhMonitorMode::Finalize() noexcept
 int CQanhMonitorMode::GetMonitorState(int* pdwMode) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhMonitorMode::GetMonitorState";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pdwMode) {
         return LogOutNumber(kName, kNoObject);
     }
@@ -104,7 +104,7 @@ int CQanhMonitorMode::GetMonitorState(int* pdwMode) noexcept
 int CQanhMonitorMode::SwitchToStartScreen() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhMonitorMode::SwitchToStartScreen";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     int dwMode = kUnknown;
     const int result = GetMonitorState(&dwMode);
     if (result != 0) {
@@ -117,7 +117,7 @@ int CQanhMonitorMode::SwitchToStartScreen() noexcept
         CQanhKeyEmulate::Sendinput_Win();
         for (int poll = 0; poll < kStartScreenPolls && dwMode != kStartScreen; ++poll) {
             Sleep(kPoll);
-            GetMonitorState(&dwMode);
+            (void)GetMonitorState(&dwMode); // a state that cannot be read is asked for again
             DiagnosticLog::WriteLine("dwMode = %d \r\n", dwMode);
         }
     }
@@ -127,7 +127,7 @@ int CQanhMonitorMode::SwitchToStartScreen() noexcept
 HRESULT CQanhMonitorMode::OpenAppSearchUI() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhMonitorMode::OpenAppSearchUI";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     int dwMode = kUnknown;
     if (GetMonitorState(&dwMode) != 0) {
         DiagnosticLog::WriteLine("%S OUT(GetMonitorState : ret=0x%08X)\r\n", kName,

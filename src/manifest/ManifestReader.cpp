@@ -6,6 +6,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/FormatText.h"
 #include "common/Reg.h"
+#include "common/WinRtError.h"
 #include "common/Xml.h"
 #include "manifest/StorePackage.h"
 
@@ -100,7 +101,7 @@ HRESULT WalkApplications(const wchar_t* path, const CQanhPackage& package, bool&
 HRESULT CQanhManifestReader::AddAppsToPackage(const wchar_t* path, CQanhPackage* pPackage) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::AddAppsToPackage";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     const HRESULT hr =
         LoadSetting() == 1 ? GetAppNameUsingXmlParser(path, pPackage) : GetAppNameUsingAPI(path, pPackage);
     return LogOut(kName, hr);
@@ -109,7 +110,7 @@ HRESULT CQanhManifestReader::AddAppsToPackage(const wchar_t* path, CQanhPackage*
 DWORD CQanhManifestReader::LoadSetting() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::LoadSetting";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     const DWORD choice = CQanhReg::GetManifestReaderSetting();
     LogOut(kName);
     return choice;
@@ -118,7 +119,7 @@ DWORD CQanhManifestReader::LoadSetting() noexcept
 HRESULT CQanhManifestReader::GetAppNameUsingXmlParser(const wchar_t* path, CQanhPackage* pPackage) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::GetAppNameUsingXmlParser";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT hr = CheckStringAndPointer(path, pPackage);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -128,10 +129,11 @@ HRESULT CQanhManifestReader::GetAppNameUsingXmlParser(const wchar_t* path, CQanh
         hr = WalkApplications(
             path, *pPackage, isComplete, [](const std::wstring&) { return true; },
             [&](const std::wstring& displayName, const std::wstring& shortName) {
-                pPackage->AddApplication(displayName.c_str(), shortName.c_str());
+                // Out of memory for one is logged there; the others are still read.
+                (void)pPackage->AddApplication(displayName.c_str(), shortName.c_str());
             });
     } catch (...) {
-        hr = E_FAIL;
+        return LogCaught(kName, E_FAIL);
     }
     return LogOut(kName, hr);
 }
@@ -140,7 +142,7 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
                                                          BOOL* pCan) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::IsCanGetAppNameFromManifest";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     HRESULT hr = pCan ? CheckStringAndPointer(path, pPackage) : E_POINTER;
     if (FAILED(hr)) {
         return LogOut(kName, hr);
@@ -153,7 +155,7 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
             [](const std::wstring&, const std::wstring&) {});
         *pCan = isComplete ? 1 : 0;
     } catch (...) {
-        hr = E_FAIL;
+        return LogCaught(kName, E_FAIL);
     }
     return LogOut(kName, hr);
 }
@@ -161,7 +163,7 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
 HRESULT CQanhManifestReader::MoveToElementByName(IXmlReader* pReader, const wchar_t* name)
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::MoveToElementByName";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, name);
+    LogIn(kName, name);
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }
@@ -176,7 +178,7 @@ HRESULT CQanhManifestReader::GetAttributeValueByName(IXmlReader* pReader, const 
                                                      std::wstring& value)
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::GetAttributeValueByName";
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", kName, name);
+    LogIn(kName, name);
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }
@@ -243,7 +245,7 @@ HRESULT ResolveDisplayName(std::wstring displayName, platform::IPackage* package
 HRESULT CQanhManifestReader::GetAppDisplayName(platform::IPackage* pPackage, wchar_t** ppName) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhManifestReader::GetAppDisplayName";
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pPackage || !ppName) {
         // Deliberate: these two leave without a line.
         return E_POINTER;

@@ -117,7 +117,7 @@ public:
         }
         try {
             const Found found = FindApplication(userModelId);
-            if (!found.package) {
+            if (!found.package || !found.application) {
                 return notRegistered;
             }
             if (!StartApplication(found, arguments, processId)) {

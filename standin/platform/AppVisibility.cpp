@@ -11,7 +11,7 @@ namespace standin {
 namespace {
 
 // Looks at the desktop's windows at each question, so it is right in every process and without a desktop too.
-class AppVisibility final : public ComObject<IAppVisibility>
+class DesktopVisibility final : public ComObject<IAppVisibility>
 {
 public:
     HRESULT STDMETHODCALLTYPE GetAppVisibilityOnMonitor(HMONITOR, MONITOR_APP_VISIBILITY* mode) override
@@ -57,7 +57,7 @@ HRESULT CreateAppVisibility(REFIID interfaceId, void** object) noexcept
     if (FAILED(failure)) {
         return failure;
     }
-    return CreateComObject<AppVisibility>(interfaceId, object);
+    return CreateComObject<DesktopVisibility>(interfaceId, object);
 }
 
 } // namespace standin

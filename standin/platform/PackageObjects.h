@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 #include "standin/store/PackageStore.h"
 
 #include <windows.h>

@@ -32,7 +32,7 @@ public:
     explicit AllocationWatch(std::size_t failingIndex = kNone)
         : m_malloc("malloc", Allocate), m_free("free", Free)
     {
-        // The first exception of a thread allocates what the runtime keeps for the next ones.
+        // The first exception of a thread allocates what the C++ runtime keeps for the next ones.
         try {
             throw std::bad_alloc();
         } catch (const std::bad_alloc&) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 #include "support/FakeObjects.h"
 
 #include <activation.h>

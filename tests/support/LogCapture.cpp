@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <regex>
+#include <stdexcept>
 
 namespace {
 
@@ -34,7 +35,9 @@ LogCapture::LogCapture() : m_environment(L"LOCALAPPDATA", m_folder.Path().c_str(
     MakeFolder(folder);
     m_file = folder + L"\\QanHelperLog.txt";
     DiagnosticLog::SetEnabled(true);
-    DiagnosticLog::ComposePath();
+    if (DiagnosticLog::ComposePath() != 1) {
+        throw std::runtime_error("the path of the log cannot be composed");
+    }
 }
 
 LogCapture::~LogCapture()

@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -28,12 +28,6 @@ void DeleteTree(const std::wstring& path)
         FindClose(find);
     }
     RemoveDirectoryW(path.c_str());
-}
-
-void SetVariable(const std::wstring& name, const wchar_t* value)
-{
-    _wputenv((name + L"=" + (value ? value : L"")).c_str());
-    SetEnvironmentVariableW(name.c_str(), value);
 }
 
 } // namespace
@@ -78,16 +72,17 @@ bool Exists(const std::wstring& path)
 
 ScopedEnvironment::ScopedEnvironment(const wchar_t* name, const wchar_t* value) : m_name(name)
 {
-    const DWORD size = GetEnvironmentVariableW(name, nullptr, 0); // with the end of the text
-    m_wasSet = size > 0;
-    m_old.resize(size);
-    m_old.resize(GetEnvironmentVariableW(name, m_old.data(), size));
-    SetVariable(m_name, value);
+    if (const DWORD size = GetEnvironmentVariableW(name, nullptr, 0)) {
+        std::wstring old(size, L'\0');
+        old.resize(GetEnvironmentVariableW(name, old.data(), size));
+        m_old = std::move(old);
+    }
+    SetEnvironmentVariableW(name, value);
 }
 
 ScopedEnvironment::~ScopedEnvironment()
 {
-    SetVariable(m_name, m_wasSet ? m_old.c_str() : nullptr);
+    SetEnvironmentVariableW(m_name.c_str(), m_old ? m_old->c_str() : nullptr);
 }
 
 } // namespace test

@@ -106,6 +106,28 @@ TEST_F(CatalogFile, IsWrittenAnewWithTheSameBytesByTheNextProcess)
     EXPECT_EQ(Bytes(), before) << "no record came twice";
 }
 
+// A backup program may read it meanwhile. What only the preset knew is in no other place than the catalogue
+// by then.
+TEST_F(CatalogFile, HeldByAnotherProgramAtTheNextStartItCostsNoRecord)
+{
+    test::WriteFileBytes(
+        m_sandbox.PresetFile(),
+        "<Applications><DesktopApps><DesktopApp DisplayName=\"kept\" "
+        "LnkFileName=\"C:\\nowhere\\x.lnk\" NeedReserve=\"1\"/></DesktopApps></Applications>");
+    test::HostProcess host(m_sandbox);
+    EXPECT_EQ(host.Command("init"), "0x00000000");
+    host.Do("finalize");
+    const std::string before = Bytes();
+    EXPECT_NE(before.find("\"kept\""), std::string::npos) << before;
+    const HANDLE backup = CreateFileW(m_sandbox.CatalogFile().c_str(), GENERIC_READ, 0, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(backup, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(host.Command("init"), "0x00000000");
+    CloseHandle(backup);
+    host.Do("finalize");
+    EXPECT_EQ(Bytes(), before);
+}
+
 TEST_F(CatalogFile, NamesWithMarkupAreEscapedAndReadBack)
 {
     m_sandbox.AddCommonShortcut(L"rock & roll.lnk");

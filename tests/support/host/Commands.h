@@ -15,8 +15,8 @@ namespace host {
 //   search MODE EXCLUDE NAME    QanhLaunchBySearch
 //   browser TILE MODE EXCLUDE   QanhLaunchIEBySearch
 //   activate ID ARGUMENTS       QanhLaunchByManager
-//   installed NAME [null]       QanhIsInstalled: HRESULT and the flag, which is 7 before the call; with "null"
-//                               the flag's pointer is null
+//   installed NAME [null]       QanhIsInstalled: HRESULT and the flag, which is 7 before the call; with
+//                               "null" the flag's pointer is null
 //   installed-by-id ID [null]   QanhIsInstalledByAppUserModeID, likewise
 //   display-name FAMILY [null]  QanhGetAppDisplayNameByPFN: HRESULT and the text, null before the call
 //   release TEXT                QanhReleaseString of a copy of the text, or of a null pointer: "ok"
@@ -34,8 +34,8 @@ namespace host {
 //                               likewise, in a single-threaded or the multithreaded apartment
 //
 // An HRESULT is written as 0x%08X. An exception that left the library is answered with "exception", a command
-// that could not be carried out with "error" and the reason. In front of the answer of a thread whose apartment
-// is not what it was stands "apartment changed".
+// that could not be carried out with "error" and the reason. In front of the answer of a thread whose
+// apartment is not what it was stands "apartment changed".
 class Commands
 {
 public:

@@ -98,8 +98,8 @@ std::size_t CountThreads()
 std::size_t HeapBytes()
 {
     const HANDLE processHeap = GetProcessHeap();
-    const auto runtimeHeap = reinterpret_cast<HANDLE>(_get_heap_handle());
-    return BusyBytes(processHeap) + (runtimeHeap == processHeap ? 0 : BusyBytes(runtimeHeap));
+    const auto crtHeap = reinterpret_cast<HANDLE>(_get_heap_handle());
+    return BusyBytes(processHeap) + (crtHeap == processHeap ? 0 : BusyBytes(crtHeap));
 }
 
 void LookUpPackageManagerClass()

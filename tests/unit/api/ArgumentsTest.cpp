@@ -1,6 +1,6 @@
 // The argument checks of the exports.
 
-#include "api/Arguments.h"
+#include "api/Modes.h"
 
 #include "QanHelper.h"
 #include "support/ImportPatch.h"

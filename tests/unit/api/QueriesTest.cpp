@@ -2,7 +2,7 @@
 
 #include "QanHelper.h"
 
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "support/Allocations.h"
 #include "support/Apartments.h"
 #include "support/FakePackages.h"

@@ -118,7 +118,7 @@ TEST_F(AppNameListExclude, ClearsFoundWhenThereIsNothing)
 TEST_F(AppNameListExclude, AddsToWhatTheListHoldsAlready)
 {
     ExcludeList excluded;
-    excluded.AddUnique(L"WEB MAIL");
+    EXPECT_EQ(excluded.AddUnique(L"WEB MAIL"), S_OK);
     BOOL found = 7;
     EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", &excluded, &found), S_OK);
     EXPECT_THAT(test::Names(excluded),
@@ -152,11 +152,11 @@ TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
     CQanhAppNameList list;
     test::RecordProbe::Events events;
     for (const wchar_t* name : {L"a", L"b"}) {
-        auto package = std::make_unique<CQanhPackage>(name, PackageVersion(), FALSE, TRUE);
+        auto package = std::make_unique<CQanhPackage>(name, RecordVersion(), FALSE, TRUE);
         auto probe = std::make_unique<test::RecordProbe>(name, &events);
         probe->result = E_OUTOFMEMORY;
-        package->AddApplication(std::move(probe));
-        list.AddMetroPackage(std::move(package));
+        EXPECT_EQ(package->AddApplication(std::move(probe)), S_OK);
+        EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
     }
     EXPECT_EQ(Ask(list, L"mail").result, S_OK);
     EXPECT_THAT(events, ElementsAre(L"asked a", L"asked b"));
@@ -190,7 +190,7 @@ TEST_F(AppNameListExclude, LogsItsEarlyExits)
 {
     const test::LogCapture log;
     ExcludeList excluded;
-    m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr);
+    EXPECT_EQ(m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr), E_POINTER);
     Ask(m_list, L"");
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::GetExcludeAppNameList((null)) IN",
                                          "CQanhAppNameList::GetExcludeAppNameList OUT(0x80004003)",

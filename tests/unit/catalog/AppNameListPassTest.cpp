@@ -24,9 +24,10 @@ std::vector<std::wstring> Excluded(const CQanhAppNameList& list, BOOL* pFound = 
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName, const wchar_t* displayName)
 {
-    auto package = std::make_unique<CQanhPackage>(familyName, L"full", L"name", PackageVersion{1, 2, 3, 4});
-    package->AddApplication(
-        std::make_unique<CQanhMetroApp>(displayName, L"short mail", L"reading", L"mail reading"));
+    auto package = std::make_unique<CQanhPackage>(familyName, L"full", L"name", RecordVersion{1, 2, 3, 4});
+    EXPECT_EQ(package->AddApplication(
+                  std::make_unique<CQanhMetroApp>(displayName, L"short mail", L"reading", L"mail reading")),
+              S_OK);
     return package;
 }
 
@@ -35,8 +36,8 @@ class AppNameListPass : public ::testing::Test
 protected:
     AppNameListPass()
     {
-        m_list.AddMetroPackage(Package(L"A", L"Hotmail"));
-        m_list.AddDesktopApp(L"Gmail", L"C:\\Gmail.lnk");
+        EXPECT_EQ(m_list.AddMetroPackage(Package(L"A", L"Hotmail")), S_OK);
+        EXPECT_EQ(m_list.AddDesktopApp(L"Gmail", L"C:\\Gmail.lnk"), S_OK);
     }
 
     CQanhAppNameList m_list;
@@ -47,8 +48,8 @@ TEST_F(AppNameListPass, ALaunchIsAnsweredFromTheCatalogBeforeIt)
     const std::vector<std::wstring> before = Excluded(m_list);
     ASSERT_THAT(before, ElementsAre(L"Hotmail", L"short mail", L"Gmail"));
     m_list.BeginPass();
-    m_list.AddMetroPackage(Package(L"B", L"Fastmail"));
-    m_list.AddDesktopApp(L"Airmail", L"C:\\Airmail.lnk");
+    EXPECT_EQ(m_list.AddMetroPackage(Package(L"B", L"Fastmail")), S_OK);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Airmail", L"C:\\Airmail.lnk"), S_OK);
     m_list.SetPackagesInstalled({FALSE, TRUE});
     m_list.SetDesktopAppsInstalled({FALSE, TRUE});
     EXPECT_EQ(Excluded(m_list), before);
@@ -61,12 +62,14 @@ TEST_F(AppNameListPass, EverythingThatCountsForAQueryIsTheSameDuringIt)
     CQanhAppNameList list;
     auto package = Package(L"A", L"x");
     package->IsInstalled = FALSE;
-    list.AddMetroPackage(std::move(package));
-    auto readings = std::make_unique<CQanhPackage>(L"B", PackageVersion{}, TRUE, TRUE);
-    readings->AddApplication(std::make_unique<CQanhMetroApp>(L"Display", L"Short", L"mail", L"mail too"));
-    list.AddMetroPackage(std::move(readings));
-    list.AddDesktopApp(L"Webmail", L"C:\\Webmail.lnk");
-    list.AddDesktopApp(L"Mail", L"C:\\Mail.lnk");
+    EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
+    auto readings = std::make_unique<CQanhPackage>(L"B", RecordVersion{}, TRUE, TRUE);
+    EXPECT_EQ(
+        readings->AddApplication(std::make_unique<CQanhMetroApp>(L"Display", L"Short", L"mail", L"mail too")),
+        S_OK);
+    EXPECT_EQ(list.AddMetroPackage(std::move(readings)), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Webmail", L"C:\\Webmail.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Mail", L"C:\\Mail.lnk"), S_OK);
     list.SetDesktopAppsInstalled({TRUE, TRUE});
     BOOL foundBefore = FALSE;
     const std::vector<std::wstring> before = Excluded(list, &foundBefore);
@@ -84,7 +87,7 @@ TEST_F(AppNameListPass, TheRefreshItselfSeesItsChangesAtOnce)
     m_list.BeginPass();
     ASSERT_EQ(m_list.AddDesktopApp(L"Airmail", L"C:\\Airmail.lnk"), S_OK);
     EXPECT_EQ(m_list.AddDesktopApp(L"Airmail", L"C:\\Airmail.lnk"), S_FALSE);
-    m_list.AddMetroPackage(Package(L"B", L"Fastmail"));
+    EXPECT_EQ(m_list.AddMetroPackage(Package(L"B", L"Fastmail")), S_OK);
     EXPECT_NE(m_list.GetPackage(L"B"), nullptr);
     m_list.EndPass();
 }

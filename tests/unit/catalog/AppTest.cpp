@@ -242,7 +242,7 @@ TEST(CheckExcludeArguments, LooksForNullFirstThenForAnEmptyName)
 TEST(LowerWantedName, FoldsAsciiCapitalsOfACopy)
 {
     const wchar_t name[] = L"Word 2013 ÄÖ ＡＢ メール";
-    RuntimeText lower;
+    CrtText lower;
     ASSERT_EQ(LowerWantedName(name, lower), S_OK);
     EXPECT_STREQ(lower.get(), L"word 2013 ÄÖ ＡＢ メール");
     EXPECT_NE(lower.get(), name);
@@ -253,7 +253,7 @@ TEST(LowerWantedName, ReportsThatTheCopyCannotBeMade)
 {
     const test::ImportPatch<wchar_t* (*)(const wchar_t*)> patch(
         "_wcsdup", [](const wchar_t*) -> wchar_t* { return nullptr; });
-    RuntimeText lower;
+    CrtText lower;
     EXPECT_EQ(LowerWantedName(L"mail", lower), E_OUTOFMEMORY);
 }
 
@@ -261,7 +261,7 @@ TEST(LowerWantedName, ReportsThatTheCopyCannotBeLowered)
 {
     const test::ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch(
         "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; });
-    RuntimeText lower;
+    CrtText lower;
     EXPECT_EQ(LowerWantedName(L"mail", lower), E_FAIL);
 }
 
@@ -271,7 +271,7 @@ TEST(LowerWantedName, FreesItsCopy)
     static void* s_copy = nullptr;
     static void (*s_free)(void*) = nullptr;
     s_freed = 0;
-    RuntimeText lower;
+    CrtText lower;
     ASSERT_EQ(LowerWantedName(L"mail", lower), S_OK);
     s_copy = lower.get();
     s_free = reinterpret_cast<void (*)(void*)>(

@@ -318,7 +318,7 @@ TEST(DesktopAppExclude, LogsEveryEarlyExit)
 {
     const test::LogCapture log;
     const CQanhDesktopApp app(L"Word", L"C:\\a.lnk");
-    app.AddToExcludeAppNameList(nullptr, nullptr, nullptr);
+    EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, nullptr, nullptr), E_POINTER);
     Ask(app, L"");
     Ask(CQanhDesktopApp(L"Word", L"C:\\a.lnk", nullptr, nullptr, false, false), L"Word");
     Ask(CQanhDesktopApp(L"", L"C:\\a.lnk"), L"Word");
@@ -380,9 +380,9 @@ TEST(DesktopAppIsSameShortcut, LogsPathAndAnswer)
 {
     const CQanhDesktopApp app(L"Word", L"C:\\Word.lnk");
     const test::LogCapture log;
-    app.IsSameShortcut(L"c:\\word.lnk");
-    app.IsSameShortcut(L"");
-    app.IsSameShortcut(nullptr);
+    EXPECT_TRUE(app.IsSameShortcut(L"c:\\word.lnk"));
+    EXPECT_FALSE(app.IsSameShortcut(L""));
+    EXPECT_FALSE(app.IsSameShortcut(nullptr));
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhDesktopApp::IsSameShortcut IN(c:\\word.lnk)",
                             "CQanhDesktopApp::IsSameShortcut OUT(1)", "CQanhDesktopApp::IsSameShortcut IN()",

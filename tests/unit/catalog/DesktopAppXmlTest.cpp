@@ -106,8 +106,8 @@ TEST(DesktopAppToXmlNode, LogsItsResult)
     const test::LogCapture log;
     test::WriterProbe writer;
     EXPECT_EQ(CQanhDesktopApp(L"a", L"b").ToXmlNode(nullptr), E_POINTER);
-    CQanhDesktopApp(L"a", L"b", nullptr, nullptr, false, false).ToXmlNode(&writer);
-    CQanhDesktopApp(L"a", L"b").ToXmlNode(&writer);
+    EXPECT_EQ(CQanhDesktopApp(L"a", L"b", nullptr, nullptr, false, false).ToXmlNode(&writer), S_FALSE);
+    EXPECT_EQ(CQanhDesktopApp(L"a", L"b").ToXmlNode(&writer), S_OK);
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhDesktopApp::ToXmlNode IN", "CQanhDesktopApp::ToXmlNode OUT(0x80004003)",
                             "CQanhDesktopApp::ToXmlNode IN", "CQanhDesktopApp::ToXmlNode OUT(0x00000001)",

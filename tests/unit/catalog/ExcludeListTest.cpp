@@ -83,7 +83,7 @@ TEST(ExcludeList, StaysAsItWasWhenMemoryRunsOut)
 {
     const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
         ExcludeList list;
-        list.AddUnique(L"Mail");
+        EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
         HRESULT result = E_UNEXPECTED;
         bool failed = false;
         std::size_t left = 0;
@@ -107,7 +107,7 @@ TEST(ExcludeList, StaysAsItWasWhenMemoryRunsOut)
 TEST(ExcludeList, NeedsNoMemoryForANameThatIsThere)
 {
     ExcludeList list;
-    list.AddUnique(L"Mail");
+    EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
     HRESULT result = E_UNEXPECTED;
     {
         const test::AllocationWatch watch(0);

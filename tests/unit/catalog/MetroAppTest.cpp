@@ -425,7 +425,7 @@ TEST(MetroAppExclude, FreesItsCopyOfTheWantedName)
                 s_free(block);
             }
         });
-        app.AddToExcludeAppNameList(L"MAIL", &list, &found);
+        EXPECT_EQ(app.AddToExcludeAppNameList(L"MAIL", &list, &found), S_OK);
     }
     EXPECT_EQ(s_copies, 1);
     EXPECT_EQ(s_freed, 1);
@@ -453,7 +453,7 @@ TEST(MetroAppExclude, LogsEveryEarlyExit)
     const test::LogCapture log;
     const CQanhMetroApp app(L"Mail", L"mail");
     ExcludeList list;
-    app.AddToExcludeAppNameList(nullptr, &list, nullptr);
+    EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, &list, nullptr), E_POINTER);
     Ask(app, L"");
     Ask(app, L"mail");
     {

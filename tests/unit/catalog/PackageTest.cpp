@@ -38,7 +38,7 @@ std::vector<std::wstring> Apps(const CQanhPackage& package)
     return names;
 }
 
-constexpr PackageVersion kVersion{1, 2, 3, 4};
+constexpr RecordVersion kVersion{1, 2, 3, 4};
 
 TEST_F(PackageTest, HoldsItsVersionAsMajorMinorRevisionBuild)
 {
@@ -46,11 +46,11 @@ TEST_F(PackageTest, HoldsItsVersionAsMajorMinorRevisionBuild)
     EXPECT_EQ(kVersion.Minor, 2);
     EXPECT_EQ(kVersion.Revision, 3);
     EXPECT_EQ(kVersion.Build, 4);
-    EXPECT_EQ(PackageVersion(), (PackageVersion{0, 0, 0, 0}));
-    EXPECT_NE(kVersion, (PackageVersion{9, 2, 3, 4}));
-    EXPECT_NE(kVersion, (PackageVersion{1, 9, 3, 4}));
-    EXPECT_NE(kVersion, (PackageVersion{1, 2, 9, 4}));
-    EXPECT_NE(kVersion, (PackageVersion{1, 2, 3, 9}));
+    EXPECT_EQ(RecordVersion(), (RecordVersion{0, 0, 0, 0}));
+    EXPECT_NE(kVersion, (RecordVersion{9, 2, 3, 4}));
+    EXPECT_NE(kVersion, (RecordVersion{1, 9, 3, 4}));
+    EXPECT_NE(kVersion, (RecordVersion{1, 2, 9, 4}));
+    EXPECT_NE(kVersion, (RecordVersion{1, 2, 3, 9}));
 }
 
 TEST_F(PackageTest, IsInstalledAndNotReservedWhenItComesFromThePackageManager)
@@ -127,7 +127,7 @@ TEST_F(PackageTest, StaysAsItWasWhenMemoryRunsOut)
 {
     const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-        package.AddApplication(L"first", nullptr);
+        EXPECT_EQ(package.AddApplication(L"first", nullptr), S_OK);
         HRESULT result = E_UNEXPECTED;
         bool failed = false;
         std::size_t left = 0;
@@ -164,12 +164,12 @@ TEST_F(PackageTest, LogsTheAddingOfApplications)
 {
     CQanhPackage package(L"p", L"full", L"name", kVersion, 1);
     const test::LogCapture log;
-    package.AddApplication(std::unique_ptr<CQanhApp>());
-    package.AddApplication(Probe(L"a"));
-    package.AddApplication(Probe(L"b"));
-    package.AddApplication(L"Mail", L"M");
+    EXPECT_EQ(package.AddApplication(std::unique_ptr<CQanhApp>()), E_POINTER);
+    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"b")), E_OUTOFMEMORY);
+    EXPECT_EQ(package.AddApplication(L"Mail", L"M"), E_OUTOFMEMORY);
     package.DeleteAllApp();
-    package.AddApplication(L"Mail", nullptr);
+    EXPECT_EQ(package.AddApplication(L"Mail", nullptr), S_OK);
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x80004003)",
                             "CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x00000000)",
@@ -183,9 +183,9 @@ TEST_F(PackageTest, LogsTheAddingOfApplications)
 TEST_F(PackageTest, DeletesItsApplicationsFrontToBack)
 {
     CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-    package.AddApplication(Probe(L"b"));
-    package.AddApplication(Probe(L"a"));
-    package.AddApplication(Probe(L"c"));
+    EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"c")), S_OK);
     package.DeleteAllApp();
     EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a", L"deleted c"));
     EXPECT_EQ(package.Apps().Size(), 0u);
@@ -198,8 +198,8 @@ TEST_F(PackageTest, TakesItsApplicationsAlong)
     static_assert(std::has_virtual_destructor_v<CQanhPackage>);
     {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-        package.AddApplication(Probe(L"b"));
-        package.AddApplication(Probe(L"a"));
+        EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
+        EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
     }
     EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a"));
 }
@@ -211,10 +211,10 @@ TEST_F(PackageTest, LeavesNoMemoryBehind)
         const test::AllocationWatch watch;
         {
             CQanhPackage package(L"p", L"full", L"name", kVersion);
-            package.AddApplication(L"a", L"b");
-            package.AddApplication(L"c", L"d");
+            EXPECT_EQ(package.AddApplication(L"a", L"b"), S_OK);
+            EXPECT_EQ(package.AddApplication(L"c", L"d"), S_OK);
             package.DeleteAllApp();
-            package.AddApplication(L"e", L"f");
+            EXPECT_EQ(package.AddApplication(L"e", L"f"), S_OK);
             left = watch.Live();
             EXPECT_GT(left, 0u);
         }
@@ -226,18 +226,18 @@ TEST_F(PackageTest, LeavesNoMemoryBehind)
 TEST_F(PackageTest, ChangesVersionAndApplicationsWithAnotherRecord)
 {
     CQanhPackage package(L"a_1", {1, 0, 0, 0}, TRUE, FALSE);
-    package.AddApplication(Probe(L"old"));
+    EXPECT_EQ(package.AddApplication(Probe(L"old")), S_OK);
     {
         CQanhPackage replacement(L"b_1", L"full", L"name", {2, 0, 0, 0});
-        replacement.AddApplication(Probe(L"new"));
-        replacement.AddApplication(Probe(L"newer"));
+        EXPECT_EQ(replacement.AddApplication(Probe(L"new")), S_OK);
+        EXPECT_EQ(replacement.AddApplication(Probe(L"newer")), S_OK);
         package.SwapContents(replacement);
-        EXPECT_EQ(replacement.Version, (PackageVersion{1, 0, 0, 0}));
+        EXPECT_EQ(replacement.Version, (RecordVersion{1, 0, 0, 0}));
         EXPECT_THAT(Apps(replacement), ElementsAre(L"old"));
         EXPECT_THAT(m_events, IsEmpty());
     }
     EXPECT_THAT(m_events, ElementsAre(L"deleted old"));
-    EXPECT_EQ(package.Version, (PackageVersion{2, 0, 0, 0}));
+    EXPECT_EQ(package.Version, (RecordVersion{2, 0, 0, 0}));
     EXPECT_THAT(Apps(package), ElementsAre(L"new", L"newer"));
     // Everything else stays.
     EXPECT_STREQ(package.PackageFamilyName.c_str(), L"a_1");
@@ -273,8 +273,8 @@ TEST_F(PackageTest, LogsTheQuestionForItsFamilyName)
 {
     const CQanhPackage package(L"a_1", kVersion, FALSE, TRUE);
     const test::LogCapture log;
-    package.IsThisPackage(L"a_1");
-    package.IsThisPackage(L"A_1");
+    EXPECT_TRUE(package.IsThisPackage(L"a_1"));
+    EXPECT_FALSE(package.IsThisPackage(L"A_1"));
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhPackage::IsThisPackage(a_1) IN", "CQanhPackage::IsThisPackage OUT(1)",
                             "CQanhPackage::IsThisPackage(A_1) IN", "CQanhPackage::IsThisPackage OUT(0)"));
@@ -288,7 +288,7 @@ protected:
         for (const wchar_t* name : {L"b", L"a", L"c"}) {
             auto probe = Probe(name);
             m_probes.push_back(probe.get());
-            m_package.AddApplication(std::move(probe));
+            EXPECT_EQ(m_package.AddApplication(std::move(probe)), S_OK);
         }
     }
     ~PackageExcludeTest() override { m_package.DeleteAllApp(); }

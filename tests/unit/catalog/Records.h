@@ -2,10 +2,13 @@
 
 #include "catalog/App.h"
 #include "catalog/ExcludeList.h"
+#include "catalog/Package.h"
 
 #include <windows.h>
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace test {
@@ -34,7 +37,7 @@ Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<co
 {
     ExcludeList list;
     for (const wchar_t* name : listed) {
-        list.AddUnique(name);
+        EXPECT_EQ(list.AddUnique(name), S_OK);
     }
     Answer answer;
     answer.result = record.AddToExcludeAppNameList(wantedName, &list, &answer.found);
@@ -55,11 +58,12 @@ public:
                                     BOOL* pFound) const override
     {
         Note(L"asked ");
+        onAsked();
         foundBefore = *pFound;
         wanted = wantedName;
         *pFound = answersFound;
         if (addsItsName) {
-            pExcludeList->AddUnique(DisplayName.c_str());
+            EXPECT_EQ(pExcludeList->AddUnique(DisplayName.c_str()), S_OK);
         }
         return result;
     }
@@ -73,6 +77,7 @@ public:
     BOOL answersFound = FALSE;
     bool addsItsName = false;
     HRESULT result = S_OK;
+    std::function<void()> onAsked = [] {};
     mutable BOOL foundBefore = 7;
     mutable std::wstring wanted;
 
@@ -80,6 +85,20 @@ private:
     void Note(const wchar_t* what) const { m_pEvents->push_back(std::wstring(what) + DisplayName.c_str()); }
 
     Events* m_pEvents;
+};
+
+// A package that tells when it is deleted.
+class PackageProbe : public CQanhPackage
+{
+public:
+    PackageProbe(const wchar_t* familyName, std::function<void()> onDelete)
+        : CQanhPackage(familyName, RecordVersion(), FALSE, TRUE), m_onDelete(std::move(onDelete))
+    {
+    }
+    ~PackageProbe() override { m_onDelete(); }
+
+private:
+    std::function<void()> m_onDelete;
 };
 
 } // namespace test

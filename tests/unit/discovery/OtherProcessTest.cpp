@@ -73,7 +73,7 @@ TEST_F(OtherProcessStart, LooksForTheMutexFiveTimes)
     std::vector<HANDLE> closed;
     {
         const ClosedHandles closedHandles;
-        m_manager.Initialize();
+        (void)m_manager.Initialize();
         closed = closedHandles.Get();
     }
     ASSERT_EQ(looks.Get().size(), 5u);
@@ -103,7 +103,7 @@ TEST_F(OtherProcessStart, KeepsEachLookOpenWhileItPauses)
         DWORD flags = 0;
         s_open = s_open && GetHandleInformation(s_looks->Get().back().mutex, &flags);
     });
-    m_manager.Initialize();
+    (void)m_manager.Initialize();
     EXPECT_TRUE(s_open);
 }
 

@@ -258,6 +258,39 @@ TEST_F(PackageManagerStop, InALaterPassTheThreadSkipsWhatIsLeft)
     ExpectNothingHeld();
 }
 
+// Each look for a shortcut may take seconds, on a network share that is gone.
+TEST_F(PackageManagerStop, AListOfSlowShortcutsIsNotLookedThroughToItsEnd)
+{
+    std::wstring xml = L"<Applications><DesktopApps>";
+    for (int index = 0; index < 1000; ++index) {
+        xml += L"<DesktopApp DisplayName=\"x\" LnkFileName=\"C:\\" + std::to_wstring(index) +
+               L".lnk\" NeedReserve=\"1\" />";
+    }
+    test::WriteFileBytes(CatalogFile(), test::ToUtf8(xml + L"</DesktopApps></Applications>"));
+    m_passes = 1000; // only Finalize ends them
+    const HANDLE reached = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    int pass = 0;
+    int looks = 0; // of the second pass
+    m_onStep = [&](const std::wstring& step) {
+        if (step == L"wait 180000") {
+            ++pass;
+        } else if (pass == 1 && step.rfind(L"exists ", 0) == 0 && ++looks == 3) {
+            // What follows needs the end of the second pass.
+            m_shortWaits = 0;
+            SetEvent(reached);
+            m_wait.Original()(m_event, 20000);
+        }
+    };
+    Start();
+    DiagnosticLog::SetEnabled(false);
+    LetThreadRun();
+    ASSERT_EQ(m_wait.Original()(reached, 20000), DWORD{WAIT_OBJECT_0});
+    m_manager.Finalize();
+    CloseHandle(reached);
+    EXPECT_EQ(looks, 3);
+    ExpectNothingHeld();
+}
+
 TEST_F(PackageManagerStop, WithoutAThreadTheEventIsSignalledAndClosed)
 {
     m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);

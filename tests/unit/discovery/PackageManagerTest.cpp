@@ -124,7 +124,7 @@ TEST_F(PackageManagerStart, MutexIsCreatedForEverybodyAndNotTaken)
             SetLastError(ERROR_ACCESS_DENIED);
             return nullptr;
         });
-    m_manager.Initialize();
+    (void)m_manager.Initialize();
     EXPECT_TRUE(s_plain);
     EXPECT_EQ(s_name, MutexName());
 }
@@ -301,7 +301,7 @@ TEST_F(PackageManagerStart, AnEventWithoutAThreadIsNotAStart)
     const test::FakeSleep sleep;
     const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     m_manager.m_hExitEvent = event;
-    m_manager.Initialize();
+    (void)m_manager.Initialize();
     EXPECT_EQ(m_log.Lines().size(), InitializeLines(OtherLines() + PresetLines() + Lines(3), "").size());
 }
 

@@ -194,13 +194,30 @@ protected:
     bool WasSaved() const { return WasDone(L"save " + CatalogFile()); }
 };
 
-TEST_F(InterruptedPass, WhileMarkingFinishesMarkingAndAsksTheStore)
+TEST_F(InterruptedPass, WhileMarkingShortcutsLeavesTheRestAsItWasAndAsksTheStore)
 {
     RunUntil(L"exists C:\\x.lnk");
-    EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"exists C:\\x.lnk", L"exists C:\\y.lnk", L"store",
-                                     L"wait 180000"));
+    EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"exists C:\\x.lnk", L"store", L"wait 180000"));
     EXPECT_THAT(ThreadLines(), ElementsAreArray(StartLines() + kPassIn + kStore + kPassesOut));
     EXPECT_FALSE(test::Exists(CatalogFile()));
+    // Neither shortcut exists. The one that was looked for does not count as installed any more.
+    const std::wstring file = m_folder / L"now.xml";
+    ASSERT_EQ(m_manager.m_AppNameList.Save(file.c_str()), S_OK);
+    const std::string now = test::ReadFileBytes(file);
+    EXPECT_THAT(now, Not(HasSubstr("C:\\x.lnk")));
+    EXPECT_THAT(now, HasSubstr("C:\\y.lnk"));
+}
+
+TEST_F(InterruptedPass, WhileMarkingPackagesLeavesTheRestAsItWasAndAsksTheStore)
+{
+    WriteAndLoad("<Applications><Package PackageFamilyName=\"b\" /><Package PackageFamilyName=\"a\" />"
+                 "</Applications>");
+    RunUntil(L"family b");
+    EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"family b", L"store", L"wait 180000"));
+    EXPECT_FALSE(test::Exists(CatalogFile()));
+    // Neither package is installed.
+    EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"b")->IsInstalled, 0);
+    EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"a")->IsInstalled, 1);
 }
 
 TEST_F(InterruptedPass, WhileAskingTheStoreWalksNoFolder)

@@ -1,27 +1,135 @@
+// A start after a stop: what becomes of the records that the catalogue holds.
+
+#include "support/OtherProcess.h"
 #include "unit/discovery/Start.h"
 
 namespace discovery_test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
-TEST_F(PackageManagerStart, AStartAfterAStopHoldsEveryRecordOnce)
+// A program that reads a file and lets nobody else at it meanwhile, as a backup may do.
+const test::Part g_holdFile(L"HoldFile", [](const test::Part::Context& context) {
+    const HANDLE file = CreateFileW(context.Argument().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    context.ReadyUntilEnd();
+    CloseHandle(file);
+    return 0;
+});
+
+class SecondStart : public PackageManagerStart
+{
+protected:
+    void StartAndStop()
+    {
+        ASSERT_EQ(m_manager.Initialize(), S_OK);
+        SetEvent(m_manager.m_hExitEvent);
+        LetThreadRun();
+        m_manager.Finalize();
+        m_log.Clear();
+    }
+};
+
+TEST_F(SecondStart, HoldsEveryRecordOnce)
 {
     WriteCatalog();
-    ASSERT_EQ(m_manager.Initialize(), S_OK);
+    StartAndStop();
     ASSERT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
-    SetEvent(m_manager.m_hExitEvent);
-    LetThreadRun();
-    m_manager.Finalize();
     WriteCatalog();
     ASSERT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
 }
 
+TEST_F(SecondStart, TakesWhatTheFileHoldsNow)
+{
+    WriteCatalog();
+    StartAndStop();
+    test::WriteFileBytes(CatalogFile(), "<Applications><Package PackageFamilyName=\"mail_1\" /><DesktopApps>"
+                                        "<DesktopApp DisplayName=\"n\" LnkFileName=\"C:\\new.lnk\" />"
+                                        "</DesktopApps></Applications>");
+    ASSERT_EQ(m_manager.Initialize(), S_OK);
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\new.lnk"));
+    EXPECT_NE(m_manager.m_AppNameList.GetPackage(L"mail_1"), nullptr);
+}
+
+TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsHeldByAnotherProgram)
+{
+    test::WriteFileBytes(
+        CatalogFile(), "<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\" /><DesktopApps>"
+                       "<DesktopApp DisplayName=\"a\" LnkFileName=\"C:\\a.lnk\" />"
+                       "<DesktopApp DisplayName=\"b\" LnkFileName=\"C:\\b.lnk\" />"
+                       "</DesktopApps></Applications>");
+    StartAndStop();
+    const test::OtherProcess backup(L"HoldFile", CatalogFile());
+    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
+    EXPECT_THAT(m_log.Lines(), Contains(StartsWith("m_AppNameList.Load() failed. ErrCode = 0x8")));
+    EXPECT_NE(m_manager.m_AppNameList.GetPackage(L"mail_1"), nullptr);
+}
+
+TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsGone)
+{
+    WriteCatalog();
+    StartAndStop();
+    DeleteFileW(CatalogFile().c_str());
+    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
+}
+
+TEST_F(SecondStart, KeepsEveryRecordInAnotherProcessThanTheOwnerToo)
+{
+    WritePreset();
+    HoldMutexElsewhere();
+    const test::FakeSleep sleep;
+    ASSERT_EQ(m_manager.Initialize(), S_FALSE);
+    ASSERT_EQ(DeleteFileW(PresetFile().c_str()), TRUE);
+    EXPECT_EQ(m_manager.Initialize(), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\preset.lnk"));
+    WritePreset();
+    EXPECT_EQ(m_manager.Initialize(), S_FALSE);
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\preset.lnk"));
+}
+
+// The file is what counts once it could be opened, however the reading of it ended.
+TEST_F(SecondStart, TakesWhatABrokenFileHoldsUpToItsFault)
+{
+    WriteCatalog();
+    StartAndStop();
+    test::WriteFileBytes(CatalogFile(), "<Applications><DesktopApps>"
+                                        "<DesktopApp DisplayName=\"n\" LnkFileName=\"C:\\new.lnk\" />"
+                                        "<DesktopApp></DesktopApps>");
+    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    EXPECT_THAT(m_log.Lines(), Contains("m_AppNameList.Load() failed. ErrCode = 0xC00CEE3B "));
+    EXPECT_EQ(Shortcuts(m_manager)[0], L"C:\\new.lnk");
+    EXPECT_NE(Shortcuts(m_manager).back(), L"C:\\catalog.lnk");
+}
+
+TEST_F(SecondStart, TakesNothingFromAnEmptyFile)
+{
+    WriteCatalog();
+    StartAndStop();
+    test::WriteFileBytes(CatalogFile(), "");
+    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    EXPECT_THAT(m_log.Lines(), Contains(StartsWith("m_AppNameList.Load() failed. ErrCode = 0x")));
+    EXPECT_THAT(Shortcuts(m_manager), IsEmpty());
+}
+
+TEST_F(SecondStart, WritesTheSameLinesAsTheFirst)
+{
+    WriteEmptyCatalog();
+    StartAndStop();
+    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    EXPECT_EQ(m_log.Lines(),
+              InitializeLines(OwnerLines() + LoadLines(CatalogFile(), "0x00000001"), "0x00000000"));
+}
+
 TEST_F(PackageManagerStart, WhatStandsInTheCatalogBeforeTheFirstStartStays)
 {
     WriteCatalog();
-    m_manager.m_AppNameList.AddDesktopApp(L"early", L"C:\\early.lnk");
+    EXPECT_EQ(m_manager.m_AppNameList.AddDesktopApp(L"early", L"C:\\early.lnk"), S_OK);
     ASSERT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\early.lnk", L"C:\\catalog.lnk"));
 }

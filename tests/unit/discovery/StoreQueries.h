@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
 #include "support/Apartments.h"
 #include "support/FakePackages.h"
@@ -19,7 +19,7 @@ inline constexpr wchar_t kFamily[] = L"mail_1";
 // What the log says of a failure.
 inline std::string Message(HRESULT result)
 {
-    return test::ToUtf8(RuntimeError(result).Message());
+    return test::ToUtf8(WinRtError(result).Message());
 }
 
 // The system's packages, as the queries see them.

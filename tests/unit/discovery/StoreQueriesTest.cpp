@@ -287,7 +287,7 @@ TEST_F(FindPackage, RaisesTheFailureOfACallAfterLeavingEverything)
             try {
                 Find();
                 ADD_FAILURE() << call;
-            } catch (const RuntimeError& error) {
+            } catch (const WinRtError& error) {
                 EXPECT_EQ(error.Result(), E_ACCESSDENIED);
             }
         }));
@@ -441,7 +441,7 @@ TEST_F(FindPackage, ExRaisesTheFailureOfACallAfterLeavingEverything)
             try {
                 FindEx(L"word");
                 ADD_FAILURE() << call;
-            } catch (const RuntimeError& error) {
+            } catch (const WinRtError& error) {
                 EXPECT_EQ(error.Result(), E_ACCESSDENIED);
             }
         }));

@@ -1,7 +1,7 @@
 // The declarations of the platform's interfaces: their IDs, and the places of their methods.
 
 #include "platform/PackageManifest.h"
-#include "platform/RuntimePackages.h"
+#include "platform/WinRtPackages.h"
 
 #include <activation.h>
 

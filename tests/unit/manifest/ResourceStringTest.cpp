@@ -307,7 +307,7 @@ TEST_F(ResourceString, RunningOutOfMemoryIsRaised)
         {
             const test::AllocationWatch watch(index);
             try {
-                CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
+                (void)CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
             } catch (const std::bad_alloc&) {
                 raised = true;
             }

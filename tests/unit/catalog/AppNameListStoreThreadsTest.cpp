@@ -1,6 +1,6 @@
 // What a launch sees while Store packages enter the catalogue.
 
-#include "unit/catalog/StorePackages.h"
+#include "unit/catalog/AppNameListStore.h"
 
 #include <gmock/gmock.h>
 
@@ -15,7 +15,7 @@ using namespace store_test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST_F(StorePackages, ALaunchNeverSeesANewOneHalfRead)
+TEST_F(AppNameListStore, ALaunchNeverSeesANewOneHalfRead)
 {
     WriteManifest({"App X", "ms-resource:Name", "App Z"});
     std::vector<std::wstring> meanwhile = {L"not asked"};
@@ -26,7 +26,7 @@ TEST_F(StorePackages, ALaunchNeverSeesANewOneHalfRead)
     EXPECT_THAT(Excluded(), ElementsAre(L"app x", L"s app x", L"app z", L"s app z"));
 }
 
-TEST_F(StorePackages, ALaunchSeesTheOldNamesUntilTheNewOnesAreComplete)
+TEST_F(AppNameListStore, ALaunchSeesTheOldNamesUntilTheNewOnesAreComplete)
 {
     WriteManifest({"App X"});
     Add();
@@ -46,7 +46,7 @@ TEST_F(StorePackages, ALaunchSeesTheOldNamesUntilTheNewOnesAreComplete)
     EXPECT_THAT(Excluded(), ElementsAre(L"app b", L"s app b", L"app Y", L"app d", L"s app d"));
 }
 
-TEST_F(StorePackages, LaunchesBesideChangesSeeOneVersionOrTheOther)
+TEST_F(AppNameListStore, LaunchesBesideChangesSeeOneVersionOrTheOther)
 {
     WriteManifest({"App A1", "App A2"});
     Add();

@@ -1,8 +1,8 @@
 // How Store packages of the system enter the catalogue.
 
-#include "unit/catalog/StorePackages.h"
+#include "unit/catalog/AppNameListStore.h"
 
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "support/Allocations.h"
 #include "unit/catalog/CatalogFile.h"
 
@@ -17,7 +17,7 @@ using namespace store_test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST_F(StorePackages, ANewOneIsAddedWithItsApplications)
+TEST_F(AppNameListStore, ANewOneIsAddedWithItsApplications)
 {
     WriteManifest({"Mail", "Calendar"});
     EXPECT_EQ(Add(), S_OK);
@@ -33,14 +33,14 @@ TEST_F(StorePackages, ANewOneIsAddedWithItsApplications)
     EXPECT_EQ(m_list.PackageFamilyNames().size(), 1u);
 }
 
-TEST_F(StorePackages, NewOnesFollowThoseThatAreThere)
+TEST_F(AppNameListStore, NewOnesFollowThoseThatAreThere)
 {
     test::LoadText(m_list, "<r><Package PackageFamilyName=\"a\"/><Package PackageFamilyName=\"b\"/></r>");
     EXPECT_EQ(Add(), S_OK);
     EXPECT_STREQ(m_list.PackageFamilyNames().back().c_str(), kFamily);
 }
 
-TEST_F(StorePackages, WholeLogOfANewOne)
+TEST_F(AppNameListStore, WholeLogOfANewOne)
 {
     WriteManifest({"Mail"});
     const test::LogCapture log;
@@ -59,7 +59,7 @@ TEST_F(StorePackages, WholeLogOfANewOne)
             "CQanhAppNameList::AddMetroPackage OUT(0x00000000)"));
 }
 
-TEST_F(StorePackages, NullIsRefused)
+TEST_F(AppNameListStore, NullIsRefused)
 {
     const test::LogCapture log;
     EXPECT_EQ(m_list.AddMetroPackage(static_cast<platform::IPackage*>(nullptr)), E_POINTER);
@@ -69,28 +69,28 @@ TEST_F(StorePackages, NullIsRefused)
 
 // The manifest of a new one.
 
-TEST_F(StorePackages, ANewOneWithoutAManifestIsAddedWithoutApplications)
+TEST_F(AppNameListStore, ANewOneWithoutAManifestIsAddedWithoutApplications)
 {
     EXPECT_EQ(Add(), S_OK);
     ASSERT_NE(Record(), nullptr);
     EXPECT_THAT(DisplayNames(), IsEmpty());
 }
 
-TEST_F(StorePackages, ANewOneWithABrokenManifestKeepsWhatWasRead)
+TEST_F(AppNameListStore, ANewOneWithABrokenManifestKeepsWhatWasRead)
 {
     WriteManifest({"Mail"}, "</X>");
     EXPECT_EQ(Add(), S_OK);
     EXPECT_THAT(DisplayNames(), ElementsAre(L"mail"));
 }
 
-TEST_F(StorePackages, ANewOneWithUnresolvedNamesIsAddedWithTheReferences)
+TEST_F(AppNameListStore, ANewOneWithUnresolvedNamesIsAddedWithTheReferences)
 {
     WriteManifest({"ms-resource:Name"});
     EXPECT_EQ(Add(), S_OK);
     EXPECT_THAT(DisplayNames(), ElementsAre(L"ms-resource:name"));
 }
 
-TEST_F(StorePackages, ResourcesAreThoseOfThePackage)
+TEST_F(AppNameListStore, ResourcesAreThoseOfThePackage)
 {
     WriteManifest({"ms-resource:Name"});
     m_resources
@@ -100,7 +100,7 @@ TEST_F(StorePackages, ResourcesAreThoseOfThePackage)
     EXPECT_THAT(DisplayNames(), ElementsAre(L"Post"));
 }
 
-TEST_F(StorePackages, TheSystemsReaderIsUsedWhenItIsSet)
+TEST_F(AppNameListStore, TheSystemsReaderIsUsedWhenItIsSet)
 {
     WriteManifest({"Mail"});
     m_settings.SetDword(L"ManifestReaderSetting", 0);
@@ -113,7 +113,7 @@ TEST_F(StorePackages, TheSystemsReaderIsUsedWhenItIsSet)
     EXPECT_THAT(log.Lines(), ::testing::Contains("CQanhManifestReader::AddAppsToPackage OUT(0x80040154)"));
 }
 
-TEST_F(StorePackages, ThePathOfTheManifestHas259CharactersAtMost)
+TEST_F(AppNameListStore, ThePathOfTheManifestHas259CharactersAtMost)
 {
     // A folder in which the name of the manifest just fits, and some that are longer.
     for (const std::size_t length : {242u, 243u, 244u}) {
@@ -135,7 +135,7 @@ TEST_F(StorePackages, ThePathOfTheManifestHas259CharactersAtMost)
     EXPECT_THAT(DisplayNames(Record(L"244")), IsEmpty());
 }
 
-TEST_F(StorePackages, AFamilyNameInOtherLettersIsAnotherPackage)
+TEST_F(AppNameListStore, AFamilyNameInOtherLettersIsAnotherPackage)
 {
     Add();
     m_package->facts.familyName = L"CONTOSO.Mail_8wekyb3d8bbwe";
@@ -143,7 +143,7 @@ TEST_F(StorePackages, AFamilyNameInOtherLettersIsAnotherPackage)
     EXPECT_EQ(m_list.PackageFamilyNames().size(), 2u);
 }
 
-TEST_F(StorePackages, OneWithoutAFamilyNameIsAlwaysNew)
+TEST_F(AppNameListStore, OneWithoutAFamilyNameIsAlwaysNew)
 {
     m_package->facts.familyName.clear();
     EXPECT_EQ(Add(), S_OK);
@@ -151,7 +151,7 @@ TEST_F(StorePackages, OneWithoutAFamilyNameIsAlwaysNew)
     EXPECT_EQ(m_list.PackageFamilyNames().size(), 2u);
 }
 
-TEST_F(StorePackages, NamesMayHoldAnyCharactersAtAnyLength)
+TEST_F(AppNameListStore, NamesMayHoldAnyCharactersAtAnyLength)
 {
     const std::wstring family = L"\u30e1\xDC00\xD800%s" + std::wstring(5000, L'f');
     m_package->facts.familyName = family;
@@ -167,7 +167,7 @@ TEST_F(StorePackages, NamesMayHoldAnyCharactersAtAnyLength)
 
 // One that does not answer.
 
-class SilentPackage : public StorePackages, public ::testing::WithParamInterface<const char*>
+class SilentPackage : public AppNameListStore, public ::testing::WithParamInterface<const char*>
 {
 };
 
@@ -183,7 +183,7 @@ TEST_P(SilentPackage, IsAFailureAndChangesNothing)
         {
             const test::LogCapture log;
             EXPECT_EQ(Add(), E_FAIL);
-            const std::string message = test::ToUtf8(RuntimeError(E_ACCESSDENIED).Message());
+            const std::string message = test::ToUtf8(WinRtError(E_ACCESSDENIED).Message());
             EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::AddMetroPackage IN",
                                                  "CQanhAppNameList::AddMetroPackage OUT(" + message + ")"));
         }
@@ -219,7 +219,7 @@ TEST_P(SilentPackage, IsOutOfMemoryAfterAnyOtherException)
 
 // Limits.
 
-TEST_F(StorePackages, AFullListIsOutOfMemory)
+TEST_F(AppNameListStore, AFullListIsOutOfMemory)
 {
     CQanhAppNameList list(1);
     WriteManifest({"Mail"});
@@ -232,7 +232,7 @@ TEST_F(StorePackages, AFullListIsOutOfMemory)
     EXPECT_EQ(list.GetPackage(L"another"), nullptr);
 }
 
-TEST_F(StorePackages, AFullListOfApplicationsKeepsTheFirstOnes)
+TEST_F(AppNameListStore, AFullListOfApplicationsKeepsTheFirstOnes)
 {
     CQanhAppNameList list(2);
     WriteManifest({"Mail", "Calendar", "People"});
@@ -244,7 +244,7 @@ TEST_F(StorePackages, AFullListOfApplicationsKeepsTheFirstOnes)
     EXPECT_THAT(DisplayNames(list.GetPackage(kFamily)), ElementsAre(L"post", L"photos"));
 }
 
-TEST_F(StorePackages, RunningOutOfMemoryAddsNothingOrARecord)
+TEST_F(AppNameListStore, RunningOutOfMemoryAddsNothingOrARecord)
 {
     m_objects.isQuiet = true;
     WriteManifest({"A display name that is long"});
@@ -268,7 +268,7 @@ TEST_F(StorePackages, RunningOutOfMemoryAddsNothingOrARecord)
     EXPECT_GT(refused, 4u);
 }
 
-TEST_F(StorePackages, RunningOutOfMemoryLeavesAKnownOneWhole)
+TEST_F(AppNameListStore, RunningOutOfMemoryLeavesAKnownOneWhole)
 {
     m_objects.isQuiet = true;
     std::size_t refused = 0;
@@ -276,7 +276,7 @@ TEST_F(StorePackages, RunningOutOfMemoryLeavesAKnownOneWhole)
         CQanhAppNameList list;
         m_package->facts.version.Major = 1;
         WriteManifest({"A display name that is long"});
-        list.AddMetroPackage(m_package);
+        EXPECT_EQ(list.AddMetroPackage(m_package), S_OK);
         m_package->facts.version.Major = 2;
         WriteManifest({"Another display name"});
         HRESULT hr = S_OK;

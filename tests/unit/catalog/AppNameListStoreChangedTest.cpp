@@ -1,6 +1,6 @@
 // What becomes of Store packages that the catalogue knows already.
 
-#include "unit/catalog/StorePackages.h"
+#include "unit/catalog/AppNameListStore.h"
 
 #include "unit/catalog/CatalogFile.h"
 
@@ -15,7 +15,7 @@ using namespace store_test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST_F(StorePackages, TheSameVersionIsLeftAlone)
+TEST_F(AppNameListStore, TheSameVersionIsLeftAlone)
 {
     WriteManifest({"Mail"});
     Add();
@@ -42,7 +42,7 @@ struct VersionChange
     platform::PackageVersion version;
 };
 
-class ChangedVersion : public StorePackages, public ::testing::WithParamInterface<VersionChange>
+class ChangedVersion : public AppNameListStore, public ::testing::WithParamInterface<VersionChange>
 {
 };
 
@@ -50,7 +50,7 @@ TEST_P(ChangedVersion, IsReadAnew)
 {
     WriteManifest({"Mail", "Calendar"});
     Add();
-    Record()->IsInstalled = FALSE;
+    m_list.SetPackagesInstalled({FALSE});
     const CQanhPackage* record = Record();
     WriteManifest({"Post", "People", "Photos"});
     const platform::PackageVersion version = GetParam().version;
@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(In, ChangedVersion,
                                            VersionChange{"BuildAndRevisionTraded", {1, 2, 4, 3}}),
                          [](const auto& each) { return std::string(each.param.part); });
 
-TEST_F(StorePackages, WholeLogOfAChangedOne)
+TEST_F(AppNameListStore, WholeLogOfAChangedOne)
 {
     WriteManifest({"Mail"});
     Add();
@@ -107,7 +107,7 @@ TEST_F(StorePackages, WholeLogOfAChangedOne)
 }
 
 // Build and revision trade places when the file is read.
-TEST_F(StorePackages, AVersionFromTheFileIsChangedWhenBuildAndRevisionDiffer)
+TEST_F(AppNameListStore, AVersionFromTheFileIsChangedWhenBuildAndRevisionDiffer)
 {
     WriteManifest({"Mail"});
     test::LoadText(m_list,
@@ -117,7 +117,7 @@ TEST_F(StorePackages, AVersionFromTheFileIsChangedWhenBuildAndRevisionDiffer)
     EXPECT_STREQ(Record()->Name.c_str(), L"Contoso.Mail");
 }
 
-TEST_F(StorePackages, AVersionFromTheFileIsKnownWhenBuildAndRevisionAreTheSame)
+TEST_F(AppNameListStore, AVersionFromTheFileIsKnownWhenBuildAndRevisionAreTheSame)
 {
     WriteManifest({"Mail"});
     m_package->facts.version = {6, 2, 7, 7};
@@ -128,7 +128,7 @@ TEST_F(StorePackages, AVersionFromTheFileIsKnownWhenBuildAndRevisionAreTheSame)
     EXPECT_STREQ(Record()->Name.c_str(), L"");
 }
 
-TEST_F(StorePackages, AReservedOneIsNeverRefreshed)
+TEST_F(AppNameListStore, AReservedOneIsNeverRefreshed)
 {
     WriteManifest({"Mail"});
     test::LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" Version=\"0.0.0.1\" "
@@ -143,7 +143,7 @@ TEST_F(StorePackages, AReservedOneIsNeverRefreshed)
 }
 
 // The names are checked with the one reader and read with the other: what comes of the reading is not told.
-TEST_F(StorePackages, AChangedOneThatCannotBeReadAfterTheCheckHasNoApplications)
+TEST_F(AppNameListStore, AChangedOneThatCannotBeReadAfterTheCheckHasNoApplications)
 {
     WriteManifest({"Mail"});
     Add();
@@ -163,7 +163,7 @@ TEST_F(StorePackages, AChangedOneThatCannotBeReadAfterTheCheckHasNoApplications)
 
 // A changed one whose names cannot be had.
 
-TEST_F(StorePackages, UnresolvedNamesKeepTheRecordButForItsTwoNames)
+TEST_F(AppNameListStore, UnresolvedNamesKeepTheRecordButForItsTwoNames)
 {
     WriteManifest({"Mail"});
     Add();
@@ -187,7 +187,7 @@ TEST_F(StorePackages, UnresolvedNamesKeepTheRecordButForItsTwoNames)
     EXPECT_THAT(DisplayNames(), ElementsAre(L"post", L"Name"));
 }
 
-TEST_F(StorePackages, AMissingManifestKeepsTheRecordAndIsReported)
+TEST_F(AppNameListStore, AMissingManifestKeepsTheRecordAndIsReported)
 {
     WriteManifest({"Mail"});
     Add();
@@ -202,7 +202,7 @@ TEST_F(StorePackages, AMissingManifestKeepsTheRecordAndIsReported)
     EXPECT_STREQ(Record()->Name.c_str(), L"another name");
 }
 
-TEST_F(StorePackages, ABrokenManifestKeepsTheRecordAndIsReported)
+TEST_F(AppNameListStore, ABrokenManifestKeepsTheRecordAndIsReported)
 {
     WriteManifest({"Mail"});
     Add();

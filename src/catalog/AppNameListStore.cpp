@@ -2,7 +2,7 @@
 
 #include "catalog/AppNameList.h"
 #include "common/DiagnosticLog.h"
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 #include "manifest/ManifestReader.h"
 #include "manifest/StorePackage.h"
 
@@ -18,7 +18,7 @@ struct StoreIdentity
     WideString familyName;
     WideString fullName;
     WideString name;
-    PackageVersion version;
+    RecordVersion version;
     WideString manifestPath;
 };
 
@@ -50,13 +50,13 @@ std::unique_ptr<CQanhPackage> MakeRecord(const StoreIdentity& identity, std::siz
 
 HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noexcept
 {
-    DiagnosticLog::WriteLine("%S IN\r\n", kName);
+    LogIn(kName);
     if (!pStorePackage) {
         return LogOut(kName, E_POINTER);
     }
     try {
         return LogOut(kName, AddStorePackage(pStorePackage));
-    } catch (const RuntimeError& error) {
+    } catch (const WinRtError& error) {
         DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
         return E_FAIL;
     } catch (...) {
@@ -67,37 +67,47 @@ HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noe
 HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
 {
     const StoreIdentity identity = ReadIdentity(pStorePackage);
-    if (CQanhPackage* package = GetPackage(identity.familyName.c_str())) {
+    if (const CQanhPackage* package = GetPackage(identity.familyName.c_str())) {
         return RefreshPackage(*package, identity);
     }
     // A new record is filled before the list gets it, so that a launch never sees it half read.
     std::unique_ptr<CQanhPackage> package = MakeRecord(identity, m_listLimit);
-    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), package.get());
+    // A manifest that cannot be read costs the applications, not the package; it is in the log.
+    (void)CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), package.get());
     return AddMetroPackage(std::move(package));
 }
 
-HRESULT CQanhAppNameList::RefreshPackage(CQanhPackage& package, const StoreIdentity& identity)
+template <typename Change> void CQanhAppNameList::ChangePackage(const CQanhPackage& package, Change change)
 {
+    const auto lists = m_lists.Write();
+    for (auto& record : lists->packages) {
+        if (record.get() == &package) {
+            change(*record);
+        }
+    }
+}
+
+HRESULT CQanhAppNameList::RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity)
+{
+    // Read without the lock: it is this thread that changes records, and no other does while it runs.
     if (package.NeedReserve || package.Version == identity.version) {
         return S_OK;
-    }
-    {
-        const auto lists = m_lists.Write();
-        package.FullName = identity.fullName;
-        package.Name = identity.name;
-    }
-    BOOL can = FALSE;
-    const HRESULT hr =
-        CQanhManifestReader::IsCanGetAppNameFromManifest(identity.manifestPath.c_str(), &package, &can);
-    if (FAILED(hr) || !can) {
-        return hr;
     }
     // The applications are read into a record that starts without any and changes places with the old one
     // when it is complete: a launch sees the names of one version or of the other.
     const std::unique_ptr<CQanhPackage> replacement = MakeRecord(identity, m_listLimit);
+    ChangePackage(package, [&](CQanhPackage& record) {
+        record.FullName = identity.fullName;
+        record.Name = identity.name;
+    });
+    BOOL can = FALSE;
+    const HRESULT hr = CQanhManifestReader::IsCanGetAppNameFromManifest(identity.manifestPath.c_str(),
+                                                                        replacement.get(), &can);
+    if (FAILED(hr) || !can) {
+        return hr;
+    }
     replacement->DeleteAllApp();
-    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());
-    const auto lists = m_lists.Write();
-    package.SwapContents(*replacement);
+    (void)CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());
+    ChangePackage(package, [&](CQanhPackage& record) { record.SwapContents(*replacement); });
     return hr;
 }

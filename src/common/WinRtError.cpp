@@ -1,4 +1,6 @@
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
+
+#include "common/DiagnosticLog.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -29,11 +31,28 @@ std::wstring MessageOf(HRESULT result)
 
 } // namespace
 
-RuntimeError::RuntimeError(HRESULT result) : m_result(result), m_message(MessageOf(result)) {}
+WinRtError::WinRtError(HRESULT result) : m_result(result), m_message(MessageOf(result)) {}
 
 void ThrowIfFailed(HRESULT result)
 {
     if (FAILED(result)) {
-        throw RuntimeError(result);
+        throw WinRtError(result);
+    }
+}
+
+void LogOut(const wchar_t* operation, const WinRtError& error) noexcept
+{
+    DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
+}
+
+HRESULT LogCaught(const wchar_t* operation, HRESULT resultOfOthers) noexcept
+{
+    try {
+        throw;
+    } catch (const WinRtError& error) {
+        LogOut(operation, error);
+        return E_FAIL;
+    } catch (...) {
+        return LogOut(operation, resultOfOthers);
     }
 }

@@ -1,6 +1,6 @@
 // The message that an error of the Windows Runtime brings into the log.
 
-#include "common/RuntimeError.h"
+#include "common/WinRtError.h"
 
 #include "support/ImportPatch.h"
 
@@ -30,10 +30,10 @@ std::wstring MessageWith(const wchar_t* text, HRESULT result = E_FAIL)
 {
     g_text = text;
     const test::ImportPatch<decltype(&Text)> patch("FormatMessageW", Text);
-    return RuntimeError(result).Message();
+    return WinRtError(result).Message();
 }
 
-TEST(RuntimeErrorMessage, IsTheSystemsTextForTheResult)
+TEST(WinRtErrorMessage, IsTheSystemsTextForTheResult)
 {
     EXPECT_EQ(MessageWith(L"No such thing.", E_ACCESSDENIED), L"No such thing.");
     EXPECT_EQ(g_id, static_cast<DWORD>(E_ACCESSDENIED));
@@ -43,20 +43,20 @@ TEST(RuntimeErrorMessage, IsTheSystemsTextForTheResult)
     EXPECT_FALSE(g_flags & FORMAT_MESSAGE_ALLOCATE_BUFFER);
 }
 
-TEST(RuntimeErrorMessage, HasNoBlanksBehindIt)
+TEST(WinRtErrorMessage, HasNoBlanksBehindIt)
 {
     EXPECT_EQ(MessageWith(L"Denied.  "), L"Denied.");
     EXPECT_EQ(MessageWith(L" Two words "), L" Two words");
 }
 
-TEST(RuntimeErrorMessage, IsTheNumberWhereTheSystemHasNoText)
+TEST(WinRtErrorMessage, IsTheNumberWhereTheSystemHasNoText)
 {
     EXPECT_EQ(MessageWith(L"", static_cast<HRESULT>(0x8ABCDEF0)), L"0x8ABCDEF0");
     EXPECT_EQ(MessageWith(L"   ", E_FAIL), L"0x80004005");
 }
 
 // It has to fit in a line of the trace, whatever its characters become there.
-TEST(RuntimeErrorMessage, IsCutWhenItIsTooLong)
+TEST(WinRtErrorMessage, IsCutWhenItIsTooLong)
 {
     EXPECT_EQ(MessageWith(std::wstring(250, L'x').c_str()), std::wstring(250, L'x'));
     EXPECT_EQ(MessageWith(std::wstring(2000, L'x').c_str()), std::wstring(250, L'x'));
@@ -64,31 +64,31 @@ TEST(RuntimeErrorMessage, IsCutWhenItIsTooLong)
               std::wstring(249, L'x'));
 }
 
-TEST(RuntimeErrorMessage, OutlivesACopyOfTheError)
+TEST(WinRtErrorMessage, OutlivesACopyOfTheError)
 {
     std::wstring message;
     try {
-        throw RuntimeError(static_cast<HRESULT>(0xA0000001));
-    } catch (const RuntimeError& error) {
-        const RuntimeError copy(error); // NOLINT(performance-unnecessary-copy-initialization)
+        throw WinRtError(static_cast<HRESULT>(0xA0000001));
+    } catch (const WinRtError& error) {
+        const WinRtError copy(error); // NOLINT(performance-unnecessary-copy-initialization)
         message = copy.Message();
     }
     EXPECT_EQ(message, L"0xA0000001");
 }
 
-TEST(RuntimeErrorMessage, IsNotNeededToCatchTheError)
+TEST(WinRtErrorMessage, IsNotNeededToCatchTheError)
 {
-    EXPECT_THROW(throw RuntimeError(E_FAIL), std::exception);
-    EXPECT_STRNE(RuntimeError(E_FAIL).what(), "");
+    EXPECT_THROW(throw WinRtError(E_FAIL), std::exception);
+    EXPECT_STRNE(WinRtError(E_FAIL).what(), "");
 }
 
-TEST(RuntimeErrorMessage, NoSuccessRaisesIt)
+TEST(WinRtErrorMessage, NoSuccessRaisesIt)
 {
     for (const HRESULT result : {S_OK, S_FALSE, HRESULT(0x7FFFFFFF)}) {
         EXPECT_NO_THROW(ThrowIfFailed(result));
     }
     for (const HRESULT result : {E_FAIL, E_POINTER, static_cast<HRESULT>(0xFFFFFFFF)}) {
-        EXPECT_THROW(ThrowIfFailed(result), RuntimeError);
+        EXPECT_THROW(ThrowIfFailed(result), WinRtError);
     }
 }
 

@@ -20,11 +20,11 @@ namespace store_test {
 inline constexpr wchar_t kFamily[] = L"Contoso.Mail_8wekyb3d8bbwe";
 
 // A package of the system with a real manifest, and a catalogue.
-class StorePackages : public ::testing::Test
+class AppNameListStore : public ::testing::Test
 {
 protected:
-    StorePackages() : m_package(m_objects.Make<test::FakePackage>(Facts())) { m_package->AddRef(); }
-    ~StorePackages() override
+    AppNameListStore() : m_package(m_objects.Make<test::FakePackage>(Facts())) { m_package->AddRef(); }
+    ~AppNameListStore() override
     {
         m_package->Release();
         EXPECT_THAT(m_objects.Leaks(), ::testing::IsEmpty());
@@ -42,7 +42,7 @@ protected:
     }
 
     HRESULT Add() { return m_list.AddMetroPackage(m_package); }
-    CQanhPackage* Record(const wchar_t* familyName = kFamily) { return m_list.GetPackage(familyName); }
+    const CQanhPackage* Record(const wchar_t* familyName = kFamily) { return m_list.GetPackage(familyName); }
 
     static std::vector<std::wstring> DisplayNames(const CQanhPackage* package)
     {
@@ -54,9 +54,9 @@ protected:
     }
     std::vector<std::wstring> DisplayNames() { return DisplayNames(Record()); }
 
-    static PackageVersion VersionOf(UINT16 major, UINT16 minor, UINT16 build, UINT16 revision)
+    static RecordVersion VersionOf(UINT16 major, UINT16 minor, UINT16 build, UINT16 revision)
     {
-        PackageVersion version;
+        RecordVersion version;
         version.Major = major;
         version.Minor = minor;
         version.Build = build;
@@ -69,7 +69,7 @@ protected:
     {
         ExcludeList names;
         BOOL found = FALSE;
-        m_list.GetExcludeAppNameList(L"app", &names, &found);
+        EXPECT_EQ(m_list.GetExcludeAppNameList(L"app", &names, &found), S_OK);
         return test::Names(names);
     }
 

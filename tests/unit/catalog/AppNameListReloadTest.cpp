@@ -1,0 +1,131 @@
+// What becomes of the catalogue's records when its file is read once more.
+
+#include "catalog/AppNameList.h"
+
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
+#include "support/Text.h"
+#include "unit/catalog/CatalogFile.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using test::Lines;
+using test::SavedText;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::string_view kMail = "    <Package PackageFamilyName=\"mail_1\" Version=\"1.0.0.0\">\r\n"
+                                   "      <MetroApp DisplayName=\"Mail\" />\r\n"
+                                   "    </Package>";
+
+class AppNameListReload : public testing::Test
+{
+protected:
+    HRESULT Reload(std::string_view text)
+    {
+        test::WriteFileBytes(m_path, text);
+        return m_list.Reload(m_path.c_str());
+    }
+    std::vector<std::wstring> Shortcuts() const
+    {
+        std::vector<std::wstring> shortcuts;
+        for (const WideString& shortcut : m_list.DesktopShortcuts()) {
+            shortcuts.emplace_back(shortcut.c_str());
+        }
+        return shortcuts;
+    }
+
+    test::TemporaryFolder m_folder;
+    const std::wstring m_path = m_folder / L"AppNameList.xml";
+    CQanhAppNameList m_list;
+};
+
+TEST_F(AppNameListReload, PutsTheFilesRecordsInThePlaceOfAllOthers)
+{
+    ASSERT_EQ(m_list.AddDesktopApp(L"old", L"C:\\old.lnk"), S_OK);
+    ASSERT_EQ(m_list.AddMetroPackage(std::make_unique<CQanhPackage>(L"old_1", RecordVersion(), TRUE, TRUE)),
+              S_OK);
+    const std::string text = test::Document(
+        {"  <MetroApps>", kMail, "  </MetroApps>", "  <DesktopApps>",
+         "    <DesktopApp DisplayName=\"New\" LnkFileName=\"C:\\new.lnk\" />", "  </DesktopApps>"});
+    EXPECT_EQ(Reload(text + "\r\n</Applications>"), S_FALSE);
+    EXPECT_EQ(SavedText(m_list), text);
+}
+
+TEST_F(AppNameListReload, LeavesAllAsItWasWhenTheFileCannotBeOpened)
+{
+    ASSERT_EQ(m_list.AddDesktopApp(L"old", L"C:\\old.lnk"), S_OK);
+    EXPECT_EQ(m_list.Reload(nullptr), E_POINTER);
+    EXPECT_EQ(m_list.Reload(L""), E_INVALIDARG);
+    EXPECT_EQ(m_list.Reload(m_path.c_str()), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
+    EXPECT_THAT(Shortcuts(), ElementsAre(L"C:\\old.lnk"));
+}
+
+TEST_F(AppNameListReload, TakesWhatABrokenFileHoldsUpToItsFault)
+{
+    ASSERT_EQ(m_list.AddDesktopApp(L"old", L"C:\\old.lnk"), S_OK);
+    EXPECT_EQ(Reload("<Applications><DesktopApps><DesktopApp LnkFileName=\"C:\\new.lnk\" /></Applications>"),
+              static_cast<HRESULT>(0xC00CEE3B));
+    EXPECT_THAT(Shortcuts(), ElementsAre(L"C:\\new.lnk"));
+    EXPECT_TRUE(FAILED(Reload("")));
+    EXPECT_THAT(Shortcuts(), IsEmpty());
+}
+
+TEST_F(AppNameListReload, KeepsToTheListsLimit)
+{
+    CQanhAppNameList list(1);
+    test::WriteFileBytes(m_path, "<Applications><DesktopApps><DesktopApp DisplayName=\"a\" />"
+                                 "<DesktopApp DisplayName=\"b\" /></DesktopApps></Applications>");
+    EXPECT_EQ(list.Reload(m_path.c_str()), S_FALSE);
+    EXPECT_EQ(list.DesktopShortcuts().size(), 1u);
+    EXPECT_EQ(list.AddDesktopApp(L"c", L"C:\\c.lnk"), E_OUTOFMEMORY);
+}
+
+TEST_F(AppNameListReload, LogsTheLinesOfALoad)
+{
+    const test::LogCapture log;
+    EXPECT_EQ(Reload("<Applications />"), S_FALSE);
+    const std::string in = "CQanhAppNameList::Load(" + test::ToUtf8(m_path) + ") IN";
+    EXPECT_THAT(log.Lines(), ElementsAre(in, "CQanhAppNameList::Load OUT(0x00000001)"));
+}
+
+TEST_F(AppNameListReload, IsSeenAsOneStep)
+{
+    const std::wstring paths[] = {m_folder / L"a.xml", m_folder / L"b.xml"};
+    const char* const names[] = {"a.lnk", "b.lnk"};
+    for (int file = 0; file < 2; ++file) {
+        std::string xml = "<Applications><DesktopApps>";
+        for (int record = 0; record < 30; ++record) {
+            xml += std::string("<DesktopApp LnkFileName=\"") + names[file] + "\" />";
+        }
+        test::WriteFileBytes(paths[file], xml + "</DesktopApps></Applications>");
+    }
+    ASSERT_EQ(m_list.Reload(paths[0].c_str()), S_FALSE);
+    std::atomic<bool> isOver = false;
+    std::thread reloading([&] {
+        for (int round = 1; !isOver; ++round) {
+            EXPECT_EQ(m_list.Reload(paths[round % 2].c_str()), S_FALSE);
+        }
+    });
+    int seen[2] = {};
+    while (!HasFailure() && (seen[0] < 10 || seen[1] < 10)) {
+        const std::vector<std::wstring> shortcuts = Shortcuts();
+        EXPECT_EQ(shortcuts.size(), 30u);
+        const std::wstring first = shortcuts.empty() ? L"" : shortcuts.front();
+        EXPECT_THAT(shortcuts, testing::Each(first));
+        ++seen[first == L"b.lnk"];
+    }
+    isOver = true;
+    reloading.join();
+}
+
+} // namespace
