@@ -18,9 +18,7 @@ function(qanhelper_symbols library code)
         CXX_COMPILER_LAUNCHER "${relative_paths};${CMAKE_CXX_COMPILER_LAUNCHER}"
         CXX_LINKER_LAUNCHER "${relative_paths}")
       target_compile_options(${target} PRIVATE
-        $<$<COMPILE_LANGUAGE:CXX>:-g;-gcodeview;-ffile-compilation-dir=.;-ffile-prefix-map=${to_sources}/=>
-        # Whether a terminal is there is part of the command, too.
-        $<$<COMPILE_LANGUAGE:CXX>:-fno-color-diagnostics>)
+        $<$<COMPILE_LANGUAGE:CXX>:-g;-gcodeview;-ffile-compilation-dir=.;-ffile-prefix-map=${to_sources}/=>)
     endforeach()
     set(pdb ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library}.pdb)
     target_link_options(${library} PRIVATE -Wl,--pdb=${pdb} -Wl,-Xlink=-pdbaltpath:${library}.pdb
