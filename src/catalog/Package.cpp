@@ -97,21 +97,6 @@ void CQanhPackage::DeleteAllApp() noexcept
     LogOut(kName);
 }
 
-std::unique_ptr<CQanhPackage> CQanhPackage::Copy() const
-{
-    auto copy = std::make_unique<CQanhPackage>(PackageFamilyName.c_str(), Version, NeedReserve, IsInstalled,
-                                               m_apps.SizeLimit());
-    copy->FullName = FullName;
-    copy->Name = Name;
-    for (const auto& app : m_apps) {
-        // The applications of a package are Store applications.
-        if (const auto* metroApp = dynamic_cast<const CQanhMetroApp*>(app.get())) {
-            copy->m_apps.Append(std::make_unique<CQanhMetroApp>(*metroApp));
-        }
-    }
-    return copy;
-}
-
 void CQanhPackage::SwapContents(CQanhPackage& other) noexcept
 {
     std::swap(Version, other.Version);

@@ -84,9 +84,7 @@ DWORD CQanhPackageManager::Refresh(CQanhPackageManager* pPyxPackageManager) noex
         return 0;
     }
     do {
-        pPyxPackageManager->m_AppNameList.BeginPass();
         pPyxPackageManager->RunPass(catalogPath, commonPrograms, userPrograms);
-        pPyxPackageManager->m_AppNameList.EndPass();
         // From the end of the first pass on the file is current, and other processes may load it.
         CloseInstanceMutex();
     } while (WaitForSingleObject(exitEvent, interval) == WAIT_TIMEOUT);
