@@ -7,9 +7,30 @@
 
 #include <cstdio>
 #include <cwchar>
+#include <optional>
 #include <utility>
 
 namespace {
+
+// The parts of the text that are there, up to the first that is not a number.
+RecordVersion ReadVersion(const wchar_t* text) noexcept
+{
+    RecordVersion version;
+    // Deliberate: the numbers go into the parts as these are held, so build and revision trade places each
+    // time a version is read and written.
+    for (UINT16* part : {&version.Major, &version.Minor, &version.Revision, &version.Build}) {
+        const std::optional<UINT32> number = CatalogXml::TakeNumber(text);
+        if (!number) {
+            break;
+        }
+        *part = static_cast<UINT16>(*number);
+        if (*text != L'.') {
+            break;
+        }
+        ++text;
+    }
+    return version;
+}
 
 struct PackageAttributes
 {
@@ -23,11 +44,7 @@ struct PackageAttributes
         if (Xml::NamesEqual(name, CatalogXml::kPackageFamilyName)) {
             packageFamilyName = value;
         } else if (Xml::NamesEqual(name, CatalogXml::kVersion)) {
-            // Deliberate: the numbers go into the parts as these are held, so build and revision trade places
-            // each time a version is read and written.
-            version = RecordVersion();
-            (void)std::swscanf(value, L"%hu.%hu.%hu.%hu", &version.Major, &version.Minor, &version.Revision,
-                               &version.Build);
+            version = ReadVersion(value);
         } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
             // Deliberate: a value that is no number reserves.
             needReserve = CatalogXml::ReadFlag(value, TRUE);
