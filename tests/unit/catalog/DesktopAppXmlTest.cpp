@@ -252,30 +252,34 @@ TEST(DesktopAppFromXmlNode, KeepsOverlongRawPathsThatCannotBeExpanded)
               std::wstring(400, L'p'));
 }
 
-TEST(DesktopAppFromXmlNode, CutsPathsAtTheSizeOfAPathBuffer)
+// A path has 259 characters at most. Cut to that it would be the path of another file.
+TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhenItsExpansionIsTooLong)
 {
-    for (const std::size_t length : {258u, 259u}) {
-        const auto app = Read("<DesktopApp LnkFileName=\"" + std::string(length, 'p') + "\"/>");
-        EXPECT_EQ(app->LnkFileName.c_str(), std::wstring(length, L'p'));
+    const test::ScopedEnvironment variable(L"QanhMenu", std::wstring(200, L'm').c_str());
+    for (const std::size_t length : {1u, 258u, 259u, 260u, 261u, 1000u}) {
+        SCOPED_TRACE(length);
+        const auto plain = Read("<DesktopApp LnkFileName=\"" + std::string(length, 'p') + "\"/>");
+        EXPECT_EQ(plain->LnkFileName.c_str(), std::wstring(length, L'p'));
     }
-    for (const std::size_t length : {260u, 261u, 1000u}) {
+    for (const std::size_t length : {201u, 258u, 259u, 260u, 261u, 1000u}) {
+        SCOPED_TRACE(length);
+        const std::wstring rest(length - 200, L'p');
         const auto app =
-            Read("<DesktopApp DisplayName=\"a\" LnkFileName=\"" + std::string(length, 'p') + "\"/>");
+            Read("<DesktopApp DisplayName=\"a\" LnkFileName=\"%QanhMenu%" + test::ToUtf8(rest) + "\"/>");
+        EXPECT_EQ(app->LnkFileName.c_str(),
+                  (length < 260 ? std::wstring(200, L'm') : std::wstring(L"%QanhMenu%")) + rest);
         EXPECT_STREQ(app->DisplayName.c_str(), L"a");
-        const std::wstring path = app->LnkFileName.c_str();
-        EXPECT_LE(path.size(), 259u);
-        EXPECT_EQ(path, std::wstring(path.size(), L'p'));
     }
 }
 
-TEST(DesktopAppFromXmlNode, EndsThePathItselfWhenThePlatformDoesNot)
+TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhateverAFailedExpansionLeaves)
 {
     const test::ImportPatch<DWORD(WINAPI*)(LPCWSTR, LPWSTR, DWORD)> patch(
         "ExpandEnvironmentStringsW", [](LPCWSTR, LPWSTR buffer, DWORD size) -> DWORD {
             std::fill_n(buffer, size, L'q');
             return size + 1;
         });
-    EXPECT_EQ(Read(R"(<DesktopApp LnkFileName="a"/>)")->LnkFileName.c_str(), std::wstring(259, L'q'));
+    EXPECT_STREQ(Read(R"(<DesktopApp LnkFileName="a"/>)")->LnkFileName.c_str(), L"a");
 }
 
 TEST(DesktopAppFromXmlNode, KeepsEveryScript)
