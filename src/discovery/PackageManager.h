@@ -71,7 +71,9 @@ public:
 
     // The first package of the family that is installed for the user, or none; with a fragment, the first one
     // that depends on a package whose family name contains it, whatever the case of Latin letters. The
-    // fragment is not null, here and below. A failing call of the platform is raised as a WinRtError.
+    // fragment is not null, here and below. A failing call of the platform is raised as a WinRtError. They
+    // leave the Windows Runtime before they hand the package out: the caller holds an apartment of its own
+    // around the call and all that is done with the package, its release included.
     [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackage>
     FindPackageByName(const wchar_t* familyName);
     [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackage>

@@ -92,6 +92,14 @@ ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* 
     return package;
 }
 
+// An apartment for a package: entered before the package is looked for, left after it is released. The search
+// leaves its own before it hands the package out, and a thread that has no other would be without one then.
+// Whether it could be entered is not asked: if not, the search fails for the same reason, and logs it.
+[[nodiscard]] WinRtApartment EnterForPackage() noexcept
+{
+    return WinRtApartment(RoInitialize(RO_INIT_SINGLETHREADED));
+}
+
 // The two questions whether a package is installed differ only in how it is found.
 template <typename Find>
 HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* pIsInstalled, Find find)
@@ -101,6 +109,7 @@ HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* 
     if (FAILED(hr)) {
         return LogOut(operation, hr);
     }
+    const WinRtApartment apartment = EnterForPackage();
     try {
         *pIsInstalled = find() ? 1 : 0;
     } catch (...) {
@@ -188,6 +197,7 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
         return LogOut(kName, hr);
     }
     hr = QANH_E_NO_PACKAGE;
+    const WinRtApartment apartment = EnterForPackage();
     try {
         const ComPtr<platform::IPackage> package = FindPackageByName(familyName);
         if (package) {

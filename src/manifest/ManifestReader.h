@@ -24,7 +24,7 @@ public:
 
     // Adds an application to the package's record for each one that the manifest declares, with the reader
     // that LoadSetting() chooses, and returns that reader's result.
-    static HRESULT AddAppsToPackage(const wchar_t* path, CQanhPackage* pPackage) noexcept;
+    [[nodiscard]] static HRESULT AddAppsToPackage(const wchar_t* path, CQanhPackage* pPackage) noexcept;
 
     // 1 for the XML reader, 0 for the system's manifest reader.
     [[nodiscard]] static DWORD LoadSetting() noexcept;

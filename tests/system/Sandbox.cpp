@@ -1,10 +1,13 @@
 #include "system/Sandbox.h"
 
+#include "standin/Faults.h"
 #include "standin/Settings.h"
 #include "standin/Shortcuts.h"
 #include "standin/store/PackageFiles.h"
 #include "support/LogCapture.h"
 #include "support/Text.h"
+
+#include <gtest/gtest.h>
 
 #include <cwchar>
 #include <stdexcept>
@@ -86,6 +89,10 @@ Sandbox::~Sandbox()
         },
         5000);
     CloseHandle(m_job);
+    EXPECT_EQ(standin::GetFaults(standin::Fault::UseOutsideApartment), 0u)
+        << "uses of the platform's objects on threads without an apartment";
+    EXPECT_EQ(standin::GetFaults(standin::Fault::ReleaseOutsideApartment), 0u)
+        << "releases of the platform's objects on threads without an apartment";
     standin::ClearSettings();
 }
 

@@ -23,8 +23,8 @@ struct StartedProcess
 
 // The machine that a test's processes see: folders of the test's own in the place of the user's and of all
 // users', the library's settings and the stand-in desktop's switches, both absent at first but for the log,
-// which is on. At the end of the scope all processes that were started in it, and theirs, are ended. One at a
-// time.
+// which is on. At the end of the scope all processes that were started in it, and theirs, are ended, and the
+// test fails when one of them did what the real platform would not forgive (standin/Faults.h). One at a time.
 class Sandbox
 {
 public:

@@ -2,6 +2,7 @@
 
 #include "catalog/AppNameList.h"
 #include "catalog/ExcludeList.h"
+#include "common/Apartment.h"
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
 #include "support/LogCapture.h"
@@ -102,6 +103,7 @@ protected:
     test::TemporaryFolder m_folder;
     test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
     test::FakeResources m_resources;
+    const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
     test::FakeObjects m_objects;
     test::FakePackage* m_package;
     CQanhAppNameList m_list;

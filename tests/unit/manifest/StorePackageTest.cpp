@@ -2,6 +2,7 @@
 
 #include "manifest/StorePackage.h"
 
+#include "common/Apartment.h"
 #include "common/WinRtError.h"
 #include "support/FakePackages.h"
 
@@ -39,6 +40,7 @@ protected:
         return S_OK;
     }
 
+    const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
     test::FakeObjects m_objects;
     test::FakePackage* m_package;
 };
