@@ -159,6 +159,7 @@ TEST_F(SearchLaunch, FailingQueriesEndItBeforeAnythingIsTouched)
         SetSetting(failure, 0);
     }
     EXPECT_TRUE(desktop->Journal().empty());
+    test::ClearClipboard();
 }
 
 TEST_F(SearchLaunch, ModeOneOnlyPastesThePlainName)
@@ -240,6 +241,7 @@ TEST_F(SearchLaunch, ClipboardHeldByAnotherProcessInModeOne)
     }
     EXPECT_EQ(test::ClipboardText(), L"mine") << "it could not be cleared either";
     EXPECT_TRUE(test::DesktopProcess::IsPaneOpen());
+    test::ClearClipboard();
 }
 
 TEST_F(SearchLaunch, ClipboardHeldByAnotherProcessInModeZero)
