@@ -20,7 +20,7 @@ TEST_F(StoreRefreshLog, NewPackages)
     EXPECT_TRUE(IsGolden(FirstPass(), std::string(packagesBegin) +
                                           R"(
         CQanhAppNameList::AddMetroPackage IN
-        CQanhAppNameList::AddMetroPackage OUT(<error 0x80070003>)
+        CQanhAppNameList::AddMetroPackage OUT(Path not found.)
         CQanhAppNameList::AddMetroPackage IN
         CQanhAppNameList::GetPackage(Vel.Calendar_1vel7kq0n3rta) IN
         CQanhAppNameList::GetPackage OUT
