@@ -13,14 +13,13 @@ function(qanhelper_symbols library code)
     # a PDB holds the commands that made it, and the DLL holds a hash of the PDB.
     cmake_path(RELATIVE_PATH PROJECT_SOURCE_DIR BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE to_sources)
     set(relative_paths ${PROJECT_SOURCE_DIR}/cmake/relative-paths ${PROJECT_SOURCE_DIR} ${to_sources})
+    set(compiler_launcher ${relative_paths} ${CMAKE_CXX_COMPILER_LAUNCHER})
     foreach(target ${library} ${code})
       set_target_properties(${target} PROPERTIES
-        CXX_COMPILER_LAUNCHER "${relative_paths};${CMAKE_CXX_COMPILER_LAUNCHER}"
+        CXX_COMPILER_LAUNCHER "${compiler_launcher}"
         CXX_LINKER_LAUNCHER "${relative_paths}")
       target_compile_options(${target} PRIVATE
-        $<$<COMPILE_LANGUAGE:CXX>:-g;-gcodeview;-ffile-compilation-dir=.;-ffile-prefix-map=${to_sources}/=>
-        # Whether a terminal is there is part of the command, too.
-        $<$<COMPILE_LANGUAGE:CXX>:-fno-color-diagnostics>)
+        $<$<COMPILE_LANGUAGE:CXX>:-g;-gcodeview;-ffile-compilation-dir=.;-ffile-prefix-map=${to_sources}/=>)
     endforeach()
     set(pdb ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library}.pdb)
     target_link_options(${library} PRIVATE -Wl,--pdb=${pdb} -Wl,-Xlink=-pdbaltpath:${library}.pdb

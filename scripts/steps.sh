@@ -8,7 +8,11 @@
 # line, and a long one adds a line every 30 seconds. Any other command that ends a script is named too. A step runs in a
 # subshell: it can change files, not variables.
 set -E
-tell_error() { echo "${BASH_SOURCE[1]}: line ${BASH_LINENO[0]} failed: $BASH_COMMAND" >&2; }
+# A step tells of its own failure.
+tell_error() {
+  [ "${BASH_SOURCE[1]}" = "${BASH_SOURCE[0]}" ] ||
+    echo "${BASH_SOURCE[1]}: line ${BASH_LINENO[0]} failed: $BASH_COMMAND" >&2
+}
 trap tell_error ERR
 
 start_log() {

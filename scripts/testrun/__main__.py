@@ -46,7 +46,7 @@ def all_surroundings(programs, folder):
     locales = os.path.join(folder, "locales")
     os.mkdir(locales)
     os.symlink("/usr/lib/locale/C.utf8", os.path.join(locales, "ja_JP.UTF-8"))
-    yield Surroundings("in code page 932", programs, covers="unit_common",
+    yield Surroundings("in code page 932", programs, covers=r"unit_common (NarrowFormat|DiagnosticLog)\.",
                        variables={"LC_ALL": "ja_JP.UTF-8", "LOCPATH": locales})
 
 
@@ -54,11 +54,11 @@ def jobs_of(programs, tests, surroundings):
     """Whole programs first: they take long, and the short jobs fill the lanes up at the end."""
     jobs = []
     for program in sorted(programs, key=lambda name: programs[name], reverse=True):
-        if tests[program] and program.startswith(surroundings.covers):
-            if programs[program] == "whole":
-                jobs.append(Job(program, tests[program]))
-            else:
-                jobs += [Job(program, [test]) for test in tests[program]]
+        covered = [test for test in tests[program] if re.match(surroundings.covers, f"{program} {test}")]
+        if programs[program] == "whole":
+            jobs += [Job(program, covered)] if covered else []
+        else:
+            jobs += [Job(program, [test]) for test in covered]
     return jobs
 
 

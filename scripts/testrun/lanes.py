@@ -22,7 +22,7 @@ class Surroundings:
 
     name: str  # "" for the usual ones
     folder: str  # of the programs
-    covers: str = ""  # only programs whose names begin with this
+    covers: str = ""  # only tests whose "program Suite.Test" begins with this regular expression
     user: int = 0  # the number of another user to run as
     variables: dict = field(default_factory=dict)
 

@@ -35,7 +35,7 @@ class Report:
         name = f"{outcome.program} {outcome.test}" + (f" ({surroundings})" if surroundings else "")
         with self._lock:
             self._done += 1
-            self._outcomes.setdefault((outcome.program, outcome.test), []).append(outcome)
+            self._outcomes.setdefault((outcome.program, outcome.test), []).append((outcome, surroundings))
             self._log.write(f"== {outcome.result.value} {outcome.seconds:.3f} s {name} {outcome.reason}\n"
                             f"{outcome.output}")
             self._log.flush()
@@ -66,17 +66,18 @@ class Report:
     def _close(self, is_whole):
         passed, failed, skipped = [], [], []
         for key, outcomes in sorted(self._outcomes.items()):
-            results = [outcome.result for outcome in outcomes]
+            results = [outcome.result for outcome, _ in outcomes]
             if Result.FAILED in results:
-                times = f": failed {results.count(Result.FAILED)} times of {len(results)}" if len(results) > 1 else ""
-                failed.append(" ".join(key) + times)
+                where = {place for outcome, place in outcomes if outcome.result is Result.FAILED and place}
+                failed.append(" ".join([*key, *sorted(where)]) +
+                              f": {results.count(Result.FAILED)} of {len(results)} times")
             elif Result.PASSED in results:
                 passed.append(key)
             elif key[1] in self._known_skips:
                 skipped.append(f"{' '.join(key)}: {self._known_skips[key[1]]}")
             else:
                 failed.append(f"{' '.join(key)}: skipped, which tests/known-skips.txt does not know\n"
-                              f"    {' '.join(outcomes[-1].output.split())}")
+                              f"    {' '.join(outcomes[-1][0].output.split())}")
         if self._done < self._expected:
             failed.append(f"{self._expected - self._done} tests did not run")
         self._print(f"Ran {self._done} of {self._expected} in {time.monotonic() - self._begin:.0f} s")

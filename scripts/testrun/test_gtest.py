@@ -156,7 +156,7 @@ class ReportTest(unittest.TestCase):
     def test_what_failed_once_of_three_times_failed(self):
         outcomes = [("A", Result.PASSED), ("A", Result.FAILED), ("A", Result.PASSED)]
         self.assertEqual(self.close(*outcomes), ("0 passed, 1 failed, 0 skipped", False))
-        self.assertIn("program S.A: failed 1 times of 3", self.text.getvalue())
+        self.assertIn("program S.A: 1 of 3 times", self.text.getvalue())
 
     def test_missing_outcome_fails(self):
         self.assertFalse(self.close(("A", Result.PASSED), expected=2)[1])

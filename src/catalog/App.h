@@ -34,6 +34,7 @@ class CQanhApp
 public:
     CQanhApp(const wchar_t* displayName, const wchar_t* rubyDisplayName);
     virtual ~CQanhApp() = default;
+    CQanhApp(const CQanhApp&) = delete;
     CQanhApp& operator=(const CQanhApp&) = delete;
 
     // Decides what a search for the wanted name makes of this application: *pFound becomes 1 when it is the
@@ -55,8 +56,6 @@ public:
     WideString RubyDisplayName; // the reading of the display name, may be empty
 
 protected:
-    CQanhApp(const CQanhApp&) = default;
-
     // What both kinds of record do with one of their names: when the search would hit it, it is either that
     // of the wanted application, which sets *pFound, or added to the exclude list; when the search would hit
     // its reading, it is added too. Returns the result of the last adding, or none when nothing was added; a

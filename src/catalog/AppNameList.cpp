@@ -107,44 +107,14 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
     *pFound = 0;
     {
         const auto lists = m_lists.Read();
-        const Records& records = lists->beforePass ? *lists->beforePass : *lists;
-        for (const auto& package : records.packages) {
+        for (const auto& package : lists->packages) {
             package->AddAppNameToExcludeList(wantedName, pExcludeList, pFound);
         }
-        for (const auto& app : records.desktopApps) {
+        for (const auto& app : lists->desktopApps) {
             AskApp(*app, wantedName, pExcludeList, pFound);
         }
     }
     return LogOut(kName, S_OK);
-}
-
-std::unique_ptr<const CQanhAppNameList::Records> CQanhAppNameList::CopyRecords() const
-{
-    auto copy = std::make_unique<Records>(m_listLimit);
-    const auto lists = m_lists.Read();
-    for (const auto& package : lists->packages) {
-        copy->packages.Append(package->Copy());
-    }
-    for (const auto& app : lists->desktopApps) {
-        copy->desktopApps.Append(std::make_unique<CQanhDesktopApp>(*app));
-    }
-    return copy;
-}
-
-void CQanhAppNameList::BeginPass() noexcept
-{
-    try {
-        std::unique_ptr<const Records> copy = CopyRecords();
-        m_lists.Write()->beforePass.swap(copy);
-    } catch (...) {
-        // Out of memory: the pass is done all the same.
-    }
-}
-
-void CQanhAppNameList::EndPass() noexcept
-{
-    std::unique_ptr<const Records> copy;
-    m_lists.Write()->beforePass.swap(copy);
 }
 
 std::vector<WideString> CQanhAppNameList::PackageFamilyNames() const

@@ -19,8 +19,9 @@ struct IXmlReader;
 // The catalogue of the applications that may be launched: Store packages with their applications, and desktop
 // applications known by their shortcuts. The package manager owns the one instance. It may be called from any
 // thread: its lists stand behind one reader/writer lock, shared while names are looked up or the file is
-// written, exclusive around each change. Records that are handed out stay alive until Clear() and
-// destruction, which must not run beside other calls.
+// written, exclusive around each change. So a launch during a refresh pass sees each record as it was before
+// a change or as it is after it, and it sees at once what the pass has found. Records that are handed out
+// stay alive until Clear() and destruction, which must not run beside other calls.
 //
 // AppNameList.cpp holds look-ups and changes, AppNameListFile.cpp the reading and writing of the file,
 // AppNameListStore.cpp the way in which Store packages of the system enter the lists.
@@ -87,26 +88,13 @@ public:
     void SetPackagesInstalled(const std::vector<BOOL>& states);
     void SetDesktopAppsInstalled(const std::vector<BOOL>& states);
 
-    // From BeginPass() to EndPass(), GetExcludeAppNameList() answers from the catalogue as it was at
-    // BeginPass(), so that a launch during a refresh pass gives the same query as one before or after it.
-    // Without memory for that, a launch sees the changes as they come.
-    void BeginPass() noexcept;
-    void EndPass() noexcept;
-
 private:
-    struct Records
+    struct Lists
     {
-        explicit Records(std::size_t limit) : packages(limit), desktopApps(limit) {}
+        explicit Lists(std::size_t limit) : packages(limit), desktopApps(limit) {}
         OwnedList<CQanhPackage> packages;
         OwnedList<CQanhDesktopApp> desktopApps;
     };
-    struct Lists : Records
-    {
-        using Records::Records;
-        std::unique_ptr<const Records> beforePass;
-    };
-
-    [[nodiscard]] std::unique_ptr<const Records> CopyRecords() const;
 
     [[nodiscard]] HRESULT AddStorePackage(platform::IPackage* pStorePackage);
     [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);

@@ -46,6 +46,16 @@ std::unique_ptr<CQanhPackage> MakeRecord(const StoreIdentity& identity, std::siz
                                           identity.name.c_str(), identity.version, appLimit);
 }
 
+// Adds the applications of the package's manifest to the record. A manifest that cannot be read costs the
+// applications, not the package.
+void AddApps(const StoreIdentity& identity, CQanhPackage& record)
+{
+    const HRESULT hr = CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), &record);
+    if (FAILED(hr)) {
+        DiagnosticLog::WriteLine("%S Error (0x%08X)\r\n", kName, static_cast<unsigned>(hr));
+    }
+}
+
 } // namespace
 
 HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noexcept
@@ -69,8 +79,7 @@ HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
     }
     // A new record is filled before the list gets it, so that a launch never sees it half read.
     std::unique_ptr<CQanhPackage> package = MakeRecord(identity, m_listLimit);
-    // A manifest that cannot be read costs the applications, not the package; it is in the log.
-    (void)CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), package.get());
+    AddApps(identity, *package);
     return AddMetroPackage(std::move(package));
 }
 
@@ -104,7 +113,7 @@ HRESULT CQanhAppNameList::RefreshPackage(const CQanhPackage& package, const Stor
         return hr;
     }
     replacement->DeleteAllApp();
-    (void)CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());
+    AddApps(identity, *replacement);
     ChangePackage(package, [&](CQanhPackage& record) { record.SwapContents(*replacement); });
     return hr;
 }

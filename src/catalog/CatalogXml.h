@@ -10,6 +10,7 @@
 
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -75,7 +76,13 @@ struct FlagAttribute
 [[nodiscard]] HRESULT WriteTexts(IXmlWriter* writer, std::initializer_list<TextAttribute> attributes);
 [[nodiscard]] HRESULT WriteFlags(IXmlWriter* writer, std::initializer_list<FlagAttribute> attributes);
 
-// The flag that the text stands for: any number but 0 is true. What is no number leaves `unreadable`.
+// The decimal number that the text begins with, as the C runtime's formats "%d" and "%hu" read it: blanks and
+// a sign may stand before it, anything behind it. None when there is no number; otherwise the text points
+// behind it. Negative numbers count backwards from 2^32; what is too large counts as the largest number.
+[[nodiscard]] std::optional<UINT32> TakeNumber(const wchar_t*& text) noexcept;
+
+// The flag that the text stands for: any number but 0 is true. Returns `unreadable` when the text is not a
+// number.
 [[nodiscard]] BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept;
 
 // Makes a record of the element at hand: setAttribute(record, name, value) is called for each attribute. S_OK

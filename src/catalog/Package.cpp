@@ -7,9 +7,30 @@
 
 #include <cstdio>
 #include <cwchar>
+#include <optional>
 #include <utility>
 
 namespace {
+
+// The parts of the text that are there, up to the first that is not a number.
+RecordVersion ReadVersion(const wchar_t* text) noexcept
+{
+    RecordVersion version;
+    // Deliberate: the numbers go into the parts as these are held, so build and revision trade places each
+    // time a version is read and written.
+    for (UINT16* part : {&version.Major, &version.Minor, &version.Revision, &version.Build}) {
+        const std::optional<UINT32> number = CatalogXml::TakeNumber(text);
+        if (!number) {
+            break;
+        }
+        *part = static_cast<UINT16>(*number);
+        if (*text != L'.') {
+            break;
+        }
+        ++text;
+    }
+    return version;
+}
 
 struct PackageAttributes
 {
@@ -23,11 +44,7 @@ struct PackageAttributes
         if (Xml::NamesEqual(name, CatalogXml::kPackageFamilyName)) {
             packageFamilyName = value;
         } else if (Xml::NamesEqual(name, CatalogXml::kVersion)) {
-            // Deliberate: the numbers go into the parts as these are held, so build and revision trade places
-            // each time a version is read and written.
-            version = RecordVersion();
-            (void)std::swscanf(value, L"%hu.%hu.%hu.%hu", &version.Major, &version.Minor, &version.Revision,
-                               &version.Build);
+            version = ReadVersion(value);
         } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
             // Deliberate: a value that is no number reserves.
             needReserve = CatalogXml::ReadFlag(value, TRUE);
@@ -95,21 +112,6 @@ void CQanhPackage::DeleteAllApp() noexcept
     LogIn(kName);
     m_apps.Clear();
     LogOut(kName);
-}
-
-std::unique_ptr<CQanhPackage> CQanhPackage::Copy() const
-{
-    auto copy = std::make_unique<CQanhPackage>(PackageFamilyName.c_str(), Version, NeedReserve, IsInstalled,
-                                               m_apps.SizeLimit());
-    copy->FullName = FullName;
-    copy->Name = Name;
-    for (const auto& app : m_apps) {
-        // The applications of a package are Store applications.
-        if (const auto* metroApp = dynamic_cast<const CQanhMetroApp*>(app.get())) {
-            copy->m_apps.Append(std::make_unique<CQanhMetroApp>(*metroApp));
-        }
-    }
-    return copy;
 }
 
 void CQanhPackage::SwapContents(CQanhPackage& other) noexcept

@@ -43,9 +43,6 @@ public:
     [[nodiscard]] HRESULT AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept;
     void DeleteAllApp() noexcept;
 
-    // A record of its own with the same contents.
-    [[nodiscard]] std::unique_ptr<CQanhPackage> Copy() const;
-
     // Takes the version and the applications of another record of the same package, which gets those of this
     // one.
     void SwapContents(CQanhPackage& other) noexcept;

@@ -2,6 +2,8 @@
 
 #include "common/DiagnosticLog.h"
 #include "common/UniqueHandle.h"
+#include "discovery/CatalogRollback.h"
+#include "discovery/CatalogTurn.h"
 
 #include <cstdio>
 #include <cwchar>
@@ -34,8 +36,14 @@ HRESULT CQanhPackageManager::Initialize() noexcept
     const bool isOwner = ClaimInstanceMutex();
     wchar_t catalogPath[MAX_PATH];
     ComposeCatalogPath(catalogPath);
+    // Nobody saves while an owner brings back what a save that was cut off has left, and reads its file.
+    const CatalogTurn turn = isOwner ? CatalogTurn(catalogPath) : CatalogTurn();
+    const CatalogRollback rollback(catalogPath);
+    if (turn.Result() == S_OK) {
+        rollback.Restore();
+    }
     wchar_t path[MAX_PATH];
-    if (!ChooseFile(catalogPath, isOwner, path)) {
+    if (!ChooseFile(isOwner ? rollback.WholeFile() : catalogPath, isOwner, path)) {
         GiveUpOwnership();
         return LogOut(kInitializeName, E_FAIL);
     }

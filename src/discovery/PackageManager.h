@@ -16,8 +16,9 @@
 // queries may be called on any thread.
 //
 // Where its members are: PackageManager.cpp the start and the stop, CatalogPaths.cpp where the files lie,
-// RefreshThread.cpp the thread and its passes, DesktopDiscovery.cpp the walk through the Start menu,
-// StoreQueries.cpp the questions to the system about Store packages.
+// RefreshThread.cpp the thread and its passes (what keeps a save from losing the file is in CatalogRollback.h
+// and CatalogTurn.h), DesktopDiscovery.cpp the walk through the Start menu, StoreQueries.cpp the questions to
+// the system about Store packages.
 class CQanhPackageManager
 {
 public:
@@ -120,6 +121,7 @@ private:
     [[nodiscard]] static DWORD Refresh(CQanhPackageManager* pPyxPackageManager) noexcept;
     [[nodiscard]] DWORD RunPasses() noexcept;
     void RunPass(const RefreshPlaces& places) noexcept;
+    [[nodiscard]] HRESULT SaveCatalog(const wchar_t* path) const noexcept;
 
     [[nodiscard]] HRESULT StartRefreshThread() noexcept;
     void GiveUpOwnership() noexcept;

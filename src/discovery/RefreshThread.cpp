@@ -4,6 +4,8 @@
 #include "common/DiagnosticLog.h"
 #include "common/HostEnvironment.h"
 #include "common/Reg.h"
+#include "discovery/CatalogRollback.h"
+#include "discovery/CatalogTurn.h"
 #include "discovery/PackageManager.h"
 
 #include <shlwapi.h>
@@ -102,9 +104,7 @@ DWORD CQanhPackageManager::RunPasses() noexcept
         return 0;
     }
     do {
-        m_AppNameList.BeginPass();
         RunPass(places);
-        m_AppNameList.EndPass();
         // From the end of the first pass on the file is current, and other processes may load it.
         CloseInstanceMutex();
     } while (WaitForSingleObject(m_hExitEvent, interval) == WAIT_TIMEOUT);
@@ -130,13 +130,26 @@ void CQanhPackageManager::RunPass(const RefreshPlaces& places) noexcept
         RefreshPrograms(places.userPrograms);
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
-        hr = m_AppNameList.Save(places.catalogFile);
+        hr = SaveCatalog(places.catalogFile);
         if (FAILED(hr)) {
             DiagnosticLog::WriteLine(
                 "%S pPyxPackageManager->m_AppNameList.Save() failed. ErrCode = 0x%08X \r\n",
                 kRefreshThreadName, static_cast<unsigned>(hr));
         }
     }
+}
+
+// S_FALSE, with nothing saved, when the thread was told to stop while another process had its turn at the
+// file; otherwise the result of the save, or why it was not tried.
+HRESULT CQanhPackageManager::SaveCatalog(const wchar_t* path) const noexcept
+{
+    const CatalogTurn turn(path, m_hExitEvent);
+    if (turn.Result() != S_OK) {
+        return turn.Result();
+    }
+    CatalogRollback rollback(path);
+    const HRESULT hr = rollback.Begin();
+    return FAILED(hr) ? hr : rollback.End(m_AppNameList.Save(path));
 }
 
 // Asks about the records one after the other, without the catalogue's lock. When the thread is to stop, those

@@ -110,4 +110,22 @@ template <typename Attempt> std::size_t ForEachFailingAllocation(Attempt attempt
     return index;
 }
 
+// How an operation went one of whose allocations failed, if it came that far.
+struct Attempt
+{
+    HRESULT result = E_UNEXPECTED;
+    bool failed = false;  // the allocation
+    std::size_t left = 0; // blocks that the operation allocated and did not free
+};
+
+template <typename Operation> Attempt TryWithFailingAllocation(std::size_t index, Operation operation)
+{
+    Attempt attempt;
+    const AllocationWatch watch(index);
+    attempt.result = operation();
+    attempt.failed = watch.Failed();
+    attempt.left = watch.Live();
+    return attempt;
+}
+
 } // namespace test

@@ -29,6 +29,17 @@ std::string WithoutTimeStamps(std::string_view log)
     return std::regex_replace(std::string(log), stamp, "");
 }
 
+std::vector<std::string> LogLines(std::string_view log)
+{
+    std::vector<std::string> lines = Split(log, "\r\n");
+    if (lines.back().empty()) {
+        lines.pop_back();
+    } else {
+        lines.back() += "<no end>";
+    }
+    return lines;
+}
+
 LogCapture::LogCapture() : m_environment(L"LOCALAPPDATA", m_folder.Path().c_str())
 {
     const std::wstring folder = m_folder / (L"Vel\\QanHelper\\" + HostName());
@@ -52,11 +63,7 @@ std::string LogCapture::Text() const
 
 std::vector<std::string> LogCapture::Lines() const
 {
-    std::vector<std::string> lines = Split(Text(), "\r\n");
-    if (!lines.empty() && lines.back().empty()) {
-        lines.pop_back();
-    }
-    return lines;
+    return LogLines(Text());
 }
 
 void LogCapture::Clear()

@@ -126,12 +126,7 @@ std::vector<std::string> Sandbox::Log(std::size_t offset, const std::wstring& ba
     if (!Exists(LogFile(base))) {
         return {};
     }
-    const std::string text = WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)).substr(offset)));
-    std::vector<std::string> lines = Split(text, "\r\n");
-    if (lines.back().empty()) {
-        lines.pop_back();
-    }
-    return lines;
+    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)).substr(offset))));
 }
 
 std::size_t Sandbox::LogLength(const std::wstring& base) const

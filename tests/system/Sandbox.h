@@ -49,9 +49,8 @@ public:
     [[nodiscard]] std::wstring LogFile(const std::wstring& base = L"TestHost") const;
     [[nodiscard]] std::wstring PresetFile() const { return HostFolder() + L"\\PresetAppNameList.xml"; }
 
-    // The log from the offset on, without time stamps, in lines without their ends; the sandbox's folders in
-    // it stand as
-    // "<local>", "<roaming>", "<allusers>", "<host>". No log: no lines.
+    // The log from the offset on, without time stamps, in lines (LogLines in support/LogCapture.h); the
+    // sandbox's folders in it stand as "<local>", "<roaming>", "<allusers>", "<host>". No log: no lines.
     [[nodiscard]] std::vector<std::string> Log(std::size_t offset = 0,
                                                const std::wstring& base = L"TestHost") const;
     // The log's length in bytes.

@@ -169,6 +169,7 @@ TEST_F(SearchLaunch, FailingQueriesEndItBeforeAnythingIsTouched)
         SetSetting(failure, 0);
     }
     EXPECT_TRUE(desktop->Journal().empty());
+    test::ClearClipboard();
 }
 
 TEST_F(SearchLaunch, ModeOneOnlyPastesThePlainName)
@@ -250,6 +251,7 @@ TEST_F(SearchLaunch, ClipboardHeldByAnotherProcessInModeOne)
     }
     EXPECT_EQ(test::ClipboardText(), L"mine") << "it could not be cleared either";
     EXPECT_TRUE(test::DesktopProcess::IsPaneOpen());
+    test::ClearClipboard();
 }
 
 TEST_F(SearchLaunch, ClipboardHeldByAnotherProcessInModeZero)

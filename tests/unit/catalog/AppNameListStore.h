@@ -13,6 +13,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,16 @@ protected:
                 lines.push_back(line);
             }
         }
+        return lines;
+    }
+
+    // The log from the first line on that begins like this.
+    static std::vector<std::string> LinesFrom(const std::string& begin, const test::LogCapture& log)
+    {
+        std::vector<std::string> lines = log.Lines();
+        const auto first = std::find_if(lines.begin(), lines.end(),
+                                        [&](const std::string& line) { return line.starts_with(begin); });
+        lines.erase(lines.begin(), first);
         return lines;
     }
 

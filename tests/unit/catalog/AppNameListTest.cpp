@@ -84,12 +84,9 @@ TEST(AppNameListPackages, AreDeletedWhenThereIsNoMemoryForThem)
     CQanhAppNameList list;
     int deleted = 0;
     std::unique_ptr<CQanhPackage> package = std::make_unique<PackageProbe>(L"a_1", [&] { ++deleted; });
-    HRESULT result = E_UNEXPECTED;
-    {
-        const test::AllocationWatch watch(0);
-        result = list.AddMetroPackage(std::move(package));
-    }
-    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(
+        test::TryWithFailingAllocation(0, [&] { return list.AddMetroPackage(std::move(package)); }).result,
+        E_OUTOFMEMORY);
     EXPECT_EQ(deleted, 1);
     EXPECT_THAT(list.PackageFamilyNames(), IsEmpty());
     EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
@@ -227,19 +224,12 @@ TEST(AppNameListAddDesktopApp, LeavesTheListAsItWasWhenMemoryRunsOut)
     const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
         CQanhAppNameList list;
         EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-        HRESULT result = E_UNEXPECTED;
-        bool failed = false;
-        std::size_t left = 0;
-        {
-            const test::AllocationWatch watch(index);
-            result = list.AddDesktopApp(L"b", L"C:\\b.lnk");
-            failed = watch.Failed();
-            left = watch.Live();
-        }
-        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
-        EXPECT_EQ(list.DesktopShortcuts().size(), failed ? 1u : 2u);
-        EXPECT_EQ(left == 0, failed);
-        return failed;
+        const test::Attempt attempt =
+            test::TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"b", L"C:\\b.lnk"); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(list.DesktopShortcuts().size(), attempt.failed ? 1u : 2u);
+        EXPECT_EQ(attempt.left == 0, attempt.failed);
+        return attempt.failed;
     });
     EXPECT_GE(failures, 4u);
 }

@@ -128,19 +128,12 @@ TEST_F(PackageTest, StaysAsItWasWhenMemoryRunsOut)
     const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
         EXPECT_EQ(package.AddApplication(L"first", nullptr), S_OK);
-        HRESULT result = E_UNEXPECTED;
-        bool failed = false;
-        std::size_t left = 0;
-        {
-            const test::AllocationWatch watch(index);
-            result = package.AddApplication(L"display", L"short");
-            failed = watch.Failed();
-            left = watch.Live();
-        }
-        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
-        EXPECT_EQ(package.Apps().Size(), failed ? 1u : 2u);
-        EXPECT_EQ(left == 0, failed);
-        return failed;
+        const test::Attempt attempt = test::TryWithFailingAllocation(
+            index, [&] { return package.AddApplication(L"display", L"short"); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(package.Apps().Size(), attempt.failed ? 1u : 2u);
+        EXPECT_EQ(attempt.left == 0, attempt.failed);
+        return attempt.failed;
     });
     EXPECT_GE(failures, 4u);
 }
@@ -150,12 +143,9 @@ TEST_F(PackageTest, DeletesAnApplicationThatFindsNoMemoryInTheList)
     CQanhPackage package(L"p", kVersion, FALSE, TRUE);
     auto app = Probe(L"a");
     m_events.reserve(10);
-    HRESULT result = E_UNEXPECTED;
-    {
-        const test::AllocationWatch watch(0);
-        result = package.AddApplication(std::move(app));
-    }
-    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(
+        test::TryWithFailingAllocation(0, [&] { return package.AddApplication(std::move(app)); }).result,
+        E_OUTOFMEMORY);
     EXPECT_EQ(package.Apps().Size(), 0u);
     EXPECT_THAT(m_events, ElementsAre(L"deleted a"));
 }

@@ -3,10 +3,16 @@
 #include "catalog/App.h"
 #include "catalog/ExcludeList.h"
 #include "catalog/Package.h"
+#include "support/Allocations.h"
+#include "support/ImportPatch.h"
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
+#include <cerrno>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,7 +35,21 @@ struct Answer
     HRESULT result = E_UNEXPECTED;
     BOOL found = 7; // neither true nor false: shows whether it was touched
     std::vector<std::wstring> excluded;
+
+    friend bool operator==(const Answer&, const Answer&) = default;
+    friend void PrintTo(const Answer& answer, std::ostream* out)
+    {
+        *out << "result 0x" << std::hex << answer.result << ", found " << answer.found << ", excluded "
+             << testing::PrintToString(answer.excluded);
+    }
 };
+
+inline const Answer kNothing{S_OK, 0, {}};
+inline const Answer kFound{S_OK, 1, {}};
+inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_OK)
+{
+    return {result, 0, std::move(excluded)};
+}
 
 // Asks a record, or anything with its operation, with an exclude list that holds these names already.
 template <typename Record>
@@ -44,6 +64,31 @@ Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<co
     answer.excluded = Names(list);
     return answer;
 }
+
+// The first adding fails; then there is memory again.
+inline Answer AskWithFailingAdding(const CQanhApp& app, const wchar_t* wantedName)
+{
+    ExcludeList list;
+    Answer answer;
+    const Attempt attempt = TryWithFailingAllocation(
+        0, [&] { return app.AddToExcludeAppNameList(wantedName, &list, &answer.found); });
+    EXPECT_TRUE(attempt.failed);
+    answer.result = attempt.result;
+    answer.excluded = Names(list);
+    return answer;
+}
+
+// As long as one of these lives, the library can make no copy of a wanted name, or not lower it.
+struct NoCopies
+{
+    ImportPatch<wchar_t* (*)(const wchar_t*)> patch{"_wcsdup",
+                                                    [](const wchar_t*) -> wchar_t* { return nullptr; }};
+};
+struct NoLowering
+{
+    ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch{
+        "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; }};
+};
 
 // A record that tells its owner's test what is done with it.
 class RecordProbe : public CQanhApp

@@ -1,0 +1,247 @@
+// The process is killed at every step of a save in turn: what the next start finds.
+
+#include "discovery/PackageManager.h"
+
+#include "support/OtherProcess.h"
+#include "support/PiecewiseStream.h"
+#include "unit/discovery/FileSteps.h"
+#include "unit/discovery/Start.h"
+
+#include <gmock/gmock.h>
+
+#include <roapi.h>
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace discovery_test;
+using ::testing::AnyOf;
+using ::testing::Eq;
+
+constexpr DWORD kKilled = 77; // the exit code
+constexpr ULONG kPieceSize = 512;
+
+// A process that starts the library, lets it do its first pass, and is killed at a step of it. The argument:
+// the step's number, 1 is the first, the number of the piece that finds the disk full, and the executable.
+// Its result is 0 when there are fewer steps.
+class KilledProcess
+{
+public:
+    explicit KilledProcess(const std::wstring& argument)
+        : m_killAt(std::stoi(argument)), m_fullAt(std::stoi(argument.substr(argument.find(L'|') + 1))),
+          m_host(argument.substr(argument.rfind(L'|') + 1)),
+          m_wait("WaitForSingleObject",
+                 [](HANDLE handle, DWORD milliseconds) -> DWORD {
+                     return s_process->Wait(handle, milliseconds);
+                 }),
+          m_store("RoInitialize", [](RO_INIT_TYPE) -> HRESULT { return E_FAIL; }),
+          m_stream("SHCreateStreamOnFileW",
+                   [](const wchar_t* path, DWORD mode, IStream** stream) -> HRESULT {
+                       return s_process->OpenStream(path, mode, stream);
+                   }),
+          m_steps([](const std::string&) { return s_process->Step(); })
+    {
+        s_process = this;
+    }
+
+    int Run()
+    {
+        if (m_manager.Initialize() == S_OK) {
+            m_wait.Original()(m_manager.m_hRefreshThread, 20000);
+            return 0;
+        }
+        return 1;
+    }
+
+private:
+    DWORD Step()
+    {
+        if (++m_step == m_killAt) {
+            TerminateProcess(GetCurrentProcess(), kKilled);
+        }
+        return ERROR_SUCCESS;
+    }
+    // The first second is over at once, and one pass is enough.
+    DWORD Wait(HANDLE handle, DWORD milliseconds)
+    {
+        if (handle != m_manager.m_hExitEvent || milliseconds == 0) {
+            return m_wait.Original()(handle, milliseconds);
+        }
+        return ++m_waits == 1 ? WAIT_TIMEOUT : WAIT_OBJECT_0;
+    }
+    HRESULT OpenStream(const wchar_t* path, DWORD mode, IStream** stream)
+    {
+        if (mode == STGM_READ) {
+            return m_stream.Original()(path, mode, stream);
+        }
+        Step();
+        const HRESULT hr = m_stream.Original()(path, mode, stream);
+        *stream = new test::PiecewiseStream(*stream, kPieceSize, [this] {
+            Step();
+            return ++m_piece == m_fullAt ? STG_E_MEDIUMFULL : S_OK;
+        });
+        return hr;
+    }
+
+    static inline KilledProcess* s_process = nullptr;
+    int m_killAt;
+    int m_fullAt;
+    int m_step = 0;
+    int m_piece = 0;
+    int m_waits = 0;
+    test::HostExecutable m_host;
+    CQanhPackageManager m_manager;
+    test::ImportPatch<decltype(&WaitForSingleObject)> m_wait;
+    test::ImportPatch<decltype(&RoInitialize)> m_store;
+    test::ImportPatch<decltype(&SHCreateStreamOnFileW)> m_stream;
+    FileSteps m_steps;
+};
+
+const test::Part g_killedProcess(L"KilledProcess", [](const test::Part::Context& context) {
+    return KilledProcess(context.Argument()).Run();
+});
+
+std::wstring Record(const std::wstring& shortcut, const wchar_t* more = L"")
+{
+    return L"<DesktopApp DisplayName=\"x\" LnkFileName=\"" + shortcut + L"\"" + more + L" />";
+}
+
+// A catalogue with records that no refresh pass would find again, and one that the pass drops.
+class CutOffSave : public PackageManagerStart
+{
+protected:
+    CutOffSave()
+    {
+        std::wstring xml =
+            L"<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\"/><DesktopApps>" +
+            Record(kGone);
+        for (const std::wstring& kept : kKept) {
+            xml += Record(kept, L" NeedReserve=\"1\"");
+        }
+        m_old = test::ToUtf8(xml + L"</DesktopApps></Applications>");
+        test::MakeFile(kNew);
+        test::MakeFolder(m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs");
+        // The child is this executable too, with another one's name.
+        m_host.Set(m_folder / (BaseName() + L".exe"));
+    }
+
+    // The result of the process that is killed at the step.
+    DWORD KillAt(int step, int fullAt = 0) const
+    {
+        return test::OtherProcess(L"KilledProcess", std::to_wstring(step) + L"|" + std::to_wstring(fullAt) +
+                                                        L"|" + m_host.Path())
+            .End();
+    }
+
+    // The shortcuts that a start finds then, as the owner. Its thread never runs.
+    std::vector<std::wstring> ShortcutsOfNextStart()
+    {
+        CQanhPackageManager manager;
+        m_threadError = ERROR_NOT_ENOUGH_MEMORY;
+        const HRESULT hr = manager.Initialize();
+        m_threadError = 0;
+        EXPECT_EQ(hr, E_FAIL);
+        EXPECT_NE(manager.m_AppNameList.GetPackage(L"mail_1"), nullptr);
+        EXPECT_FALSE(test::Exists(CatalogFile() + L".bak"));
+        EXPECT_FALSE(test::Exists(CatalogFile() + L".tmp"));
+        return Shortcuts(manager);
+    }
+
+    std::vector<std::wstring> Old() const { return WithKept(kGone); }
+    std::vector<std::wstring> New() const
+    {
+        std::vector<std::wstring> shortcuts = kKept;
+        shortcuts.push_back(kNew);
+        return shortcuts;
+    }
+    std::vector<std::wstring> WithKept(const std::wstring& first) const
+    {
+        std::vector<std::wstring> shortcuts = {first};
+        shortcuts.insert(shortcuts.end(), kKept.begin(), kKept.end());
+        return shortcuts;
+    }
+
+    const std::wstring kGone = L"C:\\gone.lnk";
+    const std::wstring kNew = m_folder / L"All\\Microsoft\\Windows\\Start Menu\\Programs\\New.lnk";
+    const std::vector<std::wstring> kKept = {L"C:\\a.lnk", L"C:\\b.lnk", L"C:\\c.lnk", L"C:\\d.lnk",
+                                             L"C:\\e.lnk"};
+    std::string m_old;
+    test::ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"All").c_str()};
+    test::ScopedEnvironment m_appData{L"APPDATA", (m_folder / L"Me").c_str()};
+};
+
+TEST_F(CutOffSave, LeavesTheOldCatalogOrTheNewOne)
+{
+    int seenOld = 0;
+    int step = 1;
+    for (;; ++step) {
+        test::WriteFileBytes(CatalogFile(), m_old);
+        const DWORD result = KillAt(step);
+        const std::vector<std::wstring> shortcuts = ShortcutsOfNextStart();
+        EXPECT_THAT(shortcuts, AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << step;
+        seenOld += shortcuts == Old() ? 1 : 0;
+        if (result != kKilled) {
+            EXPECT_EQ(result, 0u);
+            EXPECT_EQ(shortcuts, New());
+            break;
+        }
+    }
+    // At the start one step, before the writing of the catalogue seven, then the opening and the pieces.
+    EXPECT_GE(seenOld, 11);
+    EXPECT_GE(step, 14);
+}
+
+TEST_F(CutOffSave, OfAFirstCatalogLeavesThePresetsRecordsOrTheNewCatalog)
+{
+    test::WriteFileBytes(PresetFile(), m_old);
+    int seenOld = 0;
+    int step = 1;
+    for (;; ++step) {
+        DeleteFileW(CatalogFile().c_str());
+        const DWORD result = KillAt(step);
+        const std::vector<std::wstring> shortcuts = ShortcutsOfNextStart();
+        EXPECT_THAT(shortcuts, AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << step;
+        seenOld += shortcuts == Old() ? 1 : 0;
+        if (result != kKilled) {
+            EXPECT_EQ(result, 0u);
+            EXPECT_EQ(shortcuts, New());
+            break;
+        }
+    }
+    EXPECT_GE(seenOld, 8);
+}
+
+TEST_F(CutOffSave, WhileTheOldCatalogIsBroughtBackLeavesIt)
+{
+    int step = 1;
+    for (;; ++step) {
+        test::WriteFileBytes(CatalogFile(), m_old);
+        const DWORD result = KillAt(step, 2);
+        EXPECT_EQ(ShortcutsOfNextStart(), Old()) << "killed at step " << step;
+        if (result != kKilled) {
+            EXPECT_EQ(result, 0u);
+            break;
+        }
+    }
+    EXPECT_GE(step, 10);
+}
+
+TEST_F(CutOffSave, AfterWhichTheNextOneIsCutOffTooStillLeavesTheOldCatalogOrTheNewOne)
+{
+    for (int step = 1;; ++step) {
+        test::WriteFileBytes(CatalogFile(), m_old.substr(0, 100));
+        test::WriteFileBytes(CatalogFile() + L".bak", m_old);
+        const DWORD result = KillAt(step);
+        EXPECT_THAT(ShortcutsOfNextStart(), AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << step;
+        if (result != kKilled) {
+            EXPECT_EQ(result, 0u);
+            break;
+        }
+    }
+}
+
+} // namespace
