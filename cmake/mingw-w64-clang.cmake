@@ -1,9 +1,9 @@
-# The same target as mingw-w64.cmake, compiled by clang against the libraries of the mingw gcc: a second opinion
-# on the sources.
+# The target of mingw-w64.cmake, compiled by clang and linked by lld against the libraries of the mingw gcc. This is
+# what ships: its symbols can be had as a PDB.
 include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
 
-find_program(QANHELPER_CLANG NAMES clang-14 clang REQUIRED)
-find_program(QANHELPER_CLANGXX NAMES clang++-14 clang++ REQUIRED)
+find_program(QANHELPER_CLANG NAMES clang clang-19 clang-14 REQUIRED)
+find_program(QANHELPER_CLANGXX NAMES clang++ clang++-19 clang++-14 REQUIRED)
 set(CMAKE_C_COMPILER ${QANHELPER_CLANG})
 set(CMAKE_CXX_COMPILER ${QANHELPER_CLANGXX})
 set(CMAKE_C_COMPILER_TARGET ${QANHELPER_TARGET})

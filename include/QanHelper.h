@@ -5,12 +5,13 @@
  * successful QanhInitialize. There is no result that means "not initialised": a function called too early
  * works on an empty catalogue, and nothing can be launched by search.
  *
- * Threads. QanhInitialize, QanhFinalize and the launches belong to one thread of the host, the one that
- * called QanhInitialize first: its single-threaded COM apartment holds the library's objects. A thread that
- * is in a multithreaded apartment cannot initialise the library. The queries and QanhLaunchByManager may be
- * called on any thread while the library is up. The library runs one thread of its own, which refreshes the
- * catalogue, unless another process of the same executable was in its first refresh when this one started.
- * The keyboard and the clipboard belong to the whole desktop: do not run two launches at once.
+ * Threads. QanhInitialize, QanhFinalize and the launches by search belong to one thread of the host, the one
+ * that called QanhInitialize first: its single-threaded COM apartment holds the library's objects. A thread
+ * that is in a multithreaded apartment cannot initialise the library. The queries and QanhLaunchByManager may
+ * be called on any thread while the library is up. The library runs one thread of its own, which refreshes
+ * the catalogue, unless another process of the same executable was in its first refresh when this one
+ * started. The keyboard and the clipboard belong to the whole desktop: do not run two launches by search at
+ * once.
  *
  * Strings are UTF-16 and end with a null character. A string that the library hands out is released with
  * QanhReleaseString.
@@ -27,7 +28,22 @@
 #ifndef QANHELPER_H
 #define QANHELPER_H
 
+#if !defined(_M_X64) && !defined(__x86_64__)
+#error "QanHelper is for 64-bit programs on x64 only"
+#endif
+
 #include <windows.h>
+
+/* The version of this header. The library's own stands in the version resource of the DLL. */
+#define QANH_VERSION_MAJOR 1
+#define QANH_VERSION_MINOR 0
+#define QANH_VERSION_PATCH 0
+/* As one number, 10203 for 1.2.3; a later version has a greater one. */
+#define QANH_VERSION (QANH_VERSION_MAJOR * 10000 + QANH_VERSION_MINOR * 100 + QANH_VERSION_PATCH)
+/* As text, "1.2.3". */
+#define QANH_VERSION_STRING QANH_VERSION_TEXT(QANH_VERSION_MAJOR, QANH_VERSION_MINOR, QANH_VERSION_PATCH)
+#define QANH_VERSION_TEXT(major, minor, patch) QANH_VERSION_JOIN(major, minor, patch)
+#define QANH_VERSION_JOIN(major, minor, patch) #major "." #minor "." #patch
 
 #define QANH_CALL WINAPI
 
@@ -94,7 +110,8 @@ void QANH_CALL QanhReleaseString(LPWSTR str);
 HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled);
 
 /*
- * The same for the package of an application.
+ * The same for the package of an application. (The name is spelt "UserMode", without an "l", deliberately: it is the
+ * name that hosts look up in the library.)
  *
  *   appUserModelId  application user model ID: package family name, "!", application ID, split at the last "!". An ID
  *                   without "!" is a package family name. For the desktop package of the Office suite the answer is
@@ -102,7 +119,7 @@ HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled);
  *   pIsInstalled    receives 1 or 0; as it was when the call fails
  *
  * Results and threads as QanhIsInstalled. Memory that runs out while the ID is split is reported by a C++ exception,
- * std::bad_alloc, the only one that leaves the library.
+ * std::bad_alloc, the only one that leaves the library. Take it as fatal: another compiler's code cannot catch it.
  */
 HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* pIsInstalled);
 
@@ -112,7 +129,7 @@ HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* p
  *   packageFamilyName  package family name
  *   ppDisplayName      receives a string of at most 255 characters, released with QanhReleaseString. Set it to null
  *                      before the call: it stays as it is when there is no such package, and may hold a string to be
- *                      released although the call failed.
+ *                      released although the call failed. While the log is on, what it points to is read in any case.
  *
  * Returns S_OK; S_FALSE with an empty string when the manifest gives no name; E_POINTER; E_INVALIDARG;
  * QANH_E_NO_PACKAGE, also when the package manager cannot be reached; QANH_E_SEVERAL_APPLICATIONS; E_FAIL when there
@@ -129,7 +146,7 @@ HRESULT QANH_CALL QanhGetAppDisplayNameByPFN(LPCWSTR packageFamilyName, LPWSTR* 
  *   searchMode      QANH_SEARCH_LAUNCH, QANH_SEARCH_SHOW or QANH_SEARCH_LAUNCH_PLAIN
  *   useExcludeList  not 0: the query excludes the other applications of the catalogue that a search for this name
  *                   would hit too, so that the wanted one comes first. A name counts as hit when it contains every
- *                   word of the wanted name in small letters.
+ *                   word of the wanted name in small letters: for "Mail", "Gmail" is excluded and "Add Mail" is not.
  *
  * QANH_SEARCH_LAUNCH_PLAIN pastes the plain name when useExcludeList is not 0 and an application of the catalogue
  * reports the name as its own: a desktop application of this name (unless the catalogue file says otherwise), or any
@@ -162,7 +179,8 @@ HRESULT QANH_CALL QanhLaunchIEBySearch(DWORD tileMode, DWORD searchMode, BOOL us
  *   appUserModelId  application user model ID
  *   arguments       handed to the application; may be null
  *
- * Returns E_POINTER, E_INVALIDARG, the failure to reach the activation manager, or that manager's result unchanged.
+ * Returns E_POINTER, E_INVALIDARG, the failure to reach the activation manager, or that manager's result unchanged:
+ * only S_OK is a launch, since that manager has other success codes.
  * Any thread: the call enters and leaves a COM apartment for itself. Blocks for the activation and 100 ms.
  */
 HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments);

@@ -3,7 +3,9 @@
 #include <shlwapi.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <string_view>
+#include <utility>
 
 namespace standin {
 
@@ -76,7 +78,8 @@ HRESULT PathToAddress(const std::wstring& path, std::wstring& address)
     DWORD length = longestAddress;
     const HRESULT hr = UrlCreateFromPathW(path.c_str(), made.data(), &length, 0);
     if (SUCCEEDED(hr)) {
-        address = EscapeAddress(made.c_str());
+        made.resize(std::wcslen(made.c_str()));
+        address = EscapeAddress(made);
     }
     return hr;
 }
@@ -94,7 +97,8 @@ HRESULT AddressToPath(const std::wstring& address, std::wstring& path)
     DWORD length = longestAddress;
     const HRESULT hr = PathCreateFromUrlW(address.c_str(), file.data(), &length, 0);
     if (SUCCEEDED(hr)) {
-        path = file.c_str();
+        file.resize(std::wcslen(file.c_str()));
+        path = std::move(file);
     }
     return hr;
 }

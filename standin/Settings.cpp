@@ -4,14 +4,24 @@ namespace standin {
 
 namespace {
 
+// Those that are texts (REG_SZ).
+constexpr SettingDescription journalSetting = {L"Journal", L"the journal's path; absent: no journal"};
+constexpr SettingDescription packageStoreSetting = {
+    L"PackageStore", L"the folder of the packages; absent: there are no packages"};
+constexpr SettingDescription languageSetting = {L"Language",
+                                                L"the language of the packages' texts; absent: en-US"};
+
+std::wstring Describe(const SettingDescription& setting)
+{
+    constexpr size_t meaningColumn = 26;
+    std::wstring line = setting.name;
+    line.resize(meaningColumn, L' ');
+    return line + setting.meaning + L"\r\n";
+}
+
 const wchar_t* NameOf(Setting setting) noexcept
 {
-    for (const SettingDescription& description : settings) {
-        if (description.setting == setting) {
-            return description.name;
-        }
-    }
-    return L"";
+    return settings[static_cast<size_t>(setting)].name;
 }
 
 // Empty when the value is absent or of another type.
@@ -44,6 +54,19 @@ bool SetText(const wchar_t* name, const std::wstring& text) noexcept
 
 } // namespace
 
+std::wstring DescribeSwitches()
+{
+    std::wstring text = std::wstring(L"Below HKEY_CURRENT_USER\\") + settingsKey + L", REG_DWORD:\r\n\r\n";
+    for (const SettingDescription& setting : settings) {
+        text += Describe(setting);
+    }
+    text += L"\r\nREG_SZ:\r\n\r\n";
+    for (const SettingDescription& setting : {journalSetting, packageStoreSetting, languageSetting}) {
+        text += Describe(setting);
+    }
+    return text;
+}
+
 DWORD GetSetting(Setting setting) noexcept
 {
     DWORD value = 0;
@@ -73,33 +96,33 @@ bool ClearSettings() noexcept
 
 std::wstring GetJournalPath()
 {
-    return GetText(journalValue);
+    return GetText(journalSetting.name);
 }
 
 bool SetJournalPath(const std::wstring& path) noexcept
 {
-    return SetText(journalValue, path);
+    return SetText(journalSetting.name, path);
 }
 
 std::wstring GetPackageStorePath()
 {
-    return GetText(packageStoreValue);
+    return GetText(packageStoreSetting.name);
 }
 
 bool SetPackageStorePath(const std::wstring& path) noexcept
 {
-    return SetText(packageStoreValue, path);
+    return SetText(packageStoreSetting.name, path);
 }
 
 std::wstring GetLanguage()
 {
-    const std::wstring language = GetText(languageValue);
+    const std::wstring language = GetText(languageSetting.name);
     return language.empty() ? defaultLanguage : language;
 }
 
 bool SetLanguage(const std::wstring& language) noexcept
 {
-    return SetText(languageValue, language);
+    return SetText(languageSetting.name, language);
 }
 
 } // namespace standin

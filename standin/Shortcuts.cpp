@@ -9,6 +9,7 @@
 #include <shlwapi.h>
 #include <wrl/client.h>
 
+#include <cwchar>
 #include <utility>
 
 namespace standin {
@@ -158,7 +159,8 @@ HRESULT ReadLink(const std::wstring& path, Shortcut& shortcut)
     if (target.empty()) {
         return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND); // a shortcut to something that is no file
     }
-    shortcut = {Expand(target), arguments.c_str(), Expand(folder)};
+    arguments.resize(std::wcslen(arguments.c_str()));
+    shortcut = {Expand(target), std::move(arguments), Expand(folder)};
     return S_OK;
 }
 

@@ -1,6 +1,7 @@
 // The export that starts a Store application by its ID.
 
 #include "QanHelper.h"
+#include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 
@@ -15,24 +16,6 @@ namespace {
 
 constexpr DWORD kPauseAfterActivation = 100; // milliseconds
 
-// A COM apartment for one call. A thread that has one of another kind works in that one, which is not left.
-class ComApartment
-{
-public:
-    ComApartment() noexcept : m_isEntered(SUCCEEDED(CoInitialize(nullptr))) {}
-    ~ComApartment()
-    {
-        if (m_isEntered) {
-            CoUninitialize();
-        }
-    }
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
-
-private:
-    bool m_isEntered;
-};
-
 } // namespace
 
 HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments)
@@ -45,11 +28,11 @@ HRESULT QANH_CALL QanhLaunchByManager(LPCWSTR appUserModelId, LPCWSTR arguments)
     }
     // Deliberate: from here on no exit line is written.
     {
-        const ComApartment apartment;
+        // Whether it was entered is not asked: without an apartment, creating the manager fails and says why.
+        const ComApartment apartment(CoInitialize(nullptr));
         ComPtr<IApplicationActivationManager> manager;
         hr = CoCreateInstance(CLSID_ApplicationActivationManager, nullptr, CLSCTX_INPROC_SERVER,
-                              IID_IApplicationActivationManager,
-                              reinterpret_cast<void**>(manager.GetAddressOf()));
+                              IID_PPV_ARGS(manager.GetAddressOf()));
         if (FAILED(hr)) {
             return hr;
         }

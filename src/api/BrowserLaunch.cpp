@@ -10,39 +10,38 @@ namespace {
 constexpr wchar_t kBrowserName[] = L"Internet Explorer";
 
 // The browser's tile setting for the length of a launch: forced to what the host asks for, then put back.
-// Trouble with the registry is never the launch's.
+// What becomes of writing and deleting is dropped: it is logged there, and the launch does not depend on it.
 class ForcedTileSetting
 {
 public:
     explicit ForcedTileSetting(DWORD tileMode) noexcept
     {
         DWORD type = REG_DWORD;
-        m_status = CQanhReg::GetCurrentTileImmersiveActivation(&m_oldValue, &type);
-        if (m_status == ERROR_SUCCESS && type != REG_DWORD) {
-            // A setting of another kind is nobody's business here.
+        const LSTATUS status = CQanhReg::GetCurrentTileImmersiveActivation(&m_oldValue, &type);
+        if (status == ERROR_SUCCESS && type != REG_DWORD) {
+            // A value of another type stays as it is.
             return;
         }
-        m_wasAbsent = m_status == ERROR_FILE_NOT_FOUND;
-        const bool isKnown = m_status == ERROR_SUCCESS || m_wasAbsent;
+        m_wasAbsent = status == ERROR_FILE_NOT_FOUND;
+        const bool isKnown = status == ERROR_SUCCESS || m_wasAbsent;
         if (isKnown && tileMode != QANH_TILE_UNCHANGED && tileMode != m_oldValue) {
-            CQanhReg::SetCurrentTileImmersiveActivation(tileMode);
+            (void)CQanhReg::SetCurrentTileImmersiveActivation(tileMode);
             m_isChanged = true;
         }
     }
     ~ForcedTileSetting()
     {
         if (m_wasAbsent) {
-            // Whether it was set or not: deleting what is not there does no harm.
-            CQanhReg::DeleteTileImmersiveActivation();
+            // Deliberate: whether it was set or not. Deleting a value that is not there does no harm.
+            (void)CQanhReg::DeleteTileImmersiveActivation();
         } else if (m_isChanged) {
-            CQanhReg::SetCurrentTileImmersiveActivation(m_oldValue);
+            (void)CQanhReg::SetCurrentTileImmersiveActivation(m_oldValue);
         }
     }
     ForcedTileSetting(const ForcedTileSetting&) = delete;
     ForcedTileSetting& operator=(const ForcedTileSetting&) = delete;
 
 private:
-    LSTATUS m_status = ERROR_SUCCESS;
     DWORD m_oldValue = 1;
     bool m_wasAbsent = false;
     bool m_isChanged = false;

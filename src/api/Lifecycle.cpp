@@ -12,8 +12,9 @@ HRESULT QANH_CALL QanhInitialize(void)
     // off.
     const bool isLogOn = CQanhReg::IsDebugLogOn() != 0;
     if (isLogOn) {
-        // Before the first line can be written, by whichever thread.
-        DiagnosticLog::ComposePath();
+        // Before the first line can be written, by whichever thread. Should it fail, the log stays where it
+        // was.
+        (void)DiagnosticLog::ComposePath();
     }
     DiagnosticLog::SetEnabled(isLogOn);
     LogIn(kName);

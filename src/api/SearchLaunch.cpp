@@ -105,7 +105,9 @@ HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL use
     }
     const bool isPlain =
         searchMode == QANH_SEARCH_SHOW || (searchMode == QANH_SEARCH_LAUNCH_PLAIN && keyword.isExactMatch);
-    CQanhClipboard::SetClipboardData(isPlain ? appName : keyword.text.c_str());
+    // A text that the clipboard did not take is logged there; the launch goes on with what the clipboard
+    // holds.
+    (void)CQanhClipboard::SetClipboardData(isPlain ? appName : keyword.text.c_str());
     if (searchMode == QANH_SEARCH_SHOW) {
         Sleep(kPaneSettles);
         CQanhKeyEmulate::SendInput_Shift_Insert();

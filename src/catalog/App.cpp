@@ -79,33 +79,32 @@ BOOL CQanhApp::IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const 
     return LogOutNumber(kName, part && whole && ContainsEveryToken(part, whole) ? 1 : 0);
 }
 
-HRESULT CQanhApp::ExcludeName(const wchar_t* lowerWantedName, const WideString& name,
-                              const WideString& reading, ExcludeList* pExcludeList, BOOL* pFound,
-                              HRESULT resultSoFar) const noexcept
+std::optional<HRESULT> CQanhApp::ExcludeName(const AppName& name, const ExcludeSearch& search) const noexcept
 {
-    HRESULT hr = resultSoFar;
+    std::optional<HRESULT> added;
     // Deliberate: only the wanted name is in lower case, and the comparison is exact, so a name in capitals
     // is hit by the search but not by this test.
-    if (IsSubStrNoOrder(lowerWantedName, name.c_str())) {
-        if (IsSubStrNoOrder(name.c_str(), lowerWantedName)) {
-            *pFound = 1;
+    if (IsSubStrNoOrder(search.lowerWantedName, name.text.c_str())) {
+        if (IsSubStrNoOrder(name.text.c_str(), search.lowerWantedName)) {
+            *search.pFound = 1;
         } else {
-            hr = pExcludeList->AddUnique(name.c_str());
-            if (FAILED(hr)) {
-                return hr;
+            added = search.pExcludeList->AddUnique(name.text.c_str());
+            if (FAILED(*added)) {
+                return added;
             }
         }
     }
-    if (!reading.empty() && IsSubStrNoOrder(lowerWantedName, reading.c_str())) {
-        hr = pExcludeList->AddUnique(name.c_str());
+    if (!name.reading.empty() && IsSubStrNoOrder(search.lowerWantedName, name.reading.c_str())) {
+        added = search.pExcludeList->AddUnique(name.text.c_str());
     }
-    return hr;
+    return added;
 }
 
 void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound)
 {
     BOOL found = FALSE;
-    app.AddToExcludeAppNameList(wantedName, pExcludeList, &found);
+    // A failure costs the names of this application only; it is in the log.
+    (void)app.AddToExcludeAppNameList(wantedName, pExcludeList, &found);
     if (found) {
         *pFound = 1;
     }

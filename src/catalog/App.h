@@ -5,10 +5,27 @@
 #include <windows.h>
 
 #include <memory>
+#include <optional>
 
 class ExcludeList;
 struct IXmlReader;
 struct IXmlWriter;
+
+// One of the names of an application, and its reading, which may be empty.
+struct AppName
+{
+    const WideString& text;
+    const WideString& reading;
+};
+
+// One search for a wanted name, with the places for what is found: the names that it must exclude, and
+// whether the wanted application is among those that were asked.
+struct ExcludeSearch
+{
+    const wchar_t* lowerWantedName; // in lower case
+    ExcludeList* pExcludeList;
+    BOOL* pFound;
+};
 
 // The names under which the Start screen's search finds one application. Records live in the catalogue, which
 // deletes them through this base and guards them with its lock: fields are changed only under it.
@@ -17,35 +34,34 @@ class CQanhApp
 public:
     CQanhApp(const wchar_t* displayName, const wchar_t* rubyDisplayName);
     virtual ~CQanhApp() = default;
+    CQanhApp(const CQanhApp&) = delete;
     CQanhApp& operator=(const CQanhApp&) = delete;
 
     // Decides what a search for the wanted name makes of this application: *pFound becomes 1 when it is the
     // wanted one; a name of it that the search would hit too is added to the exclude list. S_OK; S_FALSE when
     // there was nothing to do or the last name was listed already; E_POINTER; E_INVALIDARG for an empty
     // wanted name; E_OUTOFMEMORY; E_FAIL.
-    virtual HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
-                                            BOOL* pFound) const = 0;
+    [[nodiscard]] virtual HRESULT AddToExcludeAppNameList(const wchar_t* wantedName,
+                                                          ExcludeList* pExcludeList, BOOL* pFound) const = 0;
 
     // Writes the record as one element of the catalogue file.
-    virtual HRESULT ToXmlNode(IXmlWriter* pWriter) const = 0;
+    [[nodiscard]] virtual HRESULT ToXmlNode(IXmlWriter* pWriter) const = 0;
 
     // 1 when every searchable token of `part` occurs somewhere in `whole`, in any order and exact letter
     // case, else 0. A run of ASCII letters, digits, "_" and "/" is one token; a kana, an ideograph, a
     // full-width digit or letter and a backslash are a token each; everything else is passed over.
-    BOOL IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const noexcept;
+    [[nodiscard]] BOOL IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const noexcept;
 
     WideString DisplayName;
     WideString RubyDisplayName; // the reading of the display name, may be empty
 
 protected:
-    CQanhApp(const CQanhApp&) = default;
-
-    // What both kinds of record do with one of their names, given the wanted name in lower case: containment
-    // both ways sets *pFound; that of the wanted name in the name, or in the name's reading, adds the name.
-    // Returns the result of the last adding, or the result so far when nothing was added; a failing adding
-    // ends the operation.
-    HRESULT ExcludeName(const wchar_t* lowerWantedName, const WideString& name, const WideString& reading,
-                        ExcludeList* pExcludeList, BOOL* pFound, HRESULT resultSoFar) const noexcept;
+    // What both kinds of record do with one of their names: when the search would hit it, it is either that
+    // of the wanted application, which sets *pFound, or added to the exclude list; when the search would hit
+    // its reading, it is added too. Returns the result of the last adding, or none when nothing was added; a
+    // failing adding ends the operation.
+    [[nodiscard]] std::optional<HRESULT> ExcludeName(const AppName& name,
+                                                     const ExcludeSearch& search) const noexcept;
 };
 
 // Asks one application what a search for the wanted name makes of it; *pFound becomes 1 when it is the wanted
@@ -60,6 +76,6 @@ struct CrtMemoryDeleter
 using CrtText = std::unique_ptr<wchar_t, CrtMemoryDeleter>;
 
 // The checks and the lower-cased copy with which every decision begins.
-HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
-                              const BOOL* pFound) noexcept;
-HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept;
+[[nodiscard]] HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
+                                            const BOOL* pFound) noexcept;
+[[nodiscard]] HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept;

@@ -2,8 +2,7 @@
 
 #include "catalog/ExcludeList.h"
 #include "common/DiagnosticLog.h"
-
-#include <exception>
+#include "common/OutOfMemory.h"
 
 CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimit), m_lists(listLimit) {}
 
@@ -22,11 +21,11 @@ void CQanhAppNameList::DeleteAll() noexcept
     lists->desktopApps.Clear();
 }
 
-CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
+const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetPackage";
     LogIn(kName, packageFamilyName);
-    CQanhPackage* found = nullptr;
+    const CQanhPackage* found = nullptr;
     if (packageFamilyName && *packageFamilyName != L'\0') {
         const auto lists = m_lists.Read();
         for (const auto& package : lists->packages) {
@@ -47,22 +46,18 @@ HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package)
     if (!package) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        m_lists.Write()->packages.Append(std::move(package));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_lists.Write()->packages.Append(std::move(package));
+                      return S_OK;
+                  }));
 }
 
 HRESULT CQanhAppNameList::AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept
 {
-    try {
+    return CatchOutOfMemory([&] {
         m_lists.Write()->desktopApps.Append(std::move(app));
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
-    return S_OK;
+        return S_OK;
+    });
 }
 
 HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept
@@ -78,13 +73,9 @@ HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_
     if (IsInDesktopAppList(lnkFileName)) {
         return LogOut(kName, S_FALSE);
     }
-    std::unique_ptr<CQanhDesktopApp> app;
-    try {
-        app = std::make_unique<CQanhDesktopApp>(displayName, lnkFileName);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, AppendDesktopApp(std::move(app)));
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      return AppendDesktopApp(std::make_unique<CQanhDesktopApp>(displayName, lnkFileName));
+                  }));
 }
 
 BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
@@ -116,44 +107,14 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
     *pFound = 0;
     {
         const auto lists = m_lists.Read();
-        const Records& records = lists->beforePass ? *lists->beforePass : *lists;
-        for (const auto& package : records.packages) {
+        for (const auto& package : lists->packages) {
             package->AddAppNameToExcludeList(wantedName, pExcludeList, pFound);
         }
-        for (const auto& app : records.desktopApps) {
+        for (const auto& app : lists->desktopApps) {
             AskApp(*app, wantedName, pExcludeList, pFound);
         }
     }
     return LogOut(kName, S_OK);
-}
-
-std::unique_ptr<const CQanhAppNameList::Records> CQanhAppNameList::CopyRecords() const
-{
-    auto copy = std::make_unique<Records>(m_listLimit);
-    const auto lists = m_lists.Read();
-    for (const auto& package : lists->packages) {
-        copy->packages.Append(package->Copy());
-    }
-    for (const auto& app : lists->desktopApps) {
-        copy->desktopApps.Append(std::make_unique<CQanhDesktopApp>(*app));
-    }
-    return copy;
-}
-
-void CQanhAppNameList::BeginPass() noexcept
-{
-    try {
-        std::unique_ptr<const Records> copy = CopyRecords();
-        m_lists.Write()->beforePass.swap(copy);
-    } catch (const std::exception&) {
-        // Out of memory: the pass is done all the same.
-    }
-}
-
-void CQanhAppNameList::EndPass() noexcept
-{
-    std::unique_ptr<const Records> copy;
-    m_lists.Write()->beforePass.swap(copy);
 }
 
 std::vector<WideString> CQanhAppNameList::PackageFamilyNames() const
@@ -178,7 +139,7 @@ std::vector<WideString> CQanhAppNameList::DesktopShortcuts() const
 
 namespace {
 
-template <typename Records> void SetInstalled(const Records& records, const std::vector<BOOL>& states)
+template <typename Records> void SetInstalled(Records& records, const std::vector<BOOL>& states)
 {
     auto state = states.begin();
     for (auto record = records.begin(); record != records.end() && state != states.end(); ++record, ++state) {

@@ -19,8 +19,12 @@ struct IXmlReader;
 // The catalogue of the applications that may be launched: Store packages with their applications, and desktop
 // applications known by their shortcuts. The package manager owns the one instance. It may be called from any
 // thread: its lists stand behind one reader/writer lock, shared while names are looked up or the file is
-// written, exclusive around each change. Records that are handed out stay alive until Clear() and
-// destruction, which must not run beside other calls.
+// written, exclusive around each change. So a launch during a refresh pass sees each record as it was before
+// a change or as it is after it, and it sees at once what the pass has found. Records that are handed out
+// stay alive until Clear() and destruction, which must not run beside other calls.
+//
+// AppNameList.cpp holds look-ups and changes, AppNameListFile.cpp the reading and writing of the file,
+// AppNameListStore.cpp the way in which Store packages of the system enter the lists.
 class CQanhAppNameList
 {
 public:
@@ -32,7 +36,7 @@ public:
     // Adds everything that the file holds to the lists; does not clear them first. E_POINTER, E_INVALIDARG
     // for an empty path, the failure to open the file, otherwise the status that ended the reading: S_FALSE
     // at the end of the document, or the reader's failure, with all records read up to there kept.
-    HRESULT Load(const wchar_t* path) noexcept;
+    [[nodiscard]] HRESULT Load(const wchar_t* path) noexcept;
 
     // The same with what the file holds in the place of what the lists held, whatever ended the reading. A
     // file that could not be opened leaves the lists as they were. Does so in one step: who looks at the
@@ -41,40 +45,41 @@ public:
 
     // Replaces the file by what the lists hold now. E_POINTER, E_INVALIDARG, the failure to open the file,
     // otherwise the result of the final flush.
-    HRESULT Save(const wchar_t* path) const noexcept;
+    [[nodiscard]] HRESULT Save(const wchar_t* path) const noexcept;
 
     // Deletes every package, then every desktop application. DeleteAll() does so without a trace in the log.
     void Clear() noexcept;
     void DeleteAll() noexcept;
 
-    // The first package of exactly this family name, borrowed; null for a null or empty name or none.
-    CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
+    // The first package of exactly this family name, borrowed; null for a null or empty name or none. It can
+    // be read but not changed: changes are the list's, which makes them under its lock.
+    [[nodiscard]] const CQanhPackage* GetPackage(const wchar_t* packageFamilyName) const noexcept;
 
     // Brings a Store package of the system into the list, or up to date there, with the names that its
     // manifest declares. A reserved package stays as it is, and so does one whose version is known; a changed
     // one stays as it is until all its names can be resolved. E_POINTER; E_FAIL when the package does not
     // tell its identity; E_OUTOFMEMORY; the manifest reader's status for a changed package; otherwise S_OK.
-    HRESULT AddMetroPackage(platform::IPackage* pStorePackage) noexcept;
+    [[nodiscard]] HRESULT AddMetroPackage(platform::IPackage* pStorePackage) noexcept;
 
     // Takes a package record over: S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before.
-    HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept;
+    [[nodiscard]] HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept;
 
     // Appends a desktop application for a shortcut that is not in the list yet. S_OK; S_FALSE when it is;
     // E_POINTER; E_INVALIDARG when one of the texts is empty; E_OUTOFMEMORY.
-    HRESULT AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept;
+    [[nodiscard]] HRESULT AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept;
 
     // Appends the desktop applications below the element at hand. E_POINTER, otherwise as
     // ForEachElementBelow().
-    HRESULT ReadDesktopApps(IXmlReader* pReader) noexcept;
+    [[nodiscard]] HRESULT ReadDesktopApps(IXmlReader* pReader) noexcept;
 
     // True when a desktop application has this shortcut, ignoring case.
-    BOOL IsInDesktopAppList(const wchar_t* path) const noexcept;
+    [[nodiscard]] BOOL IsInDesktopAppList(const wchar_t* path) const noexcept;
 
     // Collects the names of the other applications that a search for the wanted name would hit too, in the
     // order of the catalogue; *pFound tells whether the wanted application itself is in it. S_OK, E_POINTER,
     // E_INVALIDARG.
-    HRESULT GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
-                                  BOOL* pFound) const noexcept;
+    [[nodiscard]] HRESULT GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                BOOL* pFound) const noexcept;
 
     // For the refresh pass, which asks the system about each record without the lock: the keys of all
     // records, and the new states of the records in the same order. Both throw std::bad_alloc.
@@ -83,34 +88,23 @@ public:
     void SetPackagesInstalled(const std::vector<BOOL>& states);
     void SetDesktopAppsInstalled(const std::vector<BOOL>& states);
 
-    // From BeginPass() to EndPass(), GetExcludeAppNameList() answers from the catalogue as it was at
-    // BeginPass(), so that a launch during a refresh pass gives the same query as one before or after it.
-    // Without memory for that, a launch sees the changes as they come.
-    void BeginPass() noexcept;
-    void EndPass() noexcept;
-
 private:
-    struct Records
+    struct Lists
     {
-        explicit Records(std::size_t limit) noexcept : packages(limit), desktopApps(limit) {}
+        explicit Lists(std::size_t limit) : packages(limit), desktopApps(limit) {}
         OwnedList<CQanhPackage> packages;
         OwnedList<CQanhDesktopApp> desktopApps;
     };
-    struct Lists : Records
-    {
-        using Records::Records;
-        std::unique_ptr<const Records> beforePass;
-    };
 
-    [[nodiscard]] std::unique_ptr<const Records> CopyRecords() const;
-
-    HRESULT AddStorePackage(platform::IPackage* pStorePackage);
-    HRESULT RefreshPackage(CQanhPackage& package, const StoreIdentity& identity);
-    HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
+    [[nodiscard]] HRESULT AddStorePackage(platform::IPackage* pStorePackage);
+    [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
+    // Calls change(record) with a record of the list, under the lock for changes.
+    template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
+    [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
     // What Load() and Reload() have in common; read(reader) is called once the file is open, and its status
     // is the result.
-    template <typename Read> HRESULT LoadWith(const wchar_t* path, Read read) noexcept;
-    HRESULT ReadNodes(IXmlReader* pReader) noexcept;
+    template <typename Read> [[nodiscard]] HRESULT LoadWith(const wchar_t* path, Read read) noexcept;
+    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 
     const std::size_t m_listLimit;
     Guarded<Lists> m_lists;

@@ -19,8 +19,7 @@ HRESULT OpenWriter(const wchar_t* path, ComPtr<IXmlWriter>& writer)
     if (FAILED(hr)) {
         return hr;
     }
-    hr = CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.ReleaseAndGetAddressOf()),
-                         nullptr);
+    hr = CreateXmlWriter(IID_PPV_ARGS(writer.ReleaseAndGetAddressOf()), nullptr);
     if (FAILED(hr)) {
         return hr;
     }
@@ -34,7 +33,7 @@ template <typename Records> void WriteRecords(IXmlWriter* writer, const wchar_t*
         return;
     }
     for (const auto& record : records) {
-        record->ToXmlNode(writer);
+        (void)record->ToXmlNode(writer);
     }
     writer->WriteEndElement();
 }
@@ -119,7 +118,8 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
                 hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit);
                 readOn = package == nullptr;
                 if (package) {
-                    AddMetroPackage(std::move(package));
+                    // One that finds no place is left out; it is in the log.
+                    (void)AddMetroPackage(std::move(package));
                 }
             } else if (Xml::HasLocalName(pReader, CatalogXml::kDesktopApps)) {
                 hr = ReadDesktopApps(pReader);

@@ -46,6 +46,16 @@ std::unique_ptr<CQanhPackage> MakeRecord(const StoreIdentity& identity, std::siz
                                           identity.name.c_str(), identity.version, appLimit);
 }
 
+// Adds the applications of the package's manifest to the record. A manifest that cannot be read costs the
+// applications, not the package.
+void AddApps(const StoreIdentity& identity, CQanhPackage& record)
+{
+    const HRESULT hr = CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), &record);
+    if (FAILED(hr)) {
+        DiagnosticLog::WriteLine("%S Error (0x%08X)\r\n", kName, static_cast<unsigned>(hr));
+    }
+}
+
 } // namespace
 
 HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noexcept
@@ -67,37 +77,46 @@ HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noe
 HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
 {
     const StoreIdentity identity = ReadIdentity(pStorePackage);
-    if (CQanhPackage* package = GetPackage(identity.familyName.c_str())) {
+    if (const CQanhPackage* package = GetPackage(identity.familyName.c_str())) {
         return RefreshPackage(*package, identity);
     }
     // A new record is filled before the list gets it, so that a launch never sees it half read.
     std::unique_ptr<CQanhPackage> package = MakeRecord(identity, m_listLimit);
-    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), package.get());
+    AddApps(identity, *package);
     return AddMetroPackage(std::move(package));
 }
 
-HRESULT CQanhAppNameList::RefreshPackage(CQanhPackage& package, const StoreIdentity& identity)
+template <typename Change> void CQanhAppNameList::ChangePackage(const CQanhPackage& package, Change change)
 {
+    const auto lists = m_lists.Write();
+    for (auto& record : lists->packages) {
+        if (record.get() == &package) {
+            change(*record);
+        }
+    }
+}
+
+HRESULT CQanhAppNameList::RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity)
+{
+    // Read without the lock: it is this thread that changes records, and no other does while it runs.
     if (package.NeedReserve || package.Version == identity.version) {
         return S_OK;
-    }
-    {
-        const auto lists = m_lists.Write();
-        package.FullName = identity.fullName;
-        package.Name = identity.name;
-    }
-    BOOL can = FALSE;
-    const HRESULT hr =
-        CQanhManifestReader::IsCanGetAppNameFromManifest(identity.manifestPath.c_str(), &package, &can);
-    if (FAILED(hr) || !can) {
-        return hr;
     }
     // The applications are read into a record that starts without any and changes places with the old one
     // when it is complete: a launch sees the names of one version or of the other.
     const std::unique_ptr<CQanhPackage> replacement = MakeRecord(identity, m_listLimit);
+    ChangePackage(package, [&](CQanhPackage& record) {
+        record.FullName = identity.fullName;
+        record.Name = identity.name;
+    });
+    BOOL can = FALSE;
+    const HRESULT hr = CQanhManifestReader::IsCanGetAppNameFromManifest(identity.manifestPath.c_str(),
+                                                                        replacement.get(), &can);
+    if (FAILED(hr) || !can) {
+        return hr;
+    }
     replacement->DeleteAllApp();
-    CQanhManifestReader::AddAppsToPackage(identity.manifestPath.c_str(), replacement.get());
-    const auto lists = m_lists.Write();
-    package.SwapContents(*replacement);
+    AddApps(identity, *replacement);
+    ChangePackage(package, [&](CQanhPackage& record) { record.SwapContents(*replacement); });
     return hr;
 }

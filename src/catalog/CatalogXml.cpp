@@ -1,7 +1,17 @@
 #include "catalog/CatalogXml.h"
 
-#include <cstdio>
-#include <cwchar>
+#include <algorithm>
+#include <cstdint>
+#include <cwctype>
+
+namespace {
+
+bool IsDigit(wchar_t character) noexcept
+{
+    return L'0' <= character && character <= L'9';
+}
+
+} // namespace
 
 namespace CatalogXml {
 
@@ -41,13 +51,31 @@ HRESULT WriteFlags(IXmlWriter* writer, std::initializer_list<FlagAttribute> attr
     return hr;
 }
 
+std::optional<UINT32> TakeNumber(const wchar_t*& text) noexcept
+{
+    const wchar_t* next = text;
+    while (std::iswspace(*next)) {
+        ++next;
+    }
+    const bool isNegative = *next == L'-';
+    if (isNegative || *next == L'+') {
+        ++next;
+    }
+    if (!IsDigit(*next)) {
+        return std::nullopt;
+    }
+    UINT64 number = 0;
+    for (; IsDigit(*next); ++next) {
+        number = std::min<UINT64>(number * 10 + static_cast<UINT64>(*next - L'0'), UINT32_MAX);
+    }
+    text = next;
+    return static_cast<UINT32>(isNegative ? 0 - number : number);
+}
+
 BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept
 {
-    int number = unreadable;
-    if (std::swscanf(text, L"%d", &number) != 1) {
-        return unreadable;
-    }
-    return number != 0;
+    const std::optional<UINT32> number = TakeNumber(text);
+    return number ? *number != 0 : unreadable;
 }
 
 } // namespace CatalogXml

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/OutOfMemory.h"
 #include "common/WideString.h"
 #include "common/Xml.h"
 
@@ -7,9 +8,9 @@
 
 #include <xmllite.h>
 
-#include <exception>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -39,7 +40,7 @@ constexpr wchar_t kLocalizeName[] = L"LocalizeName";
 // Writes an element of the given name around what writeContent() writes. Once started, the element is always
 // ended. Returns the first failure.
 template <typename WriteContent>
-HRESULT WriteElement(IXmlWriter* writer, const wchar_t* name, WriteContent writeContent)
+[[nodiscard]] HRESULT WriteElement(IXmlWriter* writer, const wchar_t* name, WriteContent writeContent)
 {
     HRESULT hr = writer->WriteStartElement(nullptr, name, nullptr);
     if (FAILED(hr)) {
@@ -51,12 +52,12 @@ HRESULT WriteElement(IXmlWriter* writer, const wchar_t* name, WriteContent write
 }
 
 // Writes an attribute whatever its value.
-HRESULT Write(IXmlWriter* writer, const wchar_t* name, const wchar_t* value);
+[[nodiscard]] HRESULT Write(IXmlWriter* writer, const wchar_t* name, const wchar_t* value);
 // Writes an attribute unless its text is empty; S_OK then.
-HRESULT WriteText(IXmlWriter* writer, const wchar_t* name, const WideString& text);
+[[nodiscard]] HRESULT WriteText(IXmlWriter* writer, const wchar_t* name, const WideString& text);
 // Writes "1" when the flag is set and "0" when it is not, unless it has the value that an absent attribute
 // means; S_OK then.
-HRESULT WriteFlag(IXmlWriter* writer, const wchar_t* name, BOOL flag, BOOL defaultValue);
+[[nodiscard]] HRESULT WriteFlag(IXmlWriter* writer, const wchar_t* name, BOOL flag, BOOL defaultValue);
 
 struct TextAttribute
 {
@@ -72,18 +73,25 @@ struct FlagAttribute
 };
 
 // The same for several attributes, in order; the first failure ends the writing and is the result.
-HRESULT WriteTexts(IXmlWriter* writer, std::initializer_list<TextAttribute> attributes);
-HRESULT WriteFlags(IXmlWriter* writer, std::initializer_list<FlagAttribute> attributes);
+[[nodiscard]] HRESULT WriteTexts(IXmlWriter* writer, std::initializer_list<TextAttribute> attributes);
+[[nodiscard]] HRESULT WriteFlags(IXmlWriter* writer, std::initializer_list<FlagAttribute> attributes);
 
-// The flag that the text stands for: any number but 0 is true. What is no number leaves `unreadable`.
-BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept;
+// The decimal number that the text begins with, as the C runtime's formats "%d" and "%hu" read it: blanks and
+// a sign may stand before it, anything behind it. None when there is no number; otherwise the text points
+// behind it. Negative numbers count backwards from 2^32; what is too large counts as the largest number.
+[[nodiscard]] std::optional<UINT32> TakeNumber(const wchar_t*& text) noexcept;
+
+// The flag that the text stands for: any number but 0 is true. Returns `unreadable` when the text is not a
+// number.
+[[nodiscard]] BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept;
 
 // Makes a record of the element at hand: setAttribute(record, name, value) is called for each attribute. S_OK
 // with the record passed out, E_OUTOFMEMORY, or the reader's failure.
 template <typename Record, typename SetAttribute>
-HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribute setAttribute) noexcept
+[[nodiscard]] HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out,
+                                 SetAttribute setAttribute) noexcept
 {
-    try {
+    return CatchOutOfMemory([&] {
         auto record = std::make_unique<Record>();
         const HRESULT hr = Xml::ForEachAttribute(reader, [&](std::wstring_view name, const wchar_t* value) {
             setAttribute(*record, name, value);
@@ -94,9 +102,7 @@ HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribut
         }
         *out = std::move(record);
         return S_OK;
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
+    });
 }
 
 } // namespace CatalogXml

@@ -9,16 +9,14 @@
 
 namespace {
 
-// A shortcut's path as the file may hold it, with environment variables such as %ProgramData%. What does not
-// fit into the buffer of a path is cut; what cannot be expanded stays as it is.
+// A shortcut's path as the file may hold it, with environment variables such as %ProgramData%. What cannot be
+// expanded stays as it is, and so does what would be too long for a path then: cut, it would be the path of
+// another file.
 WideString ExpandPath(const wchar_t* text)
 {
-    wchar_t path[MAX_PATH] = {};
-    if (ExpandEnvironmentStringsW(text, path, MAX_PATH) == 0) {
-        return text;
-    }
-    path[MAX_PATH - 1] = L'\0';
-    return path;
+    wchar_t path[MAX_PATH];
+    const DWORD size = ExpandEnvironmentStringsW(text, path, MAX_PATH); // with the terminator
+    return size == 0 || size > MAX_PATH ? text : path;
 }
 
 void SetAttribute(CQanhDesktopApp& app, std::wstring_view name, const wchar_t* value)
@@ -79,8 +77,8 @@ HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, Excl
         }
         return LogOut(kName, S_OK);
     }
-    return LogOut(kName,
-                  ExcludeName(lowerWantedName.get(), name, RubyDisplayName, pExcludeList, pFound, S_OK));
+    const ExcludeSearch search{lowerWantedName.get(), pExcludeList, pFound};
+    return LogOut(kName, ExcludeName({name, RubyDisplayName}, search).value_or(S_OK));
 }
 
 BOOL CQanhDesktopApp::IsSameShortcut(const wchar_t* path) const noexcept

@@ -14,17 +14,18 @@ public:
                              bool needReserve = false, bool isInstalled = true, bool isDualMode = false);
 
     // Leaves *pFound as it is and returns S_FALSE when the application is not installed.
-    HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
-                                    BOOL* pFound) const override;
+    [[nodiscard]] HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                  BOOL* pFound) const override;
     // Writes nothing and returns S_FALSE when the application is neither installed nor reserved.
-    HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
+    [[nodiscard]] HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
 
     // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure;
     // the record is passed out on S_OK only.
-    static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhDesktopApp>* ppApp) noexcept;
+    [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader,
+                                             std::unique_ptr<CQanhDesktopApp>* ppApp) noexcept;
 
     // True when the path is not empty and is that of the record's shortcut, ignoring case.
-    BOOL IsSameShortcut(const wchar_t* path) const noexcept;
+    [[nodiscard]] BOOL IsSameShortcut(const wchar_t* path) const noexcept;
 
     BOOL NeedReserve;        // stays in the file although it is not installed
     WideString LocalizeName; // when not empty, the name that the search knows in place of DisplayName

@@ -1,7 +1,8 @@
 #include "catalog/ExcludeList.h"
 
+#include "common/OutOfMemory.h"
+
 #include <cwchar>
-#include <exception>
 
 HRESULT ExcludeList::AddUnique(const wchar_t* name) noexcept
 {
@@ -10,10 +11,8 @@ HRESULT ExcludeList::AddUnique(const wchar_t* name) noexcept
             return S_FALSE;
         }
     }
-    try {
+    return CatchOutOfMemory([&] {
         m_names.emplace_back(name);
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
-    return S_OK;
+        return S_OK;
+    });
 }

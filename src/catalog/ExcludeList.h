@@ -13,7 +13,7 @@ class ExcludeList
 public:
     // Appends a copy of the name unless an entry equals it ignoring case. S_OK; S_FALSE when it is there
     // already; E_OUTOFMEMORY, with the list as before.
-    HRESULT AddUnique(const wchar_t* name) noexcept;
+    [[nodiscard]] HRESULT AddUnique(const wchar_t* name) noexcept;
 
     [[nodiscard]] bool IsEmpty() const noexcept { return m_names.empty(); }
     auto begin() const noexcept { return m_names.begin(); }

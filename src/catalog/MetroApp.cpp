@@ -50,9 +50,10 @@ HRESULT CQanhMetroApp::AddToExcludeAppNameList(const wchar_t* wantedName, Exclud
     if (DisplayName.empty() || _wcsicmp(DisplayName.c_str(), lowerWantedName.get()) == 0) {
         return LogOut(kName, S_OK);
     }
-    hr = ExcludeName(lowerWantedName.get(), DisplayName, RubyDisplayName, pExcludeList, pFound, S_OK);
+    const ExcludeSearch search{lowerWantedName.get(), pExcludeList, pFound};
+    hr = ExcludeName({DisplayName, RubyDisplayName}, search).value_or(S_OK);
     if (SUCCEEDED(hr) && !ShortName.empty()) {
-        hr = ExcludeName(lowerWantedName.get(), ShortName, RubyShortName, pExcludeList, pFound, hr);
+        hr = ExcludeName({ShortName, RubyShortName}, search).value_or(hr);
     }
     return LogOut(kName, hr);
 }

@@ -12,13 +12,14 @@ public:
     explicit CQanhMetroApp(const wchar_t* displayName = nullptr, const wchar_t* shortName = nullptr,
                            const wchar_t* rubyDisplayName = nullptr, const wchar_t* rubyShortName = nullptr);
 
-    HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
-                                    BOOL* pFound) const override;
-    HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
+    [[nodiscard]] HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+                                                  BOOL* pFound) const override;
+    [[nodiscard]] HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
 
     // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure;
     // the record is passed out on S_OK only.
-    static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp) noexcept;
+    [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader,
+                                             std::unique_ptr<CQanhMetroApp>* ppApp) noexcept;
 
     WideString ShortName;
     WideString RubyShortName; // the reading of the short name, may be empty

@@ -4,17 +4,36 @@
 #include <list>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 // The most elements that a list of the catalogue takes. The C++ library does not check the size of a list, so
 // the lists here do.
 constexpr std::size_t kListSizeLimit = 768614336404564650;
+
+// Owns one element of a list, and is as constant as the list: through a constant one an element can be read
+// but not changed.
+template <typename Element> class OwnedElement
+{
+public:
+    explicit OwnedElement(std::unique_ptr<Element> element) noexcept : m_element(std::move(element)) {}
+
+    [[nodiscard]] const Element* get() const noexcept { return m_element.get(); }
+    [[nodiscard]] Element* get() noexcept { return m_element.get(); }
+    const Element* operator->() const noexcept { return m_element.get(); }
+    Element* operator->() noexcept { return m_element.get(); }
+    const Element& operator*() const noexcept { return *m_element; }
+    Element& operator*() noexcept { return *m_element; }
+
+private:
+    std::unique_ptr<Element> m_element;
+};
 
 // A doubly linked list that owns its elements, in the order in which they were appended. Not synchronised:
 // the catalogue's lock guards it.
 template <typename Element> class OwnedList
 {
 public:
-    explicit OwnedList(std::size_t sizeLimit = kListSizeLimit) noexcept : m_sizeLimit(sizeLimit) {}
+    explicit OwnedList(std::size_t sizeLimit = kListSizeLimit) : m_sizeLimit(sizeLimit) {}
 
     // Takes the element over. Throws std::length_error at the size limit and std::bad_alloc; the list is then
     // as before and the element is gone.
@@ -23,7 +42,7 @@ public:
         if (m_elements.size() >= m_sizeLimit) {
             throw std::length_error("list too long");
         }
-        m_elements.push_back(std::move(element));
+        m_elements.emplace_back(std::move(element));
     }
 
     // Deletes the elements front to back.
@@ -39,9 +58,11 @@ public:
     [[nodiscard]] std::size_t Size() const noexcept { return m_elements.size(); }
     [[nodiscard]] std::size_t SizeLimit() const noexcept { return m_sizeLimit; }
     auto begin() const noexcept { return m_elements.begin(); }
+    auto begin() noexcept { return m_elements.begin(); }
     auto end() const noexcept { return m_elements.end(); }
+    auto end() noexcept { return m_elements.end(); }
 
 private:
     std::size_t m_sizeLimit;
-    std::list<std::unique_ptr<Element>> m_elements;
+    std::list<OwnedElement<Element>> m_elements;
 };

@@ -2,14 +2,35 @@
 
 #include "catalog/CatalogXml.h"
 #include "common/DiagnosticLog.h"
+#include "common/OutOfMemory.h"
 #include "common/Xml.h"
 
 #include <cstdio>
 #include <cwchar>
-#include <exception>
+#include <optional>
 #include <utility>
 
 namespace {
+
+// The parts of the text that are there, up to the first that is not a number.
+RecordVersion ReadVersion(const wchar_t* text) noexcept
+{
+    RecordVersion version;
+    // Deliberate: the numbers go into the parts as these are held, so build and revision trade places each
+    // time a version is read and written.
+    for (UINT16* part : {&version.Major, &version.Minor, &version.Revision, &version.Build}) {
+        const std::optional<UINT32> number = CatalogXml::TakeNumber(text);
+        if (!number) {
+            break;
+        }
+        *part = static_cast<UINT16>(*number);
+        if (*text != L'.') {
+            break;
+        }
+        ++text;
+    }
+    return version;
+}
 
 struct PackageAttributes
 {
@@ -23,11 +44,7 @@ struct PackageAttributes
         if (Xml::NamesEqual(name, CatalogXml::kPackageFamilyName)) {
             packageFamilyName = value;
         } else if (Xml::NamesEqual(name, CatalogXml::kVersion)) {
-            // Deliberate: the numbers go into the parts as these are held, so build and revision trade places
-            // each time a version is read and written.
-            version = RecordVersion();
-            (void)std::swscanf(value, L"%hu.%hu.%hu.%hu", &version.Major, &version.Minor, &version.Revision,
-                               &version.Build);
+            version = ReadVersion(value);
         } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
             // Deliberate: a value that is no number reserves.
             needReserve = CatalogXml::ReadFlag(value, TRUE);
@@ -73,24 +90,20 @@ HRESULT CQanhPackage::AddApplication(std::unique_ptr<CQanhApp> app) noexcept
     if (!app) {
         return LogOut(kName, E_POINTER);
     }
-    try {
-        m_apps.Append(std::move(app));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_apps.Append(std::move(app));
+                      return S_OK;
+                  }));
 }
 
 HRESULT CQanhPackage::AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::AddApplication";
     LogIn(kName, displayName, shortName);
-    try {
-        m_apps.Append(std::make_unique<CQanhMetroApp>(displayName, shortName));
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
-    }
-    return LogOut(kName, S_OK);
+    return LogOut(kName, CatchOutOfMemory([&] {
+                      m_apps.Append(std::make_unique<CQanhMetroApp>(displayName, shortName));
+                      return S_OK;
+                  }));
 }
 
 void CQanhPackage::DeleteAllApp() noexcept
@@ -99,21 +112,6 @@ void CQanhPackage::DeleteAllApp() noexcept
     LogIn(kName);
     m_apps.Clear();
     LogOut(kName);
-}
-
-std::unique_ptr<CQanhPackage> CQanhPackage::Copy() const
-{
-    auto copy = std::make_unique<CQanhPackage>(PackageFamilyName.c_str(), Version, NeedReserve, IsInstalled,
-                                               m_apps.SizeLimit());
-    copy->FullName = FullName;
-    copy->Name = Name;
-    for (const auto& app : m_apps) {
-        // The applications of a package are Store applications.
-        if (const auto* metroApp = dynamic_cast<const CQanhMetroApp*>(app.get())) {
-            copy->m_apps.Append(std::make_unique<CQanhMetroApp>(*metroApp));
-        }
-    }
-    return copy;
 }
 
 void CQanhPackage::SwapContents(CQanhPackage& other) noexcept
@@ -186,24 +184,28 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
         return LogOut(kName, E_POINTER);
     }
     std::unique_ptr<CQanhPackage> package;
-    try {
+    HRESULT hr = CatchOutOfMemory([&] {
         PackageAttributes attributes;
-        const HRESULT hr = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
-            attributes.Set(name, value);
-            return false;
-        });
-        if (FAILED(hr)) {
-            return LogOut(kName, hr);
+        const HRESULT read =
+            Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
+                attributes.Set(name, value);
+                return false;
+            });
+        if (SUCCEEDED(read)) {
+            package =
+                std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
+                                               attributes.needReserve, attributes.isInstalled, appLimit);
         }
-        package = std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
-                                                 attributes.needReserve, attributes.isInstalled, appLimit);
-    } catch (const std::exception&) {
-        return LogOut(kName, E_OUTOFMEMORY);
+        return read;
+    });
+    if (FAILED(hr)) {
+        return LogOut(kName, hr);
     }
-    const HRESULT hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
+    hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
         std::unique_ptr<CQanhMetroApp> app;
         if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app))) {
-            package->AddApplication(std::move(app));
+            // One that finds no place is left out; it is in the log.
+            (void)package->AddApplication(std::move(app));
         }
     });
     *ppPackage = std::move(package);

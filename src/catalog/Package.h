@@ -38,20 +38,17 @@ public:
 
     // Appends an application. S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before (also at its size
     // limit).
-    HRESULT AddApplication(std::unique_ptr<CQanhApp> app) noexcept;
+    [[nodiscard]] HRESULT AddApplication(std::unique_ptr<CQanhApp> app) noexcept;
     // The same with a new record of these two names; a null name is empty. No test for duplicates.
-    HRESULT AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept;
+    [[nodiscard]] HRESULT AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept;
     void DeleteAllApp() noexcept;
-
-    // A record of its own with the same contents.
-    [[nodiscard]] std::unique_ptr<CQanhPackage> Copy() const;
 
     // Takes the version and the applications of another record of the same package, which gets those of this
     // one.
     void SwapContents(CQanhPackage& other) noexcept;
 
     // True when the package's family name is not empty and equals the argument to the letter.
-    BOOL IsThisPackage(const wchar_t* packageFamilyName) const noexcept;
+    [[nodiscard]] BOOL IsThisPackage(const wchar_t* packageFamilyName) const noexcept;
 
     // Asks every application of an installed package what a search for the wanted name makes of it; *pFound
     // becomes 1 when one of them is the wanted one and stays as it is otherwise.
@@ -60,13 +57,13 @@ public:
 
     // Writes the package and its applications as one element of the catalogue file; nothing, with S_OK, when
     // the package is neither installed nor reserved. E_POINTER or the writer's failure.
-    HRESULT ToXmlNode(IXmlWriter* pWriter) const;
+    [[nodiscard]] HRESULT ToXmlNode(IXmlWriter* pWriter) const;
 
     // Reads the element at hand and the applications below it into a new record, which is passed out also
     // when the document ends early. Returns the last status of the reader (S_FALSE at the end of the
     // document), E_POINTER or E_OUTOFMEMORY.
-    static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,
-                               std::size_t appLimit = kListSizeLimit) noexcept;
+    [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,
+                                             std::size_t appLimit = kListSizeLimit) noexcept;
 
     [[nodiscard]] const OwnedList<CQanhApp>& Apps() const noexcept { return m_apps; }
 

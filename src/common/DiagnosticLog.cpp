@@ -20,7 +20,7 @@ constexpr wchar_t kLogPathFormat[] = L"%s\\Vel\\QanHelper\\%s\\%s";
 std::atomic<bool> s_bLogEnabled = false;
 wchar_t s_szLogPath[MAX_PATH] = {}; // empty: the bare file name, in the current directory
 
-// Gives the thread's last error and the runtime's errno back at the end of the scope: callers log between a
+// Gives the thread's last error and the C runtime's errno back at the end of the scope: callers log between a
 // failed call and their look at its error.
 class LastErrorKeeper
 {
@@ -74,8 +74,9 @@ int ComposePath() noexcept
     }
     // The host name brings its backslash along, so the path holds two in a row: that is its required form.
     const wchar_t* hostName = CutHostName(executable);
-    // The bounded formatter refuses a path that does not fit through the runtime's invalid-parameter
-    // handling. Some runtimes put a terminator right behind the buffer then: one character to spare.
+    // The bounded formatter refuses a path that does not fit through the C runtime's
+    // invalid-parameter handling. Some C runtimes put a terminator right behind the buffer then: one
+    // character to spare.
     wchar_t path[MAX_PATH + 1] = {};
     if (swprintf_s(path, MAX_PATH, kLogPathFormat, localAppData, hostName, kLogFileName) < 0) {
         return 0;

@@ -11,8 +11,10 @@
 
 // The diagnostic trace of the library: one text file per host program, off unless the administrator switches
 // "DebugLog" on. Callable from every thread. There is no lock and no open handle between two lines: a line is
-// two appends (time stamp, message) to a file that is opened for it, so lines of two threads may interleave
-// there.
+// two appends (time stamp, message) to a file that is opened for it, so lines that two threads or processes
+// write at the same time may stand in each other or overwrite each other.
+//
+// A line is never the caller's concern: the results of writing one are not [[nodiscard]].
 namespace DiagnosticLog {
 
 // Switches the trace. Off at start.
@@ -20,11 +22,11 @@ void SetEnabled(bool enabled) noexcept;
 
 // Points the trace at the host's own folder below LOCALAPPDATA, which is not created here. Returns 1 on
 // success and 0 on failure; until it succeeded, lines go to "QanHelperLog.txt" in the current directory.
-int ComposePath() noexcept;
+[[nodiscard]] int ComposePath() noexcept;
 
 // Appends the time stamp and the formatted message; the message brings its own line end. Wide strings ("%S")
 // are converted to the system code page, with "?" for what it cannot hold; a null string prints as "(null)".
-// A message of more than 1,023 bytes is an invalid parameter to the runtime, which ends the process unless
+// A message of more than 1,023 bytes is an invalid parameter to the C runtime, which ends the process unless
 // the host has installed a handler. Returns 1 when the trace is off, 0 when the format is null or the file
 // cannot be opened, otherwise the result of the last write. The thread's last error and errno stay as they
 // were.
@@ -37,7 +39,8 @@ void LogIn(const wchar_t* operation) noexcept;
 void LogIn(const wchar_t* operation, const wchar_t* argument) noexcept;
 void LogIn(const wchar_t* operation, const wchar_t* first, const wchar_t* second) noexcept;
 
-// The exit lines of an operation. Each returns the result that it logs, so that leaving is one expression.
+// The exit lines of an operation. Each returns the result that it logs, so that leaving is one expression;
+// the caller knows it anyway, so they are not [[nodiscard]] either.
 HRESULT LogOut(const wchar_t* operation, HRESULT result) noexcept;
 int LogOutNumber(const wchar_t* operation, int result) noexcept;
 void LogOut(const wchar_t* operation) noexcept;

@@ -1,7 +1,6 @@
 #include "common/FormatText.h"
 
 #include <cwchar>
-#include <string.h>
 
 std::wstring FormatText(std::wstring_view format, std::initializer_list<std::wstring_view> arguments)
 {

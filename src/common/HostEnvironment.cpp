@@ -1,14 +1,14 @@
 #include "common/HostEnvironment.h"
 
-#include <cstdlib>
 #include <cwchar>
 
 bool ReadEnvironmentVariable(const wchar_t* name, wchar_t (&value)[MAX_PATH]) noexcept
 {
-    std::size_t size = 0;
     value[0] = L'\0';
-    // A size of 0 tells an absent variable from an empty one.
-    return _wgetenv_s(&size, value, MAX_PATH, name) == 0 && size != 0;
+    // An empty variable has the length 0 too: the last error tells it from an absent one.
+    SetLastError(ERROR_SUCCESS);
+    const DWORD length = GetEnvironmentVariableW(name, value, MAX_PATH);
+    return length != 0 ? length < MAX_PATH : GetLastError() == ERROR_SUCCESS;
 }
 
 bool GetHostExecutablePath(wchar_t (&path)[MAX_PATH]) noexcept

@@ -3,118 +3,102 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <clocale>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <locale.h>
-#include <string>
 
+// The conversions of numbers are handed on one by one.
 #if defined(__GNUC__)
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #endif
 
 namespace {
 
-// The system code page as a locale of the runtime, made once. The library sets no locale of its own: that
-// would change the host's.
-_locale_t SystemCodePage() noexcept
+constexpr char kNullText[] = "(null)";
+
+// A message in the making. It has room for one byte more than the largest message: that is enough to tell one
+// that is too long, so what comes behind is dropped.
+class Message
 {
-    struct Locale
+public:
+    void Append(const char* text, std::size_t length) noexcept
     {
-        _locale_t value = _create_locale(LC_CTYPE, ".ACP");
-        ~Locale()
-        {
-            if (value) {
-                _free_locale(value);
-            }
-        }
-    };
-    static const Locale locale;
-    return locale.value;
-}
-
-// The text in the system code page, "?" for what that cannot hold.
-std::string ToCodePage(const wchar_t* text)
-{
-    if (!text) {
-        return "(null)";
+        length = std::min(length, Room());
+        std::memcpy(m_text + m_length, text, length);
+        m_length += length;
     }
-    // UTF-8 holds everything but halves of surrogate pairs, and takes neither flags nor a character for
-    // these.
-    const bool isUtf8 = GetACP() == CP_UTF8;
-    const DWORD flags = isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS;
-    const char* unmappable = isUtf8 ? nullptr : "?";
-    const int length = static_cast<int>(std::wcslen(text));
-    const int size = WideCharToMultiByte(CP_ACP, flags, text, length, nullptr, 0, unmappable, nullptr);
-    std::string narrow(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, flags, text, length, narrow.data(), size, unmappable, nullptr);
-    return narrow;
-}
 
-// Formats by hand what the runtime refused: the trace's formats know strings and 32-bit numbers only.
-std::string FormatUnmappable(const char* format, va_list arguments)
-{
-    std::string text;
-    while (const char* percent = std::strchr(format, '%')) {
-        text.append(format, percent);
-        const char* end = percent + 1 + std::strspn(percent + 1, "-+ #0123456789.");
-        if (*end == '\0') {
-            return text;
+    void AppendNarrow(const char* text) noexcept
+    {
+        text = text ? text : kNullText;
+        Append(text, strnlen(text, kLargestMessage));
+    }
+
+    // In the system code page, with "?" for what that cannot hold.
+    void AppendWide(const wchar_t* text) noexcept
+    {
+        if (!text) {
+            AppendNarrow(kNullText);
+            return;
         }
-        const std::string conversion(percent, end + 1);
-        format = end + 1;
-        switch (*end) {
-        case '%':
-            text += '%';
-            break;
-        case 'S':
-            text += ToCodePage(va_arg(arguments, const wchar_t*));
-            break;
-        case 's': {
-            const char* argument = va_arg(arguments, const char*);
-            text += argument ? argument : "(null)";
-            break;
+        // Of two units (a surrogate pair) comes one byte at least: with more units it is too long anyway.
+        const auto units = static_cast<int>(wcsnlen(text, 2 * kLargestMessage));
+        if (units == 0 || Room() == 0) {
+            return;
         }
-        default: {
-            char number[64];
-            _snprintf_s(number, sizeof number, _TRUNCATE, conversion.c_str(), va_arg(arguments, int));
-            text += number;
-            break;
-        }
+        // UTF-8 holds everything but halves of surrogate pairs, and the platform takes neither flags nor a
+        // character for these.
+        const bool isUtf8 = GetACP() == CP_UTF8;
+        const int bytes =
+            WideCharToMultiByte(CP_ACP, isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS, text, units, m_text + m_length,
+                                static_cast<int>(Room()), isUtf8 ? nullptr : "?", nullptr);
+        if (bytes > 0) {
+            m_length += static_cast<std::size_t>(bytes);
+        } else {
+            // There is no room for it: too long.
+            std::memset(m_text + m_length, '?', Room());
+            m_length = kLargestMessage;
         }
     }
-    return text + format;
-}
 
-// The runtime's bounded formatter. Not every runtime ends or empties a message that does not fit, and there
-// are some that put a terminator right behind the buffer then. So the message is made in a place with a byte
-// to spare, and neither its terminator nor the runtime's word is trusted: the result is a length that the
-// buffer holds, or -1.
-int FormatBounded(char* buffer, std::size_t size, const char* format, _locale_t locale,
-                  va_list arguments) noexcept
+    // The conversion of a 32-bit number, such as "%08X".
+    void AppendNumber(const char* conversion, std::size_t length, int number) noexcept
+    {
+        char format[16] = {};
+        std::memcpy(format, conversion, std::min(length, sizeof format - 1));
+        char digits[64] = {};
+        _snprintf_s(digits, sizeof digits, _TRUNCATE, format, number);
+        AppendNarrow(digits);
+    }
+
+    [[nodiscard]] const char* Text() noexcept
+    {
+        m_text[m_length] = '\0';
+        return m_text;
+    }
+
+private:
+    [[nodiscard]] std::size_t Room() const noexcept { return kLargestMessage - m_length; }
+
+    char m_text[kLargestMessage + 1];
+    std::size_t m_length = 0;
+};
+
+// Puts the text into the buffer by the C runtime's bounded formatter: what does not fit is an invalid
+// parameter to it. Not every C runtime ends or empties the buffer then, and there are some that put a
+// terminator right behind it. So this is done in a place with a byte to spare, and neither its terminator nor
+// the C runtime's word is trusted: the result is a length that the buffer holds.
+int CopyBounded(char* buffer, std::size_t size, const char* text) noexcept
 {
-    char message[kLargestMessage + 1];
+    char copy[kLargestMessage + 1];
     const std::size_t bound = std::min(size, kLargestMessage);
-    _set_errno(0);
-    const int length = _vsprintf_s_l(message, bound, format, locale, arguments);
+    const int length = _sprintf_s_l(copy, bound, "%s", nullptr, text);
     if (length < 0 || static_cast<std::size_t>(length) >= bound) {
         buffer[0] = '\0';
-        return -1;
+        return 0;
     }
-    std::memcpy(buffer, message, static_cast<std::size_t>(length));
+    std::memcpy(buffer, copy, static_cast<std::size_t>(length));
     buffer[length] = '\0';
-    return length;
-}
-
-int FormatBoundedText(char* buffer, std::size_t size, const char* format, ...) noexcept
-{
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = FormatBounded(buffer, size, format, nullptr, arguments);
-    va_end(arguments);
     return length;
 }
 
@@ -122,16 +106,35 @@ int FormatBoundedText(char* buffer, std::size_t size, const char* format, ...) n
 
 int FormatNarrow(char* buffer, std::size_t size, const char* format, va_list arguments) noexcept
 {
-    va_list again;
-    va_copy(again, arguments);
-    int length = FormatBounded(buffer, size, format, SystemCodePage(), arguments);
-    if (length < 0 && errno == EILSEQ) {
-        try {
-            length = FormatBoundedText(buffer, size, "%s", FormatUnmappable(format, again).c_str());
-        } catch (...) {
-            buffer[0] = '\0';
+    Message message;
+    while (*format != '\0') {
+        if (*format != '%') {
+            const std::size_t length = std::strcspn(format, "%");
+            message.Append(format, length);
+            format += length;
+            continue;
+        }
+        const char* end = format + 1 + std::strspn(format + 1, "-+ #0123456789.");
+        if (*end == '\0') {
+            break;
+        }
+        const char* conversion = format;
+        format = end + 1;
+        switch (*end) {
+        case '%':
+            message.Append(end, 1);
+            break;
+        case 'S':
+            message.AppendWide(va_arg(arguments, const wchar_t*));
+            break;
+        case 's':
+            message.AppendNarrow(va_arg(arguments, const char*));
+            break;
+        default:
+            message.AppendNumber(conversion, static_cast<std::size_t>(format - conversion),
+                                 va_arg(arguments, int));
+            break;
         }
     }
-    va_end(again);
-    return length < 0 ? 0 : length;
+    return CopyBounded(buffer, size, message.Text());
 }

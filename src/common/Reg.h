@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-// The registry values that the library lives by. Stateless: every call opens, reads or writes, and closes.
-// Callable from every thread.
+// The registry values that the library reads and writes. Stateless: every call opens the key, reads or
+// writes, and closes it. Callable from every thread.
 //
 // Settings of the library, below HKEY_LOCAL_MACHINE "Software\Vel\VELQAN\QanHelper", REG_DWORD, never
 // written:
@@ -22,12 +22,12 @@ public:
 
     // Reads a setting of the library. Returns 1 when a REG_DWORD was read into *pValue, else 0; *pValue may
     // then hold anything.
-    static int GetDWORDRegVal(const wchar_t* valueName, DWORD* pValue) noexcept;
+    [[nodiscard]] static int GetDWORDRegVal(const wchar_t* valueName, DWORD* pValue) noexcept;
 
-    static DWORD IsDebugLogOn() noexcept;
-    static DWORD GetManifestReaderSetting() noexcept;
-    static DWORD GetRefreshInterval() noexcept;
-    static DWORD GetClearClipboardWaitTime() noexcept;
+    [[nodiscard]] static DWORD IsDebugLogOn() noexcept;
+    [[nodiscard]] static DWORD GetManifestReaderSetting() noexcept;
+    [[nodiscard]] static DWORD GetRefreshInterval() noexcept;
+    [[nodiscard]] static DWORD GetClearClipboardWaitTime() noexcept;
 
     // The browser's tile setting, "ApplicationTileImmersiveActivation" below HKEY_CURRENT_USER
     // "Software\Microsoft\Internet Explorer\Main".
@@ -35,9 +35,9 @@ public:
     // Reads it into *pdwTileImmersiveActivation, preset to 1. Returns the registry's status: 0,
     // or the Win32 error of opening the key or querying the value. A value of another type is read with
     // status 0; pdwType, when not null, receives the type.
-    static LSTATUS GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActivation,
-                                                     DWORD* pdwType = nullptr) noexcept;
+    [[nodiscard]] static LSTATUS GetCurrentTileImmersiveActivation(DWORD* pdwTileImmersiveActivation,
+                                                                   DWORD* pdwType = nullptr) noexcept;
     // Both return 1 when the value was written or deleted, else 0. The key is never created.
-    static int SetCurrentTileImmersiveActivation(DWORD dwValue) noexcept;
-    static int DeleteTileImmersiveActivation() noexcept;
+    [[nodiscard]] static int SetCurrentTileImmersiveActivation(DWORD dwValue) noexcept;
+    [[nodiscard]] static int DeleteTileImmersiveActivation() noexcept;
 };

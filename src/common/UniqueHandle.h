@@ -23,7 +23,7 @@ public:
     UniqueResource& operator=(const UniqueResource&) = delete;
     ~UniqueResource() { Reset(); }
 
-    explicit operator bool() const noexcept { return m_value != Policy::None(); }
+    [[nodiscard]] explicit operator bool() const noexcept { return m_value != Policy::None(); }
     [[nodiscard]] Type Get() const noexcept { return m_value; }
 
     // Closes what is held and returns the place for a function's out argument.
@@ -50,28 +50,28 @@ private:
 struct HandlePolicy
 {
     using Type = HANDLE;
-    static Type None() noexcept { return nullptr; }
+    [[nodiscard]] static Type None() noexcept { return nullptr; }
     static void Close(Type value) noexcept { CloseHandle(value); }
 };
 
 struct FilePolicy
 {
     using Type = HANDLE;
-    static Type None() noexcept { return INVALID_HANDLE_VALUE; }
+    [[nodiscard]] static Type None() noexcept { return INVALID_HANDLE_VALUE; }
     static void Close(Type value) noexcept { CloseHandle(value); }
 };
 
 struct FindPolicy
 {
     using Type = HANDLE;
-    static Type None() noexcept { return INVALID_HANDLE_VALUE; }
+    [[nodiscard]] static Type None() noexcept { return INVALID_HANDLE_VALUE; }
     static void Close(Type value) noexcept { FindClose(value); }
 };
 
 struct RegistryKeyPolicy
 {
     using Type = HKEY;
-    static Type None() noexcept { return nullptr; }
+    [[nodiscard]] static Type None() noexcept { return nullptr; }
     static void Close(Type value) noexcept { RegCloseKey(value); }
 };
 

@@ -1,5 +1,7 @@
 #include "common/WinRtError.h"
 
+#include "common/DiagnosticLog.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -35,5 +37,22 @@ void ThrowIfFailed(HRESULT result)
 {
     if (FAILED(result)) {
         throw WinRtError(result);
+    }
+}
+
+void LogOut(const wchar_t* operation, const WinRtError& error) noexcept
+{
+    DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
+}
+
+HRESULT LogCaught(const wchar_t* operation, HRESULT resultOfOthers) noexcept
+{
+    try {
+        throw;
+    } catch (const WinRtError& error) {
+        LogOut(operation, error);
+        return E_FAIL;
+    } catch (...) {
+        return LogOut(operation, resultOfOthers);
     }
 }

@@ -34,8 +34,7 @@ namespace Xml {
 
 HRESULT MakeReader(ComPtr<IXmlReader>& reader)
 {
-    return CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(reader.ReleaseAndGetAddressOf()),
-                           nullptr);
+    return CreateXmlReader(IID_PPV_ARGS(reader.ReleaseAndGetAddressOf()), nullptr);
 }
 
 HRESULT OpenFile(IXmlReader* reader, const wchar_t* path)

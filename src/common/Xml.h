@@ -19,29 +19,29 @@ constexpr HRESULT kInputEnds = static_cast<HRESULT>(0xC00CEE01);
 // Makes a reader over a file opened for reading. Returns the first failure of making the reader, opening the
 // file and joining the two. The first step and the rest may be done apart, where the file's path takes asking
 // for.
-HRESULT MakeReader(Microsoft::WRL::ComPtr<IXmlReader>& reader);
-HRESULT OpenFile(IXmlReader* reader, const wchar_t* path);
-HRESULT OpenReader(const wchar_t* path, Microsoft::WRL::ComPtr<IXmlReader>& reader);
+[[nodiscard]] HRESULT MakeReader(Microsoft::WRL::ComPtr<IXmlReader>& reader);
+[[nodiscard]] HRESULT OpenFile(IXmlReader* reader, const wchar_t* path);
+[[nodiscard]] HRESULT OpenReader(const wchar_t* path, Microsoft::WRL::ComPtr<IXmlReader>& reader);
 
 // Moves to the next node. S_OK; S_FALSE at the end of the document; a failure of the reader; or kInputEnds
 // when the reader reports success without having moved, as some readers do for ever at the end of a truncated
 // document.
-HRESULT ReadNode(IXmlReader* reader);
+[[nodiscard]] HRESULT ReadNode(IXmlReader* reader);
 
 // True when the node at hand is an element (S_OK from the reader and the type "element").
-bool IsElement(IXmlReader* reader);
+[[nodiscard]] bool IsElement(IXmlReader* reader);
 
 // Names match as a whole, ignoring the case of letters.
-bool NamesEqual(std::wstring_view name, std::wstring_view expected);
+[[nodiscard]] bool NamesEqual(std::wstring_view name, std::wstring_view expected);
 
 // True when the local name of the node at hand (prefixes do not count) is the expected one.
-bool HasLocalName(IXmlReader* reader, std::wstring_view expected);
+[[nodiscard]] bool HasLocalName(IXmlReader* reader, std::wstring_view expected);
 
 // Calls visit(name, value) for each attribute of the element at hand, in document order, until there are no
 // more or visit returns true; then the reader stands on the element again. Both texts end with a null
 // character and live until visit returns. Result: S_OK when visit ended the walk, otherwise that of the last
 // move: S_FALSE after the last attribute, or the reader's failure.
-template <typename Visit> HRESULT ForEachAttribute(IXmlReader* reader, Visit visit)
+template <typename Visit> [[nodiscard]] HRESULT ForEachAttribute(IXmlReader* reader, Visit visit)
 {
     HRESULT hr = reader->MoveToFirstAttribute();
     while (hr == S_OK) {
@@ -62,7 +62,8 @@ template <typename Visit> HRESULT ForEachAttribute(IXmlReader* reader, Visit vis
 // The walk ends at the end tag of an element that is not deeper than the one it began at, or at an element
 // that is not deeper (the caller may look at that one next): both give S_OK; at the end of the document with
 // S_FALSE; or with the reader's failure.
-template <typename Visit> HRESULT ForEachElementBelow(IXmlReader* reader, std::wstring_view name, Visit visit)
+template <typename Visit>
+[[nodiscard]] HRESULT ForEachElementBelow(IXmlReader* reader, std::wstring_view name, Visit visit)
 {
     UINT top = 0;
     HRESULT hr = reader->GetDepth(&top);

@@ -124,7 +124,8 @@ void CQanhPackageManager::AddLinkFileToList(const wchar_t* folder, const wchar_t
             // refuses.
             const std::size_t length = std::wcslen(found.cFileName);
             found.cFileName[length < kExtensionLength ? 0 : length - kExtensionLength] = L'\0';
-            m_AppNameList.AddDesktopApp(found.cFileName, path.Get());
+            // Known already, or refused: the log tells.
+            (void)m_AppNameList.AddDesktopApp(found.cFileName, path.Get());
         }
     } while (FindNextFileW(find.Get(), &found));
     find.Reset();

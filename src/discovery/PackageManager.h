@@ -62,32 +62,35 @@ public:
 
     // Hands every Store package of the user to the catalogue. The result is that of the last package; E_FAIL
     // when the system's package manager cannot be had.
-    HRESULT RefreshMetroApps() noexcept;
+    [[nodiscard]] HRESULT RefreshMetroApps() noexcept;
 
     // The system's package manager, or none. Enters the Windows Runtime for the calling thread:
     // *pNeedsUninitialize becomes 1 when the caller must leave it with RoUninitialize, whether there is a
     // manager or not, and 0 when the thread is in an apartment of another kind already.
-    static Microsoft::WRL::ComPtr<platform::IPackageManager>
+    [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackageManager>
     GetPackageManager(BOOL* pNeedsUninitialize) noexcept;
 
     // The first package of the family that is installed for the user, or none; with a fragment, the first one
     // that depends on a package whose family name contains it, whatever the case of Latin letters. The
-    // fragment is not null, here and below. A failing call of the platform is raised as a WinRtError.
-    static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByName(const wchar_t* familyName);
-    static Microsoft::WRL::ComPtr<platform::IPackage> FindPackageByNameEx(const wchar_t* familyName,
-                                                                          const wchar_t* fragment);
+    // fragment is not null, here and below. A failing call of the platform is raised as a WinRtError. They
+    // leave the Windows Runtime before they hand the package out: the caller holds an apartment of its own
+    // around the call and all that is done with the package, its release included.
+    [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackage>
+    FindPackageByName(const wchar_t* familyName);
+    [[nodiscard]] static Microsoft::WRL::ComPtr<platform::IPackage>
+    FindPackageByNameEx(const wchar_t* familyName, const wchar_t* fragment);
 
     // Whether these find a package: S_OK with *pIsInstalled 1 or 0, also without a package manager;
     // E_POINTER; E_INVALIDARG for an empty name; E_FAIL or E_OUTOFMEMORY, with *pIsInstalled as it was, when
     // the finding failed.
-    static HRESULT IsInstalled(const wchar_t* familyName, BOOL* pIsInstalled) noexcept;
-    static HRESULT IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment,
-                                 BOOL* pIsInstalled) noexcept;
+    [[nodiscard]] static HRESULT IsInstalled(const wchar_t* familyName, BOOL* pIsInstalled) noexcept;
+    [[nodiscard]] static HRESULT IsInstalledEx(const wchar_t* familyName, const wchar_t* fragment,
+                                               BOOL* pIsInstalled) noexcept;
 
     // The package's display name, for LocalFree: the result of the manifest reader's GetAppDisplayName,
     // 0xA0000001 when no package of the family is installed, E_POINTER, E_INVALIDARG, E_FAIL or
     // E_OUTOFMEMORY.
-    static HRESULT GetAppDisplayNameByPFN(const wchar_t* familyName, wchar_t** ppName) noexcept;
+    [[nodiscard]] static HRESULT GetAppDisplayNameByPFN(const wchar_t* familyName, wchar_t** ppName) noexcept;
 
     // Passes a launch's question for the names to exclude on to the catalogue, whose result it is.
     [[nodiscard]] HRESULT GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,

@@ -104,9 +104,7 @@ DWORD CQanhPackageManager::RunPasses() noexcept
         return 0;
     }
     do {
-        m_AppNameList.BeginPass();
         RunPass(places);
-        m_AppNameList.EndPass();
         // From the end of the first pass on the file is current, and other processes may load it.
         CloseInstanceMutex();
     } while (WaitForSingleObject(m_hExitEvent, interval) == WAIT_TIMEOUT);

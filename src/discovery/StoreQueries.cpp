@@ -1,101 +1,23 @@
 // What the package manager learns from the system about the Store packages of the current user.
 
 #include "QanHelper.h"
+#include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
-#include "common/HString.h"
-#include "common/RuntimeApartment.h"
 #include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
+#include "discovery/SystemPackages.h"
 #include "manifest/ManifestReader.h"
 #include "manifest/StorePackage.h"
 
-#include <activation.h>
 #include <roapi.h>
 
 #include <algorithm>
-#include <cwchar>
 #include <string>
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-constexpr wchar_t kManagerClass[] = L"Windows.Management.Deployment.PackageManager";
-
-// The current user, to the find methods.
-constexpr HSTRING kCurrentUser = nullptr;
-
-// A string for the length of a call into the Windows Runtime. It points into itself.
-class HStringReference
-{
-public:
-    explicit HStringReference(const wchar_t* text)
-    {
-        ThrowIfFailed(
-            WindowsCreateStringReference(text, static_cast<UINT32>(std::wcslen(text)), &m_header, &m_string));
-    }
-    HStringReference(const HStringReference&) = delete;
-    HStringReference& operator=(const HStringReference&) = delete;
-    [[nodiscard]] HSTRING Get() const noexcept { return m_string; }
-
-private:
-    HSTRING_HEADER m_header{};
-    HSTRING m_string = nullptr;
-};
-
-ComPtr<platform::IPackageManager> ActivateManager()
-{
-    ComPtr<IActivationFactory> factory;
-    ThrowIfFailed(RoGetActivationFactory(HStringReference(kManagerClass).Get(), __uuidof(IActivationFactory),
-                                         reinterpret_cast<void**>(factory.GetAddressOf())));
-    ComPtr<IInspectable> instance;
-    ThrowIfFailed(factory->ActivateInstance(instance.GetAddressOf()));
-    ComPtr<platform::IPackageManager> manager;
-    ThrowIfFailed(instance->QueryInterface(__uuidof(platform::IPackageManager),
-                                           reinterpret_cast<void**>(manager.GetAddressOf())));
-    return manager;
-}
-
-// Calls visit(package) for each package of the collection, in its order, until there are no more or
-// isStopped(), which is asked before each package, returns true.
-template <typename IsStopped, typename Visit>
-void ForEachPackage(platform::IPackageIterable* packages, IsStopped isStopped, Visit visit)
-{
-    ComPtr<platform::IPackageIterator> iterator;
-    ThrowIfFailed(packages->First(iterator.GetAddressOf()));
-    boolean hasCurrent = 0;
-    ThrowIfFailed(iterator->get_HasCurrent(&hasCurrent));
-    while (hasCurrent && !isStopped()) {
-        ComPtr<platform::IPackage> package;
-        ThrowIfFailed(iterator->get_Current(package.GetAddressOf()));
-        visit(package);
-        ThrowIfFailed(iterator->MoveNext(&hasCurrent));
-    }
-}
-
-ComPtr<platform::IPackageIterable> PackagesOfFamily(platform::IPackageManager* manager,
-                                                    const wchar_t* familyName)
-{
-    ComPtr<platform::IPackageIterable> packages;
-    ThrowIfFailed(manager->FindPackagesByUserSecurityIdPackageFamilyName(
-        kCurrentUser, HStringReference(familyName).Get(), packages.GetAddressOf()));
-    return packages;
-}
-
-// The first package of the collection, or none.
-ComPtr<platform::IPackage> FirstPackage(platform::IPackageIterable* packages)
-{
-    ComPtr<platform::IPackageIterator> iterator;
-    ThrowIfFailed(packages->First(iterator.GetAddressOf()));
-    boolean hasCurrent = 0;
-    ThrowIfFailed(iterator->get_HasCurrent(&hasCurrent));
-    ComPtr<platform::IPackage> package;
-    if (hasCurrent) {
-        ThrowIfFailed(iterator->get_Current(package.GetAddressOf()));
-    }
-    return package;
-}
 
 // Only the letters A to Z change.
 std::wstring FoldLatinLetters(std::wstring text)
@@ -125,18 +47,26 @@ bool DependsOn(platform::IPackage* package, const wchar_t* fragment)
     return false;
 }
 
-// Logs the exception at hand and turns it into a result.
-HRESULT LogCaught(const wchar_t* operation) noexcept
+// The system's package manager for the length of a scope. When having it entered the Windows Runtime, the
+// scope's end leaves that, with the manager gone.
+class ManagerScope
 {
-    try {
-        throw;
-    } catch (const WinRtError& error) {
-        DiagnosticLog::WriteLine("%S OUT(%S)\r\n", operation, error.Message());
-        return E_FAIL;
-    } catch (...) {
-        return LogOut(operation, E_OUTOFMEMORY);
+public:
+    ManagerScope() noexcept
+    {
+        BOOL needsUninitialize = FALSE;
+        m_manager = CQanhPackageManager::GetPackageManager(&needsUninitialize);
+        if (needsUninitialize) {
+            m_apartment.TakeOver();
+        }
     }
-}
+    // Null: there is none.
+    [[nodiscard]] platform::IPackageManager* Get() const noexcept { return m_manager.Get(); }
+
+private:
+    WinRtApartment m_apartment;
+    ComPtr<platform::IPackageManager> m_manager;
+};
 
 // The way in which a query enters and leaves the package manager. Finds a package with find(manager); none
 // when there is no manager. A failing call of the platform is raised, after everything was left.
@@ -151,11 +81,8 @@ ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* 
     }
     ComPtr<platform::IPackage> package;
     {
-        BOOL needsUninitialize = FALSE;
-        const RuntimeApartmentLeaver leaver(needsUninitialize);
-        const ComPtr<platform::IPackageManager> manager =
-            CQanhPackageManager::GetPackageManager(&needsUninitialize);
-        if (!manager) {
+        const ManagerScope manager;
+        if (!manager.Get()) {
             DiagnosticLog::WriteLine("%S OUT(GetPackageManager failed.)\r\n", operation);
             return nullptr;
         }
@@ -163,6 +90,14 @@ ComPtr<platform::IPackage> FindPackage(const wchar_t* operation, const wchar_t* 
     }
     LogOut(operation);
     return package;
+}
+
+// An apartment for a package: entered before the package is looked for, left after it is released. The search
+// leaves its own before it hands the package out, and a thread that has no other would be without one then.
+// Whether it could be entered is not asked: if not, the search fails for the same reason, and logs it.
+[[nodiscard]] WinRtApartment EnterForPackage() noexcept
+{
+    return WinRtApartment(RoInitialize(RO_INIT_SINGLETHREADED));
 }
 
 // The two questions whether a package is installed differ only in how it is found.
@@ -174,10 +109,11 @@ HRESULT AskInstalled(const wchar_t* operation, const wchar_t* familyName, BOOL* 
     if (FAILED(hr)) {
         return LogOut(operation, hr);
     }
+    const WinRtApartment apartment = EnterForPackage();
     try {
         *pIsInstalled = find() ? 1 : 0;
     } catch (...) {
-        return LogCaught(operation);
+        return LogCaught(operation, E_OUTOFMEMORY);
     }
     DiagnosticLog::WriteLine("%S OUT(*pIsInstalled = %d)\r\n", operation, *pIsInstalled);
     return S_OK;
@@ -200,7 +136,7 @@ ComPtr<platform::IPackageManager> CQanhPackageManager::GetPackageManager(BOOL* p
     }
     *pNeedsUninitialize = SUCCEEDED(hr) ? 1 : 0;
     try {
-        ComPtr<platform::IPackageManager> manager = ActivateManager();
+        ComPtr<platform::IPackageManager> manager = SystemPackages::ActivateManager();
         LogOut(kName, S_OK);
         return manager;
     } catch (const WinRtError& error) {
@@ -215,7 +151,7 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByName(const wchar_t*
 {
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByName";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
-        return FirstPackage(PackagesOfFamily(manager, familyName).Get());
+        return SystemPackages::First(SystemPackages::OfFamily(manager, familyName).Get());
     });
 }
 
@@ -225,10 +161,10 @@ ComPtr<platform::IPackage> CQanhPackageManager::FindPackageByNameEx(const wchar_
     static constexpr wchar_t kName[] = L"CQanhPackageManager::FindPackageByNameEx";
     return FindPackage(kName, familyName, [&](platform::IPackageManager* manager) {
         ComPtr<platform::IPackage> dependent;
-        ForEachPackage(
-            PackagesOfFamily(manager, familyName).Get(), [] { return false; },
-            [&](const ComPtr<platform::IPackage>& package) {
-                if (!dependent && DependsOn(package.Get(), fragment)) {
+        SystemPackages::ForEach(
+            SystemPackages::OfFamily(manager, familyName).Get(), [] { return false; },
+            [&](platform::IPackage* package) {
+                if (!dependent && DependsOn(package, fragment)) {
                     dependent = package;
                 }
             });
@@ -261,6 +197,7 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
         return LogOut(kName, hr);
     }
     hr = QANH_E_NO_PACKAGE;
+    const WinRtApartment apartment = EnterForPackage();
     try {
         const ComPtr<platform::IPackage> package = FindPackageByName(familyName);
         if (package) {
@@ -271,7 +208,7 @@ HRESULT CQanhPackageManager::GetAppDisplayNameByPFN(const wchar_t* familyName, w
         DiagnosticLog::WriteLine("%S OUT(0x%08X) DisplayName = %s\r\n", kName, static_cast<unsigned>(hr),
                                  reinterpret_cast<const char*>(*ppName));
     } catch (...) {
-        return LogCaught(kName);
+        return LogCaught(kName, E_OUTOFMEMORY);
     }
     return hr;
 }
@@ -282,24 +219,19 @@ HRESULT CQanhPackageManager::RefreshMetroApps() noexcept
     LogIn(kName);
     HRESULT result = S_OK;
     {
-        BOOL needsUninitialize = FALSE;
-        const RuntimeApartmentLeaver leaver(needsUninitialize);
-        const ComPtr<platform::IPackageManager> manager = GetPackageManager(&needsUninitialize);
-        if (!manager) {
+        const ManagerScope manager;
+        if (!manager.Get()) {
             // Deliberate: written with a capital, unlike the line of the queries.
             DiagnosticLog::WriteLine("%S OUT(GetPackageManager Failed.)\r\n", kName);
             return E_FAIL;
         }
         try {
-            ComPtr<platform::IPackageIterable> packages;
-            ThrowIfFailed(manager->FindPackagesByUserSecurityId(kCurrentUser, packages.GetAddressOf()));
-            ForEachPackage(
-                packages.Get(), [&] { return PollExitEvent() == WAIT_OBJECT_0; },
-                [&](const ComPtr<platform::IPackage>& package) {
-                    result = m_AppNameList.AddMetroPackage(package.Get());
-                });
+            SystemPackages::ForEach(
+                SystemPackages::All(manager.Get()).Get(), [&] { return PollExitEvent() == WAIT_OBJECT_0; },
+                [&](platform::IPackage* package) { result = m_AppNameList.AddMetroPackage(package); });
         } catch (const WinRtError& error) {
-            DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
+            // The result reached so far stays.
+            LogOut(kName, error);
         } catch (...) {
             result = E_OUTOFMEMORY;
         }

@@ -46,8 +46,8 @@ HRESULT CQanhMonitorMode::Initialize() noexcept
         DiagnosticLog::WriteLine("%S OUT CoInitializeEx:(%d)\r\n", kName, static_cast<int>(hr));
         return hr;
     }
-    hr = CoCreateInstance(CLSID_AppVisibility, nullptr, CLSCTX_INPROC_SERVER, IID_IAppVisibility,
-                          reinterpret_cast<void**>(&m_pImmersiveMode));
+    hr =
+        CoCreateInstance(CLSID_AppVisibility, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&m_pImmersiveMode));
     if (FAILED(hr)) {
         CoUninitialize();
         m_pImmersiveMode = nullptr;
@@ -117,7 +117,7 @@ int CQanhMonitorMode::SwitchToStartScreen() noexcept
         CQanhKeyEmulate::Sendinput_Win();
         for (int poll = 0; poll < kStartScreenPolls && dwMode != kStartScreen; ++poll) {
             Sleep(kPoll);
-            GetMonitorState(&dwMode);
+            (void)GetMonitorState(&dwMode); // a state that cannot be read is asked for again
             DiagnosticLog::WriteLine("dwMode = %d \r\n", dwMode);
         }
     }

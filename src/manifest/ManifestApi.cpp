@@ -1,8 +1,10 @@
 // The manifest reader that asks the system's own interfaces.
 
 #include "catalog/Package.h"
+#include "common/Apartment.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
+#include "common/WinRtError.h"
 #include "manifest/ManifestReader.h"
 #include "platform/PackageManifest.h"
 
@@ -27,8 +29,7 @@ struct OpenManifest
 HRESULT Open(const wchar_t* path, OpenManifest& manifest)
 {
     HRESULT hr = CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
-                                  __uuidof(platform::IAppxFactory),
-                                  reinterpret_cast<void**>(manifest.factory.GetAddressOf()));
+                                  IID_PPV_ARGS(manifest.factory.GetAddressOf()));
     if (FAILED(hr)) {
         return hr;
     }
@@ -51,7 +52,8 @@ void AddApplication(platform::IAppxManifestApplicationsEnumerator* applications,
     wchar_t* displayName = nullptr;
     if (SUCCEEDED(applications->GetCurrent(application.GetAddressOf())) &&
         SUCCEEDED(application->GetStringValue(L"DisplayName", &displayName))) {
-        package->AddApplication(displayName, nullptr);
+        // Out of memory for one is logged there; the others are still read.
+        (void)package->AddApplication(displayName, nullptr);
         CoTaskMemFree(displayName);
     }
 }
@@ -84,17 +86,15 @@ HRESULT CQanhManifestReader::GetAppNameUsingAPI(const wchar_t* path, CQanhPackag
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    const HRESULT apartment = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    if (FAILED(apartment) && apartment != RPC_E_CHANGED_MODE) {
-        return LogOut(kName, apartment);
+    const HRESULT entered = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(entered) && entered != RPC_E_CHANGED_MODE) {
+        return LogOut(kName, entered);
     }
     try {
+        const ComApartment apartment(entered);
         hr = ReadApplications(path, pPackage);
     } catch (...) {
-        hr = E_FAIL;
-    }
-    if (apartment != RPC_E_CHANGED_MODE) {
-        CoUninitialize();
+        return LogCaught(kName, E_FAIL);
     }
     return LogOut(kName, hr);
 }

@@ -6,6 +6,7 @@
 #include "common/DiagnosticLog.h"
 #include "common/FormatText.h"
 #include "common/Reg.h"
+#include "common/WinRtError.h"
 #include "common/Xml.h"
 #include "manifest/StorePackage.h"
 
@@ -128,10 +129,11 @@ HRESULT CQanhManifestReader::GetAppNameUsingXmlParser(const wchar_t* path, CQanh
         hr = WalkApplications(
             path, *pPackage, isComplete, [](const std::wstring&) { return true; },
             [&](const std::wstring& displayName, const std::wstring& shortName) {
-                pPackage->AddApplication(displayName.c_str(), shortName.c_str());
+                // Out of memory for one is logged there; the others are still read.
+                (void)pPackage->AddApplication(displayName.c_str(), shortName.c_str());
             });
     } catch (...) {
-        hr = E_FAIL;
+        return LogCaught(kName, E_FAIL);
     }
     return LogOut(kName, hr);
 }
@@ -153,7 +155,7 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
             [](const std::wstring&, const std::wstring&) {});
         *pCan = isComplete ? 1 : 0;
     } catch (...) {
-        hr = E_FAIL;
+        return LogCaught(kName, E_FAIL);
     }
     return LogOut(kName, hr);
 }

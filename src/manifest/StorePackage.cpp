@@ -58,8 +58,7 @@ WideString InstalledPath(platform::IPackage* package)
     ComPtr<platform::IStorageFolder> folder;
     ThrowIfFailed(package->get_InstalledLocation(folder.GetAddressOf()));
     ComPtr<platform::IStorageItem> item;
-    ThrowIfFailed(folder->QueryInterface(__uuidof(platform::IStorageItem),
-                                         reinterpret_cast<void**>(item.GetAddressOf())));
+    ThrowIfFailed(folder->QueryInterface(IID_PPV_ARGS(item.GetAddressOf())));
     return Text(item.Get(), &platform::IStorageItem::get_Path);
 }
 

@@ -9,17 +9,17 @@
 // the package does not answer. They belong to the thread that found the package.
 namespace StorePackage {
 
-Microsoft::WRL::ComPtr<platform::IPackageId> Identity(platform::IPackage* package);
-WideString FamilyName(platform::IPackageId* identity);
-WideString FullName(platform::IPackageId* identity);
-WideString Name(platform::IPackageId* identity);
-platform::PackageVersion Version(platform::IPackageId* identity);
+[[nodiscard]] Microsoft::WRL::ComPtr<platform::IPackageId> Identity(platform::IPackage* package);
+[[nodiscard]] WideString FamilyName(platform::IPackageId* identity);
+[[nodiscard]] WideString FullName(platform::IPackageId* identity);
+[[nodiscard]] WideString Name(platform::IPackageId* identity);
+[[nodiscard]] platform::PackageVersion Version(platform::IPackageId* identity);
 
 // The path of the folder that the package is installed in, as the system has it.
-WideString InstalledPath(platform::IPackage* package);
+[[nodiscard]] WideString InstalledPath(platform::IPackage* package);
 
 // The path of the package's manifest in that folder, in the 260 characters that a path has; what does not fit
 // is cut, so that the file will not be found.
-WideString ManifestPath(const WideString& installedPath);
+[[nodiscard]] WideString ManifestPath(const WideString& installedPath);
 
 } // namespace StorePackage

@@ -1,28 +1,14 @@
 #pragma once
 
-// The system's reader for package manifests, for toolchains whose headers lack it. Only what the library
-// calls has its real arguments; the other methods hold their places in the tables of functions.
+// The system's reader for package manifests. Some toolchains' headers lack it, so these declarations are used
+// with every toolchain. Only what the library calls has its real arguments; the other methods hold their
+// places in the tables of functions.
+
+#include "platform/InterfaceId.h"
 
 #include <windows.h>
 
 #include <objidl.h>
-
-#if __has_include(<appxpackaging.h>)
-
-#include <appxpackaging.h>
-
-namespace platform {
-
-using ::IAppxFactory;
-using ::IAppxManifestApplication;
-using ::IAppxManifestApplicationsEnumerator;
-using ::IAppxManifestReader;
-
-} // namespace platform
-
-#else
-
-#include "platform/InterfaceId.h"
 
 namespace platform {
 
@@ -77,8 +63,6 @@ QANH_INTERFACE_ID(platform::IAppxManifestReader, 0x4e1bd148, 0x55a0, 0x4480, 0xa
                   0x10, 0x63, 0x7c)
 QANH_INTERFACE_ID(platform::IAppxFactory, 0xbeb94909, 0xe451, 0x438b, 0xb5, 0xa7, 0xd7, 0x9e, 0x76, 0x7b,
                   0x75, 0xd8)
-
-#endif
 
 namespace platform {
 

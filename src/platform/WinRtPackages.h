@@ -1,39 +1,15 @@
 #pragma once
 
-// The Windows Runtime's package objects, for toolchains whose headers lack them. Only what the library calls
-// has its real arguments; the other methods hold their places in the tables of functions.
+// The Windows Runtime's package objects. Some toolchains' headers lack them, or have them in a form that does
+// not compile, so these declarations are used with every toolchain. Only what the library calls has its real
+// arguments; the other methods hold their places in the tables of functions.
+
+#include "platform/InterfaceId.h"
 
 #include <windows.h>
 
 #include <hstring.h>
 #include <inspectable.h>
-
-#if __has_include(<windows.management.deployment.h>)
-
-#include <windows.applicationmodel.h>
-#include <windows.management.deployment.h>
-#include <windows.storage.h>
-
-namespace platform {
-
-using ABI::Windows::ApplicationModel::IPackage;
-using ABI::Windows::ApplicationModel::IPackageId;
-using ABI::Windows::ApplicationModel::PackageVersion;
-using ABI::Windows::Management::Deployment::IPackageManager;
-using ABI::Windows::Storage::IStorageFolder;
-using ABI::Windows::Storage::IStorageItem;
-using IPackageIterable =
-    ABI::Windows::Foundation::Collections::IIterable<ABI::Windows::ApplicationModel::Package*>;
-using IPackageIterator =
-    ABI::Windows::Foundation::Collections::IIterator<ABI::Windows::ApplicationModel::Package*>;
-using IPackageVectorView =
-    ABI::Windows::Foundation::Collections::IVectorView<ABI::Windows::ApplicationModel::Package*>;
-
-} // namespace platform
-
-#else
-
-#include "platform/InterfaceId.h"
 
 namespace platform {
 
@@ -153,5 +129,3 @@ QANH_INTERFACE_ID(platform::IPackage, 0x163c792f, 0xbd75, 0x413c, 0xbf, 0x23, 0x
                   0x25)
 QANH_INTERFACE_ID(platform::IPackageManager, 0x9a7d4b65, 0x5e8f, 0x4fc7, 0xa2, 0xe5, 0x7f, 0x69, 0x25, 0xcb,
                   0x8b, 0x53)
-
-#endif

@@ -60,7 +60,6 @@ bool SearchPane::Create()
     if (!m_edit) {
         return false;
     }
-    SendMessageW(m_edit, EM_SETLIMITTEXT, 0, 0); // the largest there is: queries grow with the catalogue
     UseFont(m_text.FontFor(L""));
     SetWindowLongPtrW(m_edit, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     m_editProcedure = reinterpret_cast<WNDPROC>(
@@ -72,6 +71,8 @@ void SearchPane::Open(std::vector<Application> applications)
 {
     m_applications = std::move(applications);
     m_lostPastes = 0;
+    // 0 is the largest there is: queries grow with the catalogue.
+    SendMessageW(m_edit, EM_SETLIMITTEXT, GetSetting(Setting::FieldLimit), 0);
     SetWindowTextW(m_edit, L"");
     OnTextChanged();
     ShowWindow(Handle(), SW_SHOW);

@@ -1,4 +1,6 @@
 #include "standin/Names.h"
+#include "standin/Settings.h"
+#include "standin/Text.h"
 #include "standin/desktop/Desktop.h"
 
 #include <windows.h>
@@ -16,9 +18,10 @@ constexpr DWORD quitTimeout = 10000; // milliseconds
 constexpr std::string_view helpText =
     "StandInDesktop: a small Windows 8-like desktop for machines that have none.\r\n"
     "\r\n"
-    "  StandInDesktop.exe          runs until it is asked to end\r\n"
-    "  StandInDesktop.exe --quit   asks a running one to end and waits for it\r\n"
-    "  StandInDesktop.exe --help   shows this text\r\n"
+    "  StandInDesktop.exe            runs until it is asked to end\r\n"
+    "  StandInDesktop.exe --quit     asks a running one to end and waits for it\r\n"
+    "  StandInDesktop.exe --switches lists the switches for tests\r\n"
+    "  StandInDesktop.exe --help     shows this text\r\n"
     "\r\n"
     "Windows key: the Start screen. Windows+Q: the search pane. Enter: starts the top hit. Escape: closes "
     "the\r\n"
@@ -118,6 +121,10 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int)
     const std::wstring_view argument = arguments && count == 2 ? arguments[1] : L"";
     if (argument == L"--quit") {
         return Quit();
+    }
+    if (argument == L"--switches") {
+        Print(standin::ToUtf8(standin::DescribeSwitches()));
+        return 0;
     }
     Print(helpText);
     return argument == L"--help" ? 0 : 1;

@@ -3,12 +3,11 @@
 #include "standin/Journal.h"
 #include "standin/Settings.h"
 #include "standin/Text.h"
-#include "standin/platform/ComObject.h"
+#include "standin/platform/ServedObject.h"
 #include "standin/store/Resources.h"
 
 #include <shobjidl.h>
 
-#include <exception>
 #include <string>
 
 namespace standin {
@@ -101,23 +100,22 @@ bool StartApplication(const Found& found, const wchar_t* arguments, DWORD* proce
                         Quoted(DisplayName(*found.package, *found.application)), folder, processId);
 }
 
-class ActivationManager final : public ComObject<IApplicationActivationManager>
+class ActivationManager final : public ServedObject<IApplicationActivationManager>
 {
 public:
     HRESULT STDMETHODCALLTYPE ActivateApplication(LPCWSTR userModelId, LPCWSTR arguments, ACTIVATEOPTIONS,
                                                   DWORD* processId) override
     {
-        if (!userModelId || !processId) {
-            return E_POINTER;
-        }
-        *processId = 0;
-        const HRESULT failure = GetFailure(Setting::FailActivation);
-        if (FAILED(failure)) {
-            return failure;
-        }
-        try {
+        return Give(processId, [&] {
+            if (!userModelId) {
+                return E_POINTER;
+            }
+            const HRESULT failure = GetFailure(Setting::FailActivation);
+            if (FAILED(failure)) {
+                return failure;
+            }
             const Found found = FindApplication(userModelId);
-            if (!found.package) {
+            if (!found.package || !found.application) {
                 return notRegistered;
             }
             if (!StartApplication(found, arguments, processId)) {
@@ -125,9 +123,7 @@ public:
             }
             WriteJournal({L"activated", userModelId, arguments ? arguments : L"(null)"});
             return S_OK;
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
+        });
     }
 
     HRESULT STDMETHODCALLTYPE ActivateForFile(LPCWSTR, IShellItemArray*, LPCWSTR, DWORD*) override

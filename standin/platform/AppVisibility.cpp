@@ -2,7 +2,7 @@
 
 #include "standin/Names.h"
 #include "standin/Settings.h"
-#include "standin/platform/ComObject.h"
+#include "standin/platform/ServedObject.h"
 
 #include <shobjidl.h>
 
@@ -11,42 +11,49 @@ namespace standin {
 namespace {
 
 // Looks at the desktop's windows at each question, so it is right in every process and without a desktop too.
-class AppVisibility final : public ComObject<IAppVisibility>
+class DesktopVisibility final : public ServedObject<IAppVisibility>
 {
 public:
-    HRESULT STDMETHODCALLTYPE GetAppVisibilityOnMonitor(HMONITOR, MONITOR_APP_VISIBILITY* mode) override
+    HRESULT STDMETHODCALLTYPE GetAppVisibilityOnMonitor(HMONITOR monitor,
+                                                        MONITOR_APP_VISIBILITY* mode) override
     {
-        if (!mode) {
-            return E_POINTER;
-        }
-        const HRESULT failure = GetFailure(Setting::FailMonitorQuery);
-        if (FAILED(failure)) {
+        return Give(mode, [&] {
+            MONITORINFO information = {};
+            information.cbSize = sizeof(information);
+            if (!GetMonitorInfoW(monitor, &information)) {
+                return E_INVALIDARG;
+            }
+            const HRESULT failure = GetFailure(Setting::FailMonitorQuery);
+            if (SUCCEEDED(failure)) {
+                *mode = Mode();
+            }
             return failure;
-        }
-        if (GetSetting(Setting::VisibilityUnknown) != 0) {
-            *mode = MAV_UNKNOWN;
-        } else {
-            *mode = GetSetting(Setting::AppVisible) != 0 ? MAV_APP_VISIBLE : MAV_NO_APP_VISIBLE;
-        }
-        return S_OK;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL* visible) override
     {
-        if (!visible) {
-            return E_POINTER;
-        }
-        const HRESULT failure = GetFailure(Setting::FailLauncherQuery);
-        if (FAILED(failure)) {
+        return Give(visible, [&] {
+            const HRESULT failure = GetFailure(Setting::FailLauncherQuery);
+            if (SUCCEEDED(failure)) {
+                const HWND startScreen = FindWindowW(startScreenClass, nullptr);
+                *visible = startScreen && IsWindowVisible(startScreen);
+            }
             return failure;
-        }
-        const HWND startScreen = FindWindowW(startScreenClass, nullptr);
-        *visible = startScreen && IsWindowVisible(startScreen);
-        return S_OK;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Advise(IAppVisibilityEvents*, DWORD*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Unadvise(DWORD) override { return E_NOTIMPL; }
+
+private:
+    static MONITOR_APP_VISIBILITY Mode() noexcept
+    {
+        if (GetSetting(Setting::VisibilityUnknown) != 0) {
+            return MAV_UNKNOWN;
+        }
+        return GetSetting(Setting::AppVisible) != 0 ? MAV_APP_VISIBLE : MAV_NO_APP_VISIBLE;
+    }
 };
 
 } // namespace
@@ -57,7 +64,7 @@ HRESULT CreateAppVisibility(REFIID interfaceId, void** object) noexcept
     if (FAILED(failure)) {
         return failure;
     }
-    return CreateComObject<AppVisibility>(interfaceId, object);
+    return CreateComObject<DesktopVisibility>(interfaceId, object);
 }
 
 } // namespace standin

@@ -3,8 +3,8 @@
 #include "platform/PackageManifest.h"
 #include "standin/platform/ActivationManager.h"
 #include "standin/platform/AppVisibility.h"
-#include "standin/platform/ComObject.h"
 #include "standin/platform/ManifestFactory.h"
+#include "standin/platform/ServedObject.h"
 
 #include <shobjidl.h>
 
@@ -21,18 +21,15 @@ const ServedClass servedClasses[] = {
     {__uuidof(ApplicationActivationManager), L"Stand-in activation manager", &CreateActivationManager},
 };
 
-class ClassFactory final : public ComObject<IClassFactory>
+class ClassFactory final : public ServedObject<IClassFactory>
 {
 public:
     explicit ClassFactory(const ServedClass& served) noexcept : m_served(served) {}
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID interfaceId, void** object) override
     {
-        if (!object) {
-            return E_POINTER;
-        }
-        *object = nullptr;
-        return outer ? CLASS_E_NOAGGREGATION : m_served.create(interfaceId, object);
+        return Give(object,
+                    [&] { return outer ? CLASS_E_NOAGGREGATION : m_served.create(interfaceId, object); });
     }
 
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; } // it never goes anyway

@@ -3,11 +3,11 @@
 #include "platform/PackageManifest.h"
 #include "standin/Settings.h"
 #include "standin/Text.h"
-#include "standin/platform/ComObject.h"
+#include "standin/platform/ServedObject.h"
 #include "standin/store/PackageStore.h"
 
 #include <algorithm>
-#include <exception>
+#include <cwchar>
 #include <memory>
 #include <string>
 #include <utility>
@@ -20,7 +20,7 @@ using ManifestPointer = std::shared_ptr<const Manifest>;
 
 constexpr auto outOfBounds = static_cast<HRESULT>(0x8000000B); // E_BOUNDS
 
-// The names that the platform knows; any other is refused.
+// The names that the platform knows, to the letter; any other is refused.
 constexpr const wchar_t* valueNames[] = {
     L"AppListEntry",
     L"BackgroundColor",
@@ -53,7 +53,7 @@ constexpr const wchar_t* valueNames[] = {
 bool IsValueName(const wchar_t* name) noexcept
 {
     for (const wchar_t* known : valueNames) {
-        if (EqualIgnoringCase(known, name)) {
+        if (std::wcscmp(known, name) == 0) {
             return true;
         }
     }
@@ -77,7 +77,7 @@ bool IsAsked(Setting setting, size_t place) noexcept
     return GetSetting(setting) == place + 1;
 }
 
-class Application final : public ComObject<platform::IAppxManifestApplication>
+class Application final : public ServedObject<platform::IAppxManifestApplication>
 {
 public:
     Application(ManifestPointer manifest, size_t place) noexcept
@@ -87,27 +87,24 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetStringValue(const wchar_t* name, wchar_t** value) override
     {
-        if (!name || !value) {
-            return E_POINTER;
-        }
-        *value = nullptr;
-        if (!IsValueName(name)) {
-            return E_INVALIDARG;
-        }
-        if (IsAsked(Setting::FailManifestStringAt, m_place)) {
-            return E_FAIL;
-        }
-        const std::wstring* text = m_manifest->applications[m_place].Find(name);
-        return text ? GiveCopy(*text, value) : S_OK;
+        return Give(value, [&] {
+            if (!name) {
+                return E_POINTER;
+            }
+            if (!IsValueName(name)) {
+                return E_INVALIDARG;
+            }
+            if (IsAsked(Setting::FailManifestStringAt, m_place)) {
+                return E_FAIL;
+            }
+            const std::wstring* text = m_manifest->applications[m_place].Find(name);
+            return text ? GiveCopy(*text, value) : S_OK;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetAppUserModelId(wchar_t** appUserModelId) override
     {
-        if (!appUserModelId) {
-            return E_POINTER;
-        }
-        *appUserModelId = nullptr;
-        try {
+        return Give(appUserModelId, [&] {
             // The family is made of the publisher, which only the store knows the short form of.
             const ManifestApplication& application = m_manifest->applications[m_place];
             for (const auto& package : ReadPackageStore()) {
@@ -117,9 +114,7 @@ public:
                 }
             }
             return E_NOTIMPL;
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
+        });
     }
 
 private:
@@ -127,48 +122,43 @@ private:
     size_t m_place;
 };
 
-class Applications final : public ComObject<platform::IAppxManifestApplicationsEnumerator>
+class Applications final : public ServedObject<platform::IAppxManifestApplicationsEnumerator>
 {
 public:
     explicit Applications(ManifestPointer manifest) noexcept : m_manifest(std::move(manifest)) {}
 
     HRESULT STDMETHODCALLTYPE GetCurrent(platform::IAppxManifestApplication** application) override
     {
-        if (!application) {
-            return E_POINTER;
-        }
-        *application = nullptr;
-        if (m_place >= m_manifest->applications.size()) {
-            return outOfBounds;
-        }
-        return IsAsked(Setting::FailManifestCurrentAt, m_place)
-                   ? E_FAIL
-                   : MakeObject<Application>(application, m_manifest, m_place);
+        return Give(application, [&] {
+            if (m_place >= m_manifest->applications.size()) {
+                return outOfBounds;
+            }
+            return IsAsked(Setting::FailManifestCurrentAt, m_place)
+                       ? E_FAIL
+                       : MakeObject<Application>(application, m_manifest, m_place);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetHasCurrent(BOOL* hasCurrent) override
     {
-        if (!hasCurrent) {
-            return E_POINTER;
-        }
-        *hasCurrent = m_place < m_manifest->applications.size();
-        return S_OK;
+        return Give(hasCurrent, [&] {
+            *hasCurrent = m_place < m_manifest->applications.size();
+            return S_OK;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE MoveNext(BOOL* hasNext) override
     {
-        if (!hasNext) {
-            return E_POINTER;
-        }
-        *hasNext = FALSE;
-        if (m_place >= m_manifest->applications.size()) {
-            return outOfBounds;
-        }
-        if (IsAsked(Setting::FailManifestMoveNextAt, m_place)) {
-            return E_FAIL;
-        }
-        ++m_place;
-        return GetHasCurrent(hasNext);
+        return Give(hasNext, [&] {
+            if (m_place >= m_manifest->applications.size()) {
+                return outOfBounds;
+            }
+            if (IsAsked(Setting::FailManifestMoveNextAt, m_place)) {
+                return E_FAIL;
+            }
+            ++m_place;
+            return GetHasCurrent(hasNext);
+        });
     }
 
 private:
@@ -176,7 +166,7 @@ private:
     size_t m_place = 0;
 };
 
-class ManifestReader final : public ComObject<platform::IAppxManifestReader>
+class ManifestReader final : public ServedObject<platform::IAppxManifestReader>
 {
 public:
     ManifestReader(ManifestPointer manifest, IStream* stream) noexcept
@@ -196,18 +186,19 @@ public:
     HRESULT STDMETHODCALLTYPE
     GetApplications(platform::IAppxManifestApplicationsEnumerator** applications) override
     {
-        const HRESULT failure = GetFailure(Setting::FailManifestApplications);
-        return FAILED(failure) ? failure : MakeObject<Applications>(applications, m_manifest);
+        return Give(applications, [&] {
+            const HRESULT failure = GetFailure(Setting::FailManifestApplications);
+            return FAILED(failure) ? failure : MakeObject<Applications>(applications, m_manifest);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetStream(IStream** manifest) override
     {
-        if (!manifest) {
-            return E_POINTER;
-        }
-        m_stream->AddRef();
-        *manifest = m_stream;
-        return S_OK;
+        return Give(manifest, [&] {
+            m_stream->AddRef();
+            *manifest = m_stream;
+            return S_OK;
+        });
     }
 
 private:
@@ -217,7 +208,7 @@ private:
     IStream* m_stream;
 };
 
-class ManifestFactory final : public ComObject<platform::IAppxFactory>
+class ManifestFactory final : public ServedObject<platform::IAppxFactory>
 {
 public:
     HRESULT STDMETHODCALLTYPE CreatePackageWriter() override { return E_NOTIMPL; }
@@ -226,21 +217,18 @@ public:
     HRESULT STDMETHODCALLTYPE CreateManifestReader(IStream* stream,
                                                    platform::IAppxManifestReader** reader) override
     {
-        if (!stream || !reader) {
-            return E_POINTER;
-        }
-        *reader = nullptr;
-        const HRESULT failure = GetFailure(Setting::FailManifestReader);
-        if (FAILED(failure)) {
-            return failure;
-        }
-        try {
+        return Give(reader, [&] {
+            if (!stream) {
+                return E_POINTER;
+            }
+            const HRESULT failure = GetFailure(Setting::FailManifestReader);
+            if (FAILED(failure)) {
+                return failure;
+            }
             const auto manifest = std::make_shared<Manifest>();
             const HRESULT hr = ReadManifest(stream, *manifest);
             return SUCCEEDED(hr) ? MakeObject<ManifestReader>(reader, manifest, stream) : hr;
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
+        });
     }
 
     HRESULT STDMETHODCALLTYPE CreateBlockMapReader() override { return E_NOTIMPL; }

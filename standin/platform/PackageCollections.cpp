@@ -34,18 +34,19 @@ constexpr auto outOfBounds = static_cast<HRESULT>(0x8000000B); // E_BOUNDS
 HRESULT GivePackages(const StorePackages& packages, size_t start, UINT32 capacity,
                      platform::IPackage** values, UINT32* actual) noexcept
 {
-    if (!values || !actual) {
-        return E_POINTER;
-    }
-    *actual = 0;
-    for (size_t index = start; index < packages.size() && *actual < capacity; ++index) {
-        const HRESULT hr = MakePackage(packages[index], &values[*actual]);
-        if (FAILED(hr)) {
-            return hr;
+    return Give(actual, [&] {
+        if (!values) {
+            return E_POINTER;
         }
-        ++*actual;
-    }
-    return S_OK;
+        for (size_t index = start; index < packages.size() && *actual < capacity; ++index) {
+            const HRESULT hr = MakePackage(packages[index], &values[*actual]);
+            if (FAILED(hr)) {
+                return hr;
+            }
+            ++*actual;
+        }
+        return S_OK;
+    });
 }
 
 class PackageIterator final : public RuntimeObject<platform::IPackageIterator>
@@ -55,37 +56,32 @@ public:
 
     HRESULT STDMETHODCALLTYPE get_Current(platform::IPackage** current) override
     {
-        if (!current) {
-            return E_POINTER;
-        }
-        *current = nullptr;
-        return m_place < m_packages.size() ? MakePackage(m_packages[m_place], current) : outOfBounds;
+        return Give(current, [&] {
+            return m_place < m_packages.size() ? MakePackage(m_packages[m_place], current) : outOfBounds;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE get_HasCurrent(boolean* hasCurrent) override
     {
-        if (!hasCurrent) {
-            return E_POINTER;
-        }
-        *hasCurrent = m_place < m_packages.size() ? 1 : 0;
-        return S_OK;
+        return Give(hasCurrent, [&] {
+            *hasCurrent = m_place < m_packages.size() ? 1 : 0;
+            return S_OK;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE MoveNext(boolean* hasCurrent) override
     {
-        if (!hasCurrent) {
-            return E_POINTER;
-        }
-        *hasCurrent = 0;
-        if (++m_moves == GetSetting(Setting::FailMoveNextAt)) {
-            const HRESULT failure = GetFailure(Setting::FailMoveNext);
-            return FAILED(failure) ? failure : E_FAIL;
-        }
-        if (m_place >= m_packages.size()) {
-            return outOfBounds;
-        }
-        ++m_place;
-        return get_HasCurrent(hasCurrent);
+        return Give(hasCurrent, [&] {
+            if (++m_moves == GetSetting(Setting::FailMoveNextAt)) {
+                const HRESULT failure = GetFailure(Setting::FailMoveNext);
+                return FAILED(failure) ? failure : E_FAIL;
+            }
+            if (m_place >= m_packages.size()) {
+                return outOfBounds;
+            }
+            ++m_place;
+            return get_HasCurrent(hasCurrent);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetMany(UINT32 capacity, platform::IPackage** values, UINT32* actual) override
@@ -110,11 +106,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE First(platform::IPackageIterator** first) override
     {
-        try {
-            return MakeObject<PackageIterator>(first, m_packages);
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
+        return Give(first, [&] { return MakeObject<PackageIterator>(first, m_packages); });
     }
 
 private:
@@ -128,31 +120,23 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetAt(UINT32 index, platform::IPackage** item) override
     {
-        if (!item) {
-            return E_POINTER;
-        }
-        *item = nullptr;
-        return index < m_packages.size() ? MakePackage(m_packages[index], item) : outOfBounds;
+        return Give(item, [&] {
+            return index < m_packages.size() ? MakePackage(m_packages[index], item) : outOfBounds;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE get_Size(UINT32* size) override
     {
-        if (!size) {
-            return E_POINTER;
-        }
-        *size = static_cast<UINT32>(m_packages.size());
-        return S_OK;
+        return Give(size, [&] {
+            *size = static_cast<UINT32>(m_packages.size());
+            return S_OK;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE IndexOf(platform::IPackage*, UINT32* index, boolean* found) override
     {
-        if (!index || !found) {
-            return E_POINTER;
-        }
         // Every question makes objects anew, so none is in the list.
-        *index = 0;
-        *found = 0;
-        return S_OK;
+        return Give(index, [&] { return Give(found, [] { return S_OK; }); });
     }
 
     HRESULT STDMETHODCALLTYPE GetMany(UINT32 start, UINT32 capacity, platform::IPackage** values,

@@ -5,21 +5,21 @@
 #include "standin/platform/PackageObjects.h"
 #include "standin/platform/RuntimeObject.h"
 
-#include <exception>
 #include <utility>
 
 namespace standin {
 
 namespace {
 
-// The packages of the store that are wanted, in its order.
-template <typename IsWanted> HRESULT Find(IsWanted isWanted, platform::IPackageIterable** packages) noexcept
+// The packages of the store that are wanted, in its order; the switch may ask for a failure.
+template <typename IsWanted>
+HRESULT Find(Setting failureSetting, IsWanted isWanted, platform::IPackageIterable** packages) noexcept
 {
-    if (!packages) {
-        return E_POINTER;
-    }
-    *packages = nullptr;
-    try {
+    return Give(packages, [&] {
+        const HRESULT failure = GetFailure(failureSetting);
+        if (FAILED(failure)) {
+            return failure;
+        }
         StorePackages found;
         for (auto& package : ReadPackageStore()) {
             if (isWanted(*package)) {
@@ -27,9 +27,7 @@ template <typename IsWanted> HRESULT Find(IsWanted isWanted, platform::IPackageI
             }
         }
         return MakePackageCollection(std::move(found), packages);
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
+    });
 }
 
 class PackageManager final : public RuntimeObject<platform::IPackageManager>
@@ -43,20 +41,18 @@ public:
 
     HRESULT STDMETHODCALLTYPE FindPackages(platform::IPackageIterable** packages) override
     {
-        const HRESULT failure = GetFailure(Setting::FailFindAll);
-        return FAILED(failure) ? failure : Find([](const StorePackage&) { return true; }, packages);
+        return Find(
+            Setting::FailFindAll, [](const StorePackage&) { return true; }, packages);
     }
 
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityId(HSTRING userSecurityId,
                                                            platform::IPackageIterable** packages) override
     {
-        const HRESULT failure = GetFailure(Setting::FailFindAll);
-        if (FAILED(failure)) {
-            return failure;
+        if (!IsCurrentUser(userSecurityId)) {
+            return E_ACCESSDENIED;
         }
-        return IsCurrentUser(userSecurityId)
-                   ? Find([](const StorePackage& package) { return package.isInstalled; }, packages)
-                   : E_ACCESSDENIED;
+        return Find(
+            Setting::FailFindAll, [](const StorePackage& package) { return package.isInstalled; }, packages);
     }
 
     HRESULT STDMETHODCALLTYPE FindPackagesByNamePublisher(HSTRING, HSTRING,
@@ -84,23 +80,16 @@ public:
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdPackageFamilyName(
         HSTRING userSecurityId, HSTRING packageFamilyName, platform::IPackageIterable** packages) override
     {
-        const HRESULT failure = GetFailure(Setting::FailFindFamily);
-        if (FAILED(failure)) {
-            return failure;
-        }
         if (!IsCurrentUser(userSecurityId)) {
             return E_ACCESSDENIED;
         }
-        try {
-            const std::wstring familyName = TextOf(packageFamilyName);
-            return Find(
-                [&](const StorePackage& package) {
-                    return package.isInstalled && EqualIgnoringCase(package.familyName, familyName);
-                },
-                packages);
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
+        const std::wstring_view familyName = TextOf(packageFamilyName);
+        return Find(
+            Setting::FailFindFamily,
+            [&](const StorePackage& package) {
+                return package.isInstalled && EqualIgnoringCase(package.familyName, familyName);
+            },
+            packages);
     }
 
     HRESULT STDMETHODCALLTYPE FindPackageByUserSecurityIdPackageFullName(HSTRING, HSTRING,

@@ -3,8 +3,6 @@
 #include "standin/Text.h"
 #include "standin/platform/RuntimeObject.h"
 
-#include <exception>
-
 namespace standin {
 
 namespace {
@@ -15,12 +13,10 @@ using PackagePointer = std::shared_ptr<const StorePackage>;
 HRESULT GiveProperty(const StorePackage& package, const wchar_t* faultKey, const std::wstring& text,
                      HSTRING* value) noexcept
 {
-    if (!value) {
-        return E_POINTER;
-    }
-    *value = nullptr;
-    const HRESULT fault = package.Fault(faultKey);
-    return FAILED(fault) ? fault : GiveText(text, value);
+    return Give(value, [&] {
+        const HRESULT fault = package.Fault(faultKey);
+        return FAILED(fault) ? fault : GiveText(text, value);
+    });
 }
 
 // As the platform numbers processors.
@@ -51,20 +47,18 @@ public:
     }
     HRESULT STDMETHODCALLTYPE get_Version(platform::PackageVersion* value) override
     {
-        if (!value) {
-            return E_POINTER;
-        }
-        const PackageVersion& version = m_package->version;
-        *value = {version.major, version.minor, version.build, version.revision};
-        return m_package->Fault(L"fail_version");
+        return Give(value, [&] {
+            const PackageVersion& version = m_package->version;
+            *value = {version.major, version.minor, version.build, version.revision};
+            return m_package->Fault(L"fail_version");
+        });
     }
     HRESULT STDMETHODCALLTYPE get_Architecture(INT32* value) override
     {
-        if (!value) {
-            return E_POINTER;
-        }
-        *value = ArchitectureNumber(m_package->architecture);
-        return S_OK;
+        return Give(value, [&] {
+            *value = ArchitectureNumber(m_package->architecture);
+            return S_OK;
+        });
     }
     HRESULT STDMETHODCALLTYPE get_ResourceId(HSTRING* value) override
     {
@@ -107,8 +101,10 @@ public:
     HRESULT STDMETHODCALLTYPE GetBasicPropertiesAsync(void**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override
     {
-        const std::wstring& path = m_package->installedPath;
-        return GiveText(path.substr(path.find_last_of(L'\\') + 1), value);
+        return Give(value, [&] {
+            const std::wstring& path = m_package->installedPath;
+            return GiveText(path.substr(path.find_last_of(L'\\') + 1), value);
+        });
     }
     HRESULT STDMETHODCALLTYPE get_Path(HSTRING* value) override
     {
@@ -116,11 +112,10 @@ public:
     }
     HRESULT STDMETHODCALLTYPE get_Attributes(UINT32* value) override
     {
-        if (!value) {
-            return E_POINTER;
-        }
-        *value = FILE_ATTRIBUTE_DIRECTORY;
-        return S_OK;
+        return Give(value, [&] {
+            *value = FILE_ATTRIBUTE_DIRECTORY;
+            return S_OK;
+        });
     }
     HRESULT STDMETHODCALLTYPE get_DateCreated(INT64*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE IsOfType(UINT32, boolean*) override { return E_NOTIMPL; }
@@ -161,36 +156,27 @@ public:
     }
     HRESULT STDMETHODCALLTYPE get_IsFramework(boolean* value) override
     {
-        if (!value) {
-            return E_POINTER;
-        }
-        *value = m_package->isFramework ? 1 : 0;
-        return S_OK;
+        return Give(value, [&] {
+            *value = m_package->isFramework ? 1 : 0;
+            return S_OK;
+        });
     }
     HRESULT STDMETHODCALLTYPE get_Dependencies(platform::IPackageVectorView** value) override
     {
-        if (!value) {
-            return E_POINTER;
-        }
-        *value = nullptr;
-        try {
+        return Give(value, [&] {
             const HRESULT fault = m_package->Fault(L"fail_dependencies");
             return FAILED(fault) ? fault : MakePackageList(DependenciesOf(*m_package), value);
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
+        });
     }
 
 private:
     template <typename Class, typename Interface>
     HRESULT GiveObject(const wchar_t* faultKey, Interface** value) noexcept
     {
-        if (!value) {
-            return E_POINTER;
-        }
-        *value = nullptr;
-        const HRESULT fault = m_package->Fault(faultKey);
-        return FAILED(fault) ? fault : MakeObject<Class>(value, m_package);
+        return Give(value, [&] {
+            const HRESULT fault = m_package->Fault(faultKey);
+            return FAILED(fault) ? fault : MakeObject<Class>(value, m_package);
+        });
     }
 
     PackagePointer m_package;

@@ -22,11 +22,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE ActivateInstance(IInspectable** instance) override
     {
-        if (!instance) {
-            return E_POINTER;
-        }
-        *instance = nullptr;
-        return m_served.create(instance);
+        return Give(instance, [&] { return m_served.create(instance); });
     }
 
 private:
@@ -51,6 +47,9 @@ HRESULT GetActivationFactory(HSTRING className, IActivationFactory** factory) no
         return E_POINTER;
     }
     *factory = nullptr;
+    if (!HasOwnApartment()) {
+        return CO_E_NOTINITIALIZED; // the runtime enters one by itself, the real platform does not
+    }
     const HRESULT failure = GetFailure(Setting::FailPackageFactory);
     if (FAILED(failure)) {
         return failure;

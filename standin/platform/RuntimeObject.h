@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standin/platform/ComObject.h"
+#include "standin/platform/ServedObject.h"
 
 #include <windows.h>
 
@@ -9,12 +9,14 @@
 #include <winstring.h>
 
 #include <string>
+#include <string_view>
 
 namespace standin {
 
-// An object of the Windows Runtime: a COM object that can be asked what it is. Agile: it may be used on any
-// thread, in any apartment, and after the apartment in which it was made has been left.
-template <typename Interface, typename... Others> class RuntimeObject : public ComObject<Interface, Others...>
+// An object of the Windows Runtime: a served object that can be asked what it is. Agile: it may be used on
+// any thread that has an apartment, of whatever kind.
+template <typename Interface, typename... Others>
+class RuntimeObject : public ServedObject<Interface, Others...>
 {
 public:
     HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** interfaceIds) override
@@ -52,7 +54,7 @@ protected:
             IsEqualIID(interfaceId, __uuidof(IAgileObject))) {
             return static_cast<Interface*>(this);
         }
-        return ComObject<Interface, Others...>::FindInterface(interfaceId);
+        return ServedObject<Interface, Others...>::FindInterface(interfaceId);
     }
 };
 
@@ -62,12 +64,12 @@ protected:
     return value ? WindowsCreateString(text.c_str(), static_cast<UINT32>(text.size()), value) : E_POINTER;
 }
 
-// The text of a string of the Windows Runtime; null is the empty text.
-[[nodiscard]] inline std::wstring TextOf(HSTRING string)
+// The text of a string of the Windows Runtime, for as long as that lives; null is the empty text.
+[[nodiscard]] inline std::wstring_view TextOf(HSTRING string) noexcept
 {
     UINT32 length = 0;
     const wchar_t* text = WindowsGetStringRawBuffer(string, &length);
-    return std::wstring(text, length);
+    return std::wstring_view(text, length);
 }
 
 } // namespace standin

@@ -1,6 +1,7 @@
 #include "standin/store/Manifest.h"
 
 #include "standin/Text.h"
+#include "standin/store/PackageFiles.h"
 
 #include <shlwapi.h>
 #include <xmllite.h>
@@ -198,10 +199,15 @@ HRESULT ReadManifest(IStream* stream, Manifest& manifest)
 
 HRESULT ReadManifestFile(const std::wstring& path, Manifest& manifest)
 {
+    std::string bytes;
+    const HRESULT hr = ReadFileBytes(path, bytes);
+    if (FAILED(hr)) {
+        return hr;
+    }
     ComPtr<IStream> stream;
-    const HRESULT hr =
-        SHCreateStreamOnFileEx(path.c_str(), STGM_READ | STGM_SHARE_DENY_NONE, 0, FALSE, nullptr, &stream);
-    return SUCCEEDED(hr) ? ReadManifest(stream.Get(), manifest) : hr;
+    stream.Attach(
+        SHCreateMemStream(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<UINT>(bytes.size())));
+    return stream ? ReadManifest(stream.Get(), manifest) : E_OUTOFMEMORY;
 }
 
 } // namespace standin

@@ -42,24 +42,6 @@ HRESULT WriteBytes(const std::wstring& path, std::string_view bytes)
     return hr;
 }
 
-HRESULT ReadBytes(const std::wstring& path, std::string& bytes)
-{
-    const HANDLE file =
-        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        return LastError();
-    }
-    bytes.assign(GetFileSize(file, nullptr), '\0');
-    DWORD read = 0;
-    const bool isRead =
-        ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr) != FALSE;
-    const HRESULT hr = isRead ? S_OK : LastError();
-    bytes.resize(read);
-    CloseHandle(file);
-    return hr;
-}
-
 HRESULT DeleteIfThere(const std::wstring& path) noexcept
 {
     if (DeleteFileW(path.c_str()) || GetLastError() == ERROR_FILE_NOT_FOUND ||
@@ -81,6 +63,24 @@ std::wstring IniPath(const std::wstring& folder)
 
 } // namespace
 
+HRESULT ReadFileBytes(const std::wstring& path, std::string& bytes)
+{
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return LastError();
+    }
+    bytes.assign(GetFileSize(file, nullptr), '\0');
+    DWORD read = 0;
+    const bool isRead =
+        ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr) != FALSE;
+    const HRESULT hr = isRead ? S_OK : LastError();
+    bytes.resize(read);
+    CloseHandle(file);
+    return hr;
+}
+
 HRESULT WritePackage(const std::wstring& folder, std::optional<std::string_view> manifest,
                      std::string_view ini)
 {
@@ -95,8 +95,8 @@ HRESULT CopyPackage(const std::wstring& from, const std::wstring& to)
 {
     std::string manifest;
     std::string ini;
-    const HRESULT manifestResult = ReadBytes(ManifestPath(from), manifest);
-    const HRESULT iniResult = ReadBytes(IniPath(from), ini);
+    const HRESULT manifestResult = ReadFileBytes(ManifestPath(from), manifest);
+    const HRESULT iniResult = ReadFileBytes(IniPath(from), ini);
     if (FAILED(manifestResult) && FAILED(iniResult)) {
         return iniResult; // there is no package
     }
@@ -117,7 +117,7 @@ HRESULT DeletePackage(const std::wstring& folder)
 bool ReadPackageIni(const std::wstring& folder, Ini& ini)
 {
     std::string bytes;
-    if (FAILED(ReadBytes(IniPath(folder), bytes))) {
+    if (FAILED(ReadFileBytes(IniPath(folder), bytes))) {
         return false;
     }
     ini = Ini(bytes);

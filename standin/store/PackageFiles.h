@@ -25,6 +25,9 @@ inline constexpr wchar_t packageIniName[] = L"package.ini";
 // Deletes a package's manifest and package.ini, and the folder when nothing else is in it.
 [[nodiscard]] HRESULT DeletePackage(const std::wstring& folder);
 
+// Reads a whole file, also one that is being replaced, moved or deleted.
+[[nodiscard]] HRESULT ReadFileBytes(const std::wstring& path, std::string& bytes);
+
 // False: the package has no package.ini.
 [[nodiscard]] bool ReadPackageIni(const std::wstring& folder, Ini& ini);
 

@@ -42,7 +42,7 @@ std::vector<std::wstring> SubfolderNames(const std::wstring& folder)
     return names;
 }
 
-std::wstring Either(std::wstring first, const std::wstring& second)
+std::wstring Either(const std::wstring& first, const std::wstring& second)
 {
     return first.empty() ? second : first;
 }
@@ -124,7 +124,9 @@ StorePackages ReadPackageStore()
     }
     const std::wstring path = FullPath(store);
     for (const std::wstring& name : SubfolderNames(path)) {
-        if (auto package = ReadPackage(path + L"\\" + name, name)) {
+        std::wstring folder = path;
+        folder.append(L"\\").append(name);
+        if (auto package = ReadPackage(folder, name)) {
             packages.push_back(std::move(package));
         }
     }

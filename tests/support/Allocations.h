@@ -32,7 +32,7 @@ public:
     explicit AllocationWatch(std::size_t failingIndex = kNone)
         : m_malloc("malloc", Allocate), m_free("free", Free)
     {
-        // The first exception of a thread allocates what the runtime keeps for the next ones.
+        // The first exception of a thread allocates what the C++ runtime keeps for the next ones.
         try {
             throw std::bad_alloc();
         } catch (const std::bad_alloc&) {
@@ -108,6 +108,24 @@ template <typename Attempt> std::size_t ForEachFailingAllocation(Attempt attempt
         ++index;
     }
     return index;
+}
+
+// How an operation went one of whose allocations failed, if it came that far.
+struct Attempt
+{
+    HRESULT result = E_UNEXPECTED;
+    bool failed = false;  // the allocation
+    std::size_t left = 0; // blocks that the operation allocated and did not free
+};
+
+template <typename Operation> Attempt TryWithFailingAllocation(std::size_t index, Operation operation)
+{
+    Attempt attempt;
+    const AllocationWatch watch(index);
+    attempt.result = operation();
+    attempt.failed = watch.Failed();
+    attempt.left = watch.Live();
+    return attempt;
 }
 
 } // namespace test

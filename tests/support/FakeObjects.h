@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Apartments.h"
 #include "support/ImportPatch.h"
 #include "support/Text.h"
 
@@ -28,8 +29,9 @@ class FakeObject;
 
 // Keeps the fakes of the platform's objects for a test, and a journal of what is done with them. Every call
 // has a name; it can be made to fail and can run an action of the test first. The objects live as long as
-// this, so that a reference given back twice, or used after that, is seen and does no harm. One at a time;
-// one thread at a time.
+// this, so that a reference given back twice, or used after that, is seen and does no harm. They live in
+// apartments: on a thread that has entered none itself calls fail with CO_E_NOTINITIALIZED, and neither they
+// nor what is done with references there is forgiven. One at a time; one thread at a time.
 class FakeObjects
 {
 public:
@@ -61,7 +63,8 @@ public:
         m_actions.push_back({call, index, std::move(action)});
     }
 
-    // For a fake: notes a call and returns the result that the test wants of it.
+    // For a fake: notes a call and returns the result that the test wants of it. Without an object the call
+    // is of a function of the platform.
     HRESULT Enter(const FakeObject* object, const char* call, const std::wstring& arguments = L"");
     // For a fake: notes something else. What begins with a blank is no call.
     void Note(std::string event)
@@ -78,10 +81,14 @@ public:
         return hr;
     }
 
-    // What is wrong with the references and the strings: nothing when all were given back exactly once.
+    // For a fake: what must not be done and has no result to tell that.
+    void NoteMisuse(std::string misuse) { m_misuses.push_back(std::move(misuse)); }
+
+    // What was misused, and what is wrong with the references and the strings: nothing when all were given
+    // back exactly once.
     [[nodiscard]] std::vector<std::string> Leaks() const;
-    // Whether somebody holds an object, those with this label excepted: nobody may when an apartment is left.
-    [[nodiscard]] bool IsAnyHeld(const std::string& exception = "") const;
+    // Whether somebody holds an object: nobody may when the thread leaves its last apartment.
+    [[nodiscard]] bool IsAnyHeld() const;
     // The calls that were made, the failed ones included.
     [[nodiscard]] std::size_t Calls() const { return m_calls; }
     [[nodiscard]] std::size_t Calls(const std::string& call) const
@@ -141,23 +148,42 @@ public:
     [[nodiscard]] const std::string& Label() const { return m_label; }
 
 protected:
-    ULONG Hold() { return static_cast<ULONG>(InterlockedIncrement(&m_references)); }
-    ULONG Drop() { return static_cast<ULONG>(InterlockedDecrement(&m_references)); }
+    ULONG Hold()
+    {
+        CheckApartment("AddRef");
+        return static_cast<ULONG>(InterlockedIncrement(&m_references));
+    }
+    ULONG Drop()
+    {
+        CheckApartment("Release");
+        return static_cast<ULONG>(InterlockedDecrement(&m_references));
+    }
 
     FakeObjects& m_owner;
 
 private:
+    void CheckApartment(const char* call)
+    {
+        if (ApartmentOfThread() == Apartment::kNone) {
+            m_owner.NoteMisuse(std::string(call) + " of the " + m_label + " without an apartment");
+        }
+    }
+
     std::string m_label;
     volatile LONG m_references = 0;
 };
 
 inline HRESULT FakeObjects::Enter(const FakeObject* object, const char* call, const std::wstring& arguments)
 {
+    const bool hasApartment = !object || ApartmentOfThread() != Apartment::kNone;
+    if (!hasApartment) {
+        NoteMisuse(std::string(call) + " of the " + object->Label() + " without an apartment");
+    }
     if (isQuiet) {
-        return S_OK;
+        return hasApartment ? S_OK : CO_E_NOTINITIALIZED;
     }
     if (object && object->References() <= 0) {
-        m_misuses.push_back(std::string(call) + " of the " + object->Label() + " without a reference");
+        NoteMisuse(std::string(call) + " of the " + object->Label() + " without a reference");
     }
     journal.push_back(arguments.empty() ? call : std::string(call) + ToUtf8(arguments));
     const std::size_t number = m_calls++;
@@ -175,7 +201,7 @@ inline HRESULT FakeObjects::Enter(const FakeObject* object, const char* call, co
             return failure.result;
         }
     }
-    return S_OK;
+    return hasApartment ? S_OK : CO_E_NOTINITIALIZED;
 }
 
 inline std::vector<std::string> FakeObjects::Leaks() const
@@ -192,10 +218,10 @@ inline std::vector<std::string> FakeObjects::Leaks() const
     return leaks;
 }
 
-inline bool FakeObjects::IsAnyHeld(const std::string& exception) const
+inline bool FakeObjects::IsAnyHeld() const
 {
     for (const auto& object : m_objects) {
-        if (object->References() > 0 && object->Label() != exception) {
+        if (object->References() > 0) {
             return true;
         }
     }

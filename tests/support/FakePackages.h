@@ -412,11 +412,11 @@ private:
     }
     static void WINAPI Uninitialize()
     {
-        // Only a package that was found may be held longer.
-        s_current->objects.Note(s_current->objects.IsAnyHeld("package") ? "RoUninitialize too early"
-                                                                        : "RoUninitialize");
         s_current->onUninitialize();
         s_current->m_uninitialize.Original()();
+        // What is still held lives on in the apartment that the thread was in before.
+        const bool isTooEarly = s_current->objects.IsAnyHeld() && ApartmentOfThread() == Apartment::kNone;
+        s_current->objects.Note(isTooEarly ? "RoUninitialize too early" : "RoUninitialize");
     }
     static HRESULT WINAPI GetFactory(HSTRING name, REFIID id, void** factory)
     {
@@ -426,6 +426,9 @@ private:
                                      L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) + L")");
         if (FAILED(hr)) {
             return hr;
+        }
+        if (ApartmentOfThread() == Apartment::kNone) {
+            return CO_E_NOTINITIALIZED;
         }
         if (!IsEqualIID(id, __uuidof(IActivationFactory))) {
             return E_NOINTERFACE;

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <regex>
+#include <stdexcept>
 
 namespace {
 
@@ -28,13 +29,26 @@ std::string WithoutTimeStamps(std::string_view log)
     return std::regex_replace(std::string(log), stamp, "");
 }
 
+std::vector<std::string> LogLines(std::string_view log)
+{
+    std::vector<std::string> lines = Split(log, "\r\n");
+    if (lines.back().empty()) {
+        lines.pop_back();
+    } else {
+        lines.back() += "<no end>";
+    }
+    return lines;
+}
+
 LogCapture::LogCapture() : m_environment(L"LOCALAPPDATA", m_folder.Path().c_str())
 {
     const std::wstring folder = m_folder / (L"Vel\\QanHelper\\" + HostName());
     MakeFolder(folder);
     m_file = folder + L"\\QanHelperLog.txt";
     DiagnosticLog::SetEnabled(true);
-    DiagnosticLog::ComposePath();
+    if (DiagnosticLog::ComposePath() != 1) {
+        throw std::runtime_error("the path of the log cannot be composed");
+    }
 }
 
 LogCapture::~LogCapture()
@@ -49,11 +63,7 @@ std::string LogCapture::Text() const
 
 std::vector<std::string> LogCapture::Lines() const
 {
-    std::vector<std::string> lines = Split(Text(), "\r\n");
-    if (!lines.empty() && lines.back().empty()) {
-        lines.pop_back();
-    }
-    return lines;
+    return LogLines(Text());
 }
 
 void LogCapture::Clear()

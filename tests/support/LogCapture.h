@@ -10,7 +10,10 @@ namespace test {
 
 // The log without its time stamps: checks that each has the form "[2014/03/01 09:05:07.042]" and takes them
 // out. The rest is as written, line ends ("\r\n") included.
-std::string WithoutTimeStamps(std::string_view log);
+[[nodiscard]] std::string WithoutTimeStamps(std::string_view log);
+
+// A log's lines, without their ends; behind a last one that has no end stands "<no end>".
+[[nodiscard]] std::vector<std::string> LogLines(std::string_view log);
 
 // Switches the library's log on, into a folder of its own, until the end of the scope. LOCALAPPDATA points
 // there meanwhile.
@@ -25,7 +28,7 @@ public:
     // What was logged since the start or the last Clear(), without time stamps: one text with "\r\n" line
     // ends.
     [[nodiscard]] std::string Text() const;
-    // The same as lines, without line ends.
+    // The same as lines (LogLines).
     [[nodiscard]] std::vector<std::string> Lines() const;
     void Clear();
 

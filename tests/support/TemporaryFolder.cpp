@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -28,12 +28,6 @@ void DeleteTree(const std::wstring& path)
         FindClose(find);
     }
     RemoveDirectoryW(path.c_str());
-}
-
-void SetVariable(const std::wstring& name, const wchar_t* value)
-{
-    _wputenv((name + L"=" + (value ? value : L"")).c_str());
-    SetEnvironmentVariableW(name.c_str(), value);
 }
 
 } // namespace
@@ -78,17 +72,17 @@ bool Exists(const std::wstring& path)
 
 ScopedEnvironment::ScopedEnvironment(const wchar_t* name, const wchar_t* value) : m_name(name)
 {
-    const wchar_t* old = _wgetenv(name);
-    m_wasSet = old != nullptr;
-    if (old) {
-        m_old = old;
+    if (const DWORD size = GetEnvironmentVariableW(name, nullptr, 0)) {
+        std::wstring old(size, L'\0');
+        old.resize(GetEnvironmentVariableW(name, old.data(), size));
+        m_old = std::move(old);
     }
-    SetVariable(m_name, value);
+    SetEnvironmentVariableW(name, value);
 }
 
 ScopedEnvironment::~ScopedEnvironment()
 {
-    SetVariable(m_name, m_wasSet ? m_old.c_str() : nullptr);
+    SetEnvironmentVariableW(m_name.c_str(), m_old ? m_old->c_str() : nullptr);
 }
 
 } // namespace test

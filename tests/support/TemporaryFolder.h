@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace test {
@@ -28,8 +29,8 @@ void MakeFolder(const std::wstring& path);
 void MakeFile(const std::wstring& path);
 bool Exists(const std::wstring& path);
 
-// Gives an environment variable of this process (and of the runtime) another value until the end of the
-// scope; a null value removes it.
+// Gives an environment variable of this process another value until the end of the scope; a null value
+// removes it.
 class ScopedEnvironment
 {
 public:
@@ -40,8 +41,7 @@ public:
 
 private:
     std::wstring m_name;
-    std::wstring m_old;
-    bool m_wasSet;
+    std::optional<std::wstring> m_old;
 };
 
 } // namespace test

@@ -40,6 +40,8 @@ public:
         ::SetClipboardData(CF_UNICODETEXT, block);
     }
 
+    void Clear() { EmptyClipboard(); }
+
     [[nodiscard]] std::wstring Text() const
     {
         const HGLOBAL block = ::GetClipboardData(CF_UNICODETEXT);
@@ -59,6 +61,11 @@ private:
 inline void PutOnClipboard(const std::wstring& text)
 {
     ClipboardAccess().SetText(text);
+}
+
+inline void ClearClipboard()
+{
+    ClipboardAccess().Clear();
 }
 
 [[nodiscard]] inline std::wstring ClipboardText()

@@ -1,5 +1,8 @@
 // Launches while the refresh thread works on the catalogue.
 #include "system/LaunchTest.h"
+#include "system/Manifest.h"
+#include "system/QueryFor.h"
+#include "system/SlowManifest.h"
 
 #include <algorithm>
 #include <set>
@@ -32,7 +35,9 @@ protected:
     std::string wanted; // the query
 };
 
-TEST_F(LaunchDuringRefresh, TheQueryIsAlwaysTheSame)
+using LaunchDuringFirstPass = test::LaunchTest;
+
+TEST_F(LaunchDuringRefresh, TheQueryIsAlwaysTheSameWhenNothingChanges)
 {
     SetSetting(Setting::FailLauncherQuery, static_cast<DWORD>(E_FAIL)); // ends each launch behind its query
     host = std::make_unique<test::HostProcess>(sandbox);
@@ -76,6 +81,26 @@ TEST_F(LaunchDuringRefresh, TheApplicationIsStarted)
     EXPECT_EQ(desktop->Count("query\t" + wanted), 1u);
     host->Do("finalize");
     EXPECT_EQ(host->Exit(), 0u);
+}
+
+// On a first start nothing is known before the pass; a launch need not wait for its end to know more.
+TEST_F(LaunchDuringFirstPass, SeesAtOnceWhatThePassHasFound)
+{
+    const std::string manifest = test::Manifest("Vel.B", "1.0.0.0", "Webmail", "B");
+    test::SlowManifest slow;
+    sandbox.WritePackage(L"A", test::Manifest("Vel.A", "1.0.0.0", "Airmail", "A"), "");
+    sandbox.WritePackage(L"B", manifest, "location = " + slow.Folder());
+    sandbox.AddCommonShortcut(L"my mail.lnk");
+    host = std::make_unique<test::HostProcess>(sandbox);
+    ASSERT_EQ(host->Command("init"), "0x00000000");
+    EXPECT_EQ(test::QueryFor(sandbox, *host, "mail"), "\"mail\"");
+    slow.WaitForReader();
+    EXPECT_EQ(test::QueryFor(sandbox, *host, "mail"), "\"mail\" NOT(\"airmail\")");
+    EXPECT_TRUE(test::IsFirstPassRunning());
+    slow.Answer(manifest);
+    test::WaitForFirstPass();
+    EXPECT_EQ(test::QueryFor(sandbox, *host, "mail"),
+              "\"mail\" NOT(\"airmail\" OR \"webmail\" OR \"my mail\")");
 }
 
 } // namespace

@@ -11,10 +11,10 @@ namespace test {
 // Compares a log, line by line and in order, with what it must be. The golden text begins with a line end;
 // blanks in front of its lines do not count. In a line,
 //
-//   <any>    stands for anything
-//   <error 0x80070003>
-//            stands for the system's text of that code
-//   <end>    stands for nothing: behind a blank at the end of a line, which could not be seen otherwise
+//   <address>  stands for the eight digits of an address: the same ones wherever it stands in the golden
+//   <end>      stands for nothing: behind a blank at the end of a line, which could not be seen otherwise
+//
+// A log whose last line has no end has <no end> there (support/LogCapture.h), and so must its golden.
 [[nodiscard]] testing::AssertionResult IsGolden(const std::vector<std::string>& log, std::string_view golden);
 
 // The lines of a golden text, blanks and <end> taken away.

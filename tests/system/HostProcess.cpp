@@ -51,7 +51,11 @@ void HostProcess::Do(std::string_view command, DWORD timeout)
 
 std::size_t HostProcess::Measure(std::string_view command)
 {
-    return std::stoul(Command(command));
+    const std::string answer = Command(command);
+    if (answer.empty() || answer.find_first_not_of("0123456789") != std::string::npos) {
+        Fail("answered " + answer);
+    }
+    return std::stoul(answer);
 }
 
 void HostProcess::Send(std::string_view command)

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
+#include <cstring>
 #include <stdexcept>
 
 namespace test {
@@ -55,16 +57,25 @@ std::size_t ImageFile::ExportCount() const
                                                   [](DWORD address) { return address != 0; }));
 }
 
-std::vector<std::string> ImageFile::ImportedLibraries() const
+std::vector<ImageFile::Import> ImageFile::Imports() const
 {
-    std::vector<std::string> result;
+    std::vector<Import> result;
     const auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
     for (; library->Name != 0; ++library) {
         std::string name = At<char>(library->Name);
         for (char& character : name) {
             character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
         }
-        result.push_back(std::move(name));
+        const auto* names =
+            At<BYTE>(library->OriginalFirstThunk ? library->OriginalFirstThunk : library->FirstThunk);
+        // The table may not be aligned to its entries.
+        ULONGLONG entry = 0;
+        for (; std::memcpy(&entry, names, sizeof entry), entry != 0; names += sizeof entry) {
+            result.push_back(
+                {name, IMAGE_SNAP_BY_ORDINAL64(entry)
+                           ? "#" + std::to_string(IMAGE_ORDINAL64(entry))
+                           : At<char>(static_cast<DWORD>(entry) + offsetof(IMAGE_IMPORT_BY_NAME, Name))});
+        }
     }
     return result;
 }

@@ -18,8 +18,14 @@ public:
     [[nodiscard]] std::vector<std::string> ExportNames() const;
     // The number of exports, those without a name included.
     [[nodiscard]] std::size_t ExportCount() const;
-    // The DLLs that the import table names, in lower case.
-    [[nodiscard]] std::vector<std::string> ImportedLibraries() const;
+    // A function that the image imports. The library's name is in lower case; the name of a function that is
+    // imported by its number is "#" and the number.
+    struct Import
+    {
+        std::string library;
+        std::string function;
+    };
+    [[nodiscard]] std::vector<Import> Imports() const;
     // The IMAGE_DLLCHARACTERISTICS_ flags.
     [[nodiscard]] WORD Characteristics() const { return Headers().OptionalHeader.DllCharacteristics; }
     // Whether the image holds what it takes to be moved in memory.

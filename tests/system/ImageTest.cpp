@@ -1,19 +1,28 @@
 // The built library as a file: what a launcher's installer and the loader see.
+#include "QanHelper.h"
+
 #include "support/Text.h"
 #include "system/ImageFile.h"
 #include "system/Sandbox.h"
+#include "system/Windows8Imports.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include <set>
+#include <sstream>
+#include <utility>
 #include <vector>
 
 namespace {
 
-using testing::Each;
+using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::Field;
+using testing::IsEmpty;
 
 std::wstring LibraryPath()
 {
@@ -30,15 +39,39 @@ TEST(Image, ExportsExactlyTheNineUndecoratedNames)
     EXPECT_EQ(image.ExportCount(), 9u); // none by number only
 }
 
+// What the image imports and Windows 8 may not have, as "library: function".
+std::vector<std::string> ForeignImports(const test::ImageFile& image)
+{
+    std::set<std::pair<std::string, std::string>> known;
+    for (const test::Windows8Library& library : test::windows8Libraries) {
+        std::istringstream functions{std::string(library.functions)};
+        for (std::string function; functions >> function;) {
+            known.emplace(library.name, function);
+        }
+    }
+    std::vector<std::string> foreign;
+    for (const auto& [library, function] : image.Imports()) {
+        if (!known.contains({library, function})) {
+            foreign.push_back(library + ": " + function);
+        }
+    }
+    return foreign;
+}
+
 TEST(Image, ImportsOnlyWhatWindows8Has)
 {
     const test::ImageFile image(LibraryPath());
-    const auto isInWindows8 = testing::AnyOf(
-        "kernel32.dll", "msvcrt.dll", "advapi32.dll", "user32.dll", "shell32.dll", "shlwapi.dll", "ole32.dll",
-        "oleaut32.dll", "combase.dll", "xmllite.dll", "api-ms-win-core-winrt-l1-1-0.dll",
-        "api-ms-win-core-winrt-string-l1-1-0.dll", "api-ms-win-core-winrt-error-l1-1-0.dll");
-    EXPECT_THAT(image.ImportedLibraries(), Each(isInWindows8));
+    EXPECT_THAT(ForeignImports(image), IsEmpty());
+    EXPECT_THAT(image.Imports(), Contains(AllOf(Field(&test::ImageFile::Import::library, "kernel32.dll"),
+                                                Field(&test::ImageFile::Import::function, "CreateMutexW"))));
     EXPECT_FALSE(image.HasDelayedImports());
+}
+
+TEST(Image, ImportsOfOtherFunctionsAreSeen)
+{
+    const test::ImageFile tests(test::BuildFolder() + L"\\system_tests.exe");
+    EXPECT_THAT(ForeignImports(tests), Contains("version.dll: VerQueryValueW"));
+    EXPECT_THAT(ForeignImports(tests), Contains("kernel32.dll: CreateProcessW"));
 }
 
 TEST(Image, MayBePlacedAnywhereInMemoryAndRunsNoData)
@@ -93,6 +126,17 @@ TEST_F(VersionResource, HoldsTheNamesAndTheVersionAsText)
     EXPECT_EQ(Text(L"ProductName"), L"QanHelper");
     EXPECT_EQ(Text(L"InternalName"), L"QanHelper");
     EXPECT_EQ(Text(L"OriginalFilename"), L"QanHelper.dll");
+}
+
+TEST_F(VersionResource, IsTheVersionOfTheHeader)
+{
+    void* block = nullptr;
+    UINT length = 0;
+    ASSERT_TRUE(VerQueryValueW(m_data.data(), L"\\", &block, &length));
+    const auto* version = static_cast<const VS_FIXEDFILEINFO*>(block);
+    EXPECT_EQ(version->dwFileVersionMS, static_cast<DWORD>(MAKELONG(QANH_VERSION_MINOR, QANH_VERSION_MAJOR)));
+    EXPECT_EQ(version->dwFileVersionLS, static_cast<DWORD>(MAKELONG(0, QANH_VERSION_PATCH)));
+    EXPECT_EQ(test::ToUtf8(Text(L"FileVersion")), QANH_VERSION_STRING);
 }
 
 TEST(Image, LinksWithItsImportLibraryInCAndInCpp)

@@ -179,12 +179,16 @@ TEST_F(LaunchLog, QueriesThatFail)
     )"));
     SetSetting(Setting::FailLauncherQuery, 0);
     SetSetting(Setting::FailMonitorQuery, static_cast<DWORD>(E_FAIL));
-    EXPECT_TRUE(IsGolden(Launch("search\t0\t0\tMail", "0x80004005"), R"(
+    const auto monitor = reinterpret_cast<INT_PTR>(MonitorFromPoint(POINT{0, 0}, MONITOR_DEFAULTTOPRIMARY));
+    EXPECT_TRUE(
+        IsGolden(Launch("search\t0\t0\tMail", "0x80004005"), std::string(R"(
         QanhLaunchBySearch(Mail, 0, 0) IN
         QanhLaunchBySearch szKeyword = "Mail" <end>
         CQanhMonitorMode::OpenAppSearchUI IN
         CQanhMonitorMode::GetMonitorState IN
-        CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint(<any>)
+        CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint()") +
+                                                                 std::to_string(static_cast<int>(monitor)) +
+                                                                 R"()
         CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
         QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
     )"));

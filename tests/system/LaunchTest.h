@@ -11,7 +11,8 @@
 namespace test {
 
 // A desktop with applications and a host that knows them: the first refresh pass is over. After each test the
-// keyboard and the clipboard must be as a launch leaves them.
+// keyboard and the clipboard must be as a launch leaves them: Shift is up, nothing is on the clipboard. A
+// test that puts a text there and sees it stay takes it back.
 class LaunchTest : public testing::Test
 {
 protected:
@@ -27,7 +28,13 @@ protected:
         WaitForFirstPass();
     }
 
-    void TearDown() override { EXPECT_FALSE(IsShiftDown()) << "Shift was left pressed"; }
+    LaunchTest() { ClearClipboard(); }
+
+    void TearDown() override
+    {
+        EXPECT_FALSE(IsShiftDown()) << "Shift was left pressed";
+        EXPECT_TRUE(IsClipboardEmpty()) << "the clipboard was not emptied";
+    }
 
     static bool IsShiftDown() { return (GetAsyncKeyState(VK_SHIFT) & 0x8000) != 0; }
 

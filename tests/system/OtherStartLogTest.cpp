@@ -72,7 +72,7 @@ TEST_F(OtherStartLog, SecondProcessDuringTheFirstPassTakesThePreset)
         CQanhPackageManager::GetPresetAppNameFullPath OUT(C)
         CQanhAppNameList::Load(<host>\PresetAppNameList.xml) IN
         CQanhAppNameList::ReadDesktopApps IN
-        CQanhAppNameList::ReadDesktopApps OUT(<any>)
+        CQanhAppNameList::ReadDesktopApps OUT(0x00000000)
         CQanhAppNameList::Load OUT(0x00000001)
         CQanhPackageManager::Initialize OUT(0x00000001)
         QanhInitialize OUT(1) : s_nCount(1)
@@ -108,7 +108,7 @@ TEST_F(OtherStartLog, SecondProcessThatSeesTheFirstPassEndTakesTheCatalogue)
         OpenMutex() : Mutex none. <end>
         CQanhAppNameList::Load(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
         CQanhAppNameList::ReadDesktopApps IN
-        CQanhAppNameList::ReadDesktopApps OUT(<any>)
+        CQanhAppNameList::ReadDesktopApps OUT(0x00000000)
         CQanhAppNameList::Load OUT(0x00000001)
         CQanhPackageManager::Initialize OUT(0x00000001)
         QanhInitialize OUT(1) : s_nCount(1)

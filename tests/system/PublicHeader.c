@@ -4,10 +4,20 @@
 #include "PublicHeader.h"
 
 #include <stddef.h>
+#include <string.h>
 
 #ifndef QANH_CALL
 #error "the calling convention has no name"
 #endif
+
+/* A host chooses by the version before it compiles. */
+#if QANH_VERSION < 10000 || QANH_VERSION >= 20000 || QANH_VERSION_MAJOR != 1
+#error "not the version 1"
+#endif
+
+_Static_assert(QANH_VERSION_MAJOR == 1 && QANH_VERSION_MINOR == 0 && QANH_VERSION_PATCH == 0,
+               "version 1.0.0");
+_Static_assert(QANH_VERSION == 10000, "version 1.0.0 as a number");
 
 _Static_assert(QANH_E_NO_PACKAGE == (HRESULT)0xA0000001L, "the result of a package that is not there");
 _Static_assert(QANH_E_SEVERAL_APPLICATIONS == (HRESULT)0xA0000002L, "the result of several applications");
@@ -44,6 +54,7 @@ int CheckInC(void)
     failures += Failed(launchBrowser(QANH_TILE_UNCHANGED + 1, QANH_SEARCH_SHOW, FALSE) == E_INVALIDARG);
     failures += Failed(launchByManager(NULL, NULL) == E_POINTER);
     failures += Failed(initialize != NULL);
+    failures += Failed(strcmp(QANH_VERSION_STRING, "1.0.0") == 0);
     failures += Failed(flag == 7 && name == NULL);
     releaseString(NULL);
     finalize();

@@ -1,10 +1,13 @@
 #include "system/Sandbox.h"
 
+#include "standin/Faults.h"
 #include "standin/Settings.h"
 #include "standin/Shortcuts.h"
 #include "standin/store/PackageFiles.h"
 #include "support/LogCapture.h"
 #include "support/Text.h"
+
+#include <gtest/gtest.h>
 
 #include <cwchar>
 #include <stdexcept>
@@ -86,6 +89,10 @@ Sandbox::~Sandbox()
         },
         5000);
     CloseHandle(m_job);
+    EXPECT_EQ(standin::GetFaults(standin::Fault::UseOutsideApartment), 0u)
+        << "uses of the platform's objects on threads without an apartment";
+    EXPECT_EQ(standin::GetFaults(standin::Fault::ReleaseOutsideApartment), 0u)
+        << "releases of the platform's objects on threads without an apartment";
     standin::ClearSettings();
 }
 
@@ -119,12 +126,7 @@ std::vector<std::string> Sandbox::Log(std::size_t offset, const std::wstring& ba
     if (!Exists(LogFile(base))) {
         return {};
     }
-    const std::string text = WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)).substr(offset)));
-    std::vector<std::string> lines = Split(text, "\r\n");
-    if (lines.back().empty()) {
-        lines.pop_back();
-    }
-    return lines;
+    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)).substr(offset))));
 }
 
 std::size_t Sandbox::LogLength(const std::wstring& base) const

@@ -23,8 +23,8 @@ struct StartedProcess
 
 // The machine that a test's processes see: folders of the test's own in the place of the user's and of all
 // users', the library's settings and the stand-in desktop's switches, both absent at first but for the log,
-// which is on. At the end of the scope all processes that were started in it, and theirs, are ended. One at a
-// time.
+// which is on. At the end of the scope all processes that were started in it, and theirs, are ended, and the
+// test fails when one of them did what the real platform would not forgive (standin/Faults.h). One at a time.
 class Sandbox
 {
 public:
@@ -49,9 +49,8 @@ public:
     [[nodiscard]] std::wstring LogFile(const std::wstring& base = L"TestHost") const;
     [[nodiscard]] std::wstring PresetFile() const { return HostFolder() + L"\\PresetAppNameList.xml"; }
 
-    // The log from the offset on, without time stamps, in lines without their ends; the sandbox's folders in
-    // it stand as
-    // "<local>", "<roaming>", "<allusers>", "<host>". No log: no lines.
+    // The log from the offset on, without time stamps, in lines (LogLines in support/LogCapture.h); the
+    // sandbox's folders in it stand as "<local>", "<roaming>", "<allusers>", "<host>". No log: no lines.
     [[nodiscard]] std::vector<std::string> Log(std::size_t offset = 0,
                                                const std::wstring& base = L"TestHost") const;
     // The log's length in bytes.

@@ -34,6 +34,16 @@ TEST_F(SearchLaunch, WithExclusionsTheWantedApplicationIsStarted)
     EXPECT_TRUE(test::IsClipboardEmpty());
 }
 
+// The library does not know how much the field holds: what is cut off excludes nobody.
+TEST_F(SearchLaunch, AFieldThatTakesLessThanTheQuery)
+{
+    SetSetting(Setting::FieldLimit, 6);
+    Start({L"Mail.lnk", L"Gmail.lnk"});
+    EXPECT_EQ(host->Search("Mail", 0, true), ok);
+    EXPECT_EQ(desktop->Started(), "Gmail");
+    EXPECT_EQ(desktop->Count("query\t\"Mail\""), 1u);
+}
+
 TEST_F(SearchLaunch, JapaneseNames)
 {
     Start({L"メール.lnk", L"Gメール.lnk", L"電卓.lnk"});
@@ -159,6 +169,7 @@ TEST_F(SearchLaunch, FailingQueriesEndItBeforeAnythingIsTouched)
         SetSetting(failure, 0);
     }
     EXPECT_TRUE(desktop->Journal().empty());
+    test::ClearClipboard();
 }
 
 TEST_F(SearchLaunch, ModeOneOnlyPastesThePlainName)
@@ -240,6 +251,7 @@ TEST_F(SearchLaunch, ClipboardHeldByAnotherProcessInModeOne)
     }
     EXPECT_EQ(test::ClipboardText(), L"mine") << "it could not be cleared either";
     EXPECT_TRUE(test::DesktopProcess::IsPaneOpen());
+    test::ClearClipboard();
 }
 
 TEST_F(SearchLaunch, ClipboardHeldByAnotherProcessInModeZero)

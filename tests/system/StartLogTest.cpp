@@ -90,7 +90,7 @@ TEST_F(StartLog, LaterRunEndedAfterTheFirstPass)
         CQanhPackageManager::CreateAppNameListFolder OUT(C)
         CQanhAppNameList::Load(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
         CQanhAppNameList::ReadDesktopApps IN
-        CQanhAppNameList::ReadDesktopApps OUT(<any>)
+        CQanhAppNameList::ReadDesktopApps OUT(0x00000000)
         CQanhAppNameList::Load OUT(0x00000001)
         CQanhPackageManager::Initialize OUT(0x00000000)
         QanhInitialize OUT(0) : s_nCount(1)
@@ -179,22 +179,22 @@ TEST_F(StartLog, FirstRunWithAPreset)
         CQanhAppNameList::Load(<host>\PresetAppNameList.xml) IN
         CQanhPackage::FromXmlNode IN
         CQanhMetroApp::FromXmlNode IN
-        CQanhMetroApp::FromXmlNode OUT(<any>)
+        CQanhMetroApp::FromXmlNode OUT(0x00000000)
         CQanhPackage::AddApplication IN
         CQanhPackage::AddApplication OUT(0x00000000)
-        CQanhPackage::FromXmlNode OUT(<any>)
+        CQanhPackage::FromXmlNode OUT(0x00000000)
         CQanhAppNameList::AddMetroPackage IN
         CQanhAppNameList::AddMetroPackage OUT(0x00000000)
         CQanhPackage::FromXmlNode IN
-        CQanhPackage::FromXmlNode OUT(<any>)
+        CQanhPackage::FromXmlNode OUT(0x00000000)
         CQanhAppNameList::AddMetroPackage IN
         CQanhAppNameList::AddMetroPackage OUT(0x00000000)
         CQanhAppNameList::ReadDesktopApps IN
         CQanhDesktopApp::FromXmlNode IN
-        CQanhDesktopApp::FromXmlNode OUT(<any>)
+        CQanhDesktopApp::FromXmlNode OUT(0x00000000)
         CQanhDesktopApp::FromXmlNode IN
-        CQanhDesktopApp::FromXmlNode OUT(<any>)
-        CQanhAppNameList::ReadDesktopApps OUT(<any>)
+        CQanhDesktopApp::FromXmlNode OUT(0x00000000)
+        CQanhAppNameList::ReadDesktopApps OUT(0x00000000)
         CQanhAppNameList::Load OUT(0x00000001)
         CQanhPackageManager::Initialize OUT(0x00000000)
         QanhInitialize OUT(0) : s_nCount(1)

@@ -73,7 +73,7 @@ TEST_F(StoreQueryLog, PackageManagerThatCannotBeHad)
         CQanhPackageManager::IsInstalled(Vel.Calendar_1vel7kq0n3rta) IN
         CQanhPackageManager::FindPackageByName(Vel.Calendar_1vel7kq0n3rta) IN
         CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager <error 0x80070005>
+        CQanhPackageManager::GetPackageManager Access denied.
         CQanhPackageManager::FindPackageByName OUT(GetPackageManager failed.)
         CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 0)
         QanhIsInstalled OUT(0x00000000)
@@ -84,17 +84,17 @@ TEST_F(StoreQueryLog, PackageManagerThatCannotBeHad)
         CQanhPackageManager::IsInstalledEx(Microsoft.Office.Desktop_8wekyb3d8bbwe) IN
         CQanhPackageManager::FindPackageByNameEx(Microsoft.Office.Desktop_8wekyb3d8bbwe) IN
         CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager <error 0x80070005>
+        CQanhPackageManager::GetPackageManager Access denied.
         CQanhPackageManager::FindPackageByNameEx OUT(GetPackageManager failed.)
         CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 0)
         QanhIsInstalledByAppUserModeID OUT(0x00000000)
     )"));
     EXPECT_TRUE(IsGolden(Ask("display-name\tVel.Calendar_1vel7kq0n3rta", "0xA0000001\t(null)"), R"(
-        QanhGetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<any>) IN
-        CQanhPackageManager::GetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<any>) IN
+        QanhGetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<address>) IN
+        CQanhPackageManager::GetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<address>) IN
         CQanhPackageManager::FindPackageByName(Vel.Calendar_1vel7kq0n3rta) IN
         CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager <error 0x80070005>
+        CQanhPackageManager::GetPackageManager Access denied.
         CQanhPackageManager::FindPackageByName OUT(GetPackageManager failed.)
         CQanhPackageManager::GetAppDisplayNameByPFN OUT(0xA0000001) DisplayName = (null)
         QanhGetAppDisplayNameByPFN OUT(0xA0000001) DisplayName = (null)
@@ -107,12 +107,12 @@ TEST_F(StoreQueryLog, PackagesThatCannotBeFound)
 {
     SetSetting(Setting::FailFindFamily, static_cast<DWORD>(E_ACCESSDENIED));
     EXPECT_TRUE(IsGolden(Ask("display-name\tVel.Calendar_1vel7kq0n3rta", "0x80004005\t(null)"), R"(
-        QanhGetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<any>) IN
-        CQanhPackageManager::GetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<any>) IN
+        QanhGetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<address>) IN
+        CQanhPackageManager::GetAppDisplayNameByPFN(Vel.Calendar_1vel7kq0n3rta, 0x<address>) IN
         CQanhPackageManager::FindPackageByName(Vel.Calendar_1vel7kq0n3rta) IN
         CQanhPackageManager::GetPackageManager IN
         CQanhPackageManager::GetPackageManager OUT(0x00000000)
-        CQanhPackageManager::GetAppDisplayNameByPFN OUT(<error 0x80070005>)
+        CQanhPackageManager::GetAppDisplayNameByPFN OUT(Access denied.)
         QanhGetAppDisplayNameByPFN OUT(0x80004005) DisplayName = (null)
         QanhReleaseString IN
         QanhReleaseString OUT
@@ -123,7 +123,7 @@ TEST_F(StoreQueryLog, PackagesThatCannotBeFound)
         CQanhPackageManager::FindPackageByName(Vel.Calendar_1vel7kq0n3rta) IN
         CQanhPackageManager::GetPackageManager IN
         CQanhPackageManager::GetPackageManager OUT(0x00000000)
-        CQanhPackageManager::IsInstalled OUT(<error 0x80070005>)
+        CQanhPackageManager::IsInstalled OUT(Access denied.)
         QanhIsInstalled OUT(0x80004005)
     )"));
 }
@@ -187,7 +187,7 @@ TEST_F(StoreQueryLog, ApplicationOfTheSpecialFamily)
         CQanhPackageManager::FindPackageByNameEx(Microsoft.Office.Desktop_8wekyb3d8bbwe) IN
         CQanhPackageManager::GetPackageManager IN
         CQanhPackageManager::GetPackageManager OUT(0x00000000)
-        CQanhPackageManager::IsInstalledEx OUT(<error 0x80070005>)
+        CQanhPackageManager::IsInstalledEx OUT(Access denied.)
         QanhIsInstalledByAppUserModeID OUT(0x80004005)
     )"));
 }
@@ -197,8 +197,8 @@ TEST_F(StoreQueryLog, ApplicationOfTheSpecialFamily)
 std::string DisplayName(const std::string& family, const std::string& reading, const std::string& exit)
 {
     return "\nQanhGetAppDisplayNameByPFN(" + family +
-           ", 0x<any>) IN\nCQanhPackageManager::GetAppDisplayNameByPFN(" + family +
-           ", 0x<any>) IN\nCQanhPackageManager::FindPackageByName(" + family + R"() IN
+           ", 0x<address>) IN\nCQanhPackageManager::GetAppDisplayNameByPFN(" + family +
+           ", 0x<address>) IN\nCQanhPackageManager::FindPackageByName(" + family + R"() IN
         CQanhPackageManager::GetPackageManager IN
         CQanhPackageManager::GetPackageManager OUT(0x00000000)
         CQanhPackageManager::FindPackageByName OUT

@@ -22,7 +22,7 @@ TEST_P(StoreWithoutManagerLog, SaysWhyAndGoesOn)
     EXPECT_TRUE(IsGolden(FirstPass(), std::string(R"(
         CQanhPackageManager::RefreshMetroApps IN
         CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager <error 0x80070005>
+        CQanhPackageManager::GetPackageManager Access denied.
         CQanhPackageManager::RefreshMetroApps OUT(GetPackageManager Failed.)
         CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 <end>
         )") + noShortcuts + saveBegin + saveEnd));
@@ -38,7 +38,7 @@ TEST_F(StoreRefreshLog, PackagesThatCannotBeFound)
 {
     SetSetting(Setting::FailFindAll, static_cast<DWORD>(E_ACCESSDENIED));
     EXPECT_TRUE(IsGolden(FirstPass(), std::string(packagesBegin) + R"(
-        CQanhPackageManager::RefreshMetroApps OUT(<error 0x80070005>)
+        CQanhPackageManager::RefreshMetroApps OUT(Access denied.)
         CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
         )" + noShortcuts + saveBegin + saveEnd));
 }
@@ -51,7 +51,7 @@ TEST_F(StoreRefreshLog, PackageThatCannotBeReached)
     m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
     EXPECT_TRUE(IsGolden(FirstPass(), packagesBegin +
                                           PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) + R"(
-        CQanhPackageManager::RefreshMetroApps OUT(<error 0x80070005>)
+        CQanhPackageManager::RefreshMetroApps OUT(Access denied.)
         CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
         )" + noShortcuts + saveBegin + packageIsWritten +
                                           saveEnd));
@@ -64,7 +64,7 @@ TEST_F(StoreRefreshLog, LastPackageDecidesTheResult)
     EXPECT_TRUE(IsGolden(FirstPass(), packagesBegin +
                                           PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) + R"(
         CQanhAppNameList::AddMetroPackage IN
-        CQanhAppNameList::AddMetroPackage OUT(<error 0x80070005>)
+        CQanhAppNameList::AddMetroPackage OUT(Access denied.)
         CQanhPackageManager::RefreshMetroApps OUT(0x80004005)
         CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 <end>
         )" + noShortcuts + saveBegin + packageIsWritten +

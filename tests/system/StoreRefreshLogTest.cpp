@@ -20,7 +20,7 @@ TEST_F(StoreRefreshLog, NewPackages)
     EXPECT_TRUE(IsGolden(FirstPass(), std::string(packagesBegin) +
                                           R"(
         CQanhAppNameList::AddMetroPackage IN
-        CQanhAppNameList::AddMetroPackage OUT(<error 0x80070003>)
+        CQanhAppNameList::AddMetroPackage OUT(Path not found.)
         CQanhAppNameList::AddMetroPackage IN
         CQanhAppNameList::GetPackage(Vel.Calendar_1vel7kq0n3rta) IN
         CQanhAppNameList::GetPackage OUT
@@ -131,6 +131,7 @@ TEST_F(StoreRefreshLog, ManifestsThatCannotBeRead)
         CQanhManifestReader::GetAppNameUsingXmlParser IN
         CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x80070002)
         CQanhManifestReader::AddAppsToPackage OUT(0x80070002)
+        CQanhAppNameList::AddMetroPackage Error (0x80070002)
         )") +
                   PackageIsNew("Vel.Z_0standin00000", 1,
                                std::string("CQanhManifestReader::AddAppsToPackage IN\n") + settingIsRead + R"(
@@ -141,6 +142,7 @@ TEST_F(StoreRefreshLog, ManifestsThatCannotBeRead)
         CQanhManifestReader::MoveToElementByName OUT(0xC00CEE3B)
         CQanhManifestReader::GetAppNameUsingXmlParser OUT(0xC00CEE3B)
         CQanhManifestReader::AddAppsToPackage OUT(0xC00CEE3B)
+        CQanhAppNameList::AddMetroPackage Error (0xC00CEE3B)
         )") + packagesEnd));
 }
 
@@ -190,6 +192,7 @@ TEST_F(StoreRefreshLog, PlatformsManifestReaderThatFails)
         CQanhManifestReader::GetAppNameUsingAPI IN
         CQanhManifestReader::GetAppNameUsingAPI OUT(0x80070005)
         CQanhManifestReader::AddAppsToPackage OUT(0x80070005)
+        CQanhAppNameList::AddMetroPackage Error (0x80070005)
         )") + packagesEnd + noShortcuts + saveBegin +
                                           emptyPackageIsWritten + saveEnd));
 }

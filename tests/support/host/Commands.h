@@ -16,8 +16,7 @@ namespace host {
 //   browser TILE MODE EXCLUDE   QanhLaunchIEBySearch
 //   activate ID ARGUMENTS       QanhLaunchByManager
 //   installed NAME [null]       QanhIsInstalled: HRESULT and the flag, which is 7 before the call; with
-//   "null"
-//                               the flag's pointer is null
+//                               "null" the flag's pointer is null
 //   installed-by-id ID [null]   QanhIsInstalledByAppUserModeID, likewise
 //   display-name FAMILY [null]  QanhGetAppDisplayNameByPFN: HRESULT and the text, null before the call
 //   release TEXT                QanhReleaseString of a copy of the text, or of a null pointer: "ok"

@@ -9,12 +9,15 @@
 #include <winstring.h>
 
 #include <iterator>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace {
 
 // What the headers lack of the platform's list of all handles.
 constexpr ULONG extendedHandleInformation = 64;
+constexpr auto tooSmall = static_cast<LONG>(0xC0000004); // a status: the buffer does not hold the list
 using QueryFunction = LONG(WINAPI*)(ULONG information, void* buffer, ULONG size, ULONG* needed);
 
 struct HandleEntry
@@ -39,17 +42,28 @@ struct HandleList
 constexpr GUID activationFactory = {0x00000035, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 constexpr wchar_t packageManagerClass[] = L"Windows.Management.Deployment.PackageManager";
 
+[[noreturn]] void Fail(const std::string& what)
+{
+    throw std::runtime_error(what + ", error " + std::to_string(GetLastError()));
+}
+
 std::size_t BusyBytes(HANDLE heap)
 {
+    if (!HeapLock(heap)) {
+        Fail("a heap cannot be locked");
+    }
     std::size_t bytes = 0;
-    HeapLock(heap);
     PROCESS_HEAP_ENTRY entry = {};
     while (HeapWalk(heap, &entry)) {
         if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) {
             bytes += entry.cbData;
         }
     }
+    const bool isComplete = GetLastError() == ERROR_NO_MORE_ITEMS;
     HeapUnlock(heap);
+    if (!isComplete || bytes == 0) {
+        Fail("a heap cannot be walked");
+    }
     return bytes;
 }
 
@@ -61,13 +75,18 @@ std::size_t CountHandles()
 {
     const auto query = reinterpret_cast<QueryFunction>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+    if (!query) {
+        Fail("the platform lists no handles");
+    }
     std::vector<BYTE> buffer(1 << 16);
     ULONG needed = 0;
-    while (query(extendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()), &needed) != 0) {
-        if (buffer.size() > (1u << 26)) {
-            return 0;
-        }
+    LONG status = 0;
+    while ((status = query(extendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()),
+                           &needed)) == tooSmall) {
         buffer.resize(buffer.size() * 2);
+    }
+    if (status != 0) {
+        Fail("the platform lists no handles, status " + std::to_string(status));
     }
     const auto* list = reinterpret_cast<const HandleList*>(buffer.data());
     const HandleEntry* entry = list->entries;
@@ -77,12 +96,18 @@ std::size_t CountHandles()
             ++count;
         }
     }
+    if (count == 0) {
+        Fail("the platform lists no handles of this process");
+    }
     return count;
 }
 
 std::size_t CountThreads()
 {
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    if (snapshot == INVALID_HANDLE_VALUE) {
+        Fail("the platform lists no threads");
+    }
     THREADENTRY32 entry = {};
     entry.dwSize = sizeof entry;
     std::size_t count = 0;
@@ -92,14 +117,17 @@ std::size_t CountThreads()
         }
     }
     CloseHandle(snapshot);
+    if (count == 0) {
+        Fail("the platform lists no threads of this process");
+    }
     return count;
 }
 
 std::size_t HeapBytes()
 {
     const HANDLE processHeap = GetProcessHeap();
-    const auto runtimeHeap = reinterpret_cast<HANDLE>(_get_heap_handle());
-    return BusyBytes(processHeap) + (runtimeHeap == processHeap ? 0 : BusyBytes(runtimeHeap));
+    const auto crtHeap = reinterpret_cast<HANDLE>(_get_heap_handle());
+    return BusyBytes(processHeap) + (crtHeap == processHeap ? 0 : BusyBytes(crtHeap));
 }
 
 void LookUpPackageManagerClass()
@@ -108,12 +136,16 @@ void LookUpPackageManagerClass()
     HSTRING name = nullptr;
     WindowsCreateString(packageManagerClass, static_cast<UINT32>(std::size(packageManagerClass) - 1), &name);
     IActivationFactory* factory = nullptr;
-    if (SUCCEEDED(RoGetActivationFactory(name, activationFactory, reinterpret_cast<void**>(&factory)))) {
+    const HRESULT found = RoGetActivationFactory(name, activationFactory, reinterpret_cast<void**>(&factory));
+    if (SUCCEEDED(found)) {
         factory->Release();
     }
     WindowsDeleteString(name);
     if (SUCCEEDED(entered)) {
         RoUninitialize();
+    }
+    if (FAILED(found)) {
+        throw std::runtime_error("the package manager's class cannot be had");
     }
 }
 

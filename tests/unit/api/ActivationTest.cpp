@@ -98,10 +98,14 @@ private:
             IsEqualGUID(classId, kClass) && !outer && context == 1 && IsEqualGUID(interfaceId, kInterface);
         const HRESULT hr =
             s_current->m_objects.Enter(nullptr, "CoCreateInstance", isAsked ? L"" : L" of something else");
-        if (SUCCEEDED(hr)) {
-            s_current->m_manager->AddRef();
-            *object = static_cast<IApplicationActivationManager*>(s_current->m_manager);
+        if (FAILED(hr)) {
+            return hr;
         }
+        if (test::ApartmentOfThread() == Apartment::kNone) {
+            return CO_E_NOTINITIALIZED;
+        }
+        s_current->m_manager->AddRef();
+        *object = static_cast<IApplicationActivationManager*>(s_current->m_manager);
         return hr;
     }
 
@@ -226,10 +230,19 @@ TEST_F(Activation, LeavesASingleThreadedApartmentOnceWithoutAManager)
 
 TEST_F(Activation, DoesNotMindThatNoApartmentCouldBeEntered)
 {
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
+        m_refusal = E_OUTOFMEMORY;
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), S_OK);
+        EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x8007000E", "CoCreateInstance",
+                                           "ActivateApplication(Mail_1!App, -open, 0, 0)", "Sleep 100"));
+    }));
+}
+
+TEST_F(Activation, WithoutAnApartmentFailsAtTheManager)
+{
     m_refusal = E_OUTOFMEMORY;
-    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), S_OK);
-    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x8007000E", "CoCreateInstance",
-                                       "ActivateApplication(Mail_1!App, -open, 0, 0)", "Sleep 100"));
+    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), CO_E_NOTINITIALIZED);
+    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x8007000E", "CoCreateInstance"));
 }
 
 TEST_F(Activation, ReleasesEverythingWhenTheActivationRaises)

@@ -86,13 +86,15 @@ protected:
     // A desktop application and a Store application of one name.
     void AddDesktopApp(const std::wstring& name)
     {
-        s_PackageManager.m_AppNameList.AddDesktopApp(name.c_str(), (L"C:\\" + name + L".lnk").c_str());
+        EXPECT_EQ(
+            s_PackageManager.m_AppNameList.AddDesktopApp(name.c_str(), (L"C:\\" + name + L".lnk").c_str()),
+            S_OK);
     }
     void AddStoreApp(const std::wstring& name)
     {
         auto package = std::make_unique<CQanhPackage>(L"Contoso_x", RecordVersion(), FALSE, TRUE);
-        package->AddApplication(name.c_str(), L"");
-        s_PackageManager.m_AppNameList.AddMetroPackage(std::move(package));
+        EXPECT_EQ(package->AddApplication(name.c_str(), L""), S_OK);
+        EXPECT_EQ(s_PackageManager.m_AppNameList.AddMetroPackage(std::move(package)), S_OK);
     }
 
     // How often a step was done.

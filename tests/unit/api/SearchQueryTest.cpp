@@ -11,7 +11,7 @@ std::wstring Query(const wchar_t* appName, std::initializer_list<const wchar_t*>
 {
     ExcludeList excludeList;
     for (const wchar_t* name : excludedNames) {
-        excludeList.AddUnique(name);
+        EXPECT_EQ(excludeList.AddUnique(name), S_OK);
     }
     return BuildSearchQuery(appName, excludeList);
 }
@@ -60,7 +60,7 @@ TEST(SearchQuery, HasNoLimits)
     std::wstring expected;
     for (int index = 0; index < 300; ++index) {
         const std::wstring name = std::to_wstring(index) + std::wstring(300, L'x');
-        excludeList.AddUnique(name.c_str());
+        EXPECT_EQ(excludeList.AddUnique(name.c_str()), S_OK);
         expected += (index == 0 ? L"\"" : L" OR \"") + name + L"\"";
     }
     const std::wstring appName(5000, L'y');

@@ -48,8 +48,8 @@ public:
 void AddTellingApp()
 {
     auto package = std::make_unique<CQanhPackage>(L"Contoso.Mail_x", RecordVersion(), TRUE, TRUE);
-    package->AddApplication(std::make_unique<TellingApp>());
-    s_PackageManager.m_AppNameList.AddMetroPackage(std::move(package));
+    EXPECT_EQ(package->AddApplication(std::make_unique<TellingApp>()), S_OK);
+    EXPECT_EQ(s_PackageManager.m_AppNameList.AddMetroPackage(std::move(package)), S_OK);
 }
 
 TEST(Statics, CatalogueIsDestroyedAtTheEndOfTheProcess)

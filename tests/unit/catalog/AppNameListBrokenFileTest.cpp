@@ -3,6 +3,7 @@
 
 #include "catalog/AppNameList.h"
 
+#include "support/DocumentedReader.h"
 #include "support/ImportPatch.h"
 #include "support/Text.h"
 #include "unit/catalog/CatalogFile.h"
@@ -86,32 +87,55 @@ private:
     test::ImportPatch<OpenFunction> m_patch;
 };
 
-// Loads what is left of the document when it ends at each byte from `first` on.
-void CutEverywhere(const std::string& document, std::size_t first)
+constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
+
+// Which records a document holds of those that are complete where it ends.
+std::size_t CompleteRecords(const std::string& text)
 {
-    CQanhAppNameList whole;
-    EXPECT_EQ(LoadText(whole, document), S_FALSE);
-    const std::vector<std::string> all = Records(SavedText(whole));
-    ASSERT_EQ(all.size(), CompleteTags(document, "Package") + CompleteTags(document, "MetroApp") +
-                              CompleteTags(document, "DesktopApp"));
+    return CompleteTags(text, "Package") + CompleteTags(text, "MetroApp") + CompleteTags(text, "DesktopApp");
+}
+
+// Loads what is left of the document when it ends at each byte from `first` on, and hands each result to
+// check(result, text). Every record whose tag is complete must be there, each as it stands in the whole
+// document, and no other.
+template <typename Check> void CutEverywhere(const std::string& document, std::size_t first, Check check)
+{
     const FileInMemory file;
+    CQanhAppNameList whole;
+    EXPECT_EQ(FileInMemory::Load(whole, document), S_FALSE);
+    const std::vector<std::string> all = Records(FileInMemory::Save(whole));
+    ASSERT_EQ(all.size(), CompleteRecords(document));
     for (std::size_t size = first; size < document.size(); ++size) {
         const std::string text = document.substr(0, size);
         SCOPED_TRACE("..." + text.substr(text.size() > 30 ? text.size() - 30 : 0));
         CQanhAppNameList list;
-        const HRESULT result = FileInMemory::Load(list, text);
-        EXPECT_NE(result, S_OK);
-        // Behind a complete end tag the reader in use may take the end of the file for the end of the
-        // document.
-        const bool behindEndTag = size > 0 && text.back() == '>' && text[text.rfind('<') + 1] == '/';
-        EXPECT_TRUE(FAILED(result) || behindEndTag) << std::hex << result;
-        // Every record whose tag is complete is there, each as it stands in the whole document, and no other.
+        check(FileInMemory::Load(list, text), text);
         const std::vector<std::string> records = Records(FileInMemory::Save(list));
-        EXPECT_EQ(records.size(), CompleteTags(text, "Package") + CompleteTags(text, "MetroApp") +
-                                      CompleteTags(text, "DesktopApp"));
+        EXPECT_EQ(records.size(), CompleteRecords(text));
         ASSERT_LE(records.size(), all.size());
         EXPECT_TRUE(std::equal(records.begin(), records.end(), all.begin()));
     }
+}
+
+// With the reader in use here. What it leaves open is looked at with the documented one below: behind a
+// complete end tag it may take the end of the file for the end of the document, so the result is a failure
+// everywhere else only; and within an XML declaration it ends the process, so no document ends there.
+void CutWithTheReaderInUse(const std::string& document, std::size_t first)
+{
+    CutEverywhere(document, first, [](HRESULT result, const std::string& text) {
+        EXPECT_NE(result, S_OK);
+        const bool behindEndTag = !text.empty() && text.back() == '>' && text[text.rfind('<') + 1] == '/';
+        EXPECT_TRUE(FAILED(result) || behindEndTag) << std::hex << result;
+    });
+}
+
+// With a reader that fails wherever a document ends before its root does, within a declaration too.
+void CutWithTheDocumentedReader(const std::string& document)
+{
+    const test::DocumentedReaderInstead reader;
+    CutEverywhere(document, 0, [](HRESULT result, const std::string&) {
+        EXPECT_EQ(result, static_cast<HRESULT>(0xC00CEE01));
+    });
 }
 
 constexpr char kBody[] =
@@ -131,25 +155,68 @@ constexpr char kBody[] =
     "  </DesktopApps>\r\n"
     "</Applications>";
 
-TEST(AppNameListCutFile, KeepsWhatIsCompleteWhereverItEnds)
-{
-    CutEverywhere(kBody, 0);
-}
-
-TEST(AppNameListCutFile, KeepsWhatIsCompleteBehindADeclaration)
-{
-    // Within its declaration there is nothing to keep; the reader in use ends the process there.
-    const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
-    CutEverywhere(declaration + kBody, declaration.size() + 1);
-}
-
-TEST(AppNameListCutFile, KeepsWhatIsCompleteWithoutLineEnds)
+std::string BodyWithoutLineEnds()
 {
     std::string text;
     for (const std::string& line : test::Split(kBody, "\r\n")) {
         text += line.substr(line.find_first_not_of(' '));
     }
-    CutEverywhere(text, 0);
+    return text;
+}
+
+TEST(AppNameListCutFile, KeepsWhatIsCompleteWhereverItEnds)
+{
+    CutWithTheReaderInUse(kBody, 0);
+    CutWithTheDocumentedReader(kBody);
+}
+
+TEST(AppNameListCutFile, KeepsWhatIsCompleteBehindADeclaration)
+{
+    CutWithTheReaderInUse(std::string(kDeclaration) + kBody, sizeof kDeclaration);
+    CutWithTheDocumentedReader(std::string(kDeclaration) + kBody);
+}
+
+TEST(AppNameListCutFile, KeepsWhatIsCompleteWithoutLineEnds)
+{
+    CutWithTheReaderInUse(BodyWithoutLineEnds(), 0);
+    CutWithTheDocumentedReader(BodyWithoutLineEnds());
+}
+
+// A file that the library wrote has an open root, so its end is a failure; all of it is read.
+TEST(AppNameListCutFile, KeepsAllOfASavedFile)
+{
+    const FileInMemory file;
+    CQanhAppNameList first;
+    EXPECT_EQ(FileInMemory::Load(first, kBody), S_FALSE);
+    const std::string saved = FileInMemory::Save(first);
+    EXPECT_EQ(Records(saved).size(), CompleteRecords(kBody));
+    const test::DocumentedReaderInstead reader;
+    std::string again = saved;
+    // Versions trade build and revision each time.
+    for (const int round : {1, 2}) {
+        CQanhAppNameList list;
+        EXPECT_EQ(FileInMemory::Load(list, again), static_cast<HRESULT>(0xC00CEE01)) << round;
+        again = FileInMemory::Save(list);
+    }
+    EXPECT_EQ(again, saved);
+}
+
+// The documented reader is no better than the one in use where that one is right.
+TEST(AppNameListCutFile, IsReadByTheDocumentedReaderAsByTheOneInUse)
+{
+    const std::string texts[] = {
+        std::string(kDeclaration) + kBody, BodyWithoutLineEnds(),
+        "<a xmlns:q='urn:q'><Package PackageFamilyName='&lt;&#x30e1;&amp;'>text<![CDATA[<Package/>]]>"
+        "<?DesktopApps x?></Package><q:Package/></a>\r\n<!-- end -->"};
+    const FileInMemory file;
+    for (const std::string& text : texts) {
+        CQanhAppNameList list;
+        EXPECT_EQ(FileInMemory::Load(list, text), S_FALSE);
+        const test::DocumentedReaderInstead reader;
+        CQanhAppNameList other;
+        EXPECT_EQ(FileInMemory::Load(other, text), S_FALSE);
+        EXPECT_EQ(FileInMemory::Save(other), FileInMemory::Save(list));
+    }
 }
 
 TEST(AppNameListCutFile, EndsWithinTextAndOpenConstructs)

@@ -16,15 +16,11 @@
 
 namespace {
 
+using test::Answer;
+using test::Excluding;
+using test::kFound;
+using test::kNothing;
 using testing::ElementsAre;
-using testing::IsEmpty;
-
-struct Answer
-{
-    HRESULT result = E_UNEXPECTED;
-    BOOL found = 7;
-    std::vector<std::wstring> excluded;
-};
 
 Answer Ask(const CQanhAppNameList& list, const wchar_t* wantedName)
 {
@@ -61,24 +57,19 @@ protected:
 
 TEST_F(AppNameListExclude, CollectsNamesInTheOrderOfTheCatalogueOnceEach)
 {
-    const Answer answer = Ask(m_list, L"Mail");
-    EXPECT_EQ(answer.result, S_OK);
-    EXPECT_EQ(answer.found, 1);
-    EXPECT_THAT(answer.excluded,
-                ElementsAre(L"mail and calendar", L"my mail", L"web mail", L"mail merge", L"a mail reader"));
+    EXPECT_EQ(
+        Ask(m_list, L"Mail"),
+        (Answer{S_OK, 1, {L"mail and calendar", L"my mail", L"web mail", L"mail merge", L"a mail reader"}}));
 }
 
 TEST_F(AppNameListExclude, FindsAStoreApplicationByItsTokens)
 {
-    const Answer answer = Ask(m_list, L"Word Viewer");
-    EXPECT_EQ(answer.result, S_OK);
-    EXPECT_EQ(answer.found, 1);
-    EXPECT_THAT(answer.excluded, IsEmpty());
+    EXPECT_EQ(Ask(m_list, L"Word Viewer"), kFound);
 }
 
 TEST_F(AppNameListExclude, DoesNotFindAStoreApplicationByItsExactName)
 {
-    EXPECT_EQ(Ask(m_list, L"viewer word").found, 0);
+    EXPECT_EQ(Ask(m_list, L"viewer word"), kNothing);
 }
 
 TEST_F(AppNameListExclude, KeepsWhatAPackageFoundThoughTheOthersDoNot)
@@ -88,7 +79,7 @@ TEST_F(AppNameListExclude, KeepsWhatAPackageFoundThoughTheOthersDoNot)
         list,
         R"(<a><Package><MetroApp DisplayName="b a"/></Package><Package><MetroApp DisplayName="c"/></Package>
                             <DesktopApps><DesktopApp DisplayName="c"/></DesktopApps></a>)");
-    EXPECT_EQ(Ask(list, L"a b").found, 1);
+    EXPECT_EQ(Ask(list, L"a b"), kFound);
 }
 
 TEST_F(AppNameListExclude, KeepsWhatADesktopAppFoundThoughTheNextDoesNot)
@@ -96,29 +87,24 @@ TEST_F(AppNameListExclude, KeepsWhatADesktopAppFoundThoughTheNextDoesNot)
     CQanhAppNameList list;
     test::LoadText(
         list, R"(<DesktopApps><DesktopApp DisplayName="a"/><DesktopApp DisplayName="b"/></DesktopApps>)");
-    EXPECT_EQ(Ask(list, L"a").found, 1);
+    EXPECT_EQ(Ask(list, L"a"), kFound);
 }
 
 TEST_F(AppNameListExclude, DoesNotFindDualModeAppsByTheirExactName)
 {
-    EXPECT_EQ(Ask(m_list, L"dual").found, 0);
+    EXPECT_EQ(Ask(m_list, L"dual"), kNothing);
 }
 
 TEST_F(AppNameListExclude, ClearsFoundWhenThereIsNothing)
 {
-    const Answer empty = Ask(CQanhAppNameList(), L"mail");
-    EXPECT_EQ(empty.result, S_OK);
-    EXPECT_EQ(empty.found, 0);
-    const Answer gone = Ask(m_list, L"mail that is gone");
-    EXPECT_EQ(gone.result, S_OK);
-    EXPECT_EQ(gone.found, 0);
-    EXPECT_THAT(gone.excluded, IsEmpty());
+    EXPECT_EQ(Ask(CQanhAppNameList(), L"mail"), kNothing);
+    EXPECT_EQ(Ask(m_list, L"mail that is gone"), kNothing);
 }
 
 TEST_F(AppNameListExclude, AddsToWhatTheListHoldsAlready)
 {
     ExcludeList excluded;
-    excluded.AddUnique(L"WEB MAIL");
+    EXPECT_EQ(excluded.AddUnique(L"WEB MAIL"), S_OK);
     BOOL found = 7;
     EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", &excluded, &found), S_OK);
     EXPECT_THAT(test::Names(excluded),
@@ -129,9 +115,7 @@ TEST_F(AppNameListExclude, FollowsTheInstalledFlags)
 {
     m_list.SetPackagesInstalled({FALSE, TRUE, TRUE, FALSE, FALSE});
     m_list.SetDesktopAppsInstalled({FALSE, TRUE, FALSE, FALSE, FALSE, FALSE, FALSE});
-    const Answer answer = Ask(m_list, L"mail");
-    EXPECT_EQ(answer.found, 0);
-    EXPECT_THAT(answer.excluded, ElementsAre(L"mail that is gone", L"reserved mail", L"old mail"));
+    EXPECT_EQ(Ask(m_list, L"mail"), Excluding({L"mail that is gone", L"reserved mail", L"old mail"}));
 }
 
 TEST_F(AppNameListExclude, ChecksItsArgumentsAndTouchesNothingThen)
@@ -155,8 +139,8 @@ TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
         auto package = std::make_unique<CQanhPackage>(name, RecordVersion(), FALSE, TRUE);
         auto probe = std::make_unique<test::RecordProbe>(name, &events);
         probe->result = E_OUTOFMEMORY;
-        package->AddApplication(std::move(probe));
-        list.AddMetroPackage(std::move(package));
+        EXPECT_EQ(package->AddApplication(std::move(probe)), S_OK);
+        EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
     }
     EXPECT_EQ(Ask(list, L"mail").result, S_OK);
     EXPECT_THAT(events, ElementsAre(L"asked a", L"asked b"));
@@ -190,7 +174,7 @@ TEST_F(AppNameListExclude, LogsItsEarlyExits)
 {
     const test::LogCapture log;
     ExcludeList excluded;
-    m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr);
+    EXPECT_EQ(m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr), E_POINTER);
     Ask(m_list, L"");
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::GetExcludeAppNameList((null)) IN",
                                          "CQanhAppNameList::GetExcludeAppNameList OUT(0x80004003)",

@@ -284,7 +284,7 @@ TEST(AppNameListLoad, ReturnsTheFailureToOpenTheFile)
 {
     const test::TemporaryFolder folder;
     CQanhAppNameList list;
-    list.AddDesktopApp(L"a", L"C:\\a.lnk");
+    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
     EXPECT_EQ(list.Load((folder / L"missing.xml").c_str()), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(list.Load((folder / L"missing\\a.xml").c_str()), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
     EXPECT_TRUE(FAILED(list.Load(folder.Path().c_str())));
@@ -302,7 +302,7 @@ TEST(AppNameListLoad, LogsAMissingFile)
 {
     CQanhAppNameList list;
     const test::LogCapture log;
-    list.Load(L"Z:\\q\\q.xml");
+    EXPECT_EQ(list.Load(L"Z:\\q\\q.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::Load(Z:\\q\\q.xml) IN",
                                          "CQanhAppNameList::Load OUT(0x80070003)"));
 }

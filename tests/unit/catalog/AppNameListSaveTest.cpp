@@ -40,13 +40,13 @@ TEST(AppNameListSave, WritesAnEmptyCatalogueWithBothCollections)
 TEST(AppNameListSave, WritesEveryRecordInOrder)
 {
     CQanhAppNameList list;
-    list.AddDesktopApp(L"Word", L"C:\\Menu\\Word.lnk");
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\Menu\\Word.lnk"), S_OK);
     auto mail = Package(L"mail_1", false, true);
-    mail->AddApplication(std::make_unique<CQanhMetroApp>(L"Mail", L"M", L"m", L"n"));
-    mail->AddApplication(L"People", nullptr);
-    list.AddMetroPackage(std::move(mail));
-    list.AddMetroPackage(Package(L"calendar_1", true, true));
-    list.AddDesktopApp(L"Calc", L"C:\\Menu\\Calc.url");
+    EXPECT_EQ(mail->AddApplication(std::make_unique<CQanhMetroApp>(L"Mail", L"M", L"m", L"n")), S_OK);
+    EXPECT_EQ(mail->AddApplication(L"People", nullptr), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(std::move(mail)), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"calendar_1", true, true)), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Calc", L"C:\\Menu\\Calc.url"), S_OK);
     EXPECT_EQ(SavedText(list),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
               "<Applications>\r\n"
@@ -68,8 +68,8 @@ TEST(AppNameListSave, WritesEveryRecordInOrder)
 TEST(AppNameListSave, LeavesOutWhatIsNeitherInstalledNorReserved)
 {
     CQanhAppNameList list;
-    list.AddMetroPackage(Package(L"gone_1", false, false));
-    list.AddMetroPackage(Package(L"reserved_1", true, false));
+    EXPECT_EQ(list.AddMetroPackage(Package(L"gone_1", false, false)), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"reserved_1", true, false)), S_OK);
     LoadText(list, R"(<DesktopApps><DesktopApp DisplayName="gone" IsInstalled="0"/>
                       <DesktopApp DisplayName="reserved" NeedReserve="1" IsInstalled="0"/></DesktopApps>)");
     EXPECT_EQ(
@@ -106,10 +106,10 @@ TEST(AppNameListSave, KeepsTheRecordsBesideAHalfSurrogatePair)
 {
     // Writers differ in what they make of it; the others must not suffer.
     CQanhAppNameList list;
-    list.AddDesktopApp(L"before", L"C:\\a.lnk");
-    list.AddDesktopApp(L"half \xD83D pair", L"C:\\b.lnk");
-    list.AddDesktopApp(L"half \xDE00", L"C:\\c.lnk");
-    list.AddDesktopApp(L"after", L"C:\\d.lnk");
+    EXPECT_EQ(list.AddDesktopApp(L"before", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"half \xD83D pair", L"C:\\b.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"half \xDE00", L"C:\\c.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"after", L"C:\\d.lnk"), S_OK);
     CQanhAppNameList loaded;
     LoadText(loaded, SavedText(list));
     EXPECT_TRUE(loaded.IsInDesktopAppList(L"C:\\a.lnk"));
@@ -196,7 +196,7 @@ TEST(AppNameListSave, LeavesAReadOnlyFileAlone)
 TEST(AppNameListSave, LogsAFileThatCannotBeOpened)
 {
     const test::LogCapture log;
-    CQanhAppNameList().Save(L"Z:\\q\\q.xml");
+    EXPECT_EQ(CQanhAppNameList().Save(L"Z:\\q\\q.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::Save(Z:\\q\\q.xml) IN",
                                          "CQanhAppNameList::Save OUT(0x80070003)"));
 }
@@ -205,16 +205,16 @@ TEST(AppNameListSave, LogsEveryRecord)
 {
     CQanhAppNameList list;
     auto package = Package(L"a_1", false, true);
-    package->AddApplication(L"a", nullptr);
-    list.AddMetroPackage(std::move(package));
-    list.AddMetroPackage(Package(L"gone_1", false, false));
-    list.AddDesktopApp(L"Word", L"C:\\a.lnk");
-    list.AddDesktopApp(L"Gone", L"C:\\b.lnk");
+    EXPECT_EQ(package->AddApplication(L"a", nullptr), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"gone_1", false, false)), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Gone", L"C:\\b.lnk"), S_OK);
     list.SetDesktopAppsInstalled({TRUE, FALSE});
     const test::TemporaryFolder folder;
     const std::wstring path = folder / L"a.xml";
     const test::LogCapture log;
-    list.Save(path.c_str());
+    EXPECT_EQ(list.Save(path.c_str()), S_OK);
     EXPECT_THAT(
         log.Lines(),
         ElementsAre("CQanhAppNameList::Save(" + test::ToUtf8(path) + ") IN", "CQanhPackage::ToXmlNode IN",
@@ -254,9 +254,9 @@ protected:
     AppNameListWriter()
     {
         auto package = Package(L"a_1", false, true);
-        package->AddApplication(L"m", nullptr);
-        m_list.AddMetroPackage(std::move(package));
-        m_list.AddDesktopApp(L"d", L"e");
+        EXPECT_EQ(package->AddApplication(L"m", nullptr), S_OK);
+        EXPECT_EQ(m_list.AddMetroPackage(std::move(package)), S_OK);
+        EXPECT_EQ(m_list.AddDesktopApp(L"d", L"e"), S_OK);
     }
 
     HRESULT Save()

@@ -2,6 +2,7 @@
 
 #include "catalog/AppNameList.h"
 #include "catalog/ExcludeList.h"
+#include "common/Apartment.h"
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
 #include "support/LogCapture.h"
@@ -12,6 +13,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -42,7 +44,7 @@ protected:
     }
 
     HRESULT Add() { return m_list.AddMetroPackage(m_package); }
-    CQanhPackage* Record(const wchar_t* familyName = kFamily) { return m_list.GetPackage(familyName); }
+    const CQanhPackage* Record(const wchar_t* familyName = kFamily) { return m_list.GetPackage(familyName); }
 
     static std::vector<std::wstring> DisplayNames(const CQanhPackage* package)
     {
@@ -69,7 +71,7 @@ protected:
     {
         ExcludeList names;
         BOOL found = FALSE;
-        m_list.GetExcludeAppNameList(L"app", &names, &found);
+        EXPECT_EQ(m_list.GetExcludeAppNameList(L"app", &names, &found), S_OK);
         return test::Names(names);
     }
 
@@ -88,9 +90,20 @@ protected:
         return lines;
     }
 
+    // The log from the first line on that begins like this.
+    static std::vector<std::string> LinesFrom(const std::string& begin, const test::LogCapture& log)
+    {
+        std::vector<std::string> lines = log.Lines();
+        const auto first = std::find_if(lines.begin(), lines.end(),
+                                        [&](const std::string& line) { return line.starts_with(begin); });
+        lines.erase(lines.begin(), first);
+        return lines;
+    }
+
     test::TemporaryFolder m_folder;
     test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
     test::FakeResources m_resources;
+    const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
     test::FakeObjects m_objects;
     test::FakePackage* m_package;
     CQanhAppNameList m_list;

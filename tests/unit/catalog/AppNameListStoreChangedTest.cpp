@@ -50,7 +50,7 @@ TEST_P(ChangedVersion, IsReadAnew)
 {
     WriteManifest({"Mail", "Calendar"});
     Add();
-    Record()->IsInstalled = FALSE;
+    m_list.SetPackagesInstalled({FALSE});
     const CQanhPackage* record = Record();
     WriteManifest({"Post", "People", "Photos"});
     const platform::PackageVersion version = GetParam().version;
@@ -154,9 +154,10 @@ TEST_F(AppNameListStore, AChangedOneThatCannotBeReadAfterTheCheckHasNoApplicatio
         [](REFCLSID, IUnknown*, DWORD, REFIID, void**) -> HRESULT { return REGDB_E_CLASSNOTREG; });
     const test::LogCapture log;
     EXPECT_EQ(Add(), S_FALSE);
-    const auto lines = log.Lines();
-    EXPECT_THAT(lines, ::testing::Contains("CQanhManifestReader::AddAppsToPackage OUT(0x80040154)"));
-    EXPECT_EQ(lines.back(), "CQanhAppNameList::AddMetroPackage OUT(0x00000001)");
+    EXPECT_THAT(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log),
+                ElementsAre("CQanhManifestReader::AddAppsToPackage OUT(0x80040154)",
+                            "CQanhAppNameList::AddMetroPackage Error (0x80040154)",
+                            "CQanhAppNameList::AddMetroPackage OUT(0x00000001)"));
     EXPECT_EQ(Record()->Version, VersionOf(2, 2, 3, 4));
     EXPECT_THAT(DisplayNames(), IsEmpty());
 }

@@ -69,9 +69,20 @@ TEST_F(AppNameListStore, NullIsRefused)
 
 // The manifest of a new one.
 
+// The end of the log when the manifest could not be read.
+std::vector<std::string> AddedAfter(const std::string& failure)
+{
+    return {"CQanhManifestReader::AddAppsToPackage OUT(" + failure + ")",
+            "CQanhAppNameList::AddMetroPackage Error (" + failure + ")",
+            "CQanhAppNameList::AddMetroPackage IN", "CQanhAppNameList::AddMetroPackage OUT(0x00000000)",
+            "CQanhAppNameList::AddMetroPackage OUT(0x00000000)"};
+}
+
 TEST_F(AppNameListStore, ANewOneWithoutAManifestIsAddedWithoutApplications)
 {
+    const test::LogCapture log;
     EXPECT_EQ(Add(), S_OK);
+    EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log), AddedAfter("0x80070002"));
     ASSERT_NE(Record(), nullptr);
     EXPECT_THAT(DisplayNames(), IsEmpty());
 }
@@ -79,7 +90,9 @@ TEST_F(AppNameListStore, ANewOneWithoutAManifestIsAddedWithoutApplications)
 TEST_F(AppNameListStore, ANewOneWithABrokenManifestKeepsWhatWasRead)
 {
     WriteManifest({"Mail"}, "</X>");
+    const test::LogCapture log;
     EXPECT_EQ(Add(), S_OK);
+    EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log), AddedAfter("0xC00CEE3B"));
     EXPECT_THAT(DisplayNames(), ElementsAre(L"mail"));
 }
 
@@ -109,8 +122,8 @@ TEST_F(AppNameListStore, TheSystemsReaderIsUsedWhenItIsSet)
         [](REFCLSID, IUnknown*, DWORD, REFIID, void**) -> HRESULT { return REGDB_E_CLASSNOTREG; });
     const test::LogCapture log;
     EXPECT_EQ(Add(), S_OK); // what the reader returns is only logged
+    EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log), AddedAfter("0x80040154"));
     EXPECT_THAT(DisplayNames(), IsEmpty());
-    EXPECT_THAT(log.Lines(), ::testing::Contains("CQanhManifestReader::AddAppsToPackage OUT(0x80040154)"));
 }
 
 TEST_F(AppNameListStore, ThePathOfTheManifestHas259CharactersAtMost)
@@ -276,7 +289,7 @@ TEST_F(AppNameListStore, RunningOutOfMemoryLeavesAKnownOneWhole)
         CQanhAppNameList list;
         m_package->facts.version.Major = 1;
         WriteManifest({"A display name that is long"});
-        list.AddMetroPackage(m_package);
+        EXPECT_EQ(list.AddMetroPackage(m_package), S_OK);
         m_package->facts.version.Major = 2;
         WriteManifest({"Another display name"});
         HRESULT hr = S_OK;

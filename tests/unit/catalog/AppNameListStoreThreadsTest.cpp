@@ -1,10 +1,12 @@
 // What a launch sees while Store packages enter the catalogue.
 
+#include "support/LockWatch.h"
 #include "unit/catalog/AppNameListStore.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -48,30 +50,66 @@ TEST_F(AppNameListStore, ALaunchSeesTheOldNamesUntilTheNewOnesAreComplete)
 
 TEST_F(AppNameListStore, LaunchesBesideChangesSeeOneVersionOrTheOther)
 {
-    WriteManifest({"App A1", "App A2"});
-    Add();
+    constexpr int enough = 50;
+    const std::vector<std::string> names[] = {{"App A1", "App A2"}, {"App B1", "App B2"}};
+    const std::vector<std::wstring> excluded[] = {{L"app a1", L"s app a1", L"app a2", L"s app a2"},
+                                                  {L"app b1", L"s app b1", L"app b2", L"s app b2"}};
+    WriteManifest(names[0]);
+    EXPECT_EQ(Add(), S_OK);
     std::atomic<bool> isOver = false;
     std::atomic<int> torn = 0;
-    std::atomic<int> looks = 0;
+    std::atomic<int> looks[] = {0, 0};
     std::thread launches([&] {
         while (!isOver) {
-            const auto names = Excluded();
-            const bool isWhole =
-                names == std::vector<std::wstring>{L"app a1", L"s app a1", L"app a2", L"s app a2"} ||
-                names == std::vector<std::wstring>{L"app b1", L"s app b1", L"app b2", L"s app b2"};
-            torn += isWhole ? 0 : 1;
-            ++looks;
+            const auto seen = Excluded();
+            if (seen == excluded[0]) {
+                ++looks[0];
+            } else if (seen == excluded[1]) {
+                ++looks[1];
+            } else {
+                ++torn;
+            }
         }
     });
-    for (UINT16 change = 1; change <= 40 || looks < 40; ++change) {
-        m_package->facts.version.Major = static_cast<UINT16>(change + 1);
-        WriteManifest(change % 2 != 0 ? std::vector<std::string>{"App B1", "App B2"}
-                                      : std::vector<std::string>{"App A1", "App A2"});
+    const ULONGLONG end = GetTickCount64() + 60000;
+    for (int change = 1; (looks[0] < enough || looks[1] < enough) && torn == 0 && GetTickCount64() < end;
+         ++change) {
+        ++m_package->facts.version.Major;
+        WriteManifest(names[change % 2]);
         EXPECT_EQ(Add(), S_FALSE);
     }
     isOver = true;
     launches.join();
     EXPECT_EQ(torn, 0);
+    EXPECT_GE(looks[0], enough);
+    EXPECT_GE(looks[1], enough);
+}
+
+TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
+{
+    // A launch that is held up at the first package while the second one changes.
+    test::RecordProbe::Events events;
+    auto app = std::make_unique<test::RecordProbe>(L"held", &events);
+    test::RecordProbe* const held = app.get();
+    auto first = std::make_unique<CQanhPackage>(L"first", RecordVersion(), FALSE, TRUE);
+    ASSERT_EQ(first->AddApplication(std::move(app)), S_OK);
+    ASSERT_EQ(m_list.AddMetroPackage(std::move(first)), S_OK);
+    WriteManifest({"App X"});
+    ASSERT_EQ(Add(), S_OK);
+    WriteManifest({"App Y"});
+    m_package->facts.version.Major = 2;
+
+    const test::LockWatch locks;
+    std::thread changing;
+    held->onAsked = [&] {
+        changing = std::thread([&] { EXPECT_EQ(Add(), S_FALSE); });
+        EXPECT_TRUE(locks.WaitForBlocked());
+    };
+    EXPECT_THAT(Excluded(), ElementsAre(L"app x", L"s app x"));
+    changing.join();
+    held->onAsked = [] {};
+    EXPECT_THAT(Excluded(), ElementsAre(L"app y", L"s app y"));
+    m_list.DeleteAll();
 }
 
 } // namespace

@@ -9,14 +9,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using test::Document;
+using test::PackageProbe;
 using test::RecordProbe;
 using test::SavedText;
 using testing::ElementsAre;
@@ -26,20 +28,6 @@ std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName)
 {
     return std::make_unique<CQanhPackage>(familyName, RecordVersion{1, 0, 0, 0}, FALSE, TRUE);
 }
-
-// A package that tells when it is deleted.
-class PackageProbe : public CQanhPackage
-{
-public:
-    PackageProbe(const wchar_t* familyName, std::function<void()> onDelete)
-        : CQanhPackage(familyName, RecordVersion(), FALSE, TRUE), m_onDelete(std::move(onDelete))
-    {
-    }
-    ~PackageProbe() override { m_onDelete(); }
-
-private:
-    std::function<void()> m_onDelete;
-};
 
 std::vector<std::wstring> Texts(const std::vector<WideString>& strings)
 {
@@ -96,12 +84,9 @@ TEST(AppNameListPackages, AreDeletedWhenThereIsNoMemoryForThem)
     CQanhAppNameList list;
     int deleted = 0;
     std::unique_ptr<CQanhPackage> package = std::make_unique<PackageProbe>(L"a_1", [&] { ++deleted; });
-    HRESULT result = E_UNEXPECTED;
-    {
-        const test::AllocationWatch watch(0);
-        result = list.AddMetroPackage(std::move(package));
-    }
-    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(
+        test::TryWithFailingAllocation(0, [&] { return list.AddMetroPackage(std::move(package)); }).result,
+        E_OUTOFMEMORY);
     EXPECT_EQ(deleted, 1);
     EXPECT_THAT(list.PackageFamilyNames(), IsEmpty());
     EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
@@ -111,8 +96,8 @@ TEST(AppNameListPackages, AreAddedWithALog)
 {
     CQanhAppNameList list(1);
     const test::LogCapture log;
-    list.AddMetroPackage(Package(L"a_1"));
-    list.AddMetroPackage(Package(L"b_1"));
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), E_OUTOFMEMORY);
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::AddMetroPackage IN",
                                          "CQanhAppNameList::AddMetroPackage OUT(0x00000000)",
                                          "CQanhAppNameList::AddMetroPackage IN",
@@ -122,12 +107,12 @@ TEST(AppNameListPackages, AreAddedWithALog)
 TEST(AppNameListGetPackage, FindsTheFirstOfExactlyThisFamilyName)
 {
     CQanhAppNameList list;
-    list.AddMetroPackage(Package(L""));
-    list.AddMetroPackage(Package(L"a_1"));
+    EXPECT_EQ(list.AddMetroPackage(Package(L"")), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
     auto first = Package(L"b_1");
     const CQanhPackage* pFirst = first.get();
-    list.AddMetroPackage(std::move(first));
-    list.AddMetroPackage(Package(L"b_1"));
+    EXPECT_EQ(list.AddMetroPackage(std::move(first)), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), S_OK);
     EXPECT_EQ(list.GetPackage(L"b_1"), pFirst);
     EXPECT_NE(list.GetPackage(L"a_1"), nullptr);
     EXPECT_NE(list.GetPackage(L"a_1"), pFirst);
@@ -137,10 +122,18 @@ TEST(AppNameListGetPackage, FindsTheFirstOfExactlyThisFamilyName)
     EXPECT_EQ(list.GetPackage(L"c_1"), nullptr);
 }
 
+TEST(AppNameListGetPackage, HandsOutNothingThatCouldBeChangedWithoutTheLock)
+{
+    static_assert(
+        std::is_same_v<decltype(std::declval<CQanhAppNameList&>().GetPackage(L"")), const CQanhPackage*>);
+    static_assert(
+        std::is_same_v<decltype(std::declval<const CQanhPackage&>().Apps().begin()->get()), const CQanhApp*>);
+}
+
 TEST(AppNameListGetPackage, FindsNothingForNullOrAnEmptyName)
 {
     CQanhAppNameList list;
-    list.AddMetroPackage(Package(L""));
+    EXPECT_EQ(list.AddMetroPackage(Package(L"")), S_OK);
     EXPECT_EQ(list.GetPackage(nullptr), nullptr);
     EXPECT_EQ(list.GetPackage(L""), nullptr);
 }
@@ -150,20 +143,20 @@ TEST(AppNameListGetPackage, LooksAtTheNameAlone)
     CQanhAppNameList list;
     auto package = std::make_unique<CQanhPackage>(L"a_1", RecordVersion{9, 9, 9, 9}, FALSE, FALSE);
     const CQanhPackage* pPackage = package.get();
-    list.AddMetroPackage(std::move(package));
+    EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
     EXPECT_EQ(list.GetPackage(L"a_1"), pPackage);
 }
 
 TEST(AppNameListGetPackage, LogsEachPackageThatItAsks)
 {
     CQanhAppNameList list;
-    list.AddMetroPackage(Package(L"a_1"));
-    list.AddMetroPackage(Package(L"b_1"));
-    list.AddMetroPackage(Package(L"c_1"));
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"c_1")), S_OK);
     const test::LogCapture log;
-    list.GetPackage(L"b_1");
-    list.GetPackage(nullptr);
-    list.GetPackage(L"");
+    EXPECT_NE(list.GetPackage(L"b_1"), nullptr);
+    EXPECT_EQ(list.GetPackage(nullptr), nullptr);
+    EXPECT_EQ(list.GetPackage(L""), nullptr);
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhAppNameList::GetPackage(b_1) IN", "CQanhPackage::IsThisPackage(b_1) IN",
                             "CQanhPackage::IsThisPackage OUT(0)", "CQanhPackage::IsThisPackage(b_1) IN",
@@ -230,20 +223,13 @@ TEST(AppNameListAddDesktopApp, LeavesTheListAsItWasWhenMemoryRunsOut)
 {
     const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
         CQanhAppNameList list;
-        list.AddDesktopApp(L"a", L"C:\\a.lnk");
-        HRESULT result = E_UNEXPECTED;
-        bool failed = false;
-        std::size_t left = 0;
-        {
-            const test::AllocationWatch watch(index);
-            result = list.AddDesktopApp(L"b", L"C:\\b.lnk");
-            failed = watch.Failed();
-            left = watch.Live();
-        }
-        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
-        EXPECT_EQ(list.DesktopShortcuts().size(), failed ? 1u : 2u);
-        EXPECT_EQ(left == 0, failed);
-        return failed;
+        EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
+        const test::Attempt attempt =
+            test::TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"b", L"C:\\b.lnk"); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(list.DesktopShortcuts().size(), attempt.failed ? 1u : 2u);
+        EXPECT_EQ(attempt.left == 0, attempt.failed);
+        return attempt.failed;
     });
     EXPECT_GE(failures, 4u);
 }
@@ -252,11 +238,11 @@ TEST(AppNameListAddDesktopApp, LogsItsLookUp)
 {
     CQanhAppNameList list(1);
     const test::LogCapture log;
-    list.AddDesktopApp(nullptr, L"C:\\a.lnk");
-    list.AddDesktopApp(L"Word", L"");
-    list.AddDesktopApp(L"Word", L"C:\\a.lnk");
-    list.AddDesktopApp(L"Word", L"c:\\A.lnk");
-    list.AddDesktopApp(L"Word", L"C:\\b.lnk");
+    EXPECT_EQ(list.AddDesktopApp(nullptr, L"C:\\a.lnk"), E_POINTER);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L""), E_INVALIDARG);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"c:\\A.lnk"), S_FALSE);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\b.lnk"), E_OUTOFMEMORY);
     EXPECT_THAT(
         log.Lines(),
         ElementsAre(
@@ -280,8 +266,8 @@ TEST(AppNameListAddDesktopApp, LogsItsLookUp)
 TEST(AppNameListIsInDesktopAppList, ComparesWholePathsIgnoringCase)
 {
     CQanhAppNameList list;
-    list.AddDesktopApp(L"a", L"C:\\a.lnk");
-    list.AddDesktopApp(L"b", L"C:\\Menu\\b.lnk");
+    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"b", L"C:\\Menu\\b.lnk"), S_OK);
     EXPECT_EQ(list.IsInDesktopAppList(L"C:\\Menu\\b.lnk"), 1);
     EXPECT_EQ(list.IsInDesktopAppList(L"c:\\MENU\\B.LNK"), 1);
     EXPECT_EQ(list.IsInDesktopAppList(L"C:\\Menu\\b.ln"), 0);
@@ -302,11 +288,11 @@ TEST(AppNameListIsInDesktopAppList, IsFalseForAnEmptyPathEvenWithARecordWithoutP
 TEST(AppNameListIsInDesktopAppList, LogsItsAnswer)
 {
     CQanhAppNameList list;
-    list.AddDesktopApp(L"a", L"C:\\a.lnk");
+    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
     const test::LogCapture log;
-    list.IsInDesktopAppList(nullptr);
-    list.IsInDesktopAppList(L"");
-    list.IsInDesktopAppList(L"C:\\A.lnk");
+    EXPECT_FALSE(list.IsInDesktopAppList(nullptr));
+    EXPECT_FALSE(list.IsInDesktopAppList(L""));
+    EXPECT_TRUE(list.IsInDesktopAppList(L"C:\\A.lnk"));
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::IsInDesktopAppList((null)) IN",
                                          "CQanhAppNameList::IsInDesktopAppList OUT(0)",
                                          "CQanhAppNameList::IsInDesktopAppList() IN",
@@ -324,8 +310,8 @@ TEST(AppNameListClear, DeletesPackagesWithTheirAppsFrontToBack)
     for (const wchar_t* name : {L"b", L"a"}) {
         auto package = std::make_unique<PackageProbe>(
             name, [&events, name] { events.push_back(std::wstring(L"deleted package ") + name); });
-        package->AddApplication(std::make_unique<RecordProbe>(name, &events));
-        list.AddMetroPackage(std::move(package));
+        EXPECT_EQ(package->AddApplication(std::make_unique<RecordProbe>(name, &events)), S_OK);
+        EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
     }
     list.Clear();
     EXPECT_THAT(events, ElementsAre(L"deleted package b", L"deleted b", L"deleted package a", L"deleted a"));
@@ -343,9 +329,9 @@ TEST(AppNameListClear, DeletesDesktopAppsAfterThePackages)
     {
         const test::AllocationWatch watch;
         pWatch = &watch;
-        list.AddMetroPackage(std::move(package));
+        EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
         ofThePackage = watch.Live();
-        list.AddDesktopApp(L"Word", L"C:\\a.lnk");
+        EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
         ofBoth = watch.Live();
         list.Clear();
         left = watch.Live();
@@ -359,8 +345,8 @@ TEST(AppNameListClear, DeletesDesktopAppsAfterThePackages)
 TEST(AppNameListClear, LeavesAnEmptyCatalogueThatCanBeFilledAgain)
 {
     CQanhAppNameList list;
-    list.AddMetroPackage(Package(L"a_1"));
-    list.AddDesktopApp(L"Word", L"C:\\a.lnk");
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
     list.Clear();
     EXPECT_THAT(list.PackageFamilyNames(), IsEmpty());
     EXPECT_THAT(list.DesktopShortcuts(), IsEmpty());
@@ -386,8 +372,8 @@ TEST(AppNameList, DeletesEverythingAtTheEndOfItsLife)
         const test::AllocationWatch watch;
         {
             CQanhAppNameList list;
-            list.AddMetroPackage(std::move(package));
-            list.AddDesktopApp(L"Word", L"C:\\a.lnk");
+            EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
+            EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
         }
         left = watch.Live();
     }
@@ -399,7 +385,7 @@ TEST(AppNameListInstalledStates, GoToTheRecordsInOrder)
 {
     CQanhAppNameList list;
     for (const wchar_t* name : {L"a_1", L"b_1", L"c_1"}) {
-        list.AddMetroPackage(Package(name));
+        EXPECT_EQ(list.AddMetroPackage(Package(name)), S_OK);
     }
     list.SetPackagesInstalled({FALSE, TRUE, FALSE});
     EXPECT_EQ(list.GetPackage(L"a_1")->IsInstalled, FALSE);
@@ -408,9 +394,9 @@ TEST(AppNameListInstalledStates, GoToTheRecordsInOrder)
     list.SetPackagesInstalled({TRUE, TRUE, TRUE});
     EXPECT_EQ(list.GetPackage(L"a_1")->IsInstalled, TRUE);
 
-    list.AddDesktopApp(L"a", L"C:\\a.lnk");
-    list.AddDesktopApp(L"b", L"C:\\b.lnk");
-    list.AddDesktopApp(L"c", L"C:\\c.lnk");
+    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"b", L"C:\\b.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"c", L"C:\\c.lnk"), S_OK);
     list.SetDesktopAppsInstalled({FALSE, TRUE, FALSE});
     list.SetPackagesInstalled({FALSE, FALSE, TRUE});
     EXPECT_EQ(SavedText(list),
@@ -422,10 +408,10 @@ TEST(AppNameListInstalledStates, GoToTheRecordsInOrder)
 TEST(AppNameListInstalledStates, LeaveRecordsWithoutAStateAlone)
 {
     CQanhAppNameList list;
-    list.AddMetroPackage(Package(L"a_1"));
-    list.AddMetroPackage(Package(L"b_1"));
-    list.AddDesktopApp(L"a", L"C:\\a.lnk");
-    list.AddDesktopApp(L"b", L"C:\\b.lnk");
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"b", L"C:\\b.lnk"), S_OK);
     // A record was added since the states were asked for.
     list.SetPackagesInstalled({FALSE});
     list.SetDesktopAppsInstalled({FALSE});

@@ -1,9 +1,10 @@
-// Launches ask the catalogue while the refresh changes it: each sees the state before a change or the one
-// after it.
+// Launches ask the catalogue while the refresh changes it: each sees a record as it was before a change or as
+// it is after it.
 
 #include "catalog/AppNameList.h"
 
 #include "catalog/ExcludeList.h"
+#include "support/LockWatch.h"
 #include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -19,32 +21,53 @@
 
 namespace {
 
+using test::PackageProbe;
+using test::RecordProbe;
+using testing::AnyOf;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
 constexpr std::size_t kRecords = 60;
+constexpr int kEnough = 50; // looks
 
 std::vector<std::wstring> Excluded(const CQanhAppNameList& list)
 {
     ExcludeList excluded;
     BOOL found = FALSE;
-    list.GetExcludeAppNameList(L"mail", &excluded, &found);
+    EXPECT_EQ(list.GetExcludeAppNameList(L"mail", &excluded, &found), S_OK);
     return test::Names(excluded);
 }
 
-// Runs both at the same time: check again and again on this thread, at least so many times, until change is
-// done on another. Change may go on until it is told that it may stop.
-template <typename Change, typename Check> void RunBesides(int checks, Change change, Check check)
+std::unique_ptr<CQanhPackage> Package(const std::wstring& name, const std::vector<std::wstring>& apps)
 {
-    std::atomic<bool> mayStop = false;
-    std::atomic<bool> done = false;
-    std::thread thread([&] {
-        change(mayStop);
-        done = true;
-    });
-    for (int i = 0; (i < checks || !done) && !testing::Test::HasFatalFailure(); ++i) {
-        mayStop = i + 1 >= checks;
-        check();
+    auto package = std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE);
+    for (const std::wstring& app : apps) {
+        EXPECT_EQ(package->AddApplication(app.c_str(), nullptr), S_OK);
     }
-    mayStop = true;
-    thread.join();
+    return package;
+}
+
+// Changes the catalogue on another thread, again and again, until this one has looked often enough at each of
+// the two states that there are: look() tells whether it saw the second one.
+template <typename Change, typename Look> void LookBesides(Change change, Look look)
+{
+    std::atomic<bool> isOver = false;
+    std::thread changing([&] {
+        while (!isOver) {
+            change();
+        }
+    });
+    int looks[] = {0, 0};
+    const ULONGLONG end = GetTickCount64() + 60000;
+    while ((looks[0] < kEnough || looks[1] < kEnough) && !testing::Test::HasFailure() &&
+           GetTickCount64() < end) {
+        ++looks[look() ? 1 : 0];
+    }
+    isOver = true;
+    changing.join();
+    EXPECT_GE(looks[0], kEnough);
+    EXPECT_GE(looks[1], kEnough);
 }
 
 TEST(AppNameListThreads, FlagsOfDesktopAppsChangeAllAtOnce)
@@ -52,17 +75,18 @@ TEST(AppNameListThreads, FlagsOfDesktopAppsChangeAllAtOnce)
     CQanhAppNameList list;
     for (std::size_t i = 0; i < kRecords; ++i) {
         const std::wstring name = L"mail " + std::to_wstring(i);
-        list.AddDesktopApp(name.c_str(), name.c_str());
+        ASSERT_EQ(list.AddDesktopApp(name.c_str(), name.c_str()), S_OK);
     }
-    RunBesides(
-        1000,
-        [&](const std::atomic<bool>& mayStop) {
-            while (!mayStop) {
-                list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
-                list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
-            }
+    LookBesides(
+        [&] {
+            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
+            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
         },
-        [&] { ASSERT_THAT(Excluded(list).size(), testing::AnyOf(0u, kRecords)); });
+        [&] {
+            const std::size_t names = Excluded(list).size();
+            EXPECT_THAT(names, AnyOf(0u, kRecords));
+            return names > 0;
+        });
 }
 
 TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
@@ -70,72 +94,17 @@ TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
     CQanhAppNameList list;
     for (std::size_t i = 0; i < kRecords; ++i) {
         const std::wstring name = L"mail " + std::to_wstring(i);
-        auto package = std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE);
-        package->AddApplication(name.c_str(), nullptr);
-        list.AddMetroPackage(std::move(package));
+        ASSERT_EQ(list.AddMetroPackage(Package(name, {name})), S_OK);
     }
-    RunBesides(
-        1000,
-        [&](const std::atomic<bool>& mayStop) {
-            while (!mayStop) {
-                list.SetPackagesInstalled(std::vector<BOOL>(kRecords, FALSE));
-                list.SetPackagesInstalled(std::vector<BOOL>(kRecords, TRUE));
-            }
-        },
-        [&] { ASSERT_THAT(Excluded(list).size(), testing::AnyOf(0u, kRecords)); });
-}
-
-TEST(AppNameListThreads, RecordsAppearWholeAndInOrder)
-{
-    CQanhAppNameList list;
-    RunBesides(
-        1,
-        [&](const std::atomic<bool>&) {
-            for (int i = 0; i < 300; ++i) {
-                const std::wstring name = L"mail " + std::to_wstring(i);
-                list.AddDesktopApp(name.c_str(), name.c_str());
-                auto package = std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE);
-                package->AddApplication((L"a " + name).c_str(), (L"b " + name).c_str());
-                list.AddMetroPackage(std::move(package));
-            }
+    LookBesides(
+        [&] {
+            list.SetPackagesInstalled(std::vector<BOOL>(kRecords, FALSE));
+            list.SetPackagesInstalled(std::vector<BOOL>(kRecords, TRUE));
         },
         [&] {
-            // The packages' names come first, two each; a desktop application is added before its package.
-            const std::vector<std::wstring> names = Excluded(list);
-            const std::size_t packages = names.size() / 3;
-            for (std::size_t i = 0; i < packages; ++i) {
-                ASSERT_EQ(names[2 * i], L"a mail " + std::to_wstring(i));
-                ASSERT_EQ(names[2 * i + 1], L"b mail " + std::to_wstring(i));
-            }
-            for (std::size_t i = 2 * packages; i < names.size(); ++i) {
-                ASSERT_EQ(names[i], L"mail " + std::to_wstring(i - 2 * packages));
-            }
-        });
-    EXPECT_EQ(list.PackageFamilyNames().size(), 300u);
-    EXPECT_EQ(list.DesktopShortcuts().size(), 300u);
-}
-
-TEST(AppNameListThreads, LookUpsWorkBesideAppending)
-{
-    CQanhAppNameList list;
-    list.AddMetroPackage(std::make_unique<CQanhPackage>(L"first_1", RecordVersion(), FALSE, TRUE));
-    const CQanhPackage* first = list.GetPackage(L"first_1");
-    RunBesides(
-        1,
-        [&](const std::atomic<bool>&) {
-            for (int i = 0; i < 1000; ++i) {
-                const std::wstring name = std::to_wstring(i);
-                list.AddMetroPackage(
-                    std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE));
-                list.AddDesktopApp(name.c_str(), name.c_str());
-            }
-        },
-        [&] {
-            ASSERT_EQ(list.GetPackage(L"first_1"), first);
-            ASSERT_EQ(list.GetPackage(L"none"), nullptr);
-            ASSERT_EQ(list.IsInDesktopAppList(L"none"), 0);
-            ASSERT_LE(list.PackageFamilyNames().size(), 1001u);
-            ASSERT_LE(list.DesktopShortcuts().size(), 1000u);
+            const std::size_t names = Excluded(list).size();
+            EXPECT_THAT(names, AnyOf(0u, kRecords));
+            return names > 0;
         });
 }
 
@@ -144,53 +113,202 @@ TEST(AppNameListThreads, ASavedFileHoldsOneState)
     CQanhAppNameList list;
     for (std::size_t i = 0; i < kRecords; ++i) {
         const std::wstring name = std::to_wstring(i);
-        list.AddDesktopApp(name.c_str(), name.c_str());
+        ASSERT_EQ(list.AddDesktopApp(name.c_str(), name.c_str()), S_OK);
     }
     const std::string all = test::SavedText(list);
     const std::string none = test::Document({"  <MetroApps />", "  <DesktopApps />"});
-    RunBesides(
-        30,
-        [&](const std::atomic<bool>& mayStop) {
-            while (!mayStop) {
-                list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
-                list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
-            }
+    LookBesides(
+        [&] {
+            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
+            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
         },
-        [&] { ASSERT_THAT(test::SavedText(list), testing::AnyOf(none, all)); });
+        [&] {
+            const std::string saved = test::SavedText(list);
+            EXPECT_THAT(saved, AnyOf(none, all));
+            return saved == all;
+        });
+}
+
+// A catalogue to which records are added one by one.
+class AppNameListGrowth : public testing::Test
+{
+protected:
+    void Grow()
+    {
+        const std::wstring name = L"mail " + std::to_wstring(m_count++);
+        EXPECT_EQ(m_list.AddDesktopApp(name.c_str(), name.c_str()), S_OK);
+        EXPECT_EQ(m_list.AddMetroPackage(Package(name, {L"a " + name, L"b " + name})), S_OK);
+        Sleep(1);
+    }
+
+    // Whether there is more than at the last look.
+    bool HasGrown(std::size_t size)
+    {
+        EXPECT_GE(size, m_last);
+        const bool hasGrown = size > m_last;
+        m_last = size;
+        return hasGrown;
+    }
+
+    CQanhAppNameList m_list;
+
+private:
+    int m_count = 0;
+    std::size_t m_last = 0;
+};
+
+TEST_F(AppNameListGrowth, ShowsRecordsAtOnceWholeAndInOrder)
+{
+    LookBesides([&] { Grow(); },
+                [&] {
+                    // The packages' names come first, two each; a desktop application is added before its
+                    // package.
+                    const std::vector<std::wstring> names = Excluded(m_list);
+                    const std::size_t packages = names.size() / 3;
+                    std::vector<std::wstring> expected;
+                    for (std::size_t i = 0; i < packages; ++i) {
+                        expected.push_back(L"a mail " + std::to_wstring(i));
+                        expected.push_back(L"b mail " + std::to_wstring(i));
+                    }
+                    for (std::size_t i = 0; expected.size() < names.size(); ++i) {
+                        expected.push_back(L"mail " + std::to_wstring(i));
+                    }
+                    EXPECT_EQ(names, expected);
+                    return HasGrown(names.size());
+                });
+}
+
+TEST_F(AppNameListGrowth, LeavesLookUpsAsTheyAre)
+{
+    Grow();
+    const CQanhPackage* const first = m_list.GetPackage(L"mail 0");
+    ASSERT_NE(first, nullptr);
+    LookBesides([&] { Grow(); },
+                [&] {
+                    EXPECT_EQ(m_list.GetPackage(L"mail 0"), first);
+                    EXPECT_EQ(m_list.GetPackage(L"none"), nullptr);
+                    EXPECT_EQ(m_list.IsInDesktopAppList(L"mail 0"), 1);
+                    EXPECT_EQ(m_list.IsInDesktopAppList(L"none"), 0);
+                    const std::size_t packages = m_list.PackageFamilyNames().size();
+                    EXPECT_GE(m_list.DesktopShortcuts().size(), packages);
+                    return HasGrown(packages);
+                });
+}
+
+// One change of a catalogue that holds the packages "a" and "b" and the desktop application "c".
+struct Change
+{
+    const char* name;
+    void (*make)(CQanhAppNameList& list);
+    std::vector<std::wstring> after; // what is excluded then
+};
+
+class AppNameListChange : public testing::TestWithParam<Change>
+{
+protected:
+    AppNameListChange()
+    {
+        auto app = std::make_unique<RecordProbe>(L"a mail", &m_events);
+        app->addsItsName = true;
+        m_app = app.get();
+        auto package = Package(L"a", {});
+        EXPECT_EQ(package->AddApplication(std::move(app)), S_OK);
+        EXPECT_EQ(m_list.AddMetroPackage(std::move(package)), S_OK);
+        EXPECT_EQ(m_list.AddMetroPackage(Package(L"b", {L"b mail"})), S_OK);
+        EXPECT_EQ(m_list.AddDesktopApp(L"c mail", L"c"), S_OK);
+    }
+    ~AppNameListChange() override { m_list.DeleteAll(); }
+
+    RecordProbe::Events m_events;
+    RecordProbe* m_app = nullptr; // the application that is asked first
+    CQanhAppNameList m_list;
+};
+
+TEST_P(AppNameListChange, WaitsForALaunchAndIsSeenByTheNext)
+{
+    const test::LockWatch locks;
+    std::thread changing;
+    bool isFirstLaunch = true;
+    m_app->onAsked = [&] {
+        if (isFirstLaunch) {
+            changing = std::thread([&] { GetParam().make(m_list); });
+            EXPECT_TRUE(locks.WaitForBlocked());
+        }
+    };
+    EXPECT_THAT(Excluded(m_list), ElementsAre(L"a mail", L"b mail", L"c mail"));
+    changing.join();
+    isFirstLaunch = false;
+    EXPECT_THAT(Excluded(m_list), ElementsAreArray(GetParam().after));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, AppNameListChange,
+    testing::Values(Change{"PackageStates",
+                           [](CQanhAppNameList& list) {
+                               list.SetPackagesInstalled({TRUE, FALSE});
+                           },
+                           {L"a mail", L"c mail"}},
+                    Change{"DesktopStates",
+                           [](CQanhAppNameList& list) { list.SetDesktopAppsInstalled({FALSE}); },
+                           {L"a mail", L"b mail"}},
+                    Change{"NewPackage",
+                           [](CQanhAppNameList& list) {
+                               EXPECT_EQ(list.AddMetroPackage(Package(L"d", {L"d mail"})), S_OK);
+                           },
+                           {L"a mail", L"b mail", L"d mail", L"c mail"}},
+                    Change{
+                        "NewDesktopApp",
+                        [](CQanhAppNameList& list) { EXPECT_EQ(list.AddDesktopApp(L"d mail", L"d"), S_OK); },
+                        {L"a mail", L"b mail", L"c mail", L"d mail"}},
+                    Change{"EverythingDeleted", [](CQanhAppNameList& list) { list.DeleteAll(); }, {}}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+TEST(AppNameListThreads, ALaunchWaitsForAChangeAndSeesAllOfIt)
+{
+    const test::LockWatch locks;
+    CQanhAppNameList list;
+    std::thread launch;
+    std::vector<std::wstring> names = {L"not asked"};
+    ASSERT_EQ(list.AddMetroPackage(std::make_unique<PackageProbe>(L"a_1",
+                                                                  [&] {
+                                                                      launch = std::thread(
+                                                                          [&] { names = Excluded(list); });
+                                                                      EXPECT_TRUE(locks.WaitForBlocked());
+                                                                  })),
+              S_OK);
+    ASSERT_EQ(list.AddDesktopApp(L"my mail", L"C:\\a.lnk"), S_OK);
+    list.DeleteAll();
+    launch.join();
+    EXPECT_THAT(names, IsEmpty());
 }
 
 TEST(AppNameListThreads, SavingLetsLaunchesAskButHoldsChangesBack)
 {
     CQanhAppNameList list;
-    list.AddDesktopApp(L"my mail", L"C:\\a.lnk");
+    ASSERT_EQ(list.AddDesktopApp(L"my mail", L"C:\\a.lnk"), S_OK);
     const test::TemporaryFolder folder;
+    const test::LockWatch locks;
     test::WriterProbe writer;
     std::vector<std::wstring> names;
-    std::atomic<bool> changed = false;
-    bool changedWhileSaving = true;
     std::thread changing;
     writer.onCall = [&](const std::wstring& call) {
         if (call != L"start MetroApps") {
             return;
         }
-        // If this needed the lock for itself, it would never come back.
-        std::thread([&] { names = Excluded(list); }).join();
-        changing = std::thread([&] {
-            list.SetDesktopAppsInstalled({FALSE});
-            changed = true;
-        });
-        Sleep(50);
-        changedWhileSaving = changed;
+        std::thread launch([&] { names = Excluded(list); });
+        launch.join();
+        EXPECT_FALSE(locks.HasBlocked());
+        changing = std::thread([&] { list.SetDesktopAppsInstalled({FALSE}); });
+        EXPECT_TRUE(locks.WaitForBlocked());
     };
     {
         const test::WriterInstead patch(&writer);
         EXPECT_EQ(list.Save((folder / L"a.xml").c_str()), S_OK);
     }
     changing.join();
-    EXPECT_THAT(names, testing::ElementsAre(L"my mail"));
-    EXPECT_FALSE(changedWhileSaving);
-    EXPECT_TRUE(changed);
+    EXPECT_THAT(names, ElementsAre(L"my mail"));
     EXPECT_THAT(writer.calls, testing::Contains(L"DisplayName=my mail"));
+    EXPECT_THAT(Excluded(list), IsEmpty());
 }
 
 } // namespace

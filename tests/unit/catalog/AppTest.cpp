@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <cstring>
 #include <iomanip>
 #include <sstream>
@@ -251,16 +250,14 @@ TEST(LowerWantedName, FoldsAsciiCapitalsOfACopy)
 
 TEST(LowerWantedName, ReportsThatTheCopyCannotBeMade)
 {
-    const test::ImportPatch<wchar_t* (*)(const wchar_t*)> patch(
-        "_wcsdup", [](const wchar_t*) -> wchar_t* { return nullptr; });
+    const test::NoCopies noCopies;
     CrtText lower;
     EXPECT_EQ(LowerWantedName(L"mail", lower), E_OUTOFMEMORY);
 }
 
 TEST(LowerWantedName, ReportsThatTheCopyCannotBeLowered)
 {
-    const test::ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch(
-        "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; });
+    const test::NoLowering noLowering;
     CrtText lower;
     EXPECT_EQ(LowerWantedName(L"mail", lower), E_FAIL);
 }

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 namespace {
@@ -112,10 +113,13 @@ TEST(CatalogXmlWriteFlags, EndsAtTheFirstFailure)
 TEST(CatalogXmlReadFlag, IsTrueForEveryNumberButZero)
 {
     for (const BOOL unreadable : {FALSE, TRUE}) {
-        for (const wchar_t* text : {L"1", L"2", L"-1", L"+3", L" 7", L"\t7", L"7abc", L"10", L"1.5", L"01"}) {
+        for (const wchar_t* text : {L"1", L"2", L"-1", L"+3", L" 7", L"\t7", L"7abc", L"10", L"1.5", L"01",
+                                    L" \r\n -2", L"2147483648", L"-2147483649", L"4294967295", L"4294967296",
+                                    L"-4294967296", L"18446744073709551616", L"99999999999999999999999999"}) {
             EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), TRUE) << testing::PrintToString(text);
         }
-        for (const wchar_t* text : {L"0", L"00", L"-0", L" 0", L"0abc", L"0x1", L"0.5"}) {
+        for (const wchar_t* text :
+             {L"0", L"00", L"-0", L"+0", L" 0", L"0abc", L"0x1", L"0.5", L"000000000000000000000000000"}) {
             EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), FALSE) << testing::PrintToString(text);
         }
     }
@@ -123,9 +127,48 @@ TEST(CatalogXmlReadFlag, IsTrueForEveryNumberButZero)
 
 TEST(CatalogXmlReadFlag, IsThePresetForWhatIsNoNumber)
 {
-    for (const wchar_t* text : {L"", L" ", L"yes", L"no", L"true", L"-", L"+", L"x1", L".5", L"メ"}) {
+    for (const wchar_t* text : {L"", L" ", L"yes", L"no", L"true", L"-", L"+", L"- 1", L"+-1", L"--1", L"x1",
+                                L".5", L"\xFF11", L"メ"}) {
         EXPECT_EQ(CatalogXml::ReadFlag(text, TRUE), TRUE) << testing::PrintToString(text);
         EXPECT_EQ(CatalogXml::ReadFlag(text, FALSE), FALSE) << testing::PrintToString(text);
+    }
+}
+
+struct Number
+{
+    const wchar_t* text;
+    UINT32 number;
+    const wchar_t* rest;
+};
+
+TEST(CatalogXmlTakeNumber, TakesWhatTheTextBeginsWith)
+{
+    const Number numbers[] = {
+        {L"0", 0, L""},
+        {L"12.34", 12, L".34"},
+        {L" \t\r\n12 ", 12, L" "},
+        {L"+12+", 12, L"+"},
+        {L"-1", 0xFFFFFFFF, L""},
+        {L"-65536x", 0xFFFF0000, L"x"},
+        {L"4294967295", 0xFFFFFFFF, L""},
+        {L"4294967296", 0xFFFFFFFF, L""},
+        {L"99999999999999999999999999,", 0xFFFFFFFF, L","},
+        {L"0000000000000000000000000012", 12, L""},
+    };
+    for (const Number& expected : numbers) {
+        SCOPED_TRACE(testing::PrintToString(expected.text));
+        const wchar_t* text = expected.text;
+        EXPECT_EQ(CatalogXml::TakeNumber(text), expected.number);
+        EXPECT_STREQ(text, expected.rest);
+    }
+}
+
+TEST(CatalogXmlTakeNumber, LeavesTheTextAloneWhenThereIsNone)
+{
+    for (const wchar_t* const nothing : {L"", L" ", L"x", L"-", L"- 1", L"+-1", L".1", L"\xFF11"}) {
+        const wchar_t* text = nothing;
+        EXPECT_EQ(CatalogXml::TakeNumber(text), std::nullopt);
+        EXPECT_EQ(text, nothing);
     }
 }
 

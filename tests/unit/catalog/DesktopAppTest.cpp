@@ -1,14 +1,11 @@
 #include "catalog/DesktopApp.h"
 
-#include "support/Allocations.h"
-#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "unit/catalog/Records.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -16,6 +13,9 @@ namespace {
 
 using test::Answer;
 using test::Ask;
+using test::Excluding;
+using test::kFound;
+using test::kNothing;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -50,176 +50,81 @@ TEST(DesktopApp, MakesEmptyNamesOfNull)
     EXPECT_TRUE(app.LnkFileName.empty());
 }
 
+struct Names
+{
+    const wchar_t* displayName;
+    const wchar_t* localizeName = L"";
+    const wchar_t* rubyDisplayName = L"";
+    bool isDualMode = false;
+};
+
 // How an installed record with these names answers a search.
 struct Case
 {
     const char* rule;
-    const wchar_t* displayName;
-    const wchar_t* localizeName;
-    const wchar_t* rubyDisplayName;
-    bool isDualMode;
+    Names names;
     const wchar_t* wantedName;
-    std::vector<const wchar_t*> listed;
-    HRESULT result;
-    BOOL found;
-    std::vector<std::wstring> excluded;
+    Answer answer;
+    std::vector<const wchar_t*> listed = {}; // before
 };
 
 const Case kCases[] = {
-    {"its own name is found", L"word", L"", L"", false, L"word", {}, S_OK, 1, {}},
-    {"in any letter case", L"Word 2013", L"", L"", false, L"wORD 2013", {}, S_OK, 1, {}},
-    {"its own name is not found in dual mode", L"Word", L"", L"", true, L"word", {}, S_OK, 0, {}},
-    {"behind its own name the reading does not count",
-     L"word",
-     L"",
-     L"word",
-     false,
-     L"word",
-     {},
-     S_OK,
-     1,
-     {}},
-    {"nor in dual mode", L"word", L"", L"word", true, L"word", {}, S_OK, 0, {}},
-    {"dual mode concerns the exact name only", L"b a", L"", L"", true, L"a b", {}, S_OK, 1, {}},
+    {"its own name is found", {L"word"}, L"word", kFound},
+    {"in any letter case", {L"Word 2013"}, L"wORD 2013", kFound},
+    {"its own name is not found in dual mode", {L"Word", L"", L"", true}, L"word", kNothing},
+    {"behind its own name the reading does not count", {L"word", L"", L"word"}, L"word", kFound},
+    {"nor in dual mode", {L"word", L"", L"word", true}, L"word", kNothing},
+    {"dual mode concerns the exact name only", {L"b a", L"", L"", true}, L"a b", kFound},
     {"other letters than A to Z are found through their tokens",
-     L"\u00C4",
-     L"",
-     L"",
-     true,
+     {L"\u00C4", L"", L"", true},
      L"\u00E4",
-     {},
-     S_OK,
-     1,
-     {}},
+     kFound},
 
-    {"the localised name replaces the display name: found",
-     L"Notepad",
-     L"メモ帳",
-     L"",
-     false,
-     L"メモ帳",
-     {},
-     S_OK,
-     1,
-     {}},
+    {"the localised name replaces the display name: found", {L"Notepad", L"メモ帳"}, L"メモ帳", kFound},
     {"the localised name replaces the display name: not found",
+     {L"notepad", L"メモ帳"},
      L"notepad",
-     L"メモ帳",
-     L"",
-     false,
-     L"notepad",
-     {},
-     S_OK,
-     0,
-     {}},
+     kNothing},
     {"the localised name replaces the display name: excluded",
-     L"notepad of old",
-     L"my notepad",
-     L"",
-     false,
+     {L"notepad of old", L"my notepad"},
      L"notepad",
-     {},
-     S_OK,
-     0,
-     {L"my notepad"}},
-    {"a localised name alone is enough",
-     L"",
-     L"my notepad",
-     L"",
-     false,
-     L"notepad",
-     {},
-     S_OK,
-     0,
-     {L"my notepad"}},
-    {"a record without any name is passed over", L"", L"", L"word", false, L"word", {}, S_OK, 0, {}},
+     Excluding({L"my notepad"})},
+    {"a localised name alone is enough", {L"", L"my notepad"}, L"notepad", Excluding({L"my notepad"})},
+    {"a record without any name is passed over", {L"", L"", L"word"}, L"word", kNothing},
 
     {"a name that contains the wanted one is excluded",
-     L"word viewer",
-     L"",
-     L"",
-     false,
+     {L"word viewer"},
      L"word",
-     {},
-     S_OK,
-     0,
-     {L"word viewer"}},
-    {"the wanted name is lowered", L"word viewer", L"", L"", false, L"WORD", {}, S_OK, 0, {L"word viewer"}},
-    {"the record's name is not lowered", L"Word Viewer", L"", L"", false, L"word", {}, S_OK, 0, {}},
-    {"a part of the wanted name is left alone", L"word", L"", L"", false, L"word viewer", {}, S_OK, 0, {}},
-    {"the same words in another order are the wanted app",
-     L"viewer (word)",
-     L"",
-     L"",
-     false,
-     L"Word Viewer",
-     {},
-     S_OK,
-     1,
-     {}},
+     Excluding({L"word viewer"})},
+    {"the wanted name is lowered", {L"word viewer"}, L"WORD", Excluding({L"word viewer"})},
+    {"the record's name is not lowered", {L"Word Viewer"}, L"word", kNothing},
+    {"a part of the wanted name is left alone", {L"word"}, L"word viewer", kNothing},
+    {"the same words in another order are the wanted app", {L"viewer (word)"}, L"Word Viewer", kFound},
     {"dual mode excludes like every other",
-     L"word viewer",
-     L"",
-     L"",
-     true,
+     {L"word viewer", L"", L"", true},
      L"word",
-     {},
-     S_OK,
-     0,
-     {L"word viewer"}},
+     Excluding({L"word viewer"})},
 
-    {"a hit in the reading excludes the name",
-     L"電卓",
-     L"",
-     L"でんたく",
-     false,
-     L"でん",
-     {},
-     S_OK,
-     0,
-     {L"電卓"}},
+    {"a hit in the reading excludes the name", {L"電卓", L"", L"でんたく"}, L"でん", Excluding({L"電卓"})},
     {"a hit in the reading excludes the localised name",
-     L"calc",
-     L"電卓",
+     {L"calc", L"電卓", L"でんたく"},
      L"でんたく",
-     false,
-     L"でんたく",
-     {},
-     S_OK,
-     0,
-     {L"電卓"}},
-    {"the reading is not lowered", L"電卓", L"", L"Dentaku", false, L"dentaku", {}, S_OK, 0, {}},
+     Excluding({L"電卓"})},
+    {"the reading is not lowered", {L"電卓", L"", L"Dentaku"}, L"dentaku", kNothing},
     {"hits in name and reading exclude once, and the second adding is the result",
-     L"メール",
-     L"",
-     L"メール",
-     false,
+     {L"メール", L"", L"メール"},
      L"メ",
-     {},
-     S_FALSE,
-     0,
-     {L"メール"}},
+     Excluding({L"メール"}, S_FALSE)},
     {"the reading counts also for the wanted app by its tokens",
-     L"b a",
-     L"",
+     {L"b a", L"", L"a b"},
      L"a b",
-     false,
-     L"a b",
-     {},
-     S_OK,
-     1,
-     {L"b a"}},
-    {"an empty reading is not looked at", L"word", L"", L"", false, L"!", {}, S_OK, 0, {L"word"}},
+     Answer{S_OK, 1, {L"b a"}}},
+    {"an empty reading is not looked at", {L"word"}, L"!", Excluding({L"word"})},
 
     {"a name that is listed already stays as it stands",
-     L"word viewer",
-     L"",
-     L"",
-     false,
+     {L"word viewer"},
      L"word",
-     {L"WORD VIEWER"},
-     S_FALSE,
-     0,
+     Excluding({L"WORD VIEWER"}, S_FALSE),
      {L"WORD VIEWER"}},
 };
 
@@ -227,12 +132,9 @@ TEST(DesktopAppExclude, FollowsItsRules)
 {
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.rule);
-        const CQanhDesktopApp app(c.displayName, L"C:\\a.lnk", c.localizeName, c.rubyDisplayName, false, true,
-                                  c.isDualMode);
-        const Answer answer = Ask(app, c.wantedName, c.listed);
-        EXPECT_EQ(answer.result, c.result);
-        EXPECT_EQ(answer.found, c.found);
-        EXPECT_EQ(answer.excluded, c.excluded);
+        const CQanhDesktopApp app(c.names.displayName, L"C:\\a.lnk", c.names.localizeName,
+                                  c.names.rubyDisplayName, false, true, c.names.isDualMode);
+        EXPECT_EQ(Ask(app, c.wantedName, c.listed), c.answer);
     }
 }
 
@@ -248,38 +150,18 @@ TEST(DesktopAppExclude, LeavesFoundAloneWhenNotInstalled)
     }
 }
 
-TEST(DesktopAppExclude, ChecksItsArgumentsBeforeAnythingElse)
+TEST(DesktopAppExclude, ChecksItsArgumentsBeforeItsState)
 {
-    for (const bool isInstalled : {true, false}) {
-        const CQanhDesktopApp app(L"word viewer", L"C:\\a.lnk", nullptr, nullptr, false, isInstalled);
-        ExcludeList list;
-        BOOL found = 7;
-        EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, &list, &found), E_POINTER);
-        EXPECT_EQ(app.AddToExcludeAppNameList(L"word", nullptr, &found), E_POINTER);
-        EXPECT_EQ(app.AddToExcludeAppNameList(L"word", &list, nullptr), E_POINTER);
-        EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, nullptr), E_POINTER);
-        EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, &found), E_INVALIDARG);
-        EXPECT_EQ(found, 7);
-        EXPECT_TRUE(list.IsEmpty());
-    }
-}
-
-TEST(DesktopAppExclude, ClearsFoundBeforeACopyOfTheNameFails)
-{
-    const test::ImportPatch<wchar_t* (*)(const wchar_t*)> patch(
-        "_wcsdup", [](const wchar_t*) -> wchar_t* { return nullptr; });
-    const Answer answer = Ask(CQanhDesktopApp(L"word", L"C:\\a.lnk"), L"word");
-    EXPECT_EQ(answer.result, E_OUTOFMEMORY);
-    EXPECT_EQ(answer.found, 0);
-}
-
-TEST(DesktopAppExclude, ClearsFoundBeforeTheLoweringFails)
-{
-    const test::ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch(
-        "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; });
-    const Answer answer = Ask(CQanhDesktopApp(L"word", L"C:\\a.lnk"), L"word");
-    EXPECT_EQ(answer.result, E_FAIL);
-    EXPECT_EQ(answer.found, 0);
+    const CQanhDesktopApp app(L"word viewer", L"C:\\a.lnk", nullptr, nullptr, false, false);
+    ExcludeList list;
+    BOOL found = 7;
+    EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, &list, &found), E_POINTER);
+    EXPECT_EQ(app.AddToExcludeAppNameList(L"word", nullptr, &found), E_POINTER);
+    EXPECT_EQ(app.AddToExcludeAppNameList(L"word", &list, nullptr), E_POINTER);
+    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, nullptr), E_POINTER);
+    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, &found), E_INVALIDARG);
+    EXPECT_EQ(found, 7);
+    EXPECT_TRUE(list.IsEmpty());
 }
 
 TEST(DesktopAppExclude, EndsAtAFailingAdding)
@@ -287,17 +169,7 @@ TEST(DesktopAppExclude, EndsAtAFailingAdding)
     // The first adding is that of the name, or that for the reading when the name is not hit.
     for (const wchar_t* displayName : {L"word viewer", L"viewer"}) {
         const CQanhDesktopApp app(displayName, L"C:\\a.lnk", nullptr, L"word");
-        ExcludeList list;
-        BOOL found = 7;
-        HRESULT result = E_UNEXPECTED;
-        {
-            const test::AllocationWatch watch(0);
-            result = app.AddToExcludeAppNameList(L"word", &list, &found);
-            EXPECT_TRUE(watch.Failed());
-        }
-        EXPECT_EQ(result, E_OUTOFMEMORY);
-        EXPECT_EQ(found, 0);
-        EXPECT_TRUE(list.IsEmpty());
+        EXPECT_EQ(test::AskWithFailingAdding(app, L"word"), (Answer{E_OUTOFMEMORY, 0, {}}));
     }
 }
 
@@ -314,39 +186,15 @@ TEST(DesktopAppExclude, LogsEveryComparison)
                     "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)"));
 }
 
-TEST(DesktopAppExclude, LogsEveryEarlyExit)
+TEST(DesktopAppExclude, LogsThatItIsNotInstalledOrHasNoName)
 {
     const test::LogCapture log;
-    const CQanhDesktopApp app(L"Word", L"C:\\a.lnk");
-    app.AddToExcludeAppNameList(nullptr, nullptr, nullptr);
-    Ask(app, L"");
     Ask(CQanhDesktopApp(L"Word", L"C:\\a.lnk", nullptr, nullptr, false, false), L"Word");
     Ask(CQanhDesktopApp(L"", L"C:\\a.lnk"), L"Word");
-    Ask(app, L"word");
-    {
-        const test::ImportPatch<wchar_t* (*)(const wchar_t*)> patch(
-            "_wcsdup", [](const wchar_t*) -> wchar_t* { return nullptr; });
-        Ask(app, L"a");
-    }
-    {
-        const test::ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch(
-            "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; });
-        Ask(app, L"b");
-    }
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhDesktopApp::AddToExcludeAppNameList((null)) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x80004003)",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList() IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x80070057)",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList(Word) IN",
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhDesktopApp::AddToExcludeAppNameList(Word) IN",
                                          "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000001)",
                                          "CQanhDesktopApp::AddToExcludeAppNameList(Word) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList(word) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList(a) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x8007000E)",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList(b) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x80004005)"));
+                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)"));
 }
 
 TEST(DesktopAppIsSameShortcut, ComparesWholePathsIgnoringCase)
@@ -380,9 +228,9 @@ TEST(DesktopAppIsSameShortcut, LogsPathAndAnswer)
 {
     const CQanhDesktopApp app(L"Word", L"C:\\Word.lnk");
     const test::LogCapture log;
-    app.IsSameShortcut(L"c:\\word.lnk");
-    app.IsSameShortcut(L"");
-    app.IsSameShortcut(nullptr);
+    EXPECT_TRUE(app.IsSameShortcut(L"c:\\word.lnk"));
+    EXPECT_FALSE(app.IsSameShortcut(L""));
+    EXPECT_FALSE(app.IsSameShortcut(nullptr));
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhDesktopApp::IsSameShortcut IN(c:\\word.lnk)",
                             "CQanhDesktopApp::IsSameShortcut OUT(1)", "CQanhDesktopApp::IsSameShortcut IN()",

@@ -2,10 +2,8 @@
 
 #include "catalog/DesktopApp.h"
 
-#include "support/Allocations.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
-#include "support/ReaderProbe.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
 #include "unit/catalog/WriterProbe.h"
@@ -66,8 +64,11 @@ TEST(DesktopAppToXmlNode, WritesEveryTrueAsOne)
 TEST(DesktopAppToXmlNode, WritesNothingWhenNeitherInstalledNorReserved)
 {
     test::WriterProbe writer;
+    const test::LogCapture log;
     EXPECT_EQ(CQanhDesktopApp(L"a", L"b", L"c", L"d", false, false, true).ToXmlNode(&writer), S_FALSE);
     EXPECT_TRUE(writer.calls.empty());
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("CQanhDesktopApp::ToXmlNode IN", "CQanhDesktopApp::ToXmlNode OUT(0x00000001)"));
 }
 
 TEST(DesktopAppToXmlNode, WritesPathsAsTheyAreHeld)
@@ -83,35 +84,6 @@ TEST(DesktopAppToXmlNode, WritesWithoutNamespaces)
     EXPECT_THAT(writer.calls,
                 ElementsAre(L"start DesktopApp", L"DisplayName=メモ帳", L"LnkFileName=b", L"LocalizeName=c",
                             L"RubyDisplayName=d", L"NeedReserve=1", L"IsDualMode=1", L"end"));
-}
-
-TEST(DesktopAppToXmlNode, StopsAtTheFirstFailure)
-{
-    for (std::size_t failing = 0; failing < 9; ++failing) {
-        test::WriterProbe writer;
-        writer.failingCall = failing;
-        EXPECT_EQ(CQanhDesktopApp(L"a", L"b", L"c", L"d", true, false, true).ToXmlNode(&writer),
-                  writer.failure)
-            << failing;
-        // Only the end of the element may follow.
-        EXPECT_LE(writer.calls.size(), failing + 2);
-        if (writer.calls.size() == failing + 2) {
-            EXPECT_EQ(writer.calls.back(), L"end");
-        }
-    }
-}
-
-TEST(DesktopAppToXmlNode, LogsItsResult)
-{
-    const test::LogCapture log;
-    test::WriterProbe writer;
-    EXPECT_EQ(CQanhDesktopApp(L"a", L"b").ToXmlNode(nullptr), E_POINTER);
-    CQanhDesktopApp(L"a", L"b", nullptr, nullptr, false, false).ToXmlNode(&writer);
-    CQanhDesktopApp(L"a", L"b").ToXmlNode(&writer);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhDesktopApp::ToXmlNode IN", "CQanhDesktopApp::ToXmlNode OUT(0x80004003)",
-                            "CQanhDesktopApp::ToXmlNode IN", "CQanhDesktopApp::ToXmlNode OUT(0x00000001)",
-                            "CQanhDesktopApp::ToXmlNode IN", "CQanhDesktopApp::ToXmlNode OUT(0x00000000)"));
 }
 
 std::unique_ptr<CQanhDesktopApp> Read(std::string_view text)
@@ -252,30 +224,34 @@ TEST(DesktopAppFromXmlNode, KeepsOverlongRawPathsThatCannotBeExpanded)
               std::wstring(400, L'p'));
 }
 
-TEST(DesktopAppFromXmlNode, CutsPathsAtTheSizeOfAPathBuffer)
+// A path has 259 characters at most. Cut to that it would be the path of another file.
+TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhenItsExpansionIsTooLong)
 {
-    for (const std::size_t length : {258u, 259u}) {
-        const auto app = Read("<DesktopApp LnkFileName=\"" + std::string(length, 'p') + "\"/>");
-        EXPECT_EQ(app->LnkFileName.c_str(), std::wstring(length, L'p'));
+    const test::ScopedEnvironment variable(L"QanhMenu", std::wstring(200, L'm').c_str());
+    for (const std::size_t length : {1u, 258u, 259u, 260u, 261u, 1000u}) {
+        SCOPED_TRACE(length);
+        const auto plain = Read("<DesktopApp LnkFileName=\"" + std::string(length, 'p') + "\"/>");
+        EXPECT_EQ(plain->LnkFileName.c_str(), std::wstring(length, L'p'));
     }
-    for (const std::size_t length : {260u, 261u, 1000u}) {
+    for (const std::size_t length : {201u, 258u, 259u, 260u, 261u, 1000u}) {
+        SCOPED_TRACE(length);
+        const std::wstring rest(length - 200, L'p');
         const auto app =
-            Read("<DesktopApp DisplayName=\"a\" LnkFileName=\"" + std::string(length, 'p') + "\"/>");
+            Read("<DesktopApp DisplayName=\"a\" LnkFileName=\"%QanhMenu%" + test::ToUtf8(rest) + "\"/>");
+        EXPECT_EQ(app->LnkFileName.c_str(),
+                  (length < 260 ? std::wstring(200, L'm') : std::wstring(L"%QanhMenu%")) + rest);
         EXPECT_STREQ(app->DisplayName.c_str(), L"a");
-        const std::wstring path = app->LnkFileName.c_str();
-        EXPECT_LE(path.size(), 259u);
-        EXPECT_EQ(path, std::wstring(path.size(), L'p'));
     }
 }
 
-TEST(DesktopAppFromXmlNode, EndsThePathItselfWhenThePlatformDoesNot)
+TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhateverAFailedExpansionLeaves)
 {
     const test::ImportPatch<DWORD(WINAPI*)(LPCWSTR, LPWSTR, DWORD)> patch(
         "ExpandEnvironmentStringsW", [](LPCWSTR, LPWSTR buffer, DWORD size) -> DWORD {
             std::fill_n(buffer, size, L'q');
             return size + 1;
         });
-    EXPECT_EQ(Read(R"(<DesktopApp LnkFileName="a"/>)")->LnkFileName.c_str(), std::wstring(259, L'q'));
+    EXPECT_STREQ(Read(R"(<DesktopApp LnkFileName="a"/>)")->LnkFileName.c_str(), L"a");
 }
 
 TEST(DesktopAppFromXmlNode, KeepsEveryScript)
@@ -285,58 +261,6 @@ TEST(DesktopAppFromXmlNode, KeepsEveryScript)
     EXPECT_STREQ(app->DisplayName.c_str(), L"メモ帳");
     EXPECT_STREQ(app->LnkFileName.c_str(), L"C:\\天.lnk");
     EXPECT_STREQ(app->LocalizeName.c_str(), L"\xD83D\xDE00");
-}
-
-TEST(DesktopAppFromXmlNode, RefusesNull)
-{
-    const test::XmlSource source("<DesktopApp/>", L"DesktopApp");
-    std::unique_ptr<CQanhDesktopApp> app;
-    const test::LogCapture log;
-    EXPECT_EQ(CQanhDesktopApp::FromXmlNode(nullptr, &app), E_POINTER);
-    EXPECT_EQ(CQanhDesktopApp::FromXmlNode(source.Reader(), nullptr), E_POINTER);
-    EXPECT_EQ(app, nullptr);
-    EXPECT_EQ(CQanhDesktopApp::FromXmlNode(source.Reader(), &app), S_OK);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhDesktopApp::FromXmlNode IN", "CQanhDesktopApp::FromXmlNode OUT(0x80004003)",
-                            "CQanhDesktopApp::FromXmlNode IN", "CQanhDesktopApp::FromXmlNode OUT(0x80004003)",
-                            "CQanhDesktopApp::FromXmlNode IN",
-                            "CQanhDesktopApp::FromXmlNode OUT(0x00000000)"));
-}
-
-TEST(DesktopAppFromXmlNode, PassesTheReadersFailureOn)
-{
-    for (const char* method : {"MoveToFirstAttribute", "MoveToNextAttribute"}) {
-        const test::XmlSource source(R"(<DesktopApp DisplayName="a" LnkFileName="b"/>)", L"DesktopApp");
-        test::ReaderProbe reader(source.Reader());
-        reader.Answer(method, 0, E_ABORT);
-        std::unique_ptr<CQanhDesktopApp> app;
-        EXPECT_EQ(CQanhDesktopApp::FromXmlNode(&reader, &app), E_ABORT) << method;
-        EXPECT_EQ(app, nullptr) << method;
-    }
-}
-
-TEST(DesktopAppFromXmlNode, SurvivesThatMemoryRunsOut)
-{
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
-        const test::XmlSource source(
-            R"(<DesktopApp DisplayName="a" LnkFileName="b" LocalizeName="c" RubyDisplayName="d"/>)",
-            L"DesktopApp");
-        std::unique_ptr<CQanhDesktopApp> app;
-        HRESULT result = E_UNEXPECTED;
-        bool failed = false;
-        std::size_t left = 0;
-        {
-            const test::AllocationWatch watch(index);
-            result = CQanhDesktopApp::FromXmlNode(source.Reader(), &app);
-            failed = watch.Failed();
-            left = watch.Live();
-        }
-        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
-        EXPECT_EQ(app == nullptr, failed);
-        EXPECT_EQ(left == 0, failed);
-        return failed;
-    });
-    EXPECT_GE(failures, 5u);
 }
 
 } // namespace

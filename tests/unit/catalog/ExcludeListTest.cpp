@@ -83,23 +83,16 @@ TEST(ExcludeList, StaysAsItWasWhenMemoryRunsOut)
 {
     const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
         ExcludeList list;
-        list.AddUnique(L"Mail");
-        HRESULT result = E_UNEXPECTED;
-        bool failed = false;
-        std::size_t left = 0;
-        {
-            const test::AllocationWatch watch(index);
-            result = list.AddUnique(L"A name that is too long for a string's own buffer");
-            failed = watch.Failed();
-            left = watch.Live();
-        }
-        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
-        if (failed) {
+        EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
+        const test::Attempt attempt = test::TryWithFailingAllocation(
+            index, [&] { return list.AddUnique(L"A name that is too long for a string's own buffer"); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        if (attempt.failed) {
             EXPECT_THAT(Names(list), ElementsAre(L"Mail"));
-            EXPECT_EQ(left, 0u);
+            EXPECT_EQ(attempt.left, 0u);
             EXPECT_EQ(list.AddUnique(L"Calendar"), S_OK);
         }
-        return failed;
+        return attempt.failed;
     });
     EXPECT_GE(failures, 2u);
 }
@@ -107,13 +100,8 @@ TEST(ExcludeList, StaysAsItWasWhenMemoryRunsOut)
 TEST(ExcludeList, NeedsNoMemoryForANameThatIsThere)
 {
     ExcludeList list;
-    list.AddUnique(L"Mail");
-    HRESULT result = E_UNEXPECTED;
-    {
-        const test::AllocationWatch watch(0);
-        result = list.AddUnique(L"MAIL");
-    }
-    EXPECT_EQ(result, S_FALSE);
+    EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
+    EXPECT_EQ(test::TryWithFailingAllocation(0, [&] { return list.AddUnique(L"MAIL"); }).result, S_FALSE);
 }
 
 } // namespace

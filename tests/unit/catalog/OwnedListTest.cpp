@@ -9,6 +9,8 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -128,6 +130,21 @@ TEST_F(OwnedListTest, StaysAsItWasWhenMemoryRunsOut)
     EXPECT_THAT(Elements(list), ElementsAre(L"a"));
     element.reset();
     EXPECT_THAT(m_events, ElementsAre(L"deleted b"));
+}
+
+TEST_F(OwnedListTest, ElementsAreAsConstantAsTheirList)
+{
+    using List = OwnedList<CQanhApp>;
+    static_assert(std::is_same_v<decltype(*std::declval<List&>().begin()->get()), CQanhApp&>);
+    static_assert(std::is_same_v<decltype(**std::declval<List&>().begin()), CQanhApp&>);
+    static_assert(std::is_same_v<decltype(*std::declval<const List&>().begin()->get()), const CQanhApp&>);
+    static_assert(std::is_same_v<decltype(**std::declval<const List&>().begin()), const CQanhApp&>);
+    List list;
+    list.Append(Probe(L"a"));
+    for (auto& element : list) {
+        element->DisplayName = L"b";
+    }
+    EXPECT_THAT(Elements(list), ElementsAre(L"b"));
 }
 
 TEST_F(OwnedListTest, SwappingTradesTheElements)

@@ -127,20 +127,13 @@ TEST_F(PackageTest, StaysAsItWasWhenMemoryRunsOut)
 {
     const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-        package.AddApplication(L"first", nullptr);
-        HRESULT result = E_UNEXPECTED;
-        bool failed = false;
-        std::size_t left = 0;
-        {
-            const test::AllocationWatch watch(index);
-            result = package.AddApplication(L"display", L"short");
-            failed = watch.Failed();
-            left = watch.Live();
-        }
-        EXPECT_EQ(result, failed ? E_OUTOFMEMORY : S_OK);
-        EXPECT_EQ(package.Apps().Size(), failed ? 1u : 2u);
-        EXPECT_EQ(left == 0, failed);
-        return failed;
+        EXPECT_EQ(package.AddApplication(L"first", nullptr), S_OK);
+        const test::Attempt attempt = test::TryWithFailingAllocation(
+            index, [&] { return package.AddApplication(L"display", L"short"); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(package.Apps().Size(), attempt.failed ? 1u : 2u);
+        EXPECT_EQ(attempt.left == 0, attempt.failed);
+        return attempt.failed;
     });
     EXPECT_GE(failures, 4u);
 }
@@ -150,12 +143,9 @@ TEST_F(PackageTest, DeletesAnApplicationThatFindsNoMemoryInTheList)
     CQanhPackage package(L"p", kVersion, FALSE, TRUE);
     auto app = Probe(L"a");
     m_events.reserve(10);
-    HRESULT result = E_UNEXPECTED;
-    {
-        const test::AllocationWatch watch(0);
-        result = package.AddApplication(std::move(app));
-    }
-    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(
+        test::TryWithFailingAllocation(0, [&] { return package.AddApplication(std::move(app)); }).result,
+        E_OUTOFMEMORY);
     EXPECT_EQ(package.Apps().Size(), 0u);
     EXPECT_THAT(m_events, ElementsAre(L"deleted a"));
 }
@@ -164,12 +154,12 @@ TEST_F(PackageTest, LogsTheAddingOfApplications)
 {
     CQanhPackage package(L"p", L"full", L"name", kVersion, 1);
     const test::LogCapture log;
-    package.AddApplication(std::unique_ptr<CQanhApp>());
-    package.AddApplication(Probe(L"a"));
-    package.AddApplication(Probe(L"b"));
-    package.AddApplication(L"Mail", L"M");
+    EXPECT_EQ(package.AddApplication(std::unique_ptr<CQanhApp>()), E_POINTER);
+    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"b")), E_OUTOFMEMORY);
+    EXPECT_EQ(package.AddApplication(L"Mail", L"M"), E_OUTOFMEMORY);
     package.DeleteAllApp();
-    package.AddApplication(L"Mail", nullptr);
+    EXPECT_EQ(package.AddApplication(L"Mail", nullptr), S_OK);
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x80004003)",
                             "CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x00000000)",
@@ -183,9 +173,9 @@ TEST_F(PackageTest, LogsTheAddingOfApplications)
 TEST_F(PackageTest, DeletesItsApplicationsFrontToBack)
 {
     CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-    package.AddApplication(Probe(L"b"));
-    package.AddApplication(Probe(L"a"));
-    package.AddApplication(Probe(L"c"));
+    EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
+    EXPECT_EQ(package.AddApplication(Probe(L"c")), S_OK);
     package.DeleteAllApp();
     EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a", L"deleted c"));
     EXPECT_EQ(package.Apps().Size(), 0u);
@@ -198,8 +188,8 @@ TEST_F(PackageTest, TakesItsApplicationsAlong)
     static_assert(std::has_virtual_destructor_v<CQanhPackage>);
     {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-        package.AddApplication(Probe(L"b"));
-        package.AddApplication(Probe(L"a"));
+        EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
+        EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
     }
     EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a"));
 }
@@ -211,10 +201,10 @@ TEST_F(PackageTest, LeavesNoMemoryBehind)
         const test::AllocationWatch watch;
         {
             CQanhPackage package(L"p", L"full", L"name", kVersion);
-            package.AddApplication(L"a", L"b");
-            package.AddApplication(L"c", L"d");
+            EXPECT_EQ(package.AddApplication(L"a", L"b"), S_OK);
+            EXPECT_EQ(package.AddApplication(L"c", L"d"), S_OK);
             package.DeleteAllApp();
-            package.AddApplication(L"e", L"f");
+            EXPECT_EQ(package.AddApplication(L"e", L"f"), S_OK);
             left = watch.Live();
             EXPECT_GT(left, 0u);
         }
@@ -226,11 +216,11 @@ TEST_F(PackageTest, LeavesNoMemoryBehind)
 TEST_F(PackageTest, ChangesVersionAndApplicationsWithAnotherRecord)
 {
     CQanhPackage package(L"a_1", {1, 0, 0, 0}, TRUE, FALSE);
-    package.AddApplication(Probe(L"old"));
+    EXPECT_EQ(package.AddApplication(Probe(L"old")), S_OK);
     {
         CQanhPackage replacement(L"b_1", L"full", L"name", {2, 0, 0, 0});
-        replacement.AddApplication(Probe(L"new"));
-        replacement.AddApplication(Probe(L"newer"));
+        EXPECT_EQ(replacement.AddApplication(Probe(L"new")), S_OK);
+        EXPECT_EQ(replacement.AddApplication(Probe(L"newer")), S_OK);
         package.SwapContents(replacement);
         EXPECT_EQ(replacement.Version, (RecordVersion{1, 0, 0, 0}));
         EXPECT_THAT(Apps(replacement), ElementsAre(L"old"));
@@ -273,8 +263,8 @@ TEST_F(PackageTest, LogsTheQuestionForItsFamilyName)
 {
     const CQanhPackage package(L"a_1", kVersion, FALSE, TRUE);
     const test::LogCapture log;
-    package.IsThisPackage(L"a_1");
-    package.IsThisPackage(L"A_1");
+    EXPECT_TRUE(package.IsThisPackage(L"a_1"));
+    EXPECT_FALSE(package.IsThisPackage(L"A_1"));
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhPackage::IsThisPackage(a_1) IN", "CQanhPackage::IsThisPackage OUT(1)",
                             "CQanhPackage::IsThisPackage(A_1) IN", "CQanhPackage::IsThisPackage OUT(0)"));
@@ -288,7 +278,7 @@ protected:
         for (const wchar_t* name : {L"b", L"a", L"c"}) {
             auto probe = Probe(name);
             m_probes.push_back(probe.get());
-            m_package.AddApplication(std::move(probe));
+            EXPECT_EQ(m_package.AddApplication(std::move(probe)), S_OK);
         }
     }
     ~PackageExcludeTest() override { m_package.DeleteAllApp(); }

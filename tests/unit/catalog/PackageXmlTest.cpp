@@ -66,7 +66,7 @@ TEST(PackageToXmlNode, WritesNothingWhenNeitherInstalledNorReserved)
     test::WriterProbe writer;
     CQanhPackage package(L"a_1", kVersion, FALSE, FALSE);
     RecordProbe::Events events;
-    package.AddApplication(std::make_unique<RecordProbe>(L"a", &events));
+    EXPECT_EQ(package.AddApplication(std::make_unique<RecordProbe>(L"a", &events)), S_OK);
     EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
     EXPECT_THAT(writer.calls, IsEmpty());
     EXPECT_THAT(events, IsEmpty());
@@ -75,9 +75,9 @@ TEST(PackageToXmlNode, WritesNothingWhenNeitherInstalledNorReserved)
 TEST(PackageToXmlNode, WritesEveryApplicationInOrder)
 {
     CQanhPackage package(L"a_1", kVersion, TRUE, TRUE);
-    package.AddApplication(L"b", L"B");
-    package.AddApplication(L"a", nullptr);
-    package.AddApplication(nullptr, nullptr);
+    EXPECT_EQ(package.AddApplication(L"b", L"B"), S_OK);
+    EXPECT_EQ(package.AddApplication(L"a", nullptr), S_OK);
+    EXPECT_EQ(package.AddApplication(nullptr, nullptr), S_OK);
     EXPECT_EQ(Written(package),
               R"(<Package PackageFamilyName="a_1" Version="1.2.4.3" NeedReserve="1">)"
               R"(<MetroApp DisplayName="b" ShortName="B" /><MetroApp DisplayName="a" /><MetroApp />)"
@@ -91,7 +91,7 @@ TEST(PackageToXmlNode, StopsAtTheFirstApplicationThatFailsAndEndsTheElement)
     for (const wchar_t* name : {L"a", L"b", L"c"}) {
         auto probe = std::make_unique<RecordProbe>(name, &events);
         probe->result = *name == L'b' ? E_ABORT : S_FALSE; // a record that writes nothing is no failure
-        package.AddApplication(std::move(probe));
+        EXPECT_EQ(package.AddApplication(std::move(probe)), S_OK);
     }
     test::WriterProbe writer;
     EXPECT_EQ(package.ToXmlNode(&writer), E_ABORT);
@@ -106,7 +106,7 @@ TEST(PackageToXmlNode, WritesNoApplicationBehindAFailingAttribute)
     for (const std::size_t failing : {1u, 2u, 3u, 4u}) {
         RecordProbe::Events events;
         CQanhPackage package(L"a_1", kVersion, TRUE, FALSE);
-        package.AddApplication(std::make_unique<RecordProbe>(L"a", &events));
+        EXPECT_EQ(package.AddApplication(std::make_unique<RecordProbe>(L"a", &events)), S_OK);
         test::WriterProbe writer;
         writer.failingCall = failing;
         EXPECT_EQ(package.ToXmlNode(&writer), writer.failure);
@@ -128,13 +128,13 @@ TEST(PackageToXmlNode, ReturnsTheFailureToStartTheElement)
 TEST(PackageToXmlNode, LogsItsResult)
 {
     CQanhPackage package(L"a_1", kVersion, FALSE, TRUE);
-    package.AddApplication(L"a", nullptr);
+    EXPECT_EQ(package.AddApplication(L"a", nullptr), S_OK);
     test::WriterProbe writer;
     const test::LogCapture log;
     EXPECT_EQ(package.ToXmlNode(nullptr), E_POINTER);
-    package.ToXmlNode(&writer);
+    EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
     package.IsInstalled = FALSE;
-    package.ToXmlNode(&writer);
+    EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhPackage::ToXmlNode IN", "CQanhPackage::ToXmlNode OUT(0x80004003)",
                             "CQanhPackage::ToXmlNode IN", "CQanhMetroApp::ToXmlNode IN",
@@ -219,6 +219,13 @@ TEST(PackageFromXmlNode, ReadsTheVersionsNumbersIntoThePartsAsTheyAreHeld)
         {"1,2,3,4", {1, 0, 0, 0}},
         {" 1.2.3.4", {1, 2, 3, 4}},
         {"007.08.09.010", {7, 8, 9, 10}},
+        {"1. 2.\t3. 4 ", {1, 2, 3, 4}},
+        {"1 .2.3.4", {1, 0, 0, 0}},
+        {".1.2.3", {0, 0, 0, 0}},
+        {"1..3.4", {1, 0, 0, 0}},
+        {"+1.+2.-0.-3", {1, 2, 0, 65533}},
+        {"99999.65536.65537.131071", {34463, 0, 1, 65535}},
+        {"0x10.1.2.3", {0, 0, 0, 0}},
     };
     for (const VersionText& version : versions) {
         SCOPED_TRACE(version.text);

@@ -2,10 +2,19 @@
 
 #include "catalog/App.h"
 #include "catalog/ExcludeList.h"
+#include "catalog/Package.h"
+#include "support/Allocations.h"
+#include "support/ImportPatch.h"
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <functional>
+#include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace test {
@@ -26,7 +35,21 @@ struct Answer
     HRESULT result = E_UNEXPECTED;
     BOOL found = 7; // neither true nor false: shows whether it was touched
     std::vector<std::wstring> excluded;
+
+    friend bool operator==(const Answer&, const Answer&) = default;
+    friend void PrintTo(const Answer& answer, std::ostream* out)
+    {
+        *out << "result 0x" << std::hex << answer.result << ", found " << answer.found << ", excluded "
+             << testing::PrintToString(answer.excluded);
+    }
 };
+
+inline const Answer kNothing{S_OK, 0, {}};
+inline const Answer kFound{S_OK, 1, {}};
+inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_OK)
+{
+    return {result, 0, std::move(excluded)};
+}
 
 // Asks a record, or anything with its operation, with an exclude list that holds these names already.
 template <typename Record>
@@ -34,13 +57,38 @@ Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<co
 {
     ExcludeList list;
     for (const wchar_t* name : listed) {
-        list.AddUnique(name);
+        EXPECT_EQ(list.AddUnique(name), S_OK);
     }
     Answer answer;
     answer.result = record.AddToExcludeAppNameList(wantedName, &list, &answer.found);
     answer.excluded = Names(list);
     return answer;
 }
+
+// The first adding fails; then there is memory again.
+inline Answer AskWithFailingAdding(const CQanhApp& app, const wchar_t* wantedName)
+{
+    ExcludeList list;
+    Answer answer;
+    const Attempt attempt = TryWithFailingAllocation(
+        0, [&] { return app.AddToExcludeAppNameList(wantedName, &list, &answer.found); });
+    EXPECT_TRUE(attempt.failed);
+    answer.result = attempt.result;
+    answer.excluded = Names(list);
+    return answer;
+}
+
+// As long as one of these lives, the library can make no copy of a wanted name, or not lower it.
+struct NoCopies
+{
+    ImportPatch<wchar_t* (*)(const wchar_t*)> patch{"_wcsdup",
+                                                    [](const wchar_t*) -> wchar_t* { return nullptr; }};
+};
+struct NoLowering
+{
+    ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch{
+        "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; }};
+};
 
 // A record that tells its owner's test what is done with it.
 class RecordProbe : public CQanhApp
@@ -55,11 +103,12 @@ public:
                                     BOOL* pFound) const override
     {
         Note(L"asked ");
+        onAsked();
         foundBefore = *pFound;
         wanted = wantedName;
         *pFound = answersFound;
         if (addsItsName) {
-            pExcludeList->AddUnique(DisplayName.c_str());
+            EXPECT_EQ(pExcludeList->AddUnique(DisplayName.c_str()), S_OK);
         }
         return result;
     }
@@ -73,6 +122,7 @@ public:
     BOOL answersFound = FALSE;
     bool addsItsName = false;
     HRESULT result = S_OK;
+    std::function<void()> onAsked = [] {};
     mutable BOOL foundBefore = 7;
     mutable std::wstring wanted;
 
@@ -80,6 +130,20 @@ private:
     void Note(const wchar_t* what) const { m_pEvents->push_back(std::wstring(what) + DisplayName.c_str()); }
 
     Events* m_pEvents;
+};
+
+// A package that tells when it is deleted.
+class PackageProbe : public CQanhPackage
+{
+public:
+    PackageProbe(const wchar_t* familyName, std::function<void()> onDelete)
+        : CQanhPackage(familyName, RecordVersion(), FALSE, TRUE), m_onDelete(std::move(onDelete))
+    {
+    }
+    ~PackageProbe() override { m_onDelete(); }
+
+private:
+    std::function<void()> m_onDelete;
 };
 
 } // namespace test

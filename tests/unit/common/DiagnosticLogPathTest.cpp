@@ -148,8 +148,8 @@ TEST(DiagnosticLogPath, TakesUpTo259Characters)
     EXPECT_EQ(PathFor(localAppData, L"C:\\a.exe"), localAppData + kRest);
 }
 
-// A longer path ends the process on some runtimes, unless the host prevents that; there, and where the
-// runtime does not mind at all, the log stays where it was.
+// A longer path ends the process on some C runtimes, unless the host prevents that; there, and where the
+// C runtime does not mind at all, the log stays where it was.
 TEST(DiagnosticLogPath, OfMoreCharactersLeavesTheLogWhereItWas)
 {
     const test::InvalidParameterHandler handler;

@@ -1,11 +1,13 @@
 #include "common/Guarded.h"
 
+#include "support/LockWatch.h"
+
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
+#include <atomic>
 #include <optional>
 #include <thread>
+#include <type_traits>
 #include <utility>
 
 namespace {
@@ -17,37 +19,8 @@ struct Pair
     int second;
 };
 
-// Runs the body on another thread and tells whether it came to its end while this scope lasted.
-template <typename Body> class OtherThread
-{
-public:
-    explicit OtherThread(Body body)
-        : m_thread([this, body] {
-              body();
-              SetEvent(m_done);
-          })
-    {
-    }
-    ~OtherThread()
-    {
-        m_thread.join();
-        CloseHandle(m_done);
-    }
-    OtherThread(const OtherThread&) = delete;
-    OtherThread& operator=(const OtherThread&) = delete;
-
-    [[nodiscard]] bool EndsWithin(DWORD milliseconds) const
-    {
-        return WaitForSingleObject(m_done, milliseconds) == WAIT_OBJECT_0;
-    }
-
-private:
-    HANDLE m_done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::thread m_thread;
-};
-
-constexpr DWORD kLong = 10000; // milliseconds: only a failing test waits for them
-constexpr DWORD kShort = 50;
+using ReadAccess = Guarded<Pair>::ReadAccess;
+using WriteAccess = Guarded<Pair>::WriteAccess;
 
 TEST(Guarded, ArgumentsMakeTheValue)
 {
@@ -58,52 +31,95 @@ TEST(Guarded, ArgumentsMakeTheValue)
     EXPECT_EQ(pair.Read()->second, 8);
 }
 
+TEST(Guarded, ReadersCannotWrite)
+{
+    static_assert(std::is_same_v<decltype(*std::declval<ReadAccess>()), const Pair&>);
+    static_assert(std::is_same_v<decltype(std::declval<ReadAccess>().operator->()), const Pair*>);
+}
+
 TEST(Guarded, ReadersShareTheValue)
 {
     const Guarded<Pair> pair(7);
-    const auto access = pair.Read();
-    const OtherThread other([&] { EXPECT_EQ(pair.Read()->first, 7); });
-    EXPECT_TRUE(other.EndsWithin(kLong));
+    const test::LockWatch locks;
+    std::optional<ReadAccess> reading(std::in_place, pair);
+    const HANDLE hasRead = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    std::thread other([&] {
+        EXPECT_EQ(pair.Read()->first, 7);
+        SetEvent(hasRead);
+    });
+    EXPECT_EQ(WaitForSingleObject(hasRead, 30000), WAIT_OBJECT_0);
+    EXPECT_FALSE(locks.HasBlocked());
+    reading.reset();
+    other.join();
+    CloseHandle(hasRead);
 }
 
 TEST(Guarded, WriterWaitsForAReader)
 {
     Guarded<Pair> pair(7);
-    std::optional<Guarded<Pair>::ReadAccess> reading(std::in_place, pair);
-    const OtherThread writer([&] { pair.Write()->first = 8; });
-    EXPECT_FALSE(writer.EndsWithin(kShort));
+    const test::LockWatch locks;
+    std::optional<ReadAccess> reading(std::in_place, pair);
+    std::thread writer([&] { pair.Write()->first = 8; });
+    EXPECT_TRUE(locks.WaitForBlocked());
     EXPECT_EQ((*reading)->first, 7);
     reading.reset();
-    EXPECT_TRUE(writer.EndsWithin(kLong));
+    writer.join();
     EXPECT_EQ(pair.Read()->first, 8);
 }
 
 TEST(Guarded, ReaderWaitsForAWriter)
 {
     Guarded<Pair> pair(7);
-    std::optional<Guarded<Pair>::WriteAccess> writing(std::in_place, pair);
+    const test::LockWatch locks;
+    std::optional<WriteAccess> writing(std::in_place, pair);
     (*writing)->first = 8;
-    const OtherThread reader([&] {
+    std::thread reader([&] {
         const auto access = pair.Read();
         EXPECT_EQ(access->first, 8);
         EXPECT_EQ(access->second, 8);
     });
-    EXPECT_FALSE(reader.EndsWithin(kShort));
+    EXPECT_TRUE(locks.WaitForBlocked());
     (*writing)->second = 8;
     writing.reset();
-    EXPECT_TRUE(reader.EndsWithin(kLong));
+    reader.join();
 }
 
 TEST(Guarded, WriterWaitsForAWriter)
 {
     Guarded<Pair> pair(7);
-    std::optional<Guarded<Pair>::WriteAccess> writing(std::in_place, pair);
-    const OtherThread writer([&] { pair.Write()->first = 9; });
-    EXPECT_FALSE(writer.EndsWithin(kShort));
+    const test::LockWatch locks;
+    std::optional<WriteAccess> writing(std::in_place, pair);
+    std::thread writer([&] { pair.Write()->first = 9; });
+    EXPECT_TRUE(locks.WaitForBlocked());
     (*writing)->first = 8;
     writing.reset();
-    EXPECT_TRUE(writer.EndsWithin(kLong));
+    writer.join();
     EXPECT_EQ(pair.Read()->first, 9);
+}
+
+// Each state is one in which the two numbers are the same.
+TEST(Guarded, ReadersSeeWholeChangesOnly)
+{
+    Guarded<Pair> pair(0);
+    std::atomic<bool> isOver = false;
+    std::thread writer([&] {
+        for (int next = 1; !isOver; next = 1 - next) {
+            const auto access = pair.Write();
+            access->first = next;
+            access->second = next;
+        }
+    });
+    int seen[] = {0, 0};
+    for (const ULONGLONG end = GetTickCount64() + 30000;
+         (seen[0] < 100 || seen[1] < 100) && GetTickCount64() < end;) {
+        const auto access = pair.Read();
+        EXPECT_EQ(access->first, access->second);
+        ++seen[access->first];
+    }
+    isOver = true;
+    writer.join();
+    EXPECT_GE(seen[0], 100);
+    EXPECT_GE(seen[1], 100);
 }
 
 } // namespace

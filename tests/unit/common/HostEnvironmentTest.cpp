@@ -1,12 +1,10 @@
 #include "common/HostEnvironment.h"
 
 #include "support/HostExecutable.h"
-#include "support/ImportPatch.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cwchar>
 #include <string>
 
@@ -31,17 +29,26 @@ TEST(HostEnvironment, AbsentVariableIsNotRead)
     EXPECT_FALSE(ReadEnvironmentVariable(kVariable, value));
 }
 
-// Some runtimes call an absent variable an error, others a success of size 0.
-TEST(HostEnvironment, AbsentVariableIsNotReadWhateverTheRuntimeMakesOfIt)
+// Of an empty variable and of an absent one the platform gives the same length; the last error tells them
+// apart.
+TEST(HostEnvironment, EmptyVariableIsReadWhateverTheLastErrorWas)
 {
-    using Function = errno_t(__cdecl*)(std::size_t*, wchar_t*, std::size_t, const wchar_t*);
-    const test::ImportPatch<Function> patch(
-        "_wgetenv_s", [](std::size_t* size, wchar_t*, std::size_t, const wchar_t*) -> errno_t {
-            *size = 0;
-            return 0;
-        });
+    const test::ScopedEnvironment environment(kVariable, L"");
     wchar_t value[MAX_PATH] = L"before";
-    EXPECT_FALSE(ReadEnvironmentVariable(kVariable, value));
+    SetLastError(ERROR_ENVVAR_NOT_FOUND);
+    EXPECT_TRUE(ReadEnvironmentVariable(kVariable, value));
+    EXPECT_STREQ(value, L"");
+}
+
+TEST(HostEnvironment, VariableIsReadAsThePlatformHasItNow)
+{
+    const test::ScopedEnvironment environment(kVariable, L"first");
+    wchar_t value[MAX_PATH];
+    ASSERT_TRUE(ReadEnvironmentVariable(kVariable, value));
+    // The C runtime does not see this.
+    SetEnvironmentVariableW(kVariable, L"second");
+    EXPECT_TRUE(ReadEnvironmentVariable(kVariable, value));
+    EXPECT_STREQ(value, L"second");
 }
 
 TEST(HostEnvironment, VariableMayHave259Characters)

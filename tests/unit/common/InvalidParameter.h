@@ -5,8 +5,8 @@
 
 namespace test {
 
-// What a host does that wants to live on: takes over the runtime's handling of invalid parameters, until the
-// end of the scope. Where the runtime handles none, nothing comes of it.
+// What a host does that wants to live on: takes over the C runtime's handling of invalid parameters, until
+// the end of the scope. Where the C runtime handles none, nothing comes of it.
 class InvalidParameterHandler
 {
 public:

@@ -1,5 +1,8 @@
 #include "common/NarrowFormat.h"
 
+#include "support/Allocations.h"
+#include "support/ImportPatch.h"
+#include "unit/common/CodePage.h"
 #include "unit/common/InvalidParameter.h"
 
 #include <gmock/gmock.h>
@@ -15,9 +18,14 @@
 
 namespace {
 
-using ::testing::AllOf;
+using test::CodePage;
+using ::testing::AnyOf;
+using ::testing::ElementsAre;
 
-constexpr wchar_t kUnmappable[] = L"\u0e01\u10d0"; // Thai and Georgian: at least one is in no code page
+constexpr UINT kJapanese = 932;
+constexpr UINT kWestern = 1252;
+
+constexpr wchar_t kUnmappable[] = L"\u0e01\u10d0"; // Thai and Georgian: in neither of these code pages
 
 // Formats into a buffer of this size, and checks that it ends where the result says and that nothing was
 // written behind it.
@@ -52,9 +60,13 @@ std::string FormatSized(std::size_t size, const char* format, ...)
     return text;
 }
 
-bool HasCodePage1252()
+std::wstring Repeated(std::wstring_view text, std::size_t times)
 {
-    return GetACP() == 1252;
+    std::wstring repeated;
+    while (times-- > 0) {
+        repeated += text;
+    }
+    return repeated;
 }
 
 TEST(NarrowFormat, MessageMayTake1023Bytes)
@@ -69,6 +81,8 @@ TEST(NarrowFormat, FormatsOfTheTrace)
     EXPECT_EQ(Format("%S(%S, 0x%08X) IN\r\n", L"A", L"b", 0x1234), "A(b, 0x00001234) IN\r\n");
     EXPECT_EQ(Format("%S(0x%04X, 0x%08X) IN\r\n", L"A", 0x5B, 1), "A(0x005B, 0x00000001) IN\r\n");
     EXPECT_EQ(Format("%S OUT(0x%08X)\r\n", L"A", static_cast<unsigned>(E_FAIL)), "A OUT(0x80004005)\r\n");
+    EXPECT_EQ(Format("%S|%S|%S", L"a", L"", L"b"), "a||b");
+    EXPECT_EQ(Format("%d%%", 100), "100%");
     EXPECT_EQ(Format(""), "");
 }
 
@@ -87,55 +101,128 @@ TEST(NarrowFormat, NullStringsPrintAsSuch)
 
 TEST(NarrowFormat, LettersOfTheSystemCodePagePass)
 {
-    if (!HasCodePage1252()) {
-        GTEST_SKIP() << "for code page 1252";
+    {
+        const CodePage western(kWestern);
+        EXPECT_EQ(Format("%S", L"Caf\u00e9 \u20ac \u201c\u0178\u201d"), "Caf\xe9 \x80 \x93\x9f\x94");
     }
-    EXPECT_EQ(Format("%S", L"Caf\u00e9 \u20ac"), "Caf\xe9 \x80");
+    {
+        const CodePage japanese(kJapanese);
+        EXPECT_EQ(Format("%S", L"\u30e1\u30fc\u30eb"), "\x83\x81\x81\x5b\x83\x8b");
+        EXPECT_EQ(Format("%S", L"\u30bd\uff71x"), "\x83\x5c\xb1x"); // two bytes, one byte, ASCII
+    }
+    {
+        const CodePage utf8(CP_UTF8);
+        EXPECT_EQ(Format("%S", L"\u00e9\u30e1\u0e01\xd83d\xde00z"),
+                  "\xc3\xa9\xe3\x83\xa1\xe0\xb8\x81\xf0\x9f\x98\x80z");
+    }
 }
 
-TEST(NarrowFormat, JapanesePassesUnderItsCodePage)
+TEST(NarrowFormat, OtherLettersBecomeQuestionMarks)
 {
-    if (GetACP() != 932) {
-        GTEST_SKIP() << "for code page 932";
+    {
+        const CodePage western(kWestern);
+        EXPECT_EQ(Format("%S IN(%S)\r\n", L"A", L"\u30e1\u30fc\u30eb x"), "A IN(??? x)\r\n");
+        EXPECT_EQ(Format("%S", L"\u00e9\u30e1\u00e9"), "\xe9?\xe9");
+        EXPECT_EQ(Format("%S", kUnmappable), "??");
     }
-    EXPECT_EQ(Format("%S", L"\u30e1\u30fc\u30eb"), "\x83\x81\x81\x5b\x83\x8b");
-    EXPECT_EQ(Format("%S", L"\u30e1\u30fc\u30eb\u0e01"), "\x83\x81\x81\x5b\x83\x8b?");
+    {
+        const CodePage japanese(kJapanese);
+        EXPECT_EQ(Format("%S", L"\u30e1\u0e01\u30eb"), "\x83\x81?\x83\x8b");
+    }
 }
 
-TEST(NarrowFormat, UnmappableLettersBecomeQuestionMarks)
+// A code page may have a letter that resembles the one that it lacks: a name must not turn into another name.
+TEST(NarrowFormat, NoLetterIsReplacedByOneThatResemblesIt)
 {
-    if (!HasCodePage1252()) {
-        GTEST_SKIP() << "for code page 1252";
+    {
+        const CodePage western(kWestern);
+        EXPECT_EQ(Format("%S", L"\u0101\uff21\u221e"), "???"); // a with a macron, wide A, infinity
+        EXPECT_EQ(Format("%S", L"\u0101\u30e1"), "??");
     }
-    EXPECT_EQ(Format("%S IN(%S)\r\n", L"A", L"\u30e1\u30fc\u30eb x"), "A IN(??? x)\r\n");
-    EXPECT_EQ(Format("%S", L"\u00e9\u30e1\u00e9"), "\xe9?\xe9");
-    EXPECT_EQ(Format("%S", L"\xd800"), "?");
-    EXPECT_EQ(Format("%S", L"a\xdc00z"), "a?z");
+    {
+        const CodePage japanese(kJapanese);
+        EXPECT_EQ(Format("%S", L"\u00e9\u00c5"), "??");
+    }
 }
 
-TEST(NarrowFormat, SurrogatePairDoesNotEndTheText)
+TEST(NarrowFormat, HalvesOfSurrogatePairsBecomeOneMarkEach)
 {
-    EXPECT_THAT(Format("%S!", L"a\xd83d\xde00z"), AllOf(testing::StartsWith("a"), testing::EndsWith("z!")));
+    for (const UINT codePage : {kWestern, kJapanese}) {
+        const CodePage system(codePage);
+        EXPECT_EQ(Format("%S", L"\xd800"), "?");
+        EXPECT_EQ(Format("%S", L"a\xdc00z"), "a?z");
+        EXPECT_EQ(Format("%S", L"a\xd83dz"), "a?z");
+    }
+    const CodePage utf8(CP_UTF8);
+    EXPECT_EQ(Format("%S", L"a\xd800z"), "a\xef\xbf\xbdz");
+    EXPECT_EQ(Format("%S", L"\xdc00"), "\xef\xbf\xbd");
 }
 
-TEST(NarrowFormat, EverythingAroundUnmappableTextStays)
+TEST(NarrowFormat, SurrogatePairsThatTheCodePageLacksDoNotEndTheText)
 {
-    if (!HasCodePage1252()) {
-        GTEST_SKIP() << "for code page 1252";
+    for (const UINT codePage : {kWestern, kJapanese}) {
+        const CodePage system(codePage);
+        // One mark for the pair or one for each half, as the platform has it.
+        EXPECT_THAT(Format("%S!", L"a\xd83d\xde00z"), AnyOf("a?z!", "a??z!"));
     }
+}
+
+// No other code page in the place of the system's.
+TEST(NarrowFormat, TheMachinesOwnCodePageIsUsed)
+{
+    const wchar_t text[] = L"A \u00e9\u0101\u30e1\u0e01 \xd83d\xde00\xd800";
+    std::string expected;
+    {
+        const CodePage own(GetACP());
+        expected = Format("%S", text);
+    }
+    EXPECT_EQ(Format("%S", text), expected);
+}
+
+TEST(NarrowFormat, EverythingAroundWideTextStays)
+{
+    const CodePage western(kWestern);
     EXPECT_EQ(Format("%S(%S, 0x%08X, 0x%04X, %04d, %d, %s, %%) IN\r\n", L"A", kUnmappable, 0xA0000001u, 0x2A,
                      7, -1, "narrow"),
               "A(??, 0xA0000001, 0x002A, 0007, -1, narrow, %) IN\r\n");
     EXPECT_EQ(Format("%S|%S|%S", kUnmappable, L"", kUnmappable), "??||??");
-    EXPECT_EQ(Format("%S", kUnmappable), "??");
 }
 
-TEST(NarrowFormat, HostsLocaleIsLeftAlone)
+TEST(NarrowFormat, HostsLocaleIsLeftAloneAndDoesNotCount)
 {
     const std::string before = std::setlocale(LC_ALL, nullptr);
-    Format("%S", L"x");
-    Format("%S", kUnmappable);
+    (void)Format("%S", L"x");
+    (void)Format("%S", kUnmappable);
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
+
+    const CodePage western(kWestern);
+    ASSERT_NE(std::setlocale(LC_ALL, ".1251"), nullptr);
+    EXPECT_EQ(Format("%S", L"\u00e9\u0436"), "\xe9?");
+    std::setlocale(LC_ALL, before.c_str());
+}
+
+// The length, or -1 when memory was asked for.
+int LengthWithoutMemory(const char* format, ...)
+{
+    char buffer[kLargestMessage];
+    bool isAsked = false;
+    va_list arguments;
+    va_start(arguments, format);
+    int length = 0;
+    {
+        const test::AllocationWatch watch(0);
+        length = FormatNarrow(buffer, sizeof buffer, format, arguments);
+        isAsked = watch.Failed();
+    }
+    va_end(arguments);
+    return isAsked ? -1 : length;
+}
+
+TEST(NarrowFormat, NeedsNoMemory)
+{
+    const CodePage western(kWestern);
+    const std::wstring text = Repeated(L"\u0101\u30e1\u00e9", 300);
+    EXPECT_EQ(LengthWithoutMemory("%S(%S, 0x%08X)\r\n", L"A", text.c_str(), 5), 917);
 }
 
 TEST(NarrowFormat, LongestMessageFits)
@@ -144,26 +231,80 @@ TEST(NarrowFormat, LongestMessageFits)
     const std::wstring wide(1023, L'x');
     EXPECT_EQ(Format("%s", narrow.c_str()), narrow);
     EXPECT_EQ(Format("%S", wide.c_str()), narrow);
+    EXPECT_EQ(Format("%S%s\r\n", wide.substr(500).c_str(), narrow.substr(525).c_str()),
+              narrow.substr(2) + "\r\n");
 }
 
-TEST(NarrowFormat, LongestMessageWithUnmappableTextFits)
+// Bytes count, not letters.
+struct Lengths
 {
-    if (!HasCodePage1252()) {
-        GTEST_SKIP() << "for code page 1252";
-    }
-    const std::wstring wide = L"\u30e1" + std::wstring(1022, L'x');
-    EXPECT_EQ(Format("%S", wide.c_str()), "?" + std::string(1022, 'x'));
+    UINT codePage;
+    std::wstring fits; // 1,023 bytes
+};
+
+class LongestText : public ::testing::TestWithParam<Lengths>
+{
+};
+
+TEST_P(LongestText, Has1023BytesHoweverManyLetters)
+{
+    const test::InvalidParameterHandler handler;
+    const CodePage system(GetParam().codePage);
+    const std::wstring& fits = GetParam().fits;
+    EXPECT_EQ(Format("%S", fits.c_str()).size(), 1023u);
+    EXPECT_EQ(Format("%Sx", fits.c_str()), "");
+    EXPECT_EQ(Format("x%S", fits.c_str()), "");
+    EXPECT_EQ(Format("%S", (fits + L"x").c_str()), "");
+    EXPECT_EQ(Format("%S", (fits + fits.front()).c_str()), "");
+    EXPECT_EQ(Format("%S%S", fits.c_str(), fits.c_str()), "");
+    EXPECT_EQ(Format("%S%S", fits.c_str(), L""), Format("%S", fits.c_str()));
 }
+
+INSTANTIATE_TEST_SUITE_P(NarrowFormat, LongestText,
+                         ::testing::Values(Lengths{kWestern, Repeated(L"\u00e9", 1023)},
+                                           Lengths{kWestern, Repeated(L"\u30e1", 1023)},
+                                           Lengths{kJapanese, Repeated(L"\u30e1", 511) + L"x"},
+                                           Lengths{kJapanese, L"x" + Repeated(L"\u30e1", 511)},
+                                           Lengths{kJapanese, Repeated(L"\u0e01", 1023)},
+                                           Lengths{CP_UTF8, Repeated(L"\u30e1", 341)},
+                                           Lengths{CP_UTF8, Repeated(L"\xd83d\xde00", 255) + L"xyz"},
+                                           Lengths{CP_UTF8, Repeated(L"\xd800", 341)}));
 
 TEST(NarrowFormat, MessageThatDoesNotFitIsEmpty)
 {
     const test::InvalidParameterHandler handler;
-    for (const std::size_t size : {1024u, 1025u, 1026u, 2000u, 100000u}) {
+    for (const std::size_t size : {1024u, 1025u, 1026u, 2000u, 2048u, 2049u, 100000u}) {
         EXPECT_EQ(Format("%s", std::string(size, 'x').c_str()), "") << size;
         EXPECT_EQ(Format("%S", std::wstring(size, L'x').c_str()), "") << size;
         EXPECT_EQ(Format("%S", (kUnmappable + std::wstring(size, L'x')).c_str()), "") << size;
         EXPECT_EQ(Format("%S", (std::wstring(size, L'x') + kUnmappable).c_str()), "") << size;
+        EXPECT_EQ(Format("%S", (L"x" + Repeated(L"\xd83d\xde00", size)).c_str()), "") << size;
+        EXPECT_EQ(Format("%s%d%S\r\n", std::string(size, 'x').c_str(), 7, L"A"), "") << size;
+        EXPECT_EQ(Format(std::string(size, 'x').c_str()), "") << size;
     }
+}
+
+std::vector<std::size_t> g_lengths; // of the messages that the C runtime was given
+
+int GiveToCRuntime(char*, std::size_t size, const char* format, _locale_t locale, ...)
+{
+    EXPECT_EQ(size, 1024u);
+    EXPECT_STREQ(format, "%s");
+    va_list arguments;
+    va_start(arguments, locale);
+    g_lengths.push_back(std::strlen(va_arg(arguments, const char*)));
+    va_end(arguments);
+    return -1;
+}
+
+// What becomes of a message that does not fit is for the C runtime to say: as a rule it ends the process.
+TEST(NarrowFormat, MessageThatDoesNotFitIsGivenToTheCRuntime)
+{
+    g_lengths.clear();
+    const test::ImportPatch<decltype(&GiveToCRuntime)> patch("_sprintf_s_l", GiveToCRuntime);
+    EXPECT_EQ(Format("%S", std::wstring(1024, L'x').c_str()), "");
+    EXPECT_EQ(Format("%S", std::wstring(100000, L'x').c_str()), "");
+    EXPECT_THAT(g_lengths, ElementsAre(1024u, 1024u)); // too long for it, by one
 }
 
 TEST(NarrowFormat, SmallerBufferIsKeptToo)

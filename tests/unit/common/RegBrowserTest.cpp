@@ -49,7 +49,7 @@ TEST_F(RegBrowser, ReadingOpensForReadingAndCloses)
 {
     m_key.SetDword(kValue, 0);
     RegCalls calls;
-    CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type);
+    (void)CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type);
     EXPECT_THAT(
         calls.journal,
         ElementsAre(kOpenForReading, "query ApplicationTileImmersiveActivation type 4 size 4", "close"));

@@ -44,8 +44,8 @@ TEST_F(Reg, ReaderOpensTheKeyForReadingAndClosesItAtEveryCall)
     m_key.SetDword(L"DebugLog", 1);
     RegCalls calls;
     DWORD value = 0;
-    CQanhReg::GetDWORDRegVal(L"DebugLog", &value);
-    CQanhReg::GetDWORDRegVal(L"None", &value);
+    (void)CQanhReg::GetDWORDRegVal(L"DebugLog", &value);
+    (void)CQanhReg::GetDWORDRegVal(L"None", &value);
     EXPECT_THAT(calls.journal, ElementsAre(kOpen, "query DebugLog type 4 size 4", "close", kOpen,
                                            "query None type 4 size 4", "close"));
 }
@@ -270,10 +270,10 @@ TEST_F(Reg, LogOfTheGetters)
     m_key.SetDword(L"RefreshInterval", 0xFFFFFFFF);
     m_key.SetDword(L"ClearClipboardWaitTime", 250);
     const test::LogCapture log;
-    CQanhReg::IsDebugLogOn();
-    CQanhReg::GetManifestReaderSetting();
-    CQanhReg::GetRefreshInterval();
-    CQanhReg::GetClearClipboardWaitTime();
+    (void)CQanhReg::IsDebugLogOn();
+    (void)CQanhReg::GetManifestReaderSetting();
+    (void)CQanhReg::GetRefreshInterval();
+    (void)CQanhReg::GetClearClipboardWaitTime();
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
                             "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(1)",
@@ -292,10 +292,10 @@ TEST_F(Reg, LogOfTheGettersTellsTheDefaults)
     m_key.SetDword(L"ManifestReaderSetting", 2);
     m_key.SetText(L"RefreshInterval", L"5");
     const test::LogCapture log;
-    CQanhReg::IsDebugLogOn();
-    CQanhReg::GetManifestReaderSetting();
-    CQanhReg::GetRefreshInterval();
-    CQanhReg::GetClearClipboardWaitTime();
+    (void)CQanhReg::IsDebugLogOn();
+    (void)CQanhReg::GetManifestReaderSetting();
+    (void)CQanhReg::GetRefreshInterval();
+    (void)CQanhReg::GetClearClipboardWaitTime();
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
                             "CQanhReg::GetDWORDRegVal OUT(0)", "CQanhReg::IsDebugLogOn OUT(0)",

@@ -3,12 +3,14 @@
 #include "common/WinRtError.h"
 
 #include "support/ImportPatch.h"
+#include "support/LogCapture.h"
 
 #include <gmock/gmock.h>
 
 #include <cwchar>
 #include <exception>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -41,6 +43,19 @@ TEST(WinRtErrorMessage, IsTheSystemsTextForTheResult)
     // A text with places for inserts has none here.
     EXPECT_TRUE(g_flags & FORMAT_MESSAGE_IGNORE_INSERTS);
     EXPECT_FALSE(g_flags & FORMAT_MESSAGE_ALLOCATE_BUFFER);
+}
+
+TEST(WinRtErrorMessage, StandsInTheExitLine)
+{
+    g_text = L"No such thing.";
+    const test::ImportPatch<decltype(&Text)> patch("FormatMessageW", Text);
+    const test::LogCapture log;
+    try {
+        throw WinRtError(E_ACCESSDENIED);
+    } catch (...) {
+        EXPECT_EQ(LogCaught(L"CQanhX::Do", E_OUTOFMEMORY), E_FAIL);
+    }
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{"CQanhX::Do OUT(No such thing.)"});
 }
 
 TEST(WinRtErrorMessage, HasNoBlanksBehindIt)

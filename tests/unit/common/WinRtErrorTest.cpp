@@ -1,11 +1,16 @@
 #include "common/WinRtError.h"
 
-#include <gtest/gtest.h>
+#include "support/LogCapture.h"
+
+#include <gmock/gmock.h>
 
 #include <cwchar>
+#include <new>
 #include <string>
 
 namespace {
+
+using ::testing::ElementsAre;
 
 TEST(WinRtError, SuccessIsNotRaised)
 {
@@ -31,6 +36,35 @@ TEST(WinRtError, FailureIsRaisedWithItsResultAndText)
 TEST(WinRtError, FailureWithoutATextShowsItsCode)
 {
     EXPECT_STREQ(WinRtError(static_cast<HRESULT>(0xA0000001)).Message(), L"0xA0000001");
+}
+
+// At an operation's boundary.
+
+TEST(LogCaught, APlatformErrorLeavesWithItsMessage)
+{
+    const test::LogCapture log;
+    try {
+        throw WinRtError(static_cast<HRESULT>(0xA0000001));
+    } catch (...) {
+        EXPECT_EQ(LogCaught(L"CQanhX::Do", E_OUTOFMEMORY), E_FAIL);
+    }
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhX::Do OUT(0xA0000001)"));
+}
+
+TEST(LogCaught, WhateverElseLeavesWithTheOperationsResultForIt)
+{
+    const test::LogCapture log;
+    try {
+        throw std::bad_alloc();
+    } catch (...) {
+        EXPECT_EQ(LogCaught(L"CQanhX::Do", E_OUTOFMEMORY), E_OUTOFMEMORY);
+    }
+    try {
+        throw 4711;
+    } catch (...) {
+        EXPECT_EQ(LogCaught(L"CQanhX::Do", E_FAIL), E_FAIL);
+    }
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhX::Do OUT(0x8007000E)", "CQanhX::Do OUT(0x80004005)"));
 }
 
 } // namespace

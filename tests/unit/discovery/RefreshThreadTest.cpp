@@ -69,10 +69,10 @@ TEST_F(RefreshThread, ReadsTheCommonVariableFirst)
 {
     static std::vector<std::wstring> s_names;
     s_names.clear();
-    const test::ImportPatch<errno_t (*)(std::size_t*, wchar_t*, std::size_t, const wchar_t*)> patch(
-        "_wgetenv_s", [](std::size_t* size, wchar_t*, std::size_t, const wchar_t* name) -> errno_t {
+    const test::ImportPatch<decltype(&GetEnvironmentVariableW)> patch(
+        "GetEnvironmentVariableW", [](const wchar_t* name, wchar_t*, DWORD) -> DWORD {
             s_names.push_back(name);
-            *size = 0;
+            SetLastError(ERROR_ENVVAR_NOT_FOUND);
             return 0;
         });
     EXPECT_EQ(Run(), 2011u);

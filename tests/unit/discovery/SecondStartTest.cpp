@@ -129,7 +129,7 @@ TEST_F(SecondStart, WritesTheSameLinesAsTheFirst)
 TEST_F(PackageManagerStart, WhatStandsInTheCatalogBeforeTheFirstStartStays)
 {
     WriteCatalog();
-    m_manager.m_AppNameList.AddDesktopApp(L"early", L"C:\\early.lnk");
+    EXPECT_EQ(m_manager.m_AppNameList.AddDesktopApp(L"early", L"C:\\early.lnk"), S_OK);
     ASSERT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\early.lnk", L"C:\\catalog.lnk"));
 }

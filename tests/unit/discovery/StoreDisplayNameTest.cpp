@@ -2,6 +2,7 @@
 
 #include "unit/discovery/StoreQueries.h"
 
+#include "support/FakeResources.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -45,6 +46,7 @@ protected:
                ") IN";
     }
 
+    test::FakeResources m_resources;
     test::TemporaryFolder m_folder;
     wchar_t* m_name = nullptr;
 };
@@ -81,6 +83,36 @@ TEST_F(DisplayNameOfFamily, IsThatOfTheFirstPackage)
     m_store.Add(facts);
     EXPECT_EQ(Ask(), S_OK);
     EXPECT_STREQ(m_name, L"first");
+}
+
+// The package's apartment is entered before the search and left after the package is given back.
+TEST_F(DisplayNameOfFamily, IsReadInAnApartmentOfItsOwn)
+{
+    Install("<Application><VisualElements DisplayName=\"Weather\"/></Application>");
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), S_OK); }));
+    EXPECT_STREQ(m_name, L"weather");
+    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000000", "RoInitialize(0) = 0x00000001",
+                                       "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
+                                       "ActivateInstance", "QueryInterface",
+                                       "FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First",
+                                       "HasCurrent", "Current", "RoUninitialize", "InstalledLocation",
+                                       "QueryInterface", "Path", "RoUninitialize"));
+}
+
+TEST_F(DisplayNameOfFamily, IsHadInEveryApartment)
+{
+    Install("<Application><VisualElements DisplayName=\"ms-resource:Name\"/></Application>");
+    m_resources
+        .texts[L"@{Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe?ms-resource://Contoso.Mail/resources/name}"] =
+        L"Weather";
+    for (const Apartment apartment :
+         {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
+        EXPECT_TRUE(test::KeepsApartment(apartment, [&] { EXPECT_EQ(Ask(), S_OK); }))
+            << ::testing::PrintToString(apartment);
+        EXPECT_STREQ(m_name, L"Weather");
+        LocalFree(m_name);
+        m_name = nullptr;
+    }
 }
 
 // The package is held until the last line is written, and given back after it.

@@ -64,6 +64,42 @@ TEST_F(IsInstalled, ExTellsWhatWasFound)
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 0)");
 }
 
+// The package's apartment is entered before the search and left after the package is given back.
+
+TEST_F(IsInstalled, HoldsAnApartmentAroundThePackage)
+{
+    const test::FakePackage* package = m_store.Add(kFamily, {L"word"});
+    std::vector<LONG> references;
+    m_store.onUninitialize = [&] { references.push_back(package->References()); };
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), S_OK); }));
+    EXPECT_EQ(m_isInstalled, 1);
+    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000000", "RoInitialize(0) = 0x00000001",
+                                       "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
+                                       "ActivateInstance", "QueryInterface",
+                                       "FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First",
+                                       "HasCurrent", "Current", "RoUninitialize", "RoUninitialize"));
+    EXPECT_THAT(references, ElementsAre(1, 0));
+    references.clear();
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(AskEx(L"word"), S_OK); }));
+    EXPECT_THAT(references, ElementsAre(1, 0));
+}
+
+TEST_F(IsInstalled, WorksInEveryApartmentAndLeavesWhatItEntered)
+{
+    m_store.Add(kFamily, {L"word"});
+    for (const Apartment apartment :
+         {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
+        EXPECT_TRUE(test::KeepsApartment(apartment, [&] {
+            m_isInstalled = 7;
+            EXPECT_EQ(Ask(), S_OK);
+            EXPECT_EQ(m_isInstalled, 1);
+            m_isInstalled = 7;
+            EXPECT_EQ(AskEx(L"word"), S_OK);
+            EXPECT_EQ(m_isInstalled, 1);
+        })) << ::testing::PrintToString(apartment);
+    }
+}
+
 TEST_F(IsInstalled, NullAndEmptyArguments)
 {
     const test::LogCapture log;

@@ -2,6 +2,8 @@
 
 #include "unit/discovery/StoreQueries.h"
 
+#include "common/Apartment.h"
+
 #include <gmock/gmock.h>
 
 #include <string>
@@ -103,7 +105,8 @@ TEST_F(GetPackageManager, AFailingStepIsLoggedAndTheRuntimeStaysTheCallersToLeav
     }
 }
 
-// The first package of a family.
+// The first package of a family. Whoever looks for one holds an apartment around it: the thread is out of the
+// one of the search when it has the package.
 
 class FindPackage : public StoreQueries
 {
@@ -118,6 +121,8 @@ protected:
         return static_cast<test::FakePackage*>(
             CQanhPackageManager::FindPackageByNameEx(familyName, fragment).Get());
     }
+
+    const ComApartment m_apartment{CoInitialize(nullptr)};
 };
 
 TEST_F(FindPackage, IsTheFirstOfItsFamily)
@@ -125,7 +130,7 @@ TEST_F(FindPackage, IsTheFirstOfItsFamily)
     m_store.Add(L"other");
     test::FakePackage* first = m_store.Add(kFamily);
     m_store.Add(kFamily);
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] {
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
         const test::LogCapture log;
         EXPECT_EQ(Find(), first);
         EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::FindPackageByName(mail_1) IN",
@@ -134,11 +139,24 @@ TEST_F(FindPackage, IsTheFirstOfItsFamily)
                                              "CQanhPackageManager::FindPackageByName OUT"));
     }));
     // The current user has an empty ID. No package but the first is looked at.
-    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000000",
+    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000001",
                                        "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
                                        "ActivateInstance", "QueryInterface",
                                        "FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First",
                                        "HasCurrent", "Current", "RoUninitialize"));
+}
+
+TEST_F(FindPackage, EntersTheRuntimeForAThreadWithoutAnApartment)
+{
+    m_store.Add(L"other");
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(Find(), nullptr); }));
+    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000000",
+                                       "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
+                                       "ActivateInstance", "QueryInterface",
+                                       "FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First",
+                                       "HasCurrent", "RoUninitialize"));
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(FindEx(L""), nullptr); }));
+    EXPECT_EQ(Journal().back(), "RoUninitialize");
 }
 
 TEST_F(FindPackage, IsHandedOutWithOneReference)
@@ -260,11 +278,10 @@ TEST_F(FindPackage, WithoutTheRuntimeIsNone)
     EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x8007000E"));
 }
 
-TEST_F(FindPackage, WorksInEveryApartment)
+TEST_F(FindPackage, WorksInTheApartmentOfTheCaller)
 {
     test::FakePackage* package = m_store.Add(kFamily, {L"part"});
-    for (const Apartment apartment :
-         {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
+    for (const Apartment apartment : {Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
         Journal().clear();
         EXPECT_TRUE(test::KeepsApartment(apartment, [&] {
             EXPECT_EQ(Find(), package);
@@ -305,7 +322,7 @@ TEST_F(FindPackage, ExIsTheFirstThatDependsOnTheFragment)
     test::FakePackage* third = m_store.Add(kFamily, {L"other_1", L"the.word.part_1", L"last_1"});
     m_store.Add(kFamily, {L"the.word.part_1"});
     const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(FindEx(L"word"), third); }));
+    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] { EXPECT_EQ(FindEx(L"word"), third); }));
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::FindPackageByNameEx(mail_1) IN",
                                          "CQanhPackageManager::GetPackageManager IN",
                                          "CQanhPackageManager::GetPackageManager OUT(0x00000000)",

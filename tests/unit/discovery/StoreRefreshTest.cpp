@@ -93,7 +93,8 @@ TEST_F(StoreRefresh, HandsEveryPackageOfTheUserToTheCatalogueInOrder)
 TEST_F(StoreRefresh, AsksForThePackagesOfTheCurrentUser)
 {
     m_store.Add(L"a");
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { m_manager.RefreshMetroApps(); }));
+    EXPECT_TRUE(
+        test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK); }));
     EXPECT_THAT(Journal(),
                 ElementsAre("RoInitialize(0) = 0x00000000",
                             "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
@@ -183,9 +184,9 @@ TEST_F(StoreRefresh, ReturnsAnotherSuccessOfTheLastPackage)
     test::PackageFacts facts;
     facts.path = folder.Path();
     m_store.Add(L"a");
-    m_store.Add(facts);
+    test::FakePackage* const last = m_store.Add(facts);
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
-    m_manager.m_AppNameList.GetPackage(facts.familyName.c_str())->Version = RecordVersion();
+    ++last->facts.version.Major;
     const test::LogCapture log;
     // A changed package answers with the end of its manifest.
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_FALSE);
@@ -265,13 +266,13 @@ TEST_F(StoreRefresh, SurvivesEveryFailingCall)
 {
     m_store.Add(L"a");
     m_store.Add(L"b");
-    m_manager.RefreshMetroApps();
+    EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     const std::size_t calls = m_store.objects.Calls();
     ASSERT_GT(calls, 20u);
     for (std::size_t index = 0; index < calls; ++index) {
         m_manager.m_AppNameList.Clear();
         m_store.objects.FailCall(m_store.objects.Calls() + index, E_ACCESSDENIED);
-        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { m_manager.RefreshMetroApps(); }));
+        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { (void)m_manager.RefreshMetroApps(); }));
         EXPECT_EQ(Journal().back(), "RoUninitialize");
         EXPECT_LE(Families().size(), 2u);
     }
@@ -366,7 +367,7 @@ TEST_F(StoreRefresh, PollsTheExitEventWithoutWaitingAndLeavesItSet)
                 s_waits.push_back(milliseconds);
                 return WAIT_TIMEOUT;
             });
-        m_manager.RefreshMetroApps();
+        EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     }
     EXPECT_THAT(s_waits, ElementsAre(0u));
     EXPECT_EQ(WaitForSingleObject(m_manager.m_hExitEvent, 0), WAIT_OBJECT_0);
@@ -391,8 +392,9 @@ protected:
     StorePass()
     {
         for (const wchar_t* family : {L"mail", L"news"}) {
-            m_manager.m_AppNameList.AddMetroPackage(
-                std::make_unique<CQanhPackage>(family, RecordVersion(), FALSE, TRUE));
+            EXPECT_EQ(m_manager.m_AppNameList.AddMetroPackage(
+                          std::make_unique<CQanhPackage>(family, RecordVersion(), FALSE, TRUE)),
+                      S_OK);
         }
     }
 
@@ -426,7 +428,7 @@ protected:
 TEST_F(StorePass, MarksEachPackageByWhetherTheSystemHasIt)
 {
     m_store.Add(L"mail");
-    m_manager.m_AppNameList.GetPackage(L"mail")->IsInstalled = FALSE;
+    m_manager.m_AppNameList.SetPackagesInstalled({FALSE, TRUE});
     SetExitEventAt("FindPackagesByUserSecurityId", 0);
     RunPass();
     EXPECT_EQ(IsInstalled(L"mail"), 1);
@@ -435,7 +437,7 @@ TEST_F(StorePass, MarksEachPackageByWhetherTheSystemHasIt)
 
 TEST_F(StorePass, CountsAPackageAsInstalledWhoseStateCannotBeRead)
 {
-    m_manager.m_AppNameList.GetPackage(L"news")->IsInstalled = FALSE;
+    m_manager.m_AppNameList.SetPackagesInstalled({TRUE, FALSE});
     m_store.objects.Fail("First", E_ACCESSDENIED, 1);
     SetExitEventAt("FindPackagesByUserSecurityId", 0);
     RunPass();

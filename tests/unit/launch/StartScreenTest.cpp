@@ -353,6 +353,7 @@ TEST_P(SearchPaneClass, IsComparedWholeAndToTheLetter)
     ASSERT_TRUE(window.IsInFront());
     const test::LogCapture log;
     EXPECT_EQ(CQanhMonitorMode::IsSearchPaneForeground(), GetParam().second);
+    EXPECT_THAT(log.Lines(), IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, SearchPaneClass,

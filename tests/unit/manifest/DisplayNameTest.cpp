@@ -1,5 +1,6 @@
 // The one display name of a package.
 
+#include "common/Apartment.h"
 #include "support/Allocations.h"
 #include "support/FakePackages.h"
 #include "unit/manifest/BrokenReader.h"
@@ -45,6 +46,7 @@ protected:
         return Get();
     }
 
+    const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
     test::FakeObjects m_objects;
     test::FakePackage* m_store;
     wchar_t* m_name = nullptr;

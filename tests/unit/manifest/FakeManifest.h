@@ -215,6 +215,9 @@ private:
         if (FAILED(hr)) {
             return hr;
         }
+        if (test::ApartmentOfThread() == test::Apartment::kNone) {
+            return CO_E_NOTINITIALIZED;
+        }
         if (!IsEqualIID(interfaceId, __uuidof(platform::IAppxFactory))) {
             return E_NOINTERFACE;
         }

@@ -89,7 +89,7 @@ TEST_F(ManifestReaderSetting, LogOfTheLoading)
 {
     m_settings.SetDword(kSetting, 0);
     const test::LogCapture log;
-    CQanhManifestReader::LoadSetting();
+    EXPECT_EQ(CQanhManifestReader::LoadSetting(), 0u);
     EXPECT_THAT(log.Lines(),
                 ElementsAre("CQanhManifestReader::LoadSetting IN", "CQanhReg::GetManifestReaderSetting IN",
                             "CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(1)",

@@ -40,7 +40,7 @@ TEST_F(ManifestReader, LowersLatinLettersOnly)
 
 TEST_F(ManifestReader, AddsToWhatThePackageHasAlready)
 {
-    m_package.AddApplication(L"Old", L"O");
+    EXPECT_EQ(m_package.AddApplication(L"Old", L"O"), S_OK);
     EXPECT_EQ(Parse(Manifest(Application("Weather", "W"))), S_FALSE);
     EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"Old", L"O"), Pair(L"weather", L"w")));
 }
@@ -141,7 +141,8 @@ TEST_F(ManifestReader, ReadsOnManyThreadsAtOnce)
         threads.emplace_back([&, index] {
             CQanhPackage package(L"N", L"F", L"N", {});
             for (std::size_t time = 0; time < kTimes; ++time) {
-                CQanhManifestReader::GetAppNameUsingXmlParser(paths[index].c_str(), &package);
+                EXPECT_EQ(CQanhManifestReader::GetAppNameUsingXmlParser(paths[index].c_str(), &package),
+                          S_FALSE);
             }
             names[index] = NamesOf(package);
         });
@@ -446,7 +447,7 @@ TEST_F(ManifestReader, TheLogOfAResourceStandsBetweenItsAttributeAndTheNextStep)
     m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"My App";
     Write(Manifest(Application("ms-resource:A", "B")));
     const test::LogCapture log;
-    CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package);
+    EXPECT_EQ(CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package), S_FALSE);
     const auto lines = log.Lines();
     ASSERT_GT(lines.size(), 12u);
     EXPECT_THAT(std::vector<std::string>(lines.begin() + 8, lines.begin() + 13),

@@ -216,7 +216,7 @@ TEST_F(ResourceString, EveryResultThatIsNoFailureIsSuccess)
 
 TEST_F(ResourceString, TheBufferIsLoggedAsTheCallerGaveIt)
 {
-    std::wcscpy(m_buffer, L"before");
+    wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"after";
     const test::LogCapture log;
     EXPECT_TRUE(Convert(L"ms-resource:A"));
@@ -232,7 +232,7 @@ class NoReference : public ResourceString, public ::testing::WithParamInterface<
 
 TEST_P(NoReference, IsLeftAlone)
 {
-    std::wcscpy(m_buffer, L"before");
+    wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     EXPECT_FALSE(Convert(GetParam()));
     EXPECT_THAT(m_resources.requests, IsEmpty());
     EXPECT_STREQ(m_buffer, L"before");
@@ -254,7 +254,7 @@ TEST_F(ResourceString, NoReferenceHasNoLineButTheFirst)
 TEST_F(ResourceString, PackagesWithoutANameHaveNoResources)
 {
     const test::LogCapture log;
-    std::wcscpy(m_buffer, L"before");
+    wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     EXPECT_FALSE(Convert(L"ms-resource:A", nullptr, L"N"));
     EXPECT_FALSE(Convert(L"ms-resource:A", L"F", nullptr));
     EXPECT_FALSE(Convert(L"ms-resource:A", L"", L"N"));
@@ -307,7 +307,7 @@ TEST_F(ResourceString, RunningOutOfMemoryIsRaised)
         {
             const test::AllocationWatch watch(index);
             try {
-                CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
+                (void)CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
             } catch (const std::bad_alloc&) {
                 raised = true;
             }

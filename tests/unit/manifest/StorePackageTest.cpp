@@ -2,6 +2,7 @@
 
 #include "manifest/StorePackage.h"
 
+#include "common/Apartment.h"
 #include "common/WinRtError.h"
 #include "support/FakePackages.h"
 
@@ -39,6 +40,7 @@ protected:
         return S_OK;
     }
 
+    const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
     test::FakeObjects m_objects;
     test::FakePackage* m_package;
 };
@@ -84,20 +86,20 @@ TEST_F(StorePackageObject, RaisesTheResultOfEveryFailingCall)
          {"Id", "FamilyName", "FullName", "Name", "Version", "InstalledLocation", "QueryInterface", "Path"}) {
         m_objects.Fail(call, E_ACCESSDENIED);
     }
-    EXPECT_EQ(Raised([&] { StorePackage::Identity(m_package); }), E_ACCESSDENIED);
-    EXPECT_EQ(Raised([&] { StorePackage::FamilyName(identity.Get()); }), E_ACCESSDENIED);
-    EXPECT_EQ(Raised([&] { StorePackage::FullName(identity.Get()); }), E_ACCESSDENIED);
-    EXPECT_EQ(Raised([&] { StorePackage::Name(identity.Get()); }), E_ACCESSDENIED);
-    EXPECT_EQ(Raised([&] { StorePackage::Version(identity.Get()); }), E_ACCESSDENIED);
-    EXPECT_EQ(Raised([&] { StorePackage::InstalledPath(m_package); }), E_ACCESSDENIED);
+    EXPECT_EQ(Raised([&] { return StorePackage::Identity(m_package); }), E_ACCESSDENIED);
+    EXPECT_EQ(Raised([&] { return StorePackage::FamilyName(identity.Get()); }), E_ACCESSDENIED);
+    EXPECT_EQ(Raised([&] { return StorePackage::FullName(identity.Get()); }), E_ACCESSDENIED);
+    EXPECT_EQ(Raised([&] { return StorePackage::Name(identity.Get()); }), E_ACCESSDENIED);
+    EXPECT_EQ(Raised([&] { return StorePackage::Version(identity.Get()); }), E_ACCESSDENIED);
+    EXPECT_EQ(Raised([&] { return StorePackage::InstalledPath(m_package); }), E_ACCESSDENIED);
 }
 
 TEST_F(StorePackageObject, RaisesWhereverItsFolderFails)
 {
     m_objects.Fail("QueryInterface", E_NOINTERFACE, 0);
-    EXPECT_EQ(Raised([&] { StorePackage::InstalledPath(m_package); }), E_NOINTERFACE);
+    EXPECT_EQ(Raised([&] { return StorePackage::InstalledPath(m_package); }), E_NOINTERFACE);
     m_objects.Fail("Path", E_ABORT, 0);
-    EXPECT_EQ(Raised([&] { StorePackage::InstalledPath(m_package); }), E_ABORT);
+    EXPECT_EQ(Raised([&] { return StorePackage::InstalledPath(m_package); }), E_ABORT);
 }
 
 TEST_F(StorePackageObject, ManifestStandsInItsFolder)

@@ -143,6 +143,20 @@ TEST(StandInManifest, CutOffDocumentFailsAndKeepsWhatStoodBefore)
     EXPECT_EQ(read.applications.size(), 2u);
 }
 
+// Whoever moves a file has it open for a moment, for deleting, under its new name too.
+TEST_F(StandInPackageStore, ManifestThatIsBeingMovedIsRead)
+{
+    ASSERT_EQ(WritePackage(Folder(L"Post"), manifest, ""), S_OK);
+    const std::wstring path = Folder(L"Post\\AppxManifest.xml");
+    const HANDLE mover = CreateFileW(path.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                     OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(mover, INVALID_HANDLE_VALUE);
+    standin::Manifest read;
+    EXPECT_EQ(standin::ReadManifestFile(path, read), S_OK);
+    EXPECT_EQ(read.name, L"Vel.Post");
+    CloseHandle(mover);
+}
+
 TEST_F(StandInPackageStore, DocumentsOfOthersAreRefused)
 {
     standin::Manifest read;

@@ -104,8 +104,8 @@ TEST(StandInQuery, UnbalancedTextIsReadToItsEnd)
 
 TEST(StandInQuery, DeepNestingEnds)
 {
-    const std::wstring open(100000, L'(');
-    EXPECT_TRUE(Query(open + L"mail").Hits(L"Mail"));
+    const std::wstring brackets(100000, L'(');
+    EXPECT_TRUE(Query(brackets + L"mail").Hits(L"Mail"));
     std::wstring nots;
     for (int count = 0; count < 20000; ++count) {
         nots += L"NOT(";
@@ -137,16 +137,42 @@ TEST(StandInSettings, KeepsAndClearsEverySwitch)
 {
     ASSERT_TRUE(standin::ClearSettings());
     DWORD value = 0x80004005;
-    for (const standin::SettingDescription& description : standin::settings) {
-        EXPECT_EQ(standin::GetSetting(description.setting), 0u);
-        EXPECT_TRUE(standin::SetSetting(description.setting, ++value));
-        EXPECT_EQ(standin::GetSetting(description.setting), value);
+    for (std::size_t index = 0; index < std::size(standin::settings); ++index) {
+        const auto setting = static_cast<standin::Setting>(index);
+        EXPECT_EQ(standin::GetSetting(setting), 0u);
+        EXPECT_TRUE(standin::SetSetting(setting, ++value));
+        EXPECT_EQ(standin::GetSetting(setting), value);
     }
     EXPECT_TRUE(standin::ClearSettings());
-    for (const standin::SettingDescription& description : standin::settings) {
-        EXPECT_EQ(standin::GetSetting(description.setting), 0u);
+    for (std::size_t index = 0; index < std::size(standin::settings); ++index) {
+        EXPECT_EQ(standin::GetSetting(static_cast<standin::Setting>(index)), 0u);
     }
     EXPECT_TRUE(standin::ClearSettings());
+}
+
+TEST(StandInSettings, AreKnownByTheirNames)
+{
+    ASSERT_TRUE(standin::ClearSettings());
+    EXPECT_TRUE(standin::SetSetting(standin::Setting::PaneDelay, 4711));
+    DWORD value = 0;
+    DWORD size = sizeof value;
+    EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, standin::settingsKey, L"PaneDelay", RRF_RT_REG_DWORD, nullptr,
+                           &value, &size),
+              ERROR_SUCCESS);
+    EXPECT_EQ(value, 4711u);
+    EXPECT_TRUE(standin::ClearSettings());
+}
+
+TEST(StandInSettings, AreDescribedEachOnALine)
+{
+    const std::wstring text = standin::DescribeSwitches();
+    for (const standin::SettingDescription& setting : standin::settings) {
+        EXPECT_NE(text.find(std::wstring(L"\r\n") + setting.name + L' '), std::wstring::npos) << setting.name;
+        EXPECT_NE(text.find(std::wstring(L" ") + setting.meaning + L"\r\n"), std::wstring::npos);
+    }
+    for (const wchar_t* name : {L"Journal", L"PackageStore", L"Language"}) {
+        EXPECT_NE(text.find(std::wstring(L"\r\n") + name + L' '), std::wstring::npos) << name;
+    }
 }
 
 TEST(StandInSettings, JournalPathOfAnyLength)

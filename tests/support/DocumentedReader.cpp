@@ -1,0 +1,344 @@
+#include "support/DocumentedReader.h"
+
+#include "support/Text.h"
+
+#include <wrl/client.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace test {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+bool IsBlank(std::string_view text)
+{
+    return text.find_first_not_of(kBlanks) == std::string_view::npos;
+}
+
+// What a name means without its prefix.
+std::wstring LocalName(const std::string& name)
+{
+    const std::size_t colon = name.find(':');
+    return FromUtf8(colon == std::string::npos ? name : name.substr(colon + 1));
+}
+
+std::wstring Character(const std::string& reference)
+{
+    if (reference[0] == '#') {
+        const bool isHexadecimal = reference[1] == 'x';
+        const unsigned long code =
+            std::strtoul(reference.c_str() + (isHexadecimal ? 2 : 1), nullptr, isHexadecimal ? 16 : 10);
+        return code < 0x10000 ? std::wstring(1, static_cast<wchar_t>(code))
+                              : std::wstring{static_cast<wchar_t>(0xD7C0 + (code >> 10)),
+                                             static_cast<wchar_t>(0xDC00 + (code & 0x3FF))};
+    }
+    if (reference == "amp") {
+        return L"&";
+    }
+    if (reference == "lt") {
+        return L"<";
+    }
+    if (reference == "gt") {
+        return L">";
+    }
+    if (reference == "quot") {
+        return L"\"";
+    }
+    if (reference == "apos") {
+        return L"'";
+    }
+    throw std::runtime_error("unknown reference: " + reference);
+}
+
+std::wstring Decoded(std::string_view text)
+{
+    std::wstring decoded;
+    while (!text.empty()) {
+        const std::size_t ampersand = std::min(text.find('&'), text.size());
+        decoded += FromUtf8(text.substr(0, ampersand));
+        text.remove_prefix(ampersand);
+        if (!text.empty()) {
+            const std::size_t end = text.find(';');
+            if (end == std::string_view::npos) {
+                throw std::runtime_error("a bare ampersand");
+            }
+            decoded += Character(std::string(text.substr(1, end - 1)));
+            text.remove_prefix(end + 1);
+        }
+    }
+    return decoded;
+}
+
+} // namespace
+
+HRESULT DocumentedReader::SetInput(IUnknown* input)
+{
+    Microsoft::WRL::ComPtr<IStream> stream;
+    const HRESULT hr = input->QueryInterface(IID_PPV_ARGS(stream.GetAddressOf()));
+    if (FAILED(hr)) {
+        return hr;
+    }
+    char buffer[4096];
+    ULONG size = 0;
+    while (SUCCEEDED(stream->Read(buffer, sizeof buffer, &size)) && size > 0) {
+        m_text.append(buffer, size);
+    }
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (m_text.starts_with(byteOrderMark)) {
+        m_position = byteOrderMark.size();
+    }
+    return S_OK;
+}
+
+HRESULT DocumentedReader::Read(XmlNodeType* type)
+{
+    if (m_result == S_OK) {
+        m_type = XmlNodeType_None;
+        m_name.clear();
+        m_value.clear();
+        m_isEmptyElement = false;
+        m_attributes.clear();
+        m_attribute = 0;
+        try {
+            m_result = ReadNode() ? S_OK : S_FALSE;
+        } catch (HRESULT failure) {
+            m_type = XmlNodeType_None;
+            m_result = failure;
+        }
+    }
+    if (type) {
+        *type = m_type;
+    }
+    return m_result;
+}
+
+bool DocumentedReader::ReadNode()
+{
+    NotePlace();
+    m_depth = static_cast<UINT>(m_open.size());
+    const std::string text = m_text.substr(m_position, m_text.find('<', m_position) - m_position);
+    m_position += text.size();
+    if (m_position == m_text.size()) {
+        if (m_hasRoot && m_open.empty() && IsBlank(text)) {
+            return false;
+        }
+        throw kInputEnds;
+    }
+    if (!text.empty()) {
+        m_type = IsBlank(text) ? XmlNodeType_Whitespace : XmlNodeType_Text;
+        m_value = Decoded(text);
+    } else if (TakeIf("<!--")) {
+        m_type = XmlNodeType_Comment;
+        m_value = FromUtf8(TakeUpTo("-->"));
+    } else if (TakeIf("<![CDATA[")) {
+        m_type = XmlNodeType_CDATA;
+        m_value = FromUtf8(TakeUpTo("]]>"));
+    } else if (TakeIf("<?")) {
+        const std::string instruction = TakeUpTo("?>");
+        const std::string target = instruction.substr(0, instruction.find_first_of(kBlanks));
+        m_type = target == "xml" ? XmlNodeType_XmlDeclaration : XmlNodeType_ProcessingInstruction;
+        m_name = FromUtf8(target);
+    } else if (TakeIf("</")) {
+        ReadEndTag();
+    } else {
+        ReadStartTag();
+    }
+    return true;
+}
+
+void DocumentedReader::ReadStartTag()
+{
+    (void)Take();
+    m_type = XmlNodeType_Element;
+    m_name = LocalName(TakeName());
+    for (PassOverBlanks(); !TakeIf(">"); PassOverBlanks()) {
+        m_isEmptyElement = TakeIf("/>");
+        if (m_isEmptyElement) {
+            break;
+        }
+        m_attributes.push_back(ReadAttribute());
+    }
+    m_hasRoot = true;
+    if (!m_isEmptyElement) {
+        m_open.push_back(m_name);
+    }
+}
+
+void DocumentedReader::ReadEndTag()
+{
+    m_type = XmlNodeType_EndElement;
+    m_name = LocalName(TakeName());
+    PassOverBlanks();
+    if (Take() != '>' || m_open.empty() || m_open.back() != m_name) {
+        throw std::runtime_error("a wrong end tag");
+    }
+    m_open.pop_back();
+}
+
+DocumentedReader::Attribute DocumentedReader::ReadAttribute()
+{
+    Attribute attribute;
+    attribute.name = LocalName(TakeName());
+    PassOverBlanks();
+    if (attribute.name.empty() || Take() != '=') {
+        throw std::runtime_error("a wrong attribute");
+    }
+    PassOverBlanks();
+    attribute.value = Decoded(TakeUpTo(std::string(1, Take())));
+    return attribute;
+}
+
+char DocumentedReader::Take()
+{
+    if (m_position == m_text.size()) {
+        throw kInputEnds;
+    }
+    return m_text[m_position++];
+}
+
+bool DocumentedReader::TakeIf(std::string_view expected)
+{
+    const std::string_view rest = std::string_view(m_text).substr(m_position);
+    if (rest.starts_with(expected)) {
+        m_position += expected.size();
+        return true;
+    }
+    // What begins like it may still become it.
+    if (!rest.empty() && expected.starts_with(rest)) {
+        throw kInputEnds;
+    }
+    return false;
+}
+
+std::string DocumentedReader::TakeUpTo(std::string_view terminator)
+{
+    const std::size_t end = m_text.find(terminator, m_position);
+    if (end == std::string::npos) {
+        throw kInputEnds;
+    }
+    const std::string text = m_text.substr(m_position, end - m_position);
+    m_position = end + terminator.size();
+    return text;
+}
+
+std::string DocumentedReader::TakeName()
+{
+    const std::size_t end = m_text.find_first_of(" \t\r\n=/>", m_position);
+    if (end == std::string::npos) {
+        throw kInputEnds;
+    }
+    const std::string name = m_text.substr(m_position, end - m_position);
+    m_position = end;
+    return name;
+}
+
+void DocumentedReader::PassOverBlanks()
+{
+    m_position = m_text.find_first_not_of(kBlanks, m_position);
+    if (m_position == std::string::npos) {
+        m_position = m_text.size();
+        throw kInputEnds;
+    }
+}
+
+void DocumentedReader::NotePlace()
+{
+    const std::string_view before = std::string_view(m_text).substr(0, m_position);
+    m_line = static_cast<UINT>(std::count(before.begin(), before.end(), '\n') + 1);
+    m_linePosition = static_cast<UINT>(before.size() - (before.rfind('\n') + 1) + 1);
+}
+
+HRESULT DocumentedReader::GetNodeType(XmlNodeType* type)
+{
+    *type = m_attribute > 0 ? XmlNodeType_Attribute : m_type;
+    return m_type == XmlNodeType_None ? S_FALSE : S_OK;
+}
+
+HRESULT DocumentedReader::MoveToFirstAttribute()
+{
+    if (m_attributes.empty()) {
+        return S_FALSE;
+    }
+    m_attribute = 1;
+    return S_OK;
+}
+
+HRESULT DocumentedReader::MoveToNextAttribute()
+{
+    if (m_attribute == m_attributes.size()) {
+        return S_FALSE;
+    }
+    ++m_attribute;
+    return S_OK;
+}
+
+HRESULT DocumentedReader::MoveToElement()
+{
+    const bool hasMoved = m_attribute > 0;
+    m_attribute = 0;
+    return hasMoved ? S_OK : S_FALSE;
+}
+
+HRESULT DocumentedReader::GetLocalName(LPCWSTR* name, UINT* length)
+{
+    const std::wstring& text = m_attribute > 0 ? m_attributes[m_attribute - 1].name : m_name;
+    *name = text.c_str();
+    if (length) {
+        *length = static_cast<UINT>(text.size());
+    }
+    return S_OK;
+}
+
+HRESULT DocumentedReader::GetValue(LPCWSTR* value, UINT* length)
+{
+    const std::wstring& text = m_attribute > 0 ? m_attributes[m_attribute - 1].value : m_value;
+    *value = text.c_str();
+    if (length) {
+        *length = static_cast<UINT>(text.size());
+    }
+    return S_OK;
+}
+
+HRESULT DocumentedReader::GetDepth(UINT* depth)
+{
+    *depth = m_depth + (m_attribute > 0 ? 1 : 0);
+    return S_OK;
+}
+
+HRESULT DocumentedReader::GetLineNumber(UINT* line)
+{
+    *line = m_line;
+    return S_OK;
+}
+
+HRESULT DocumentedReader::GetLinePosition(UINT* position)
+{
+    *position = m_linePosition;
+    return S_OK;
+}
+
+HRESULT DocumentedReader::QueryInterface(REFIID iid, void** object)
+{
+    *object = nullptr;
+    if (!IsEqualIID(iid, __uuidof(IXmlReader)) && !IsEqualIID(iid, __uuidof(IUnknown))) {
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    *object = static_cast<IXmlReader*>(this);
+    return S_OK;
+}
+
+ULONG DocumentedReader::Release()
+{
+    const ULONG references = --m_references;
+    if (references == 0) {
+        delete this;
+    }
+    return references;
+}
+
+} // namespace test

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "support/ImportPatch.h"
+
+#include <windows.h>
+
+namespace test {
+
+// Sees which threads of this program have to wait for a reader/writer lock, until the end of the scope: each
+// one that finds its lock taken says so right before it waits for it. One at a time.
+class LockWatch
+{
+public:
+    LockWatch()
+        : m_blocked(CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr)),
+          m_shared("AcquireSRWLockShared",
+                   [](SRWLOCK* lock) { Acquire(lock, TryAcquireSRWLockShared, s_current->m_shared); }),
+          m_exclusive("AcquireSRWLockExclusive", [](SRWLOCK* lock) {
+              Acquire(lock, TryAcquireSRWLockExclusive, s_current->m_exclusive);
+          })
+    {
+        s_current = this;
+    }
+    ~LockWatch() { CloseHandle(m_blocked); }
+    LockWatch(const LockWatch&) = delete;
+    LockWatch& operator=(const LockWatch&) = delete;
+
+    // Waits until a thread has found a lock taken; a thread that waits is told of once. False when none has
+    // for long, which only a failing test waits for.
+    [[nodiscard]] bool WaitForBlocked() const
+    {
+        return WaitForSingleObject(m_blocked, 30000) == WAIT_OBJECT_0;
+    }
+
+    // Whether a thread has found a lock taken that was not told of.
+    [[nodiscard]] bool HasBlocked() const { return WaitForSingleObject(m_blocked, 0) == WAIT_OBJECT_0; }
+
+private:
+    using Function = void(WINAPI*)(SRWLOCK*);
+
+    static void Acquire(SRWLOCK* lock, BOOLEAN(WINAPI* tryToAcquire)(SRWLOCK*),
+                        const ImportPatch<Function>& patch)
+    {
+        if (!tryToAcquire(lock)) {
+            ReleaseSemaphore(s_current->m_blocked, 1, nullptr);
+            patch.Original()(lock);
+        }
+    }
+
+    static inline LockWatch* s_current = nullptr;
+    HANDLE m_blocked;
+    ImportPatch<Function> m_shared;
+    ImportPatch<Function> m_exclusive;
+};
+
+} // namespace test

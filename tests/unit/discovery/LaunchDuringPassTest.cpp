@@ -1,0 +1,56 @@
+// What a launch sees of the catalogue while a refresh pass works on it.
+
+#include "catalog/ExcludeList.h"
+#include "unit/discovery/ThreadRun.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace discovery_test;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class LaunchDuringPass : public RefreshThread
+{
+protected:
+    // What a search for "mail" must exclude.
+    std::vector<std::wstring> Excluded()
+    {
+        ExcludeList list;
+        BOOL found = FALSE;
+        EXPECT_EQ(m_manager.m_AppNameList.GetExcludeAppNameList(L"mail", &list, &found), S_OK);
+        std::vector<std::wstring> names;
+        for (const WideString& name : list) {
+            names.emplace_back(name.c_str());
+        }
+        return names;
+    }
+};
+
+TEST_F(LaunchDuringPass, SeesAtOnceWhatThePassHasFound)
+{
+    WriteAndLoad(
+        "<Applications><Package PackageFamilyName='gone'><MetroApp DisplayName='gone mail'/></Package>"
+        "<DesktopApps><DesktopApp DisplayName='lost mail' LnkFileName='C:\\lost.lnk'/></DesktopApps>"
+        "</Applications>");
+    test::WriteFileBytes(Common() + L"\\new mail.lnk", "");
+    test::WriteFileBytes(User() + L"\\own mail.url", "");
+    std::map<std::wstring, std::vector<std::wstring>> seen;
+    m_onStep = [&](const std::wstring& step) { seen[step] = Excluded(); };
+    EXPECT_EQ(Run(), 0u);
+    // Each step of the pass, and the launch right before it.
+    EXPECT_THAT(seen[L"family gone"], ElementsAre(L"gone mail", L"lost mail"));
+    EXPECT_THAT(seen[L"exists C:\\lost.lnk"], ElementsAre(L"lost mail"));
+    EXPECT_THAT(seen[L"store"], IsEmpty());
+    EXPECT_THAT(seen[L"search " + Common() + L"\\*.lnk"], IsEmpty());
+    EXPECT_THAT(seen[L"search " + Common() + L"\\*.url"], ElementsAre(L"new mail"));
+    EXPECT_THAT(seen[L"search " + User() + L"\\*.url"], ElementsAre(L"new mail"));
+    EXPECT_THAT(seen[L"save " + CatalogFile()], ElementsAre(L"new mail", L"own mail"));
+}
+
+} // namespace
