@@ -1,5 +1,6 @@
 // What a launch sees while Store packages enter the catalogue.
 
+#include "common/Apartment.h"
 #include "support/LockWatch.h"
 #include "unit/catalog/AppNameListStore.h"
 
@@ -119,7 +120,11 @@ TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
     const test::LockWatch locks;
     std::thread changing;
     held->onAsked = [&] {
-        changing = std::thread([&] { EXPECT_EQ(Add(), S_FALSE); });
+        changing = std::thread([&] {
+            // As the refresh thread does around a package.
+            const WinRtApartment apartment(RoInitialize(RO_INIT_MULTITHREADED));
+            EXPECT_EQ(Add(), S_FALSE);
+        });
         EXPECT_TRUE(locks.WaitForBlocked());
     };
     EXPECT_THAT(Excluded(), ElementsAre(L"app x", L"s app x"));
