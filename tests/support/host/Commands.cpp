@@ -5,6 +5,7 @@
 #include "support/host/Library.h"
 #include "support/host/LogGate.h"
 #include "support/host/Measures.h"
+#include "support/host/SlowDisk.h"
 
 #include <cstdio>
 #include <cstring>
@@ -220,6 +221,8 @@ std::string Commands::Manage(const Fields& command)
         LogGate::Install();
     } else if (name == "open") {
         LogGate::Open();
+    } else if (name == "slow-disk") {
+        SlowDownSaves(Number(command, 1));
     } else if (name == "exit") {
         m_exitCode = static_cast<int>(Number(command, 1));
         m_isOver = true;

@@ -28,6 +28,7 @@ namespace host {
 //   look-up COUNT               so many times the package manager's class is asked for, and let go, without
 //                               the library: "ok"
 //   line-up, open               the log's gate (LogGate.h): "ok"
+//   slow-disk MILLISECONDS      the pause before each piece of a catalogue that is saved (SlowDisk.h): "ok"
 //   exit CODE                   "ok"; the program ends by leaving main()
 //   thread COMMAND...           the rest is carried out on a thread of its own
 //   sta COMMAND..., mta COMMAND...

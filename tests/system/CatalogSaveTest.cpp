@@ -1,0 +1,170 @@
+// Saves that are cut off, and saves of two processes at once: the next start has every record.
+#include "support/Text.h"
+#include "system/HostProcess.h"
+#include "system/Passes.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr char ok[] = "0x00000000";
+constexpr char shortPause[] = "slow-disk\t5";
+constexpr char longPause[] = "slow-disk\t200";
+
+// The records are the preset's alone: no refresh pass would find them again.
+class CatalogSave : public testing::Test
+{
+protected:
+    CatalogSave()
+    {
+        std::string xml = "<Applications><DesktopApps>";
+        for (const char* name : names) {
+            xml += std::string("<DesktopApp DisplayName=\"") + name + "\" LnkFileName=\"C:\\nowhere\\" +
+                   name + ".lnk\" NeedReserve=\"1\"/>";
+        }
+        test::WriteFileBytes(m_sandbox.PresetFile(), xml + "</DesktopApps></Applications>");
+    }
+
+    std::wstring Bak() const { return m_sandbox.CatalogFile() + L".bak"; }
+
+    // Waits until a save has written something, and not all.
+    void WaitForTheMiddleOfASave() const
+    {
+        const auto isInIt = [this] {
+            if (!test::Exists(Bak()) || !test::Exists(m_sandbox.CatalogFile())) {
+                return false;
+            }
+            const std::string catalog = test::ReadFileBytes(m_sandbox.CatalogFile());
+            return catalog.find("\"one\"") != std::string::npos &&
+                   catalog.find("\"six\"") == std::string::npos;
+        };
+        ASSERT_TRUE(test::WaitUntil(isInIt, 15000));
+    }
+
+    // The first pass of the next start has all of them still.
+    void ExpectEveryRecordAtTheNextStart()
+    {
+        test::HostProcess host(m_sandbox);
+        EXPECT_EQ(host.Command("init"), ok);
+        host.Do("finalize");
+        ExpectEveryRecord();
+    }
+
+    // The catalogue has all of them, once each, and nothing stands beside it.
+    void ExpectEveryRecord() const
+    {
+        const std::string catalog = test::ReadFileBytes(m_sandbox.CatalogFile());
+        for (const char* name : names) {
+            const std::string record = std::string("DisplayName=\"") + name + "\"";
+            EXPECT_NE(catalog.find(record), std::string::npos) << name << " in\n" << catalog;
+            EXPECT_EQ(catalog.find(record), catalog.rfind(record)) << name << " in\n" << catalog;
+        }
+        EXPECT_TRUE(catalog.ends_with("</DesktopApps>")) << catalog;
+        EXPECT_FALSE(test::Exists(Bak()));
+    }
+
+    static constexpr const char* names[] = {"one", "two", "three", "four", "five", "six"};
+    test::Sandbox m_sandbox;
+};
+
+TEST_F(CatalogSave, CutOffByTheEndOfTheProcessLeavesTheOldCatalog)
+{
+    {
+        test::HostProcess host(m_sandbox);
+        EXPECT_EQ(host.Command("init"), ok);
+        host.Do("finalize");
+    }
+    const std::string old = test::ReadFileBytes(m_sandbox.CatalogFile());
+    {
+        test::HostProcess host(m_sandbox);
+        host.Do(longPause);
+        EXPECT_EQ(host.Command("init"), ok);
+        WaitForTheMiddleOfASave();
+        EXPECT_EQ(test::ReadFileBytes(Bak()), old);
+    }
+    EXPECT_NE(test::ReadFileBytes(m_sandbox.CatalogFile()), old) << "the process was killed while it saved";
+    ExpectEveryRecordAtTheNextStart();
+}
+
+TEST_F(CatalogSave, CutOffTheFirstTimeLeavesThePresetsRecords)
+{
+    {
+        test::HostProcess host(m_sandbox);
+        host.Do(longPause);
+        EXPECT_EQ(host.Command("init"), ok);
+        WaitForTheMiddleOfASave();
+    }
+    ExpectEveryRecordAtTheNextStart();
+}
+
+// This program's turn at the catalogue file, which no process saves meanwhile.
+class Turn
+{
+public:
+    explicit Turn(std::wstring catalogFile)
+    {
+        std::replace(catalogFile.begin(), catalogFile.end(), L'\\', L'/');
+        m_mutex = CreateMutexW(nullptr, FALSE, (L"QanHelperSave_" + catalogFile).c_str());
+        if (WaitForSingleObject(m_mutex, 15000) != WAIT_OBJECT_0) {
+            ADD_FAILURE() << "no turn";
+        }
+    }
+    ~Turn()
+    {
+        ReleaseMutex(m_mutex);
+        CloseHandle(m_mutex);
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+private:
+    HANDLE m_mutex;
+};
+
+TEST_F(CatalogSave, OfTwoProcessesAtOnceAreDoneInTurns)
+{
+    m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
+    {
+        test::HostProcess one(m_sandbox);
+        test::HostProcess two(m_sandbox);
+        for (test::HostProcess* host : {&one, &two}) {
+            host->Do(shortPause);
+            EXPECT_EQ(host->Command("init"), ok);
+            test::WaitForFirstPass();
+        }
+        for (int turn = 0; turn < 10; ++turn) {
+            {
+                const Turn own(m_sandbox.CatalogFile());
+                ExpectEveryRecord();
+            }
+            m_sandbox.WaitForLogLine(test::passEnd, m_sandbox.LogLength());
+        }
+        // Both are killed, in whatever they do.
+    }
+    ExpectEveryRecordAtTheNextStart();
+}
+
+TEST_F(CatalogSave, CutOffWhileAnotherProcessStartsLeavesThatOneEveryRecord)
+{
+    m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
+    test::HostProcess next(m_sandbox);
+    {
+        test::HostProcess host(m_sandbox);
+        EXPECT_EQ(host.Command("init"), ok);
+        test::WaitForFirstPass();
+        host.Do(longPause);
+        WaitForTheMiddleOfASave();
+        const std::size_t offset = m_sandbox.LogLength();
+        next.Send("init");
+        m_sandbox.WaitForLogLine("CQanhPackageManager::Initialize CreateMutex() success. ", offset);
+    }
+    EXPECT_EQ(next.Answer(), ok);
+    next.Do("finalize");
+    ExpectEveryRecord();
+    ExpectEveryRecordAtTheNextStart();
+}
+
+} // namespace
