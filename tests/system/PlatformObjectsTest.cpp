@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <objbase.h>
+#include <shlwapi.h>
 #include <shobjidl.h>
 
 #include <thread>
@@ -123,6 +124,33 @@ TEST_F(PlatformObjects, OfEveryClassNeedAnApartment)
             object->Release();
             EXPECT_EQ(Releases(), releases + 1);
         }).join();
+    }
+}
+
+TEST_F(PlatformObjects, TheManifestReaderKnowsNamesToTheLetter)
+{
+    const ComApartment apartment(CoInitialize(nullptr));
+    ComPtr<platform::IAppxFactory> factory;
+    ASSERT_EQ(CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
+                               IID_PPV_ARGS(factory.GetAddressOf())),
+              S_OK);
+    ComPtr<IStream> stream;
+    const std::wstring path = test::SamplePackages() + L"\\Lumen.Photos\\AppxManifest.xml";
+    ASSERT_EQ(SHCreateStreamOnFileEx(path.c_str(), STGM_READ, 0, FALSE, nullptr, stream.GetAddressOf()),
+              S_OK);
+    ComPtr<platform::IAppxManifestReader> reader;
+    ASSERT_EQ(factory->CreateManifestReader(stream.Get(), reader.GetAddressOf()), S_OK);
+    ComPtr<platform::IAppxManifestApplicationsEnumerator> applications;
+    ASSERT_EQ(reader->GetApplications(applications.GetAddressOf()), S_OK);
+    ComPtr<platform::IAppxManifestApplication> application;
+    ASSERT_EQ(applications->GetCurrent(application.GetAddressOf()), S_OK);
+    wchar_t* value = nullptr;
+    EXPECT_EQ(application->GetStringValue(L"DisplayName", &value), S_OK);
+    EXPECT_STREQ(value, L"Photo Album");
+    CoTaskMemFree(value);
+    for (const wchar_t* name : {L"displayname", L"Displayname", L"DISPLAYNAME", L"DisplayNames"}) {
+        EXPECT_EQ(application->GetStringValue(name, &value), E_INVALIDARG);
+        EXPECT_EQ(value, nullptr);
     }
 }
 
