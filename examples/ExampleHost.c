@@ -10,8 +10,8 @@
  * The arguments are carried out in order, between one QanhInitialize and one QanhFinalize. The exit code is 0
  * when every call succeeded.
  *
- * It has no windows, so it can use the library on its only thread. A host with windows uses a thread of its own
- * for the library: a launch by search does not process messages, for two seconds at least.
+ * It has no windows, so it can use the library on its only thread. A host with windows uses a thread of its
+ * own for the library: a launch by search does not process messages, for two seconds at least.
  */
 #include <windows.h>
 
@@ -43,8 +43,8 @@ static void GetHostName(wchar_t* name, size_t size)
 }
 
 /* The library refreshes its catalogue in the background, for the first time a second after the start. A mutex
-   with the host's name exists until that is done and the catalogue is saved. The mutex is closed again at each
-   look: a handle that is kept would keep it in being. */
+   with the host's name exists until that is done and the catalogue is saved. The mutex is closed again at
+   each look: a handle that is kept would keep it in being. */
 static BOOL WaitForFirstRefresh(void)
 {
     wchar_t host[MAX_PATH];

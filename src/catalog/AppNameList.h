@@ -101,9 +101,10 @@ private:
     // Calls change(record) with a record of the list, under the lock for changes.
     template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
     [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
-    // What Load() and Reload() have in common; read(reader) is called once the file is open, and its status
-    // is the result.
-    template <typename Read> [[nodiscard]] HRESULT LoadWith(const wchar_t* path, Read read) noexcept;
+    // What Load() and Reload() have in common; readWith(reader) is called once the file is open, and its
+    // status is the result.
+    template <typename ReadWith>
+    [[nodiscard]] HRESULT LoadWith(const wchar_t* path, ReadWith readWith) noexcept;
     [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader) noexcept;
 
     const std::size_t m_listLimit;

@@ -65,7 +65,8 @@ HRESULT CQanhAppNameList::Save(const wchar_t* path) const noexcept
     return LogOut(kName, writer->Flush());
 }
 
-template <typename Read> HRESULT CQanhAppNameList::LoadWith(const wchar_t* path, Read read) noexcept
+template <typename ReadWith>
+HRESULT CQanhAppNameList::LoadWith(const wchar_t* path, ReadWith readWith) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Load";
     LogIn(kName, path);
@@ -78,7 +79,7 @@ template <typename Read> HRESULT CQanhAppNameList::LoadWith(const wchar_t* path,
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    return LogOut(kName, read(reader.Get()));
+    return LogOut(kName, readWith(reader.Get()));
 }
 
 HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept

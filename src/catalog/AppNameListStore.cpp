@@ -66,11 +66,8 @@ HRESULT CQanhAppNameList::AddMetroPackage(platform::IPackage* pStorePackage) noe
     }
     try {
         return LogOut(kName, AddStorePackage(pStorePackage));
-    } catch (const WinRtError& error) {
-        DiagnosticLog::WriteLine("%S OUT(%S)\r\n", kName, error.Message());
-        return E_FAIL;
     } catch (...) {
-        return LogOut(kName, E_OUTOFMEMORY);
+        return LogCaught(kName, E_OUTOFMEMORY);
     }
 }
 

@@ -267,7 +267,7 @@ HRESULT CQanhManifestReader::GetAppDisplayName(platform::IPackage* pPackage, wch
             hr = resolved;
         }
     } catch (...) {
-        hr = E_FAIL;
+        return LogCaught(kName, E_FAIL);
     }
     return LogOut(kName, hr);
 }

@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -37,7 +38,7 @@ class FakeObjects
 public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    FakeObjects() : m_deleteString("WindowsDeleteString", DeleteString) { s_current = this; }
+    FakeObjects() { s_current = this; }
     ~FakeObjects() { s_current = nullptr; }
     FakeObjects(const FakeObjects&) = delete;
     FakeObjects& operator=(const FakeObjects&) = delete;
@@ -73,7 +74,14 @@ public:
             journal.push_back(std::move(event));
         }
     }
-    // For a fake: a string of the Windows Runtime, whose release is watched.
+    // For a fake of the Windows Runtime: from now on the release of strings is watched.
+    void WatchStrings()
+    {
+        if (!m_deleteString) {
+            m_deleteString.emplace("WindowsDeleteString", DeleteString);
+        }
+    }
+    // For such a fake: a string, whose release is watched.
     HRESULT MakeString(const std::wstring& text, HSTRING* value)
     {
         const HRESULT hr = WindowsCreateString(text.c_str(), static_cast<UINT32>(text.size()), value);
@@ -120,12 +128,12 @@ private:
         if (s_current && string) {
             --s_current->m_strings;
         }
-        return s_current ? s_current->m_deleteString.Original()(string) : S_OK;
+        return s_current ? s_current->m_deleteString->Original()(string) : S_OK;
     }
 
     static inline FakeObjects* s_current = nullptr;
 
-    ImportPatch<decltype(&WindowsDeleteString)> m_deleteString;
+    std::optional<ImportPatch<decltype(&WindowsDeleteString)>> m_deleteString;
     std::vector<std::unique_ptr<FakeObject>> m_objects;
     std::vector<Failure> m_failures;
     std::vector<Action> m_actions;
@@ -292,7 +300,10 @@ protected:
 template <typename Interface> class FakeInspectable : public FakeUnknown<Interface>
 {
 public:
-    using FakeUnknown<Interface>::FakeUnknown;
+    FakeInspectable(FakeObjects& owner, std::string label) : FakeUnknown<Interface>(owner, std::move(label))
+    {
+        owner.WatchStrings();
+    }
 
     HRESULT STDMETHODCALLTYPE GetIids(ULONG*, IID**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING*) override { return E_NOTIMPL; }

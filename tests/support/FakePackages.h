@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ struct PackageFacts
     platform::PackageVersion version{1, 2, 3, 4};
     std::wstring path = L"C:\\No\\Such\\Folder";
     std::vector<std::wstring> dependencies{}; // family names
+    bool isListed = true;                     // false: it is found by its family only
 };
 
 class FakePackageId : public FakeInspectable<platform::IPackageId>
@@ -246,11 +248,20 @@ private:
     std::vector<FakePackage*> m_packages;
 };
 
+// The packages of the user, in their order, and what becomes of a search for a family.
+struct StoreContents
+{
+    std::vector<FakePackage*> packages;
+    std::set<std::wstring> failingFamilies; // with E_ACCESSDENIED
+    // Called first, with the family's name.
+    std::function<void(const std::wstring&)> onFamily = [](const std::wstring&) {};
+};
+
 class FakePackageManager : public FakeInspectable<platform::IPackageManager>
 {
 public:
-    FakePackageManager(FakeObjects& owner, const std::vector<FakePackage*>* packages)
-        : FakeInspectable(owner, "package manager"), m_packages(packages)
+    FakePackageManager(FakeObjects& owner, const StoreContents* contents)
+        : FakeInspectable(owner, "package manager"), m_contents(contents)
     {
     }
 
@@ -269,7 +280,8 @@ public:
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityId(HSTRING user,
                                                            platform::IPackageIterable** packages) override
     {
-        return Give("FindPackagesByUserSecurityId", m_owner.Make<FakeCollection>(*m_packages), packages,
+        return Give("FindPackagesByUserSecurityId",
+                    Collect([](const PackageFacts& facts) { return facts.isListed; }), packages,
                     L"(" + Text(user) + L")");
     }
     HRESULT STDMETHODCALLTYPE FindPackagesByNamePublisher(HSTRING, HSTRING,
@@ -302,14 +314,14 @@ public:
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdPackageFamilyName(
         HSTRING user, HSTRING familyName, platform::IPackageIterable** packages) override
     {
-        std::vector<FakePackage*> family;
-        for (FakePackage* package : *m_packages) {
-            if (package->facts.familyName == Text(familyName)) {
-                family.push_back(package);
-            }
+        const std::wstring name = Text(familyName);
+        m_contents->onFamily(name);
+        if (m_contents->failingFamilies.contains(name)) {
+            return E_ACCESSDENIED;
         }
-        return Give("FindPackagesByUserSecurityIdPackageFamilyName", m_owner.Make<FakeCollection>(family),
-                    packages, L"(" + Text(user) + L", " + Text(familyName) + L")");
+        return Give("FindPackagesByUserSecurityIdPackageFamilyName",
+                    Collect([&](const PackageFacts& facts) { return facts.familyName == name; }), packages,
+                    L"(" + Text(user) + L", " + name + L")");
     }
     HRESULT STDMETHODCALLTYPE FindPackageByUserSecurityIdPackageFullName(HSTRING, HSTRING,
                                                                          platform::IPackage**) override
@@ -325,7 +337,19 @@ private:
         return std::wstring(text, length);
     }
 
-    const std::vector<FakePackage*>* m_packages;
+    // The packages whose facts are wanted.
+    template <typename IsWanted> FakeCollection* Collect(IsWanted isWanted) const
+    {
+        std::vector<FakePackage*> wanted;
+        for (FakePackage* package : m_contents->packages) {
+            if (isWanted(package->facts)) {
+                wanted.push_back(package);
+            }
+        }
+        return m_owner.Make<FakeCollection>(wanted);
+    }
+
+    const StoreContents* m_contents;
 };
 
 // What the class's factory makes: an object that has to be asked for the package manager's interface.
@@ -350,19 +374,19 @@ private:
 class FakeFactory : public FakeInspectable<IActivationFactory>
 {
 public:
-    FakeFactory(FakeObjects& owner, const std::vector<FakePackage*>* packages)
-        : FakeInspectable(owner, "factory"), m_packages(packages)
+    FakeFactory(FakeObjects& owner, const StoreContents* contents)
+        : FakeInspectable(owner, "factory"), m_contents(contents)
     {
     }
 
     HRESULT STDMETHODCALLTYPE ActivateInstance(IInspectable** instance) override
     {
-        FakePackageManager* manager = m_owner.Make<FakePackageManager>(m_packages);
+        FakePackageManager* manager = m_owner.Make<FakePackageManager>(m_contents);
         return Give("ActivateInstance", m_owner.Make<FakeInstance>(manager), instance);
     }
 
 private:
-    const std::vector<FakePackage*>* m_packages;
+    const StoreContents* m_contents;
 };
 
 // The system's package manager for the library in this program, until the end of the scope: holds these
@@ -383,8 +407,8 @@ public:
 
     FakePackage* Add(PackageFacts facts)
     {
-        m_packages.push_back(objects.Make<FakePackage>(std::move(facts)));
-        return m_packages.back();
+        contents.packages.push_back(objects.Make<FakePackage>(std::move(facts)));
+        return contents.packages.back();
     }
     FakePackage* Add(const wchar_t* familyName, std::vector<std::wstring> dependencies = {})
     {
@@ -395,6 +419,7 @@ public:
     }
 
     FakeObjects objects;
+    StoreContents contents;
     // When set, the Windows Runtime is not entered and this is the answer.
     std::optional<HRESULT> initializeResult;
     // Runs when the thread leaves the Windows Runtime.
@@ -433,7 +458,7 @@ private:
         if (!IsEqualIID(id, __uuidof(IActivationFactory))) {
             return E_NOINTERFACE;
         }
-        auto* made = s_current->objects.Make<FakeFactory>(&s_current->m_packages);
+        auto* made = s_current->objects.Make<FakeFactory>(&s_current->contents);
         made->AddRef();
         *factory = static_cast<IActivationFactory*>(made);
         return S_OK;
@@ -441,7 +466,6 @@ private:
 
     static inline FakeStore* s_current = nullptr;
 
-    std::vector<FakePackage*> m_packages;
     ImportPatch<decltype(&RoInitialize)> m_initialize;
     ImportPatch<decltype(&RoUninitialize)> m_uninitialize;
     ImportPatch<decltype(&RoGetActivationFactory)> m_getFactory;

@@ -4,6 +4,9 @@
 
 #include <windows.h>
 
+#include <functional>
+#include <utility>
+
 namespace test {
 
 // Sees which threads of this program have to wait for a reader/writer lock, until the end of the scope: each
@@ -51,6 +54,29 @@ private:
     HANDLE m_blocked;
     ImportPatch<Function> m_shared;
     ImportPatch<Function> m_exclusive;
+};
+
+// Runs an action after each change that is made under a reader/writer lock, when the lock is free again,
+// until the end of the scope: so it sees all that another thread could see between the changes. It must not
+// change anything itself. One at a time.
+class AfterEachChange
+{
+public:
+    explicit AfterEachChange(std::function<void()> action)
+        : m_action(std::move(action)), m_release("ReleaseSRWLockExclusive", [](SRWLOCK* lock) {
+              s_current->m_release.Original()(lock);
+              s_current->m_action();
+          })
+    {
+        s_current = this;
+    }
+    AfterEachChange(const AfterEachChange&) = delete;
+    AfterEachChange& operator=(const AfterEachChange&) = delete;
+
+private:
+    static inline AfterEachChange* s_current = nullptr;
+    std::function<void()> m_action;
+    ImportPatch<void(WINAPI*)(SRWLOCK*)> m_release;
 };
 
 } // namespace test

@@ -346,7 +346,7 @@ TEST_F(StoreQueryLog, InstallFolderThatCannotBeHad)
 {
     EXPECT_TRUE(IsGolden(Ask("display-name\tTest.Faulty_9test0p6zjcqm", "0x80004005\t(null)"),
                          DisplayName("Test.Faulty_9test0p6zjcqm",
-                                     "CQanhManifestReader::GetAppDisplayName OUT(0x80004005)",
+                                     "CQanhManifestReader::GetAppDisplayName OUT(Path not found.)",
                                      "OUT(0x80004005) DisplayName = (null)")));
 }
 

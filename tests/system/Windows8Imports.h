@@ -43,7 +43,7 @@ inline constexpr Windows8Library windows8Libraries[] = {
         LeaveCriticalSection LoadLibraryA LoadLibraryExW LoadLibraryW LocalAlloc LocalFree
         MoveFileExW MultiByteToWideChar OpenMutexW OpenProcess OutputDebugStringA
         QueryPerformanceCounter QueryPerformanceFrequency RaiseException ReadFile
-        ReleaseSRWLockExclusive ReleaseSRWLockShared ReleaseSemaphore RemoveVectoredExceptionHandler
+        ReleaseMutex ReleaseSRWLockExclusive ReleaseSRWLockShared ReleaseSemaphore RemoveVectoredExceptionHandler
         ReplaceFileW ResetEvent ResumeThread RtlAddFunctionTable RtlCaptureContext
         RtlLookupFunctionEntry RtlUnwindEx RtlVirtualUnwind SetEndOfFile SetEvent SetFileAttributesW
         SetFilePointer SetFilePointerEx SetLastError SetProcessAffinityMask SetThreadContext

@@ -3,13 +3,15 @@
 #include "QanHelper.h"
 
 #include "api/Statics.h"
+#include "common/Apartment.h"
+#include "support/FakeShell.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/Registry.h"
-#include "unit/api/FakeShell.h"
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,50 +32,42 @@ Lines operator+(Lines lines, const Lines& more)
     return lines;
 }
 
-// Sees how the setting stands while the launch is under way, and makes the launch fail there.
-class SettingWatch : public api_test::FakeVisibility
-{
-public:
-    explicit SettingWatch(const test::ScopedKey& key) : m_key(key) {}
-
-    HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL*) override
-    {
-        meanwhile = m_key.Dword(kTile);
-        wasThere = m_key.HasValue(kTile);
-        return E_FAIL;
-    }
-
-    std::optional<DWORD> meanwhile;
-    bool wasThere = false;
-
-private:
-    const test::ScopedKey& m_key;
-};
-
-// Another program, which writes the setting while the launch is under way.
-class Meddler : public api_test::FakeVisibility
-{
-public:
-    explicit Meddler(test::ScopedKey& key) : m_key(key) {}
-
-    HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL*) override
-    {
-        m_key.SetDword(kTile, 9);
-        return E_FAIL;
-    }
-
-private:
-    test::ScopedKey& m_key;
-};
-
 class BrowserLaunch : public ::testing::Test
 {
 protected:
     BrowserLaunch() { m_key.Create(); }
-    ~BrowserLaunch() override { s_MonitorMode.m_pImmersiveMode = nullptr; }
+    ~BrowserLaunch() override
+    {
+        if (s_MonitorMode.m_pImmersiveMode) {
+            s_MonitorMode.m_pImmersiveMode->Release();
+            s_MonitorMode.m_pImmersiveMode = nullptr;
+        }
+        EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
+    }
 
-    // From here on the launch comes as far as the shell.
-    void Watch() { s_MonitorMode.m_pImmersiveMode = &m_watch; }
+    // From here on a launch comes as far as the shell.
+    void HaveShell()
+    {
+        if (!s_MonitorMode.m_pImmersiveMode) {
+            m_shell.visibility->AddRef();
+            s_MonitorMode.m_pImmersiveMode = m_shell.visibility;
+        }
+    }
+    // The same; it fails there, after the action.
+    void FailAtTheShell(std::function<void()> action)
+    {
+        m_shell.objects.At("IsLauncherVisible", std::move(action));
+        m_shell.objects.Fail("IsLauncherVisible", E_FAIL);
+        HaveShell();
+    }
+    // The same; how the setting stands meanwhile is kept.
+    void Watch()
+    {
+        FailAtTheShell([this] {
+            m_meanwhile = m_key.Dword(kTile);
+            m_wasThere = m_key.HasValue(kTile);
+        });
+    }
 
     static Lines InLine(int tileMode)
     {
@@ -107,7 +101,10 @@ protected:
     const Lines kFailedOut = {"QanhLaunchIEBySearch OUT(0x80004005)"};
 
     test::ScopedKey m_key{HKEY_CURRENT_USER, test::kBrowserKey};
-    SettingWatch m_watch{m_key};
+    const ComApartment m_apartment{CoInitialize(nullptr)};
+    test::FakeShell m_shell;
+    std::optional<DWORD> m_meanwhile;
+    bool m_wasThere = false;
 };
 
 // What is written, and what stands there afterwards.
@@ -137,7 +134,7 @@ TEST_P(BrowserTile, IsForcedDuringTheLaunchAndPutBack)
 {
     Watch();
     EXPECT_EQ(QanhLaunchIEBySearch(GetParam().tileMode, 0, FALSE), E_FAIL);
-    EXPECT_EQ(m_watch.meanwhile, GetParam().meanwhile);
+    EXPECT_EQ(m_meanwhile, GetParam().meanwhile);
     EXPECT_EQ(m_key.Dword(kTile), GetParam().stored);
 }
 
@@ -218,7 +215,7 @@ TEST_P(OddTile, IsLeftAlone)
         Watch();
         const test::LogCapture log;
         EXPECT_EQ(QanhLaunchIEBySearch(tileMode, 0, FALSE), E_FAIL);
-        EXPECT_TRUE(m_watch.wasThere);
+        EXPECT_TRUE(m_wasThere);
         BYTE bytes[64] = {};
         DWORD size = sizeof bytes;
         DWORD type = 0;
@@ -356,8 +353,7 @@ TEST_F(BrowserLaunch, ReturnsTheResultOfTheLaunchWhenDeletingFails)
 TEST_F(BrowserLaunch, RestoresOverWhatOthersWroteMeanwhile)
 {
     m_key.SetDword(kTile, 1);
-    Meddler meddler(m_key);
-    s_MonitorMode.m_pImmersiveMode = &meddler;
+    FailAtTheShell([this] { m_key.SetDword(kTile, 9); }); // another program
     QanhLaunchIEBySearch(0, 0, FALSE);
     EXPECT_EQ(m_key.Dword(kTile), 1u);
     m_key.DeleteValue(kTile);
@@ -371,8 +367,7 @@ TEST_F(BrowserLaunch, RestoresOverWhatOthersWroteMeanwhile)
 
 TEST_F(BrowserLaunch, WhatWasNotForcedIsNotPutBack)
 {
-    Meddler meddler(m_key);
-    s_MonitorMode.m_pImmersiveMode = &meddler;
+    FailAtTheShell([this] { m_key.SetDword(kTile, 9); }); // another program
     for (const auto& [stored, tileMode] : {std::pair(0u, 0u), {1u, 1u}, {0u, 2u}, {7u, 2u}}) {
         m_key.SetDword(kTile, stored);
         QanhLaunchIEBySearch(tileMode, 0, FALSE);
@@ -425,8 +420,7 @@ TEST_F(BrowserLaunch, HandsTheOtherArgumentsOn)
 TEST_F(BrowserLaunch, ReturnsTheSuccessOfTheLaunch)
 {
     m_key.SetDword(kTile, 1);
-    api_test::FakeVisibility visibility;
-    s_MonitorMode.m_pImmersiveMode = &visibility;
+    HaveShell();
     const test::FakeSleep sleep;
     const test::ImportPatch<decltype(&SendInput)> keys("SendInput",
                                                        [](UINT, INPUT*, int) -> UINT { return 1; });

@@ -34,7 +34,7 @@ TEST_F(LifecycleInShell, LoadFailureOfAnotherProcessLeavesTheLibraryDown)
     const HRESULT notFound = HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(QanhInitialize(), notFound);
     EXPECT_EQ(s_nCount, 0);
-    EXPECT_EQ(m_shell.visibility.references, 0);
+    EXPECT_EQ(m_shell.visibility->References(), 0);
     EXPECT_THAT(Outline(m_log.Lines()),
                 ElementsAre("QanhInitialize IN", "CQanhMonitorMode::Initialize IN",
                             "CQanhMonitorMode::Initialize OUT(0)", "CQanhPackageManager::Initialize IN",
@@ -51,8 +51,8 @@ TEST_F(LifecycleInShell, PackageManagersFailureUndoesTheMonitorMode)
     EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { hr = QanhInitialize(); }));
     EXPECT_EQ(hr, E_FAIL);
     EXPECT_EQ(s_nCount, 0);
-    EXPECT_EQ(m_shell.created, 1);
-    EXPECT_EQ(m_shell.visibility.references, 0);
+    EXPECT_EQ(m_shell.Created(), 1u);
+    EXPECT_EQ(m_shell.visibility->References(), 0);
     EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
     EXPECT_THAT(Outline(m_log.Lines()),
                 ElementsAre("QanhInitialize IN", "CQanhMonitorMode::Initialize IN",
@@ -74,7 +74,7 @@ TEST_F(LifecycleInShell, ThreadThatDoesNotStartLeavesTheLibraryDownAndTheNextCal
         EXPECT_EQ(QanhInitialize(), E_FAIL);
     }
     EXPECT_EQ(s_nCount, 0);
-    EXPECT_EQ(m_shell.visibility.references, 0);
+    EXPECT_EQ(m_shell.visibility->References(), 0);
     EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
     EXPECT_EQ(OpenMutexW(SYNCHRONIZE, FALSE, MutexName().c_str()), nullptr);
     EXPECT_EQ(QanhInitialize(), S_OK);
@@ -89,17 +89,17 @@ TEST_F(LifecycleInShell, FailedCallCanBeRepeated)
     m_host.FailNext(0);
     EXPECT_EQ(QanhInitialize(), S_OK);
     EXPECT_EQ(s_nCount, 1);
-    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, &m_shell.visibility);
+    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, m_shell.visibility);
 }
 
 TEST_F(Lifecycle, ThreadInAMultithreadedApartmentIsRefused)
 {
-    const api_test::FakeShell shell;
+    const test::FakeShell shell;
     HRESULT hr = S_OK;
     EXPECT_TRUE(test::KeepsApartment(Apartment::kMultithreaded, [&] { hr = QanhInitialize(); }));
     EXPECT_EQ(hr, RPC_E_CHANGED_MODE);
     EXPECT_EQ(s_nCount, 0);
-    EXPECT_EQ(shell.created, 0);
+    EXPECT_EQ(shell.Created(), 0u);
     EXPECT_THAT(m_log.Lines(), ElementsAre("QanhInitialize IN", "CQanhMonitorMode::Initialize IN",
                                            "CQanhMonitorMode::Initialize OUT CoInitializeEx:(-2147417850)",
                                            "QanhInitialize OUT(s_MonitorMode.Initialize : hr=-2147417850)"));

@@ -4,12 +4,12 @@
 #include "api/Statics.h"
 #include "common/DiagnosticLog.h"
 #include "support/Apartments.h"
+#include "support/FakeShell.h"
 #include "support/HostExecutable.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/Registry.h"
 #include "support/TemporaryFolder.h"
-#include "unit/api/FakeShell.h"
 
 #include <gmock/gmock.h>
 
@@ -76,18 +76,23 @@ protected:
     }
     ~Lifecycle() override
     {
+        TakeDown();
+        s_PackageManager.m_AppNameList.DeleteAll();
+        DiagnosticLog::SetEnabled(false);
+    }
+
+    static void TakeDown()
+    {
         while (s_nCount > 0) {
             QanhFinalize();
         }
-        s_PackageManager.m_AppNameList.DeleteAll();
-        DiagnosticLog::SetEnabled(false);
     }
 
     [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
 
     const std::wstring m_hostName = NewHostName();
     test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    NoShell m_noShell;
+    test::NoShell m_noShell;
     test::TemporaryFolder m_folder;
     test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
     test::LogCapture m_log;
@@ -95,11 +100,17 @@ protected:
     test::ImportPatch<decltype(&CreateThread)> m_createThread{"CreateThread", StartWaiting};
 };
 
-// The same with a shell.
+// The same with a shell, whose object must be given back.
 class LifecycleInShell : public Lifecycle
 {
 protected:
-    FakeShell m_shell;
+    ~LifecycleInShell() override
+    {
+        TakeDown();
+        EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
+    }
+
+    test::FakeShell m_shell;
 };
 
 } // namespace api_test

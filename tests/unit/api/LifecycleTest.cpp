@@ -16,12 +16,12 @@ using ::testing::ElementsAre;
 TEST_F(LifecycleInShell, FirstCallBringsUpTheMonitorModeThenThePackageManager)
 {
     HANDLE mutexBefore = INVALID_HANDLE_VALUE;
-    m_shell.onCreate = [&] { mutexBefore = CQanhPackageManager::m_hInstanceMutex; };
+    m_shell.objects.At("CoCreateInstance", [&] { mutexBefore = CQanhPackageManager::m_hInstanceMutex; });
     EXPECT_EQ(QanhInitialize(), S_OK);
     EXPECT_EQ(mutexBefore, nullptr);
     EXPECT_EQ(s_nCount, 1);
-    EXPECT_EQ(m_shell.created, 1);
-    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, &m_shell.visibility);
+    EXPECT_EQ(m_shell.Created(), 1u);
+    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, m_shell.visibility);
     EXPECT_NE(s_PackageManager.m_hExitEvent, nullptr);
     EXPECT_NE(s_PackageManager.m_hRefreshThread, nullptr);
     EXPECT_THAT(Outline(m_log.Lines()),
@@ -36,10 +36,10 @@ TEST_F(LifecycleInShell, LastCallTakesDownThePackageManagerThenTheMonitorMode)
     ASSERT_EQ(QanhInitialize(), S_OK);
     m_log.Clear();
     HANDLE threadAtRelease = INVALID_HANDLE_VALUE;
-    m_shell.visibility.onLastRelease = [&] { threadAtRelease = s_PackageManager.m_hRefreshThread; };
+    m_shell.objects.At("Release", [&] { threadAtRelease = s_PackageManager.m_hRefreshThread; });
     QanhFinalize();
     EXPECT_EQ(threadAtRelease, nullptr);
-    EXPECT_EQ(m_shell.visibility.references, 0);
+    EXPECT_EQ(m_shell.visibility->References(), 0);
     EXPECT_EQ(s_nCount, 0);
     EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
     EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
@@ -57,7 +57,7 @@ TEST_F(LifecycleInShell, SecondCallOnlyCountsAndReadsTheSetting)
     m_log.Clear();
     EXPECT_EQ(QanhInitialize(), S_OK);
     EXPECT_EQ(s_nCount, 2);
-    EXPECT_EQ(m_shell.created, 1);
+    EXPECT_EQ(m_shell.Created(), 1u);
     Lines expected = kSettingLines;
     expected.insert(expected.end(), {"QanhInitialize IN", "QanhInitialize OUT(0) : s_nCount(2)"});
     EXPECT_EQ(m_log.Lines(), expected);
@@ -70,12 +70,12 @@ TEST_F(LifecycleInShell, StaysUpUntilEveryCallIsTakenBack)
     m_log.Clear();
     QanhFinalize();
     EXPECT_EQ(s_nCount, 1);
-    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, &m_shell.visibility);
+    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, m_shell.visibility);
     EXPECT_NE(s_PackageManager.m_hRefreshThread, nullptr);
     EXPECT_THAT(m_log.Lines(), ElementsAre("QanhFinalize IN", "QanhFinalize OUT : s_nCount(1)"));
     QanhFinalize();
     EXPECT_EQ(s_nCount, 0);
-    EXPECT_EQ(m_shell.visibility.references, 0);
+    EXPECT_EQ(m_shell.visibility->References(), 0);
     EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
 }
 
@@ -85,7 +85,7 @@ TEST_F(LifecycleInShell, IsBroughtUpAgainAfterItWasDown)
     QanhFinalize();
     EXPECT_EQ(QanhInitialize(), S_OK);
     EXPECT_EQ(s_nCount, 1);
-    EXPECT_EQ(m_shell.created, 2);
+    EXPECT_EQ(m_shell.Created(), 2u);
     EXPECT_NE(s_PackageManager.m_hRefreshThread, nullptr);
 }
 
@@ -129,7 +129,7 @@ TEST(LifecycleWithThread, FinalizeWaitsForTheFirstPass)
     const test::ScopedEnvironment environment(L"LOCALAPPDATA", folder.Path().c_str());
     const test::ScopedKey settings(HKEY_LOCAL_MACHINE, test::kSettingsKey);
     const test::HostExecutable host(folder / (hostName + L".exe"));
-    const api_test::FakeShell shell;
+    const test::FakeShell shell;
     const ULONGLONG start = GetTickCount64();
     ASSERT_EQ(QanhInitialize(), S_OK);
     const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + hostName).c_str());

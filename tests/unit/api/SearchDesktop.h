@@ -1,11 +1,12 @@
 #pragma once
 
 #include "api/Statics.h"
+#include "common/Apartment.h"
 #include "support/ClipboardReader.h"
+#include "support/FakeShell.h"
 #include "support/ImportPatch.h"
 #include "support/Registry.h"
 #include "support/Text.h"
-#include "unit/api/FakeShell.h"
 
 #include <gmock/gmock.h>
 
@@ -73,12 +74,14 @@ protected:
     {
         s_current = this;
         m_sleep.OnSleep([](DWORD milliseconds) { Note("sleep " + std::to_string(milliseconds)); });
-        visibility.AddRef();
-        s_MonitorMode.m_pImmersiveMode = &visibility;
+        m_shell.visibility->AddRef();
+        s_MonitorMode.m_pImmersiveMode = m_shell.visibility;
     }
     ~SearchDesktop() override
     {
         s_MonitorMode.m_pImmersiveMode = nullptr;
+        m_shell.visibility->Release();
+        EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
         s_PackageManager.m_AppNameList.DeleteAll();
         s_current = nullptr;
     }
@@ -115,7 +118,6 @@ protected:
     Steps pasted;
     bool opensClipboard = true;
     WORD scanCodeOfShift = 0x2A;
-    FakeVisibility visibility;
 
 private:
     static void Note(const std::string& step) { s_current->journal.push_back(step); }
@@ -196,6 +198,9 @@ private:
 
 protected:
     test::ScopedKey& Settings() { return m_settings; }
+
+    const ComApartment m_apartment{CoInitialize(nullptr)};
+    test::FakeShell m_shell;
 };
 
 } // namespace api_test

@@ -251,7 +251,7 @@ TEST_F(SearchLaunch, PaneThatNeverComesIsPastedIntoAllTheSame)
 
 TEST_F(SearchLaunch, UnreadableScreenFailsBeforeAnythingIsTouched)
 {
-    visibility.result = E_ACCESSDENIED;
+    m_shell.objects.Fail("IsLauncherVisible", E_ACCESSDENIED);
     for (const DWORD mode : {0u, 1u, 2u}) {
         EXPECT_EQ(QanhLaunchBySearch(L"Mail", mode, TRUE), E_FAIL);
     }

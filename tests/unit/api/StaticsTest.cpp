@@ -2,7 +2,7 @@
 
 #include "QanHelper.h"
 #include "catalog/ExcludeList.h"
-#include "unit/api/FakeShell.h"
+#include "support/FakeShell.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ TEST(Statics, CatalogueIsLeftAloneWhenTheProcessEndsWhileTheLibraryIsUp)
 {
     EXPECT_EXIT(
         {
-            const api_test::FakeShell shell;
+            const test::FakeShell shell;
             const HRESULT hr = QanhInitialize();
             AddTellingApp();
             std::exit(SUCCEEDED(hr) && s_PackageManager.m_hRefreshThread ? 7 : 1);

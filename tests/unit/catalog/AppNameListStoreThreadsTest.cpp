@@ -1,5 +1,6 @@
 // What a launch sees while Store packages enter the catalogue.
 
+#include "common/Apartment.h"
 #include "support/LockWatch.h"
 #include "unit/catalog/AppNameListStore.h"
 
@@ -46,6 +47,23 @@ TEST_F(AppNameListStore, ALaunchSeesTheOldNamesUntilTheNewOnesAreComplete)
         EXPECT_THAT(names, ElementsAre(L"app x", L"s app x"));
     }
     EXPECT_THAT(Excluded(), ElementsAre(L"app b", L"s app b", L"app Y", L"app d", L"s app d"));
+}
+
+TEST_F(AppNameListStore, ALaunchSeesAllNamesOfOneVersion)
+{
+    const std::vector<std::wstring> first = {L"app x", L"s app x", L"app y", L"s app y"};
+    const std::vector<std::wstring> second = {L"app z", L"s app z"};
+    std::vector<std::vector<std::wstring>> seen;
+    {
+        const test::AfterEachChange watch([&] { seen.push_back(Excluded()); });
+        WriteManifest({"App X", "App Y"});
+        EXPECT_EQ(Add(), S_OK);
+        WriteManifest({"App Z"});
+        m_package->facts.version.Major = 2;
+        EXPECT_EQ(Add(), S_FALSE);
+    }
+    // A new package is one change; a changed one is two, the first of which no launch looks at.
+    EXPECT_THAT(seen, ElementsAre(first, first, second));
 }
 
 TEST_F(AppNameListStore, LaunchesBesideChangesSeeOneVersionOrTheOther)
@@ -102,7 +120,11 @@ TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
     const test::LockWatch locks;
     std::thread changing;
     held->onAsked = [&] {
-        changing = std::thread([&] { EXPECT_EQ(Add(), S_FALSE); });
+        changing = std::thread([&] {
+            // As the refresh thread does around a package.
+            const WinRtApartment apartment(RoInitialize(RO_INIT_MULTITHREADED));
+            EXPECT_EQ(Add(), S_FALSE);
+        });
         EXPECT_TRUE(locks.WaitForBlocked());
     };
     EXPECT_THAT(Excluded(), ElementsAre(L"app x", L"s app x"));

@@ -241,13 +241,23 @@ TEST_P(AppNameListChange, WaitsForALaunchAndIsSeenByTheNext)
     EXPECT_THAT(Excluded(m_list), ElementsAreArray(GetParam().after));
 }
 
+TEST_P(AppNameListChange, IsSeenAsAWhole)
+{
+    std::vector<std::vector<std::wstring>> seen;
+    {
+        const test::AfterEachChange watch([&] { seen.push_back(Excluded(m_list)); });
+        GetParam().make(m_list);
+    }
+    EXPECT_THAT(seen, ElementsAre(GetParam().after));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Of, AppNameListChange,
     testing::Values(Change{"PackageStates",
                            [](CQanhAppNameList& list) {
-                               list.SetPackagesInstalled({TRUE, FALSE});
+                               list.SetPackagesInstalled({FALSE, FALSE});
                            },
-                           {L"a mail", L"c mail"}},
+                           {L"c mail"}},
                     Change{"DesktopStates",
                            [](CQanhAppNameList& list) { list.SetDesktopAppsInstalled({FALSE}); },
                            {L"a mail", L"b mail"}},

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "support/FakePackages.h"
 #include "support/Registry.h"
-#include "unit/discovery/FakeStore.h"
 #include "unit/discovery/Manager.h"
 
 #include <shlwapi.h>
@@ -42,12 +42,13 @@ protected:
           })
     {
         s_current = this;
-        m_store.onAll = [] { s_current->Step(L"store"); };
-        m_store.onFamily = [](const std::wstring& name) { s_current->Step(L"family " + name); };
+        m_store.objects.At("FindPackagesByUserSecurityId", [this] { Step(L"store"); });
+        m_store.contents.onFamily = [this](const std::wstring& name) { Step(L"family " + name); };
         m_settings.SetDword(L"RefreshInterval", 3);
         test::MakeFolder(Common());
         test::MakeFolder(User());
     }
+    ~Pass() override { EXPECT_THAT(m_store.objects.Leaks(), ::testing::IsEmpty()); }
 
     std::wstring Common() const { return m_folder / L"All\\Microsoft\\Windows\\Start Menu\\Programs"; }
     std::wstring User() const { return m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs"; }
@@ -141,7 +142,7 @@ protected:
     test::ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"All").c_str()};
     test::ScopedEnvironment m_appData{L"APPDATA", (m_folder / L"Me").c_str()};
     test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    FakeStore m_store;
+    test::FakeStore m_store;      // of no packages
     HANDLE m_exitEvent = nullptr; // whose waits are steered
     std::vector<std::wstring> m_steps;
     std::wstring m_exitAt; // the step at which the exit event is signalled

@@ -63,8 +63,11 @@ TEST_F(RefreshPass, PackagesCountAsInstalledUnlessTheStoreSaysNo)
         "<Package PackageFamilyName=\"broken\" Version=\"1.0.0.0\" NeedReserve=\"1\" IsInstalled=\"0\" />"
         "<Package Version=\"2.0.0.0\" IsInstalled=\"0\" />"
         "</Applications>");
-    m_store.installed = {L"there"};
-    m_store.failing = {L"broken"};
+    test::PackageFacts facts;
+    facts.familyName = L"there";
+    facts.isListed = false;
+    m_store.Add(facts);
+    m_store.contents.failingFamilies = {L"broken"};
     EXPECT_EQ(Run(), 0u);
     EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"there")->IsInstalled, 1);
     EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"gone")->IsInstalled, 0);
@@ -109,7 +112,7 @@ TEST_F(RefreshPass, RecordsThatTheWalkFindsAreNotMarkedInTheSamePass)
 
 TEST_F(RefreshPass, AFailingStoreIsLoggedAndThePassGoesOn)
 {
-    m_store.isAvailable = false;
+    m_store.objects.Fail("RoGetActivationFactory", REGDB_E_CLASSNOTREG);
     EXPECT_EQ(Run(), 0u);
     EXPECT_THAT(
         ThreadLines(),

@@ -214,7 +214,7 @@ TEST(RefreshThreadInRealTime, WaitsAboutASecondBeforeItsFirstPass)
     manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     static LONG s_passBegan;
     s_passBegan = 0;
-    const FakeStore store;
+    const test::FakeStore store;
     const test::ImportPatch<decltype(&RoInitialize)> patch("RoInitialize", [](RO_INIT_TYPE) -> HRESULT {
         InterlockedExchange(&s_passBegan, 1);
         return E_FAIL;

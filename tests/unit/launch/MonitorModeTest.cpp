@@ -1,7 +1,6 @@
-#include "launch/MonitorMode.h"
+#include "unit/launch/MonitorMode.h"
 
 #include "support/LogCapture.h"
-#include "unit/launch/FakeVisibility.h"
 
 #include <gmock/gmock.h>
 
@@ -35,8 +34,8 @@ TEST_F(MonitorMode, InitializeCreatesTheVisibilityObjectInASingleThreadedApartme
     OnAThread([&] {
         const test::LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), S_OK);
-        EXPECT_THAT(g_calls, ElementsAre("CoCreateInstance"));
-        EXPECT_EQ(m_mode.m_pImmersiveMode, &m_object);
+        EXPECT_THAT(Journal(), ElementsAre("CoCreateInstance"));
+        EXPECT_EQ(m_mode.m_pImmersiveMode, &m_visibility);
         EXPECT_THAT(log.Lines(),
                     ElementsAre("CQanhMonitorMode::Initialize IN", "CQanhMonitorMode::Initialize OUT(0)"));
         EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
@@ -49,18 +48,18 @@ TEST_F(MonitorMode, InitializeAsksForASingleThreadedApartmentWithoutFurtherFlags
 {
     const test::ImportPatch<decltype(&CoInitializeEx)> patch(
         "CoInitializeEx", [](void* reserved, DWORD flags) {
-            g_calls.push_back("CoInitializeEx " + std::to_string(flags) + (reserved ? " reserved" : ""));
+            Note("CoInitializeEx " + std::to_string(flags) + (reserved ? " reserved" : ""));
             return E_OUTOFMEMORY;
         });
     EXPECT_EQ(m_mode.Initialize(), E_OUTOFMEMORY);
-    EXPECT_THAT(g_calls, ElementsAre("CoInitializeEx 2"));
+    EXPECT_THAT(Journal(), ElementsAre("CoInitializeEx 2"));
 }
 
 TEST_F(MonitorMode, InitializeReturnsTheResultOfTheCreation)
 {
     OnAThread([&] {
         const test::LogCapture log;
-        g_createResult = S_FALSE;
+        m_shell.createResult = S_FALSE;
         EXPECT_EQ(m_mode.Initialize(), S_FALSE);
         EXPECT_THAT(log.Lines(),
                     ElementsAre("CQanhMonitorMode::Initialize IN", "CQanhMonitorMode::Initialize OUT(1)"));
@@ -85,6 +84,7 @@ TEST_F(MonitorMode, TwoInitializeAndTwoFinalizeLeaveNoApartment)
     OnAThread([&] {
         EXPECT_EQ(m_mode.Initialize(), S_OK);
         EXPECT_EQ(m_mode.Initialize(), S_OK);
+        m_visibility.Release(); // the first one is lost: the library initializes only what is down
         m_mode.Finalize();
         EXPECT_TRUE(HasApartment());
         m_mode.Finalize();
@@ -98,7 +98,7 @@ TEST_F(MonitorMode, InitializeFailsInAMultithreadedApartment)
         ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
         const test::LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), RPC_E_CHANGED_MODE);
-        EXPECT_THAT(g_calls, IsEmpty());
+        EXPECT_THAT(Journal(), IsEmpty());
         EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
         EXPECT_THAT(log.Lines(),
                     ElementsAre("CQanhMonitorMode::Initialize IN",
@@ -124,7 +124,7 @@ TEST_F(MonitorMode, AFailedCreationLeavesNoApartmentAndNoObject)
 {
     OnAThread([&] {
         const test::LogCapture log;
-        g_createResult = REGDB_E_CLASSNOTREG;
+        m_shell.createResult = REGDB_E_CLASSNOTREG;
         EXPECT_EQ(m_mode.Initialize(), REGDB_E_CLASSNOTREG);
         // The call left something behind all the same.
         EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
@@ -137,24 +137,24 @@ TEST_F(MonitorMode, AFailedCreationLeavesNoApartmentAndNoObject)
 
 TEST_F(MonitorMode, FinalizeReleasesTheObjectBeforeItLeavesTheApartment)
 {
-    const test::ImportPatch<decltype(&CoUninitialize)> patch(
-        "CoUninitialize", [] { g_object->calls.push_back("CoUninitialize"); });
+    const test::ImportPatch<decltype(&CoUninitialize)> patch("CoUninitialize",
+                                                             [] { Note("CoUninitialize"); });
     const test::LogCapture log;
     Ready();
     m_mode.Finalize();
-    EXPECT_THAT(m_object.calls, ElementsAre("Release", "CoUninitialize"));
-    EXPECT_EQ(m_object.references, 0);
+    EXPECT_THAT(Journal(), ElementsAre("Release", "CoUninitialize"));
+    EXPECT_EQ(m_visibility.References(), 0);
     EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::Finalize IN", "CQanhMonitorMode::Finalize OUT"));
 }
 
 TEST_F(MonitorMode, FinalizeLeavesTheApartmentWithoutAnObjectToo)
 {
-    const test::ImportPatch<decltype(&CoUninitialize)> patch(
-        "CoUninitialize", [] { g_object->calls.push_back("CoUninitialize"); });
+    const test::ImportPatch<decltype(&CoUninitialize)> patch("CoUninitialize",
+                                                             [] { Note("CoUninitialize"); });
     const test::LogCapture log;
     m_mode.Finalize();
-    EXPECT_THAT(m_object.calls, ElementsAre("CoUninitialize"));
+    EXPECT_THAT(Journal(), ElementsAre("CoUninitialize"));
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::Finalize IN", "CQanhMonitorMode::Finalize OUT"));
 }
 
@@ -163,7 +163,7 @@ TEST_F(MonitorMode, StateNeedsAPlaceForTheResult)
     const test::LogCapture log;
     Ready();
     EXPECT_EQ(m_mode.GetMonitorState(nullptr), -1);
-    EXPECT_THAT(m_object.calls, IsEmpty());
+    EXPECT_THAT(Journal(), IsEmpty());
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
                                          "CQanhMonitorMode::GetMonitorState OUT(-1)"));
 }
@@ -191,11 +191,11 @@ TEST_F(MonitorMode, StateFailsWhenTheLauncherCannotBeAskedFor)
 {
     const test::LogCapture log;
     Ready();
-    m_object.states = {{TRUE, MAV_NO_APP_VISIBLE, E_ACCESSDENIED, S_OK}};
+    m_visibility.states = {{TRUE, MAV_NO_APP_VISIBLE, E_ACCESSDENIED, S_OK}};
     int state = 7;
     EXPECT_EQ(m_mode.GetMonitorState(&state), -2);
     EXPECT_EQ(state, 7);
-    EXPECT_THAT(m_object.calls, ElementsAre("IsLauncherVisible"));
+    EXPECT_THAT(Journal(), ElementsAre("IsLauncherVisible"));
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
                                          "CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err "));
 }
@@ -204,11 +204,11 @@ TEST_F(MonitorMode, StateFailsWhenTheMonitorCannotBeAskedFor)
 {
     const test::LogCapture log;
     Ready();
-    m_object.states = {{TRUE, MAV_NO_APP_VISIBLE, S_OK, E_ACCESSDENIED}};
+    m_visibility.states = {{TRUE, MAV_NO_APP_VISIBLE, S_OK, E_ACCESSDENIED}};
     int state = 7;
     EXPECT_EQ(m_mode.GetMonitorState(&state), -2);
     EXPECT_EQ(state, 7);
-    EXPECT_THAT(m_object.calls, ElementsAre("IsLauncherVisible", "GetAppVisibilityOnMonitor"));
+    EXPECT_THAT(Journal(), ElementsAre("IsLauncherVisible", "GetAppVisibilityOnMonitor"));
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
                                          "CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint(4660)"));
 }
@@ -218,7 +218,7 @@ TEST_F(MonitorMode, StateIsThatOfThePrimaryMonitor)
     Ready();
     int state = 7;
     EXPECT_EQ(m_mode.GetMonitorState(&state), 0);
-    EXPECT_THAT(m_object.calls, ElementsAre("IsLauncherVisible", "GetAppVisibilityOnMonitor"));
+    EXPECT_THAT(Journal(), ElementsAre("IsLauncherVisible", "GetAppVisibilityOnMonitor"));
 }
 
 struct StateRow
@@ -236,7 +236,7 @@ TEST_P(MonitorState, FollowsFromLauncherAndVisibility)
 {
     const test::LogCapture log;
     Ready();
-    m_object.states = {{GetParam().isLauncherVisible, GetParam().visibility}};
+    m_visibility.states = {{GetParam().isLauncherVisible, GetParam().visibility}};
     int state = 7;
     EXPECT_EQ(m_mode.GetMonitorState(&state), 0);
     EXPECT_EQ(state, GetParam().mode);

@@ -1,9 +1,8 @@
 // The Start screen and its search pane, as the monitor mode brings them up.
 
-#include "launch/MonitorMode.h"
+#include "unit/launch/MonitorMode.h"
 
 #include "support/LogCapture.h"
-#include "unit/launch/FakeVisibility.h"
 
 #include <gmock/gmock.h>
 
@@ -117,7 +116,7 @@ using Pause = std::pair<DWORD, int>;
 
 TEST_F(StartScreen, SwitchDoesNothingWhenItShows)
 {
-    m_object.states = {kStart};
+    m_visibility.states = {kStart};
     EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
     EXPECT_THAT(g_keys, IsEmpty());
     EXPECT_THAT(m_sleep.Calls(), IsEmpty());
@@ -126,7 +125,7 @@ TEST_F(StartScreen, SwitchDoesNothingWhenItShows)
 
 TEST_F(StartScreen, SwitchPressesTheWindowsKeyAndPollsUntilItShows)
 {
-    m_object.states = {kDesktop, kDesktop, kStoreApp, kStart};
+    m_visibility.states = {kDesktop, kDesktop, kStoreApp, kStart};
     EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
     EXPECT_THAT(Pauses(), ElementsAre(Pause(50, 2), Pause(100, 3)));
@@ -138,11 +137,11 @@ TEST_F(StartScreen, SwitchPressesTheWindowsKeyAndPollsUntilItShows)
 
 TEST_F(StartScreen, SwitchGivesUpAfterTwentyPollsWithoutFailing)
 {
-    m_object.states = {kDesktop};
+    m_visibility.states = {kDesktop};
     EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
     EXPECT_THAT(Pauses(), ElementsAre(Pause(50, 2), Pause(100, 20)));
-    EXPECT_EQ(m_object.looks, 21u);
+    EXPECT_EQ(m_visibility.looks, 21u);
     Lines expected = kSwitchIn + Look(0) + Lines{"dwMode = 0 "} + kWindowsKeyLines;
     for (int poll = 0; poll < 20; ++poll) {
         expected = expected + Look(0) + Lines{"dwMode = 0 "};
@@ -152,16 +151,16 @@ TEST_F(StartScreen, SwitchGivesUpAfterTwentyPollsWithoutFailing)
 
 TEST_F(StartScreen, SwitchSeesItAtTheTwentiethPoll)
 {
-    m_object.states = std::vector<FakeVisibility::State>(20, kDesktop);
-    m_object.states.push_back(kStart);
+    m_visibility.states = std::vector<FakeVisibility::State>(20, kDesktop);
+    m_visibility.states.push_back(kStart);
     EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
-    EXPECT_EQ(m_object.looks, 21u);
+    EXPECT_EQ(m_visibility.looks, 21u);
     EXPECT_EQ(m_log.Lines()[m_log.Lines().size() - 2], "dwMode = 1 ");
 }
 
 TEST_F(StartScreen, SwitchPressesTheWindowsKeyInAStoreApp)
 {
-    m_object.states = {kStoreApp, kStart};
+    m_visibility.states = {kStoreApp, kStart};
     EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
     EXPECT_THAT(Pauses(), ElementsAre(Pause(50, 2), Pause(100, 1)));
@@ -169,7 +168,7 @@ TEST_F(StartScreen, SwitchPressesTheWindowsKeyInAStoreApp)
 
 TEST_F(StartScreen, SwitchPressesTheWindowsKeyInAnUnknownState)
 {
-    m_object.states = {kUnknown, kStart};
+    m_visibility.states = {kUnknown, kStart};
     EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
     EXPECT_THAT(WithoutKeys(m_log.Lines()),
@@ -179,7 +178,7 @@ TEST_F(StartScreen, SwitchPressesTheWindowsKeyInAnUnknownState)
 
 TEST_F(StartScreen, SwitchPollsOnWhenALookFails)
 {
-    m_object.states = {kStoreApp, kLauncherError, kMonitorError, kStart};
+    m_visibility.states = {kStoreApp, kLauncherError, kMonitorError, kStart};
     EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
     EXPECT_THAT(WithoutKeys(m_log.Lines()),
                 ElementsAreArray(kSwitchIn + Look(2) + Lines{"dwMode = 2 "} + kWindowsKeyLines +
@@ -193,7 +192,7 @@ TEST_F(StartScreen, SwitchPollsOnWhenALookFails)
 
 TEST_F(StartScreen, SwitchWithoutTheObjectReturnsMinusOneAndPressesNothing)
 {
-    m_mode.m_pImmersiveMode = nullptr;
+    Unready();
     EXPECT_EQ(m_mode.SwitchToStartScreen(), -1);
     EXPECT_THAT(g_keys, IsEmpty());
     // The place of the operation's name stays empty in the third line.
@@ -206,7 +205,7 @@ TEST_F(StartScreen, SwitchWithoutTheObjectReturnsMinusOneAndPressesNothing)
 
 TEST_F(StartScreen, SwitchReturnsMinusTwoWhenTheFirstLookFails)
 {
-    m_object.states = {kLauncherError, kStart};
+    m_visibility.states = {kLauncherError, kStart};
     EXPECT_EQ(m_mode.SwitchToStartScreen(), -2);
     EXPECT_THAT(g_keys, IsEmpty());
     EXPECT_THAT(m_sleep.Calls(), IsEmpty());
@@ -219,7 +218,7 @@ TEST_F(StartScreen, SwitchReturnsMinusTwoWhenTheFirstLookFails)
 
 TEST_F(StartScreen, SearchPaneOpensWithWindowsQOnly)
 {
-    m_object.states = {kStart};
+    m_visibility.states = {kStart};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, 'Q', 'Q', VK_LWIN));
     EXPECT_THAT(m_sleep.Calls(), ElementsAre(50u, 50u, 100u, 200u, 100u, 200u));
@@ -229,7 +228,7 @@ TEST_F(StartScreen, SearchPaneOpensWithWindowsQOnly)
 
 TEST_F(StartScreen, SearchPaneNeedsTheStartScreenFirst)
 {
-    m_object.states = {kDesktop, kDesktop, kStart};
+    m_visibility.states = {kDesktop, kDesktop, kStart};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
     EXPECT_THAT(m_sleep.Calls(), ElementsAre(50u, 50u, 100u, 50u, 50u, 100u, 200u, 100u, 200u));
@@ -241,22 +240,22 @@ TEST_F(StartScreen, SearchPaneNeedsTheStartScreenFirst)
 
 TEST_F(StartScreen, SearchPaneIsAskedForAlsoWhenTheStartScreenNeverShows)
 {
-    m_object.states = {kStoreApp};
+    m_visibility.states = {kStoreApp};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
-    EXPECT_EQ(m_object.looks, 22u);
+    EXPECT_EQ(m_visibility.looks, 22u);
 }
 
 TEST_F(StartScreen, SearchPaneNeedsTheWindowsKeyInAnUnknownState)
 {
-    m_object.states = {kUnknown, kUnknown, kStart};
+    m_visibility.states = {kUnknown, kUnknown, kStart};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
     EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
 }
 
 TEST_F(StartScreen, SearchPaneIsPolledForUntilItIsInFront)
 {
-    m_object.states = {kStart};
+    m_visibility.states = {kStart};
     g_paneComesAt = 7;
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
     EXPECT_EQ(g_panePolls, 7);
@@ -266,7 +265,7 @@ TEST_F(StartScreen, SearchPaneIsPolledForUntilItIsInFront)
 
 TEST_F(StartScreen, SearchPaneThatNeverComesIsPolledForTwoHundredTimes)
 {
-    m_object.states = {kStart};
+    m_visibility.states = {kStart};
     g_paneComesAt = 0;
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
     EXPECT_EQ(g_panePolls, 200);
@@ -277,7 +276,7 @@ TEST_F(StartScreen, SearchPaneThatNeverComesIsPolledForTwoHundredTimes)
 
 TEST_F(StartScreen, SearchPaneFailsWithoutTheObject)
 {
-    m_mode.m_pImmersiveMode = nullptr;
+    Unready();
     EXPECT_EQ(m_mode.OpenAppSearchUI(), E_FAIL);
     EXPECT_THAT(g_keys, IsEmpty());
     EXPECT_THAT(m_sleep.Calls(), IsEmpty());
@@ -289,7 +288,7 @@ TEST_F(StartScreen, SearchPaneFailsWithoutTheObject)
 
 TEST_F(StartScreen, SearchPaneFailsWhenTheStateCannotBeRead)
 {
-    m_object.states = {kMonitorError};
+    m_visibility.states = {kMonitorError};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), E_FAIL);
     EXPECT_THAT(g_keys, IsEmpty());
     EXPECT_THAT(m_log.Lines(),
@@ -300,7 +299,7 @@ TEST_F(StartScreen, SearchPaneFailsWhenTheStateCannotBeRead)
 
 TEST_F(StartScreen, SearchPaneFailsWhenTheSwitchFails)
 {
-    m_object.states = {kDesktop, kLauncherError};
+    m_visibility.states = {kDesktop, kLauncherError};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), E_FAIL);
     EXPECT_THAT(g_keys, IsEmpty());
     EXPECT_EQ(g_panePolls, 0);
