@@ -10,15 +10,12 @@ void CQanhAppNameList::Clear() noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::Clear";
     LogIn(kName);
-    DeleteAll();
+    {
+        const auto lists = m_lists.Write();
+        lists->packages.Clear();
+        lists->desktopApps.Clear();
+    }
     LogOut(kName);
-}
-
-void CQanhAppNameList::DeleteAll() noexcept
-{
-    const auto lists = m_lists.Write();
-    lists->packages.Clear();
-    lists->desktopApps.Clear();
 }
 
 const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept

@@ -48,9 +48,8 @@ public:
     // otherwise the result of the final flush.
     [[nodiscard]] HRESULT Save(const wchar_t* path) const noexcept;
 
-    // Deletes every package, then every desktop application. DeleteAll() does so without a trace in the log.
+    // Deletes every package, then every desktop application.
     void Clear() noexcept;
-    void DeleteAll() noexcept;
 
     // The first package of exactly this family name, borrowed; null for a null or empty name or none. It can
     // be read but not changed: changes are the list's, which makes them under its lock.

@@ -54,10 +54,13 @@ public:
                                 static_cast<int>(Room()), isUtf8 ? nullptr : "?", nullptr);
         if (bytes > 0) {
             m_length += static_cast<std::size_t>(bytes);
-        } else {
+        } else if (GetLastError() == ERROR_INSUFFICIENT_BUFFER) {
             // There is no room for it: too long.
             std::memset(m_text + m_length, '?', Room());
             m_length = kLargestMessage;
+        } else {
+            // A code page that cannot be converted to: the line goes on without the text.
+            Append("?", 1);
         }
     }
 

@@ -10,6 +10,9 @@ namespace {
 constexpr wchar_t kCopyFormat[] = L"%s.tmp";
 constexpr wchar_t kRollbackFormat[] = L"%s.bak";
 
+// ERROR_DISK_QUOTA_EXCEEDED, which some toolchains' headers lack.
+constexpr DWORD kDiskQuotaExceeded = 1295;
+
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 void Compose(wchar_t (&path)[MAX_PATH], const wchar_t* format, const wchar_t* catalogPath) noexcept
@@ -39,7 +42,7 @@ void Compose(wchar_t (&path)[MAX_PATH], const wchar_t* format, const wchar_t* ca
 
 [[nodiscard]] bool IsDiskFull(DWORD error) noexcept
 {
-    return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL;
+    return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL || error == kDiskQuotaExceeded;
 }
 
 // Copies from where the files stand to the end of the source.
@@ -126,7 +129,11 @@ void CatalogRollback::Restore() const noexcept
 
 const wchar_t* CatalogRollback::WholeFile() const noexcept
 {
-    return SizeOf(m_rollback) ? m_rollback : m_catalog;
+    const std::optional<ULONGLONG> size = SizeOf(m_rollback);
+    if (!size) {
+        return m_catalog;
+    }
+    return *size != 0 ? m_rollback : nullptr;
 }
 
 DWORD CatalogRollback::Copy() const noexcept

@@ -30,7 +30,8 @@ public:
     // At a start: brings back what a save that was cut off has left, and clears away an unfinished copy.
     void Restore() const noexcept;
 
-    // The file that counts: as a rule the catalogue file; the rollback file while it is there.
+    // The file that counts: as a rule the catalogue file; the rollback file while it is there; null while
+    // that one says that there was no catalogue file.
     [[nodiscard]] const wchar_t* WholeFile() const noexcept;
 
 private:

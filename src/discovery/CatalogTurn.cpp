@@ -15,8 +15,10 @@ constexpr DWORD kTurnWait = 5000; // milliseconds; a save takes a few
 {
     wchar_t name[MAX_PATH] = {};
     _snwprintf_s(name, MAX_PATH, _TRUNCATE, kTurnName, catalogPath);
-    // A backslash would name a folder of the system's objects.
+    // A backslash would name a folder of the system's objects; and their names differ by the case of letters,
+    // which paths do not.
     std::replace(std::begin(name), std::end(name), L'\\', L'/');
+    CharUpperBuffW(name, MAX_PATH);
     return UniqueHandle(CreateMutexW(nullptr, FALSE, name));
 }
 
@@ -26,6 +28,10 @@ CatalogTurn::CatalogTurn(const wchar_t* catalogPath, HANDLE exitEvent) noexcept
     : m_mutex(MakeMutex(catalogPath)), m_result(S_OK)
 {
     if (!m_mutex) {
+        // One that may not be opened is there: an elevated process has made it.
+        if (GetLastError() == ERROR_ACCESS_DENIED) {
+            m_result = HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION);
+        }
         return;
     }
     const HANDLE handles[] = {m_mutex.Get(), exitEvent};

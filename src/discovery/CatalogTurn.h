@@ -21,7 +21,7 @@ public:
 
     // S_OK: the file is free, or it cannot be found out whether it is. S_FALSE: the exit event ended the
     // wait, or no turn was asked for. A sharing violation: another process kept the file to itself all the
-    // time.
+    // time, or has it and lets this one not wait.
     [[nodiscard]] HRESULT Result() const noexcept { return m_result; }
 
 private:

@@ -120,7 +120,7 @@ bool CQanhPackageManager::ChooseFile(const wchar_t* catalogPath, bool isOwner,
                                      wchar_t (&path)[MAX_PATH]) noexcept
 {
     // While another process is in its first refresh pass it may be writing the catalogue file.
-    if (GetFileAttributesW(catalogPath) != INVALID_FILE_ATTRIBUTES &&
+    if (catalogPath && GetFileAttributesW(catalogPath) != INVALID_FILE_ATTRIBUTES &&
         (isOwner || IsInstanceMutexGone(kMutexRoundsAtStart))) {
         wcscpy_s(path, MAX_PATH, catalogPath);
         return true;

@@ -40,11 +40,7 @@ void LogExit(HRESULT result) noexcept
 [[nodiscard]] BOOL IsPackageInstalled(const wchar_t* packageFamilyName) noexcept
 {
     BOOL isInstalled = TRUE;
-    try {
-        if (FAILED(QanhIsInstalled(packageFamilyName, &isInstalled))) {
-            isInstalled = TRUE;
-        }
-    } catch (...) {
+    if (FAILED(QanhIsInstalled(packageFamilyName, &isInstalled))) {
         isInstalled = TRUE;
     }
     return isInstalled;

@@ -107,7 +107,9 @@ public:
     explicit Turn(std::wstring catalogFile)
     {
         std::replace(catalogFile.begin(), catalogFile.end(), L'\\', L'/');
-        m_mutex = CreateMutexW(nullptr, FALSE, (L"QanHelperSave_" + catalogFile).c_str());
+        std::wstring name = L"QanHelperSave_" + catalogFile;
+        CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
+        m_mutex = CreateMutexW(nullptr, FALSE, name.c_str());
         if (WaitForSingleObject(m_mutex, 15000) != WAIT_OBJECT_0) {
             ADD_FAILURE() << "no turn";
         }

@@ -6,8 +6,8 @@
 // What refresh passes leave in the log: pieces of goldens, in the order of a pass.
 namespace test {
 
-inline const std::string commonPrograms = R"(<allusers>\Microsoft\Windows\Start Menu\Programs)";
-inline const std::string userPrograms = R"(<roaming>\Microsoft\Windows\Start Menu\Programs)";
+inline constexpr char commonPrograms[] = R"(<allusers>\Microsoft\Windows\Start Menu\Programs)";
+inline constexpr char userPrograms[] = R"(<roaming>\Microsoft\Windows\Start Menu\Programs)";
 
 inline std::string PackageIsInstalled(const std::string& family, bool is)
 {

@@ -35,7 +35,7 @@ TEST_F(RefreshLog, SmallTreeIsWalkedFolderByFolder)
     m_sandbox.AddCommonShortcut(L"Read me.txt");
     m_sandbox.AddCommonShortcut(L"Sub\\C.lnk");
     m_sandbox.AddUserShortcut(L"D.lnk");
-    const std::string sub = commonPrograms + "\\Sub";
+    const std::string sub = std::string(commonPrograms) + "\\Sub";
     EXPECT_TRUE(IsGolden(FirstPass(), {
                                           noPackages,
                                           FolderBegins(commonPrograms),

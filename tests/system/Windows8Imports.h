@@ -80,7 +80,7 @@ inline constexpr Windows8Library windows8Libraries[] = {
         PathFileExistsW SHCreateStreamOnFileEx SHCreateStreamOnFileW SHLoadIndirectString
     )"},
     {"user32.dll", R"(
-        CloseClipboard CountClipboardFormats EmptyClipboard GetClassNameW GetForegroundWindow
+        CharUpperBuffW CloseClipboard CountClipboardFormats EmptyClipboard GetClassNameW GetForegroundWindow
         GetMessageExtraInfo MapVirtualKeyW MonitorFromPoint OpenClipboard SendInput SetClipboardData
     )"},
     {"xmllite.dll", R"(

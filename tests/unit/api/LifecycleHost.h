@@ -77,7 +77,7 @@ protected:
     ~Lifecycle() override
     {
         TakeDown();
-        s_PackageManager.m_AppNameList.DeleteAll();
+        s_PackageManager.m_AppNameList.Clear();
         DiagnosticLog::SetEnabled(false);
     }
 

@@ -140,7 +140,7 @@ TEST(LifecycleWithThread, FinalizeWaitsForTheFirstPass)
     EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
     EXPECT_EQ(OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + hostName).c_str()), nullptr);
     EXPECT_TRUE(test::Exists(folder / (L"Vel\\QanHelper\\" + hostName + L"\\AppNameList.xml")));
-    s_PackageManager.m_AppNameList.DeleteAll();
+    s_PackageManager.m_AppNameList.Clear();
 }
 
 } // namespace

@@ -82,7 +82,7 @@ protected:
         s_MonitorMode.m_pImmersiveMode = nullptr;
         m_shell.visibility->Release();
         EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
-        s_PackageManager.m_AppNameList.DeleteAll();
+        s_PackageManager.m_AppNameList.Clear();
         s_current = nullptr;
     }
 

@@ -131,7 +131,7 @@ TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
     changing.join();
     held->onAsked = [] {};
     EXPECT_THAT(Excluded(), ElementsAre(L"app y", L"s app y"));
-    m_list.DeleteAll();
+    m_list.Clear();
 }
 
 } // namespace

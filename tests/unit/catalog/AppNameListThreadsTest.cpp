@@ -217,7 +217,7 @@ protected:
         EXPECT_EQ(m_list.AddMetroPackage(Package(L"b", {L"b mail"})), S_OK);
         EXPECT_EQ(m_list.AddDesktopApp(L"c mail", L"c"), S_OK);
     }
-    ~AppNameListChange() override { m_list.DeleteAll(); }
+    ~AppNameListChange() override { m_list.Clear(); }
 
     RecordProbe::Events m_events;
     RecordProbe* m_app = nullptr; // the application that is asked first
@@ -270,7 +270,7 @@ INSTANTIATE_TEST_SUITE_P(
                         "NewDesktopApp",
                         [](CQanhAppNameList& list) { EXPECT_EQ(list.AddDesktopApp(L"d mail", L"d"), S_OK); },
                         {L"a mail", L"b mail", L"c mail", L"d mail"}},
-                    Change{"EverythingDeleted", [](CQanhAppNameList& list) { list.DeleteAll(); }, {}}),
+                    Change{"EverythingDeleted", [](CQanhAppNameList& list) { list.Clear(); }, {}}),
     [](const auto& each) { return std::string(each.param.name); });
 
 TEST(AppNameListThreads, ALaunchWaitsForAChangeAndSeesAllOfIt)
@@ -287,7 +287,7 @@ TEST(AppNameListThreads, ALaunchWaitsForAChangeAndSeesAllOfIt)
                                                                   })),
               S_OK);
     ASSERT_EQ(list.AddDesktopApp(L"my mail", L"C:\\a.lnk"), S_OK);
-    list.DeleteAll();
+    list.Clear();
     launch.join();
     EXPECT_THAT(names, IsEmpty());
 }

@@ -317,4 +317,15 @@ TEST(NarrowFormat, SmallerBufferIsKeptToo)
     EXPECT_EQ(FormatSized(1, "%S", L""), "");
 }
 
+// A code page that the platform cannot convert to.
+TEST(NarrowFormat, TextThatCannotBeConvertedIsAQuestionMark)
+{
+    const test::ImportPatch<decltype(&WideCharToMultiByte)> patch(
+        "WideCharToMultiByte", [](UINT, DWORD, const wchar_t*, int, char*, int, const char*, BOOL*) -> int {
+            SetLastError(ERROR_INVALID_PARAMETER);
+            return 0;
+        });
+    EXPECT_EQ(Format("%S OUT(%S)\r\n", L"CQanhX::Do", L"text"), "? OUT(?)\r\n");
+}
+
 } // namespace

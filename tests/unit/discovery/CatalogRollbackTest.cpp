@@ -168,6 +168,8 @@ TEST_P(CatalogCopyFails, ForWantOfRoomThenTheSaveIsNotTried)
     WriteCatalog("old");
     EXPECT_EQ(BeginFailingWith(ERROR_DISK_FULL), HRESULT_FROM_WIN32(ERROR_DISK_FULL));
     EXPECT_EQ(BeginFailingWith(ERROR_HANDLE_DISK_FULL), HRESULT_FROM_WIN32(ERROR_HANDLE_DISK_FULL));
+    constexpr DWORD quotaExceeded = 1295;
+    EXPECT_EQ(BeginFailingWith(quotaExceeded), HRESULT_FROM_WIN32(quotaExceeded));
     EXPECT_THAT(Files(), ElementsAre("xml"));
     EXPECT_EQ(Catalog(), "old");
 }

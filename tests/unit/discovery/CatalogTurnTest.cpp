@@ -72,6 +72,13 @@ TEST(CatalogTurns, AreOfOneFileEach)
     EXPECT_EQ(AskOnAnotherThread(L"C:\\Users\\me\\Vel\\QanHelper\\Other\\AppNameList.xml"), S_OK);
 }
 
+TEST(CatalogTurns, AreOfOneFileInWhateverCaseItsPathIsWritten)
+{
+    const ImpatientWaits waits;
+    const CatalogTurn turn(kFile);
+    EXPECT_EQ(AskOnAnotherThread(L"c:\\users\\ME\\Vel\\QanHelper\\LAUNCHER\\AppNameList.xml"), kBusy);
+}
+
 TEST(CatalogTurns, AreOfOneFileEachHoweverLongItsPathIs)
 {
     const ImpatientWaits waits;
@@ -152,22 +159,43 @@ TEST(CatalogTurns, OfADeadThreadAreOver)
 TEST(CatalogTurns, AreTakenWithOtherProcessesUntilTheyDie)
 {
     test::OtherProcess other(L"HaveTurn",
-                             L"QanHelperSave_C:/Users/me/Vel/QanHelper/Launcher/AppNameList.xml");
+                             L"QANHELPERSAVE_C:/USERS/ME/VEL/QANHELPER/LAUNCHER/APPNAMELIST.XML");
     const ImpatientWaits waits;
     EXPECT_EQ(CatalogTurn(kFile).Result(), kBusy);
     ASSERT_EQ(other.End(), 0u);
     EXPECT_EQ(CatalogTurn(kFile).Result(), S_OK);
 }
 
+// The error with which a mutex cannot be made.
+class NoMutex
+{
+public:
+    explicit NoMutex(DWORD error)
+        : m_patch("CreateMutexW", [](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) -> HANDLE {
+              SetLastError(s_error);
+              return nullptr;
+          })
+    {
+        s_error = error;
+    }
+
+private:
+    static inline DWORD s_error = 0;
+    test::ImportPatch<decltype(&CreateMutexW)> m_patch;
+};
+
 TEST(CatalogTurns, AreNotTakenWhereTheyCannotBe)
 {
     const CatalogTurn turn(kFile);
-    const test::ImportPatch<decltype(&CreateMutexW)> patch(
-        "CreateMutexW", [](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) -> HANDLE {
-            SetLastError(ERROR_ACCESS_DENIED);
-            return nullptr;
-        });
+    const NoMutex noMutex(ERROR_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(AskOnAnotherThread(kFile), S_OK);
+}
+
+// An elevated process has it, and this one may not open its mutex.
+TEST(CatalogTurns, ThatMayNotBeWaitedForAreTaken)
+{
+    const NoMutex noMutex(ERROR_ACCESS_DENIED);
+    EXPECT_EQ(CatalogTurn(kFile).Result(), kBusy);
 }
 
 TEST(CatalogTurns, WhoseWaitFailsAreNotTakenEither)

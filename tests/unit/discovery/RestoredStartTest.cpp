@@ -79,6 +79,19 @@ TEST_F(RestoredStart, LoadsTheRollbackFileItselfWhileTheCatalogIsHeld)
     stream->Release();
 }
 
+TEST_F(RestoredStart, LoadsThePresetWhileWhatAFirstSaveHasLeftIsHeld)
+{
+    test::WriteFileBytes(Bak(), "");
+    WriteHalfOfACatalog();
+    WritePreset();
+    IStream* stream = nullptr;
+    ASSERT_EQ(SHCreateStreamOnFileW(CatalogFile().c_str(), STGM_WRITE, &stream), S_OK);
+    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\preset.lnk"));
+    EXPECT_TRUE(test::Exists(Bak()));
+    stream->Release();
+}
+
 TEST_F(RestoredStart, OfAnotherProcessThanTheOwnerLeavesAllAsItIs)
 {
     WriteBak();
