@@ -61,39 +61,43 @@ HRESULT ReadName(IXmlReader* reader, const wchar_t* element, const wchar_t* attr
     return hr;
 }
 
-// Walks the applications of a manifest: calls acceptName(name) for each display name and short name, which
-// ends the walk by returning false, and addApplication(displayName, shortName) for each application. The
-// result is that of the last step; isComplete tells whether the walk came to the end of the document.
-template <typename AcceptName, typename AddApplication>
-HRESULT WalkApplications(const wchar_t* path, const CQanhPackage& package, bool& isComplete,
-                         AcceptName acceptName, AddApplication addApplication)
+// How a walk through a manifest ended.
+struct WalkEnd
 {
-    isComplete = false;
+    HRESULT result;          // of the last step
+    bool isComplete = false; // it came to the end of the document
+};
+
+// Walks the applications of a manifest: calls acceptName(name) for each display name and short name, which
+// ends the walk by returning false, and addApplication(displayName, shortName) for each application.
+template <typename AcceptName, typename AddApplication>
+WalkEnd WalkApplications(const wchar_t* path, const CQanhPackage& package, AcceptName acceptName,
+                         AddApplication addApplication)
+{
     ComPtr<IXmlReader> reader;
     HRESULT hr = Xml::OpenReader(path, reader);
     if (FAILED(hr)) {
-        return hr;
+        return {hr};
     }
     hr = CQanhManifestReader::MoveToElementByName(reader.Get(), kApplications);
     while (SUCCEEDED(hr)) {
         hr = CQanhManifestReader::MoveToElementByName(reader.Get(), kApplication);
         if (hr != S_OK) {
-            isComplete = hr == S_FALSE;
-            return hr;
+            return {hr, hr == S_FALSE};
         }
         std::wstring displayName;
         hr = ReadName(reader.Get(), kVisualElements, kDisplayName, package, displayName);
         if (FAILED(hr) || !acceptName(displayName)) {
-            return hr;
+            return {hr};
         }
         std::wstring shortName;
         hr = ReadName(reader.Get(), kDefaultTile, kShortName, package, shortName);
         if (FAILED(hr) || !acceptName(shortName)) {
-            return hr;
+            return {hr};
         }
         addApplication(displayName, shortName);
     }
-    return hr;
+    return {hr};
 }
 
 } // namespace
@@ -125,13 +129,13 @@ HRESULT CQanhManifestReader::GetAppNameUsingXmlParser(const wchar_t* path, CQanh
         return LogOut(kName, hr);
     }
     try {
-        bool isComplete = false;
-        hr = WalkApplications(
-            path, *pPackage, isComplete, [](const std::wstring&) { return true; },
+        const WalkEnd end = WalkApplications(
+            path, *pPackage, [](const std::wstring&) { return true; },
             [&](const std::wstring& displayName, const std::wstring& shortName) {
                 // Out of memory for one is logged there; the others are still read.
                 (void)pPackage->AddApplication(displayName.c_str(), shortName.c_str());
             });
+        hr = end.result;
     } catch (...) {
         return LogCaught(kName, E_FAIL);
     }
@@ -149,11 +153,11 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
     }
     *pCan = 0;
     try {
-        bool isComplete = false;
-        hr = WalkApplications(
-            path, *pPackage, isComplete, [](const std::wstring& name) { return !IsUnresolved(name); },
+        const WalkEnd end = WalkApplications(
+            path, *pPackage, [](const std::wstring& name) { return !IsUnresolved(name); },
             [](const std::wstring&, const std::wstring&) {});
-        *pCan = isComplete ? 1 : 0;
+        hr = end.result;
+        *pCan = end.isComplete ? 1 : 0;
     } catch (...) {
         return LogCaught(kName, E_FAIL);
     }
