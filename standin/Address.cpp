@@ -1,5 +1,7 @@
 #include "standin/Address.h"
 
+#include "standin/Text.h"
+
 #include <shlwapi.h>
 
 #include <algorithm>
@@ -22,13 +24,9 @@ bool IsAscii(const std::wstring& text) noexcept
 // page.
 std::wstring EscapeAddress(const std::wstring& address)
 {
-    const int length = static_cast<int>(address.size());
-    std::string bytes(address.size() * 3, '\0');
-    bytes.resize(static_cast<size_t>(WideCharToMultiByte(CP_UTF8, 0, address.c_str(), length, bytes.data(),
-                                                         static_cast<int>(bytes.size()), nullptr, nullptr)));
     constexpr wchar_t digits[] = L"0123456789ABCDEF";
     std::wstring escaped;
-    for (const char byte : bytes) {
+    for (const char byte : ToUtf8(address)) {
         const auto value = static_cast<unsigned char>(byte);
         if (value < 0x80) {
             escaped += static_cast<wchar_t>(value);
@@ -63,11 +61,7 @@ std::wstring UnescapeAddress(const std::wstring& address)
             bytes += static_cast<char>(address[index]);
         }
     }
-    std::wstring text(bytes.size(), L'\0');
-    text.resize(
-        static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()),
-                                                text.data(), static_cast<int>(text.size()))));
-    return text;
+    return FromUtf8(bytes);
 }
 
 } // namespace

@@ -42,10 +42,6 @@ std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator)
 
 std::wstring FromUtf8(std::string_view bytes)
 {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    if (bytes.substr(0, mark.size()) == mark) {
-        bytes.remove_prefix(mark.size());
-    }
     std::wstring text(bytes.size(), L'\0');
     text.resize(
         static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()),

@@ -17,7 +17,7 @@ namespace standin {
 // The parts between the separators, trimmed; empty ones are left out.
 [[nodiscard]] std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator);
 
-// What is no UTF-8 becomes U+FFFD; a mark at the start is not part of the text.
+// What is no UTF-8, or half a surrogate pair, becomes U+FFFD.
 [[nodiscard]] std::wstring FromUtf8(std::string_view bytes);
 [[nodiscard]] std::string ToUtf8(std::wstring_view text);
 

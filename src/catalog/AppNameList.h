@@ -21,7 +21,7 @@ struct IXmlReader;
 // thread: its lists stand behind one reader/writer lock, shared while names are looked up or the file is
 // written, exclusive around each change. So a launch during a refresh pass sees each record as it was before
 // a change or as it is after it, and it sees at once what the pass has found. Records that are handed out
-// stay alive until Clear() and destruction, which must not run beside other calls.
+// stay alive until Clear(), DeleteAll(), Reload() and destruction, which must not run while one is in use.
 //
 // AppNameList.cpp holds look-ups and changes, AppNameListFile.cpp the reading and writing of the file,
 // AppNameListStore.cpp the way in which Store packages of the system enter the lists.
@@ -34,8 +34,9 @@ public:
     CQanhAppNameList& operator=(const CQanhAppNameList&) = delete;
 
     // Adds everything that the file holds to the lists; does not clear them first. E_POINTER, E_INVALIDARG
-    // for an empty path, the failure to open the file, otherwise the status that ended the reading: S_FALSE
-    // at the end of the document, or the reader's failure, with all records read up to there kept.
+    // for an empty path, the failure to open the file, E_OUTOFMEMORY, otherwise the status that ended the
+    // reading: S_FALSE at the end of the document, or the reader's failure, with all records read up to there
+    // kept.
     [[nodiscard]] HRESULT Load(const wchar_t* path) noexcept;
 
     // The same with what the file holds in the place of what the lists held, whatever ended the reading. A
@@ -105,7 +106,7 @@ private:
     // status is the result.
     template <typename ReadWith>
     [[nodiscard]] HRESULT LoadWith(const wchar_t* path, ReadWith readWith) noexcept;
-    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader) noexcept;
+    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader);
 
     const std::size_t m_listLimit;
     Guarded<Lists> m_lists;

@@ -4,6 +4,7 @@
 #include "catalog/CatalogXml.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
+#include "common/OutOfMemory.h"
 #include "common/Xml.h"
 
 #include <shlwapi.h>
@@ -79,7 +80,7 @@ HRESULT CQanhAppNameList::LoadWith(const wchar_t* path, ReadWith readWith) noexc
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    return LogOut(kName, readWith(reader.Get()));
+    return LogOut(kName, CatchOutOfMemory([&] { return readWith(reader.Get()); }));
 }
 
 HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
@@ -101,7 +102,7 @@ HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
     });
 }
 
-HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader) noexcept
+HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
 {
     HRESULT hr = Xml::ReadNode(pReader);
     while (hr == S_OK) {

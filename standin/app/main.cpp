@@ -1,5 +1,6 @@
 // The application that the stand-in desktop's shortcuts start in tests and demonstrations: a window that
 // shows its name until it is closed.
+#include "standin/ModulePath.h"
 #include "standin/Names.h"
 #include "standin/desktop/Drawing.h"
 #include "standin/desktop/Window.h"
@@ -7,7 +8,6 @@
 #include <windows.h>
 
 #include <shellapi.h>
-#include <shlwapi.h>
 
 #include <cwchar>
 #include <string>
@@ -72,9 +72,8 @@ private:
 
 std::wstring OwnFileName()
 {
-    std::wstring path(32768, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    const std::wstring name = PathFindFileNameW(path.c_str());
+    const std::wstring path = standin::ModulePath();
+    const std::wstring name = path.substr(path.find_last_of(L'\\') + 1);
     return name.substr(0, name.find_last_of(L'.'));
 }
 

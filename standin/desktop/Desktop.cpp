@@ -2,6 +2,7 @@
 
 #include "standin/Journal.h"
 #include "standin/Settings.h"
+#include "standin/desktop/DesktopKeys.h"
 
 #include <cwchar>
 
@@ -48,7 +49,8 @@ bool Desktop::Create()
         !m_pane.Create()) {
         return false;
     }
-    if (!m_hook.Start(Handle(), windowsKeyMessage, searchKeysMessage)) {
+    DesktopKeys keys(Handle(), windowsKeyMessage, searchKeysMessage);
+    if (!m_hook.Start([keys](DWORD key, bool isDown) mutable { return keys.OnEvent(key, isDown); })) {
         return false;
     }
     WriteJournal({L"ready"});

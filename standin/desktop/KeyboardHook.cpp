@@ -1,78 +1,27 @@
 #include "standin/desktop/KeyboardHook.h"
 
+#include <utility>
+
 namespace standin {
 
-// What the hook function knows; the platform hands it no context. Touched by the hook's thread only, once it
-// runs.
-struct KeyboardHook::Watch
-{
-    HWND window;
-    UINT windowsKeyMessage;
-    UINT searchKeysMessage;
-    bool windowsDown;
-    bool windowsAlone; // nothing else was pressed since the Windows key went down
-    bool swallowQUp;
-
-    // Returns true when the event must not reach anybody.
-    bool OnEvent(DWORD key, bool isDown) noexcept
-    {
-        if (key == VK_LWIN || key == VK_RWIN) {
-            OnWindowsKey(isDown);
-            return false;
-        }
-        if (isDown && windowsDown) {
-            windowsAlone = false;
-            if (key == 'Q') {
-                if (!swallowQUp) { // a key held down repeats
-                    PostMessageW(window, searchKeysMessage, 0, 0);
-                }
-                swallowQUp = true;
-                return true;
-            }
-        }
-        if (!isDown && key == 'Q' && swallowQUp) {
-            swallowQUp = false;
-            return true;
-        }
-        return false;
-    }
-
-    void OnWindowsKey(bool isDown) noexcept
-    {
-        if (isDown) {
-            windowsAlone = windowsAlone || !windowsDown;
-            windowsDown = true;
-            return;
-        }
-        if (windowsDown && windowsAlone) {
-            PostMessageW(window, windowsKeyMessage, 0, 0);
-        }
-        windowsDown = false;
-        windowsAlone = false;
-    }
-};
-
-KeyboardHook::Watch KeyboardHook::s_watch = {};
+KeyboardHook::Listener KeyboardHook::s_listener;
 
 LRESULT CALLBACK KeyboardHook::OnKey(int code, WPARAM message, LPARAM data)
 {
     if (code == HC_ACTION) {
         const auto& event = *reinterpret_cast<const KBDLLHOOKSTRUCT*>(data);
         const bool isDown = message == WM_KEYDOWN || message == WM_SYSKEYDOWN;
-        if (s_watch.OnEvent(event.vkCode, isDown)) {
+        if (s_listener(event.vkCode, isDown)) {
             return 1;
         }
     }
     return CallNextHookEx(nullptr, code, message, data);
 }
 
-bool KeyboardHook::Start(HWND window, UINT windowsKeyMessage, UINT searchKeysMessage)
+bool KeyboardHook::Start(Listener listener)
 {
     Stop();
-    s_watch = {};
-    s_watch.window = window;
-    s_watch.windowsKeyMessage = windowsKeyMessage;
-    s_watch.searchKeysMessage = searchKeysMessage;
+    s_listener = std::move(listener);
     const HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (!ready) {
         return false;

@@ -1,6 +1,7 @@
 #include "standin/platform/ActivationManager.h"
 
 #include "standin/Journal.h"
+#include "standin/ModulePath.h"
 #include "standin/Settings.h"
 #include "standin/Text.h"
 #include "standin/platform/ServedObject.h"
@@ -45,9 +46,7 @@ std::wstring OwnFolder()
     HMODULE module = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                        reinterpret_cast<LPCWSTR>(ownApplication), &module);
-    std::wstring path(32768, L'\0');
-    path.resize(GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size())));
-    return path.substr(0, path.find_last_of(L'\\'));
+    return ModuleFolder(module);
 }
 
 // One argument for a program that takes its command line apart in the usual way.

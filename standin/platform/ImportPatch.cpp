@@ -42,29 +42,28 @@ ULONGLONG Read(const BYTE* entry) noexcept
     return value;
 }
 
-bool Replace(BYTE* slot, void* replacement) noexcept
+// What stood in the slot before; null: it cannot be written.
+void* Replace(BYTE* slot, void* replacement) noexcept
 {
-    const auto value = reinterpret_cast<ULONGLONG>(replacement);
-    if (Read(slot) == value) {
-        return false;
-    }
+    const auto value = reinterpret_cast<LONG64>(replacement);
+    const auto old = static_cast<LONG64>(Read(slot));
     DWORD protection = 0;
-    if (!VirtualProtect(slot, sizeof(value), PAGE_READWRITE, &protection)) {
-        return false;
+    if (old != value) {
+        if (!VirtualProtect(slot, sizeof(value), PAGE_READWRITE, &protection)) {
+            return nullptr;
+        }
+        InterlockedExchange64(reinterpret_cast<volatile LONG64*>(slot), value);
+        VirtualProtect(slot, sizeof(value), protection, &protection);
     }
-    // In one piece: other threads may be calling through it.
-    InterlockedExchange64(reinterpret_cast<volatile LONG64*>(slot), static_cast<LONG64>(value));
-    VirtualProtect(slot, sizeof(value), protection, &protection);
-    return true;
+    return reinterpret_cast<void*>(old);
 }
 
-unsigned PatchLibrary(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library,
-                      const ImportPatch& patch) noexcept
+void* PatchLibrary(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library, const ImportPatch& patch) noexcept
 {
     if (library.OriginalFirstThunk == 0) {
-        return 0; // the names were not kept
+        return nullptr; // the names were not kept
     }
-    unsigned changed = 0;
+    void* old = nullptr;
     const auto* name = At<const BYTE>(module, library.OriginalFirstThunk);
     auto* slot = At<BYTE>(module, library.FirstThunk);
     for (; Read(name) != 0; name += sizeof(IMAGE_THUNK_DATA), slot += sizeof(IMAGE_THUNK_DATA)) {
@@ -73,26 +72,27 @@ unsigned PatchLibrary(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library,
         }
         const auto* function =
             At<const char>(module, static_cast<DWORD>(Read(name)) + offsetof(IMAGE_IMPORT_BY_NAME, Name));
-        if (std::strcmp(function, patch.function) == 0 && Replace(slot, patch.replacement)) {
-            ++changed;
+        if (std::strcmp(function, patch.function) == 0) {
+            old = Replace(slot, patch.replacement);
         }
     }
-    return changed;
-}
-
-unsigned PatchModule(HMODULE module, const ImportPatch& patch) noexcept
-{
-    unsigned changed = 0;
-    const IMAGE_IMPORT_DESCRIPTOR* library = ImportTable(module);
-    for (; library && library->Name != 0; ++library) {
-        if (lstrcmpiA(At<const char>(module, library->Name), patch.library) == 0) {
-            changed += PatchLibrary(module, *library, patch);
-        }
-    }
-    return changed;
+    return old;
 }
 
 } // namespace
+
+void* PatchImport(HMODULE module, const ImportPatch& patch) noexcept
+{
+    void* old = nullptr;
+    const IMAGE_IMPORT_DESCRIPTOR* library = ImportTable(module);
+    for (; library && library->Name != 0; ++library) {
+        if (!patch.library || lstrcmpiA(At<const char>(module, library->Name), patch.library) == 0) {
+            void* const found = PatchLibrary(module, *library, patch);
+            old = found ? found : old;
+        }
+    }
+    return old;
+}
 
 unsigned PatchImports(const ImportPatch& patch, HMODULE except) noexcept
 {
@@ -112,7 +112,10 @@ unsigned PatchImports(const ImportPatch& patch, HMODULE except) noexcept
                                 reinterpret_cast<LPCWSTR>(modules[index]), &held)) {
             continue;
         }
-        changed += PatchModule(held, patch);
+        const void* const old = PatchImport(held, patch);
+        if (old && old != patch.replacement) {
+            ++changed;
+        }
         FreeLibrary(held);
     }
     return changed;

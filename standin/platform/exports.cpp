@@ -1,5 +1,6 @@
 // The doors of the platform library: COM finds its classes here, regsvr32 registers it here. Nothing calls it
 // by name otherwise.
+#include "standin/ModulePath.h"
 #include "standin/platform/Classes.h"
 #include "standin/platform/IndirectString.h"
 #include "standin/platform/RuntimeClasses.h"
@@ -9,7 +10,8 @@
 
 #include <olectl.h>
 
-#include <iterator>
+#include <exception>
+#include <string>
 
 namespace {
 
@@ -57,13 +59,16 @@ STDAPI DllCanUnloadNow()
 
 STDAPI DllRegisterServer()
 {
-    wchar_t path[4096] = L"";
-    const DWORD length = GetModuleFileNameW(ownModule, path, static_cast<DWORD>(std::size(path)));
-    if (length == 0 || length == std::size(path)) {
-        return SELFREG_E_CLASS;
+    try {
+        const std::wstring path = standin::ModulePath(ownModule);
+        if (path.empty()) {
+            return SELFREG_E_CLASS;
+        }
+        const HRESULT hr = standin::RegisterClasses(path.c_str());
+        return SUCCEEDED(hr) ? standin::RegisterRuntimeClasses(path.c_str()) : hr;
+    } catch (const std::exception&) {
+        return E_OUTOFMEMORY;
     }
-    const HRESULT hr = standin::RegisterClasses(path);
-    return SUCCEEDED(hr) ? standin::RegisterRuntimeClasses(path) : hr;
 }
 
 STDAPI DllUnregisterServer()

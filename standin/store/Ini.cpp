@@ -8,6 +8,10 @@ namespace standin {
 
 Ini::Ini(std::string_view utf8)
 {
+    constexpr std::string_view mark = "\xEF\xBB\xBF"; // not part of the text
+    if (utf8.starts_with(mark)) {
+        utf8.remove_prefix(mark.size());
+    }
     const std::wstring text = FromUtf8(utf8);
     std::wstring section;
     for (std::wstring_view rest = text; !rest.empty();) {

@@ -59,7 +59,7 @@ private:
 
     static void* Allocate(std::size_t size)
     {
-        // Patching itself allocates, before the patch knows the function that it stands in for.
+        // Other threads may come here before the patch knows the function that it stands in for.
         static const auto s_malloc = reinterpret_cast<AllocateFunction>(
             reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
         if (GetCurrentThreadId() != s_state.thread) {

@@ -17,15 +17,17 @@ namespace test {
 class ImportPatchBase
 {
 protected:
+    // The function's name must outlive the patch.
     ImportPatchBase(const char* function, void* replacement);
     ~ImportPatchBase();
     ImportPatchBase(const ImportPatchBase&) = delete;
     ImportPatchBase& operator=(const ImportPatchBase&) = delete;
 
-    void* m_original = nullptr;
+    [[nodiscard]] void* Replaced() const { return m_original; }
 
 private:
-    std::vector<void**> m_slots;
+    const char* m_function;
+    void* m_original;
 };
 
 template <typename Function> class ImportPatch : private ImportPatchBase
@@ -36,7 +38,7 @@ public:
     {
     }
     // The function that the patch stands in for.
-    Function Original() const { return reinterpret_cast<Function>(m_original); }
+    [[nodiscard]] Function Original() const { return reinterpret_cast<Function>(Replaced()); }
 };
 
 // Makes Sleep return at once and keeps what was asked for, so that pauses and polling loops are tested to the

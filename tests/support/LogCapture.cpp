@@ -1,6 +1,7 @@
 #include "support/LogCapture.h"
 
 #include "common/DiagnosticLog.h"
+#include "standin/ModulePath.h"
 #include "support/Text.h"
 
 #include <windows.h>
@@ -12,10 +13,8 @@ namespace {
 
 std::wstring HostName()
 {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring name(path);
-    name.erase(0, name.rfind(L'\\') + 1);
+    const std::wstring path = standin::ModulePath();
+    const std::wstring name = path.substr(path.rfind(L'\\') + 1);
     return name.substr(0, name.find(L'.'));
 }
 

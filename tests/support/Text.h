@@ -1,13 +1,15 @@
 #pragma once
 
+#include "standin/Text.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace test {
 
-std::wstring FromUtf8(std::string_view text);
-std::string ToUtf8(std::wstring_view text);
+using standin::FromUtf8;
+using standin::ToUtf8;
 
 // The file's bytes; throws std::runtime_error when it cannot be read.
 std::string ReadFileBytes(const std::wstring& path);

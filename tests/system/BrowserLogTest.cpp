@@ -1,50 +1,45 @@
 // The whole log of a launch of the browser, for each state of its tile setting.
 #include "support/Registry.h"
 #include "system/Golden.h"
-#include "system/KeyGoldens.h"
+#include "system/LaunchGoldens.h"
 #include "system/LaunchTest.h"
 
 namespace {
 
 using standin::SetSetting;
 using standin::Setting;
-using test::enterIsPressed;
-using test::IsGolden;
-using test::shiftInsertIsPressed;
-using test::windowsQIsPressed;
+using namespace test;
 
 constexpr wchar_t tileValue[] = L"ApplicationTileImmersiveActivation";
 constexpr char ok[] = "0x00000000";
 constexpr char failed[] = "0x80004005";
 
 // The search for the browser in mode 0, without exclusions, on the Start screen.
-const std::string search = std::string(R"(
-    QanhLaunchBySearch(Internet Explorer, 0, 0) IN
-    QanhLaunchBySearch szKeyword = "Internet Explorer" <end>
-    CQanhMonitorMode::OpenAppSearchUI IN
-    CQanhMonitorMode::GetMonitorState IN
-    CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-        )") + windowsQIsPressed +
-                           R"(
-    CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
-    CQanhClipboard::SetClipboardData("Internet Explorer") IN
-    CQanhClipboard::SetClipboardData OUT(0x00000000)
-        )" + shiftInsertIsPressed +
-                           enterIsPressed + R"(
-    CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
-    QanhLaunchBySearch OUT(0x00000000)
-)";
+const std::string search =
+    "QanhLaunchBySearch(Internet Explorer, 0, 0) IN" + KeywordIs("\"Internet Explorer\"") + searchPaneOpens +
+    TextIsCopied("\"Internet Explorer\"") + shiftInsertIsPressed + enterIsPressed + launchEnds;
 
 // The same where the shell does not tell what the screen shows.
-constexpr char failedSearch[] = R"(
-    QanhLaunchBySearch(Internet Explorer, 0, 0) IN
-    QanhLaunchBySearch szKeyword = "Internet Explorer" <end>
-    CQanhMonitorMode::OpenAppSearchUI IN
-    CQanhMonitorMode::GetMonitorState IN
-    CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err <end>
-    CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
-    QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
+const std::string failedSearch = "QanhLaunchBySearch(Internet Explorer, 0, 0) IN" +
+                                 KeywordIs("\"Internet Explorer\"") + launcherQueryFails;
+
+std::string TileIsRead(int value)
+{
+    return R"(
+        CQanhReg::GetCurrentTileImmersiveActivation IN
+        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = )" +
+           std::to_string(value) + ")\n";
+}
+
+std::string TileIsSet(int value)
+{
+    return "\nCQanhReg::SetCurrentTileImmersiveActivation(" + std::to_string(value) +
+           ") IN\nCQanhReg::SetCurrentTileImmersiveActivation OUT\n";
+}
+
+constexpr char tileIsDeleted[] = R"(
+    CQanhReg::DeleteTileImmersiveActivation IN
+    CQanhReg::DeleteTileImmersiveActivation OUT
 )";
 
 class BrowserLog : public test::LaunchTest
@@ -78,65 +73,43 @@ TEST_F(BrowserLog, OneThatIsForcedToZeroAndPutBack)
 {
     browserKey.SetDword(tileValue, 1);
     Start({L"Internet Explorer.lnk"});
-    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
-        QanhLaunchIEBySearch(0, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
-        CQanhReg::SetCurrentTileImmersiveActivation(0) IN
-        CQanhReg::SetCurrentTileImmersiveActivation OUT
-        )") + search + R"(
-        CQanhReg::SetCurrentTileImmersiveActivation(1) IN
-        CQanhReg::SetCurrentTileImmersiveActivation OUT
-        QanhLaunchIEBySearch OUT(0x00000000)
-    )"));
+    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(1), TileIsSet(0), search,
+                                     TileIsSet(1), "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
 TEST_F(BrowserLog, AbsentValueThatIsForcedToZeroAndDeleted)
 {
     browserKey.Create();
     Start({L"Internet Explorer.lnk"});
-    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
-        QanhLaunchIEBySearch(0, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
-        CQanhReg::SetCurrentTileImmersiveActivation(0) IN
-        CQanhReg::SetCurrentTileImmersiveActivation OUT
-        )") + search + R"(
-        CQanhReg::DeleteTileImmersiveActivation IN
-        CQanhReg::DeleteTileImmersiveActivation OUT
-        QanhLaunchIEBySearch OUT(0x00000000)
-    )"));
+    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(1), TileIsSet(0), search,
+                                     tileIsDeleted, "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
 TEST_F(BrowserLog, AbsentValueThatCountsAsOneIsDeletedAllTheSame)
 {
     browserKey.Create();
     Start({L"Internet Explorer.lnk"});
-    EXPECT_TRUE(IsGolden(Launch(1), std::string(R"(
-        QanhLaunchIEBySearch(1, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
-        )") + search + R"(
-        CQanhReg::DeleteTileImmersiveActivation IN
-        CQanhReg::DeleteTileImmersiveActivation OUT
-        QanhLaunchIEBySearch OUT(0x00000000)
-    )"));
+    EXPECT_TRUE(IsGolden(Launch(1), {"QanhLaunchIEBySearch(1, 0, 0) IN", TileIsRead(1), search, tileIsDeleted,
+                                     "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
 TEST_F(BrowserLog, AbsentKeyIsNeitherMadeNorMissed)
 {
     Start({L"Internet Explorer.lnk"});
-    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
-        QanhLaunchIEBySearch(0, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
+    EXPECT_TRUE(IsGolden(Launch(0), {
+                                        "QanhLaunchIEBySearch(0, 0, 0) IN",
+                                        TileIsRead(1),
+                                        R"(
         CQanhReg::SetCurrentTileImmersiveActivation(0) IN
         CQanhReg::SetCurrentTileImmersiveActivation OUT(0)
-        )") + search + R"(
+                                        )",
+                                        search,
+                                        R"(
         CQanhReg::DeleteTileImmersiveActivation IN
         CQanhReg::DeleteTileImmersiveActivation OUT(0)
         QanhLaunchIEBySearch OUT(0x00000000)
-    )"));
+                                        )",
+                                    }));
 }
 
 TEST_F(BrowserLog, TextIsLeftAlone)
@@ -144,13 +117,8 @@ TEST_F(BrowserLog, TextIsLeftAlone)
     browserKey.SetText(tileValue, L"1");
     Start({L"Internet Explorer.lnk"});
     // The number is what the four bytes of the text come to.
-    EXPECT_TRUE(IsGolden(Launch(0), std::string(R"(
-        QanhLaunchIEBySearch(0, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 49)
-        )") + search + R"(
-        QanhLaunchIEBySearch OUT(0x00000000)
-    )"));
+    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(49), search,
+                                     "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
 TEST_F(BrowserLog, ModesOutOfRange)
@@ -171,59 +139,27 @@ TEST_F(BrowserLog, SearchThatFailsIsFollowedByTheSameSteps)
 {
     Start({});
     browserKey.SetDword(tileValue, 7);
-    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t1\t0\t0"), std::string(R"(
-        QanhLaunchIEBySearch(1, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 7)
-        CQanhReg::SetCurrentTileImmersiveActivation(1) IN
-        CQanhReg::SetCurrentTileImmersiveActivation OUT
-        )") + failedSearch + R"(
-        CQanhReg::SetCurrentTileImmersiveActivation(7) IN
-        CQanhReg::SetCurrentTileImmersiveActivation OUT
-        QanhLaunchIEBySearch OUT(0x80004005)
-    )"));
-    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t2\t0\t0"), std::string(R"(
-        QanhLaunchIEBySearch(2, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 7)
-        )") + failedSearch + R"(
-        QanhLaunchIEBySearch OUT(0x80004005)
-    )"));
+    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t1\t0\t0"),
+                         {"QanhLaunchIEBySearch(1, 0, 0) IN", TileIsRead(7), TileIsSet(1), failedSearch,
+                          TileIsSet(7), "QanhLaunchIEBySearch OUT(0x80004005)"}));
+    EXPECT_TRUE(
+        IsGolden(LaunchInVain("browser\t2\t0\t0"), {"QanhLaunchIEBySearch(2, 0, 0) IN", TileIsRead(7),
+                                                    failedSearch, "QanhLaunchIEBySearch OUT(0x80004005)"}));
     browserKey.DeleteValue(tileValue);
-    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t0\t0\t0"), std::string(R"(
-        QanhLaunchIEBySearch(0, 0, 0) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)
-        CQanhReg::SetCurrentTileImmersiveActivation(0) IN
-        CQanhReg::SetCurrentTileImmersiveActivation OUT
-        )") + failedSearch + R"(
-        CQanhReg::DeleteTileImmersiveActivation IN
-        CQanhReg::DeleteTileImmersiveActivation OUT
-        QanhLaunchIEBySearch OUT(0x80004005)
-    )"));
+    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t0\t0\t0"),
+                         {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(1), TileIsSet(0), failedSearch,
+                          tileIsDeleted, "QanhLaunchIEBySearch OUT(0x80004005)"}));
 }
 
 TEST_F(BrowserLog, SearchModeAndExclusionsAreHandedOn)
 {
     Start({});
     browserKey.SetDword(tileValue, 0);
-    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t0\t2\t1"), R"(
-        QanhLaunchIEBySearch(0, 2, 1) IN
-        CQanhReg::GetCurrentTileImmersiveActivation IN
-        CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 0)
-        QanhLaunchBySearch(Internet Explorer, 2, 1) IN
-        CQanhPackageManager::GetExcludeAppNameList(Internet Explorer) IN
-        CQanhAppNameList::GetExcludeAppNameList(Internet Explorer) IN
-        CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)
-        CQanhPackageManager::GetExcludeAppNameList OUT(0x00000000)
-        QanhLaunchBySearch szKeyword = "Internet Explorer" <end>
-        CQanhMonitorMode::OpenAppSearchUI IN
-        CQanhMonitorMode::GetMonitorState IN
-        CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err <end>
-        CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
-        QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
-        QanhLaunchIEBySearch OUT(0x80004005)
-    )"));
+    EXPECT_TRUE(IsGolden(LaunchInVain("browser\t0\t2\t1"),
+                         {"QanhLaunchIEBySearch(0, 2, 1) IN", TileIsRead(0),
+                          "QanhLaunchBySearch(Internet Explorer, 2, 1) IN",
+                          NothingIsExcluded("Internet Explorer"), KeywordIs("\"Internet Explorer\""),
+                          launcherQueryFails, "QanhLaunchIEBySearch OUT(0x80004005)"}));
 }
 
 } // namespace

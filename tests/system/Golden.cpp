@@ -65,6 +65,16 @@ testing::AssertionResult IsGolden(const std::vector<std::string>& log, std::stri
            << Excerpt(wanted, index);
 }
 
+testing::AssertionResult IsGolden(const std::vector<std::string>& log,
+                                  std::initializer_list<std::string_view> pieces)
+{
+    std::string golden;
+    for (const std::string_view piece : pieces) {
+        golden.append(piece).append("\n");
+    }
+    return IsGolden(log, golden);
+}
+
 std::vector<std::string> GoldenLines(std::string_view golden)
 {
     std::vector<std::string> lines;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,11 @@ namespace test {
 //
 // A log whose last line has no end has <no end> there (support/LogCapture.h), and so must its golden.
 [[nodiscard]] testing::AssertionResult IsGolden(const std::vector<std::string>& log, std::string_view golden);
+
+// The same with a golden in pieces of one or more whole lines each, so that what many logs have in common
+// stands once, under a name.
+[[nodiscard]] testing::AssertionResult IsGolden(const std::vector<std::string>& log,
+                                                std::initializer_list<std::string_view> pieces);
 
 // The lines of a golden text, blanks and <end> taken away.
 [[nodiscard]] std::vector<std::string> GoldenLines(std::string_view golden);

@@ -1,21 +1,19 @@
 #pragma once
 
-#include <windows.h>
+#include "standin/desktop/KeyboardHook.h"
 
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace test {
 
 // Writes down every key event of the whole desktop, whoever sends it, until the end of the scope. One at a
-// time; the events are taken on a thread of its own.
+// time.
 class KeyRecorder
 {
 public:
     KeyRecorder();
-    ~KeyRecorder();
     KeyRecorder(const KeyRecorder&) = delete;
     KeyRecorder& operator=(const KeyRecorder&) = delete;
 
@@ -23,14 +21,9 @@ public:
     [[nodiscard]] std::vector<std::string> Events() const;
 
 private:
-    static LRESULT CALLBACK OnKey(int code, WPARAM message, LPARAM data);
-
-    static KeyRecorder* s_recorder;
-
     mutable std::mutex m_lock;
     std::vector<std::string> m_events;
-    std::thread m_thread;
-    DWORD m_threadId = 0;
+    standin::KeyboardHook m_hook; // the last member: it ends before what it writes to
 };
 
 } // namespace test

@@ -1,6 +1,6 @@
 // The whole log of one launch in each mode.
 #include "system/Golden.h"
-#include "system/KeyGoldens.h"
+#include "system/LaunchGoldens.h"
 #include "system/LaunchTest.h"
 
 #include <algorithm>
@@ -9,10 +9,7 @@ namespace {
 
 using standin::SetSetting;
 using standin::Setting;
-using test::enterIsPressed;
-using test::IsGolden;
-using test::shiftInsertIsPressed;
-using test::windowsQIsPressed;
+using namespace test;
 
 constexpr char ok[] = "0x00000000";
 
@@ -38,7 +35,8 @@ TEST_F(LaunchLog, ModeZeroWithExclusionsOnTheStartScreen)
 {
     Start({L"Gmail.lnk", L"Mail.lnk"});
     desktop->ShowStartScreen();
-    EXPECT_TRUE(IsGolden(Launch("search\t0\t1\tMail", ok), std::string(R"(
+    EXPECT_TRUE(IsGolden(Launch("search\t0\t1\tMail", ok), {
+                                                               R"(
         QanhLaunchBySearch(Mail, 0, 1) IN
         CQanhPackageManager::GetExcludeAppNameList(Mail) IN
         CQanhAppNameList::GetExcludeAppNameList(Mail) IN
@@ -52,19 +50,14 @@ TEST_F(LaunchLog, ModeZeroWithExclusionsOnTheStartScreen)
         CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)
         CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)
         CQanhPackageManager::GetExcludeAppNameList OUT(0x00000000)
-        QanhLaunchBySearch szKeyword = "Mail" NOT("Gmail") <end>
-        CQanhMonitorMode::OpenAppSearchUI IN
-        CQanhMonitorMode::GetMonitorState IN
-        CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-        )") + windowsQIsPressed + R"(
-        CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
-        CQanhClipboard::SetClipboardData("Mail" NOT("Gmail")) IN
-        CQanhClipboard::SetClipboardData OUT(0x00000000)
-        )" + shiftInsertIsPressed + enterIsPressed + R"(
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        QanhLaunchBySearch OUT(0x00000000)
-    )"));
+                                                               )",
+                                                               KeywordIs("\"Mail\" NOT(\"Gmail\")"),
+                                                               searchPaneOpens,
+                                                               TextIsCopied("\"Mail\" NOT(\"Gmail\")"),
+                                                               shiftInsertIsPressed,
+                                                               enterIsPressed,
+                                                               launchEnds,
+                                                           }));
 }
 
 TEST_F(LaunchLog, ModeZeroWithoutExclusionsOnTheDesktopWithALostPaste)
@@ -72,9 +65,11 @@ TEST_F(LaunchLog, ModeZeroWithoutExclusionsOnTheDesktopWithALostPaste)
     Start({L"Mail.lnk"});
     SetSetting(Setting::StartScreenDelay, 300);
     SetSetting(Setting::LosePastes, 1);
-    EXPECT_TRUE(IsGolden(Launch("search\t0\t0\tMail", ok), std::string(R"(
-        QanhLaunchBySearch(Mail, 0, 0) IN
-        QanhLaunchBySearch szKeyword = "Mail" <end>
+    EXPECT_TRUE(
+        IsGolden(Launch("search\t0\t0\tMail", ok), {
+                                                       "QanhLaunchBySearch(Mail, 0, 0) IN",
+                                                       KeywordIs("\"Mail\""),
+                                                       R"(
         CQanhMonitorMode::OpenAppSearchUI IN
         CQanhMonitorMode::GetMonitorState IN
         CQanhMonitorMode::GetMonitorState OUT(0) dwMode(0)
@@ -95,16 +90,16 @@ TEST_F(LaunchLog, ModeZeroWithoutExclusionsOnTheDesktopWithALostPaste)
         CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
         dwMode = 1 <end>
         CQanhMonitorMode::SwitchToStartScreen OUT(0)
-        )") + windowsQIsPressed + R"(
-        CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
-        CQanhClipboard::SetClipboardData("Mail") IN
-        CQanhClipboard::SetClipboardData OUT(0x00000000)
-        )" + shiftInsertIsPressed + enterIsPressed + shiftInsertIsPressed +
-                                                               enterIsPressed + R"(
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        QanhLaunchBySearch OUT(0x00000000)
-    )"));
+                                                               )",
+                                                       windowsQIsPressed,
+                                                       "CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)",
+                                                       TextIsCopied("\"Mail\""),
+                                                       shiftInsertIsPressed,
+                                                       enterIsPressed,
+                                                       shiftInsertIsPressed,
+                                                       enterIsPressed,
+                                                       launchEnds,
+                                                   }));
 }
 
 TEST_F(LaunchLog, ModeOne)
@@ -112,32 +107,28 @@ TEST_F(LaunchLog, ModeOne)
     Start({L"Mail.lnk"});
     sandbox.Settings().SetDword(L"ClearClipboardWaitTime", 20);
     desktop->ShowStartScreen();
-    EXPECT_TRUE(IsGolden(Launch("search\t1\t0\tMail", ok), std::string(R"(
-        QanhLaunchBySearch(Mail, 1, 0) IN
-        QanhLaunchBySearch szKeyword = "Mail" <end>
-        CQanhMonitorMode::OpenAppSearchUI IN
-        CQanhMonitorMode::GetMonitorState IN
-        CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-        )") + windowsQIsPressed + R"(
-        CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
-        CQanhClipboard::SetClipboardData(Mail) IN
-        CQanhClipboard::SetClipboardData OUT(0x00000000)
-        )" + shiftInsertIsPressed + R"(
+    EXPECT_TRUE(IsGolden(Launch("search\t1\t0\tMail", ok), {
+                                                               "QanhLaunchBySearch(Mail, 1, 0) IN",
+                                                               KeywordIs("\"Mail\""),
+                                                               searchPaneOpens,
+                                                               TextIsCopied("Mail"),
+                                                               shiftInsertIsPressed,
+                                                               R"(
         CQanhReg::GetClearClipboardWaitTime IN
         CQanhReg::GetDWORDRegVal IN
         CQanhReg::GetDWORDRegVal OUT(1)
         CQanhReg::GetClearClipboardWaitTime OUT(20)
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        QanhLaunchBySearch OUT(0x00000000)
-    )"));
+                                                               )",
+                                                               launchEnds,
+                                                           }));
 }
 
 TEST_F(LaunchLog, ModeTwoOfACataloguedApplication)
 {
     Start({L"Mail.lnk"});
     desktop->ShowStartScreen();
-    EXPECT_TRUE(IsGolden(Launch("search\t2\t1\tmail", ok), std::string(R"(
+    EXPECT_TRUE(IsGolden(Launch("search\t2\t1\tmail", ok), {
+                                                               R"(
         QanhLaunchBySearch(mail, 2, 1) IN
         CQanhPackageManager::GetExcludeAppNameList(mail) IN
         CQanhAppNameList::GetExcludeAppNameList(mail) IN
@@ -145,53 +136,41 @@ TEST_F(LaunchLog, ModeTwoOfACataloguedApplication)
         CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)
         CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)
         CQanhPackageManager::GetExcludeAppNameList OUT(0x00000000)
-        QanhLaunchBySearch szKeyword = "mail" <end>
-        CQanhMonitorMode::OpenAppSearchUI IN
-        CQanhMonitorMode::GetMonitorState IN
-        CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-        )") + windowsQIsPressed + R"(
-        CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
-        CQanhClipboard::SetClipboardData(mail) IN
-        CQanhClipboard::SetClipboardData OUT(0x00000000)
-        )" + shiftInsertIsPressed + enterIsPressed + R"(
-        CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
-        CQanhKeyEmulate::Sendinput_Key OUT
-        QanhLaunchBySearch OUT(0x00000000)
-    )"));
+                                                               )",
+                                                               KeywordIs("\"mail\""),
+                                                               searchPaneOpens,
+                                                               TextIsCopied("mail"),
+                                                               shiftInsertIsPressed,
+                                                               enterIsPressed,
+                                                               launchEnds,
+                                                           }));
 }
 
 TEST_F(LaunchLog, QueriesThatFail)
 {
     Start({});
     SetSetting(Setting::FailLauncherQuery, static_cast<DWORD>(E_FAIL));
-    EXPECT_TRUE(IsGolden(Launch("search\t2\t1\tMail", "0x80004005"), R"(
-        QanhLaunchBySearch(Mail, 2, 1) IN
-        CQanhPackageManager::GetExcludeAppNameList(Mail) IN
-        CQanhAppNameList::GetExcludeAppNameList(Mail) IN
-        CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)
-        CQanhPackageManager::GetExcludeAppNameList OUT(0x00000000)
-        QanhLaunchBySearch szKeyword = "Mail" <end>
-        CQanhMonitorMode::OpenAppSearchUI IN
-        CQanhMonitorMode::GetMonitorState IN
-        CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err <end>
-        CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
-        QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
-    )"));
+    EXPECT_TRUE(IsGolden(Launch("search\t2\t1\tMail", "0x80004005"),
+                         {"QanhLaunchBySearch(Mail, 2, 1) IN", NothingIsExcluded("Mail"),
+                          KeywordIs("\"Mail\""), launcherQueryFails}));
     SetSetting(Setting::FailLauncherQuery, 0);
     SetSetting(Setting::FailMonitorQuery, static_cast<DWORD>(E_FAIL));
     const auto monitor = reinterpret_cast<INT_PTR>(MonitorFromPoint(POINT{0, 0}, MONITOR_DEFAULTTOPRIMARY));
-    EXPECT_TRUE(
-        IsGolden(Launch("search\t0\t0\tMail", "0x80004005"), std::string(R"(
-        QanhLaunchBySearch(Mail, 0, 0) IN
-        QanhLaunchBySearch szKeyword = "Mail" <end>
+    EXPECT_TRUE(IsGolden(Launch("search\t0\t0\tMail", "0x80004005"),
+                         {
+                             "QanhLaunchBySearch(Mail, 0, 0) IN",
+                             KeywordIs("\"Mail\""),
+                             R"(
         CQanhMonitorMode::OpenAppSearchUI IN
         CQanhMonitorMode::GetMonitorState IN
-        CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint()") +
-                                                                 std::to_string(static_cast<int>(monitor)) +
-                                                                 R"()
+                             )",
+                             "CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint(" +
+                                 std::to_string(static_cast<int>(monitor)) + ")",
+                             R"(
         CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
         QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
-    )"));
+                             )",
+                         }));
 }
 
 TEST_F(LaunchLog, ClipboardThatIsHeld)

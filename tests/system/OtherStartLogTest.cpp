@@ -4,6 +4,7 @@
 #include "support/Text.h"
 #include "system/FirstPassOfAnother.h"
 #include "system/Golden.h"
+#include "system/StartGoldens.h"
 #include "system/StartLog.h"
 
 #include <algorithm>
@@ -11,9 +12,9 @@
 namespace {
 
 using standin::Setting;
-using test::IsGolden;
+using namespace test;
 
-using OtherStartLog = test::StartLog;
+using OtherStartLog = StartLog;
 
 TEST_F(OtherStartLog, VisibilityObjectThatCannotBeCreated)
 {
@@ -57,32 +58,8 @@ TEST_F(OtherStartLog, SecondProcessDuringTheFirstPassTakesThePreset)
     EXPECT_GE(GetTickCount64() - start, 490u) << "five rounds of 100 ms each";
     EXPECT_FALSE(host.HasExitEvent());
     host.Do("finalize");
-    // The line of the mutex that exists has no end, so the next one continues it.
-    EXPECT_TRUE(IsGolden(sandbox.Log(), R"(
-        QanhInitialize IN
-        CQanhMonitorMode::Initialize IN
-        CQanhMonitorMode::Initialize OUT(0)
-        CQanhPackageManager::Initialize IN
-        CQanhPackageManager::GetModuleName IN
-        CQanhPackageManager::GetModuleName OUT(T)
-        CQanhPackageManager::Initialize CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTSCQanhPackageManager::CreateAppNameListFolder IN
-        CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (183)
-        CQanhPackageManager::CreateAppNameListFolder OUT(C)
-        CQanhPackageManager::GetPresetAppNameFullPath IN
-        CQanhPackageManager::GetPresetAppNameFullPath OUT(C)
-        CQanhAppNameList::Load(<host>\PresetAppNameList.xml) IN
-        CQanhAppNameList::ReadDesktopApps IN
-        CQanhAppNameList::ReadDesktopApps OUT(0x00000000)
-        CQanhAppNameList::Load OUT(0x00000001)
-        CQanhPackageManager::Initialize OUT(0x00000001)
-        QanhInitialize OUT(1) : s_nCount(1)
-        QanhFinalize IN
-        CQanhPackageManager::Finalize IN
-        CQanhPackageManager::Finalize OUT
-        CQanhMonitorMode::Finalize IN
-        CQanhMonitorMode::Finalize OUT
-        QanhFinalize OUT : s_nCount(0)
-    )"));
+    EXPECT_TRUE(IsGolden(sandbox.Log(), {otherProcessBegins, presetIsChosen, presetIsOpened, nothingIsRead,
+                                         otherProcessIsUp, finalizeBegins, finalizeEnds}));
 }
 
 TEST_F(OtherStartLog, SecondProcessThatSeesTheFirstPassEndTakesTheCatalogue)
@@ -95,24 +72,8 @@ TEST_F(OtherStartLog, SecondProcessThatSeesTheFirstPassEndTakesTheCatalogue)
     sandbox.WaitForLogLine("CQanhPackageManager::CreateAppNameListFolder OUT(C)");
     owner.End();
     EXPECT_EQ(host.Answer(), "0x00000001");
-    EXPECT_TRUE(IsGolden(sandbox.Log(), R"(
-        QanhInitialize IN
-        CQanhMonitorMode::Initialize IN
-        CQanhMonitorMode::Initialize OUT(0)
-        CQanhPackageManager::Initialize IN
-        CQanhPackageManager::GetModuleName IN
-        CQanhPackageManager::GetModuleName OUT(T)
-        CQanhPackageManager::Initialize CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTSCQanhPackageManager::CreateAppNameListFolder IN
-        CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (183)
-        CQanhPackageManager::CreateAppNameListFolder OUT(C)
-        OpenMutex() : Mutex none. <end>
-        CQanhAppNameList::Load(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
-        CQanhAppNameList::ReadDesktopApps IN
-        CQanhAppNameList::ReadDesktopApps OUT(0x00000000)
-        CQanhAppNameList::Load OUT(0x00000001)
-        CQanhPackageManager::Initialize OUT(0x00000001)
-        QanhInitialize OUT(1) : s_nCount(1)
-    )"));
+    EXPECT_TRUE(IsGolden(
+        sandbox.Log(), {otherProcessBegins, mutexIsGone, catalogIsOpened, nothingIsRead, otherProcessIsUp}));
 }
 
 TEST_F(OtherStartLog, SecondProcessWithoutAnyFileFails)
@@ -121,26 +82,18 @@ TEST_F(OtherStartLog, SecondProcessWithoutAnyFileFails)
     const test::FirstPassOfAnother owner;
     test::HostProcess host(sandbox);
     EXPECT_EQ(host.Command("init"), "0x80070002");
-    EXPECT_TRUE(IsGolden(sandbox.Log(), R"(
-        QanhInitialize IN
-        CQanhMonitorMode::Initialize IN
-        CQanhMonitorMode::Initialize OUT(0)
-        CQanhPackageManager::Initialize IN
-        CQanhPackageManager::GetModuleName IN
-        CQanhPackageManager::GetModuleName OUT(T)
-        CQanhPackageManager::Initialize CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTSCQanhPackageManager::CreateAppNameListFolder IN
-        CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (183)
-        CQanhPackageManager::CreateAppNameListFolder OUT(C)
-        CQanhPackageManager::GetPresetAppNameFullPath IN
-        CQanhPackageManager::GetPresetAppNameFullPath OUT(C)
-        CQanhAppNameList::Load(<host>\PresetAppNameList.xml) IN
-        CQanhAppNameList::Load OUT(0x80070002)
-        m_AppNameList.Load() failed. ErrCode = 0x80070002 <end>
+    EXPECT_TRUE(IsGolden(sandbox.Log(), {
+                                            otherProcessBegins,
+                                            presetIsChosen,
+                                            presetIsOpened,
+                                            presetIsMissing,
+                                            R"(
         CQanhPackageManager::Initialize OUT(0x80070002)
         CQanhMonitorMode::Finalize IN
         CQanhMonitorMode::Finalize OUT
         QanhInitialize OUT(s_PackageManager.Initialize : hr=-2147024894)
-    )"));
+                                            )",
+                                        }));
 }
 
 TEST_F(OtherStartLog, RefreshThreadWithoutStartMenuVariables)
@@ -158,19 +111,9 @@ TEST_F(OtherStartLog, RefreshThreadWithoutStartMenuVariables)
         host.Do("finalize");
         std::vector<std::string> log = sandbox.Log(offset);
         const auto thread = std::find(log.begin(), log.end(), "CQanhPackageManager::RefreshThread IN");
-        EXPECT_TRUE(IsGolden(std::vector<std::string>(thread, log.end()), R"(
-            CQanhPackageManager::RefreshThread IN
-            CQanhPackageManager::CreateAppNameListFolder IN
-            CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (183)
-            CQanhPackageManager::CreateAppNameListFolder OUT(C)
-            QanhFinalize IN
-            CQanhPackageManager::Finalize IN
-            CQanhPackageManager::Finalize OUT
-            CQanhMonitorMode::Finalize IN
-            CQanhMonitorMode::Finalize OUT
-            QanhFinalize OUT : s_nCount(0)
-        )")) << "without "
-             << test::ToUtf8(variable);
+        EXPECT_TRUE(IsGolden(std::vector<std::string>(thread, log.end()),
+                             {threadBegins, finalizeBegins, finalizeEnds}))
+            << "without " << test::ToUtf8(variable);
     }
     EXPECT_EQ(test::ReadFileBytes(sandbox.CatalogFile()), test::emptyCatalog) << "nothing was saved";
 }
@@ -181,13 +124,14 @@ TEST_F(OtherStartLog, FurtherCallsOnlyCount)
     host.Do("line-up");
     host.Command("init");
     host.Do("open");
-    sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    test::WaitForFirstPass();
     const std::size_t offset = sandbox.LogLength();
     EXPECT_EQ(host.Command("init"), "0x00000000");
     host.Do("finalize");
     host.Do("finalize");
     host.Do("finalize");
-    EXPECT_TRUE(IsGolden(sandbox.Log(offset), R"(
+    EXPECT_TRUE(IsGolden(sandbox.Log(offset), {
+                                                  R"(
         CQanhReg::IsDebugLogOn IN
         CQanhReg::GetDWORDRegVal IN
         CQanhReg::GetDWORDRegVal OUT(1)
@@ -196,16 +140,15 @@ TEST_F(OtherStartLog, FurtherCallsOnlyCount)
         QanhInitialize OUT(0) : s_nCount(2)
         QanhFinalize IN
         QanhFinalize OUT : s_nCount(1)
-        QanhFinalize IN
-        CQanhPackageManager::Finalize IN
-        CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)
-        CQanhPackageManager::Finalize OUT
-        CQanhMonitorMode::Finalize IN
-        CQanhMonitorMode::Finalize OUT
-        QanhFinalize OUT : s_nCount(0)
+                                                  )",
+                                                  finalizeBegins,
+                                                  threadEnds,
+                                                  finalizeEnds,
+                                                  R"(
         QanhFinalize IN
         QanhFinalize OUT : s_nCount(0)
-    )"));
+                                                  )",
+                                              }));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "support/Text.h"
 #include "system/Golden.h"
 #include "system/HostProcess.h"
+#include "system/PassGoldens.h"
 #include "system/Passes.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@
 
 namespace {
 
-using test::IsGolden;
+using namespace test;
 
 class RefreshLog : public testing::Test
 {
@@ -34,68 +35,28 @@ TEST_F(RefreshLog, SmallTreeIsWalkedFolderByFolder)
     m_sandbox.AddCommonShortcut(L"Read me.txt");
     m_sandbox.AddCommonShortcut(L"Sub\\C.lnk");
     m_sandbox.AddUserShortcut(L"D.lnk");
-    EXPECT_TRUE(IsGolden(FirstPass(), R"(
-        CQanhPackageManager::RefreshMetroApps IN
-        CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager OUT(0x00000000)
-        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
-        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhAppNameList::AddDesktopApp(A, <allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
-        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
-        CQanhAppNameList::IsInDesktopAppList OUT(0)
-        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
-        CQanhPackageManager::AddLinkFileToList OUT
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhAppNameList::AddDesktopApp(B, <allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
-        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhAppNameList::IsInDesktopAppList OUT(0)
-        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
-        CQanhPackageManager::AddLinkFileToList OUT
-        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub) IN
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub) IN
-        CQanhAppNameList::AddDesktopApp(C, <allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk) IN
-        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk) IN
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub\C.lnk)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhAppNameList::IsInDesktopAppList OUT(0)
-        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
-        CQanhPackageManager::AddLinkFileToList OUT
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs\Sub) IN
-        <allusers>\Microsoft\Windows\Start Menu\Programs\Sub\*.url Errcode = 2 <end>
-        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhAppNameList::AddDesktopApp(D, <roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk) IN
-        CQanhAppNameList::IsInDesktopAppList(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk) IN
-        CQanhDesktopApp::IsSameShortcut IN(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhDesktopApp::IsSameShortcut IN(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhDesktopApp::IsSameShortcut IN(<roaming>\Microsoft\Windows\Start Menu\Programs\D.lnk)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhAppNameList::IsInDesktopAppList OUT(0)
-        CQanhAppNameList::AddDesktopApp OUT(0x00000000)
-        CQanhPackageManager::AddLinkFileToList OUT
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
-        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhAppNameList::Save OUT(0x00000000)
-    )"));
+    const std::string sub = commonPrograms + "\\Sub";
+    EXPECT_TRUE(IsGolden(FirstPass(), {
+                                          noPackages,
+                                          FolderBegins(commonPrograms),
+                                          NewShortcut(commonPrograms, "A.lnk", 0),
+                                          NewShortcut(commonPrograms, "B.url", 1),
+                                          FolderBegins(sub),
+                                          NewShortcut(sub, "C.lnk", 2),
+                                          NoShortcuts(sub, "*.url"),
+                                          folderEnds,
+                                          folderEnds,
+                                          FolderBegins(userPrograms),
+                                          NewShortcut(userPrograms, "D.lnk", 3),
+                                          NoShortcuts(userPrograms, "*.url"),
+                                          folderEnds,
+                                          saveBegin,
+                                          shortcutIsWritten,
+                                          shortcutIsWritten,
+                                          shortcutIsWritten,
+                                          shortcutIsWritten,
+                                          saveEnd,
+                                      }));
 }
 
 TEST_F(RefreshLog, MissingUserFolderFailsAloneAndThePassGoesOn)
@@ -106,19 +67,8 @@ TEST_F(RefreshLog, MissingUserFolderFailsAloneAndThePassGoesOn)
         std::find(pass.begin(), pass.end(),
                   "CQanhPackageManager::RefreshDesktopApps(<roaming>\\Microsoft\\Windows\\Start "
                   "Menu\\Programs) IN");
-    EXPECT_TRUE(IsGolden(std::vector<std::string>(user, pass.end()), R"(
-        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        <roaming>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 3 <end>
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 3 <end>
-        Errcode = 3 <end>
-        CQanhPackageManager::RefreshThread pPyxPackageManager->RefreshDesktopApps(C) failed. ErrCode = 0x80004005 <end>
-        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhAppNameList::Save OUT(0x00000000)
-    )"));
+    EXPECT_TRUE(IsGolden(std::vector<std::string>(user, pass.end()),
+                         {MissingFolder(userPrograms), saveBegin, shortcutIsWritten, saveEnd}));
 }
 
 TEST_F(RefreshLog, ShortcutThatDisappearsKeepsItsRecordButLeavesTheFile)
@@ -135,78 +85,33 @@ TEST_F(RefreshLog, ShortcutThatDisappearsKeepsItsRecordButLeavesTheFile)
     const std::vector<std::string> log = m_sandbox.Log();
 
     // Both are known and found again.
-    EXPECT_TRUE(IsGolden(test::PassesOf(log).at(1), R"(
-        CQanhPackageManager::RefreshMetroApps IN
-        CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager OUT(0x00000000)
-        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
-        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhAppNameList::AddDesktopApp(A, <allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
-        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk) IN
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\A.lnk)
-        CQanhDesktopApp::IsSameShortcut OUT(1)
-        CQanhAppNameList::IsInDesktopAppList OUT(1)
-        CQanhAppNameList::AddDesktopApp OUT(0x00000001)
-        CQanhPackageManager::AddLinkFileToList OUT
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhAppNameList::AddDesktopApp(B, <allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
-        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
-        CQanhDesktopApp::IsSameShortcut OUT(1)
-        CQanhAppNameList::IsInDesktopAppList OUT(1)
-        CQanhAppNameList::AddDesktopApp OUT(0x00000001)
-        CQanhPackageManager::AddLinkFileToList OUT
-        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        <roaming>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
-        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhAppNameList::Save OUT(0x00000000)
-    )"));
+    EXPECT_TRUE(IsGolden(test::PassesOf(log).at(1), {
+                                                        noPackages,
+                                                        FolderBegins(commonPrograms),
+                                                        KnownShortcut(commonPrograms, "A.lnk", 0),
+                                                        KnownShortcut(commonPrograms, "B.url", 1),
+                                                        folderEnds,
+                                                        EmptyFolder(userPrograms),
+                                                        saveBegin,
+                                                        shortcutIsWritten,
+                                                        shortcutIsWritten,
+                                                        saveEnd,
+                                                    }));
 
     // The record of A is still there to be compared with B's path, but it is not written any more.
-    EXPECT_TRUE(IsGolden(test::PassWith("CQanhDesktopApp::ToXmlNode OUT(0x00000001)", log), R"(
-        CQanhPackageManager::RefreshMetroApps IN
-        CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager OUT(0x00000000)
-        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
-        CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        <allusers>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
-        CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhAppNameList::AddDesktopApp(B, <allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
-        CQanhAppNameList::IsInDesktopAppList(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url) IN
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
-        CQanhDesktopApp::IsSameShortcut OUT(0)
-        CQanhDesktopApp::IsSameShortcut IN(<allusers>\Microsoft\Windows\Start Menu\Programs\B.url)
-        CQanhDesktopApp::IsSameShortcut OUT(1)
-        CQanhAppNameList::IsInDesktopAppList OUT(1)
-        CQanhAppNameList::AddDesktopApp OUT(0x00000001)
-        CQanhPackageManager::AddLinkFileToList OUT
-        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-        CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        <roaming>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
-        CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-        <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
-        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000001)
-        CQanhDesktopApp::ToXmlNode IN
-        CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-        CQanhAppNameList::Save OUT(0x00000000)
-    )"));
+    EXPECT_TRUE(IsGolden(test::PassWith("CQanhDesktopApp::ToXmlNode OUT(0x00000001)", log),
+                         {
+                             noPackages,
+                             FolderBegins(commonPrograms),
+                             NoShortcuts(commonPrograms, "*.lnk"),
+                             KnownShortcut(commonPrograms, "B.url", 1),
+                             folderEnds,
+                             EmptyFolder(userPrograms),
+                             saveBegin,
+                             shortcutIsLeftOut,
+                             shortcutIsWritten,
+                             saveEnd,
+                         }));
     const std::string file = test::ReadFileBytes(m_sandbox.CatalogFile());
     EXPECT_EQ(file.find("A.lnk"), std::string::npos) << file;
     EXPECT_NE(file.find("B.url"), std::string::npos) << file;

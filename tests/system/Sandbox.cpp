@@ -1,6 +1,7 @@
 #include "system/Sandbox.h"
 
 #include "standin/Faults.h"
+#include "standin/ModulePath.h"
 #include "standin/Settings.h"
 #include "standin/Shortcuts.h"
 #include "standin/store/PackageFiles.h"
@@ -15,15 +16,6 @@
 namespace {
 
 constexpr wchar_t programsFolder[] = L"\\Microsoft\\Windows\\Start Menu\\Programs";
-
-std::string ToNarrow(const std::wstring& text)
-{
-    std::string narrow(text.size() * 3, '\0');
-    const int length = WideCharToMultiByte(CP_ACP, 0, text.c_str(), static_cast<int>(text.size()),
-                                           narrow.data(), static_cast<int>(narrow.size()), nullptr, nullptr);
-    narrow.resize(static_cast<std::size_t>(length));
-    return narrow;
-}
 
 void ReplaceAll(std::string& text, const std::string& part, const std::string& replacement)
 {
@@ -151,9 +143,7 @@ void Sandbox::WaitForLogLine(const std::string& line, std::size_t offset, const 
 std::string Sandbox::WithPlaceholders(std::string text) const
 {
     for (const wchar_t* name : {L"local", L"roaming", L"allusers", L"host"}) {
-        std::string placeholder = "<";
-        placeholder.append(ToNarrow(name)).append(">");
-        ReplaceAll(text, ToNarrow(m_folder / name), placeholder);
+        ReplaceAll(text, ToUtf8(m_folder / name), "<" + ToUtf8(name) + ">");
     }
     return text;
 }
@@ -295,10 +285,7 @@ std::wstring SamplePackages()
 
 std::wstring BuildFolder()
 {
-    wchar_t path[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    const std::wstring program = path;
-    return program.substr(0, program.rfind(L'\\'));
+    return standin::ModuleFolder();
 }
 
 bool IsFirstPassRunning(const std::wstring& base)

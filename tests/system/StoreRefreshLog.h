@@ -3,29 +3,23 @@
 #include "system/Golden.h"
 #include "system/HostProcess.h"
 #include "system/Manifest.h"
+#include "system/PassGoldens.h"
 #include "system/Passes.h"
 
 #include <gtest/gtest.h>
 
 namespace store_refresh_log {
 
-// Pieces of the goldens.
+// Pieces of the goldens, beside those of every pass.
 
-// Both folders are there and empty.
-inline constexpr char noShortcuts[] = R"(
-    CQanhPackageManager::RefreshDesktopApps(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-    CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-    <allusers>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
-    CQanhPackageManager::AddLinkFileToList(<allusers>\Microsoft\Windows\Start Menu\Programs) IN
-    <allusers>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
-    CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-    CQanhPackageManager::RefreshDesktopApps(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-    CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-    <roaming>\Microsoft\Windows\Start Menu\Programs\*.lnk Errcode = 2 <end>
-    CQanhPackageManager::AddLinkFileToList(<roaming>\Microsoft\Windows\Start Menu\Programs) IN
-    <roaming>\Microsoft\Windows\Start Menu\Programs\*.url Errcode = 2 <end>
-    CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
-)";
+using test::emptyPackageIsWritten;
+using test::noShortcuts;
+using test::PackageIsInstalled;
+using test::packageIsWritten;
+using test::packagesBegin;
+using test::packagesEnd;
+using test::saveBegin;
+using test::saveEnd;
 
 inline constexpr char settingIsRead[] = R"(
     CQanhManifestReader::LoadSetting IN
@@ -61,17 +55,6 @@ inline constexpr char noFurtherApplication[] = R"(
     CQanhManifestReader::MoveToElementByName(Application) IN
     CQanhManifestReader::MoveToElementByName OUT(0x00000001)
 )";
-
-inline std::string PackageIsInstalled(const std::string& family, bool is)
-{
-    return "\nQanhIsInstalled(" + family + ") IN\nCQanhPackageManager::IsInstalled(" + family +
-           ") IN\nCQanhPackageManager::FindPackageByName(" + family + R"() IN
-        CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager OUT(0x00000000)
-        CQanhPackageManager::FindPackageByName OUT
-        CQanhPackageManager::IsInstalled OUT(*pIsInstalled = )" +
-           (is ? "1" : "0") + ")\nQanhIsInstalled OUT(0x00000000)\n";
-}
 
 inline std::string PackageIsLookedUp(const std::string& family, std::size_t others, bool isFound)
 {
@@ -113,31 +96,6 @@ inline std::string PackageIsUnchanged(const std::string& family, std::size_t oth
     return "\nCQanhAppNameList::AddMetroPackage IN\n" + PackageIsLookedUp(family, others, true) +
            "CQanhAppNameList::AddMetroPackage OUT(0x00000000)\n";
 }
-
-inline constexpr char packagesBegin[] = R"(
-    CQanhPackageManager::RefreshMetroApps IN
-    CQanhPackageManager::GetPackageManager IN
-    CQanhPackageManager::GetPackageManager OUT(0x00000000)
-)";
-
-inline constexpr char packagesEnd[] = "\nCQanhPackageManager::RefreshMetroApps OUT(0x00000000)\n";
-
-inline constexpr char saveBegin[] =
-    "\nCQanhAppNameList::Save(<local>\\Vel\\QanHelper\\TestHost\\AppNameList.xml) IN\n";
-
-inline constexpr char emptyPackageIsWritten[] = R"(
-    CQanhPackage::ToXmlNode IN
-    CQanhPackage::ToXmlNode OUT(0x00000000)
-)";
-
-inline constexpr char packageIsWritten[] = R"(
-    CQanhPackage::ToXmlNode IN
-    CQanhMetroApp::ToXmlNode IN
-    CQanhMetroApp::ToXmlNode OUT(0x00000000)
-    CQanhPackage::ToXmlNode OUT(0x00000000)
-)";
-
-inline constexpr char saveEnd[] = "\nCQanhAppNameList::Save OUT(0x00000000)\n";
 
 inline constexpr char familyA[] = "Vel.A_0standin00000";
 inline constexpr char familyB[] = "Vel.B_0standin00000";

@@ -1,5 +1,7 @@
 #include "support/host/Library.h"
 
+#include "standin/ModulePath.h"
+
 #include <stdexcept>
 
 namespace {
@@ -14,22 +16,13 @@ template <typename Function> void Find(HMODULE module, const char* name, Functio
     }
 }
 
-std::wstring PathBesideThisProgram()
-{
-    wchar_t path[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring folder = path;
-    folder.erase(folder.rfind(L'\\') + 1);
-    return folder + libraryName;
-}
-
 } // namespace
 
 namespace host {
 
 void Load(Library& library)
 {
-    library.module = LoadLibraryW(PathBesideThisProgram().c_str());
+    library.module = LoadLibraryW((standin::ModuleFolder() + L"\\" + libraryName).c_str());
     if (!library.module) {
         throw std::runtime_error("not loaded, error " + std::to_string(GetLastError()));
     }

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -56,7 +58,9 @@ BOOL WINAPI CloseHandleInTurn(HANDLE handle)
 
 void Patch(const char* function, void* replacement)
 {
-    standin::PatchImports({"kernel32.dll", function, replacement}, GetModuleHandleW(nullptr));
+    if (standin::PatchImports({"kernel32.dll", function, replacement}, GetModuleHandleW(nullptr)) == 0) {
+        throw std::runtime_error(std::string("no module imports ") + function);
+    }
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What the catalogue makes of its file.
+// How the catalogue opens its file and what ends the reading of it.
 
 #include "catalog/AppNameList.h"
 
@@ -19,257 +19,12 @@
 
 namespace {
 
-using test::Lines;
-using test::LoadedLines;
 using test::LoadText;
 using test::SavedText;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const std::string kNothing = Lines({"  <MetroApps />", "  <DesktopApps />"});
-
-// The lines of a catalogue without desktop applications.
-std::string Packages(std::string_view lines)
-{
-    return "\r\n  <MetroApps>" + std::string(lines) + "\r\n  </MetroApps>\r\n  <DesktopApps />";
-}
-
-// The lines of a catalogue without packages.
-std::string DesktopApps(std::string_view lines)
-{
-    return "\r\n  <MetroApps />\r\n  <DesktopApps>" + std::string(lines) + "\r\n  </DesktopApps>";
-}
-
-TEST(AppNameListLoad, ReadsPackagesWithTheirAppsAndDesktopApps)
-{
-    const test::ScopedEnvironment variable(L"QanhMenu", L"C:\\Menu");
-    CQanhAppNameList list;
-    EXPECT_EQ(LoadText(list,
-                       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
-                       "<Applications>\r\n"
-                       "  <MetroApps>\r\n"
-                       "    <Package PackageFamilyName=\"mail_1\" Version=\"6.2.9200.16384\">\r\n"
-                       "      <MetroApp DisplayName=\"Mail\" RubyDisplayName=\"m\" />\r\n"
-                       "      <MetroApp DisplayName=\"People\" ShortName=\"P\" />\r\n"
-                       "    </Package>\r\n"
-                       "    <Package PackageFamilyName=\"word_1\" Version=\"1.0.0.0\" NeedReserve=\"1\" "
-                       "IsInstalled=\"0\" />\r\n"
-                       "  </MetroApps>\r\n"
-                       "  <DesktopApps>\r\n"
-                       "    <DesktopApp DisplayName=\"Word\" LnkFileName=\"%QanhMenu%\\Word.lnk\" "
-                       "NeedReserve=\"1\" />\r\n"
-                       "    <DesktopApp DisplayName=\"Calc\" LnkFileName=\"C:\\Calc.lnk\" LocalizeName=\"c\" "
-                       "RubyDisplayName=\"k\" IsDualMode=\"1\" />\r\n"
-                       "  </DesktopApps>\r\n"
-                       "</Applications>\r\n"),
-              S_FALSE);
-    // Build and revision trade places each time.
-    EXPECT_EQ(SavedText(list),
-              test::Document(
-                  {"  <MetroApps>", R"(    <Package PackageFamilyName="mail_1" Version="6.2.16384.9200">)",
-                   R"(      <MetroApp DisplayName="Mail" RubyDisplayName="m" />)",
-                   R"(      <MetroApp DisplayName="People" ShortName="P" />)", "    </Package>",
-                   R"(    <Package PackageFamilyName="word_1" Version="1.0.0.0" NeedReserve="1" )"
-                   R"(IsInstalled="0" />)",
-                   "  </MetroApps>", "  <DesktopApps>",
-                   R"(    <DesktopApp DisplayName="Word" LnkFileName="C:\Menu\Word.lnk" NeedReserve="1" />)",
-                   R"(    <DesktopApp DisplayName="Calc" LnkFileName="C:\Calc.lnk" LocalizeName="c" )"
-                   R"(RubyDisplayName="k" IsDualMode="1" />)",
-                   "  </DesktopApps>"}));
-}
-
-TEST(AppNameListLoad, AppendsToWhatIsThereWithoutATestForDuplicates)
-{
-    constexpr char text[] = R"(<Applications><Package PackageFamilyName="a_1"/><DesktopApps>
-        <DesktopApp DisplayName="b" LnkFileName="C:\b.lnk"/><DesktopApp LnkFileName="C:\b.lnk"/></DesktopApps></Applications>)";
-    CQanhAppNameList list;
-    EXPECT_EQ(LoadText(list, text), S_FALSE);
-    EXPECT_EQ(LoadText(list, text), S_FALSE);
-    EXPECT_EQ(list.PackageFamilyNames().size(), 2u);
-    EXPECT_EQ(list.DesktopShortcuts().size(), 4u);
-}
-
-TEST(AppNameListLoad, ReadsPackagesWhereverTheyStand)
-{
-    EXPECT_EQ(LoadedLines(R"(<Package PackageFamilyName="a_1"><MetroApp DisplayName="m"/></Package>)"),
-              Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"0.0.0.0\">"
-                       "\r\n      <MetroApp DisplayName=\"m\" />\r\n    </Package>"));
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<r><Package PackageFamilyName="a_1"/><MetroApps><Package PackageFamilyName="b_1"/></MetroApps>
-                             <x><y><z><Package PackageFamilyName="c_1"/></z></y></x><Package PackageFamilyName="d_1"/></r>)"),
-        Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"0.0.0.0\" />"
-                 "\r\n    <Package PackageFamilyName=\"b_1\" Version=\"0.0.0.0\" />"
-                 "\r\n    <Package PackageFamilyName=\"c_1\" Version=\"0.0.0.0\" />"
-                 "\r\n    <Package PackageFamilyName=\"d_1\" Version=\"0.0.0.0\" />"));
-}
-
-TEST(AppNameListLoad, ReadsDesktopAppsWhereverTheyStand)
-{
-    EXPECT_EQ(LoadedLines(R"(<DesktopApps><DesktopApp DisplayName="a"/></DesktopApps>)"),
-              DesktopApps("\r\n    <DesktopApp DisplayName=\"a\" />"));
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<r><x><DesktopApps><y><DesktopApp DisplayName="a"/></y></DesktopApps></x><MetroApps><DesktopApps>
-                             <DesktopApp DisplayName="b"><DesktopApp DisplayName="c"/></DesktopApp></DesktopApps></MetroApps></r>)"),
-        DesktopApps("\r\n    <DesktopApp DisplayName=\"a\" />\r\n    <DesktopApp DisplayName=\"b\" />"
-                    "\r\n    <DesktopApp DisplayName=\"c\" />"));
-}
-
-TEST(AppNameListLoad, NeedsTheCollectionForDesktopAppsAndThePackageForStoreApps)
-{
-    EXPECT_EQ(LoadedLines(R"(<r><DesktopApp DisplayName="a"/><MetroApps><MetroApp DisplayName="b"/>
-                             <DesktopApp DisplayName="c"/></MetroApps></r>)"),
-              kNothing);
-}
-
-TEST(AppNameListLoad, MatchesNamesInAnyLetterCase)
-{
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<APPLICATIONS><metroapps><PACKAGE PACKAGEFAMILYNAME="a_1" VERSION="1.2.3.4" NEEDRESERVE="1"
-                             ISINSTALLED="0"><mETROaPP DISPLAYNAME="m" SHORTNAME="s"/></PACKAGE></metroapps><desktopapps>
-                             <DESKTOPAPP DISPLAYNAME="d" lnkfilename="C:\d.lnk" isdualmode="1"/></desktopapps></APPLICATIONS>)"),
-        Lines({"  <MetroApps>",
-               R"(    <Package PackageFamilyName="a_1" Version="1.2.4.3" NeedReserve="1" IsInstalled="0">)",
-               R"(      <MetroApp DisplayName="m" ShortName="s" />)", "    </Package>", "  </MetroApps>",
-               "  <DesktopApps>",
-               R"(    <DesktopApp DisplayName="d" LnkFileName="C:\d.lnk" IsDualMode="1" />)",
-               "  </DesktopApps>"}));
-}
-
-TEST(AppNameListLoad, MatchesWholeNames)
-{
-    EXPECT_EQ(LoadedLines(R"(<r><Packages PackageFamilyName="a"/><Packag PackageFamilyName="a"/><Pack/><P/>
-                             <DesktopAppsX><DesktopApp DisplayName="a"/></DesktopAppsX><DesktopApp><DesktopApp/></DesktopApp>
-                             <DesktopApps><DesktopAppX DisplayName="a"/><DesktopAp DisplayName="a"/></DesktopApps></r>)"),
-              kNothing);
-}
-
-TEST(AppNameListLoad, MatchesNamesWithoutTheirPrefixes)
-{
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<q:Applications xmlns:q="urn:q" xmlns:Package="urn:p"><q:Package q:PackageFamilyName="a_1"
-                             q:Version="1.2.3.4"><q:MetroApp q:DisplayName="m"/></q:Package>
-                             <Package:x PackageFamilyName="b_1"/></q:Applications>)"),
-        Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"1.2.4.3\">"
-                 "\r\n      <MetroApp DisplayName=\"m\" />\r\n    </Package>"));
-}
-
-TEST(AppNameListLoad, PassesOverEverythingElse)
-{
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<!-- <Package/> --><?Package x?><Applications>text<!-- <Package/> --><Unknown Package="1">
-                             <MetroApps/></Unknown><![CDATA[<Package/>]]><Package PackageFamilyName="a_1"/>&lt;Package/&gt;
-                             <?DesktopApps x?></Applications><!-- end -->)"),
-        Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"0.0.0.0\" />"));
-}
-
-TEST(AppNameListLoad, LosesNothingBehindAnEmptyElement)
-{
-    const std::string expected =
-        Lines({"  <MetroApps>", R"(    <Package PackageFamilyName="a_1" Version="0.0.0.0" />)",
-               R"(    <Package PackageFamilyName="b_1" Version="0.0.0.0" />)", "  </MetroApps>",
-               "  <DesktopApps>", R"(    <DesktopApp DisplayName="d" />)", "  </DesktopApps>"});
-    EXPECT_EQ(
-        LoadedLines(R"(<r><DesktopApps/><Package PackageFamilyName="a_1"/><Package PackageFamilyName="b_1"/>
-                             <DesktopApps/><DesktopApps><DesktopApp DisplayName="d"/></DesktopApps><DesktopApps/></r>)"),
-        expected);
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<r><DesktopApps/><DesktopApps/><DesktopApps><DesktopApp DisplayName="d"/></DesktopApps>)"
-            R"(<DesktopApps/><Package PackageFamilyName="a_1"/><Package PackageFamilyName="b_1"/></r>)"),
-        expected);
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<r><Package PackageFamilyName="a_1"/><DesktopApps><DesktopApp DisplayName="d"/></DesktopApps>)"
-            R"(<Package PackageFamilyName="b_1"></Package></r>)"),
-        expected);
-    EXPECT_EQ(LoadedLines(R"(<r><MetroApps><Package PackageFamilyName="a_1"/></MetroApps>)"
-                          R"(<x><DesktopApps/></x><Package PackageFamilyName="b_1"/>)"
-                          R"(<DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></r>)"),
-              expected);
-}
-
-TEST(AppNameListLoad, GivesTheAppsBehindAnEmptyPackageToNobody)
-{
-    EXPECT_EQ(LoadedLines(R"(<r><Package PackageFamilyName="a_1"/><MetroApp DisplayName="m"/></r>)"),
-              Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"0.0.0.0\" />"));
-    EXPECT_EQ(LoadedLines(R"(<r><x><DesktopApps/></x><DesktopApp DisplayName="m"/></r>)"), kNothing);
-}
-
-TEST(AppNameListLoad, TakesWhatStandsWithinARecordForAPartOfIt)
-{
-    // A package within a package is none, but its applications are the outer one's.
-    EXPECT_EQ(
-        LoadedLines(
-            R"(<r><Package PackageFamilyName="a_1"><Package PackageFamilyName="b_1"><MetroApp DisplayName="m"/>
-                             </Package><DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></Package></r>)"),
-        Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"0.0.0.0\">"
-                 "\r\n      <MetroApp DisplayName=\"m\" />\r\n    </Package>"));
-    EXPECT_EQ(LoadedLines(R"(<r><DesktopApps><Package PackageFamilyName="a_1"><MetroApp/></Package>
-                             <DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></DesktopApps></r>)"),
-              DesktopApps("\r\n    <DesktopApp DisplayName=\"d\" />"));
-}
-
-TEST(AppNameListLoad, ReadsRecordsWithoutAttributes)
-{
-    CQanhAppNameList list;
-    EXPECT_EQ(LoadText(list, "<r><Package><MetroApp/></Package><DesktopApps><DesktopApp/></DesktopApps></r>"),
-              S_FALSE);
-    EXPECT_EQ(SavedText(list),
-              test::Document({"  <MetroApps>", R"(    <Package PackageFamilyName="" Version="0.0.0.0">)",
-                              "      <MetroApp />", "    </Package>", "  </MetroApps>", "  <DesktopApps>",
-                              "    <DesktopApp />", "  </DesktopApps>"}));
-}
-
-TEST(AppNameListLoad, ReadsEveryEncodingThatTheReaderKnows)
-{
-    const std::string utf8 =
-        "<r><Package PackageFamilyName=\"a_1\"><MetroApp DisplayName=\"\xE3\x83\xA1\xE3\x83\xBC"
-        "\xE3\x83\xAB \xF0\x9F\x98\x80\"/></Package></r>";
-    const std::string expected =
-        Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"0.0.0.0\">\r\n      "
-                 "<MetroApp DisplayName=\"\xE3\x83\xA1\xE3\x83\xBC\xE3\x83\xAB "
-                 "\xF0\x9F\x98\x80\" />\r\n    </Package>");
-    EXPECT_EQ(LoadedLines(utf8), expected);
-    EXPECT_EQ(LoadedLines("\xEF\xBB\xBF" + utf8), expected);
-    EXPECT_EQ(LoadedLines("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\n" + utf8), expected);
-    const std::wstring wide = L"\xFEFF" + test::FromUtf8(utf8);
-    EXPECT_EQ(LoadedLines(std::string_view(reinterpret_cast<const char*>(wide.data()),
-                                           wide.size() * sizeof(wchar_t))),
-              expected);
-}
-
-TEST(AppNameListLoad, TakesLineEndsOfEveryKind)
-{
-    const std::string expected =
-        Packages("\r\n    <Package PackageFamilyName=\"a_1\" Version=\"0.0.0.0\" />");
-    for (const char* end : {"\n", "\r\n", "\r", "\t", ""}) {
-        EXPECT_EQ(LoadedLines(std::string("<?xml version=\"1.0\"?>") + end + "<r>" + end +
-                              "<Package PackageFamilyName=\"a_1\"/>" + end + "</r>" + end),
-                  expected);
-    }
-}
-
-TEST(AppNameListLoad, ReadsThousandsOfRecordsAndLongNames)
-{
-    std::string text = "<r><DesktopApps>";
-    for (int i = 0; i < 3000; ++i) {
-        text += "<DesktopApp LnkFileName='C:\\" + std::to_string(i) + ".lnk'/>";
-    }
-    text += "</DesktopApps><Package PackageFamilyName='" + std::string(100000, 'p') + "'/></r>";
-    CQanhAppNameList list;
-    EXPECT_EQ(LoadText(list, text), S_FALSE);
-    const std::vector<WideString> shortcuts = list.DesktopShortcuts();
-    ASSERT_EQ(shortcuts.size(), 3000u);
-    EXPECT_STREQ(shortcuts[2999].c_str(), L"C:\\2999.lnk");
-    EXPECT_NE(list.GetPackage(std::wstring(100000, L'p').c_str()), nullptr);
-}
-
-TEST(AppNameListLoad, RefusesNullAndAnEmptyPath)
+TEST(AppNameListFile, RefusesNullAndAnEmptyPath)
 {
     CQanhAppNameList list;
     const test::LogCapture log;
@@ -280,7 +35,7 @@ TEST(AppNameListLoad, RefusesNullAndAnEmptyPath)
                             "CQanhAppNameList::Load() IN", "CQanhAppNameList::Load OUT(0x80070057)"));
 }
 
-TEST(AppNameListLoad, ReturnsTheFailureToOpenTheFile)
+TEST(AppNameListFile, ReturnsTheFailureToOpenTheFile)
 {
     const test::TemporaryFolder folder;
     CQanhAppNameList list;
@@ -298,7 +53,7 @@ TEST(AppNameListLoad, ReturnsTheFailureToOpenTheFile)
     EXPECT_EQ(list.DesktopShortcuts().size(), 1u);
 }
 
-TEST(AppNameListLoad, LogsAMissingFile)
+TEST(AppNameListFile, LogsAMissingFile)
 {
     CQanhAppNameList list;
     const test::LogCapture log;
@@ -307,7 +62,7 @@ TEST(AppNameListLoad, LogsAMissingFile)
                                          "CQanhAppNameList::Load OUT(0x80070003)"));
 }
 
-TEST(AppNameListLoad, OpensTheFileForReadingOnlyAndLetsGoOfIt)
+TEST(AppNameListFile, OpensTheFileForReadingOnlyAndLetsGoOfIt)
 {
     static std::wstring s_path;
     static DWORD s_mode = 1;
@@ -336,7 +91,7 @@ TEST(AppNameListLoad, OpensTheFileForReadingOnlyAndLetsGoOfIt)
 
 using CreateReader = HRESULT(WINAPI*)(REFIID, void**, IMalloc*);
 
-TEST(AppNameListLoad, ReturnsTheFailureToMakeAReader)
+TEST(AppNameListFile, ReturnsTheFailureToMakeAReader)
 {
     const test::TemporaryFolder folder;
     const std::wstring path = folder / L"AppNameList.xml";
@@ -365,7 +120,7 @@ HRESULT LoadWith(CQanhAppNameList& list, test::ReaderProbe& probe, std::string_v
     return LoadText(list, text);
 }
 
-TEST(AppNameListLoad, ReturnsTheFailureToSetTheReadersInput)
+TEST(AppNameListFile, ReturnsTheFailureToSetTheReadersInput)
 {
     const test::XmlSource source("<unused/>");
     test::ReaderProbe reader(source.Reader());
@@ -376,7 +131,7 @@ TEST(AppNameListLoad, ReturnsTheFailureToSetTheReadersInput)
     EXPECT_EQ(reader.Calls("Read"), 0);
 }
 
-TEST(AppNameListLoad, SkipsRecordsThatCannotBeReadAndReadsOn)
+TEST(AppNameListFile, SkipsRecordsThatCannotBeReadAndReadsOn)
 {
     constexpr char text[] = "<r><Package PackageFamilyName='a_1'/><Package PackageFamilyName='b_1'/><Package "
                             "PackageFamilyName='c_1'/><DesktopApps><DesktopApp DisplayName='a'/><DesktopApp "
@@ -395,7 +150,7 @@ TEST(AppNameListLoad, SkipsRecordsThatCannotBeReadAndReadsOn)
                               R"(    <DesktopApp DisplayName="c" />)", "  </DesktopApps>"}));
 }
 
-TEST(AppNameListLoad, EndsWithTheReadersFailureAndKeepsWhatItRead)
+TEST(AppNameListFile, EndsWithTheReadersFailureAndKeepsWhatItRead)
 {
     for (int failing = 0; failing < 6; ++failing) {
         const test::XmlSource source("<unused/>");
@@ -412,7 +167,17 @@ TEST(AppNameListLoad, EndsWithTheReadersFailureAndKeepsWhatItRead)
     }
 }
 
-TEST(AppNameListLoad, EndsWhenTheReaderKnowsNoNodeType)
+TEST(AppNameListFile, IsOutOfMemoryWhenTheReadingRaisesAnything)
+{
+    const test::XmlSource source("<unused/>");
+    test::ReaderProbe reader(source.Reader());
+    reader.Raise("Read", 1);
+    CQanhAppNameList list;
+    EXPECT_EQ(LoadWith(list, reader, "<r><Package/></r>"), E_OUTOFMEMORY);
+    EXPECT_EQ(reader.references, 0u);
+}
+
+TEST(AppNameListFile, EndsWhenTheReaderKnowsNoNodeType)
 {
     // Some readers report the end of their input there.
     for (const HRESULT answer : {S_FALSE, E_ABORT}) {
@@ -428,7 +193,7 @@ TEST(AppNameListLoad, EndsWhenTheReaderKnowsNoNodeType)
     }
 }
 
-TEST(AppNameListLoad, ReadsOnWhenTheListsAreFull)
+TEST(AppNameListFile, ReadsOnWhenTheListsAreFull)
 {
     CQanhAppNameList list(1);
     const test::LogCapture log;

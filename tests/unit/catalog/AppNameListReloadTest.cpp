@@ -18,7 +18,6 @@
 
 namespace {
 
-using test::Lines;
 using test::SavedText;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -45,19 +45,4 @@ inline std::string Document(std::initializer_list<std::string_view> lines)
     return text;
 }
 
-// What the catalogue holds after it loaded the text, as the lines inside of the root that it would save.
-inline std::string LoadedLines(std::string_view text)
-{
-    CQanhAppNameList list;
-    LoadText(list, text);
-    const std::string saved = SavedText(list);
-    const std::string head = Document({});
-    return saved.substr(0, head.size()) == head ? saved.substr(head.size()) : "not a catalogue: " + saved;
-}
-
-inline std::string Lines(std::initializer_list<std::string_view> lines)
-{
-    return Document(lines).substr(Document({}).size());
-}
-
 } // namespace test

@@ -58,17 +58,7 @@ struct Names
     bool isDualMode = false;
 };
 
-// How an installed record with these names answers a search.
-struct Case
-{
-    const char* rule;
-    Names names;
-    const wchar_t* wantedName;
-    Answer answer;
-    std::vector<const wchar_t*> listed = {}; // before
-};
-
-const Case kCases[] = {
+const test::ExcludeCase<Names> kCases[] = {
     {"its own name is found", {L"word"}, L"word", kFound},
     {"in any letter case", {L"Word 2013"}, L"wORD 2013", kFound},
     {"its own name is not found in dual mode", {L"Word", L"", L"", true}, L"word", kNothing},
@@ -130,7 +120,7 @@ const Case kCases[] = {
 
 TEST(DesktopAppExclude, FollowsItsRules)
 {
-    for (const Case& c : kCases) {
+    for (const auto& c : kCases) {
         SCOPED_TRACE(c.rule);
         const CQanhDesktopApp app(c.names.displayName, L"C:\\a.lnk", c.names.localizeName,
                                   c.names.rubyDisplayName, false, true, c.names.isDualMode);

@@ -48,17 +48,12 @@ struct Names
     const wchar_t* rubyShortName = L"";
 };
 
-// How a record with these names answers a search.
-struct Case
+CQanhMetroApp Make(const Names& names)
 {
-    const char* rule;
-    Names names;
-    const wchar_t* wantedName;
-    Answer answer;
-    std::vector<const wchar_t*> listed = {}; // before
-};
+    return CQanhMetroApp(names.displayName, names.shortName, names.rubyDisplayName, names.rubyShortName);
+}
 
-const Case kCases[] = {
+const test::ExcludeCase<Names> kCases[] = {
     {"its own name leaves found at 0", {L"mail"}, L"mail", kNothing},
     {"its own name in other letter case, too", {L"Mail"}, L"mAIL", kNothing},
     {"behind its own name neither short name nor readings count",
@@ -159,11 +154,9 @@ const Case kCases[] = {
 
 TEST(MetroAppExclude, FollowsItsRules)
 {
-    for (const Case& c : kCases) {
+    for (const auto& c : kCases) {
         SCOPED_TRACE(c.rule);
-        const CQanhMetroApp app(c.names.displayName, c.names.shortName, c.names.rubyDisplayName,
-                                c.names.rubyShortName);
-        EXPECT_EQ(Ask(app, c.wantedName, c.listed), c.answer);
+        EXPECT_EQ(Ask(Make(c.names), c.wantedName, c.listed), c.answer);
     }
 }
 
@@ -178,9 +171,7 @@ TEST(MetroAppExclude, EndsAtAFailingAdding)
         {L"messages", L"my mail", L"", L"mail reading"},
     };
     for (const Names& names : apps) {
-        const CQanhMetroApp app(names.displayName, names.shortName, names.rubyDisplayName,
-                                names.rubyShortName);
-        EXPECT_EQ(test::AskWithFailingAdding(app, L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
+        EXPECT_EQ(test::AskWithFailingAdding(Make(names), L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
     }
 }
 

@@ -44,6 +44,16 @@ struct Answer
     }
 };
 
+// How a record with these names answers a search.
+template <typename Names> struct ExcludeCase
+{
+    const char* rule;
+    Names names;
+    const wchar_t* wantedName;
+    Answer answer;
+    std::vector<const wchar_t*> listed = {}; // before
+};
+
 inline const Answer kNothing{S_OK, 0, {}};
 inline const Answer kFound{S_OK, 1, {}};
 inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_OK)

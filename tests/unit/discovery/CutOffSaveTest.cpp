@@ -137,6 +137,28 @@ protected:
             .End();
     }
 
+    struct Outcome
+    {
+        int steps = 0; // that were tried: all there are, and one more
+        int old = 0;   // after which the old catalogue was there
+    };
+
+    // Kills a process at each step in turn, from the files that prepare() makes.
+    template <typename Prepare> Outcome KillAtEveryStep(Prepare prepare, int fullAt = 0)
+    {
+        Outcome outcome;
+        DWORD result = kKilled;
+        while (result == kKilled) {
+            prepare();
+            result = KillAt(++outcome.steps, fullAt);
+            const std::vector<std::wstring> shortcuts = ShortcutsOfNextStart();
+            EXPECT_THAT(shortcuts, AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << outcome.steps;
+            outcome.old += shortcuts == Old() ? 1 : 0;
+        }
+        EXPECT_EQ(result, 0u);
+        return outcome;
+    }
+
     // The shortcuts that a start finds then, as the owner. Its thread never runs.
     std::vector<std::wstring> ShortcutsOfNextStart()
     {
@@ -176,72 +198,36 @@ protected:
 
 TEST_F(CutOffSave, LeavesTheOldCatalogOrTheNewOne)
 {
-    int seenOld = 0;
-    int step = 1;
-    for (;; ++step) {
-        test::WriteFileBytes(CatalogFile(), m_old);
-        const DWORD result = KillAt(step);
-        const std::vector<std::wstring> shortcuts = ShortcutsOfNextStart();
-        EXPECT_THAT(shortcuts, AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << step;
-        seenOld += shortcuts == Old() ? 1 : 0;
-        if (result != kKilled) {
-            EXPECT_EQ(result, 0u);
-            EXPECT_EQ(shortcuts, New());
-            break;
-        }
-    }
+    const Outcome outcome = KillAtEveryStep([this] { test::WriteFileBytes(CatalogFile(), m_old); });
     // At the start one step, before the writing of the catalogue seven, then the opening and the pieces.
-    EXPECT_GE(seenOld, 11);
-    EXPECT_GE(step, 14);
+    EXPECT_GE(outcome.old, 11);
+    EXPECT_GE(outcome.steps, 14);
+    EXPECT_GT(outcome.steps, outcome.old) << "without the killing the new one is there";
 }
 
 TEST_F(CutOffSave, OfAFirstCatalogLeavesThePresetsRecordsOrTheNewCatalog)
 {
     test::WriteFileBytes(PresetFile(), m_old);
-    int seenOld = 0;
-    int step = 1;
-    for (;; ++step) {
-        DeleteFileW(CatalogFile().c_str());
-        const DWORD result = KillAt(step);
-        const std::vector<std::wstring> shortcuts = ShortcutsOfNextStart();
-        EXPECT_THAT(shortcuts, AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << step;
-        seenOld += shortcuts == Old() ? 1 : 0;
-        if (result != kKilled) {
-            EXPECT_EQ(result, 0u);
-            EXPECT_EQ(shortcuts, New());
-            break;
-        }
-    }
-    EXPECT_GE(seenOld, 8);
+    const Outcome outcome = KillAtEveryStep([this] { DeleteFileW(CatalogFile().c_str()); });
+    EXPECT_GE(outcome.old, 8);
+    EXPECT_GT(outcome.steps, outcome.old);
 }
 
 TEST_F(CutOffSave, WhileTheOldCatalogIsBroughtBackLeavesIt)
 {
-    int step = 1;
-    for (;; ++step) {
-        test::WriteFileBytes(CatalogFile(), m_old);
-        const DWORD result = KillAt(step, 2);
-        EXPECT_EQ(ShortcutsOfNextStart(), Old()) << "killed at step " << step;
-        if (result != kKilled) {
-            EXPECT_EQ(result, 0u);
-            break;
-        }
-    }
-    EXPECT_GE(step, 10);
+    const Outcome outcome = KillAtEveryStep([this] { test::WriteFileBytes(CatalogFile(), m_old); }, 2);
+    EXPECT_GE(outcome.steps, 10);
+    EXPECT_EQ(outcome.old, outcome.steps);
 }
 
-TEST_F(CutOffSave, AfterWhichTheNextOneIsCutOffTooStillLeavesTheOldCatalogOrTheNewOne)
+TEST_F(CutOffSave, AfterAnotherOneThatWasCutOffLeavesTheOldCatalogOrTheNewOne)
 {
-    for (int step = 1;; ++step) {
+    const Outcome outcome = KillAtEveryStep([this] {
         test::WriteFileBytes(CatalogFile(), m_old.substr(0, 100));
         test::WriteFileBytes(CatalogFile() + L".bak", m_old);
-        const DWORD result = KillAt(step);
-        EXPECT_THAT(ShortcutsOfNextStart(), AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << step;
-        if (result != kKilled) {
-            EXPECT_EQ(result, 0u);
-            break;
-        }
-    }
+    });
+    EXPECT_GE(outcome.old, 11);
+    EXPECT_GT(outcome.steps, outcome.old);
 }
 
 } // namespace

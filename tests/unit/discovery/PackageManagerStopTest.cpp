@@ -262,7 +262,7 @@ TEST_F(PackageManagerStop, InALaterPassTheThreadSkipsWhatIsLeft)
 TEST_F(PackageManagerStop, AListOfSlowShortcutsIsNotLookedThroughToItsEnd)
 {
     std::wstring xml = L"<Applications><DesktopApps>";
-    for (int index = 0; index < 1000; ++index) {
+    for (int index = 0; index < 100; ++index) {
         xml += L"<DesktopApp DisplayName=\"x\" LnkFileName=\"C:\\" + std::to_wstring(index) +
                L".lnk\" NeedReserve=\"1\" />";
     }

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+// Where this program and its libraries stand. Any thread.
+namespace standin {
+
+// The path of a module's file, of the program's for null. Empty when it cannot be had.
+[[nodiscard]] std::wstring ModulePath(HMODULE module = nullptr);
+
+// The folder that it stands in, without a backslash at the end.
+[[nodiscard]] std::wstring ModuleFolder(HMODULE module = nullptr);
+
+} // namespace standin
