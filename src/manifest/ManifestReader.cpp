@@ -61,19 +61,18 @@ HRESULT ReadName(IXmlReader* reader, const wchar_t* element, const wchar_t* attr
     return hr;
 }
 
-// How a walk through a manifest ended: with the result of its last step, and whether that was the end of the
-// document.
-struct ManifestWalk
+// How a walk through a manifest ended.
+struct WalkEnd
 {
-    HRESULT result;
-    bool isComplete = false;
+    HRESULT result;          // of the last step
+    bool isComplete = false; // it came to the end of the document
 };
 
 // Walks the applications of a manifest: calls acceptName(name) for each display name and short name, which
 // ends the walk by returning false, and addApplication(displayName, shortName) for each application.
 template <typename AcceptName, typename AddApplication>
-[[nodiscard]] ManifestWalk WalkApplications(const wchar_t* path, const CQanhPackage& package,
-                                            AcceptName acceptName, AddApplication addApplication)
+WalkEnd WalkApplications(const wchar_t* path, const CQanhPackage& package, AcceptName acceptName,
+                         AddApplication addApplication)
 {
     ComPtr<IXmlReader> reader;
     HRESULT hr = Xml::OpenReader(path, reader);
@@ -130,13 +129,13 @@ HRESULT CQanhManifestReader::GetAppNameUsingXmlParser(const wchar_t* path, CQanh
         return LogOut(kName, hr);
     }
     try {
-        hr = WalkApplications(
-                 path, *pPackage, [](const std::wstring&) { return true; },
-                 [&](const std::wstring& displayName, const std::wstring& shortName) {
-                     // Out of memory for one is logged there; the others are still read.
-                     (void)pPackage->AddApplication(displayName.c_str(), shortName.c_str());
-                 })
-                 .result;
+        const WalkEnd end = WalkApplications(
+            path, *pPackage, [](const std::wstring&) { return true; },
+            [&](const std::wstring& displayName, const std::wstring& shortName) {
+                // Out of memory for one is logged there; the others are still read.
+                (void)pPackage->AddApplication(displayName.c_str(), shortName.c_str());
+            });
+        hr = end.result;
     } catch (...) {
         return LogCaught(kName, E_FAIL);
     }
@@ -154,11 +153,11 @@ HRESULT CQanhManifestReader::IsCanGetAppNameFromManifest(const wchar_t* path, CQ
     }
     *pCan = 0;
     try {
-        const ManifestWalk walk = WalkApplications(
+        const WalkEnd end = WalkApplications(
             path, *pPackage, [](const std::wstring& name) { return !IsUnresolved(name); },
             [](const std::wstring&, const std::wstring&) {});
-        hr = walk.result;
-        *pCan = walk.isComplete ? 1 : 0;
+        hr = end.result;
+        *pCan = end.isComplete ? 1 : 0;
     } catch (...) {
         return LogCaught(kName, E_FAIL);
     }

@@ -45,7 +45,8 @@ public:
     // The display name of a package of one application, in lower case unless it is a resource: a text of
     // kTextSize characters for LocalFree, which may be handed out although the call fails. S_OK; S_FALSE with
     // an empty text when the manifest gives no name; E_POINTER; 0xA0000002 for a package of several
-    // applications; E_FAIL; E_OUTOFMEMORY; or the failure to open or read the manifest.
+    // applications; E_FAIL; E_OUTOFMEMORY; or the failure to open or read the manifest. The caller holds an
+    // apartment around the package.
     [[nodiscard]] static HRESULT GetAppDisplayName(platform::IPackage* pPackage, wchar_t** ppName) noexcept;
 
     // Moves on to the next element of this name, wherever it stands. S_OK; S_FALSE at the end of the

@@ -6,7 +6,7 @@
 #include <wrl/client.h>
 
 // What the library reads of a Store package object of the Windows Runtime. Each throws a WinRtError when
-// the package does not answer. They belong to the thread that found the package.
+// the package does not answer. The caller holds an apartment around the package and all that comes from it.
 namespace StorePackage {
 
 [[nodiscard]] Microsoft::WRL::ComPtr<platform::IPackageId> Identity(platform::IPackage* package);
