@@ -156,6 +156,7 @@ TEST_P(BrowserTile, IsForcedWhileTheSearchRunsAndPutBack)
         EXPECT_EQ(host->Answer(), ok);
         ExpectAsBefore();
         desktop->WaitFor("started\tInternet Explorer", launches);
+        desktop->CloseApplication(L"Internet Explorer");
     }
 }
 

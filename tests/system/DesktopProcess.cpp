@@ -107,6 +107,22 @@ std::string DesktopProcess::Started() const
     return names;
 }
 
+void DesktopProcess::CloseApplication(const std::wstring& name) const
+{
+    HWND window = nullptr;
+    const bool isClosed = WaitUntil(
+                              [&] {
+                                  window = FindWindowW(standin::appClass, name.c_str());
+                                  return window && IsWindowVisible(window);
+                              },
+                              15000) &&
+                          PostMessageW(window, WM_CLOSE, 0, 0) &&
+                          WaitUntil([&] { return !IsWindow(window); }, 15000);
+    if (!isClosed) {
+        throw std::runtime_error("the application does not come or go: " + ToUtf8(name));
+    }
+}
+
 void DesktopProcess::ShowStartScreen()
 {
     PressWindowsKey();

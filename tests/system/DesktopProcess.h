@@ -27,6 +27,10 @@ public:
     // The name of the one application that was started, "" for none; waits for it a little.
     [[nodiscard]] std::string Started() const;
 
+    // Waits for the window of an application that was started, closes it and waits until it is gone. It comes
+    // to the front at a moment of its own, which must not be one of the next launch.
+    void CloseApplication(const std::wstring& name) const;
+
     // Presses the Windows key and waits for the Start screen; the journal is emptied then.
     void ShowStartScreen();
     // Closes the search pane, as its user would.

@@ -195,7 +195,8 @@ void Sandbox::RemovePackage(const std::wstring& name) const
 {
     const std::wstring removed = Folder() + L"\\package on its way out";
     MoveOrThrow(Packages() + L"\\" + name, removed);
-    if (FAILED(standin::DeletePackage(removed))) {
+    // Who began to read it before may still have its files open.
+    if (!WaitUntil([&] { return SUCCEEDED(standin::DeletePackage(removed)); }, 5000)) {
         throw std::runtime_error("cannot delete the package " + ToUtf8(name));
     }
 }

@@ -274,8 +274,10 @@ TEST_F(SearchLaunch, SeveralInARow)
     Start({L"Mail.lnk", L"Gmail.lnk"});
     EXPECT_EQ(host->Search("Mail", 0, true), ok);
     desktop->WaitFor("started\tMail");
+    desktop->CloseApplication(L"Mail");
     EXPECT_EQ(host->Search("Gmail", 0, true), ok);
     desktop->WaitFor("started\tGmail");
+    desktop->CloseApplication(L"Gmail");
     EXPECT_EQ(host->Search("Mail", 0, false), ok);
     desktop->WaitFor("started\tGmail", 2);
 }
