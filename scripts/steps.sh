@@ -11,7 +11,7 @@ set -E
 # A step tells of its own failure.
 tell_error() {
   [ "${BASH_SOURCE[1]}" = "${BASH_SOURCE[0]}" ] ||
-    echo "${BASH_SOURCE[1]}: line ${BASH_LINENO[0]} failed: $BASH_COMMAND" >&2
+    echo "${BASH_SOURCE[1]}: line ${BASH_LINENO[0]} failed: ${BASH_COMMAND%%$'\n'*}" >&2
 }
 trap tell_error ERR
 

@@ -6,8 +6,8 @@
 #   show_windows FOLDER       lets a prefix that is not started yet show its windows on the display
 #   give_prefix FOLDER USER   makes a prefix one of another user
 #   start_prefix              starts the server of WINEPREFIX, and its services
-#   check_heaps               lets every program of WINEPREFIX that starts from now on check its heap's blocks; it tells
-#                             of overruns and double frees with WINEDEBUG=-all,err+all,warn+heap
+#   check_heaps               lets every program of WINEPREFIX that starts from now on mark the ends of its heap's blocks
+#                             and what is free; it tells of double frees with WINEDEBUG=-all,err+all,warn+heap
 #   end_prefix                ends the server of WINEPREFIX and all programs in it
 #   remove_prefixes           ends all servers of prefix_folder and deletes it; for a trap that is set before
 #
@@ -56,6 +56,7 @@ REG
     rm -f "$WINEPREFIX/wineserver" "$WINEPREFIX/settings.reg"
     echo "$made_by" > "$WINEPREFIX/made-by"
     mv -T "$WINEPREFIX" "$template"
+    trap - EXIT
   )
 }
 
@@ -91,19 +92,26 @@ start_prefix() {
     wine cmd /c exit < /dev/null > /dev/null 2>&1
 }
 
+# Without 0x80, which checks the whole heap at each call: slow, and not fit for several threads.
 check_heaps() {
-  wine reg add 'HKLM\System\CurrentControlSet\Control\Session Manager' /v GlobalFlag /t REG_DWORD /d 0xf0 /f
+  wine reg add 'HKLM\System\CurrentControlSet\Control\Session Manager' /v GlobalFlag /t REG_DWORD /d 0x70 /f
 }
 
 end_prefix() {
-  wineserver -k > /dev/null 2>&1 || true
-  wineserver -w > /dev/null 2>&1 || true
+  local owner as_owner=()
+  owner=$(stat -c %u "$WINEPREFIX")
+  if [ "$owner" != "$(id -u)" ]; then
+    as_owner=(setpriv "--reuid=$owner" "--regid=$owner" --clear-groups)
+  fi
+  "${as_owner[@]}" wineserver -k > /dev/null 2>&1 || true
+  "${as_owner[@]}" wineserver -w > /dev/null 2>&1 || true
 }
 
 remove_prefixes() {
   [ -n "${prefix_folder:-}" ] || return 0
+  export WINEPREFIX
   for WINEPREFIX in "$prefix_folder"/prefix*/; do
-    end_prefix
+    [ ! -d "$WINEPREFIX" ] || end_prefix
   done
   rm -rf "$prefix_folder"
 }

@@ -14,6 +14,7 @@ from gtest import list_tests
 from lanes import Job, Lane, Prefix, Settings, Surroundings
 from report import Report, read_known_skips
 
+
 def parse_arguments():
     parser = argparse.ArgumentParser(prog="scripts/test [PRESET]", allow_abbrev=False)
     parser.add_argument("build", help=argparse.SUPPRESS)
@@ -72,10 +73,10 @@ def watch(lanes, report):
             report.tick([lane.current() for lane in lanes if lane.current()])
         return True
     except KeyboardInterrupt:
-        for lane in lanes:
-            lane.stop()
-        for lane in lanes:
-            lane.join()
+        while any(lane.is_alive() for lane in lanes):
+            for lane in lanes:
+                lane.stop()
+            time.sleep(0.1)
         return False
 
 
@@ -105,9 +106,12 @@ def main():
                 report.expect(len(job.tests))
             # The special surroundings have little to do.
             for _ in range(min(jobs.qsize(), 1 if place.name else arguments.lanes)):
-                lanes.append(Lane(settings, place, jobs, report))
+                lanes.append(Lane(settings, place, jobs, report, None if lanes else first))
         is_whole = watch(lanes, report)
         return 0 if report.close(is_whole) else 1
 
 
-sys.exit(main())
+try:
+    sys.exit(main())
+except KeyboardInterrupt:
+    sys.exit(130)

@@ -75,10 +75,12 @@ class Run:
         # A command line would be too long for all names.
         flags = os.path.join(folder, "flags.txt")
         with open(flags, "w", encoding="utf-8") as file:
-            file.write("--gtest_filter=" + ":".join(tests) + "\n")
-        self._process = subprocess.Popen(command + ["--gtest_flagfile=flags.txt", "--gtest_color=no"],
-                                         env=environment, cwd=folder, stdin=subprocess.DEVNULL,
-                                         stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            # Nothing is left out in silence: a test that is not to be run is skipped, or is no test.
+            file.write("--gtest_filter=" + ":".join(tests) + "\n--gtest_also_run_disabled_tests\n--gtest_color=no\n")
+        # A session of its own: an interrupt is for whoever runs this, who ends the program.
+        self._process = subprocess.Popen(command + ["--gtest_flagfile=flags.txt"], env=environment, cwd=folder,
+                                         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                                         start_new_session=True)
 
     def current(self):
         return self._current

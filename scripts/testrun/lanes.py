@@ -12,8 +12,8 @@ from dataclasses import dataclass, field
 
 from gtest import Run
 
-# What the runtime says about a heap that was damaged.
-HEAP_COMPLAINT = re.compile(r"^[0-9a-f]+:(err|warn):heap:", re.MULTILINE)
+# What the runtime says when something is freed that is no block in use, and the tests' host when its heap is damaged.
+HEAP_COMPLAINT = re.compile(r"^[0-9a-f]+:warn:heap:unsafe_block_from_ptr|^a heap is damaged", re.MULTILINE)
 
 
 @dataclass
@@ -79,9 +79,9 @@ class Prefix:
 
     def _shell(self, *call):
         # The text, not the file: another user may not be able to read it.
-        done = subprocess.run(self._as_user + ["bash", "-c", self._settings.functions + '\n"$@"', "bash", *call],
-                              env=self.environment, cwd=self._settings.folder, timeout=120,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        text = "set -o pipefail\n" + self._settings.functions + '\n"$@"'
+        done = subprocess.run(self._as_user + ["bash", "-c", text, "bash", *call], env=self.environment,
+                              cwd=self._settings.folder, timeout=120, start_new_session=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         if done.returncode != 0:
             raise RuntimeError(f"{' '.join(call)} failed for {self.folder}")
 
@@ -104,6 +104,7 @@ class Lane(threading.Thread):
         return self._run.current() if self._run else None
 
     def stop(self):
+        """To be called until the lane is no longer alive."""
         self._is_stopped = True
         if self._run:
             self._run.kill()
@@ -121,11 +122,12 @@ class Lane(threading.Thread):
 
     def _do(self, job):
         tests = job.tests
+        complaint = HEAP_COMPLAINT if self._settings.heap else None
         while tests and not self._is_stopped:
             if not self._prefix:
                 self._prefix = Prefix(self._settings, self._surroundings)
             self._run = Run(job.program, self._prefix.command(job.program), self._prefix.environment,
-                            self._prefix.work, tests, self._settings.limit, HEAP_COMPLAINT if self._settings.heap else None)
+                            self._prefix.work, tests, self._settings.limit, complaint)
             for outcome in self._run.outcomes():
                 if not self._is_stopped:
                     self._report.add(outcome, self._surroundings.name)

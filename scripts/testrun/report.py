@@ -68,8 +68,8 @@ class Report:
         for key, outcomes in sorted(self._outcomes.items()):
             results = [outcome.result for outcome, _ in outcomes]
             if Result.FAILED in results:
-                where = {place for outcome, place in outcomes if outcome.result is Result.FAILED and place}
-                failed.append(" ".join([*key, *sorted(where)]) +
+                where = {place for outcome, place in outcomes if outcome.result is Result.FAILED}
+                failed.append(" ".join([*key, *([] if "" in where else sorted(where))]) +
                               f": {results.count(Result.FAILED)} of {len(results)} times")
             elif Result.PASSED in results:
                 passed.append(key)
@@ -78,6 +78,8 @@ class Report:
             else:
                 failed.append(f"{' '.join(key)}: skipped, which tests/known-skips.txt does not know\n"
                               f"    {' '.join(outcomes[-1][0].output.split())}")
+        if self._expected == 0:
+            self._print("No test has such a name.")
         if self._done < self._expected:
             failed.append(f"{self._expected - self._done} tests did not run")
         self._print(f"Ran {self._done} of {self._expected} in {time.monotonic() - self._begin:.0f} s")

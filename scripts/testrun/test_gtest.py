@@ -17,7 +17,7 @@ import os, sys, time
 if sys.argv[1] == "--gtest_list_tests":
     print("Running main() from gmock_main.cc\nSuite.\n  Good\n  Bad\nKinds/Suite.\n  Other/0  # GetParam() = 4")
     sys.exit()
-tests = open("flags.txt").read().split("=", 1)[1].strip().split(":")
+tests = open("flags.txt").read().split()[0].split("=", 1)[1].split(":")
 failed = False
 for test in tests:
     kind = test.split(".")[1]

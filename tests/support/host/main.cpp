@@ -1,9 +1,12 @@
 // The host process of the system tests: reads commands from its input, one a line, fields separated by tabs,
 // UTF-8, and answers each with one line. Ends with the input too.
+#include "support/HeapCheck.h"
 #include "support/Text.h"
 #include "support/host/Commands.h"
 
 #include <windows.h>
+
+#include <cstdio>
 
 namespace {
 
@@ -36,7 +39,11 @@ int main()
     host::Commands commands;
     std::string line;
     while (!commands.IsOver() && ReadLine(line)) {
-        WriteLine(commands.CarryOut(test::Split(line, "\t")));
+        const std::string answer = commands.CarryOut(test::Split(line, "\t"));
+        if (test::AreHeapsChecked() && !test::AreHeapsSound()) {
+            std::fprintf(stderr, "a heap is damaged after the host's command %s\n", line.c_str());
+        }
+        WriteLine(answer);
     }
     return commands.ExitCode();
 }

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include <cwchar>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -174,6 +175,7 @@ public:
     ClosedHandles()
         : m_patch("CloseHandle", [](HANDLE handle) -> BOOL {
               const BOOL done = s_current->m_patch.Original()(handle);
+              const std::lock_guard lock(s_current->m_lock);
               s_current->m_closed.push_back(done ? handle : INVALID_HANDLE_VALUE);
               return done;
           })
@@ -181,10 +183,15 @@ public:
         s_current = this;
     }
 
-    [[nodiscard]] const std::vector<HANDLE>& Get() const { return m_closed; }
+    [[nodiscard]] std::vector<HANDLE> Get() const
+    {
+        const std::lock_guard lock(m_lock);
+        return m_closed;
+    }
 
 private:
     static inline ClosedHandles* s_current = nullptr;
+    mutable std::mutex m_lock;
     test::ImportPatch<decltype(&CloseHandle)> m_patch;
     std::vector<HANDLE> m_closed;
 };

@@ -228,7 +228,7 @@ TEST_F(StopDuringPass, DoesNotCloseTheMutexThatTheThreadHasClosed)
     m_onStart = [&] { mutex = CQanhPackageManager::m_hInstanceMutex; };
     const ClosedHandles closed;
     StopWhileAt(L"store");
-    EXPECT_EQ(std::count(closed.Get().begin(), closed.Get().end(), mutex), 1);
+    EXPECT_THAT(closed.Get(), Contains(mutex).Times(1));
     EXPECT_THAT(closed.Get(), Not(Contains(INVALID_HANDLE_VALUE)));
 }
 

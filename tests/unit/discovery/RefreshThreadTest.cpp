@@ -137,7 +137,7 @@ TEST_F(RefreshThread, MutexIsClosedOnce)
     const ClosedHandles closed;
     EXPECT_EQ(Run(), 0u);
     EXPECT_EQ(inItsPlace.back(), m_mutex);
-    EXPECT_EQ(std::count(closed.Get().begin(), closed.Get().end(), m_mutex), 1);
+    EXPECT_THAT(closed.Get(), Contains(m_mutex).Times(1));
     EXPECT_THAT(closed.Get(), Not(Contains(INVALID_HANDLE_VALUE)));
     for (const HANDLE event : inItsPlace) {
         CloseHandle(event);

@@ -292,15 +292,16 @@ TEST_F(ManifestApi, RunningOutOfMemoryCostsAnApplicationAndNoText)
         const std::size_t before = objects.Calls("GetStringValue");
         static thread_local bool s_fails;
         s_fails = false;
-        static void* (*s_original)(std::size_t);
+        // Patching itself allocates, before the patch knows the function that it stands in for.
+        static const auto s_original = reinterpret_cast<void* (*)(std::size_t)>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
         const test::ImportPatch<void* (*)(std::size_t)> patch("malloc", [](std::size_t size) -> void* {
             if (s_fails && size == sizeof(CQanhMetroApp)) {
                 s_fails = false;
                 return nullptr;
             }
-            return s_original ? s_original(size) : HeapAlloc(GetProcessHeap(), 0, size);
+            return s_original(size);
         });
-        s_original = patch.Original();
         objects.At(
             "GetStringValue", [] { s_fails = true; }, before + failing);
         EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(Path().c_str(), &package), S_OK);
