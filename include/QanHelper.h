@@ -78,7 +78,8 @@ extern "C" {
  *   other               the Start screen's visibility object could not be created; or another process of the same
  *                       executable was in its first refresh, and the catalogue could not be loaded
  *
- * Blocks for up to half a second while another process of the same executable is in its first refresh.
+ * Blocks for up to half a second while another process of the same executable is in its first refresh; otherwise for up
+ * to 5 s while another one saves the catalogue file or reads it at its start, which takes milliseconds as a rule.
  */
 HRESULT QANH_CALL QanhInitialize(void);
 
