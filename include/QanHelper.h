@@ -115,8 +115,9 @@ HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled);
  * name that hosts look up in the library.)
  *
  *   appUserModelId  application user model ID: package family name, "!", application ID, split at the last "!". An ID
- *                   without "!" is a package family name. For the desktop package of the Office suite the answer is
- *                   whether it depends on a package whose family name contains the application ID.
+ *                   without "!" is a package family name. For an ID that names the desktop package of the Office
+ *                   suite the answer is whether that depends on a package whose family name contains the
+ *                   application ID.
  *   pIsInstalled    receives 1 or 0; as it was when the call fails
  *
  * Results and threads as QanhIsInstalled. Memory that runs out while the ID is split is reported by a C++ exception,
@@ -158,8 +159,8 @@ HRESULT QANH_CALL QanhGetAppDisplayNameByPFN(LPCWSTR packageFamilyName, LPWSTR* 
  * the screen shows, as before QanhInitialize.
  *
  * Call it on the thread of QanhInitialize. It presses keys on the user's desktop and replaces what is on the
- * clipboard, which it empties afterwards. It blocks for the pauses that the pane needs, at least 2 s, and as long as the
- * pane stays in front: a pane that finds nothing keeps the call.
+ * clipboard, which it empties afterwards. It blocks for the pauses that the pane needs, at least 2 s, and as long as
+ * the pane stays in front: a pane that finds nothing keeps the call.
  */
 HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL useExcludeList);
 
