@@ -12,7 +12,8 @@
 
 namespace {
 
-// The parts of the text that are there, up to the first that is not a number.
+// Reads what scanning for "%hu.%hu.%hu.%hu" reads: the parts that are there, up to the first that is not a
+// number.
 RecordVersion ReadVersion(const wchar_t* text) noexcept
 {
     RecordVersion version;
