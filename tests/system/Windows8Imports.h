@@ -30,8 +30,8 @@ inline constexpr Windows8Library windows8Libraries[] = {
         CopyFileW CreateEventA CreateEventW CreateFileA CreateFileW CreateMutexW CreateSemaphoreA
         CreateSemaphoreW CreateThread DeleteCriticalSection DeleteFileW DisableThreadLibraryCalls
         DuplicateHandle EnterCriticalSection ExpandEnvironmentStringsW FindClose FindFirstFileW
-        FindNextFileW FlsAlloc FlsFree FlsGetValue FlsSetValue FlushFileBuffers FormatMessageW
-        FreeLibrary FreeLibraryAndExitThread GetACP GetCurrentDirectoryW GetCurrentProcess
+        FindNextFileW FlsAlloc FlsFree FlsGetValue FlsSetValue FlushFileBuffers FormatMessageA
+        FormatMessageW FreeLibrary FreeLibraryAndExitThread GetACP GetCurrentDirectoryW GetCurrentProcess
         GetCurrentProcessId GetCurrentThread GetCurrentThreadId GetEnvironmentVariableW
         GetExitCodeThread GetFileAttributesExW GetFileAttributesW GetFileSizeEx GetFullPathNameW
         GetHandleInformation GetLastError GetLocalTime GetModuleFileNameW GetModuleHandleA
@@ -58,8 +58,8 @@ inline constexpr Windows8Library windows8Libraries[] = {
         ___lc_codepage_func ___mb_cur_max_func __iob_func _amsg_exit _beginthreadex _callnewh _close
         _endthreadex _errno _exit _fileno _get_errno _get_osfhandle _initterm _isatty
         _lock _onexit _open _purecall _read _set_errno _setjmp _snprintf _snprintf_s _snwprintf
-        _snwprintf_s _sopen_s _sprintf_s_l _strdup _time64 _ultoa _unlock _vsnprintf _vsnprintf_s
-        _vsnwprintf _vsnwprintf_s _wcsdup _wcsicmp _wcslwr_s _wcsnicmp _wfopen _write _wsopen_s
+        _snwprintf_s _sopen_s _sprintf_s_l _strdup _time64 _ultoa _unlock _vscprintf _vsnprintf
+        _vsnprintf_s _vsnwprintf _vsnwprintf_s _wcsdup _wcsicmp _wcslwr_s _wcsnicmp _wfopen _write _wsopen_s
         abort atexit atoi calloc exit fclose fflush fgetc fgetwc fopen fprintf fputc fputs fread
         free fseek ftell fwprintf fwrite getc getenv isalnum isalpha isdigit isspace iswctype
         iswspace localeconv longjmp malloc mbstowcs memchr memcmp memcpy memcpy_s memmove memmove_s
