@@ -16,6 +16,7 @@ struct Windows8Library
 
 inline constexpr Windows8Library windows8Libraries[] = {
     {"advapi32.dll", R"(
+        CryptAcquireContextA CryptGenRandom CryptReleaseContext
         RegCloseKey RegDeleteValueW RegOpenKeyExW RegQueryValueExW RegSetValueExW
     )"},
     {"api-ms-win-core-winrt-l1-1-0.dll", R"(
@@ -55,16 +56,16 @@ inline constexpr Windows8Library windows8Libraries[] = {
         WriteFile __C_specific_handler
     )"},
     {"msvcrt.dll", R"(
-        ___lc_codepage_func ___mb_cur_max_func __iob_func _amsg_exit _beginthreadex _callnewh _close
-        _endthreadex _errno _exit _fileno _get_errno _get_osfhandle _initterm _isatty
+        ___lc_codepage_func ___mb_cur_max_func __iob_func _amsg_exit _assert _beginthreadex _callnewh
+        _close _endthreadex _errno _exit _fileno _get_errno _get_osfhandle _initterm _isatty
         _lock _onexit _open _purecall _read _set_errno _setjmp _snprintf _snprintf_s _snwprintf
         _snwprintf_s _sopen_s _sprintf_s_l _strdup _time64 _ultoa _unlock _vscprintf _vsnprintf
         _vsnprintf_s _vsnwprintf _vsnwprintf_s _wcsdup _wcsicmp _wcslwr_s _wcsnicmp _wfopen _write _wsopen_s
         abort atexit atoi calloc exit fclose fflush fgetc fgetwc fopen fprintf fputc fputs fread
         free fseek ftell fwprintf fwrite getc getenv isalnum isalpha isdigit isspace iswctype
         iswspace localeconv longjmp malloc mbstowcs memchr memcmp memcpy memcpy_s memmove memmove_s
-        memset printf putc qsort rand realloc setlocale setvbuf signal srand strcat strchr strcmp
-        strcoll strcpy strcspn strerror strftime strlen strncat strncmp strncpy strrchr strspn
+        memset printf putc qsort rand realloc setlocale setvbuf signal sprintf srand strcat strchr
+        strcmp strcoll strcpy strcspn strerror strftime strlen strncat strncmp strncpy strrchr strspn
         strstr strtol strtoul strxfrm swprintf_s swscanf_s time tolower toupper towlower towupper
         ungetwc vfprintf vsprintf_s wcscat wcschr wcscmp wcscoll wcscpy wcscpy_s wcscspn wcsftime
         wcslen wcsncmp wcsncpy wcsncpy_s wcsrchr wcsspn wcsstr wcstol wcstombs wcstoul wcsxfrm
