@@ -78,8 +78,13 @@ public:
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION process{};
-        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                           &startup, &process)) {
+        BOOL isStarted = FALSE;
+        // Once in some hundred starts Wine gives up on a process before it has begun: with this error alone.
+        do {
+            isStarted = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                       nullptr, &startup, &process);
+        } while (!isStarted && GetLastError() == ERROR_INTERNAL_ERROR);
+        if (isStarted) {
             m_process = process.hProcess;
             CloseHandle(process.hThread);
             const HANDLE handles[] = {m_ready, m_process};
