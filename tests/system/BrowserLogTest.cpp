@@ -15,9 +15,12 @@ constexpr char ok[] = "0x00000000";
 constexpr char failed[] = "0x80004005";
 
 // The search for the browser in mode 0, without exclusions, on the Start screen.
-const std::string search =
-    "QanhLaunchBySearch(Internet Explorer, 0, 0) IN" + KeywordIs("\"Internet Explorer\"") + searchPaneOpens +
-    TextIsCopied("\"Internet Explorer\"") + shiftInsertIsPressed + enterIsPressed + launchEnds;
+std::string Search()
+{
+    return "QanhLaunchBySearch(Internet Explorer, 0, 0) IN" + KeywordIs("\"Internet Explorer\"") +
+           searchPaneOpens + TextIsCopied("\"Internet Explorer\"") + shiftInsertIsPressed + enterIsPressed +
+           launchEnds;
+}
 
 // The same where the shell does not tell what the screen shows.
 const std::string failedSearch = "QanhLaunchBySearch(Internet Explorer, 0, 0) IN" +
@@ -73,24 +76,24 @@ TEST_F(BrowserLog, OneThatIsForcedToZeroAndPutBack)
 {
     browserKey.SetDword(tileValue, 1);
     Start({L"Internet Explorer.lnk"});
-    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(1), TileIsSet(0), search,
-                                     TileIsSet(1), "QanhLaunchIEBySearch OUT(0x00000000)"}));
+    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(1), TileIsSet(0),
+                                     Search(), TileIsSet(1), "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
 TEST_F(BrowserLog, AbsentValueThatIsForcedToZeroAndDeleted)
 {
     browserKey.Create();
     Start({L"Internet Explorer.lnk"});
-    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(1), TileIsSet(0), search,
-                                     tileIsDeleted, "QanhLaunchIEBySearch OUT(0x00000000)"}));
+    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(1), TileIsSet(0),
+                                     Search(), tileIsDeleted, "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
 TEST_F(BrowserLog, AbsentValueThatCountsAsOneIsDeletedAllTheSame)
 {
     browserKey.Create();
     Start({L"Internet Explorer.lnk"});
-    EXPECT_TRUE(IsGolden(Launch(1), {"QanhLaunchIEBySearch(1, 0, 0) IN", TileIsRead(1), search, tileIsDeleted,
-                                     "QanhLaunchIEBySearch OUT(0x00000000)"}));
+    EXPECT_TRUE(IsGolden(Launch(1), {"QanhLaunchIEBySearch(1, 0, 0) IN", TileIsRead(1), Search(),
+                                     tileIsDeleted, "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
 TEST_F(BrowserLog, AbsentKeyIsNeitherMadeNorMissed)
@@ -103,7 +106,7 @@ TEST_F(BrowserLog, AbsentKeyIsNeitherMadeNorMissed)
         CQanhReg::SetCurrentTileImmersiveActivation(0) IN
         CQanhReg::SetCurrentTileImmersiveActivation OUT(0)
                                         )",
-                                        search,
+                                        Search(),
                                         R"(
         CQanhReg::DeleteTileImmersiveActivation IN
         CQanhReg::DeleteTileImmersiveActivation OUT(0)
@@ -117,7 +120,7 @@ TEST_F(BrowserLog, TextIsLeftAlone)
     browserKey.SetText(tileValue, L"1");
     Start({L"Internet Explorer.lnk"});
     // The number is what the four bytes of the text come to.
-    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(49), search,
+    EXPECT_TRUE(IsGolden(Launch(0), {"QanhLaunchIEBySearch(0, 0, 0) IN", TileIsRead(49), Search(),
                                      "QanhLaunchIEBySearch OUT(0x00000000)"}));
 }
 
