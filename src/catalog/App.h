@@ -1,10 +1,10 @@
 #pragma once
 
+#include "catalog/WantedName.h"
 #include "common/WideString.h"
 
 #include <windows.h>
 
-#include <memory>
 #include <optional>
 
 class ExcludeList;
@@ -18,11 +18,11 @@ struct AppName
     const WideString& reading;
 };
 
-// One search for a wanted name, with the places for what is found: the names that it must exclude, and
-// whether the wanted application is among those that were asked.
+// One search, with the places for what is found: the names that it must exclude, and whether the wanted
+// application is among those that were asked.
 struct ExcludeSearch
 {
-    const wchar_t* lowerWantedName; // in lower case
+    const WantedName& wantedName;
     ExcludeList* pExcludeList;
     BOOL* pFound;
 };
@@ -41,15 +41,14 @@ public:
     // wanted one; a name of it that the search would hit too is added to the exclude list. S_OK; S_FALSE when
     // there was nothing to do or the last name was listed already; E_POINTER; E_INVALIDARG for an empty
     // wanted name; E_OUTOFMEMORY; E_FAIL.
-    [[nodiscard]] virtual HRESULT AddToExcludeAppNameList(const wchar_t* wantedName,
+    [[nodiscard]] virtual HRESULT AddToExcludeAppNameList(const WantedName& wantedName,
                                                           ExcludeList* pExcludeList, BOOL* pFound) const = 0;
 
     // Writes the record as one element of the catalogue file.
     [[nodiscard]] virtual HRESULT ToXmlNode(IXmlWriter* pWriter) const = 0;
 
-    // 1 when every searchable token of `part` occurs somewhere in `whole`, in any order and exact letter
-    // case, else 0. A run of ASCII letters, digits, "_" and "/" is one token; a kana, an ideograph, a
-    // full-width digit or letter and a backslash are a token each; everything else is passed over.
+    // 1 when every token that a search looks up of `part` occurs somewhere in `whole`, in any order and exact
+    // letter case, else 0.
     [[nodiscard]] BOOL IsSubStrNoOrder(const wchar_t* part, const wchar_t* whole) const noexcept;
 
     WideString DisplayName;
@@ -62,20 +61,16 @@ protected:
     // failing adding ends the operation.
     [[nodiscard]] std::optional<HRESULT> ExcludeName(const AppName& name,
                                                      const ExcludeSearch& search) const noexcept;
+
+private:
+    // IsSubStrNoOrder(the wanted name in lower case, whole).
+    [[nodiscard]] static BOOL IsWantedNameIn(const WantedName& wantedName, const WideString& whole) noexcept;
 };
 
 // Asks one application what a search for the wanted name makes of it; *pFound becomes 1 when it is the wanted
 // one and stays as it is otherwise. Its result is of no consequence.
-void AskApp(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcludeList, BOOL* pFound);
+void AskApp(const CQanhApp& app, const WantedName& wantedName, ExcludeList* pExcludeList, BOOL* pFound);
 
-// Releases memory of the C runtime.
-struct CrtMemoryDeleter
-{
-    void operator()(wchar_t* text) const noexcept;
-};
-using CrtText = std::unique_ptr<wchar_t, CrtMemoryDeleter>;
-
-// The checks and the lower-cased copy with which every decision begins.
-[[nodiscard]] HRESULT CheckExcludeArguments(const wchar_t* wantedName, const ExcludeList* pExcludeList,
+// The checks with which every decision begins.
+[[nodiscard]] HRESULT CheckExcludeArguments(const WantedName& wantedName, const ExcludeList* pExcludeList,
                                             const BOOL* pFound) noexcept;
-[[nodiscard]] HRESULT LowerWantedName(const wchar_t* wantedName, CrtText& lowerWantedName) noexcept;

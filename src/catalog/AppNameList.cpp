@@ -4,6 +4,8 @@
 #include "common/DiagnosticLog.h"
 #include "common/OutOfMemory.h"
 
+#include <algorithm>
+
 CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimit), m_lists(listLimit) {}
 
 void CQanhAppNameList::Clear() noexcept
@@ -18,6 +20,20 @@ void CQanhAppNameList::Clear() noexcept
     LogOut(kName);
 }
 
+const CQanhPackage* CQanhAppNameList::FindPackage(const Lists& lists,
+                                                  const wchar_t* packageFamilyName) noexcept
+{
+    if (!DiagnosticLog::IsEnabled()) {
+        return lists.packages.Index().Find(packageFamilyName);
+    }
+    for (const auto& package : lists.packages) {
+        if (package->IsThisPackage(packageFamilyName)) {
+            return package.get();
+        }
+    }
+    return nullptr;
+}
+
 const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyName) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetPackage";
@@ -25,12 +41,7 @@ const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyNam
     const CQanhPackage* found = nullptr;
     if (packageFamilyName && *packageFamilyName != L'\0') {
         const auto lists = m_lists.Read();
-        for (const auto& package : lists->packages) {
-            if (package->IsThisPackage(packageFamilyName)) {
-                found = package.get();
-                break;
-            }
-        }
+        found = FindPackage(*lists, packageFamilyName);
     }
     LogOut(kName);
     return found;
@@ -75,6 +86,15 @@ HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_
                   }));
 }
 
+bool CQanhAppNameList::HasShortcut(const Lists& lists, const wchar_t* path) noexcept
+{
+    if (!DiagnosticLog::IsEnabled()) {
+        return lists.desktopApps.Index().Contains(path);
+    }
+    return std::any_of(lists.desktopApps.begin(), lists.desktopApps.end(),
+                       [path](const auto& app) { return app->IsSameShortcut(path); });
+}
+
 BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::IsInDesktopAppList";
@@ -82,12 +102,7 @@ BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
     BOOL found = FALSE;
     if (path && *path != L'\0') {
         const auto lists = m_lists.Read();
-        for (const auto& app : lists->desktopApps) {
-            if (app->IsSameShortcut(path)) {
-                found = TRUE;
-                break;
-            }
-        }
+        found = HasShortcut(*lists, path) ? TRUE : FALSE;
     }
     return LogOutNumber(kName, found);
 }
@@ -103,12 +118,13 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
     }
     *pFound = 0;
     {
+        const WantedName wanted(wantedName);
         const auto lists = m_lists.Read();
         for (const auto& package : lists->packages) {
-            package->AddAppNameToExcludeList(wantedName, pExcludeList, pFound);
+            package->AddAppNameToExcludeList(wanted, pExcludeList, pFound);
         }
         for (const auto& app : lists->desktopApps) {
-            AskApp(*app, wantedName, pExcludeList, pFound);
+            AskApp(*app, wanted, pExcludeList, pFound);
         }
     }
     return LogOut(kName, S_OK);

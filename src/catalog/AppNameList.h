@@ -1,8 +1,9 @@
 #pragma once
 
 #include "catalog/DesktopApp.h"
-#include "catalog/OwnedList.h"
+#include "catalog/IndexedList.h"
 #include "catalog/Package.h"
+#include "catalog/RecordIndexes.h"
 #include "common/Guarded.h"
 #include "common/WideString.h"
 #include "platform/WinRtPackages.h"
@@ -92,10 +93,14 @@ private:
     struct Lists
     {
         explicit Lists(std::size_t limit) : packages(limit), desktopApps(limit) {}
-        OwnedList<CQanhPackage> packages;
-        OwnedList<CQanhDesktopApp> desktopApps;
+        IndexedList<CQanhPackage, PackageIndex> packages;
+        IndexedList<CQanhDesktopApp, ShortcutIndex> desktopApps;
     };
 
+    // The look-ups as the log tells them, record by record. While nothing is logged, the indexes answer.
+    [[nodiscard]] static const CQanhPackage* FindPackage(const Lists& lists,
+                                                         const wchar_t* packageFamilyName) noexcept;
+    [[nodiscard]] static bool HasShortcut(const Lists& lists, const wchar_t* path) noexcept;
     [[nodiscard]] HRESULT AddStorePackage(platform::IPackage* pStorePackage);
     [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
     // Calls change(record) with a record of the list, under the lock for changes.

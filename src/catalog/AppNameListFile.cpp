@@ -104,7 +104,8 @@ HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
 
 HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
 {
-    HRESULT hr = Xml::ReadNode(pReader);
+    Xml::NodePlace place = Xml::PlaceOf(pReader);
+    HRESULT hr = Xml::ReadNode(pReader, place);
     while (hr == S_OK) {
         XmlNodeType type = XmlNodeType_None;
         hr = pReader->GetNodeType(&type);
@@ -129,7 +130,9 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
             }
         }
         if (readOn) {
-            hr = Xml::ReadNode(pReader);
+            hr = Xml::ReadNode(pReader, place);
+        } else {
+            place = Xml::PlaceOf(pReader);
         }
     }
     return hr;

@@ -86,10 +86,8 @@ HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
 template <typename Change> void CQanhAppNameList::ChangePackage(const CQanhPackage& package, Change change)
 {
     const auto lists = m_lists.Write();
-    for (auto& record : lists->packages) {
-        if (record.get() == &package) {
-            change(*record);
-        }
+    if (CQanhPackage* record = lists->packages.Index().Find(package.PackageFamilyName.View())) {
+        change(*record);
     }
 }
 

@@ -14,6 +14,9 @@ namespace {
 // another file.
 WideString ExpandPath(const wchar_t* text)
 {
+    if (!std::wcschr(text, L'%')) {
+        return text;
+    }
     wchar_t path[MAX_PATH];
     const DWORD size = ExpandEnvironmentStringsW(text, path, MAX_PATH); // with the terminator
     return size == 0 || size > MAX_PATH ? text : path;
@@ -49,12 +52,12 @@ CQanhDesktopApp::CQanhDesktopApp(const wchar_t* displayName, const wchar_t* lnkF
 {
 }
 
-HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const WantedName& wantedName, ExcludeList* pExcludeList,
                                                  BOOL* pFound) const
 {
     static constexpr wchar_t kName[] = L"CQanhDesktopApp::AddToExcludeAppNameList";
-    LogIn(kName, wantedName);
-    HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
+    LogIn(kName, wantedName.Text());
+    const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
@@ -62,22 +65,20 @@ HRESULT CQanhDesktopApp::AddToExcludeAppNameList(const wchar_t* wantedName, Excl
         return LogOut(kName, S_FALSE);
     }
     *pFound = 0;
-    CrtText lowerWantedName;
-    hr = LowerWantedName(wantedName, lowerWantedName);
-    if (FAILED(hr)) {
-        return LogOut(kName, hr);
+    if (FAILED(wantedName.Result())) {
+        return LogOut(kName, wantedName.Result());
     }
     const WideString& name = LocalizeName.empty() ? DisplayName : LocalizeName;
     if (name.empty()) {
         return LogOut(kName, S_OK);
     }
-    if (_wcsicmp(name.c_str(), lowerWantedName.get()) == 0) {
+    if (wantedName.Equals(name)) {
         if (!IsDualMode) {
             *pFound = 1;
         }
         return LogOut(kName, S_OK);
     }
-    const ExcludeSearch search{lowerWantedName.get(), pExcludeList, pFound};
+    const ExcludeSearch search{wantedName, pExcludeList, pFound};
     return LogOut(kName, ExcludeName({name, RubyDisplayName}, search).value_or(S_OK));
 }
 

@@ -14,7 +14,7 @@ public:
                              bool needReserve = false, bool isInstalled = true, bool isDualMode = false);
 
     // Leaves *pFound as it is and returns S_FALSE when the application is not installed.
-    [[nodiscard]] HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+    [[nodiscard]] HRESULT AddToExcludeAppNameList(const WantedName& wantedName, ExcludeList* pExcludeList,
                                                   BOOL* pFound) const override;
     // Writes nothing and returns S_FALSE when the application is neither installed nor reserved.
     [[nodiscard]] HRESULT ToXmlNode(IXmlWriter* pWriter) const override;

@@ -2,17 +2,16 @@
 
 #include "common/OutOfMemory.h"
 
-#include <cwchar>
-
 HRESULT ExcludeList::AddUnique(const wchar_t* name) noexcept
 {
-    for (const WideString& entry : m_names) {
-        if (_wcsicmp(entry.c_str(), name) == 0) {
-            return S_FALSE;
-        }
+    if (m_known.Contains(name)) {
+        return S_FALSE;
     }
     return CatchOutOfMemory([&] {
-        m_names.emplace_back(name);
+        std::list<WideString> entry;
+        entry.emplace_back(name);
+        m_known.Add(entry.front().c_str());
+        m_names.splice(m_names.end(), entry);
         return S_OK;
     });
 }

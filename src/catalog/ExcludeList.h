@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/CaseInsensitiveSet.h"
 #include "common/WideString.h"
 
 #include <windows.h>
@@ -11,6 +12,10 @@
 class ExcludeList
 {
 public:
+    ExcludeList() = default;
+    ExcludeList(const ExcludeList&) = delete;
+    ExcludeList& operator=(const ExcludeList&) = delete;
+
     // Appends a copy of the name unless an entry equals it ignoring case. S_OK; S_FALSE when it is there
     // already; E_OUTOFMEMORY, with the list as before.
     [[nodiscard]] HRESULT AddUnique(const wchar_t* name) noexcept;
@@ -21,4 +26,5 @@ public:
 
 private:
     std::list<WideString> m_names;
+    CaseInsensitiveSet m_known; // the same names
 };

@@ -30,27 +30,25 @@ CQanhMetroApp::CQanhMetroApp(const wchar_t* displayName, const wchar_t* shortNam
 {
 }
 
-HRESULT CQanhMetroApp::AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+HRESULT CQanhMetroApp::AddToExcludeAppNameList(const WantedName& wantedName, ExcludeList* pExcludeList,
                                                BOOL* pFound) const
 {
     static constexpr wchar_t kName[] = L"CQanhMetroApp::AddToExcludeAppNameList";
-    LogIn(kName, wantedName);
+    LogIn(kName, wantedName.Text());
     HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
     *pFound = 0;
-    CrtText lowerWantedName;
-    hr = LowerWantedName(wantedName, lowerWantedName);
-    if (FAILED(hr)) {
-        return LogOut(kName, hr);
+    if (FAILED(wantedName.Result())) {
+        return LogOut(kName, wantedName.Result());
     }
     // Deliberate: a Store application of exactly this name is neither found nor excluded, whatever its short
     // name.
-    if (DisplayName.empty() || _wcsicmp(DisplayName.c_str(), lowerWantedName.get()) == 0) {
+    if (DisplayName.empty() || wantedName.Equals(DisplayName)) {
         return LogOut(kName, S_OK);
     }
-    const ExcludeSearch search{lowerWantedName.get(), pExcludeList, pFound};
+    const ExcludeSearch search{wantedName, pExcludeList, pFound};
     hr = ExcludeName({DisplayName, RubyDisplayName}, search).value_or(S_OK);
     if (SUCCEEDED(hr) && !ShortName.empty()) {
         hr = ExcludeName({ShortName, RubyShortName}, search).value_or(hr);

@@ -12,7 +12,7 @@ public:
     explicit CQanhMetroApp(const wchar_t* displayName = nullptr, const wchar_t* shortName = nullptr,
                            const wchar_t* rubyDisplayName = nullptr, const wchar_t* rubyShortName = nullptr);
 
-    [[nodiscard]] HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+    [[nodiscard]] HRESULT AddToExcludeAppNameList(const WantedName& wantedName, ExcludeList* pExcludeList,
                                                   BOOL* pFound) const override;
     [[nodiscard]] HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
 

@@ -45,6 +45,9 @@ public:
         m_elements.emplace_back(std::move(element));
     }
 
+    // The list must not be empty.
+    void RemoveLast() noexcept { m_elements.pop_back(); }
+
     // Deletes the elements front to back.
     void Clear() noexcept
     {

@@ -130,11 +130,11 @@ BOOL CQanhPackage::IsThisPackage(const wchar_t* packageFamilyName) const noexcep
     return LogOutNumber(kName, same ? 1 : 0);
 }
 
-void CQanhPackage::AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+void CQanhPackage::AddAppNameToExcludeList(const WantedName& wantedName, ExcludeList* pExcludeList,
                                            BOOL* pFound) const noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::AddAppNameToExcludeList";
-    LogIn(kName, wantedName);
+    LogIn(kName, wantedName.Text());
     const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
     if (FAILED(hr)) {
         LogOut(kName, hr);

@@ -52,7 +52,7 @@ public:
 
     // Asks every application of an installed package what a search for the wanted name makes of it; *pFound
     // becomes 1 when one of them is the wanted one and stays as it is otherwise.
-    void AddAppNameToExcludeList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+    void AddAppNameToExcludeList(const WantedName& wantedName, ExcludeList* pExcludeList,
                                  BOOL* pFound) const noexcept;
 
     // Writes the package and its applications as one element of the catalogue file; nothing, with S_OK, when

@@ -4,7 +4,6 @@
 #include "common/NarrowFormat.h"
 #include "common/UniqueHandle.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -17,7 +16,6 @@ namespace {
 constexpr wchar_t kLogFileName[] = L"QanHelperLog.txt";
 constexpr wchar_t kLogPathFormat[] = L"%s\\Vel\\QanHelper\\%s\\%s";
 
-std::atomic<bool> s_bLogEnabled = false;
 wchar_t s_szLogPath[MAX_PATH] = {}; // empty: the bare file name, in the current directory
 
 // Gives the thread's last error and the C runtime's errno back at the end of the scope: callers log between a
@@ -57,11 +55,6 @@ BOOL Append(HANDLE file, const char* text, int length) noexcept
 
 namespace DiagnosticLog {
 
-void SetEnabled(bool enabled) noexcept
-{
-    s_bLogEnabled = enabled;
-}
-
 int ComposePath() noexcept
 {
     wchar_t localAppData[MAX_PATH];
@@ -90,7 +83,7 @@ int ComposePath() noexcept
 
 int WriteLine(const char* format, ...) noexcept
 {
-    if (!s_bLogEnabled) {
+    if (!IsEnabled()) {
         return 1;
     }
     if (!format) {
@@ -116,35 +109,3 @@ int WriteLine(const char* format, ...) noexcept
 }
 
 } // namespace DiagnosticLog
-
-void LogIn(const wchar_t* operation) noexcept
-{
-    DiagnosticLog::WriteLine("%S IN\r\n", operation);
-}
-
-void LogIn(const wchar_t* operation, const wchar_t* argument) noexcept
-{
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, argument);
-}
-
-void LogIn(const wchar_t* operation, const wchar_t* first, const wchar_t* second) noexcept
-{
-    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", operation, first, second);
-}
-
-HRESULT LogOut(const wchar_t* operation, HRESULT result) noexcept
-{
-    DiagnosticLog::WriteLine("%S OUT(0x%08X)\r\n", operation, static_cast<unsigned>(result));
-    return result;
-}
-
-int LogOutNumber(const wchar_t* operation, int result) noexcept
-{
-    DiagnosticLog::WriteLine("%S OUT(%d)\r\n", operation, result);
-    return result;
-}
-
-void LogOut(const wchar_t* operation) noexcept
-{
-    DiagnosticLog::WriteLine("%S OUT\r\n", operation);
-}

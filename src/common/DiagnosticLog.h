@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 // One compiler checks the formats against their arguments; gcc refuses "%S" as not being ISO C++.
 #if defined(__clang__)
 #define QANHELPER_PRINTF_LIKE __attribute__((format(printf, 1, 2)))
@@ -18,7 +20,15 @@
 namespace DiagnosticLog {
 
 // Switches the trace. Off at start.
-void SetEnabled(bool enabled) noexcept;
+inline std::atomic<bool> s_bLogEnabled = false;
+inline void SetEnabled(bool enabled) noexcept
+{
+    s_bLogEnabled = enabled;
+}
+[[nodiscard]] inline bool IsEnabled() noexcept
+{
+    return s_bLogEnabled.load(std::memory_order_relaxed);
+}
 
 // Points the trace at the host's own folder below LOCALAPPDATA, which is not created here. Returns 1 on
 // success and 0 on failure; until it succeeded, lines go to "QanHelperLog.txt" in the current directory.
@@ -34,13 +44,46 @@ QANHELPER_PRINTF_LIKE int WriteLine(const char* format, ...) noexcept;
 
 } // namespace DiagnosticLog
 
-// The entry line of an operation, without arguments or with one or two texts.
-void LogIn(const wchar_t* operation) noexcept;
-void LogIn(const wchar_t* operation, const wchar_t* argument) noexcept;
-void LogIn(const wchar_t* operation, const wchar_t* first, const wchar_t* second) noexcept;
+// The entry line of an operation, without arguments or with one or two texts. Where there is no trace it
+// costs a look: operations write these for each record.
+inline void LogIn(const wchar_t* operation) noexcept
+{
+    if (DiagnosticLog::IsEnabled()) {
+        DiagnosticLog::WriteLine("%S IN\r\n", operation);
+    }
+}
+inline void LogIn(const wchar_t* operation, const wchar_t* argument) noexcept
+{
+    if (DiagnosticLog::IsEnabled()) {
+        DiagnosticLog::WriteLine("%S(%S) IN\r\n", operation, argument);
+    }
+}
+inline void LogIn(const wchar_t* operation, const wchar_t* first, const wchar_t* second) noexcept
+{
+    if (DiagnosticLog::IsEnabled()) {
+        DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", operation, first, second);
+    }
+}
 
 // The exit lines of an operation. Each returns the result that it logs, so that leaving is one expression;
 // the caller knows it anyway, so they are not [[nodiscard]] either.
-HRESULT LogOut(const wchar_t* operation, HRESULT result) noexcept;
-int LogOutNumber(const wchar_t* operation, int result) noexcept;
-void LogOut(const wchar_t* operation) noexcept;
+inline HRESULT LogOut(const wchar_t* operation, HRESULT result) noexcept
+{
+    if (DiagnosticLog::IsEnabled()) {
+        DiagnosticLog::WriteLine("%S OUT(0x%08X)\r\n", operation, static_cast<unsigned>(result));
+    }
+    return result;
+}
+inline int LogOutNumber(const wchar_t* operation, int result) noexcept
+{
+    if (DiagnosticLog::IsEnabled()) {
+        DiagnosticLog::WriteLine("%S OUT(%d)\r\n", operation, result);
+    }
+    return result;
+}
+inline void LogOut(const wchar_t* operation) noexcept
+{
+    if (DiagnosticLog::IsEnabled()) {
+        DiagnosticLog::WriteLine("%S OUT\r\n", operation);
+    }
+}

@@ -1,23 +1,47 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <string_view>
+#include <windows.h>
 
-// An immutable UTF-16 string whose copies share one reference-counted text. A null pointer makes an empty
-// string. One object belongs to one thread at a time; copies of it may live on any thread.
+#include <atomic>
+#include <new>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+// An immutable UTF-16 string whose copies share one reference-counted text, which is one block of memory. A
+// null pointer makes an empty string. One object belongs to one thread at a time; copies of it may live on
+// any thread.
 class WideString
 {
 public:
     WideString() noexcept = default;
     WideString(const wchar_t* text) : WideString(text ? std::wstring_view(text) : std::wstring_view()) {}
-    explicit WideString(std::wstring_view text)
-        : m_text(text.empty() ? nullptr : std::make_shared<const std::wstring>(text))
+    explicit WideString(std::wstring_view text) : m_block(text.empty() ? nullptr : MakeBlock(text)) {}
+    WideString(const WideString& other) noexcept : m_block(other.m_block)
     {
+        if (m_block) {
+            m_block->references.fetch_add(1, std::memory_order_relaxed);
+        }
+    }
+    WideString(WideString&& other) noexcept : m_block(std::exchange(other.m_block, nullptr)) {}
+    WideString& operator=(WideString other) noexcept
+    {
+        std::swap(m_block, other.m_block);
+        return *this;
+    }
+    ~WideString()
+    {
+        if (m_block && m_block->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            ::operator delete(m_block);
+        }
     }
 
-    [[nodiscard]] const wchar_t* c_str() const noexcept { return m_text ? m_text->c_str() : L""; }
-    [[nodiscard]] bool empty() const noexcept { return !m_text; }
+    [[nodiscard]] const wchar_t* c_str() const noexcept { return m_block ? Characters(m_block) : L""; }
+    [[nodiscard]] std::wstring_view View() const noexcept
+    {
+        return m_block ? std::wstring_view(Characters(m_block), m_block->length) : std::wstring_view();
+    }
+    [[nodiscard]] bool empty() const noexcept { return !m_block; }
 
     friend bool operator==(const WideString& left, const WideString& right) noexcept
     {
@@ -25,10 +49,30 @@ public:
     }
 
 private:
-    [[nodiscard]] std::wstring_view View() const noexcept
+    // Stands before the characters, which end with a null character.
+    struct Block
     {
-        return m_text ? std::wstring_view(*m_text) : std::wstring_view();
+        std::atomic<UINT32> references;
+        UINT32 length;
+    };
+
+    [[nodiscard]] static wchar_t* Characters(Block* block) noexcept
+    {
+        return reinterpret_cast<wchar_t*>(block + 1);
     }
 
-    std::shared_ptr<const std::wstring> m_text;
+    [[nodiscard]] static Block* MakeBlock(std::wstring_view text)
+    {
+        if (text.size() >= UINT32_MAX) {
+            throw std::length_error("string too long");
+        }
+        void* memory = ::operator new(sizeof(Block) + (text.size() + 1) * sizeof(wchar_t));
+        auto* block = new (memory) Block{{1}, static_cast<UINT32>(text.size())};
+        wchar_t* characters = Characters(block);
+        text.copy(characters, text.size());
+        characters[text.size()] = L'\0';
+        return block;
+    }
+
+    Block* m_block = nullptr;
 };

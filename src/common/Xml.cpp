@@ -3,32 +3,9 @@
 #include <shlwapi.h>
 
 #include <cwchar>
+#include <utility>
 
 using Microsoft::WRL::ComPtr;
-
-namespace {
-
-// Where a reader stands. Two nodes of one document may share a line and position (a declaration and the
-// blanks behind it do with some readers), but then they are of different types.
-struct NodePlace
-{
-    UINT line = 0;
-    UINT position = 0;
-    XmlNodeType type = XmlNodeType_None;
-
-    friend bool operator==(const NodePlace&, const NodePlace&) = default;
-};
-
-NodePlace PlaceOf(IXmlReader* reader)
-{
-    NodePlace place;
-    reader->GetLineNumber(&place.line);
-    reader->GetLinePosition(&place.position);
-    reader->GetNodeType(&place.type);
-    return place;
-}
-
-} // namespace
 
 namespace Xml {
 
@@ -50,14 +27,29 @@ HRESULT OpenReader(const wchar_t* path, ComPtr<IXmlReader>& reader)
     return FAILED(hr) ? hr : OpenFile(reader.Get(), path);
 }
 
-HRESULT ReadNode(IXmlReader* reader)
+NodePlace PlaceOf(IXmlReader* reader)
 {
-    const NodePlace before = PlaceOf(reader);
+    NodePlace place;
+    reader->GetLineNumber(&place.line);
+    reader->GetLinePosition(&place.position);
+    reader->GetNodeType(&place.type);
+    return place;
+}
+
+HRESULT ReadNode(IXmlReader* reader, NodePlace& place)
+{
     const HRESULT hr = reader->Read(nullptr);
     if (hr != S_OK) {
         return hr;
     }
-    return PlaceOf(reader) == before ? kInputEnds : S_OK;
+    const NodePlace before = std::exchange(place, PlaceOf(reader));
+    return place == before ? kInputEnds : S_OK;
+}
+
+HRESULT ReadNode(IXmlReader* reader)
+{
+    NodePlace place = PlaceOf(reader);
+    return ReadNode(reader, place);
 }
 
 bool IsElement(IXmlReader* reader)
@@ -68,7 +60,9 @@ bool IsElement(IXmlReader* reader)
 
 bool NamesEqual(std::wstring_view name, std::wstring_view expected)
 {
-    return name.size() == expected.size() && _wcsnicmp(name.data(), expected.data(), expected.size()) == 0;
+    // Nearly all names are as expected to the letter, or differ in length.
+    return name.size() == expected.size() &&
+           (name == expected || _wcsnicmp(name.data(), expected.data(), expected.size()) == 0);
 }
 
 bool HasLocalName(IXmlReader* reader, std::wstring_view expected)

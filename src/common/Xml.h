@@ -23,9 +23,23 @@ constexpr HRESULT kInputEnds = static_cast<HRESULT>(0xC00CEE01);
 [[nodiscard]] HRESULT OpenFile(IXmlReader* reader, const wchar_t* path);
 [[nodiscard]] HRESULT OpenReader(const wchar_t* path, Microsoft::WRL::ComPtr<IXmlReader>& reader);
 
-// Moves to the next node. S_OK; S_FALSE at the end of the document; a failure of the reader; or kInputEnds
-// when the reader reports success without having moved, as some readers do for ever at the end of a truncated
-// document.
+// Where a reader stands. Two nodes of one document may share a line and position (a declaration and the
+// blanks behind it do with some readers), but then they are of different types.
+struct NodePlace
+{
+    UINT line = 0;
+    UINT position = 0;
+    XmlNodeType type = XmlNodeType_None;
+
+    friend bool operator==(const NodePlace&, const NodePlace&) = default;
+};
+[[nodiscard]] NodePlace PlaceOf(IXmlReader* reader);
+
+// Moves from the node at hand, whose place the caller knows, to the next one, and gives its place back. S_OK;
+// S_FALSE at the end of the document; a failure of the reader; or kInputEnds when the reader reports success
+// without having moved, as some readers do for ever at the end of a truncated document.
+[[nodiscard]] HRESULT ReadNode(IXmlReader* reader, NodePlace& place);
+// The same for a caller that does not know the place.
 [[nodiscard]] HRESULT ReadNode(IXmlReader* reader);
 
 // True when the node at hand is an element (S_OK from the reader and the type "element").
@@ -70,7 +84,8 @@ template <typename Visit>
     if (FAILED(hr)) {
         return hr;
     }
-    while ((hr = ReadNode(reader)) == S_OK) {
+    NodePlace place = PlaceOf(reader);
+    while ((hr = ReadNode(reader, place)) == S_OK) {
         XmlNodeType type = XmlNodeType_None;
         UINT depth = 0;
         if (reader->GetNodeType(&type) != S_OK || FAILED(reader->GetDepth(&depth))) {

@@ -171,10 +171,11 @@ HRESULT CQanhManifestReader::MoveToElementByName(IXmlReader* pReader, const wcha
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }
-    HRESULT hr = Xml::ReadNode(pReader);
-    while (hr == S_OK && !(Xml::IsElement(pReader) && Xml::HasLocalName(pReader, name))) {
-        hr = Xml::ReadNode(pReader);
-    }
+    Xml::NodePlace place = Xml::PlaceOf(pReader);
+    HRESULT hr = S_OK;
+    do {
+        hr = Xml::ReadNode(pReader, place);
+    } while (hr == S_OK && !(Xml::IsElement(pReader) && Xml::HasLocalName(pReader, name)));
     return LogOut(kName, hr);
 }
 

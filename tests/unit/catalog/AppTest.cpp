@@ -238,49 +238,4 @@ TEST(CheckExcludeArguments, LooksForNullFirstThenForAnEmptyName)
     EXPECT_EQ(CheckExcludeArguments(L"m", &list, &found), S_OK);
 }
 
-TEST(LowerWantedName, FoldsAsciiCapitalsOfACopy)
-{
-    const wchar_t name[] = L"Word 2013 ÄÖ ＡＢ メール";
-    CrtText lower;
-    ASSERT_EQ(LowerWantedName(name, lower), S_OK);
-    EXPECT_STREQ(lower.get(), L"word 2013 ÄÖ ＡＢ メール");
-    EXPECT_NE(lower.get(), name);
-    EXPECT_STREQ(name, L"Word 2013 ÄÖ ＡＢ メール");
-}
-
-TEST(LowerWantedName, ReportsThatTheCopyCannotBeMade)
-{
-    const test::NoCopies noCopies;
-    CrtText lower;
-    EXPECT_EQ(LowerWantedName(L"mail", lower), E_OUTOFMEMORY);
-}
-
-TEST(LowerWantedName, ReportsThatTheCopyCannotBeLowered)
-{
-    const test::NoLowering noLowering;
-    CrtText lower;
-    EXPECT_EQ(LowerWantedName(L"mail", lower), E_FAIL);
-}
-
-TEST(LowerWantedName, FreesItsCopy)
-{
-    static int s_freed = 0;
-    static void* s_copy = nullptr;
-    static void (*s_free)(void*) = nullptr;
-    s_freed = 0;
-    CrtText lower;
-    ASSERT_EQ(LowerWantedName(L"mail", lower), S_OK);
-    s_copy = lower.get();
-    s_free = reinterpret_cast<void (*)(void*)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
-    {
-        const test::ImportPatch<void (*)(void*)> patch("free", [](void* block) {
-            s_freed += block == s_copy;
-            s_free(block);
-        });
-        lower.reset();
-    }
-    EXPECT_EQ(s_freed, 1);
-}
-
 } // namespace

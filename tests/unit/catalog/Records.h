@@ -80,8 +80,9 @@ inline Answer AskWithFailingAdding(const CQanhApp& app, const wchar_t* wantedNam
 {
     ExcludeList list;
     Answer answer;
+    const WantedName wanted(wantedName);
     const Attempt attempt = TryWithFailingAllocation(
-        0, [&] { return app.AddToExcludeAppNameList(wantedName, &list, &answer.found); });
+        0, [&] { return app.AddToExcludeAppNameList(wanted, &list, &answer.found); });
     EXPECT_TRUE(attempt.failed);
     answer.result = attempt.result;
     answer.excluded = Names(list);
@@ -109,13 +110,13 @@ public:
     RecordProbe(const wchar_t* name, Events* pEvents) : CQanhApp(name, nullptr), m_pEvents(pEvents) {}
     ~RecordProbe() override { Note(L"deleted "); }
 
-    HRESULT AddToExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
+    HRESULT AddToExcludeAppNameList(const WantedName& wantedName, ExcludeList* pExcludeList,
                                     BOOL* pFound) const override
     {
         Note(L"asked ");
         onAsked();
         foundBefore = *pFound;
-        wanted = wantedName;
+        wanted = wantedName.Text();
         *pFound = answersFound;
         if (addsItsName) {
             EXPECT_EQ(pExcludeList->AddUnique(DisplayName.c_str()), S_OK);

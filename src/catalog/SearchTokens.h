@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+// What the Start screen's search looks up of a text: its tokens, each for itself and in any order. A run of
+// ASCII letters, digits, "_" and "/" is one token; a kana, an ideograph, a full-width digit or letter and a
+// backslash are a token each; everything else is passed over.
+namespace SearchTokens {
+
+// The length of the token that the text begins with; 0 when it begins with something else.
+[[nodiscard]] std::size_t LengthOfFirst(std::wstring_view text) noexcept;
+
+// Calls visit(token) for one token after the other until it returns false. Returns false then, otherwise
+// true.
+template <typename Visit> bool ForEach(std::wstring_view text, Visit visit)
+{
+    while (!text.empty()) {
+        const std::size_t length = LengthOfFirst(text);
+        if (length != 0 && !visit(text.substr(0, length))) {
+            return false;
+        }
+        text.remove_prefix(length != 0 ? length : 1);
+    }
+    return true;
+}
+
+// True when the token occurs in the text, in exactly these letters.
+[[nodiscard]] bool IsIn(std::wstring_view token, std::wstring_view text) noexcept;
+
+} // namespace SearchTokens

@@ -1,0 +1,67 @@
+#include "common/CaseInsensitiveSet.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <functional>
+#include <string_view>
+
+namespace {
+
+constexpr wchar_t kFirstNonAscii = 0x80;
+constexpr wchar_t kFirstOfTwoBytes = 0x100;
+
+[[nodiscard]] constexpr wchar_t LowerAscii(wchar_t character) noexcept
+{
+    return L'A' <= character && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A'))
+                                                  : character;
+}
+
+// Locales differ in which letters outside of ASCII they lower. Those of a wide range they lower as the system
+// does or not at all, those below it by the locale's code page, in which any can be the other case of any.
+void FoldNonAscii(wchar_t* text, std::size_t length) noexcept
+{
+    CharLowerBuffW(text, static_cast<DWORD>(length));
+    std::transform(text, text + length, text, [](wchar_t character) {
+        return kFirstNonAscii <= character && character < kFirstOfTwoBytes ? kFirstNonAscii
+                                                                           : LowerAscii(character);
+    });
+}
+
+// Lowers a part of a text in the same way for all texts that _wcsicmp calls equal, in whatever locale.
+void Fold(wchar_t* text, std::size_t length) noexcept
+{
+    if (std::all_of(text, text + length, [](wchar_t character) { return character < kFirstNonAscii; })) {
+        std::transform(text, text + length, text, LowerAscii);
+    } else {
+        FoldNonAscii(text, length);
+    }
+}
+
+[[nodiscard]] std::size_t HashIgnoringCase(const wchar_t* text) noexcept
+{
+    std::size_t hash = 0;
+    std::wstring_view rest(text);
+    do {
+        wchar_t part[MAX_PATH];
+        const std::size_t length = rest.copy(part, MAX_PATH);
+        rest.remove_prefix(length);
+        Fold(part, length);
+        hash = hash * 31 + std::hash<std::wstring_view>()(std::wstring_view(part, length));
+    } while (!rest.empty());
+    return hash;
+}
+
+} // namespace
+
+void CaseInsensitiveSet::Add(const wchar_t* text)
+{
+    m_texts.emplace(HashIgnoringCase(text), text);
+}
+
+bool CaseInsensitiveSet::Contains(const wchar_t* text) const noexcept
+{
+    const auto [first, last] = m_texts.equal_range(HashIgnoringCase(text));
+    return std::any_of(first, last, [text](const auto& entry) { return _wcsicmp(entry.second, text) == 0; });
+}

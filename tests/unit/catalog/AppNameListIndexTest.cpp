@@ -1,0 +1,197 @@
+// The catalogue answers by an index while nothing is logged, and record by record while it is: both must give
+// the same answers after anything that changes the records.
+
+#include "catalog/AppNameList.h"
+#include "catalog/ExcludeList.h"
+#include "common/DiagnosticLog.h"
+#include "support/Allocations.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
+#include "support/Text.h"
+#include "unit/catalog/CatalogFile.h"
+#include "unit/catalog/Records.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::unique_ptr<CQanhPackage> Package(const std::wstring& familyName)
+{
+    return std::make_unique<CQanhPackage>(familyName.c_str(), RecordVersion{}, FALSE, TRUE);
+}
+
+class AppNameListIndex : public testing::Test
+{
+protected:
+    std::wstring AnyShortcut()
+    {
+        return Any({L"C:\\a.lnk", L"c:\\A.LNK", L"C:\\B.url", L"C:\\メ.lnk", L"é", L"É"});
+    }
+    std::wstring AnyFamily() { return Any({L"a_1", L"A_1", L"b_1", L"", L"c_1"}); }
+    std::size_t Below(std::size_t end) { return m_random() % end; }
+
+    // A catalogue file with records of both kinds, some of them twice.
+    std::wstring AnyFile()
+    {
+        CQanhAppNameList list;
+        for (std::size_t count = Below(4); count > 0; --count) {
+            (void)list.AddMetroPackage(Package(AnyFamily()));
+            (void)list.AddDesktopApp(L"name", AnyShortcut().c_str());
+        }
+        std::wstring file = m_folder / L"list.xml";
+        EXPECT_EQ(list.Save(file.c_str()), S_OK);
+        return file;
+    }
+
+    void ChangeSomething(CQanhAppNameList& list)
+    {
+        switch (Below(6)) {
+        case 0:
+            (void)list.AddMetroPackage(Package(AnyFamily()));
+            break;
+        case 1:
+            (void)list.Load(AnyFile().c_str());
+            break;
+        case 2:
+            (void)list.Reload(AnyFile().c_str());
+            break;
+        case 3:
+            if (Below(4) == 0) {
+                list.Clear();
+            }
+            break;
+        default:
+            (void)list.AddDesktopApp(L"name", AnyShortcut().c_str());
+            break;
+        }
+    }
+
+    // How the list answers all questions, by the index or by the records.
+    struct Answers
+    {
+        std::vector<BOOL> hasShortcut;
+        std::vector<const CQanhPackage*> packages;
+        friend bool operator==(const Answers&, const Answers&) = default;
+    };
+    Answers Ask(const CQanhAppNameList& list, bool logs)
+    {
+        DiagnosticLog::SetEnabled(logs);
+        Answers answers;
+        for (const wchar_t* path :
+             {L"C:\\a.lnk", L"C:\\A.lnk", L"c:\\b.URL", L"C:\\メ.LNK", L"é", L"É", L"C:\\", L""}) {
+            answers.hasShortcut.push_back(list.IsInDesktopAppList(path));
+        }
+        for (const wchar_t* name : {L"a_1", L"A_1", L"b_1", L"B_1", L"", L"c_1"}) {
+            answers.packages.push_back(list.GetPackage(name));
+        }
+        DiagnosticLog::SetEnabled(false);
+        return answers;
+    }
+
+private:
+    std::wstring Any(std::vector<std::wstring> texts) { return texts[Below(texts.size())]; }
+
+    test::TemporaryFolder m_folder;
+    test::LogCapture m_log; // where the lines go
+    std::mt19937 m_random{1};
+};
+
+TEST_F(AppNameListIndex, AnswersAsTheRecordsDoAfterAnyChange)
+{
+    std::size_t known = 0;
+    for (int round = 0; round < 20; ++round) {
+        CQanhAppNameList list;
+        for (int change = 0; change < 15; ++change) {
+            DiagnosticLog::SetEnabled(Below(2) != 0);
+            ChangeSomething(list);
+            const Answers answers = Ask(list, false);
+            ASSERT_EQ(answers, Ask(list, true)) << "round " << round << ", change " << change;
+            known += static_cast<std::size_t>(
+                std::count(answers.hasShortcut.begin(), answers.hasShortcut.end(), TRUE));
+        }
+    }
+    EXPECT_GT(known, 100u);
+}
+
+TEST_F(AppNameListIndex, KnowsTheFirstOfSeveralPackagesOfOneName)
+{
+    CQanhAppNameList list;
+    auto package = Package(L"a_1");
+    const CQanhPackage* first = package.get();
+    ASSERT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
+    ASSERT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    DiagnosticLog::SetEnabled(false);
+    EXPECT_EQ(list.GetPackage(L"a_1"), first);
+}
+
+TEST_F(AppNameListIndex, KnowsNothingOfARecordThatFoundNoMemory)
+{
+    DiagnosticLog::SetEnabled(false);
+    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+        CQanhAppNameList list;
+        EXPECT_EQ(list.AddDesktopApp(L"name", L"C:\\b.url"), S_OK);
+        const test::Attempt attempt =
+            test::TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"name", L"C:\\a.lnk"); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(list.IsInDesktopAppList(L"C:\\a.lnk"), attempt.failed ? FALSE : TRUE);
+        EXPECT_EQ(list.IsInDesktopAppList(L"C:\\b.url"), TRUE);
+        EXPECT_EQ(list.DesktopShortcuts().size(), attempt.failed ? 1u : 2u);
+        if (attempt.failed) {
+            EXPECT_EQ(attempt.left, 0u);
+            EXPECT_EQ(list.AddDesktopApp(L"name", L"C:\\a.lnk"), S_OK);
+        }
+        return attempt.failed;
+    });
+    // The record, its texts, its place in the list and in the index.
+    EXPECT_GE(failures, 5u);
+}
+
+TEST_F(AppNameListIndex, KnowsNothingOfAPackageThatFoundNoMemory)
+{
+    DiagnosticLog::SetEnabled(false);
+    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+        CQanhAppNameList list;
+        auto package = Package(L"a_1");
+        const test::Attempt attempt =
+            test::TryWithFailingAllocation(index, [&] { return list.AddMetroPackage(std::move(package)); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(list.GetPackage(L"a_1") == nullptr, attempt.failed);
+        EXPECT_EQ(list.PackageFamilyNames().size(), attempt.failed ? 0u : 1u);
+        return attempt.failed;
+    });
+    EXPECT_GE(failures, 2u);
+}
+
+TEST(ExcludeListSet, ListsTheNamesThatAWalkThroughThemDoesNotFind)
+{
+    std::mt19937 random(1);
+    const std::wstring letters = L"aAbBéÉメ";
+    ExcludeList list;
+    std::vector<std::wstring> expected;
+    for (int i = 0; i < 2000; ++i) {
+        std::wstring name(1 + random() % 3, L' ');
+        for (wchar_t& letter : name) {
+            letter = letters[random() % letters.size()];
+        }
+        const bool isListed = std::any_of(expected.begin(), expected.end(), [&](const std::wstring& entry) {
+            return _wcsicmp(entry.c_str(), name.c_str()) == 0;
+        });
+        ASSERT_EQ(list.AddUnique(name.c_str()), isListed ? S_FALSE : S_OK) << test::ToUtf8(name);
+        if (!isListed) {
+            expected.push_back(name);
+        }
+    }
+    EXPECT_EQ(test::Names(list), expected);
+}
+
+} // namespace

@@ -1,0 +1,113 @@
+#include "catalog/WantedName.h"
+
+#include "catalog/DesktopApp.h"
+#include "support/Allocations.h"
+#include "support/ImportPatch.h"
+#include "support/Text.h"
+#include "unit/catalog/Records.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <random>
+#include <string>
+
+namespace {
+
+TEST(WantedName, IsALowerCaseCopyOfItsText)
+{
+    const wchar_t text[] = L"Word 2013 ÄÖ ＡＢ メール";
+    const WantedName name(text);
+    EXPECT_EQ(name.Result(), S_OK);
+    EXPECT_EQ(name.Text(), text);
+    EXPECT_STREQ(name.Lower().data(), L"word 2013 ÄÖ ＡＢ メール");
+    EXPECT_STREQ(text, L"Word 2013 ÄÖ ＡＢ メール");
+}
+
+TEST(WantedName, TakesNullAndAnEmptyText)
+{
+    EXPECT_EQ(WantedName(nullptr).Text(), nullptr);
+    EXPECT_STREQ(WantedName(L"").Text(), L"");
+}
+
+TEST(WantedName, ReportsThatItCannotBeMadeReady)
+{
+    {
+        const test::NoCopies noCopies;
+        EXPECT_EQ(WantedName(L"mail").Result(), E_OUTOFMEMORY);
+    }
+    {
+        const test::NoLowering noLowering;
+        EXPECT_EQ(WantedName(L"mail").Result(), E_FAIL);
+    }
+    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+        const test::Attempt attempt =
+            test::TryWithFailingAllocation(index, [] { return WantedName(L"a b c d e").Result(); });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(attempt.left, 0u);
+        return attempt.failed;
+    });
+    EXPECT_GE(failures, 1u);
+}
+
+TEST(WantedName, FreesItsCopy)
+{
+    static int s_freed = 0;
+    static const void* s_copy = nullptr;
+    static void (*s_free)(void*) = nullptr;
+    s_freed = 0;
+    std::optional<WantedName> name(std::in_place, L"mail");
+    s_copy = name->Lower().data();
+    s_free = reinterpret_cast<void (*)(void*)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
+    {
+        const test::ImportPatch<void (*)(void*)> patch("free", [](void* block) {
+            s_freed += block == s_copy;
+            s_free(block);
+        });
+        name.reset();
+    }
+    EXPECT_EQ(s_freed, 1);
+}
+
+TEST(WantedName, EqualsANameIgnoringCase)
+{
+    const WantedName name(L"Mail");
+    EXPECT_TRUE(name.Equals(L"MAIL"));
+    EXPECT_TRUE(name.Equals(L"mail"));
+    EXPECT_FALSE(name.Equals(L"Mai"));
+    EXPECT_FALSE(name.Equals(L"Mails"));
+    EXPECT_FALSE(name.Equals(L"Maps"));
+    EXPECT_FALSE(name.Equals(L""));
+}
+
+// Two ways to one answer: the name's tokens are taken apart once, those of IsSubStrNoOrder() each time.
+TEST(WantedName, IsInWhatIsSubStrNoOrderFindsItIn)
+{
+    const CQanhDesktopApp app;
+    const std::wstring characters = L"aAbB1_/.- \\\u3041\u30FF\u4E00\uFF21\u3040é\xD801\xDC00";
+    std::mt19937 random(1);
+    const auto text = [&](std::size_t longest) {
+        std::wstring made(1 + random() % longest, L' ');
+        for (wchar_t& character : made) {
+            character = characters[random() % characters.size()];
+        }
+        return made;
+    };
+    int found = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const std::wstring part = text(4);
+        const std::wstring whole = text(12);
+        const WantedName name(part.c_str());
+        const bool isIn = name.IsIn(whole);
+        ASSERT_EQ(isIn, app.IsSubStrNoOrder(name.Lower().data(), whole.c_str()) == 1)
+            << test::ToUtf8(part) << " in " << test::ToUtf8(whole);
+        found += isIn;
+    }
+    EXPECT_GT(found, 1000);
+    EXPECT_LT(found, 19000);
+}
+
+} // namespace
