@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace bench {
@@ -45,8 +46,9 @@ public:
     bool Compare(const std::string& measure, std::size_t size, const std::vector<Contender>& contenders,
                  std::size_t operations = 1);
 
-    // Tells a figure of the library that is no time of a comparison.
-    void Tell(const std::string& measure, std::size_t size, double value);
+    // Tells what a measure has taken in its own way: seconds, or figures that are no times.
+    void Tell(const std::string& measure, std::size_t size,
+              const std::vector<std::pair<std::string, std::vector<double>>>& contenders);
 
     const bool isShort;
 
@@ -59,12 +61,14 @@ private:
         double processorTime = 0; // of all samples
     };
 
-    void Take(std::vector<Series>& series) const;
+    [[nodiscard]] bool Take(std::vector<Series>& series) const;
     static void TakeSample(Series& series);
 };
 
 // Seconds since some moment.
 [[nodiscard]] double Now();
+// Seconds of all threads of this process, in steps of 10 ms or so.
+[[nodiscard]] double ProcessorTime();
 
 // Keeps the compiler from leaving work out whose result nobody looks at.
 extern volatile std::size_t g_sink;

@@ -12,21 +12,29 @@ PANEL = (300, 250)  # with its margins
 PLOT = (54, 44, 226, 160)  # left, top, width, height within the panel
 HEAD = 44
 
+# Not every program that shows SVG knows variables in styles.
 STYLE = """
-svg { --ink: #1f2328; --soft: #59636e; --grid: #d8dee4; --ours: #0969da; --bare: #bc4c00; --paper: #ffffff; }
-@media (prefers-color-scheme: dark) {
-  svg { --ink: #e6edf3; --soft: #9198a1; --grid: #30363d; --ours: #58a6ff; --bare: #f0883e; --paper: #0d1117; }
-}
-.paper { fill: var(--paper); }
-text { font: 11px system-ui, "DejaVu Sans", sans-serif; fill: var(--soft); }
-.title { font-size: 13px; font-weight: 600; fill: var(--ink); }
-.grid { stroke: var(--grid); stroke-width: 1; }
-.linear { stroke: var(--soft); stroke-width: 1; stroke-dasharray: 1 4; }
+text { font: 11px system-ui, "DejaVu Sans", sans-serif; fill: #59636e; }
+.paper { fill: #ffffff; }
+.title { font-size: 13px; font-weight: 600; fill: #1f2328; }
+.grid { stroke: #d8dee4; stroke-width: 1; }
+.linear { stroke: #59636e; stroke-width: 1.5; stroke-dasharray: 1.5 4; }
 .curve { fill: none; stroke-width: 2; }
-.ours { stroke: var(--ours); }
-.bare { stroke: var(--bare); stroke-dasharray: 6 3; }
-.dot { fill: var(--ours); }
-.bare-dot { fill: var(--bare); }
+.ours { stroke: #0969da; }
+.bare { stroke: #bc4c00; stroke-dasharray: 6 3; }
+.dot { fill: #0969da; }
+.bare-dot { fill: #bc4c00; }
+@media (prefers-color-scheme: dark) {
+  text { fill: #9198a1; }
+  .paper { fill: #0d1117; }
+  .title { fill: #e6edf3; }
+  .grid { stroke: #30363d; }
+  .linear { stroke: #9198a1; }
+  .ours { stroke: #58a6ff; }
+  .bare { stroke: #f0883e; }
+  .dot { fill: #58a6ff; }
+  .bare-dot { fill: #f0883e; }
+}
 """
 
 
