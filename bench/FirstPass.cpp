@@ -2,15 +2,14 @@
 // packages are objects of the tests, which answer at once.
 
 #include "BareXml.h"
-#include "Catalogs.h"
-#include "Library.h"
+#include "Machine.h"
 #include "Measures.h"
 #include "discovery/PackageManager.h"
 #include "support/FakePackages.h"
 #include "support/ImportPatch.h"
-#include "support/TemporaryFolder.h"
 #include "support/Text.h"
 
+#include <cstdio>
 #include <memory>
 #include <stdexcept>
 
@@ -18,135 +17,8 @@ namespace bench {
 
 namespace {
 
-constexpr wchar_t kProgramsFolder[] = L"\\Microsoft\\Windows\\Start Menu\\Programs";
 constexpr DWORD kFirstWait = 1000; // milliseconds, of the thread before its first pass
 constexpr DWORD kLongWait = 60000; // the shortest pause between two passes
-
-// As the tools of the Store make them.
-std::string Manifest(const std::wstring& name, const StoreApp& app)
-{
-    const std::string package = test::ToUtf8(name);
-    const std::string displayName = test::ToUtf8(app.displayName);
-    std::string resources;
-    for (const char* language : {"en-US", "de-DE", "fr-FR", "es-ES", "it-IT", "ja-JP", "ko-KR", "pt-BR",
-                                 "ru-RU", "zh-CN", "zh-TW", "nl-NL"}) {
-        resources += "    <Resource Language=\"" + std::string(language) + "\" />\r\n";
-    }
-    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
-           "<Package xmlns=\"http://schemas.microsoft.com/appx/2010/manifest\" "
-           "xmlns:build=\"http://schemas.microsoft.com/developer/appx/2012/build\" IgnorableNamespaces=\"build\">\r\n"
-           "  <Identity Name=\"" +
-           package +
-           "\" Publisher=\"CN=Contoso Corporation, O=Contoso Corporation, L=Redmond, S=Washington, C=US\" "
-           "Version=\"1.2.0.0\" ProcessorArchitecture=\"x64\" />\r\n"
-           "  <Properties>\r\n    <DisplayName>" +
-           displayName +
-           "</DisplayName>\r\n"
-           "    <PublisherDisplayName>Contoso Corporation</PublisherDisplayName>\r\n"
-           "    <Logo>Assets\\StoreLogo.png</Logo>\r\n"
-           "    <Description>Does what it says, and shows it on a tile.</Description>\r\n"
-           "  </Properties>\r\n"
-           "  <Prerequisites>\r\n    <OSMinVersion>6.2.1</OSMinVersion>\r\n"
-           "    <OSMaxVersionTested>6.2.1</OSMaxVersionTested>\r\n  </Prerequisites>\r\n"
-           "  <Resources>\r\n" +
-           resources +
-           "  </Resources>\r\n"
-           "  <Dependencies>\r\n    <PackageDependency Name=\"Microsoft.VCLibs.110.00\" "
-           "Publisher=\"CN=Microsoft Corporation\" MinVersion=\"11.0.50727.1\" />\r\n"
-           "    <PackageDependency Name=\"Microsoft.WinJS.1.0\" Publisher=\"CN=Microsoft Corporation\" "
-           "MinVersion=\"1.0.9200.20512\" />\r\n  </Dependencies>\r\n"
-           "  <Applications>\r\n    <Application Id=\"App\" Executable=\"App.exe\" EntryPoint=\"App.Main\">\r\n"
-           "      <VisualElements DisplayName=\"" +
-           displayName + "\" Logo=\"Assets\\Logo.png\" SmallLogo=\"Assets\\SmallLogo.png\" Description=\"" +
-           displayName +
-           "\" ForegroundText=\"light\" BackgroundColor=\"#464646\">\r\n"
-           "        <DefaultTile ShowName=\"allLogos\" ShortName=\"" +
-           test::ToUtf8(app.shortName) +
-           "\" WideLogo=\"Assets\\WideLogo.png\" />\r\n"
-           "        <SplashScreen Image=\"Assets\\SplashScreen.png\" />\r\n"
-           "        <InitialRotationPreference>\r\n          <Rotation Preference=\"portrait\" />\r\n"
-           "          <Rotation Preference=\"landscape\" />\r\n        </InitialRotationPreference>\r\n"
-           "      </VisualElements>\r\n      <Extensions>\r\n"
-           "        <Extension Category=\"windows.search\" />\r\n"
-           "        <Extension Category=\"windows.protocol\">\r\n          <Protocol Name=\"contoso\" />\r\n"
-           "        </Extension>\r\n"
-           "        <Extension Category=\"windows.backgroundTasks\" EntryPoint=\"Tasks.Update\">\r\n"
-           "          <BackgroundTasks>\r\n            <Task Type=\"timer\" />\r\n          </BackgroundTasks>\r\n"
-           "        </Extension>\r\n      </Extensions>\r\n    </Application>\r\n  </Applications>\r\n"
-           "  <Capabilities>\r\n    <Capability Name=\"internetClient\" />\r\n"
-           "    <Capability Name=\"picturesLibrary\" />\r\n    <DeviceCapability Name=\"webcam\" />\r\n"
-           "  </Capabilities>\r\n</Package>\r\n";
-}
-
-// Folders of a Start menu, seven tenths of it all users', manifests of packages, and a place for the
-// catalogue.
-class Machine
-{
-public:
-    Machine(std::size_t shortcuts, std::size_t packages)
-        : m_local(L"LOCALAPPDATA", (m_folder / L"local").c_str()),
-          m_roaming(L"APPDATA", (m_folder / L"roaming").c_str()),
-          m_common(L"ALLUSERSPROFILE", (m_folder / L"common").c_str())
-    {
-        programs = {(m_folder / L"common") + kProgramsFolder, (m_folder / L"roaming") + kProgramsFolder};
-        for (const std::wstring& folder : programs) {
-            test::MakeFolder(folder);
-            // Not all files there are shortcuts.
-            test::MakeFile(folder + L"\\desktop.ini");
-        }
-        for (std::size_t number = 0; number < shortcuts; ++number) {
-            AddShortcut(number);
-        }
-        for (std::size_t number = 0; number < packages; ++number) {
-            AddPackage(number);
-        }
-    }
-
-    // Where the library saves.
-    [[nodiscard]] std::wstring CatalogFile() const
-    {
-        return m_folder / (L"local\\Vel\\QanHelper\\" + HostName() + L"\\AppNameList.xml");
-    }
-    [[nodiscard]] std::wstring OtherFile() const { return m_folder / L"bare.xml"; }
-
-    std::vector<std::wstring> programs;
-    std::vector<test::PackageFacts> packages;
-    Catalog catalog; // what there is to be found
-
-private:
-    void AddShortcut(std::size_t number)
-    {
-        const std::wstring folder = MenuFolder(number);
-        const std::wstring name = AppName(number);
-        std::wstring path = programs[number / 6 % 10 < 7 ? 0 : 1];
-        path +=
-            (folder.empty() ? L"\\" : L"\\" + folder + L"\\") + name + (number % 10 == 9 ? L".url" : L".lnk");
-        test::MakeFile(path);
-        catalog.desktopApps.push_back({name, path, L""});
-    }
-
-    void AddPackage(std::size_t number)
-    {
-        StorePackage package = MakePackage(number, number);
-        package.version = L"1.2.0.0";
-        package.apps.front().reading.clear();
-        test::PackageFacts facts;
-        facts.familyName = package.familyName;
-        facts.name = package.familyName.substr(0, package.familyName.find(L'_'));
-        facts.fullName = facts.name + L"_1.2.0.0_x64__8wekyb3d8bbwe";
-        facts.version = {1, 2, 0, 0};
-        facts.path = m_folder / (L"WindowsApps\\" + facts.fullName);
-        test::MakeFolder(facts.path);
-        test::WriteFileBytes(facts.path + L"\\AppxManifest.xml", Manifest(facts.name, package.apps.front()));
-        packages.push_back(std::move(facts));
-        catalog.packages.push_back(std::move(package));
-    }
-
-    test::TemporaryFolder m_folder;
-    test::ScopedEnvironment m_local;
-    test::ScopedEnvironment m_roaming;
-    test::ScopedEnvironment m_common;
-};
 
 // The thread's pauses take no time: it begins its pass at once, and behind the pass it is told to stop.
 class NoPauses

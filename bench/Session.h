@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <cstdio>
 #include <functional>
 #include <string>
 #include <utility>
@@ -39,7 +38,7 @@ inline constexpr char kOurs[] = "ours";
 class Session
 {
 public:
-    explicit Session(bool isShort) : isShort(isShort) {}
+    explicit Session(bool takesFewSamples) : isShort(takesFewSamples) {}
 
     // Takes times of the contenders, in seconds for each of `operations`, of which one run() does so many.
     // False when it took so long that a larger size would take too long.
