@@ -10,35 +10,67 @@
 
 namespace bench {
 
-void MeasureFindPackages(Session& session)
+namespace {
+
+// The packages of one catalogue, as the library holds them and in a hash map.
+struct Packages
 {
-    for (const std::size_t size :
-         session.isShort ? Sizes{100, 300, 1000, 3000} : Sizes{300, 1000, 3000, 10000}) {
-        CQanhAppNameList list;
-        std::vector<std::wstring> names;
-        std::unordered_map<std::wstring, std::size_t> map;
-        for (std::size_t number = 0; number < size; ++number) {
+    std::vector<std::wstring> names;
+    std::unique_ptr<CQanhAppNameList> list = std::make_unique<CQanhAppNameList>();
+    std::unordered_map<std::wstring, std::size_t> map;
+
+    Packages(std::size_t first, std::size_t count)
+    {
+        for (std::size_t number = first; number < first + count; ++number) {
             names.push_back(MakePackage(number, number).familyName);
             map.emplace(names.back(), number);
-            (void)list.AddMetroPackage(
+            (void)list->AddMetroPackage(
                 std::make_unique<CQanhPackage>(names.back().c_str(), RecordVersion(), FALSE, TRUE));
+        }
+    }
+
+    void FindInList() const
+    {
+        for (const std::wstring& name : names) {
+            if (!list->GetPackage(name.c_str())) {
+                throw std::runtime_error("a package is lost");
+            }
+        }
+    }
+    void FindInMap() const
+    {
+        for (const std::wstring& name : names) {
+            if (map.find(name) == map.end()) {
+                throw std::runtime_error("a name is lost");
+            }
+        }
+    }
+};
+
+} // namespace
+
+void MeasureFindPackages(Session& session)
+{
+    const Sizes sizes = session.isShort ? Sizes{100, 300, 1000, 3000} : Sizes{300, 1000, 3000, 10000};
+    for (const std::size_t size : sizes) {
+        std::vector<Packages> catalogs;
+        while (catalogs.size() * size + size <= sizes.back()) {
+            catalogs.emplace_back(catalogs.size() * size, size);
         }
         const bool isQuick = session.Compare("find-packages", size,
                                              {{kOurs,
                                                [&] {
-                                                   for (const std::wstring& name : names) {
-                                                       if (!list.GetPackage(name.c_str())) {
-                                                           throw std::runtime_error("a package is lost");
-                                                       }
+                                                   for (const Packages& catalog : catalogs) {
+                                                       catalog.FindInList();
                                                    }
                                                }},
-                                              {"hash map", [&] {
-                                                   for (const std::wstring& name : names) {
-                                                       if (map.find(name) == map.end()) {
-                                                           throw std::runtime_error("a name is lost");
-                                                       }
+                                              {"hash map",
+                                               [&] {
+                                                   for (const Packages& catalog : catalogs) {
+                                                       catalog.FindInMap();
                                                    }
-                                               }}});
+                                               }}},
+                                             catalogs.size());
         if (!isQuick) {
             break;
         }
@@ -97,13 +129,10 @@ struct Marked
 
 void MeasureMarkRecords(Session& session)
 {
-    // So many records at every size, in one catalogue or in several: this takes so little that the
-    // processor's caches, which hold a small catalogue and not a large one, would make it look steeper than
-    // it is.
-    constexpr std::size_t kRecords = 30000;
-    for (const std::size_t size : Sizes{300, 1000, 3000, 10000}) {
+    const Sizes sizes = {300, 1000, 3000, 10000};
+    for (const std::size_t size : sizes) {
         std::vector<Marked> catalogs;
-        for (std::size_t count = kRecords / size; count > 0; --count) {
+        while (catalogs.size() * size + size <= sizes.back()) {
             catalogs.emplace_back(size);
         }
         session.Compare("mark", size,

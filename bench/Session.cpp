@@ -22,7 +22,7 @@ struct Effort
 };
 
 constexpr Effort kShort = {0.25, 3, 5, 25, 0.25};
-constexpr Effort kFull = {2, 30, 9, 100, 0.5};
+constexpr Effort kFull = {1.5, 15, 9, 100, 0.4};
 
 std::string Text(double value)
 {
@@ -149,7 +149,7 @@ bool Session::Take(std::vector<Series>& series) const
             TakeSample(series[(round + turn) % series.size()]);
         }
     }
-    return firstRound < effort.longest / 4;
+    return firstRound < effort.longest / 3;
 }
 
 void Session::Tell(const std::string& measure, std::size_t size,
