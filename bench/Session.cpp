@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace bench {
 
@@ -20,8 +21,8 @@ struct Effort
     double processorTime;
 };
 
-constexpr Effort kShort = {0.25, 4, 5, 25, 0.25};
-constexpr Effort kFull = {2, 30, 9, 100, 0.5};
+constexpr Effort kShort = {0.25, 3, 5, 25, 0.25};
+constexpr Effort kFull = {1.5, 15, 9, 100, 0.4};
 
 std::string Text(double value)
 {
@@ -58,20 +59,6 @@ double Run(const Contender& contender, std::size_t repetitions)
     return time / static_cast<double>(repetitions);
 }
 
-// In seconds, of all threads.
-double ProcessorTime()
-{
-    FILETIME created{};
-    FILETIME exited{};
-    FILETIME kernel{};
-    FILETIME user{};
-    GetProcessTimes(GetCurrentProcess(), &created, &exited, &kernel, &user);
-    const auto seconds = [](const FILETIME& time) {
-        return static_cast<double>((ULONGLONG{time.dwHighDateTime} << 32) + time.dwLowDateTime) * 1e-7;
-    };
-    return seconds(kernel) + seconds(user);
-}
-
 } // namespace
 
 volatile std::size_t g_sink;
@@ -85,16 +72,28 @@ double Now()
     return static_cast<double>(ticks.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
+double ProcessorTime()
+{
+    FILETIME created{};
+    FILETIME exited{};
+    FILETIME kernel{};
+    FILETIME user{};
+    GetProcessTimes(GetCurrentProcess(), &created, &exited, &kernel, &user);
+    const auto seconds = [](const FILETIME& time) {
+        return static_cast<double>((ULONGLONG{time.dwHighDateTime} << 32) + time.dwLowDateTime) * 1e-7;
+    };
+    return seconds(kernel) + seconds(user);
+}
+
 bool Session::Compare(const std::string& measure, std::size_t size, const std::vector<Contender>& contenders,
                       std::size_t operations)
 {
-    const double begin = Now();
     std::fprintf(stderr, "%s, %zu\n", measure.c_str(), size);
     std::vector<Series> series;
     for (const Contender& contender : contenders) {
         series.push_back({&contender});
     }
-    Take(series);
+    const bool isQuick = Take(series);
     std::string samples;
     std::string processorTimes;
     for (Series& one : series) {
@@ -109,7 +108,7 @@ bool Session::Compare(const std::string& measure, std::size_t size, const std::v
     std::printf("{\"measure\": \"%s\", \"n\": %zu, \"samples\": {%s}, \"processor\": {%s}}\n",
                 measure.c_str(), size, samples.c_str(), processorTimes.c_str());
     std::fflush(stdout);
-    return Now() - begin < (isShort ? kShort : kFull).longest;
+    return isQuick;
 }
 
 void Session::TakeSample(Series& series)
@@ -119,7 +118,7 @@ void Session::TakeSample(Series& series)
     series.processorTime += ProcessorTime() - before;
 }
 
-void Session::Take(std::vector<Series>& series) const
+bool Session::Take(std::vector<Series>& series) const
 {
     const Effort& effort = isShort ? kShort : kFull;
     const double begin = Now();
@@ -127,8 +126,9 @@ void Session::Take(std::vector<Series>& series) const
     for (Series& one : series) {
         TakeSample(one);
     }
-    if (Now() - begin > effort.longest) {
-        return;
+    const double firstRound = Now() - begin;
+    if (firstRound > effort.longest) {
+        return false;
     }
     for (Series& one : series) {
         one.repetitions = static_cast<std::size_t>(kShortestSample / std::max(one.samples.front(), 1e-7)) + 1;
@@ -149,13 +149,19 @@ void Session::Take(std::vector<Series>& series) const
             TakeSample(series[(round + turn) % series.size()]);
         }
     }
+    return firstRound < effort.longest / 3;
 }
 
-void Session::Tell(const std::string& measure, std::size_t size, double value)
+void Session::Tell(const std::string& measure, std::size_t size,
+                   const std::vector<std::pair<std::string, std::vector<double>>>& contenders)
 {
     std::fprintf(stderr, "%s, %zu\n", measure.c_str(), size);
-    std::printf("{\"measure\": \"%s\", \"n\": %zu, \"samples\": {\"%s\": [%s]}}\n", measure.c_str(), size,
-                kOurs, Text(value).c_str());
+    std::string samples;
+    for (const auto& [name, values] : contenders) {
+        samples += (samples.empty() ? "\"" : ", \"") + name + "\": " + Text(values);
+    }
+    std::printf("{\"measure\": \"%s\", \"n\": %zu, \"samples\": {%s}}\n", measure.c_str(), size,
+                samples.c_str());
     std::fflush(stdout);
 }
 

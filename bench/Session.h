@@ -3,9 +3,9 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <cstdio>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace bench {
@@ -19,7 +19,9 @@ struct Contender
     std::function<void()> prepare = nullptr;
 };
 
-// Of what is measured: records, shortcuts, hits.
+// Of what is measured: records, shortcuts, hits. Where the work takes so little that the processor's caches
+// matter, each size is measured with as many records in all as the largest, in one catalogue or in several:
+// caches hold a small catalogue and not a large one, and that would look like growth.
 using Sizes = std::vector<std::size_t>;
 
 // What the library does, in every measure; the other contenders are baselines.
@@ -38,15 +40,16 @@ inline constexpr char kOurs[] = "ours";
 class Session
 {
 public:
-    explicit Session(bool isShort) : isShort(isShort) {}
+    explicit Session(bool takesFewSamples) : isShort(takesFewSamples) {}
 
     // Takes times of the contenders, in seconds for each of `operations`, of which one run() does so many.
     // False when it took so long that a larger size would take too long.
     bool Compare(const std::string& measure, std::size_t size, const std::vector<Contender>& contenders,
                  std::size_t operations = 1);
 
-    // Tells a figure of the library that is no time of a comparison.
-    void Tell(const std::string& measure, std::size_t size, double value);
+    // Tells what a measure has taken in its own way: seconds, or figures that are no times.
+    void Tell(const std::string& measure, std::size_t size,
+              const std::vector<std::pair<std::string, std::vector<double>>>& contenders);
 
     const bool isShort;
 
@@ -59,12 +62,14 @@ private:
         double processorTime = 0; // of all samples
     };
 
-    void Take(std::vector<Series>& series) const;
+    [[nodiscard]] bool Take(std::vector<Series>& series) const;
     static void TakeSample(Series& series);
 };
 
 // Seconds since some moment.
 [[nodiscard]] double Now();
+// Seconds of all threads of this process, in steps of 10 ms or so.
+[[nodiscard]] double ProcessorTime();
 
 // Keeps the compiler from leaving work out whose result nobody looks at.
 extern volatile std::size_t g_sink;

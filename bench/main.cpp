@@ -22,6 +22,17 @@ constexpr struct
     {"exclude", bench::MeasureExcludeNames},
     {"exclude-hits", bench::MeasureExcludeManyNames},
     {"add-shortcuts", bench::MeasureAddShortcuts},
+    {"find-packages", bench::MeasureFindPackages},
+    {"mark", bench::MeasureMarkRecords},
+    {"first-pass", bench::MeasureFirstPass},
+    {"first-pass-packages", bench::MeasureFirstPassOfManyPackages},
+    {"log", bench::MeasureLog},
+    {"log-off", bench::MeasureSilentLog},
+    {"memory", bench::MeasureMemory},
+    {"file", bench::MeasureFile},
+    {"start and stop", bench::MeasureStartAndStop},
+    {"idle", bench::MeasureIdle},
+    {"launch", bench::MeasureLaunch},
 };
 
 } // namespace

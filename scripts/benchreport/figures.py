@@ -39,12 +39,14 @@ class Run:
     """Figures by measure, each list in the order of the sizes."""
 
     def __init__(self, lines):
-        self.lines = list(lines)
         self.figures = {}
-        for line in self.lines:
+        for line in lines:
             self.figures.setdefault(line["measure"], []).append(Figure(line))
         for figures in self.figures.values():
             figures.sort(key=lambda figure: figure.size)
+
+    def figure(self, name, size):
+        return next((figure for figure in self.figures.get(name, []) if figure.size == size), None)
 
 
 def read_run(path):

@@ -1,0 +1,160 @@
+// The first refresh pass of a machine: the real thread, over folders and manifests on the disk. The system's
+// packages are objects of the tests, which answer at once.
+
+#include "BareXml.h"
+#include "Machine.h"
+#include "Measures.h"
+#include "discovery/PackageManager.h"
+#include "support/FakePackages.h"
+#include "support/ImportPatch.h"
+#include "support/Text.h"
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace bench {
+
+namespace {
+
+constexpr DWORD kFirstWait = 1000; // milliseconds, of the thread before its first pass
+constexpr DWORD kLongWait = 60000; // the shortest pause between two passes
+
+// The thread's pauses take no time: it begins its pass at once, and behind the pass it is told to stop.
+class NoPauses
+{
+public:
+    NoPauses() : m_patch("WaitForSingleObject", Wait) { s_original = m_patch.Original(); }
+
+    static DWORD WaitFor(HANDLE handle) { return s_original(handle, INFINITE); }
+
+private:
+    static DWORD WINAPI Wait(HANDLE handle, DWORD milliseconds)
+    {
+        if (milliseconds == kFirstWait) {
+            return WAIT_TIMEOUT;
+        }
+        return milliseconds >= kLongWait ? WAIT_OBJECT_0 : s_original(handle, milliseconds);
+    }
+
+    static inline decltype(&WaitForSingleObject) s_original = &WaitForSingleObject;
+
+    test::ImportPatch<decltype(&WaitForSingleObject)> m_patch;
+};
+
+// One run of the library's thread over a machine.
+class Pass
+{
+public:
+    explicit Pass(const Machine& machine)
+    {
+        DeleteFileW(machine.CatalogFile().c_str());
+        m_store.objects.isQuiet = true;
+        for (const test::PackageFacts& facts : machine.packages) {
+            m_store.Add(facts);
+        }
+        m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    }
+    ~Pass() { CloseHandle(m_manager.m_hExitEvent); }
+    Pass(const Pass&) = delete;
+    Pass& operator=(const Pass&) = delete;
+
+    void Run()
+    {
+        // The thread gives this back.
+        HMODULE module = nullptr;
+        GetModuleHandleExW(0, nullptr, &module);
+        const HANDLE thread =
+            CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, &m_manager, 0, nullptr);
+        NoPauses::WaitFor(thread);
+        CloseHandle(thread);
+    }
+
+private:
+    const NoPauses m_noPauses;
+    test::FakeStore m_store;
+    CQanhPackageManager m_manager;
+};
+
+bool IsShortcut(std::wstring_view name)
+{
+    return name.ends_with(L".lnk") || name.ends_with(L".url");
+}
+
+void WalkFolder(const std::wstring& folder, std::vector<std::wstring>& shortcuts)
+{
+    WIN32_FIND_DATAW entry;
+    const HANDLE find = FindFirstFileExW((folder + L"\\*").c_str(), FindExInfoBasic, &entry,
+                                         FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+    if (find == INVALID_HANDLE_VALUE) {
+        throw std::runtime_error("a folder cannot be listed");
+    }
+    do {
+        const std::wstring_view name = entry.cFileName;
+        if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) {
+            if (IsShortcut(name)) {
+                shortcuts.push_back(folder + L"\\" + entry.cFileName);
+            }
+        } else if (name != L"." && name != L"..") {
+            WalkFolder(folder + L"\\" + entry.cFileName, shortcuts);
+        }
+    } while (FindNextFileW(find, &entry));
+    FindClose(find);
+}
+
+// The same work by bare calls: the walk of the folders, the reading of the manifests, the save.
+void RunBare(const Machine& machine)
+{
+    std::vector<std::wstring> shortcuts;
+    for (const std::wstring& folder : machine.programs) {
+        WalkFolder(folder, shortcuts);
+    }
+    if (shortcuts.size() != machine.catalog.desktopApps.size()) {
+        throw std::runtime_error("the bare walk finds other shortcuts than there are");
+    }
+    std::size_t characters = 0;
+    for (const test::PackageFacts& facts : machine.packages) {
+        characters += WalkXml(facts.path + L"\\AppxManifest.xml");
+    }
+    g_sink = characters;
+    WriteXml(machine.catalog, machine.OtherFile());
+}
+
+bool Measure(Session& session, const std::string& measure, std::size_t shortcuts, std::size_t packages)
+{
+    std::fprintf(stderr, "making %zu shortcuts and %zu packages\n", shortcuts, packages);
+    const Machine machine(shortcuts, packages);
+    std::unique_ptr<Pass> pass;
+    const bool isQuick = session.Compare(measure, shortcuts,
+                                         {{kOurs, [&] { pass->Run(); },
+                                           [&] {
+                                               pass.reset();
+                                               pass = std::make_unique<Pass>(machine);
+                                           }},
+                                          {"bare pass", [&] { RunBare(machine); }}});
+    // The order of the records is the folders' own.
+    if (test::ReadFileBytes(machine.CatalogFile()).size() !=
+        test::ReadFileBytes(machine.OtherFile()).size()) {
+        throw std::runtime_error("the pass has found other applications than there are");
+    }
+    return isQuick;
+}
+
+} // namespace
+
+void MeasureFirstPass(Session& session)
+{
+    for (const std::size_t shortcuts :
+         session.isShort ? Sizes{100, 300, 1000, 3000} : Sizes{300, 1000, 3000, 10000}) {
+        if (!Measure(session, "first-pass", shortcuts, 60)) {
+            break;
+        }
+    }
+}
+
+void MeasureFirstPassOfManyPackages(Session& session)
+{
+    Measure(session, "first-pass-packages", session.isShort ? 300 : 10000, 500);
+}
+
+} // namespace bench
