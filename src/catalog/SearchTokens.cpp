@@ -49,9 +49,4 @@ std::size_t LengthOfFirst(std::wstring_view text) noexcept
     return !text.empty() && IsInRanges(text.front(), kSingleRanges) ? 1 : 0;
 }
 
-bool IsIn(std::wstring_view token, std::wstring_view text) noexcept
-{
-    return std::search(text.begin(), text.end(), token.begin(), token.end()) != text.end();
-}
-
 } // namespace SearchTokens

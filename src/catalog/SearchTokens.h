@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -25,7 +26,20 @@ template <typename Visit> bool ForEach(std::wstring_view text, Visit visit)
     return true;
 }
 
-// True when the token occurs in the text, in exactly these letters.
-[[nodiscard]] bool IsIn(std::wstring_view token, std::wstring_view text) noexcept;
+// True when the token occurs in the text, in exactly these letters. Names are short: a search by first
+// letters has found it before a cleverer one has begun.
+[[nodiscard]] inline bool IsIn(std::wstring_view token, std::wstring_view text) noexcept
+{
+    if (text.size() < token.size()) {
+        return false;
+    }
+    const wchar_t* const end = text.data() + (text.size() - token.size()) + 1;
+    for (const wchar_t* at = text.data(); (at = std::find(at, end, token.front())) != end; ++at) {
+        if (std::equal(token.begin() + 1, token.end(), at + 1)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 } // namespace SearchTokens

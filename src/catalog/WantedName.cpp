@@ -1,9 +1,7 @@
 #include "catalog/WantedName.h"
 
-#include "catalog/SearchTokens.h"
 #include "common/OutOfMemory.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cwchar>
 
@@ -29,17 +27,6 @@ HRESULT WantedName::Prepare() noexcept
         });
         return S_OK;
     });
-}
-
-bool WantedName::Equals(const WideString& name) const noexcept
-{
-    return name.View().size() == m_lower.size() && _wcsicmp(name.c_str(), m_lower.data()) == 0;
-}
-
-bool WantedName::IsIn(std::wstring_view text) const noexcept
-{
-    return std::all_of(m_tokens.begin(), m_tokens.end(),
-                       [text](std::wstring_view token) { return SearchTokens::IsIn(token, text); });
 }
 
 void WantedName::CrtMemoryDeleter::operator()(wchar_t* text) const noexcept

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "catalog/SearchTokens.h"
 #include "common/WideString.h"
 
 #include <windows.h>
 
+#include <algorithm>
+#include <cwchar>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -26,9 +29,16 @@ public:
     [[nodiscard]] std::wstring_view Lower() const noexcept { return m_lower; }
 
     // True when the name equals it, ignoring case.
-    [[nodiscard]] bool Equals(const WideString& name) const noexcept;
+    [[nodiscard]] bool Equals(const WideString& name) const noexcept
+    {
+        return name.View().size() == m_lower.size() && _wcsicmp(name.c_str(), m_lower.data()) == 0;
+    }
     // True when every token of it, in lower case, occurs in the text in exactly these letters.
-    [[nodiscard]] bool IsIn(std::wstring_view text) const noexcept;
+    [[nodiscard]] bool IsIn(std::wstring_view text) const noexcept
+    {
+        return std::all_of(m_tokens.begin(), m_tokens.end(),
+                           [text](std::wstring_view token) { return SearchTokens::IsIn(token, text); });
+    }
 
 private:
     // Releases memory of the C runtime.

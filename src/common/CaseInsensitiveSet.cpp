@@ -32,7 +32,11 @@ void FoldNonAscii(wchar_t* text, std::size_t length) noexcept
 // Lowers a part of a text in the same way for all texts that _wcsicmp calls equal, in whatever locale.
 void Fold(wchar_t* text, std::size_t length) noexcept
 {
-    if (std::all_of(text, text + length, [](wchar_t character) { return character < kFirstNonAscii; })) {
+    wchar_t bits = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        bits = static_cast<wchar_t>(bits | text[i]);
+    }
+    if (bits < kFirstNonAscii) {
         std::transform(text, text + length, text, LowerAscii);
     } else {
         FoldNonAscii(text, length);
