@@ -3,17 +3,11 @@
 #include "catalog/ExcludeList.h"
 #include "unit/discovery/ThreadRun.h"
 
-#include <gmock/gmock.h>
-
 #include <map>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class LaunchDuringPass : public RefreshThread
 {

@@ -4,13 +4,9 @@
 #include "support/DocumentedReader.h"
 #include "unit/discovery/Start.h"
 
-#include <gmock/gmock.h>
-
 namespace {
 
 using namespace discovery_test;
-using ::testing::Contains;
-using ::testing::ElementsAre;
 
 class SavedFileStart : public PackageManagerStart
 {

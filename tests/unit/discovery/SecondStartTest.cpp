@@ -3,12 +3,9 @@
 #include "support/OtherProcess.h"
 #include "unit/discovery/Start.h"
 
-namespace discovery_test {
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace discovery_test;
 using ::testing::StartsWith;
 
 // A program that reads a file and lets nobody else at it meanwhile, as a backup may do.
@@ -20,11 +17,18 @@ const test::Part g_holdFile(L"HoldFile", [](const test::Part::Context& context) 
     return 0;
 });
 
+const std::string kTwoRecords = "<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\" />"
+                                "<DesktopApps><DesktopApp DisplayName=\"a\" LnkFileName=\"C:\\a.lnk\" />"
+                                "<DesktopApp DisplayName=\"b\" LnkFileName=\"C:\\b.lnk\" />"
+                                "</DesktopApps></Applications>";
+
 class SecondStart : public PackageManagerStart
 {
 protected:
-    void StartAndStop()
+    // With this catalogue; as a rule it is WriteCatalog()'s.
+    void StartAndStop(const std::string& catalog = CatalogOf({L"C:\\catalog.lnk"}))
     {
+        test::WriteFileBytes(CatalogFile(), catalog);
         ASSERT_EQ(m_manager.Initialize(), S_OK);
         SetEvent(m_manager.m_hExitEvent);
         LetThreadRun();
@@ -35,7 +39,6 @@ protected:
 
 TEST_F(SecondStart, HoldsEveryRecordOnce)
 {
-    WriteCatalog();
     StartAndStop();
     ASSERT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
     WriteCatalog();
@@ -45,24 +48,16 @@ TEST_F(SecondStart, HoldsEveryRecordOnce)
 
 TEST_F(SecondStart, TakesWhatTheFileHoldsNow)
 {
-    WriteCatalog();
     StartAndStop();
-    test::WriteFileBytes(CatalogFile(), "<Applications><Package PackageFamilyName=\"mail_1\" /><DesktopApps>"
-                                        "<DesktopApp DisplayName=\"n\" LnkFileName=\"C:\\new.lnk\" />"
-                                        "</DesktopApps></Applications>");
+    test::WriteFileBytes(CatalogFile(), kTwoRecords);
     ASSERT_EQ(m_manager.Initialize(), S_OK);
-    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\new.lnk"));
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
     EXPECT_NE(m_manager.m_AppNameList.GetPackage(L"mail_1"), nullptr);
 }
 
 TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsHeldByAnotherProgram)
 {
-    test::WriteFileBytes(
-        CatalogFile(), "<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\" /><DesktopApps>"
-                       "<DesktopApp DisplayName=\"a\" LnkFileName=\"C:\\a.lnk\" />"
-                       "<DesktopApp DisplayName=\"b\" LnkFileName=\"C:\\b.lnk\" />"
-                       "</DesktopApps></Applications>");
-    StartAndStop();
+    StartAndStop(kTwoRecords);
     const test::OtherProcess backup(L"HoldFile", CatalogFile());
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
@@ -72,7 +67,6 @@ TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsHeldByAnotherProgram)
 
 TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsGone)
 {
-    WriteCatalog();
     StartAndStop();
     DeleteFileW(CatalogFile().c_str());
     EXPECT_EQ(m_manager.Initialize(), S_OK);
@@ -96,7 +90,6 @@ TEST_F(SecondStart, KeepsEveryRecordInAnotherProcessThanTheOwnerToo)
 // The file is what counts once it could be opened, however the reading of it ended.
 TEST_F(SecondStart, TakesWhatABrokenFileHoldsUpToItsFault)
 {
-    WriteCatalog();
     StartAndStop();
     test::WriteFileBytes(CatalogFile(), "<Applications><DesktopApps>"
                                         "<DesktopApp DisplayName=\"n\" LnkFileName=\"C:\\new.lnk\" />"
@@ -109,7 +102,6 @@ TEST_F(SecondStart, TakesWhatABrokenFileHoldsUpToItsFault)
 
 TEST_F(SecondStart, TakesNothingFromAnEmptyFile)
 {
-    WriteCatalog();
     StartAndStop();
     test::WriteFileBytes(CatalogFile(), "");
     EXPECT_EQ(m_manager.Initialize(), S_OK);
@@ -119,11 +111,9 @@ TEST_F(SecondStart, TakesNothingFromAnEmptyFile)
 
 TEST_F(SecondStart, WritesTheSameLinesAsTheFirst)
 {
-    WriteEmptyCatalog();
-    StartAndStop();
+    StartAndStop("<Applications />");
     EXPECT_EQ(m_manager.Initialize(), S_OK);
-    EXPECT_EQ(m_log.Lines(),
-              InitializeLines(OwnerLines() + LoadLines(CatalogFile(), "0x00000001"), "0x00000000"));
+    ExpectLog("0x00000000", EmptyCatalogLines());
 }
 
 TEST_F(PackageManagerStart, WhatStandsInTheCatalogBeforeTheFirstStartStays)
@@ -135,4 +125,3 @@ TEST_F(PackageManagerStart, WhatStandsInTheCatalogBeforeTheFirstStartStays)
 }
 
 } // namespace
-} // namespace discovery_test

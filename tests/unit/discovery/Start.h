@@ -34,16 +34,25 @@ protected:
         s_otherMutex = CreateMutexW(nullptr, FALSE, name.c_str());
     }
 
-    Lines InitializeLines(const Lines& inner, const std::string& result) const
+    // The log of a start with this result.
+    void ExpectLog(const std::string& result, const Lines& lines) const
     {
-        return Lines{"CQanhPackageManager::Initialize IN"} + inner +
-               Lines{"CQanhPackageManager::Initialize OUT(" + result + ")"};
+        EXPECT_EQ(m_log.Lines(), Call("CQanhPackageManager::Initialize", "(" + result + ")", lines));
     }
     // Up to the choice of the file, in the owner.
-    Lines OwnerLines() const
+    Lines OwnerLines(int folderCode = 183) const
     {
         return ModuleNameLines() + Lines{"CQanhPackageManager::Initialize CreateMutex() success. "} +
-               FolderLines();
+               FolderLines(folderCode);
+    }
+    // What the owner writes when it loads a catalogue without records.
+    Lines EmptyCatalogLines() const { return OwnerLines() + LoadLines(CatalogFile(), "0x00000001"); }
+    // The same of the preset, after the lines so far.
+    Lines EmptyPresetLines() const { return PresetLines() + LoadLines(PresetFile(), "0x00000001"); }
+    // A load with a result that is no success.
+    static Lines FailedLoadLines(const std::wstring& file, const std::string& result)
+    {
+        return LoadLines(file, result) + Lines{"m_AppNameList.Load() failed. ErrCode = " + result + " "};
     }
     // The same in another process. The line about the mutex has no end, so the next one follows it at once.
     Lines OtherLines() const
@@ -54,21 +63,11 @@ protected:
                      folder[0]} +
                Lines(folder.begin() + 1, folder.end());
     }
+    // Nothing of the owner's was made.
     void ExpectNotOwner() const
     {
-        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
-        EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
-        EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);
-        EXPECT_THAT(m_threadStarts, ::testing::IsEmpty());
-    }
-
-    // After a failed start another process of the executable can be the owner.
-    void ExpectNothingHeld() const
-    {
-        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
-        EXPECT_FALSE(MutexExists());
-        EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
-        EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);
+        ExpectNoHandles();
+        EXPECT_THAT(m_threadStarts, IsEmpty());
     }
 
     const std::string kNoMutex = "OpenMutex() : Mutex none. ";

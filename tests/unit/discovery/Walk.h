@@ -4,52 +4,34 @@
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
+#include "support/Trace.h"
+#include "unit/discovery/Records.h"
 
 #include <gmock/gmock.h>
 
-#include <initializer_list>
 #include <string>
 #include <vector>
 
 namespace walk_test {
 
-inline const std::string kName = "CQanhPackageManager::RefreshDesktopApps";
-inline const std::string kAddName = "CQanhPackageManager::AddLinkFileToList";
+using test::Lines;
+using test::operator+;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
 
-// The paths of the catalogue's desktop applications, in its order.
-inline std::vector<std::wstring> Paths(const CQanhPackageManager& manager)
-{
-    std::vector<std::wstring> paths;
-    for (const WideString& shortcut : manager.m_AppNameList.DesktopShortcuts()) {
-        paths.emplace_back(shortcut.c_str());
-    }
-    return paths;
-}
+inline const Lines kOut = {"CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)"};
 
-// The names and paths that were handed to the catalogue, from its own entry lines: "name, path".
-inline std::vector<std::string> HandedOver(const test::LogCapture& log)
+// The beginning of a walk through a folder: the search for each kind of shortcut, which has found some, or
+// has ended with this error.
+inline Lines FolderLines(const std::string& folder, int linkError, int internetLinkError)
 {
-    const std::string start = "CQanhAppNameList::AddDesktopApp(";
-    const std::string end = ") IN";
-    std::vector<std::string> handedOver;
-    for (const std::string& line : log.Lines()) {
-        if (line.rfind(start, 0) == 0) {
-            handedOver.push_back(line.substr(start.size(), line.size() - start.size() - end.size()));
-        }
-    }
-    return handedOver;
-}
-
-// The walk's own lines, without those of the catalogue.
-inline std::vector<std::string> WalkLines(const test::LogCapture& log)
-{
-    std::vector<std::string> lines;
-    for (const std::string& line : log.Lines()) {
-        if (line.rfind("CQanhAppNameList::", 0) != 0 && line.rfind("CQanhDesktopApp::", 0) != 0) {
-            lines.push_back(line);
-        }
-    }
-    return lines;
+    const std::string add = "CQanhPackageManager::AddLinkFileToList";
+    const auto end = [&](const char* pattern, int error) {
+        return error == 0 ? add + " OUT" : folder + pattern + " Errcode = " + std::to_string(error) + " ";
+    };
+    return {"CQanhPackageManager::RefreshDesktopApps(" + folder + ") IN", add + "(" + folder + ") IN",
+            end("\\*.lnk", linkError), add + "(" + folder + ") IN", end("\\*.url", internetLinkError)};
 }
 
 // A walk through a folder of the test's own.
@@ -66,11 +48,40 @@ protected:
     std::wstring At(const std::wstring& name) const { return m_folder / name; }
     std::string Narrow(const std::wstring& name) const { return test::ToUtf8(m_folder / name); }
     std::string Root() const { return test::ToUtf8(m_folder.Path()); }
-    void MakeFiles(std::initializer_list<const wchar_t*> names) const
+    void MakeFiles(const std::vector<const wchar_t*>& names) const
     {
         for (const wchar_t* name : names) {
             test::MakeFile(At(name));
         }
+    }
+
+    // Walks through the folder.
+    HRESULT Walk() { return m_manager.RefreshDesktopApps(m_folder.Path().c_str()); }
+
+    // The paths of the catalogue's records, in its order: files of the folder.
+    void ExpectFound(const std::vector<const wchar_t*>& names) const
+    {
+        std::vector<std::wstring> paths;
+        for (const wchar_t* name : names) {
+            paths.push_back(At(name));
+        }
+        EXPECT_EQ(Shortcuts(m_manager), paths);
+    }
+    // The names and paths that were handed to the catalogue, from its own entry lines: "name, path".
+    Lines HandedOver() const
+    {
+        const std::string start = "CQanhAppNameList::AddDesktopApp(";
+        const std::string end = ") IN";
+        Lines handedOver;
+        for (const std::string& line : LinesWith({start.c_str()}, m_log.Lines())) {
+            handedOver.push_back(line.substr(start.size(), line.size() - start.size() - end.size()));
+        }
+        return handedOver;
+    }
+    // The walk's own lines, without those of the catalogue.
+    Lines WalkLines() const
+    {
+        return LinesWithout({"CQanhAppNameList::", "CQanhDesktopApp::"}, m_log.Lines());
     }
 
     test::TemporaryFolder m_folder;
