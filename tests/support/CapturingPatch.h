@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -35,6 +36,40 @@ private:
     static inline CapturingPatch* s_current = nullptr;
     std::function<Result(Arguments...)> m_replacement;
     std::optional<ImportPatch<Result(WINAPI*)(Arguments...)>> m_patch;
+};
+
+// A replacement for functions of any arguments that gives this and does nothing.
+template <typename Result> auto Answer(Result result)
+{
+    return [result](auto...) { return result; };
+}
+
+// Notes each call of a function in a journal, as the text that is made of its arguments (nothing, when that
+// is empty), and calls the function or answers for it. The making may do more, before the call. As
+// CapturingPatch.
+template <typename Function, int kNumber = 0> class NotingPatch;
+template <typename Result, int kNumber, typename... Arguments>
+class NotingPatch<Result(WINAPI*)(Arguments...), kNumber>
+{
+public:
+    NotingPatch(const char* function, std::vector<std::string>& journal,
+                std::function<std::string(Arguments...)> describe)
+        : m_patch(function, [this, &journal, describe](Arguments... arguments) {
+              const std::string call = describe(arguments...);
+              if (!call.empty()) {
+                  journal.push_back(call);
+              }
+              return answer ? *answer : m_patch.Original(arguments...);
+          })
+    {
+    }
+
+    Result Original(Arguments... arguments) const { return m_patch.Original(arguments...); }
+
+    std::optional<Result> answer; // in place of the function's, when set
+
+private:
+    CapturingPatch<Result(WINAPI*)(Arguments...), kNumber> m_patch;
 };
 
 // FakeSleep (ImportPatch.h) with an action that may capture: Sleep returns at once, what was asked for is

@@ -10,6 +10,7 @@
 #include "support/LogCapture.h"
 #include "support/Registry.h"
 #include "support/TemporaryFolder.h"
+#include "support/Trace.h"
 
 #include <gmock/gmock.h>
 
@@ -18,7 +19,12 @@
 
 namespace api_test {
 
-using Lines = std::vector<std::string>;
+using test::Apartment;
+using test::Call;
+using test::Lines;
+using test::operator+;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 constexpr DWORD kThreadPatience = 20000; // milliseconds; only a failing test waits for them
 
@@ -53,7 +59,7 @@ inline Lines Outline(const Lines& all)
         for (const char* start :
              {"Qanh", "CQanhReg::", "CQanhMonitorMode::", "CQanhPackageManager::Initialize IN",
               "CQanhPackageManager::Initialize OUT", "CQanhPackageManager::Finalize "}) {
-            if (line.rfind(start, 0) == 0) {
+            if (line.starts_with(start)) {
                 lines.push_back(line);
             }
         }
@@ -62,8 +68,8 @@ inline Lines Outline(const Lines& all)
 }
 
 // What the reading of the setting writes, when the log is on already and stays so.
-inline const Lines kSettingLines = {"CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
-                                    "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(1)"};
+inline const Lines kSettingLines =
+    Call("CQanhReg::IsDebugLogOn", "(1)", Call("CQanhReg::GetDWORDRegVal", "(1)"));
 
 // A host with a folder of its own, in a session without a shell; "DebugLog" is 1, and the log is off yet.
 class Lifecycle : public ::testing::Test
@@ -88,6 +94,16 @@ protected:
         }
     }
 
+    // The library is down: nothing is left of a start, or of what was started.
+    static void ExpectDown()
+    {
+        EXPECT_EQ(s_nCount, 0);
+        EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
+        EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
+        EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
+        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
+    }
+
     [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
 
     const std::wstring m_hostName = NewHostName();
@@ -108,6 +124,26 @@ protected:
     {
         TakeDown();
         EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
+    }
+
+    // It has been started so often, and is not down.
+    void ExpectUp(int count) const
+    {
+        EXPECT_EQ(s_nCount, count);
+        EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, m_shell.visibility);
+        EXPECT_NE(s_PackageManager.m_hExitEvent, nullptr);
+        EXPECT_NE(s_PackageManager.m_hRefreshThread, nullptr);
+    }
+    void ExpectDown() const
+    {
+        Lifecycle::ExpectDown();
+        EXPECT_EQ(m_shell.visibility->References(), 0);
+    }
+    // The outline of a start whose package manager has this result, up to there.
+    static Lines StartLines(const std::string& result)
+    {
+        return Call("CQanhMonitorMode::Initialize", "(0)") +
+               Call("CQanhPackageManager::Initialize", "(" + result + ")");
     }
 
     test::FakeShell m_shell;

@@ -3,15 +3,9 @@
 #include "support/Text.h"
 #include "unit/api/LifecycleHost.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 namespace {
 
 using namespace api_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST_F(LifecycleInShell, LogIsSwitchedOffByTheNextCallOnly)
 {
@@ -19,15 +13,13 @@ TEST_F(LifecycleInShell, LogIsSwitchedOffByTheNextCallOnly)
     m_log.Clear();
     m_settings.SetDword(L"DebugLog", 0);
     QanhReleaseString(nullptr);
-    EXPECT_THAT(m_log.Lines(), ElementsAre("QanhReleaseString IN", "QanhReleaseString OUT"));
+    EXPECT_EQ(m_log.Lines(), Call("QanhReleaseString"));
     m_log.Clear();
     EXPECT_EQ(QanhInitialize(), S_OK);
     QanhReleaseString(nullptr);
     QanhFinalize();
     // The last lines are those of the reading that found it off.
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAre("CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(0)"));
+    EXPECT_EQ(m_log.Lines(), Call("CQanhReg::IsDebugLogOn", "(0)", Call("CQanhReg::GetDWORDRegVal", "(1)")));
 }
 
 TEST_F(LifecycleInShell, LogIsSwitchedOnByTheNextCallOnly)
@@ -38,7 +30,7 @@ TEST_F(LifecycleInShell, LogIsSwitchedOnByTheNextCallOnly)
     QanhReleaseString(nullptr);
     EXPECT_FALSE(test::Exists(m_log.File()));
     EXPECT_EQ(QanhInitialize(), S_OK);
-    EXPECT_THAT(m_log.Lines(), ElementsAre("QanhInitialize IN", "QanhInitialize OUT(0) : s_nCount(2)"));
+    EXPECT_EQ(m_log.Lines(), Call("QanhInitialize", "(0) : s_nCount(2)"));
 }
 
 TEST_F(LifecycleInShell, WithoutTheSettingNoLogIsMade)

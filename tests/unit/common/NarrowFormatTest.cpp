@@ -19,8 +19,6 @@
 namespace {
 
 using test::CodePage;
-using ::testing::AnyOf;
-using ::testing::ElementsAre;
 
 constexpr UINT kJapanese = 932;
 constexpr UINT kWestern = 1252;
@@ -42,15 +40,6 @@ std::string FormatInto(std::size_t size, const char* format, va_list arguments)
     return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
 
-std::string Format(const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    std::string text = FormatInto(kLargestMessage, format, arguments);
-    va_end(arguments);
-    return text;
-}
-
 std::string FormatSized(std::size_t size, const char* format, ...)
 {
     va_list arguments;
@@ -58,6 +47,11 @@ std::string FormatSized(std::size_t size, const char* format, ...)
     std::string text = FormatInto(size, format, arguments);
     va_end(arguments);
     return text;
+}
+
+template <typename... Arguments> std::string Format(const char* format, Arguments... arguments)
+{
+    return FormatSized(kLargestMessage, format, arguments...);
 }
 
 std::wstring Repeated(std::wstring_view text, std::size_t times)
@@ -99,71 +93,58 @@ TEST(NarrowFormat, NullStringsPrintAsSuch)
     EXPECT_THAT(Format("%S|%s|%d|%S", wide, narrow, 3, kUnmappable), testing::StartsWith("(null)|(null)|3|"));
 }
 
-TEST(NarrowFormat, LettersOfTheSystemCodePagePass)
+struct Conversion
 {
-    {
-        const CodePage western(kWestern);
-        EXPECT_EQ(Format("%S", L"Caf\u00e9 \u20ac \u201c\u0178\u201d"), "Caf\xe9 \x80 \x93\x9f\x94");
-    }
-    {
-        const CodePage japanese(kJapanese);
-        EXPECT_EQ(Format("%S", L"\u30e1\u30fc\u30eb"), "\x83\x81\x81\x5b\x83\x8b");
-        EXPECT_EQ(Format("%S", L"\u30bd\uff71x"), "\x83\x5c\xb1x"); // two bytes, one byte, ASCII
-    }
-    {
-        const CodePage utf8(CP_UTF8);
-        EXPECT_EQ(Format("%S", L"\u00e9\u30e1\u0e01\xd83d\xde00z"),
-                  "\xc3\xa9\xe3\x83\xa1\xe0\xb8\x81\xf0\x9f\x98\x80z");
-    }
+    UINT codePage;
+    const wchar_t* text;
+    const char* bytes;
+};
+
+class NarrowText : public ::testing::TestWithParam<Conversion>
+{
+};
+
+TEST_P(NarrowText, IsInTheSystemsCodePage)
+{
+    const CodePage system(GetParam().codePage);
+    EXPECT_EQ(Format("%S", GetParam().text), GetParam().bytes);
 }
 
-TEST(NarrowFormat, OtherLettersBecomeQuestionMarks)
-{
-    {
-        const CodePage western(kWestern);
-        EXPECT_EQ(Format("%S IN(%S)\r\n", L"A", L"\u30e1\u30fc\u30eb x"), "A IN(??? x)\r\n");
-        EXPECT_EQ(Format("%S", L"\u00e9\u30e1\u00e9"), "\xe9?\xe9");
-        EXPECT_EQ(Format("%S", kUnmappable), "??");
-    }
-    {
-        const CodePage japanese(kJapanese);
-        EXPECT_EQ(Format("%S", L"\u30e1\u0e01\u30eb"), "\x83\x81?\x83\x8b");
-    }
-}
-
+INSTANTIATE_TEST_SUITE_P(OfItsLetters, NarrowText,
+                         ::testing::Values(Conversion{kWestern, L"Caf\u00e9 \u20ac \u201c\u0178\u201d",
+                                                      "Caf\xe9 \x80 \x93\x9f\x94"},
+                                           Conversion{kJapanese, L"\u30e1\u30fc\u30eb",
+                                                      "\x83\x81\x81\x5b\x83\x8b"},
+                                           // Two bytes, one byte, ASCII.
+                                           Conversion{kJapanese, L"\u30bd\uff71x", "\x83\x5c\xb1x"},
+                                           Conversion{CP_UTF8, L"\u00e9\u30e1\u0e01\xd83d\xde00z",
+                                                      "\xc3\xa9\xe3\x83\xa1\xe0\xb8\x81\xf0\x9f\x98\x80z"}));
+INSTANTIATE_TEST_SUITE_P(OfOtherLettersHasQuestionMarks, NarrowText,
+                         ::testing::Values(Conversion{kWestern, L"\u30e1\u30fc\u30eb x", "??? x"},
+                                           Conversion{kWestern, L"\u00e9\u30e1\u00e9", "\xe9?\xe9"},
+                                           Conversion{kWestern, kUnmappable, "??"},
+                                           Conversion{kJapanese, L"\u30e1\u0e01\u30eb",
+                                                      "\x83\x81?\x83\x8b"}));
 // A code page may have a letter that resembles the one that it lacks: a name must not turn into another name.
-TEST(NarrowFormat, NoLetterIsReplacedByOneThatResemblesIt)
-{
-    {
-        const CodePage western(kWestern);
-        EXPECT_EQ(Format("%S", L"\u0101\uff21\u221e"), "???"); // a with a macron, wide A, infinity
-        EXPECT_EQ(Format("%S", L"\u0101\u30e1"), "??");
-    }
-    {
-        const CodePage japanese(kJapanese);
-        EXPECT_EQ(Format("%S", L"\u00e9\u00c5"), "??");
-    }
-}
-
-TEST(NarrowFormat, HalvesOfSurrogatePairsBecomeOneMarkEach)
-{
-    for (const UINT codePage : {kWestern, kJapanese}) {
-        const CodePage system(codePage);
-        EXPECT_EQ(Format("%S", L"\xd800"), "?");
-        EXPECT_EQ(Format("%S", L"a\xdc00z"), "a?z");
-        EXPECT_EQ(Format("%S", L"a\xd83dz"), "a?z");
-    }
-    const CodePage utf8(CP_UTF8);
-    EXPECT_EQ(Format("%S", L"a\xd800z"), "a\xef\xbf\xbdz");
-    EXPECT_EQ(Format("%S", L"\xdc00"), "\xef\xbf\xbd");
-}
+// a with a macron, wide A, infinity.
+INSTANTIATE_TEST_SUITE_P(HasNoLetterThatResemblesAnother, NarrowText,
+                         ::testing::Values(Conversion{kWestern, L"\u0101\uff21\u221e", "???"},
+                                           Conversion{kWestern, L"\u0101\u30e1", "??"},
+                                           Conversion{kJapanese, L"\u00e9\u00c5", "??"}));
+INSTANTIATE_TEST_SUITE_P(
+    OfHalvesOfPairsHasOneMarkEach, NarrowText,
+    ::testing::Values(Conversion{kWestern, L"\xd800", "?"}, Conversion{kWestern, L"a\xdc00z", "a?z"},
+                      Conversion{kWestern, L"a\xd83dz", "a?z"}, Conversion{kJapanese, L"\xd800", "?"},
+                      Conversion{kJapanese, L"a\xdc00z", "a?z"}, Conversion{kJapanese, L"a\xd83dz", "a?z"},
+                      Conversion{CP_UTF8, L"a\xd800z", "a\xef\xbf\xbdz"},
+                      Conversion{CP_UTF8, L"\xdc00", "\xef\xbf\xbd"}));
 
 TEST(NarrowFormat, SurrogatePairsThatTheCodePageLacksDoNotEndTheText)
 {
     for (const UINT codePage : {kWestern, kJapanese}) {
         const CodePage system(codePage);
         // One mark for the pair or one for each half, as the platform has it.
-        EXPECT_THAT(Format("%S!", L"a\xd83d\xde00z"), AnyOf("a?z!", "a??z!"));
+        EXPECT_THAT(Format("%S!", L"a\xd83d\xde00z"), ::testing::AnyOf("a?z!", "a??z!"));
     }
 }
 
@@ -304,16 +285,16 @@ TEST(NarrowFormat, MessageThatDoesNotFitIsGivenToTheCRuntime)
     const test::ImportPatch<decltype(&GiveToCRuntime)> patch("_sprintf_s_l", GiveToCRuntime);
     EXPECT_EQ(Format("%S", std::wstring(1024, L'x').c_str()), "");
     EXPECT_EQ(Format("%S", std::wstring(100000, L'x').c_str()), "");
-    EXPECT_THAT(g_lengths, ElementsAre(1024u, 1024u)); // too long for it, by one
+    EXPECT_THAT(g_lengths, ::testing::ElementsAre(1024u, 1024u)); // too long for it, by one
 }
 
 TEST(NarrowFormat, SmallerBufferIsKeptToo)
 {
     const test::InvalidParameterHandler handler;
     EXPECT_EQ(FormatSized(4, "%S", L"abc"), "abc");
-    EXPECT_EQ(FormatSized(4, "%S", L"abcd"), "");
-    EXPECT_EQ(FormatSized(4, "%S", L"abcdefgh"), "");
-    EXPECT_EQ(FormatSized(4, "%S", L"\u0e01\u10d0xyz"), "");
+    for (const wchar_t* text : {L"abcd", L"abcdefgh", L"\u0e01\u10d0xyz"}) {
+        EXPECT_EQ(FormatSized(4, "%S", text), "");
+    }
     EXPECT_EQ(FormatSized(1, "%S", L""), "");
 }
 
