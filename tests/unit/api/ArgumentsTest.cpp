@@ -22,6 +22,15 @@ using ::testing::ElementsAre;
 
 constexpr DWORD kMinusOne = 0xFFFFFFFF;
 
+// A function of the platform that gives this, and is counted.
+template <typename Result> auto Counted(int& count, Result result)
+{
+    return [&count, result](auto...) {
+        ++count;
+        return result;
+    };
+}
+
 // Counts what an export must not do before its arguments are sound: registry, keyboard, clipboard, COM.
 class Untouched
 {
@@ -29,21 +38,14 @@ public:
     [[nodiscard]] int Touches() const { return m_touches; }
 
 private:
-    // A function of the platform that is counted, and gives this.
-    template <typename Result> auto Refuse(Result result)
-    {
-        return [this, result](auto...) {
-            ++m_touches;
-            return result;
-        };
-    }
-
     int m_touches = 0;
-    test::CapturingPatch<decltype(&RegOpenKeyExW)> m_registry{"RegOpenKeyExW", Refuse(ERROR_ACCESS_DENIED)};
-    test::CapturingPatch<decltype(&SendInput)> m_keyboard{"SendInput", Refuse(0)};
-    test::CapturingPatch<decltype(&OpenClipboard)> m_clipboard{"OpenClipboard", Refuse(FALSE)};
-    test::CapturingPatch<decltype(&CoCreateInstance)> m_com{"CoCreateInstance", Refuse(E_NOINTERFACE)};
-    test::CapturingPatch<decltype(&RoInitialize)> m_runtime{"RoInitialize", Refuse(E_FAIL)};
+    test::CapturingPatch<decltype(&RegOpenKeyExW)> m_registry{"RegOpenKeyExW",
+                                                              Counted(m_touches, ERROR_ACCESS_DENIED)};
+    test::CapturingPatch<decltype(&SendInput)> m_keyboard{"SendInput", Counted(m_touches, 0)};
+    test::CapturingPatch<decltype(&OpenClipboard)> m_clipboard{"OpenClipboard", Counted(m_touches, FALSE)};
+    test::CapturingPatch<decltype(&CoCreateInstance)> m_com{"CoCreateInstance",
+                                                            Counted(m_touches, E_NOINTERFACE)};
+    test::CapturingPatch<decltype(&RoInitialize)> m_runtime{"RoInitialize", Counted(m_touches, E_FAIL)};
 };
 
 // What the out arguments of the calls point to.

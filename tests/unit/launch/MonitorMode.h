@@ -2,7 +2,10 @@
 
 #include "common/Apartment.h"
 #include "launch/MonitorMode.h"
+#include "support/CapturingPatch.h"
 #include "support/FakeShell.h"
+#include "support/LogCapture.h"
+#include "support/Trace.h"
 
 #include <gmock/gmock.h>
 
@@ -11,31 +14,30 @@
 
 namespace monitor_mode_test {
 
+using test::Call;
 using test::FakeVisibility;
-using Lines = std::vector<std::string>;
+using test::Lines;
+using test::operator+;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 inline HMONITOR const kMonitor = reinterpret_cast<HMONITOR>(static_cast<INT_PTR>(4660));
 
-inline HMONITOR WINAPI MonitorAt(POINT point, DWORD flags)
+// The lines of one look at the state.
+inline Lines LookLines(const std::string& result)
 {
-    const bool isPrimary = point.x == 0 && point.y == 0 && flags == 1;
-    return isPrimary ? kMonitor : reinterpret_cast<HMONITOR>(static_cast<INT_PTR>(1));
+    return Call("CQanhMonitorMode::GetMonitorState", result);
 }
 
 // A monitor mode in a shell that shows the desktop at first.
 class MonitorMode : public ::testing::Test
 {
 protected:
-    MonitorMode() : m_monitorAt("MonitorFromPoint", MonitorAt)
-    {
-        s_current = this;
-        m_visibility.states = {{FALSE, MAV_NO_APP_VISIBLE}};
-    }
+    MonitorMode() { m_visibility.states = {{FALSE, MAV_NO_APP_VISIBLE}}; }
     ~MonitorMode() override
     {
         Unready();
         EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
-        s_current = nullptr;
     }
 
     // As after Initialize(); the apartment is the test's.
@@ -54,17 +56,15 @@ protected:
     }
 
     Lines& Journal() { return m_shell.objects.journal; }
-    // For a function that stands in for one of the platform's.
-    static void Note(const std::string& event) { s_current->m_shell.objects.Note(event); }
-
     const ComApartment m_apartment{CoInitialize(nullptr)};
-    test::ImportPatch<decltype(&MonitorFromPoint)> m_monitorAt;
     test::FakeShell m_shell;
     FakeVisibility& m_visibility = *m_shell.visibility;
     CQanhMonitorMode m_mode;
-
-private:
-    static inline MonitorMode* s_current = nullptr;
+    const test::CapturingPatch<decltype(&MonitorFromPoint)> m_monitorAt{
+        "MonitorFromPoint", [](POINT point, DWORD flags) {
+            const bool isPrimary = point.x == 0 && point.y == 0 && flags == 1;
+            return isPrimary ? kMonitor : reinterpret_cast<HMONITOR>(static_cast<INT_PTR>(1));
+        }};
 };
 
 } // namespace monitor_mode_test
