@@ -2,33 +2,25 @@
 
 #include "QanHelper.h"
 
-#include "support/Apartments.h"
-#include "support/CapturingPatch.h"
 #include "support/FakeObjects.h"
-#include "support/LogCapture.h"
-#include "support/Trace.h"
+#include "support/Test.h"
 
 #include <objbase.h>
 #include <shobjidl.h>
 
-#include <gmock/gmock.h>
-
 #include <stdexcept>
-#include <string>
 
 namespace {
 
-using test::Apartment;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 constexpr CLSID kClass = {0x45BA127D, 0x10A8, 0x46EA, {0x8A, 0xB7, 0x56, 0xEA, 0x90, 0x78, 0x94, 0x3C}};
 constexpr IID kInterface = {0x2E941141, 0x7F97, 0x4756, {0xBA, 0x1D, 0x9D, 0xEC, 0xDE, 0x89, 0x4A, 0x3D}};
 
-class FakeActivationManager : public test::FakeUnknown<IApplicationActivationManager>
+class FakeActivationManager : public FakeUnknown<IApplicationActivationManager>
 {
 public:
-    explicit FakeActivationManager(test::FakeObjects& owner) : FakeUnknown(owner, "activation manager") {}
+    explicit FakeActivationManager(FakeObjects& owner) : FakeUnknown(owner, "activation manager") {}
 
     HRESULT STDMETHODCALLTYPE ActivateApplication(LPCWSTR id, LPCWSTR arguments, ACTIVATEOPTIONS options,
                                                   DWORD* processId) override
@@ -58,31 +50,31 @@ protected:
     Activation() : m_manager(m_objects.Make<FakeActivationManager>()) {}
     ~Activation() override { EXPECT_THAT(m_objects.Leaks(), IsEmpty()); }
 
-    test::Lines& Journal() { return m_objects.journal; }
+    Lines& Journal() { return m_objects.journal; }
 
     // A launch with these steps on a thread in this apartment, which is kept.
-    void ExpectLaunch(Apartment apartment, HRESULT result, const test::Lines& steps,
+    void ExpectLaunch(Apartment apartment, HRESULT result, const Lines& steps,
                       const wchar_t* arguments = nullptr)
     {
-        EXPECT_TRUE(test::KeepsApartment(apartment, [&] {
+        EXPECT_TRUE(KeepsApartment(apartment, [&] {
             Journal().clear();
             EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", arguments), result);
             EXPECT_EQ(Journal(), steps);
         })) << ::testing::PrintToString(apartment);
     }
 
-    test::FakeObjects m_objects;
+    FakeObjects m_objects;
     FakeActivationManager* m_manager;
     HRESULT m_refusal = S_OK; // what CoInitialize answers when it is a failure
 
 private:
     // The runtime yields with pauses of 0 where a test starts a thread.
-    const test::SleepWatch m_sleep{[this](DWORD milliseconds) {
+    const SleepWatch m_sleep{[this](DWORD milliseconds) {
         if (milliseconds != 0) {
             m_objects.Note("Sleep " + std::to_string(milliseconds));
         }
     }};
-    const test::CapturingPatch<decltype(&CoInitialize)> m_initialize{
+    const CapturingPatch<decltype(&CoInitialize)> m_initialize{
         "CoInitialize", [this](void* reserved) {
             EXPECT_EQ(reserved, nullptr);
             const HRESULT hr = FAILED(m_refusal) ? m_refusal : m_initialize.Original(reserved);
@@ -91,12 +83,12 @@ private:
             m_objects.Note(event);
             return hr;
         }};
-    const test::CapturingPatch<decltype(&CoUninitialize)> m_uninitialize{
+    const CapturingPatch<decltype(&CoUninitialize)> m_uninitialize{
         "CoUninitialize", [this] {
             m_objects.Note(m_objects.IsAnyHeld() ? "CoUninitialize too early" : "CoUninitialize");
             m_uninitialize.Original();
         }};
-    const test::CapturingPatch<decltype(&CoCreateInstance)> m_create{
+    const CapturingPatch<decltype(&CoCreateInstance)> m_create{
         "CoCreateInstance",
         [this](REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId, void** object) {
             const bool isAsked = IsEqualGUID(classId, kClass) && !outer && context == 1 &&
@@ -106,7 +98,7 @@ private:
             if (FAILED(hr)) {
                 return hr;
             }
-            if (test::ApartmentOfThread() == Apartment::kNone) {
+            if (ApartmentOfThread() == Apartment::kNone) {
                 return CO_E_NOTINITIALIZED;
             }
             m_manager->AddRef();
@@ -126,7 +118,7 @@ TEST_F(Activation, HandsBothTextsToTheActivationManager)
 
 TEST_F(Activation, HasNoExitLineAndTakesNoArguments)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     for (const wchar_t* arguments : {L"-open", static_cast<const wchar_t*>(nullptr), L""}) {
         EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", arguments), S_OK);
     }
@@ -141,7 +133,7 @@ TEST_F(Activation, ReturnsTheResultAsItIsAfterThePause)
 {
     for (const HRESULT result : {S_FALSE, HRESULT_FROM_WIN32(ERROR_NOT_FOUND), E_FAIL, HRESULT(0x00270255)}) {
         m_manager->result = result;
-        const test::LogCapture log;
+        const LogCapture log;
         ExpectLaunch(Apartment::kNone, result,
                      {"CoInitialize = 0x00000000", "CoCreateInstance",
                       "ActivateApplication(Mail_1!App, null, 0, 0)", "CoUninitialize", "Sleep 100"});
@@ -160,7 +152,7 @@ TEST_F(Activation, AsksForTheManagerAtEachCall)
 TEST_F(Activation, WithoutAManagerReturnsAtOnce)
 {
     m_objects.Fail("CoCreateInstance", REGDB_E_CLASSNOTREG);
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectLaunch(Apartment::kNone, REGDB_E_CLASSNOTREG,
                  {"CoInitialize = 0x00000000", "CoCreateInstance", "CoUninitialize"});
     EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, (null)) IN"));
@@ -189,7 +181,7 @@ TEST_F(Activation, WorksInTheMultithreadedApartmentWhichIsNotLeft)
 
 TEST_F(Activation, DoesNotMindThatNoApartmentCouldBeEntered)
 {
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kSingleThreaded, [&] {
         m_refusal = E_OUTOFMEMORY;
         EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), S_OK);
         EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x8007000E", "CoCreateInstance",
@@ -204,7 +196,7 @@ TEST_F(Activation, ReleasesEverythingWhenTheActivationRaises)
     m_objects.At("ActivateApplication", [] { throw std::runtime_error("of the activation manager"); });
     for (const Apartment apartment :
          {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
-        EXPECT_TRUE(test::KeepsApartment(apartment, [this, apartment] {
+        EXPECT_TRUE(KeepsApartment(apartment, [this, apartment] {
             EXPECT_THROW(QanhLaunchByManager(L"Mail_1!App", nullptr), std::runtime_error);
             EXPECT_EQ(Journal().back() == "CoUninitialize", apartment != Apartment::kMultithreaded);
         })) << ::testing::PrintToString(apartment);

@@ -3,22 +3,15 @@
 #include "api/Modes.h"
 
 #include "QanHelper.h"
-#include "support/CapturingPatch.h"
-#include "support/LogCapture.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <roapi.h>
 
 #include <cstdio>
-#include <functional>
-#include <ostream>
-#include <string>
 
 namespace {
 
-using ::testing::ElementsAre;
+using namespace test;
 
 constexpr DWORD kMinusOne = 0xFFFFFFFF;
 
@@ -39,13 +32,12 @@ public:
 
 private:
     int m_touches = 0;
-    test::CapturingPatch<decltype(&RegOpenKeyExW)> m_registry{"RegOpenKeyExW",
-                                                              Counted(m_touches, ERROR_ACCESS_DENIED)};
-    test::CapturingPatch<decltype(&SendInput)> m_keyboard{"SendInput", Counted(m_touches, 0)};
-    test::CapturingPatch<decltype(&OpenClipboard)> m_clipboard{"OpenClipboard", Counted(m_touches, FALSE)};
-    test::CapturingPatch<decltype(&CoCreateInstance)> m_com{"CoCreateInstance",
-                                                            Counted(m_touches, E_NOINTERFACE)};
-    test::CapturingPatch<decltype(&RoInitialize)> m_runtime{"RoInitialize", Counted(m_touches, E_FAIL)};
+    CapturingPatch<decltype(&RegOpenKeyExW)> m_registry{"RegOpenKeyExW",
+                                                        Counted(m_touches, ERROR_ACCESS_DENIED)};
+    CapturingPatch<decltype(&SendInput)> m_keyboard{"SendInput", Counted(m_touches, 0)};
+    CapturingPatch<decltype(&OpenClipboard)> m_clipboard{"OpenClipboard", Counted(m_touches, FALSE)};
+    CapturingPatch<decltype(&CoCreateInstance)> m_com{"CoCreateInstance", Counted(m_touches, E_NOINTERFACE)};
+    CapturingPatch<decltype(&RoInitialize)> m_runtime{"RoInitialize", Counted(m_touches, E_FAIL)};
 };
 
 // What the out arguments of the calls point to.
@@ -127,6 +119,9 @@ const Refusal kRefusals[] = {
      E_INVALIDARG, "QanhLaunchIEBySearch(-1, 0, 0)"},
     {"LaunchIEBySearch: both modes are unsigned", [] { return QanhLaunchIEBySearch(2, kMinusOne, -1); },
      E_INVALIDARG, "QanhLaunchIEBySearch(2, -1, -1)"},
+    {"LaunchIEBySearch: the search mode has no sign",
+     [] { return QanhLaunchIEBySearch(0, 0x80000000, TRUE); }, E_INVALIDARG,
+     "QanhLaunchIEBySearch(0, -2147483648, 1)"},
 
     {"LaunchByManager: null ID", [] { return QanhLaunchByManager(nullptr, L"-x"); }, E_POINTER,
      "QanhLaunchByManager((null), -x)"},
@@ -145,14 +140,14 @@ class RefusedArguments : public ::testing::TestWithParam<Refusal>
 TEST_P(RefusedArguments, WriteTwoLinesAndTouchNothing)
 {
     const Refusal& refusal = GetParam();
-    const test::LogCapture log;
+    const LogCapture log;
     const Untouched untouched;
     EXPECT_EQ(refusal.make(), refusal.expected);
     EXPECT_EQ(untouched.Touches(), 0);
     EXPECT_EQ(g_isInstalled, 7);
     EXPECT_EQ(g_displayName, g_before);
     EXPECT_EQ(log.Lines(),
-              test::Call(refusal.entry, refusal.expected == E_POINTER ? "(0x80004003)" : "(0x80070057)"));
+              Call(refusal.entry, refusal.expected == E_POINTER ? "(0x80004003)" : "(0x80070057)"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, RefusedArguments, ::testing::ValuesIn(kRefusals));
@@ -169,7 +164,7 @@ TEST(Arguments, ModesEndAtTwo)
 
 TEST(Arguments, LaunchByManagerTakesNoArguments)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     const Untouched untouched;
     EXPECT_EQ(QanhLaunchByManager(L"Contoso.Mail_x!App", nullptr), E_NOINTERFACE);
     EXPECT_EQ(untouched.Touches(), 1); // the activation manager was asked for

@@ -4,28 +4,13 @@
 
 #include "api/Statics.h"
 #include "common/Apartment.h"
-#include "support/CapturingPatch.h"
 #include "support/FakeShell.h"
-#include "support/LogCapture.h"
 #include "support/Registry.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
-
-#include <functional>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/Test.h"
 
 namespace {
 
-using test::Call;
-using test::Lines;
-using test::operator+;
-using ::testing::Contains;
-using ::testing::HasSubstr;
-using ::testing::Not;
+using namespace test;
 
 constexpr wchar_t kTile[] = L"ApplicationTileImmersiveActivation";
 
@@ -95,10 +80,10 @@ protected:
                  Call("CQanhMonitorMode::OpenAppSearchUI", "(GetMonitorState : ret=0x80004005)",
                       Call("CQanhMonitorMode::GetMonitorState", "( m_pImmersiveMode NULL : -1)")));
 
-    test::ScopedKey m_key{HKEY_CURRENT_USER, test::kBrowserKey};
+    ScopedKey m_key{HKEY_CURRENT_USER, kBrowserKey};
     const ComApartment m_apartment{CoInitialize(nullptr)};
-    test::FakeShell m_shell;
-    test::LogCapture m_log;
+    FakeShell m_shell;
+    LogCapture m_log;
     std::optional<DWORD> m_meanwhile;
     bool m_wasThere = false;
 };
@@ -194,8 +179,8 @@ TEST_P(OddTile, IsLeftAlone)
         BYTE bytes[64] = {};
         DWORD size = sizeof bytes;
         DWORD type = 0;
-        EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, test::kBrowserKey, kTile, RRF_RT_ANY | RRF_NOEXPAND, &type,
-                               bytes, &size),
+        EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, kBrowserKey, kTile, RRF_RT_ANY | RRF_NOEXPAND, &type, bytes,
+                               &size),
                   ERROR_SUCCESS);
         EXPECT_EQ(type, GetParam().type);
         EXPECT_EQ(std::vector<BYTE>(bytes, bytes + size), GetParam().bytes);
@@ -238,7 +223,7 @@ TEST_F(BrowserLaunch, WithoutAnAnswerOnlyLaunches)
     m_key.SetDword(kTile, 0);
     for (const LSTATUS status : {ERROR_ACCESS_DENIED, ERROR_PATH_NOT_FOUND, ERROR_KEY_DELETED}) {
         for (const DWORD tileMode : {0u, 1u, 2u}) {
-            const test::CapturingPatch<decltype(&RegOpenKeyExW)> patch("RegOpenKeyExW", test::Answer(status));
+            const CapturingPatch<decltype(&RegOpenKeyExW)> patch("RegOpenKeyExW", Answer(status));
             ExpectLog(tileMode, ReadLines(1));
         }
     }
@@ -249,8 +234,8 @@ TEST_F(BrowserLaunch, WithAQueryThatFailsOnlyLaunches)
 {
     m_key.SetDword(kTile, 0);
     {
-        const test::CapturingPatch<decltype(&RegQueryValueExW)> patch("RegQueryValueExW",
-                                                                      test::Answer(ERROR_ACCESS_DENIED));
+        const CapturingPatch<decltype(&RegQueryValueExW)> patch("RegQueryValueExW",
+                                                                Answer(ERROR_ACCESS_DENIED));
         ExpectLog(0, ReadLines(1));
     }
     EXPECT_EQ(m_key.Dword(kTile), 0u);
@@ -260,7 +245,7 @@ TEST_F(BrowserLaunch, WithoutTheRightToWriteLaunchesAllTheSame)
 {
     m_key.SetDword(kTile, 1);
     {
-        const test::CapturingPatch<decltype(&RegOpenKeyExW)> patch(
+        const CapturingPatch<decltype(&RegOpenKeyExW)> patch(
             "RegOpenKeyExW",
             [&](HKEY key, const wchar_t* path, DWORD options, REGSAM access, HKEY* result) -> LSTATUS {
                 return access == KEY_WRITE ? ERROR_ACCESS_DENIED
@@ -276,8 +261,7 @@ TEST_F(BrowserLaunch, PutsBackAlsoWhereSettingFailed)
 {
     m_key.SetDword(kTile, 7);
     {
-        const test::CapturingPatch<decltype(&RegSetValueExW)> patch("RegSetValueExW",
-                                                                    test::Answer(ERROR_ACCESS_DENIED));
+        const CapturingPatch<decltype(&RegSetValueExW)> patch("RegSetValueExW", Answer(ERROR_ACCESS_DENIED));
         ExpectLog(1, ReadLines(7) + SetLines(1), SetLines(7));
     }
     EXPECT_EQ(m_key.Dword(kTile), 7u);
@@ -286,8 +270,8 @@ TEST_F(BrowserLaunch, PutsBackAlsoWhereSettingFailed)
 TEST_F(BrowserLaunch, ReturnsTheResultOfTheLaunchWhenDeletingFails)
 {
     {
-        const test::CapturingPatch<decltype(&RegDeleteValueW)> patch("RegDeleteValueW",
-                                                                     test::Answer(ERROR_ACCESS_DENIED));
+        const CapturingPatch<decltype(&RegDeleteValueW)> patch("RegDeleteValueW",
+                                                               Answer(ERROR_ACCESS_DENIED));
         ExpectLog(0, ReadLines(1) + SetLines(0), DeleteLines());
     }
     EXPECT_EQ(m_key.Dword(kTile), 0u) << "nothing else takes it away";
@@ -340,10 +324,9 @@ TEST_F(BrowserLaunch, ReturnsTheSuccessOfTheLaunch)
 {
     m_key.SetDword(kTile, 1);
     HaveShell();
-    const test::FakeSleep sleep;
-    const test::CapturingPatch<decltype(&SendInput)> keys("SendInput", test::Answer(1));
-    const test::CapturingPatch<decltype(&GetForegroundWindow)> foreground("GetForegroundWindow",
-                                                                          test::Answer(nullptr));
+    const FakeSleep sleep;
+    const CapturingPatch<decltype(&SendInput)> keys("SendInput", Answer(1));
+    const CapturingPatch<decltype(&GetForegroundWindow)> foreground("GetForegroundWindow", Answer(nullptr));
     EXPECT_EQ(QanhLaunchIEBySearch(0, 1, FALSE), S_OK);
     EXPECT_EQ(m_key.Dword(kTile), 1u);
     const Lines lines = m_log.Lines();

@@ -1,6 +1,5 @@
 // What becomes of a start that fails, or that succeeds in another way than usual.
 
-#include "support/Text.h"
 #include "unit/api/LifecycleHost.h"
 
 namespace {
@@ -18,7 +17,7 @@ TEST_F(LifecycleInShell, OtherSuccessOfThePackageManagerIsTheResult)
 {
     // Another process of this executable is in its first pass: the preset file is all that there is.
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
-    test::WriteFileBytes(m_folder / L"PresetAppNameList.xml", "<Applications/>");
+    WriteFileBytes(m_folder / L"PresetAppNameList.xml", "<Applications/>");
     EXPECT_EQ(QanhInitialize(), S_FALSE);
     EXPECT_EQ(s_nCount, 1);
     EXPECT_EQ(m_log.Lines().back(), "QanhInitialize OUT(1) : s_nCount(1)");
@@ -38,9 +37,9 @@ TEST_F(LifecycleInShell, LoadFailureOfAnotherProcessLeavesTheLibraryDown)
 
 TEST_F(LifecycleInShell, PackageManagersFailureUndoesTheMonitorMode)
 {
-    m_host.FailNext(test::HostExecutable::kAlways);
+    m_host.FailNext(HostExecutable::kAlways);
     HRESULT hr = S_OK;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { hr = QanhInitialize(); }));
+    EXPECT_TRUE(KeepsApartment(Apartment::kNone, [&] { hr = QanhInitialize(); }));
     EXPECT_EQ(hr, E_FAIL);
     EXPECT_EQ(m_shell.Created(), 1u);
     ExpectDown();
@@ -54,7 +53,7 @@ TEST_F(LifecycleInShell, PackageManagersFailureUndoesTheMonitorMode)
 TEST_F(LifecycleInShell, ThreadThatDoesNotStartLeavesTheLibraryDownAndTheNextCallTriesAgain)
 {
     {
-        const test::ImportPatch<decltype(&CreateThread)> patch(
+        const ImportPatch<decltype(&CreateThread)> patch(
             "CreateThread",
             [](SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, void*, DWORD, DWORD*) -> HANDLE {
                 SetLastError(ERROR_NOT_ENOUGH_MEMORY);
@@ -76,7 +75,7 @@ protected:
                        const std::string& number)
     {
         HRESULT hr = S_OK;
-        EXPECT_TRUE(test::KeepsApartment(apartment, [&] { hr = QanhInitialize(); }));
+        EXPECT_TRUE(KeepsApartment(apartment, [&] { hr = QanhInitialize(); }));
         EXPECT_EQ(hr, result);
         ExpectDown();
         EXPECT_EQ(m_log.Lines(),
@@ -87,7 +86,7 @@ protected:
 
 TEST_F(LifecycleWithoutMonitorMode, ThreadInAMultithreadedApartmentIsRefused)
 {
-    const test::FakeShell shell;
+    const FakeShell shell;
     ExpectFailure(Apartment::kMultithreaded, RPC_E_CHANGED_MODE, "CoInitializeEx", "-2147417850");
     EXPECT_EQ(shell.Created(), 0u);
 }

@@ -3,29 +3,14 @@
 #include "QanHelper.h"
 #include "api/Statics.h"
 #include "common/DiagnosticLog.h"
-#include "support/Apartments.h"
 #include "support/FakeShell.h"
 #include "support/HostExecutable.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 namespace api_test {
 
-using test::Apartment;
-using test::Call;
-using test::Lines;
-using test::operator+;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
+using namespace test;
 constexpr DWORD kThreadPatience = 20000; // milliseconds; only a failing test waits for them
 
 // In place of the refresh thread: runs until it is told to stop, and writes nothing into the log meanwhile.
@@ -107,13 +92,13 @@ protected:
     [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
 
     const std::wstring m_hostName = NewHostName();
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    test::NoShell m_noShell;
-    test::TemporaryFolder m_folder;
-    test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
-    test::LogCapture m_log;
-    test::FakeSleep m_sleep; // finalizing does not wait for the first refresh pass then
-    test::ImportPatch<decltype(&CreateThread)> m_createThread{"CreateThread", StartWaiting};
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    NoShell m_noShell;
+    TemporaryFolder m_folder;
+    HostExecutable m_host{m_folder / (m_hostName + L".exe")};
+    LogCapture m_log;
+    FakeSleep m_sleep; // finalizing does not wait for the first refresh pass then
+    ImportPatch<decltype(&CreateThread)> m_createThread{"CreateThread", StartWaiting};
 };
 
 // The same with a shell, whose object must be given back.
@@ -146,7 +131,7 @@ protected:
                Call("CQanhPackageManager::Initialize", "(" + result + ")");
     }
 
-    test::FakeShell m_shell;
+    FakeShell m_shell;
 };
 
 } // namespace api_test

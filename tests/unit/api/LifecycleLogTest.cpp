@@ -1,6 +1,5 @@
 // How the log is switched.
 
-#include "support/Text.h"
 #include "unit/api/LifecycleHost.h"
 
 namespace {
@@ -28,7 +27,7 @@ TEST_F(LifecycleInShell, LogIsSwitchedOnByTheNextCallOnly)
     ASSERT_EQ(QanhInitialize(), S_OK);
     m_settings.SetDword(L"DebugLog", 1);
     QanhReleaseString(nullptr);
-    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_FALSE(Exists(m_log.File()));
     EXPECT_EQ(QanhInitialize(), S_OK);
     EXPECT_EQ(m_log.Lines(), Call("QanhInitialize", "(0) : s_nCount(2)"));
 }
@@ -38,11 +37,11 @@ TEST_F(LifecycleInShell, WithoutTheSettingNoLogIsMade)
     m_settings.DeleteValue(L"DebugLog");
     ASSERT_EQ(QanhInitialize(), S_OK);
     QanhFinalize();
-    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_FALSE(Exists(m_log.File()));
     m_settings.SetText(L"DebugLog", L"1");
     ASSERT_EQ(QanhInitialize(), S_OK);
     QanhFinalize();
-    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_FALSE(Exists(m_log.File()));
 }
 
 TEST_F(Lifecycle, FailedCallSwitchesTheLogToo)
@@ -65,11 +64,11 @@ TEST_F(LifecycleInShell, LogLiesInTheFolderOfTheHostOfEachCall)
     ASSERT_EQ(QanhInitialize(), S_OK);
     const std::wstring otherName = m_hostName + L"x";
     const std::wstring otherFolder = m_log.LocalAppData() + L"\\Vel\\QanHelper\\" + otherName;
-    test::MakeFolder(otherFolder);
+    MakeFolder(otherFolder);
     m_host.Set(m_folder / (otherName + L".y.exe"));
     EXPECT_EQ(QanhInitialize(), S_OK);
-    ASSERT_TRUE(test::Exists(otherFolder + L"\\QanHelperLog.txt"));
-    EXPECT_EQ(test::WithoutTimeStamps(test::ReadFileBytes(otherFolder + L"\\QanHelperLog.txt")),
+    ASSERT_TRUE(Exists(otherFolder + L"\\QanHelperLog.txt"));
+    EXPECT_EQ(WithoutTimeStamps(ReadFileBytes(otherFolder + L"\\QanHelperLog.txt")),
               "QanhInitialize IN\r\nQanhInitialize OUT(0) : s_nCount(2)\r\n");
 }
 

@@ -1,6 +1,5 @@
 // How the library is brought up and taken down.
 
-#include "support/TemporaryFolder.h"
 #include "unit/api/LifecycleHost.h"
 
 namespace {
@@ -66,7 +65,7 @@ TEST_F(LifecycleInShell, IsBroughtUpAgainAfterItWasDown)
 TEST_F(LifecycleInShell, FinalizeTooManyDoesNothingAndDoesNotLeaveTheHostsApartment)
 {
     DiagnosticLog::SetEnabled(true);
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [] { QanhFinalize(); }));
+    EXPECT_TRUE(KeepsApartment(Apartment::kSingleThreaded, [] { QanhFinalize(); }));
     QanhFinalize();
     EXPECT_EQ(s_nCount, 0);
     EXPECT_EQ(m_log.Lines(), Call("QanhFinalize", " : s_nCount(0)") + Call("QanhFinalize", " : s_nCount(0)"));
@@ -76,15 +75,15 @@ TEST_F(LifecycleInShell, FinalizeTooManyDoesNothingAndDoesNotLeaveTheHostsApartm
 
 TEST_F(LifecycleInShell, EntersAnApartmentAndLeavesItAtTheEnd)
 {
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kNone, [] {
         EXPECT_EQ(QanhInitialize(), S_OK);
-        EXPECT_EQ(test::ApartmentOfThread(), Apartment::kSingleThreaded);
+        EXPECT_EQ(ApartmentOfThread(), Apartment::kSingleThreaded);
         QanhInitialize();
         QanhFinalize();
-        EXPECT_EQ(test::ApartmentOfThread(), Apartment::kSingleThreaded);
+        EXPECT_EQ(ApartmentOfThread(), Apartment::kSingleThreaded);
         QanhFinalize();
     }));
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kSingleThreaded, [] {
         EXPECT_EQ(QanhInitialize(), S_OK);
         QanhFinalize();
     }));
@@ -93,11 +92,11 @@ TEST_F(LifecycleInShell, EntersAnApartmentAndLeavesItAtTheEnd)
 TEST(LifecycleWithThread, FinalizeWaitsForTheFirstPass)
 {
     const std::wstring hostName = NewHostName();
-    const test::TemporaryFolder folder;
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", folder.Path().c_str());
-    const test::ScopedKey settings(HKEY_LOCAL_MACHINE, test::kSettingsKey);
-    const test::HostExecutable host(folder / (hostName + L".exe"));
-    const test::FakeShell shell;
+    const TemporaryFolder folder;
+    const ScopedEnvironment environment(L"LOCALAPPDATA", folder.Path().c_str());
+    const ScopedKey settings(HKEY_LOCAL_MACHINE, kSettingsKey);
+    const HostExecutable host(folder / (hostName + L".exe"));
+    const FakeShell shell;
     const ULONGLONG start = GetTickCount64();
     ASSERT_EQ(QanhInitialize(), S_OK);
     const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + hostName).c_str());
@@ -107,7 +106,7 @@ TEST(LifecycleWithThread, FinalizeWaitsForTheFirstPass)
     EXPECT_GE(GetTickCount64() - start, 950u);
     EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
     EXPECT_EQ(OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + hostName).c_str()), nullptr);
-    EXPECT_TRUE(test::Exists(folder / (L"Vel\\QanHelper\\" + hostName + L"\\AppNameList.xml")));
+    EXPECT_TRUE(Exists(folder / (L"Vel\\QanHelper\\" + hostName + L"\\AppNameList.xml")));
     s_PackageManager.m_AppNameList.Clear();
 }
 

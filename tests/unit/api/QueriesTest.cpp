@@ -4,25 +4,14 @@
 #include "QanHelper.h"
 
 #include "support/Allocations.h"
-#include "support/Apartments.h"
 #include "support/FakePackages.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <new>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Call;
-using test::Lines;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 const std::wstring kOffice = L"Microsoft.Office.Desktop_8wekyb3d8bbwe";
 constexpr HRESULT kNoPackage = static_cast<HRESULT>(0xA0000001);
@@ -69,14 +58,14 @@ protected:
         return families;
     }
 
-    test::FakeStore m_store;
+    FakeStore m_store;
     BOOL m_isInstalled = 7; // neither true nor false: shows whether it was set
 };
 
 TEST_F(Queries, IsInstalledTellsWhetherTheFamilyHasAPackage)
 {
     m_store.Add(L"mail_1");
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectFamilyInstalled(L"mail_1", 1);
     EXPECT_EQ(log.Lines(), InstalledLines("QanhIsInstalled(mail_1)", "mail_1"));
     ExpectFamilyInstalled(L"none", 0);
@@ -91,9 +80,9 @@ TEST_F(Queries, IsInstalledTakesAnIdForAFamily)
 TEST_F(Queries, WorkWithoutInitializationInEveryApartment)
 {
     m_store.Add(L"mail_1");
-    for (const test::Apartment apartment :
-         {test::Apartment::kNone, test::Apartment::kSingleThreaded, test::Apartment::kMultithreaded}) {
-        EXPECT_TRUE(test::KeepsApartment(apartment, [&] { ExpectFamilyInstalled(L"mail_1", 1); }));
+    for (const Apartment apartment :
+         {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
+        EXPECT_TRUE(KeepsApartment(apartment, [&] { ExpectFamilyInstalled(L"mail_1", 1); }));
     }
 }
 
@@ -102,7 +91,7 @@ TEST_F(Queries, WorkWithoutInitializationInEveryApartment)
 TEST_F(Queries, ByIdAsksForTheFamily)
 {
     m_store.Add(L"Mail_1");
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectInstalled(L"Mail_1!App", 1);
     EXPECT_EQ(log.Lines(), InstalledLines("QanhIsInstalledByAppUserModeID(Mail_1!App)", "Mail_1"));
 }
@@ -150,7 +139,7 @@ TEST_F(Queries, WithoutAManagerNothingIsInstalled)
 TEST_F(Queries, ReturnTheFailureOfTheSystem)
 {
     m_store.objects.Fail("First", E_ACCESSDENIED);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(QanhIsInstalled(L"mail_1", &m_isInstalled), E_FAIL);
     EXPECT_EQ(log.Lines().back(), "QanhIsInstalled OUT(0x80004005)");
     for (const std::wstring& id :
@@ -164,8 +153,8 @@ TEST_F(Queries, ReturnTheFailureOfTheSystem)
 TEST_F(Queries, ByIdWithoutAFamilyIsInvalid)
 {
     for (const std::string& id : {std::string("!"), std::string("!App")}) {
-        const test::LogCapture log;
-        EXPECT_EQ(Ask(test::FromUtf8(id)), E_INVALIDARG);
+        const LogCapture log;
+        EXPECT_EQ(Ask(FromUtf8(id)), E_INVALIDARG);
         EXPECT_EQ(log.Lines(), Call("QanhIsInstalledByAppUserModeID(" + id + ")", "(0x80070057)",
                                     Call("CQanhPackageManager::IsInstalled()", "(0x80070057)")));
     }
@@ -178,7 +167,7 @@ TEST_F(Queries, ByIdWithoutAFamilyIsInvalid)
 TEST_F(Queries, ByIdOfTheSuiteAsksForTheApplicationAmongTheDependencies)
 {
     m_store.Add(kOffice.c_str(), {L"Microsoft.Office.Desktop.Word_8wekyb3d8bbwe"});
-    test::LogCapture log;
+    LogCapture log;
     ExpectInstalled(kOffice + L"!Word", 1);
     EXPECT_EQ(log.Lines(),
               InstalledLines("QanhIsInstalledByAppUserModeID(Microsoft.Office.Desktop_8wekyb3d8bbwe!Word)",
@@ -203,7 +192,7 @@ class SuiteId : public Queries, public ::testing::WithParamInterface<SuiteCase>
 TEST_P(SuiteId, IsKnownByTheFamilyAnywhereInIt)
 {
     // Whatever family is asked for, there is a package of it.
-    m_store.Add(test::FromUtf8(GetParam().family).c_str(), {L"something else"});
+    m_store.Add(FromUtf8(GetParam().family).c_str(), {L"something else"});
     EXPECT_EQ(Ask(GetParam().id), S_OK);
     EXPECT_THAT(Asked(), ElementsAre(GetParam().family));
     EXPECT_EQ(m_store.objects.Calls("Dependencies") == 1, GetParam().asksDependencies);
@@ -270,7 +259,7 @@ TEST_F(Queries, ByIdWithoutMemoryForTheSplittingIsRaised)
     const wchar_t id[] = L"Microsoft.Office.Desktop_8wekyb3d8bbwe!An application of some length";
     bool raised = false;
     {
-        const test::AllocationWatch watch(0);
+        const AllocationWatch watch(0);
         try {
             QanhIsInstalledByAppUserModeID(id, &m_isInstalled);
         } catch (const std::bad_alloc&) {
@@ -290,10 +279,10 @@ protected:
 
     void Install(const std::string& displayName, const std::string& tail = "")
     {
-        test::WriteFileBytes(m_folder / L"AppxManifest.xml",
-                             "<Applications><Application><VisualElements DisplayName=\"" + displayName +
-                                 "\"/></Application>" + tail + "</Applications>");
-        test::PackageFacts facts;
+        WriteFileBytes(m_folder / L"AppxManifest.xml",
+                       "<Applications><Application><VisualElements DisplayName=\"" + displayName +
+                           "\"/></Application>" + tail + "</Applications>");
+        PackageFacts facts;
         facts.familyName = L"mail_1";
         facts.path = m_folder.Path();
         m_store.Add(facts);
@@ -306,8 +295,8 @@ protected:
         EXPECT_EQ(m_log.Lines().back(), "QanhGetAppDisplayNameByPFN OUT(" + told);
     }
 
-    test::LogCapture m_log;
-    test::TemporaryFolder m_folder;
+    LogCapture m_log;
+    TemporaryFolder m_folder;
     wchar_t* m_name = nullptr;
 };
 

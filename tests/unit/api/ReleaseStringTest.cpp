@@ -1,18 +1,11 @@
 // The hand-back of strings.
 
 #include "QanHelper.h"
-#include "support/CapturingPatch.h"
-#include "support/LogCapture.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
-
-#include <vector>
+#include "support/Test.h"
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 class ReleaseString : public ::testing::Test
 {
@@ -20,15 +13,15 @@ protected:
     void Release(LPWSTR text)
     {
         QanhReleaseString(text);
-        EXPECT_EQ(m_log.Lines(), test::Call("QanhReleaseString"));
+        EXPECT_EQ(m_log.Lines(), Call("QanhReleaseString"));
     }
 
     std::vector<HLOCAL> m_freed;
-    const test::LogCapture m_log;
-    const test::CapturingPatch<decltype(&LocalFree)> m_patch{"LocalFree", [this](HLOCAL block) {
-                                                                 m_freed.push_back(block);
-                                                                 return m_patch.Original(block);
-                                                             }};
+    const LogCapture m_log;
+    const CapturingPatch<decltype(&LocalFree)> m_patch{"LocalFree", [this](HLOCAL block) {
+                                                           m_freed.push_back(block);
+                                                           return m_patch.Original(block);
+                                                       }};
 };
 
 TEST_F(ReleaseString, FreesWhatTheLibraryHandedOut)

@@ -2,35 +2,25 @@
 
 #include "api/Statics.h"
 #include "common/Apartment.h"
-#include "support/CapturingPatch.h"
 #include "support/ClipboardReader.h"
 #include "support/FakeShell.h"
 #include "support/Registry.h"
-#include "support/Text.h"
-#include "support/Trace.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <cstdio>
 #include <cwchar>
-#include <functional>
 #include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace api_test {
 
-using Steps = test::Lines;
-using test::operator+;
+using namespace test;
+using Steps = Lines;
 
 // The text on the clipboard in quotes, as another process reads it, or "nothing".
 inline std::string ReadClipboard()
 {
-    const std::optional<std::wstring> text = test::ReadClipboardElsewhere();
-    return text ? '"' + test::ToUtf8(*text) + '"' : "nothing";
+    const std::optional<std::wstring> text = ReadClipboardElsewhere();
+    return text ? '"' + ToUtf8(*text) + '"' : "nothing";
 }
 
 // What a launch does to the desktop, step by step.
@@ -140,41 +130,40 @@ private:
     }
 
     bool m_isPane = false;
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    const test::SleepWatch m_sleep{
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    const SleepWatch m_sleep{
         [this](DWORD milliseconds) { journal.push_back("sleep " + std::to_string(milliseconds)); }};
-    const test::CapturingPatch<decltype(&SendInput)> m_send{
-        "SendInput", [this](UINT count, INPUT* input, int size) {
-            journal.push_back(Send(count, input, size));
-            return journal.back() == "another input" ? 0 : 1;
-        }};
-    const test::CapturingPatch<decltype(&MapVirtualKeyW)> m_map{
+    const CapturingPatch<decltype(&SendInput)> m_send{"SendInput",
+                                                      [this](UINT count, INPUT* input, int size) {
+                                                          journal.push_back(Send(count, input, size));
+                                                          return journal.back() == "another input" ? 0 : 1;
+                                                      }};
+    const CapturingPatch<decltype(&MapVirtualKeyW)> m_map{
         "MapVirtualKeyW", [this](UINT code, UINT type) { return ScanCode(code, type); }};
-    const test::CapturingPatch<decltype(&GetMessageExtraInfo)> m_extra{"GetMessageExtraInfo",
-                                                                       test::Answer(0x77)};
-    const test::CapturingPatch<decltype(&GetForegroundWindow)> m_foreground{"GetForegroundWindow",
-                                                                            [this] { return Look(); }};
-    const test::CapturingPatch<decltype(&GetClassNameW)> m_class{
+    const CapturingPatch<decltype(&GetMessageExtraInfo)> m_extra{"GetMessageExtraInfo", Answer(0x77)};
+    const CapturingPatch<decltype(&GetForegroundWindow)> m_foreground{"GetForegroundWindow",
+                                                                      [this] { return Look(); }};
+    const CapturingPatch<decltype(&GetClassNameW)> m_class{
         "GetClassNameW", [this](HWND, wchar_t* name, int size) { return Class(name, size); }};
-    const test::CapturingPatch<decltype(&OpenClipboard)> m_open{
+    const CapturingPatch<decltype(&OpenClipboard)> m_open{
         "OpenClipboard", [this](HWND owner) {
             journal.push_back(owner ? "OpenClipboard for a window" : "OpenClipboard");
             return opensClipboard ? m_open.Original(owner) : FALSE;
         }};
-    const test::NotingPatch<decltype(&EmptyClipboard)> m_empty{"EmptyClipboard", journal,
-                                                               [] { return std::string("EmptyClipboard"); }};
-    const test::NotingPatch<decltype(&SetClipboardData)> m_set{
+    const NotingPatch<decltype(&EmptyClipboard)> m_empty{"EmptyClipboard", journal,
+                                                         [] { return std::string("EmptyClipboard"); }};
+    const NotingPatch<decltype(&SetClipboardData)> m_set{
         "SetClipboardData", journal, [](UINT format, HANDLE) {
             return std::string("SetClipboardData") + (format == CF_UNICODETEXT ? "" : " of another format");
         }};
-    const test::NotingPatch<decltype(&CloseClipboard), 1> m_close{
-        "CloseClipboard", journal, [] { return std::string("CloseClipboard"); }};
+    const NotingPatch<decltype(&CloseClipboard), 1> m_close{"CloseClipboard", journal,
+                                                            [] { return std::string("CloseClipboard"); }};
 
 protected:
-    test::ScopedKey& Settings() { return m_settings; }
+    ScopedKey& Settings() { return m_settings; }
 
     const ComApartment m_apartment{CoInitialize(nullptr)};
-    test::FakeShell m_shell;
+    FakeShell m_shell;
 };
 
 } // namespace api_test

@@ -2,18 +2,11 @@
 
 #include "QanHelper.h"
 #include "support/Allocations.h"
-#include "support/LogCapture.h"
 #include "unit/api/SearchDesktop.h"
-
-#include <gmock/gmock.h>
-
-#include <cstddef>
 
 namespace {
 
 using namespace api_test;
-using test::Call;
-using test::Lines;
 
 // The two lines of one key event.
 Lines Key(const std::string& arguments)
@@ -68,7 +61,7 @@ protected:
     }
 
     const Lines kMailQuery = {"QanhLaunchBySearch szKeyword = \"Mail\" "};
-    test::LogCapture m_log;
+    LogCapture m_log;
 };
 
 TEST_F(SearchLaunchLog, OfALaunchWithoutTheExcludeList)
@@ -157,11 +150,11 @@ TEST_F(SearchLaunchLog, OfALaunchWithoutMemory)
     AddDesktopApp(L"gmail");
     AddDesktopApp(L"a mail program with a name that is not short");
     std::size_t outOfMemory = 0;
-    const std::size_t attempts = test::ForEachFailingAllocation([&](std::size_t index) {
+    const std::size_t attempts = ForEachFailingAllocation([&](std::size_t index) {
         m_log.Clear();
         SCOPED_TRACE(index);
-        const test::Attempt attempt =
-            test::TryWithFailingAllocation(index, [] { return QanhLaunchBySearch(L"Mail", 0, TRUE); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [] { return QanhLaunchBySearch(L"Mail", 0, TRUE); });
         EXPECT_EQ(attempt.left, 0u);
         const bool isOutOfMemory = attempt.result == E_OUTOFMEMORY;
         outOfMemory += isOutOfMemory ? 1 : 0;

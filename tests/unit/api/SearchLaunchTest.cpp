@@ -6,8 +6,6 @@
 namespace {
 
 using namespace api_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class SearchLaunch : public SearchDesktop
 {
@@ -24,7 +22,7 @@ protected:
     {
         pasted.clear();
         Launch(mode, usesExcludeList, name);
-        EXPECT_THAT(pasted, ElementsAre('"' + test::ToUtf8(text) + '"'));
+        EXPECT_THAT(pasted, ElementsAre('"' + ToUtf8(text) + '"'));
     }
 
     // Showing, which waits so long before the clipboard is cleared.

@@ -1,9 +1,6 @@
 #include "api/SearchQuery.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 namespace {
 

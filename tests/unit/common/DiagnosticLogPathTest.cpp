@@ -3,27 +3,18 @@
 #include "common/DiagnosticLog.h"
 
 #include "support/HostExecutable.h"
-#include "support/LogCapture.h"
 #include "support/OtherProcess.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 #include "unit/common/FileCalls.h"
 #include "unit/common/InvalidParameter.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 namespace {
 
-using test::FileCalls;
-using test::HostExecutable;
-using ::testing::ElementsAre;
+using namespace test;
 
 // A process in which the path has never been composed, with the current directory of the argument: it
 // switches the log on, after it has tried to compose its path, when it is told to. Its exit code is 100 when
 // that failed, or a line was written before, plus 1 for each of two lines that was written.
-int WriteWithDefaultPath(const test::Part::Context& context, bool composes)
+int WriteWithDefaultPath(const Part::Context& context, bool composes)
 {
     SetCurrentDirectoryW(context.Argument().c_str());
     const int off = DiagnosticLog::WriteLine("zero\r\n"); // off at start
@@ -34,23 +25,22 @@ int WriteWithDefaultPath(const test::Part::Context& context, bool composes)
     return result;
 }
 
-const test::Part g_withoutLocalAppData(L"LogWithoutLocalAppData", [](const test::Part::Context& context) {
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", nullptr);
+const Part g_withoutLocalAppData(L"LogWithoutLocalAppData", [](const Part::Context& context) {
+    const ScopedEnvironment environment(L"LOCALAPPDATA", nullptr);
     return WriteWithDefaultPath(context, true);
 });
-const test::Part g_withoutExecutablePath(L"LogWithoutExecutablePath", [](const test::Part::Context& context) {
+const Part g_withoutExecutablePath(L"LogWithoutExecutablePath", [](const Part::Context& context) {
     HostExecutable host(L"");
-    host.FailNext(test::HostExecutable::kAlways);
+    host.FailNext(HostExecutable::kAlways);
     return WriteWithDefaultPath(context, true);
 });
-const test::Part g_switchedOn(L"LogWithoutComposing", [](const test::Part::Context& context) {
-    return WriteWithDefaultPath(context, false);
-});
+const Part g_switchedOn(L"LogWithoutComposing",
+                        [](const Part::Context& context) { return WriteWithDefaultPath(context, false); });
 
-std::string LogIn(const test::TemporaryFolder& folder)
+std::string LogIn(const TemporaryFolder& folder)
 {
     const std::wstring file = folder / L"QanHelperLog.txt";
-    return test::Exists(file) ? test::WithoutTimeStamps(test::ReadFileBytes(file)) : "no file";
+    return Exists(file) ? WithoutTimeStamps(ReadFileBytes(file)) : "no file";
 }
 
 class BareLogPath : public ::testing::TestWithParam<const wchar_t*>
@@ -59,8 +49,8 @@ class BareLogPath : public ::testing::TestWithParam<const wchar_t*>
 
 TEST_P(BareLogPath, IsTheNameInTheCurrentDirectory)
 {
-    const test::TemporaryFolder folder;
-    EXPECT_EQ(test::OtherProcess(GetParam(), folder.Path()).End(), 102u);
+    const TemporaryFolder folder;
+    EXPECT_EQ(OtherProcess(GetParam(), folder.Path()).End(), 102u);
     EXPECT_EQ(LogIn(folder), "one\r\ntwo\r\n");
 }
 
@@ -72,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(Of, BareLogPath,
 std::wstring PathFor(const std::wstring& localAppData, const std::wstring& executable)
 {
     const HostExecutable host(executable);
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", localAppData.c_str());
+    const ScopedEnvironment environment(L"LOCALAPPDATA", localAppData.c_str());
     EXPECT_EQ(DiagnosticLog::ComposePath(), 1);
     FileCalls calls;
     calls.failsToOpen = true;
@@ -145,10 +135,10 @@ TEST(DiagnosticLogPath, TakesUpTo259Characters)
 // C runtime does not mind at all, the log stays where it was.
 TEST(DiagnosticLogPath, OfMoreCharactersLeavesTheLogWhereItWas)
 {
-    const test::InvalidParameterHandler handler;
-    const test::LogCapture log;
+    const InvalidParameterHandler handler;
+    const LogCapture log;
     for (const std::size_t characters : {260u, 261u, 262u, 270u, 290u}) {
-        const test::ScopedEnvironment environment(L"LOCALAPPDATA", LocalAppDataFor(characters).c_str());
+        const ScopedEnvironment environment(L"LOCALAPPDATA", LocalAppDataFor(characters).c_str());
         const HostExecutable host(L"C:\\a.exe");
         EXPECT_EQ(DiagnosticLog::ComposePath(), 0) << characters;
     }
@@ -158,8 +148,8 @@ TEST(DiagnosticLogPath, OfMoreCharactersLeavesTheLogWhereItWas)
 
 TEST(DiagnosticLogPath, LocalAppDataOf260CharactersCannotBeRead)
 {
-    const test::LogCapture log;
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", std::wstring(260, L'x').c_str());
+    const LogCapture log;
+    const ScopedEnvironment environment(L"LOCALAPPDATA", std::wstring(260, L'x').c_str());
     EXPECT_EQ(DiagnosticLog::ComposePath(), 0);
     DiagnosticLog::WriteLine("x\r\n");
     EXPECT_THAT(log.Lines(), ElementsAre("x"));
@@ -167,19 +157,19 @@ TEST(DiagnosticLogPath, LocalAppDataOf260CharactersCannotBeRead)
 
 TEST(DiagnosticLogPath, ComposingMakesNoFolderAndLinesAreLostUntilThereIsOne)
 {
-    const test::TemporaryFolder local;
+    const TemporaryFolder local;
     const HostExecutable host(L"C:\\Tools\\Launcher.exe");
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", local.Path().c_str());
+    const ScopedEnvironment environment(L"LOCALAPPDATA", local.Path().c_str());
     EXPECT_EQ(DiagnosticLog::ComposePath(), 1);
     DiagnosticLog::SetEnabled(true);
     EXPECT_EQ(DiagnosticLog::WriteLine("lost\r\n"), 0);
-    EXPECT_FALSE(test::Exists(local / L"Vel"));
-    test::MakeFolder(local / L"Vel\\QanHelper\\Launcher");
+    EXPECT_FALSE(Exists(local / L"Vel"));
+    MakeFolder(local / L"Vel\\QanHelper\\Launcher");
     EXPECT_NE(DiagnosticLog::WriteLine("kept\r\n"), 0);
     DiagnosticLog::SetEnabled(false);
     const std::wstring file = local / L"Vel\\QanHelper\\Launcher\\QanHelperLog.txt";
-    ASSERT_TRUE(test::Exists(file));
-    EXPECT_EQ(test::WithoutTimeStamps(test::ReadFileBytes(file)), "kept\r\n");
+    ASSERT_TRUE(Exists(file));
+    EXPECT_EQ(WithoutTimeStamps(ReadFileBytes(file)), "kept\r\n");
 }
 
 } // namespace

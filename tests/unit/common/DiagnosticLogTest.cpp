@@ -1,36 +1,21 @@
 #include "common/DiagnosticLog.h"
 
 #include "support/Allocations.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "support/Trace.h"
 #include "unit/common/CodePage.h"
 #include "unit/common/FileCalls.h"
 #include "unit/common/InvalidParameter.h"
 
-#include <gmock/gmock.h>
-
 #include <cerrno>
-#include <cstddef>
 #include <cstdlib>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::FileCalls;
-using test::LogCapture;
-using test::ReadFileBytes;
-using test::operator+;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::MatchesRegex;
+using namespace test;
 
 constexpr char kStamp[] = "[2014/03/01 09:05:07.042]";
 
 // What the writing of a line asks of the platform.
-test::Lines WriteSteps(const std::string& message)
+Lines WriteSteps(const std::string& message)
 {
     return {"open for appending",           "seek the end",     "look at the clock",
             std::string("write ") + kStamp, "write " + message, "close"};
@@ -94,7 +79,7 @@ TEST_F(DiagnosticLogTest, SwitchedOffTouchesNothing)
     EXPECT_EQ(DiagnosticLog::WriteLine("%S IN\r\n", reinterpret_cast<const wchar_t*>(1)), 1);
     EXPECT_EQ(DiagnosticLog::WriteLine(nullptr), 1);
     EXPECT_THAT(calls.journal, IsEmpty());
-    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_FALSE(Exists(m_log.File()));
 }
 
 TEST_F(DiagnosticLogTest, IsSwitchedOnAndOffFromLineToLine)
@@ -154,7 +139,7 @@ TEST_F(DiagnosticLogTest, ResultIsThatOfTheLastWrite)
 
 TEST_F(DiagnosticLogTest, LastErrorOfTheThreadAndErrnoAreKept)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     FileCalls calls;
     SetLastError(4711);
     _set_errno(EDOM);
@@ -180,7 +165,7 @@ TEST_F(DiagnosticLogTest, LogOutReturnsWhatItLogs)
 
 TEST_F(DiagnosticLogTest, TextOutsideTheCodePageDoesNotLoseTheLine)
 {
-    const test::CodePage western(1252);
+    const CodePage western(1252);
     EXPECT_NE(DiagnosticLog::WriteLine("%S(%S, %d) IN\r\n", L"QanhLaunchBySearch", L"a\u0e01b\u10d0c", 7), 0);
     DiagnosticLog::WriteLine("%S(%S) IN\r\n", L"QanhIsInstalled", L"x\xd800y");
     EXPECT_THAT(m_log.Lines(), ElementsAre("QanhLaunchBySearch(a?b?c, 7) IN", "QanhIsInstalled(x?y) IN"));
@@ -188,9 +173,9 @@ TEST_F(DiagnosticLogTest, TextOutsideTheCodePageDoesNotLoseTheLine)
 
 TEST_F(DiagnosticLogTest, LineIsWrittenWholeWithoutMemory)
 {
-    const test::CodePage western(1252);
+    const CodePage western(1252);
     {
-        const test::AllocationWatch watch(0);
+        const AllocationWatch watch(0);
         DiagnosticLog::WriteLine("%S(%S, %d) IN\r\n", L"QanhLaunchBySearch", L"\u30e1\u30fc\u30eb, Caf\u00e9",
                                  7);
     }
@@ -224,7 +209,7 @@ class OverlongMessage : public DiagnosticLogTest, public ::testing::WithParamInt
 
 TEST_P(OverlongMessage, LeavesItsStampAndAWholeFile)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     DiagnosticLog::WriteLine("before\r\n");
     const std::string message(GetParam(), 'x');
     const std::wstring wide(GetParam(), L'x');
@@ -243,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(DiagnosticLog, OverlongMessage, ::testing::Values(1024,
 
 TEST_F(DiagnosticLogTest, OverlongMessageWithTextOutsideTheCodePageIsLeftOutToo)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     for (const std::wstring& text :
          {std::wstring(5000, L'x') + L"\u0e01\u10d0", L"\u0e01\u10d0" + std::wstring(5000, L'x')}) {
         DiagnosticLog::WriteLine("%S\r\n", text.c_str());

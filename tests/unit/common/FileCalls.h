@@ -1,11 +1,6 @@
 #pragma once
 
-#include "support/CapturingPatch.h"
-
-#include <windows.h>
-
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 namespace test {
 

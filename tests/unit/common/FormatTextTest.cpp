@@ -2,10 +2,9 @@
 
 #include "support/Allocations.h"
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <new>
-#include <string>
 
 namespace {
 

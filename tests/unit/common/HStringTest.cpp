@@ -1,10 +1,6 @@
 #include "common/HString.h"
 
-#include "support/CapturingPatch.h"
-
-#include <gmock/gmock.h>
-
-#include <vector>
+#include "support/Test.h"
 
 namespace {
 

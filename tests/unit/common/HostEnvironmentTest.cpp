@@ -1,16 +1,13 @@
 #include "common/HostEnvironment.h"
 
 #include "support/HostExecutable.h"
-#include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <cwchar>
-#include <string>
 
 namespace {
 
-using test::HostExecutable;
+using namespace test;
 
 constexpr wchar_t kVariable[] = L"QANH_UNIT_TEST";
 
@@ -21,7 +18,7 @@ protected:
     // Of a variable with this value.
     bool ReadOf(const std::wstring& value)
     {
-        const test::ScopedEnvironment environment(kVariable, value.c_str());
+        const ScopedEnvironment environment(kVariable, value.c_str());
         return Read();
     }
 
@@ -36,7 +33,7 @@ TEST_F(HostEnvironment, VariableIsRead)
 
 TEST_F(HostEnvironment, AbsentVariableIsNotRead)
 {
-    const test::ScopedEnvironment environment(kVariable, nullptr);
+    const ScopedEnvironment environment(kVariable, nullptr);
     EXPECT_FALSE(Read());
 }
 
@@ -44,7 +41,7 @@ TEST_F(HostEnvironment, AbsentVariableIsNotRead)
 // apart.
 TEST_F(HostEnvironment, EmptyVariableIsReadWhateverTheLastErrorWas)
 {
-    const test::ScopedEnvironment environment(kVariable, L"");
+    const ScopedEnvironment environment(kVariable, L"");
     SetLastError(ERROR_ENVVAR_NOT_FOUND);
     EXPECT_TRUE(Read());
     EXPECT_STREQ(m_value, L"");
@@ -52,7 +49,7 @@ TEST_F(HostEnvironment, EmptyVariableIsReadWhateverTheLastErrorWas)
 
 TEST_F(HostEnvironment, VariableIsReadAsThePlatformHasItNow)
 {
-    const test::ScopedEnvironment environment(kVariable, L"first");
+    const ScopedEnvironment environment(kVariable, L"first");
     ASSERT_TRUE(Read());
     // The C runtime does not see this.
     SetEnvironmentVariableW(kVariable, L"second");

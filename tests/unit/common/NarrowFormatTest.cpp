@@ -1,24 +1,16 @@
 #include "common/NarrowFormat.h"
 
 #include "support/Allocations.h"
-#include "support/ImportPatch.h"
 #include "unit/common/CodePage.h"
 #include "unit/common/InvalidParameter.h"
 
-#include <gmock/gmock.h>
-
-#include <windows.h>
-
-#include <algorithm>
 #include <clocale>
 #include <cstdarg>
 #include <cstring>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::CodePage;
+using namespace test;
 
 constexpr UINT kJapanese = 932;
 constexpr UINT kWestern = 1252;
@@ -191,7 +183,7 @@ int LengthWithoutMemory(const char* format, ...)
     va_start(arguments, format);
     int length = 0;
     {
-        const test::AllocationWatch watch(0);
+        const AllocationWatch watch(0);
         length = FormatNarrow(buffer, sizeof buffer, format, arguments);
         isAsked = watch.Failed();
     }
@@ -229,7 +221,7 @@ class LongestText : public ::testing::TestWithParam<Lengths>
 
 TEST_P(LongestText, Has1023BytesHoweverManyLetters)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     const CodePage system(GetParam().codePage);
     const std::wstring& fits = GetParam().fits;
     EXPECT_EQ(Format("%S", fits.c_str()).size(), 1023u);
@@ -253,7 +245,7 @@ INSTANTIATE_TEST_SUITE_P(NarrowFormat, LongestText,
 
 TEST(NarrowFormat, MessageThatDoesNotFitIsEmpty)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     for (const std::size_t size : {1024u, 1025u, 1026u, 2000u, 2048u, 2049u, 100000u}) {
         EXPECT_EQ(Format("%s", std::string(size, 'x').c_str()), "") << size;
         EXPECT_EQ(Format("%S", std::wstring(size, L'x').c_str()), "") << size;
@@ -282,7 +274,7 @@ int GiveToCRuntime(char*, std::size_t size, const char* format, _locale_t locale
 TEST(NarrowFormat, MessageThatDoesNotFitIsGivenToTheCRuntime)
 {
     g_lengths.clear();
-    const test::ImportPatch<decltype(&GiveToCRuntime)> patch("_sprintf_s_l", GiveToCRuntime);
+    const ImportPatch<decltype(&GiveToCRuntime)> patch("_sprintf_s_l", GiveToCRuntime);
     EXPECT_EQ(Format("%S", std::wstring(1024, L'x').c_str()), "");
     EXPECT_EQ(Format("%S", std::wstring(100000, L'x').c_str()), "");
     EXPECT_THAT(g_lengths, ::testing::ElementsAre(1024u, 1024u)); // too long for it, by one
@@ -290,7 +282,7 @@ TEST(NarrowFormat, MessageThatDoesNotFitIsGivenToTheCRuntime)
 
 TEST(NarrowFormat, SmallerBufferIsKeptToo)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     EXPECT_EQ(FormatSized(4, "%S", L"abc"), "abc");
     for (const wchar_t* text : {L"abcd", L"abcdefgh", L"\u0e01\u10d0xyz"}) {
         EXPECT_EQ(FormatSized(4, "%S", text), "");
@@ -301,7 +293,7 @@ TEST(NarrowFormat, SmallerBufferIsKeptToo)
 // A code page that the platform cannot convert to.
 TEST(NarrowFormat, TextThatCannotBeConvertedIsAQuestionMark)
 {
-    const test::ImportPatch<decltype(&WideCharToMultiByte)> patch(
+    const ImportPatch<decltype(&WideCharToMultiByte)> patch(
         "WideCharToMultiByte", [](UINT, DWORD, const wchar_t*, int, char*, int, const char*, BOOL*) -> int {
             SetLastError(ERROR_INVALID_PARAMETER);
             return 0;

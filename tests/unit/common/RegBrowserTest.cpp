@@ -2,22 +2,12 @@
 
 #include "common/Reg.h"
 
-#include "support/LogCapture.h"
 #include "support/Registry.h"
-#include "support/Trace.h"
 #include "unit/common/RegCalls.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
 
 namespace {
 
-using test::Call;
-using test::Lines;
-using test::RegCalls;
-using test::operator+;
-using ::testing::Optional;
+using namespace test;
 
 constexpr wchar_t kValue[] = L"ApplicationTileImmersiveActivation";
 constexpr char kOpenForReading[] = "open user Software\\Microsoft\\Internet Explorer\\Main 0 0x20019";
@@ -43,8 +33,8 @@ protected:
         return Call("CQanhReg::DeleteTileImmersiveActivation", result);
     }
 
-    test::ScopedKey m_key{HKEY_CURRENT_USER, test::kBrowserKey};
-    test::LogCapture m_log;
+    ScopedKey m_key{HKEY_CURRENT_USER, kBrowserKey};
+    LogCapture m_log;
     DWORD m_value = 7;
     DWORD m_type = 7;
 };

@@ -1,14 +1,9 @@
 #pragma once
 
-#include "support/CapturingPatch.h"
-#include "support/Text.h"
-
-#include <windows.h>
+#include "support/Test.h"
 
 #include <cstdio>
 #include <cstring>
-#include <string>
-#include <vector>
 
 namespace test {
 

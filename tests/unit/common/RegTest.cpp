@@ -2,25 +2,12 @@
 
 #include "common/Reg.h"
 
-#include "support/LogCapture.h"
 #include "support/Registry.h"
-#include "support/Trace.h"
 #include "unit/common/RegCalls.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <ostream>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using test::Call;
-using test::RegCalls;
-using test::operator+;
-using ::testing::ElementsAre;
+using namespace test;
 
 constexpr char kOpen[] = "open machine Software\\Vel\\VELQAN\\QanHelper 0 0x20019";
 
@@ -43,7 +30,7 @@ protected:
     }
     static void ExpectDefaults() { ExpectGetters(0, 1, 43200000, 1000); }
 
-    test::ScopedKey m_key{HKEY_LOCAL_MACHINE, test::kSettingsKey};
+    ScopedKey m_key{HKEY_LOCAL_MACHINE, kSettingsKey};
 };
 
 // ---- the reader behind the getters ----
@@ -51,7 +38,7 @@ protected:
 TEST_F(Reg, ReaderTakesADword)
 {
     m_key.SetDword(L"RefreshInterval", 0x89ABCDEF);
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectRead(L"RefreshInterval", 1, 0x89ABCDEF);
     EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal", "(1)"));
 }
@@ -73,7 +60,7 @@ TEST_F(Reg, WithoutTheKeyOrItsRightTheExitLineHasNoNumber)
         if (isDenied) {
             m_key.SetDword(L"DebugLog", 1);
         }
-        const test::LogCapture log;
+        const LogCapture log;
         {
             RegCalls calls;
             if (isDenied) {
@@ -90,7 +77,7 @@ TEST_F(Reg, WithoutTheKeyOrItsRightTheExitLineHasNoNumber)
 TEST_F(Reg, FailingQueryClosesTheKey)
 {
     m_key.SetDword(L"DebugLog", 1);
-    const test::LogCapture log;
+    const LogCapture log;
     {
         RegCalls calls;
         calls.query.answer = ERROR_ACCESS_DENIED;
@@ -154,7 +141,7 @@ protected:
 TEST_P(UnusableValue, IsNotRead)
 {
     Store(L"RefreshInterval");
-    const test::LogCapture log;
+    const LogCapture log;
     DWORD value = 7;
     EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"RefreshInterval", &value), 0);
     EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal", "(0)"));
@@ -235,13 +222,13 @@ const Getter kGetters[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Reg, RegGetter, ::testing::ValuesIn(kGetters),
-                         [](const auto& each) { return test::ToUtf8(each.param.value); });
+                         [](const auto& each) { return ToUtf8(each.param.value); });
 
 class RegLog : public Reg
 {
 protected:
     // What a getter writes: whether its value was read, and what it tells.
-    static test::Lines GetterLines(const std::string& getter, bool isRead, const std::string& told)
+    static Lines GetterLines(const std::string& getter, bool isRead, const std::string& told)
     {
         return Call("CQanhReg::" + getter, "(" + told + ")",
                     Call("CQanhReg::GetDWORDRegVal", isRead ? "(1)" : "(0)"));
@@ -261,7 +248,7 @@ TEST_F(RegLog, OfTheGetters)
     m_key.SetDword(L"ManifestReaderSetting", 0);
     m_key.SetDword(L"RefreshInterval", 0xFFFFFFFF);
     m_key.SetDword(L"ClearClipboardWaitTime", 250);
-    const test::LogCapture log;
+    const LogCapture log;
     CallGetters();
     // The interval in minutes, not in milliseconds.
     EXPECT_EQ(log.Lines(), GetterLines("IsDebugLogOn", true, "1") +
@@ -274,7 +261,7 @@ TEST_F(RegLog, OfTheGettersTellsTheDefaults)
 {
     m_key.SetDword(L"ManifestReaderSetting", 2);
     m_key.SetText(L"RefreshInterval", L"5");
-    const test::LogCapture log;
+    const LogCapture log;
     CallGetters();
     EXPECT_EQ(log.Lines(), GetterLines("IsDebugLogOn", false, "0") +
                                GetterLines("GetManifestReaderSetting", true, "1") +

@@ -1,18 +1,14 @@
 #include "common/WinRtError.h"
 
-#include "support/CapturingPatch.h"
-#include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <cwchar>
 #include <exception>
 #include <new>
-#include <string>
 
 namespace {
 
-using ::testing::ElementsAre;
+using namespace test;
 
 TEST(WinRtError, NoSuccessRaisesIt)
 {
@@ -72,15 +68,15 @@ protected:
     std::wstring m_text;
     DWORD m_flags = 0; // that were asked with
     DWORD m_id = 0;
-    const test::CapturingPatch<DWORD(WINAPI*)(DWORD, const void*, DWORD, DWORD, wchar_t*, DWORD, void*)>
-        m_patch{"FormatMessageW",
-                [this](DWORD flags, const void*, DWORD id, DWORD, wchar_t* buffer, DWORD size, void*) {
-                    m_flags = flags;
-                    m_id = id;
-                    const std::wstring text = m_text.substr(0, size - 1);
-                    std::wmemcpy(buffer, text.c_str(), text.size() + 1);
-                    return static_cast<DWORD>(text.size());
-                }};
+    const CapturingPatch<DWORD(WINAPI*)(DWORD, const void*, DWORD, DWORD, wchar_t*, DWORD, void*)> m_patch{
+        "FormatMessageW",
+        [this](DWORD flags, const void*, DWORD id, DWORD, wchar_t* buffer, DWORD size, void*) {
+            m_flags = flags;
+            m_id = id;
+            const std::wstring text = m_text.substr(0, size - 1);
+            std::wmemcpy(buffer, text.c_str(), text.size() + 1);
+            return static_cast<DWORD>(text.size());
+        }};
 };
 
 TEST_F(WinRtErrorMessage, IsTheSystemsTextForTheResult)
@@ -129,14 +125,14 @@ template <typename Raise> HRESULT ResultOf(Raise raise, HRESULT otherwise)
 TEST_F(WinRtErrorMessage, StandsInTheExitLine)
 {
     m_text = L"No such thing.";
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(ResultOf([] { throw WinRtError(E_ACCESSDENIED); }, E_OUTOFMEMORY), E_FAIL);
     EXPECT_THAT(log.Lines(), ElementsAre("CQanhX::Do OUT(No such thing.)"));
 }
 
 TEST(LogCaught, WhateverElseLeavesWithTheOperationsResultForIt)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(ResultOf([] { throw WinRtError(static_cast<HRESULT>(0xA0000001)); }, E_OUTOFMEMORY), E_FAIL);
     EXPECT_EQ(ResultOf([] { throw std::bad_alloc(); }, E_OUTOFMEMORY), E_OUTOFMEMORY);
     EXPECT_EQ(ResultOf([] { throw 4711; }, E_FAIL), E_FAIL);

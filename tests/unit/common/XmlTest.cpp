@@ -1,22 +1,14 @@
 #include "common/Xml.h"
 
-#include "support/ImportPatch.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <shlwapi.h>
 
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace {
 
+using namespace test;
+
 using Microsoft::WRL::ComPtr;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Names = std::vector<std::string>;
 using Found = std::pair<Names, HRESULT>; // by a walk, and the result that ended it
 
@@ -27,7 +19,7 @@ protected:
     HRESULT Open(std::string_view document)
     {
         m_reader.Reset();
-        test::WriteFileBytes(File(), document);
+        WriteFileBytes(File(), document);
         return ::Xml::OpenReader(File().c_str(), m_reader);
     }
 
@@ -47,7 +39,7 @@ protected:
     {
         const wchar_t* name = nullptr;
         m_reader->GetLocalName(&name, nullptr);
-        return test::ToUtf8(name);
+        return ToUtf8(name);
     }
 
     // The names of all elements, in order.
@@ -70,7 +62,7 @@ protected:
         const HRESULT hr =
             ::Xml::ForEachAttribute(m_reader.Get(), [&](std::wstring_view name, const wchar_t* value) {
                 EXPECT_EQ(name.data()[name.size()], L'\0');
-                attributes.push_back(test::ToUtf8(name) + "=" + test::ToUtf8(value));
+                attributes.push_back(ToUtf8(name) + "=" + ToUtf8(value));
                 return static_cast<int>(attributes.size()) == stopAfter;
             });
         return {attributes, hr};
@@ -92,7 +84,7 @@ protected:
 
     std::wstring File() const { return m_folder / L"document.xml"; }
 
-    test::TemporaryFolder m_folder;
+    TemporaryFolder m_folder;
     ComPtr<IXmlReader> m_reader;
 };
 
@@ -106,7 +98,7 @@ TEST_F(Xml, DocumentIsReadToItsEnd)
 TEST_F(Xml, OpeningIsReadOnly)
 {
     static DWORD s_mode = 0;
-    const test::ImportPatch<decltype(&SHCreateStreamOnFileW)> patch(
+    const ImportPatch<decltype(&SHCreateStreamOnFileW)> patch(
         "SHCreateStreamOnFileW", [](const wchar_t*, DWORD mode, IStream**) -> HRESULT {
             s_mode = mode;
             return E_ACCESSDENIED;
@@ -125,8 +117,8 @@ TEST_F(Xml, MissingFileFails)
 TEST_F(Xml, ReaderThatCannotBeMadeFails)
 {
     using Function = HRESULT(STDAPICALLTYPE*)(REFIID, void**, IMalloc*);
-    const test::ImportPatch<Function> patch(
-        "CreateXmlReader", [](REFIID, void**, IMalloc*) -> HRESULT { return E_OUTOFMEMORY; });
+    const ImportPatch<Function> patch("CreateXmlReader",
+                                      [](REFIID, void**, IMalloc*) -> HRESULT { return E_OUTOFMEMORY; });
     EXPECT_EQ(Open("<a/>"), E_OUTOFMEMORY);
 }
 

@@ -1,31 +1,21 @@
 #include "discovery/PackageManager.h"
 
-#include "support/CapturingPatch.h"
 #include "support/HostExecutable.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <shlobj.h>
 
 #include <cwchar>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using test::Call;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 class CatalogPaths : public ::testing::Test
 {
 protected:
-    test::HostExecutable m_host{L"C:\\Tools\\Launcher.exe"};
-    test::LogCapture m_log;
+    HostExecutable m_host{L"C:\\Tools\\Launcher.exe"};
+    LogCapture m_log;
     wchar_t m_text[MAX_PATH] = L"untouched";
 };
 
@@ -68,7 +58,7 @@ TEST_F(ModuleName, IsTheExecutablesNameUpToItsFirstDot)
 TEST_F(ModuleName, IsThatOfTheProcessNotOfTheLibrary)
 {
     std::vector<std::pair<HMODULE, DWORD>> calls; // module, size
-    const test::CapturingPatch<decltype(&GetModuleFileNameW)> patch(
+    const CapturingPatch<decltype(&GetModuleFileNameW)> patch(
         "GetModuleFileNameW", [&](HMODULE module, wchar_t* buffer, DWORD size) {
             calls.emplace_back(module, size);
             lstrcpyW(buffer, L"C:\\x.exe");
@@ -133,7 +123,7 @@ protected:
         EXPECT_EQ(CQanhPackageManager::CreateAppNameListFolder(m_text), S_OK);
         EXPECT_EQ(m_text, folder);
     }
-    void ExpectLog(const std::string& result, const test::Lines& lines = {}) const
+    void ExpectLog(const std::string& result, const Lines& lines = {}) const
     {
         EXPECT_EQ(m_log.Lines(), Call("CQanhPackageManager::CreateAppNameListFolder", result, lines));
     }
@@ -151,11 +141,11 @@ protected:
 
 TEST_F(CatalogFolder, IsMadeWithAllItsParents)
 {
-    const test::TemporaryFolder folder;
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", (folder / L"not\\there").c_str());
+    const TemporaryFolder folder;
+    const ScopedEnvironment environment(L"LOCALAPPDATA", (folder / L"not\\there").c_str());
     m_host.Set(L"C:\\Tools\\a.b.exe");
     ExpectMade(folder / L"not\\there\\Vel\\QanHelper\\a");
-    EXPECT_TRUE(test::Exists(m_text));
+    EXPECT_TRUE(Exists(m_text));
     ExpectLog(Letter());
 }
 
@@ -178,7 +168,7 @@ protected:
 
     std::vector<std::wstring> m_made; // the folders that would be made
     int m_result = 0;                 // of making them
-    test::CapturingPatch<decltype(&SHCreateDirectoryExW)> m_patch{
+    CapturingPatch<decltype(&SHCreateDirectoryExW)> m_patch{
         "SHCreateDirectoryExW",
         [this](HWND window, const wchar_t* path, const SECURITY_ATTRIBUTES* security) {
             m_made.push_back(window || security ? L"not asked for" : path);
@@ -205,7 +195,7 @@ TEST_F(CatalogFolderNotMade, OneBackslashAtTheEndOfTheVariableIsDropped)
         {L"D:\\\u30c7\u30fc\u30bf\\", L"D:\\\u30c7\u30fc\u30bf\\Vel\\QanHelper\\Launcher"},
     };
     for (const auto& [variable, folder] : folders) {
-        const test::ScopedEnvironment environment(L"LOCALAPPDATA", variable);
+        const ScopedEnvironment environment(L"LOCALAPPDATA", variable);
         m_made.clear();
         ExpectMade(folder);
         EXPECT_THAT(m_made, ElementsAre(folder));
@@ -214,7 +204,7 @@ TEST_F(CatalogFolderNotMade, OneBackslashAtTheEndOfTheVariableIsDropped)
 
 TEST_F(CatalogFolderNotMade, IsNamedAfterTheExecutableUpToItsFirstDot)
 {
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", L"D:");
+    const ScopedEnvironment environment(L"LOCALAPPDATA", L"D:");
     m_host.Set(L"C:\\v1.0\\a.b.exe");
     ExpectMade(L"D:\\Vel\\QanHelper\\a");
     m_host.Set(L"C:\\v1.0\\\u30e9\u30f3\u30c1\u30e3\u30fc.exe");
@@ -223,7 +213,7 @@ TEST_F(CatalogFolderNotMade, IsNamedAfterTheExecutableUpToItsFirstDot)
 
 TEST_F(CatalogFolderNotMade, NeedsTheVariable)
 {
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", nullptr);
+    const ScopedEnvironment environment(L"LOCALAPPDATA", nullptr);
     ExpectFailure();
     EXPECT_STREQ(m_text, L"");
 }
@@ -231,15 +221,15 @@ TEST_F(CatalogFolderNotMade, NeedsTheVariable)
 TEST_F(CatalogFolderNotMade, NeedsAVariableThatFits)
 {
     for (const std::size_t length : {260u, 261u, 1000u}) {
-        const test::ScopedEnvironment environment(L"LOCALAPPDATA",
-                                                  (L"D:\\" + std::wstring(length - 3, L'x')).c_str());
+        const ScopedEnvironment environment(L"LOCALAPPDATA",
+                                            (L"D:\\" + std::wstring(length - 3, L'x')).c_str());
         ExpectFailure();
     }
 }
 
 TEST_F(CatalogFolderNotMade, OfTheLongestVariableStaysInItsBuffer)
 {
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", (L"D:\\" + std::wstring(256, L'x')).c_str());
+    const ScopedEnvironment environment(L"LOCALAPPDATA", (L"D:\\" + std::wstring(256, L'x')).c_str());
     EXPECT_EQ(CQanhPackageManager::CreateAppNameListFolder(m_text), S_OK);
     EXPECT_LT(std::wcslen(m_text), 260u);
     EXPECT_EQ(m_made.size(), 1u);

@@ -2,26 +2,17 @@
 
 #include "discovery/CatalogRollback.h"
 
-#include "support/CapturingPatch.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 #include "unit/discovery/FileSteps.h"
-
-#include <gmock/gmock.h>
 
 #include <shlwapi.h>
 #include <wrl/client.h>
 
-#include <algorithm>
-#include <string>
-#include <string_view>
-#include <vector>
-
 namespace {
+
+using namespace test;
 
 using discovery_test::FailAt;
 using discovery_test::FileSteps;
-using ::testing::ElementsAre;
 
 using Names = std::vector<std::string>;
 
@@ -36,7 +27,7 @@ protected:
         const HANDLE find = FindFirstFileW((folder + L"\\App*").c_str(), &found);
         if (find != INVALID_HANDLE_VALUE) {
             do {
-                const std::string name = test::ToUtf8(found.cFileName);
+                const std::string name = ToUtf8(found.cFileName);
                 files.push_back(name.substr(name.find('.') + 1));
             } while (FindNextFileW(find, &found));
             FindClose(find);
@@ -45,10 +36,10 @@ protected:
         return files;
     }
     Names Files() const { return FilesIn(m_folder.Path()); }
-    std::string Catalog() const { return test::ReadFileBytes(m_catalog); }
-    std::string Bak() const { return test::ReadFileBytes(m_bak); }
-    void WriteCatalog(std::string_view bytes) const { test::WriteFileBytes(m_catalog, bytes); }
-    void WriteBak(std::string_view bytes) const { test::WriteFileBytes(m_bak, bytes); }
+    std::string Catalog() const { return ReadFileBytes(m_catalog); }
+    std::string Bak() const { return ReadFileBytes(m_bak); }
+    void WriteCatalog(std::string_view bytes) const { WriteFileBytes(m_catalog, bytes); }
+    void WriteBak(std::string_view bytes) const { WriteFileBytes(m_bak, bytes); }
 
     // Begins a save over this catalogue, which must work.
     void BeginOver(std::string_view catalog)
@@ -73,7 +64,7 @@ protected:
     const Names kCatalogOnly = {"xml"};
     const Names kBoth = {"xml", "xml.bak"};
     const Names kNone = {};
-    test::TemporaryFolder m_folder;
+    TemporaryFolder m_folder;
     const std::wstring m_catalog = m_folder / L"AppNameList.xml";
     const std::wstring m_bak = m_folder / L"AppNameList.xml.bak";
     const std::wstring m_tmp = m_folder / L"AppNameList.xml.tmp";
@@ -254,7 +245,7 @@ TEST_F(CatalogRollbackFile, ThatComesDuringTheCopyingIsNotReplacedEither)
 TEST_F(CatalogRollbackFile, IsNotMadeWhereAFolderHasItsName)
 {
     WriteCatalog("old");
-    test::MakeFile(m_bak + L"\\x");
+    MakeFile(m_bak + L"\\x");
     EXPECT_EQ(m_rollback.Begin(), S_OK);
     EXPECT_EQ(Files(), kBoth);
     WriteCatalog("new");
@@ -262,13 +253,13 @@ TEST_F(CatalogRollbackFile, IsNotMadeWhereAFolderHasItsName)
     m_rollback.Restore();
     EXPECT_EQ(m_rollback.WholeFile(), m_catalog);
     EXPECT_EQ(Catalog(), "new");
-    EXPECT_TRUE(test::Exists(m_bak + L"\\x"));
+    EXPECT_TRUE(Exists(m_bak + L"\\x"));
 }
 
 TEST_F(CatalogRollbackFile, AnUnfinishedCopyIsWrittenOver)
 {
     WriteCatalog("old");
-    test::WriteFileBytes(m_tmp, "unfinished");
+    WriteFileBytes(m_tmp, "unfinished");
     EXPECT_EQ(m_rollback.Begin(), S_OK);
     EXPECT_EQ(Bak(), "old");
     EXPECT_EQ(Files(), kBoth);
@@ -278,7 +269,7 @@ TEST_F(CatalogRollbackFile, IsNotMadeOfACatalogThatCannotBeWritten)
 {
     WriteCatalog("old");
     {
-        const test::CapturingPatch<decltype(&CreateFileW)> patch(
+        const CapturingPatch<decltype(&CreateFileW)> patch(
             "CreateFileW",
             [&](const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                 DWORD disposition, DWORD flags, HANDLE pattern) -> HANDLE {
@@ -310,8 +301,8 @@ class LongPath : public CatalogRollbackFile, public ::testing::WithParamInterfac
 protected:
     LongPath()
     {
-        test::MakeFolder(m_long);
-        test::WriteFileBytes(m_path, "old");
+        MakeFolder(m_long);
+        WriteFileBytes(m_path, "old");
     }
 
     const std::wstring m_long = m_folder / std::wstring(GetParam() - m_folder.Path().size() - 17, L'x');
@@ -325,12 +316,12 @@ TEST_P(LongPath, HasARollbackFileOnlyWhereItFits)
     CatalogRollback rollback(m_path.c_str());
     EXPECT_EQ(rollback.Begin(), S_OK);
     EXPECT_EQ(FilesIn(m_long), fits ? kBoth : kCatalogOnly);
-    EXPECT_EQ(test::ReadFileBytes(fits ? m_path + L".bak" : m_path), "old");
+    EXPECT_EQ(ReadFileBytes(fits ? m_path + L".bak" : m_path), "old");
     EXPECT_EQ(rollback.WholeFile(), fits ? m_path + L".bak" : m_path);
     EXPECT_EQ(rollback.End(S_OK), S_OK);
     rollback.Restore();
     EXPECT_EQ(FilesIn(m_long), kCatalogOnly);
-    EXPECT_EQ(test::ReadFileBytes(m_path), "old");
+    EXPECT_EQ(ReadFileBytes(m_path), "old");
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, LongPath, ::testing::Values(255, 256));
@@ -339,7 +330,7 @@ TEST_F(CatalogRollbackFile, IsBroughtBackAtAStart)
 {
     WriteBak("old");
     WriteCatalog("ne");
-    test::WriteFileBytes(m_tmp, "o");
+    WriteFileBytes(m_tmp, "o");
     m_rollback.Restore();
     ExpectOnlyCatalog("old");
     EXPECT_EQ(m_rollback.WholeFile(), m_catalog);
@@ -404,7 +395,7 @@ TEST_F(CatalogRollbackFile, NothingIsHeldDuringTheSave)
     for (const std::wstring& path : {m_catalog, m_bak}) {
         const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
                                         OPEN_EXISTING, 0, nullptr);
-        EXPECT_NE(file, INVALID_HANDLE_VALUE) << test::ToUtf8(path);
+        EXPECT_NE(file, INVALID_HANDLE_VALUE) << ToUtf8(path);
         CloseHandle(file);
     }
     EXPECT_EQ(m_rollback.End(S_OK), S_OK);

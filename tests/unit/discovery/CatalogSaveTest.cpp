@@ -16,13 +16,13 @@ constexpr char kOldCatalog[] = "<Applications />";
 class CatalogSave : public RefreshThread
 {
 protected:
-    void WriteOldCatalog() const { test::WriteFileBytes(CatalogFile(), kOldCatalog); }
+    void WriteOldCatalog() const { WriteFileBytes(CatalogFile(), kOldCatalog); }
     std::wstring Bak() const { return CatalogFile() + L".bak"; }
     std::wstring Tmp() const { return CatalogFile() + L".tmp"; }
     void ExpectNothingBesideTheCatalog() const
     {
-        EXPECT_FALSE(test::Exists(Bak()));
-        EXPECT_FALSE(test::Exists(Tmp()));
+        EXPECT_FALSE(Exists(Bak()));
+        EXPECT_FALSE(Exists(Tmp()));
     }
     // The old catalogue stands there as it was, and nothing beside it.
     void ExpectOldCatalog() const
@@ -36,7 +36,7 @@ protected:
         std::string bak;
         m_onStep = [&](const std::wstring& step) {
             if (step == L"save " + CatalogFile()) {
-                bak = test::ReadFileBytes(Bak());
+                bak = ReadFileBytes(Bak());
             }
         };
         EXPECT_EQ(Run(), 0u);
@@ -78,12 +78,12 @@ class FullDisk : public CatalogSave, public ::testing::WithParamInterface<int>
 protected:
     int m_room = GetParam();
     // Over the patch of the pass, which is called then.
-    test::CapturingPatch<decltype(&SHCreateStreamOnFileW), 1> m_stream{
+    CapturingPatch<decltype(&SHCreateStreamOnFileW), 1> m_stream{
         "SHCreateStreamOnFileW", [this](const wchar_t* path, DWORD mode, IStream** stream) {
             const HRESULT hr = m_stream.Original(path, mode, stream);
             if (SUCCEEDED(hr) && mode != STGM_READ) {
-                *stream = new test::PiecewiseStream(
-                    *stream, 10, [this] { return m_room-- > 0 ? S_OK : STG_E_MEDIUMFULL; });
+                *stream = new PiecewiseStream(*stream, 10,
+                                              [this] { return m_room-- > 0 ? S_OK : STG_E_MEDIUMFULL; });
             }
             return hr;
         }};
@@ -101,7 +101,7 @@ TEST_P(FullDisk, BringsTheOldCatalogBack)
 TEST_P(FullDisk, LeavesNoCatalogWhereThereWasNone)
 {
     EXPECT_EQ(Run(), 0u);
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     ExpectNothingBesideTheCatalog();
 }
 
@@ -162,7 +162,7 @@ TEST_F(CatalogSaveInTurn, WaitsForTheEndOfAnotherProcesssSave)
 {
     // Which puts a catalogue of its own there meanwhile: that is the old one now.
     const std::string other = "<Applications><!-- other --></Applications>";
-    m_waits.onWait = [&] { test::WriteFileBytes(CatalogFile(), other); };
+    m_waits.onWait = [&] { WriteFileBytes(CatalogFile(), other); };
     EXPECT_EQ(RunAndReadBak(), other);
 }
 

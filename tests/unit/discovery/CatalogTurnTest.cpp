@@ -5,9 +5,6 @@
 #include "support/OtherProcess.h"
 #include "unit/discovery/TurnWaits.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
 #include <thread>
 
 namespace {

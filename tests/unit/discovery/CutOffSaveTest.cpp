@@ -7,20 +7,12 @@
 #include "unit/discovery/FileSteps.h"
 #include "unit/discovery/Start.h"
 
-#include <gmock/gmock.h>
-
 #include <roapi.h>
 #include <shlwapi.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::AnyOf;
-using ::testing::Eq;
 
 constexpr DWORD kKilled = 77; // the exit code
 constexpr ULONG kPieceSize = 512;
@@ -80,7 +72,7 @@ private:
         }
         Step();
         const HRESULT hr = m_stream.Original()(path, mode, stream);
-        *stream = new test::PiecewiseStream(*stream, kPieceSize, [this] {
+        *stream = new PiecewiseStream(*stream, kPieceSize, [this] {
             Step();
             return ++m_piece == m_fullAt ? STG_E_MEDIUMFULL : S_OK;
         });
@@ -93,15 +85,15 @@ private:
     int m_step = 0;
     int m_piece = 0;
     int m_waits = 0;
-    test::HostExecutable m_host;
+    HostExecutable m_host;
     CQanhPackageManager m_manager;
-    test::ImportPatch<decltype(&WaitForSingleObject)> m_wait;
-    test::ImportPatch<decltype(&RoInitialize)> m_store;
-    test::ImportPatch<decltype(&SHCreateStreamOnFileW)> m_stream;
+    ImportPatch<decltype(&WaitForSingleObject)> m_wait;
+    ImportPatch<decltype(&RoInitialize)> m_store;
+    ImportPatch<decltype(&SHCreateStreamOnFileW)> m_stream;
     FileSteps m_steps;
 };
 
-const test::Part g_killedProcess(L"KilledProcess", [](const test::Part::Context& context) {
+const Part g_killedProcess(L"KilledProcess", [](const Part::Context& context) {
     return KilledProcess(context.Argument()).Run();
 });
 
@@ -122,9 +114,9 @@ protected:
         for (const std::wstring& kept : kKept) {
             xml += Record(kept, L" NeedReserve=\"1\"");
         }
-        m_old = test::ToUtf8(xml + L"</DesktopApps></Applications>");
-        test::MakeFile(kNew);
-        test::MakeFolder(m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs");
+        m_old = ToUtf8(xml + L"</DesktopApps></Applications>");
+        MakeFile(kNew);
+        MakeFolder(m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs");
         // The child is this executable too, with another one's name.
         m_host.Set(m_folder / (BaseName() + L".exe"));
     }
@@ -132,8 +124,8 @@ protected:
     // The result of the process that is killed at the step.
     DWORD KillAt(int step, int fullAt = 0) const
     {
-        return test::OtherProcess(L"KilledProcess", std::to_wstring(step) + L"|" + std::to_wstring(fullAt) +
-                                                        L"|" + m_host.Path())
+        return OtherProcess(L"KilledProcess",
+                            std::to_wstring(step) + L"|" + std::to_wstring(fullAt) + L"|" + m_host.Path())
             .End();
     }
 
@@ -168,8 +160,8 @@ protected:
         m_threadError = 0;
         EXPECT_EQ(hr, E_FAIL);
         EXPECT_NE(manager.m_AppNameList.GetPackage(L"mail_1"), nullptr);
-        EXPECT_FALSE(test::Exists(CatalogFile() + L".bak"));
-        EXPECT_FALSE(test::Exists(CatalogFile() + L".tmp"));
+        EXPECT_FALSE(Exists(CatalogFile() + L".bak"));
+        EXPECT_FALSE(Exists(CatalogFile() + L".tmp"));
         return Shortcuts(manager);
     }
 
@@ -192,13 +184,13 @@ protected:
     const std::vector<std::wstring> kKept = {L"C:\\a.lnk", L"C:\\b.lnk", L"C:\\c.lnk", L"C:\\d.lnk",
                                              L"C:\\e.lnk"};
     std::string m_old;
-    test::ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"All").c_str()};
-    test::ScopedEnvironment m_appData{L"APPDATA", (m_folder / L"Me").c_str()};
+    ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"All").c_str()};
+    ScopedEnvironment m_appData{L"APPDATA", (m_folder / L"Me").c_str()};
 };
 
 TEST_F(CutOffSave, LeavesTheOldCatalogOrTheNewOne)
 {
-    const Outcome outcome = KillAtEveryStep([this] { test::WriteFileBytes(CatalogFile(), m_old); });
+    const Outcome outcome = KillAtEveryStep([this] { WriteFileBytes(CatalogFile(), m_old); });
     // At the start one step, before the writing of the catalogue seven, then the opening and the pieces.
     EXPECT_GE(outcome.old, 11);
     EXPECT_GE(outcome.steps, 14);
@@ -207,7 +199,7 @@ TEST_F(CutOffSave, LeavesTheOldCatalogOrTheNewOne)
 
 TEST_F(CutOffSave, OfAFirstCatalogLeavesThePresetsRecordsOrTheNewCatalog)
 {
-    test::WriteFileBytes(PresetFile(), m_old);
+    WriteFileBytes(PresetFile(), m_old);
     const Outcome outcome = KillAtEveryStep([this] { DeleteFileW(CatalogFile().c_str()); });
     EXPECT_GE(outcome.old, 8);
     EXPECT_GT(outcome.steps, outcome.old);
@@ -215,7 +207,7 @@ TEST_F(CutOffSave, OfAFirstCatalogLeavesThePresetsRecordsOrTheNewCatalog)
 
 TEST_F(CutOffSave, WhileTheOldCatalogIsBroughtBackLeavesIt)
 {
-    const Outcome outcome = KillAtEveryStep([this] { test::WriteFileBytes(CatalogFile(), m_old); }, 2);
+    const Outcome outcome = KillAtEveryStep([this] { WriteFileBytes(CatalogFile(), m_old); }, 2);
     EXPECT_GE(outcome.steps, 10);
     EXPECT_EQ(outcome.old, outcome.steps);
 }
@@ -223,8 +215,8 @@ TEST_F(CutOffSave, WhileTheOldCatalogIsBroughtBackLeavesIt)
 TEST_F(CutOffSave, AfterAnotherOneThatWasCutOffLeavesTheOldCatalogOrTheNewOne)
 {
     const Outcome outcome = KillAtEveryStep([this] {
-        test::WriteFileBytes(CatalogFile(), m_old.substr(0, 100));
-        test::WriteFileBytes(CatalogFile() + L".bak", m_old);
+        WriteFileBytes(CatalogFile(), m_old.substr(0, 100));
+        WriteFileBytes(CatalogFile() + L".bak", m_old);
     });
     EXPECT_GE(outcome.old, 11);
     EXPECT_GT(outcome.steps, outcome.old);

@@ -1,9 +1,6 @@
 // What the walk through the Start menu asks of the platform, and what it makes of the answers.
 
-#include "support/CapturingPatch.h"
 #include "unit/discovery/Walk.h"
-
-#include <algorithm>
 
 namespace {
 
@@ -73,22 +70,22 @@ protected:
     const std::vector<std::wstring>* m_invented = nullptr;
     std::size_t m_position = 0;
 
-    test::CapturingPatch<decltype(&FindFirstFileW)> m_first{
+    CapturingPatch<decltype(&FindFirstFileW)> m_first{
         "FindFirstFileW",
         [this](const wchar_t* path, WIN32_FIND_DATAW* found) { return First(path, found); }};
-    test::CapturingPatch<decltype(&FindNextFileW)> m_next{
+    CapturingPatch<decltype(&FindNextFileW)> m_next{
         "FindNextFileW", [this](HANDLE find, WIN32_FIND_DATAW* found) { return Next(find, found); }};
-    test::CapturingPatch<decltype(&FindClose)> m_close{"FindClose", [this](HANDLE find) -> BOOL {
-                                                           m_closed.push_back(find);
-                                                           return m_invented ? TRUE : m_close.Original(find);
-                                                       }};
-    test::CapturingPatch<decltype(&WaitForSingleObject)> m_wait{
-        "WaitForSingleObject", [this](HANDLE handle, DWORD milliseconds) {
-            if (handle == m_manager.m_hExitEvent) {
-                m_polls.push_back(milliseconds);
-            }
-            return m_wait.Original(handle, milliseconds);
-        }};
+    CapturingPatch<decltype(&FindClose)> m_close{"FindClose", [this](HANDLE find) -> BOOL {
+                                                     m_closed.push_back(find);
+                                                     return m_invented ? TRUE : m_close.Original(find);
+                                                 }};
+    CapturingPatch<decltype(&WaitForSingleObject)> m_wait{"WaitForSingleObject",
+                                                          [this](HANDLE handle, DWORD milliseconds) {
+                                                              if (handle == m_manager.m_hExitEvent) {
+                                                                  m_polls.push_back(milliseconds);
+                                                              }
+                                                              return m_wait.Original(handle, milliseconds);
+                                                          }};
 };
 
 TEST_F(WalkCalls, PatternsAndOrder)

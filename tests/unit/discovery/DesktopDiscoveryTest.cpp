@@ -60,15 +60,14 @@ TEST_F(DesktopDiscovery, ExtensionsMatchInAnyCaseAndAreNoPartOfTheName)
 
 TEST_F(DesktopDiscovery, RecordIsNamedAfterTheFileWithoutItsExtension)
 {
-    test::MakeFile(At(L"\u30e1\u30fc\u30eb.lnk"));
+    MakeFile(At(L"\u30e1\u30fc\u30eb.lnk"));
     EXPECT_EQ(Walk(), S_OK);
     const std::wstring file = At(L"list.xml");
     ASSERT_EQ(m_manager.m_AppNameList.Save(file.c_str()), S_OK);
     // Installed, not reserved and not dual mode, which the file leaves out.
-    EXPECT_THAT(
-        test::ReadFileBytes(file),
-        ::testing::HasSubstr(test::ToUtf8(L"<DesktopApp DisplayName=\"\u30e1\u30fc\u30eb\" LnkFileName=\"" +
-                                          At(L"\u30e1\u30fc\u30eb.lnk") + L"\" />")));
+    EXPECT_THAT(ReadFileBytes(file),
+                ::testing::HasSubstr(ToUtf8(L"<DesktopApp DisplayName=\"\u30e1\u30fc\u30eb\" LnkFileName=\"" +
+                                            At(L"\u30e1\u30fc\u30eb.lnk") + L"\" />")));
 }
 
 TEST_F(DesktopDiscovery, AShortcutIsAddedOnce)
@@ -128,8 +127,8 @@ TEST_F(DesktopDiscovery, NullAndEmptyFoldersAreRefusedBeforeTheExitEventIsAsked)
     SetEvent(m_manager.m_hExitEvent);
     EXPECT_EQ(m_manager.RefreshDesktopApps(nullptr), E_POINTER);
     EXPECT_EQ(m_manager.RefreshDesktopApps(L""), E_INVALIDARG);
-    EXPECT_EQ(m_log.Lines(), test::Call("CQanhPackageManager::RefreshDesktopApps((null))", "(0x80004003)") +
-                                 test::Call("CQanhPackageManager::RefreshDesktopApps()", "(0x80070057)"));
+    EXPECT_EQ(m_log.Lines(), Call("CQanhPackageManager::RefreshDesktopApps((null))", "(0x80004003)") +
+                                 Call("CQanhPackageManager::RefreshDesktopApps()", "(0x80070057)"));
 }
 
 TEST_F(DesktopDiscovery, NothingIsDoneWhenTheExitEventIsSignalled)
@@ -156,7 +155,7 @@ TEST_F(DesktopDiscovery, AddLinkFileToListTakesOneFolderAndOnePattern)
     SetEvent(m_manager.m_hExitEvent);
     m_manager.AddLinkFileToList(m_folder.Path().c_str(), L"\\*.lnk");
     ExpectFound({L"A.lnk"});
-    EXPECT_EQ(WalkLines(), test::Call("CQanhPackageManager::AddLinkFileToList(" + Root() + ")"));
+    EXPECT_EQ(WalkLines(), Call("CQanhPackageManager::AddLinkFileToList(" + Root() + ")"));
     m_log.Clear();
     m_manager.AddLinkFileToList(At(L"Sub").c_str(), L"\\*.url");
     EXPECT_THAT(WalkLines(), ElementsAre("CQanhPackageManager::AddLinkFileToList(" + Narrow(L"Sub") + ") IN",
@@ -170,7 +169,7 @@ std::wstring FolderOfLength(std::wstring path, std::size_t length)
         path += L"\\" + std::wstring(length - path.size() > 202 ? 100 : (length - path.size()) / 2 - 1, L'f');
     }
     path += L"\\" + std::wstring(length - path.size() - 1, L'f');
-    test::MakeFolder(path);
+    MakeFolder(path);
     return path;
 }
 
@@ -183,8 +182,8 @@ TEST_F(DesktopDiscovery, PathsOf260CharactersAreSkipped)
     const std::wstring last = folder + L"\\c.lnk";
     ASSERT_EQ(fits.size(), 259u);
     for (const std::wstring& file : {fits, tooLong, last}) {
-        test::MakeFile(file);
-        ASSERT_TRUE(test::Exists(file));
+        MakeFile(file);
+        ASSERT_TRUE(Exists(file));
     }
     EXPECT_EQ(m_manager.RefreshDesktopApps(folder.c_str()), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(fits, last));
@@ -195,9 +194,9 @@ TEST_F(DesktopDiscovery, SubfoldersOf260CharactersAreSkipped)
     const std::wstring folder = FolderOfLength(m_folder.Path(), 240);
     const std::wstring tooLong = folder + L"\\" + std::wstring(19, L'a');
     ASSERT_EQ(tooLong.size(), 260u);
-    test::MakeFile(tooLong + L"\\x.lnk");
-    ASSERT_TRUE(test::Exists(tooLong + L"\\x.lnk"));
-    test::MakeFile(folder + L"\\b\\y.lnk");
+    MakeFile(tooLong + L"\\x.lnk");
+    ASSERT_TRUE(Exists(tooLong + L"\\x.lnk"));
+    MakeFile(folder + L"\\b\\y.lnk");
     EXPECT_EQ(m_manager.RefreshDesktopApps(folder.c_str()), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(folder + L"\\b\\y.lnk"));
 }

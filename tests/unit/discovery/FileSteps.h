@@ -1,14 +1,8 @@
 #pragma once
 
-#include "support/ImportPatch.h"
-#include "support/Text.h"
+#include "support/Test.h"
 
-#include <windows.h>
-
-#include <functional>
 #include <map>
-#include <string>
-#include <vector>
 
 namespace discovery_test {
 

@@ -45,11 +45,11 @@ protected:
     std::vector<DWORD> m_threadWaits;
     bool m_wasSignalled = true;
     std::optional<DWORD> m_answer = WAIT_TIMEOUT; // of the long wait
-    test::CapturingPatch<decltype(&TerminateThread)> m_terminate{
-        "TerminateThread", [this](HANDLE thread, DWORD exitCode) {
-            m_terminated.emplace_back(thread, exitCode);
-            return m_terminate.Original(thread, exitCode);
-        }};
+    CapturingPatch<decltype(&TerminateThread)> m_terminate{"TerminateThread",
+                                                           [this](HANDLE thread, DWORD exitCode) {
+                                                               m_terminated.emplace_back(thread, exitCode);
+                                                               return m_terminate.Original(thread, exitCode);
+                                                           }};
 };
 
 TEST_F(StopOfAStubbornThread, IsTerminatedAfterThirtySeconds)
@@ -122,9 +122,9 @@ protected:
     int m_rounds = 0;
     int m_activeRounds = 1000;   // how often the thread is still active
     int m_signalledRound = 1000; // when its handle is signalled
-    const test::SleepWatch m_sleep{
+    const SleepWatch m_sleep{
         [this](DWORD milliseconds) { m_steps.push_back(L"sleep " + std::to_wstring(milliseconds)); }};
-    const test::CapturingPatch<decltype(&GetExitCodeThread)> m_exitCode{
+    const CapturingPatch<decltype(&GetExitCodeThread)> m_exitCode{
         "GetExitCodeThread", [this](HANDLE thread, DWORD* exitCode) {
             EXPECT_EQ(thread, kThread);
             m_steps.push_back(L"exit code");

@@ -1,32 +1,15 @@
 #pragma once
 
 #include "discovery/PackageManager.h"
-#include "support/CapturingPatch.h"
 #include "support/HostExecutable.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "support/Trace.h"
 #include "unit/discovery/Records.h"
-
-#include <gmock/gmock.h>
 
 #include <cwchar>
 #include <mutex>
-#include <string>
-#include <vector>
 
 namespace discovery_test {
 
-using test::Call;
-using test::Lines;
-using test::operator+;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
+using namespace test;
 
 // A handle of the test's own to the same object.
 inline HANDLE Duplicate(HANDLE handle)
@@ -43,7 +26,7 @@ inline std::string CatalogOf(std::initializer_list<std::wstring> shortcuts)
     for (const std::wstring& shortcut : shortcuts) {
         xml += L"<DesktopApp DisplayName=\"x\" LnkFileName=\"" + shortcut + L"\" />";
     }
-    return test::ToUtf8(xml + L"</DesktopApps></Applications>");
+    return ToUtf8(xml + L"</DesktopApps></Applications>");
 }
 
 // A package manager in a host of its own: the executable, its preset file and its catalogue folder lie in
@@ -126,7 +109,7 @@ protected:
     }
     static Lines LoadLines(const std::wstring& file, const std::string& result)
     {
-        return Call("CQanhAppNameList::Load(" + test::ToUtf8(file) + ")", "(" + result + ")");
+        return Call("CQanhAppNameList::Load(" + ToUtf8(file) + ")", "(" + result + ")");
     }
     static std::string FirstLetter(const std::wstring& path)
     {
@@ -143,15 +126,15 @@ protected:
         DWORD* id;
     };
 
-    test::TemporaryFolder m_folder;
-    test::HostExecutable m_host{m_folder / (BaseName() + L".x.exe")};
-    test::LogCapture m_log;
+    TemporaryFolder m_folder;
+    HostExecutable m_host{m_folder / (BaseName() + L".x.exe")};
+    LogCapture m_log;
     CQanhPackageManager m_manager;
     std::vector<ThreadStart> m_threadStarts;
     DWORD m_threadError = 0; // when not 0, no thread can be started
 
 private:
-    test::CapturingPatch<decltype(&CreateThread)> m_createThread{
+    CapturingPatch<decltype(&CreateThread)> m_createThread{
         "CreateThread",
         [this](SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start, void* argument,
                DWORD flags, DWORD* id) -> HANDLE {
@@ -179,13 +162,13 @@ public:
 private:
     mutable std::mutex m_lock;
     std::vector<HANDLE> m_closed;
-    test::CapturingPatch<decltype(&CloseHandle), 1> m_patch{"CloseHandle", [this](HANDLE handle) -> BOOL {
-                                                                const BOOL done = m_patch.Original(handle);
-                                                                const std::lock_guard lock(m_lock);
-                                                                m_closed.push_back(
-                                                                    done ? handle : INVALID_HANDLE_VALUE);
-                                                                return done;
-                                                            }};
+    CapturingPatch<decltype(&CloseHandle), 1> m_patch{"CloseHandle", [this](HANDLE handle) -> BOOL {
+                                                          const BOOL done = m_patch.Original(handle);
+                                                          const std::lock_guard lock(m_lock);
+                                                          m_closed.push_back(done ? handle
+                                                                                  : INVALID_HANDLE_VALUE);
+                                                          return done;
+                                                      }};
 };
 
 // Sees every look at a named mutex, until the end of the scope. One at a time.
@@ -214,7 +197,7 @@ public:
 
 private:
     std::vector<Look> m_looks;
-    test::CapturingPatch<decltype(&OpenMutexW)> m_patch{
+    CapturingPatch<decltype(&OpenMutexW)> m_patch{
         "OpenMutexW", [this](DWORD access, BOOL inherit, const wchar_t* name) -> HANDLE {
             const HANDLE mutex = m_patch.Original(access, inherit, name);
             const DWORD error = GetLastError();

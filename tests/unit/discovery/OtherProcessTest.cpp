@@ -16,7 +16,7 @@ protected:
     {
         HoldMutexElsewhere();
         std::size_t pauses = 0;
-        const test::SleepWatch sleep([&](DWORD) {
+        const SleepWatch sleep([&](DWORD) {
             if (++pauses == pause) {
                 LoseMutex();
             }
@@ -27,7 +27,7 @@ protected:
 };
 
 // Another process of the same executable that is in its first refresh pass.
-const test::Part g_holdMutex(L"HoldMutex", [](const test::Part::Context& context) {
+const Part g_holdMutex(L"HoldMutex", [](const Part::Context& context) {
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, context.Argument().c_str());
     context.ReadyUntilEnd();
     CloseHandle(mutex);
@@ -38,30 +38,21 @@ TEST_F(OtherProcessStart, DuringTheFirstPassLoadsThePreset)
 {
     WriteCatalog();
     WritePreset();
-    const test::OtherProcess other(L"HoldMutex", MutexName());
-    const test::FakeSleep sleep;
+    const OtherProcess other(L"HoldMutex", MutexName());
+    const FakeSleep sleep;
     // The end of the file is what ended the reading.
     EXPECT_EQ(m_manager.Initialize(), S_FALSE);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\preset.lnk"));
     EXPECT_THAT(sleep.Calls(), ElementsAre(100u, 100u, 100u, 100u, 100u));
+    ExpectLog("0x00000001", OtherLines() + LoadPresetLines());
     ExpectNotOwner();
-}
-
-TEST_F(OtherProcessStart, LogOfAnotherProcessDuringTheFirstPass)
-{
-    WriteEmptyCatalog();
-    WriteEmptyPreset();
-    HoldMutexElsewhere();
-    const test::FakeSleep sleep;
-    EXPECT_EQ(m_manager.Initialize(), S_FALSE);
-    ExpectLog("0x00000001", OtherLines() + EmptyPresetLines());
 }
 
 TEST_F(OtherProcessStart, LooksForTheMutexFiveTimes)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     HoldMutexElsewhere();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     const MutexLooks looks;
     DiagnosticLog::SetEnabled(false);
     std::vector<HANDLE> closed;
@@ -85,11 +76,11 @@ TEST_F(OtherProcessStart, LooksForTheMutexFiveTimes)
 
 TEST_F(OtherProcessStart, KeepsEachLookOpenWhileItPauses)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     HoldMutexElsewhere();
     const MutexLooks looks;
     bool isOpen = true;
-    const test::SleepWatch sleep([&](DWORD) {
+    const SleepWatch sleep([&](DWORD) {
         DWORD flags = 0;
         isOpen = isOpen && GetHandleInformation(looks.Get().back().mutex, &flags);
     });
@@ -103,14 +94,8 @@ TEST_F(OtherProcessStart, LoadsTheCatalogWhenTheMutexVanishes)
     WritePreset();
     EXPECT_THAT(StartWhileMutexVanishesAt(3), ElementsAre(100u, 100u, 100u));
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
-    ExpectNotOwner();
-}
-
-TEST_F(OtherProcessStart, LogWhenTheMutexVanishes)
-{
-    WriteEmptyCatalog();
-    StartWhileMutexVanishesAt(1);
     ExpectLog("0x00000001", OtherLines() + Lines{kNoMutex} + LoadLines(CatalogFile(), "0x00000001"));
+    ExpectNotOwner();
 }
 
 TEST_F(OtherProcessStart, AMutexThatVanishesAfterTheFifthLookIsTooLate)
@@ -123,14 +108,14 @@ TEST_F(OtherProcessStart, AMutexThatVanishesAfterTheFifthLookIsTooLate)
 
 TEST_F(OtherProcessStart, WithoutACatalogDoesNotLookForTheMutex)
 {
-    WriteEmptyPreset();
+    WritePreset();
     HoldMutexElsewhere();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     const MutexLooks looks;
     EXPECT_EQ(m_manager.Initialize(), S_FALSE);
     EXPECT_THAT(looks.Get(), IsEmpty());
     EXPECT_THAT(sleep.Calls(), IsEmpty());
-    ExpectLog("0x00000001", OtherLines() + EmptyPresetLines());
+    ExpectLog("0x00000001", OtherLines() + LoadPresetLines());
     ExpectNotOwner();
 }
 
@@ -146,20 +131,20 @@ TEST_F(OtherProcessStart, WithoutThePathsFails)
 {
     // Without its path, a host takes the product's name for the mutex.
     HoldMutexElsewhere(L"QanHelper");
-    m_host.FailNext(test::HostExecutable::kAlways);
+    m_host.FailNext(HostExecutable::kAlways);
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     ExpectNotOwner();
 }
 
 TEST_F(OtherProcessStart, WithoutAMutexItIsNotTheFirstProcess)
 {
-    WriteEmptyCatalog();
-    const test::ImportPatch<decltype(&CreateMutexW)> patch(
+    WriteCatalog();
+    const ImportPatch<decltype(&CreateMutexW)> patch(
         "CreateMutexW", [](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) -> HANDLE {
             SetLastError(ERROR_ALREADY_EXISTS);
             return nullptr;
         });
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     const MutexLooks looks;
     EXPECT_EQ(m_manager.Initialize(), S_FALSE);
     EXPECT_EQ(looks.Get().size(), 1u);

@@ -18,11 +18,11 @@ TEST_F(PackageManagerStop, BeforeAnyStartDoesNothing)
 
 TEST_F(PackageManagerStop, OfAnotherProcessThanTheOwnerDoesNothing)
 {
-    test::WriteFileBytes(PresetFile(), "<Applications />");
+    WriteFileBytes(PresetFile(), "<Applications />");
     HANDLE mutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
     ASSERT_EQ(m_manager.Initialize(), S_FALSE);
     m_log.Clear();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.Finalize();
     EXPECT_EQ(m_log.Lines(), FinalizeLines());
     EXPECT_THAT(sleep.Calls(), IsEmpty());
@@ -35,7 +35,7 @@ TEST_F(PackageManagerStop, LooksAHundredTimesForTheEndOfTheFirstPass)
 {
     Start();
     int pauses = 0;
-    const test::SleepWatch sleep([&](DWORD) {
+    const SleepWatch sleep([&](DWORD) {
         if (++pauses == 100) {
             LetThreadWait();
         }
@@ -47,7 +47,7 @@ TEST_F(PackageManagerStop, LooksAHundredTimesForTheEndOfTheFirstPass)
     looks.ExpectFor(MutexName());
     // No line tells that the looking was in vain; the thread finds the event signalled at its first wait.
     EXPECT_EQ(ThreadLines(), FinalizeLines(StartLines()));
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     ExpectStopped(true);
     ExpectNameZeroed();
 }
@@ -60,7 +60,7 @@ TEST_F(PackageManagerStop, ClosesEveryHandleOnce)
     std::vector<HANDLE> closed;
     {
         bool runs = false;
-        const test::SleepWatch sleep([&](DWORD) {
+        const SleepWatch sleep([&](DWORD) {
             if (!runs) {
                 runs = true;
                 LetThreadWait();
@@ -86,11 +86,11 @@ TEST_F(PackageManagerStop, DuringTheFirstSecondTheThreadEndsAtOnce)
 {
     Start();
     LetThreadWait();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     const DWORD start = GetTickCount();
     m_manager.Finalize();
     EXPECT_LT(GetTickCount() - start, 900u);
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     EXPECT_THAT(m_steps, IsEmpty());
     ExpectStopped(true);
     ExpectNameZeroed();
@@ -98,11 +98,11 @@ TEST_F(PackageManagerStop, DuringTheFirstSecondTheThreadEndsAtOnce)
 
 TEST_F(PackageManagerStop, InRealTimeTheFirstPassIsWaitedForAndSaved)
 {
-    test::MakeFile(User() + L"\\A.lnk");
+    MakeFile(User() + L"\\A.lnk");
     Start();
     LetThreadWait();
     m_manager.Finalize();
-    EXPECT_THAT(test::ReadFileBytes(CatalogFile()), HasSubstr("DisplayName=\"A\""));
+    EXPECT_THAT(ReadFileBytes(CatalogFile()), HasSubstr("DisplayName=\"A\""));
     ExpectStopped(false);
     ExpectNameZeroed();
 }
@@ -114,7 +114,7 @@ TEST_F(PackageManagerStop, AfterTheFirstPassLooksForNoMutex)
     LetThreadRun();
     WaitForEndOfPass();
     m_log.Clear();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     const MutexLooks looks;
     m_manager.Finalize();
     EXPECT_THAT(looks.Get(), IsEmpty());
@@ -143,7 +143,7 @@ protected:
         LetThreadRun();
         ASSERT_TRUE(IsReached());
         int looks = 0;
-        const test::SleepWatch sleep([&](DWORD) {
+        const SleepWatch sleep([&](DWORD) {
             if (++looks == 3) {
                 SetEvent(m_goOn);
                 WaitForEndOfPass();
@@ -160,7 +160,7 @@ protected:
 TEST_F(StopDuringPass, LooksUntilTheThreadHasClosedTheMutex)
 {
     StopWhileAt(L"save " + CatalogFile());
-    EXPECT_TRUE(test::Exists(CatalogFile()));
+    EXPECT_TRUE(Exists(CatalogFile()));
     ExpectStopped(false);
     ExpectNameZeroed();
     EXPECT_EQ(ThreadLines(),
@@ -170,10 +170,10 @@ TEST_F(StopDuringPass, LooksUntilTheThreadHasClosedTheMutex)
 
 TEST_F(StopDuringPass, DoesNotCutTheFirstPassShort)
 {
-    test::MakeFile(User() + L"\\A.lnk");
+    MakeFile(User() + L"\\A.lnk");
     StopWhileAt(L"search " + Common() + L"\\*.lnk");
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(User() + L"\\A.lnk"));
-    EXPECT_TRUE(test::Exists(CatalogFile()));
+    EXPECT_TRUE(Exists(CatalogFile()));
 }
 
 TEST_F(StopDuringPass, DoesNotCloseTheMutexThatTheThreadHasClosed)
@@ -201,7 +201,7 @@ TEST_F(PackageManagerStop, InALaterPassTheThreadSkipsWhatIsLeft)
     Start();
     LetThreadRun();
     ASSERT_TRUE(IsReached());
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.Finalize();
     EXPECT_THAT(sleep.Calls(), IsEmpty());
     EXPECT_EQ(ThreadExitCode(), 0u);
@@ -218,7 +218,7 @@ TEST_F(PackageManagerStop, AListOfSlowShortcutsIsNotLookedThroughToItsEnd)
         xml += L"<DesktopApp DisplayName=\"x\" LnkFileName=\"C:\\" + std::to_wstring(index) +
                L".lnk\" NeedReserve=\"1\" />";
     }
-    test::WriteFileBytes(CatalogFile(), test::ToUtf8(xml + L"</DesktopApps></Applications>"));
+    WriteFileBytes(CatalogFile(), ToUtf8(xml + L"</DesktopApps></Applications>"));
     m_passes = 1000; // only Finalize ends them
     int pass = 0;
     int looks = 0; // of the second pass
@@ -242,7 +242,7 @@ TEST_F(PackageManagerStop, WithoutAThreadTheEventIsSignalledAndClosed)
 {
     m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     m_event = Duplicate(m_manager.m_hExitEvent);
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.Finalize();
     EXPECT_TRUE(IsEventSignalled());
     EXPECT_EQ(m_log.Lines(), FinalizeLines());
@@ -253,7 +253,7 @@ TEST_F(PackageManagerStop, WithoutAnEventTheMutexIsGivenBack)
 {
     lstrcpyW(CQanhPackageManager::m_szInstanceMutexName, MutexName().c_str());
     CQanhPackageManager::m_hInstanceMutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.Finalize();
     EXPECT_EQ(sleep.Calls().size(), 100u);
     EXPECT_EQ(m_log.Lines(), FinalizeLines());
@@ -265,7 +265,7 @@ TEST_F(PackageManagerStop, AFailedStartLeavesNothingToStop)
 {
     m_threadError = ERROR_NOT_ENOUGH_MEMORY;
     ASSERT_EQ(m_manager.Initialize(), E_FAIL);
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_log.Clear();
     m_manager.Finalize();
     EXPECT_THAT(sleep.Calls(), IsEmpty());
@@ -275,7 +275,7 @@ TEST_F(PackageManagerStop, AFailedStartLeavesNothingToStop)
 
 TEST_F(PackageManagerStop, AStartAfterwardsIsThatOfAnOwner)
 {
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     for (int round = 0; round < 3; ++round) {
         ASSERT_EQ(m_manager.Initialize(), S_OK);
         EXPECT_TRUE(MutexExists());

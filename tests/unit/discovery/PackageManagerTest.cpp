@@ -5,7 +5,6 @@
 #include <shlobj.h>
 
 #include <thread>
-#include <utility>
 
 namespace {
 
@@ -15,22 +14,17 @@ TEST_F(PackageManagerStart, FirstProcessLoadsItsCatalogAndStartsTheThread)
 {
     WriteCatalog();
     WritePreset();
+    const FakeSleep sleep;
+    const MutexLooks looks;
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
     EXPECT_NE(m_manager.m_hExitEvent, nullptr);
     EXPECT_NE(m_manager.m_hRefreshThread, nullptr);
     EXPECT_NE(CQanhPackageManager::m_hInstanceMutex, nullptr);
-}
-
-TEST_F(PackageManagerStart, FirstProcessLooksAtNoMutex)
-{
-    WriteEmptyCatalog();
-    const test::FakeSleep sleep;
-    const MutexLooks looks;
-    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    // It looks at no mutex.
     EXPECT_THAT(looks.Get(), IsEmpty());
     EXPECT_THAT(sleep.Calls(), IsEmpty());
-    ExpectLog("0x00000000", EmptyCatalogLines());
+    ExpectLog("0x00000000", CatalogLines());
 }
 
 TEST_F(PackageManagerStart, FirstRunLoadsThePreset)
@@ -39,13 +33,7 @@ TEST_F(PackageManagerStart, FirstRunLoadsThePreset)
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\preset.lnk"));
     EXPECT_NE(m_manager.m_hRefreshThread, nullptr);
-}
-
-TEST_F(PackageManagerStart, LogOfAFirstRun)
-{
-    WriteEmptyPreset();
-    EXPECT_EQ(m_manager.Initialize(), S_OK);
-    ExpectLog("0x00000000", OwnerLines() + EmptyPresetLines());
+    ExpectLog("0x00000000", OwnerLines() + LoadPresetLines());
 }
 
 TEST_F(PackageManagerStart, WithoutAnyFileTheThreadIsStartedAllTheSame)
@@ -58,7 +46,7 @@ TEST_F(PackageManagerStart, WithoutAnyFileTheThreadIsStartedAllTheSame)
 TEST_F(PackageManagerStart, ABrokenCatalogIsNotReplacedByThePreset)
 {
     WritePreset();
-    test::WriteFileBytes(CatalogFile(), "<Applications><MetroApps></Applications>");
+    WriteFileBytes(CatalogFile(), "<Applications><MetroApps></Applications>");
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), IsEmpty());
     EXPECT_NE(m_manager.m_hRefreshThread, nullptr);
@@ -94,7 +82,7 @@ TEST_F(PackageManagerStart, MutexIsCreatedForEverybodyAndNotTaken)
 {
     std::wstring mutexName;
     bool isPlain = false;
-    const test::CapturingPatch<decltype(&CreateMutexW)> patch(
+    const CapturingPatch<decltype(&CreateMutexW)> patch(
         "CreateMutexW", [&](SECURITY_ATTRIBUTES* security, BOOL owned, const wchar_t* name) {
             isPlain = !security && !owned;
             mutexName = name;
@@ -144,7 +132,7 @@ const Lines kNoModuleName = Call("CQanhPackageManager::GetModuleName", "(0)") +
 
 TEST_F(PackageManagerStart, MutexWithoutTheExecutablesNameHasTheProductsAlone)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     m_host.FailNext(1);
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_STREQ(CQanhPackageManager::m_szInstanceMutexName, L"QanHelper");
@@ -153,7 +141,7 @@ TEST_F(PackageManagerStart, MutexWithoutTheExecutablesNameHasTheProductsAlone)
 
 TEST_F(PackageManagerStart, WithoutThePathsOfBothFilesItFails)
 {
-    m_host.FailNext(test::HostExecutable::kAlways);
+    m_host.FailNext(HostExecutable::kAlways);
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     // The next process of the executable is to be the owner.
     ExpectNotOwner();
@@ -165,9 +153,9 @@ TEST_F(PackageManagerStart, WithoutACatalogFolderThePresetIsLoaded)
 {
     WriteCatalog();
     WritePreset();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     for (const std::wstring& value : {std::wstring(), L"C:\\" + std::wstring(300, L'x')}) {
-        const test::ScopedEnvironment environment(L"LOCALAPPDATA", value.empty() ? nullptr : value.c_str());
+        const ScopedEnvironment environment(L"LOCALAPPDATA", value.empty() ? nullptr : value.c_str());
         CQanhPackageManager manager;
         m_threadError = ERROR_NOT_ENOUGH_MEMORY;
         EXPECT_EQ(manager.Initialize(), E_FAIL);
@@ -178,8 +166,8 @@ TEST_F(PackageManagerStart, WithoutACatalogFolderThePresetIsLoaded)
 
 TEST_F(PackageManagerStart, AFolderThatCannotBeMadeIsNoFailure)
 {
-    WriteEmptyCatalog();
-    const test::ImportPatch<decltype(&SHCreateDirectoryExW)> patch(
+    WriteCatalog();
+    const ImportPatch<decltype(&SHCreateDirectoryExW)> patch(
         "SHCreateDirectoryExW", [](HWND, const wchar_t*, const SECURITY_ATTRIBUTES*) { return 5; });
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     ExpectLog("0x00000000", OwnerLines(5) + LoadLines(CatalogFile(), "0x00000001"));
@@ -198,11 +186,11 @@ TEST_F(PackageManagerStart, ThreadIsStartedWithTheManagerAsItsArgument)
 
 TEST_F(PackageManagerStart, ThreadThatDoesNotStartIsAFailure)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     m_threadError = ERROR_NOT_ENOUGH_MEMORY;
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     ExpectNothingHeld();
-    ExpectLog("0x80004005", EmptyCatalogLines() + Lines{"CreateThread() failed. ErrCode = 8 "});
+    ExpectLog("0x80004005", CatalogLines() + Lines{"CreateThread() failed. ErrCode = 8 "});
 }
 
 TEST_F(PackageManagerStart, ThreadThatDoesNotStartHidesTheFailureOfTheLoad)
@@ -215,20 +203,20 @@ TEST_F(PackageManagerStart, EventThatCannotBeMadeIsAFailure)
 {
     std::wstring eventName;
     bool isManualReset = false;
-    const test::CapturingPatch<decltype(&CreateEventW)> patch(
+    const CapturingPatch<decltype(&CreateEventW)> patch(
         "CreateEventW", [&](SECURITY_ATTRIBUTES* security, BOOL manual, BOOL signalled, const wchar_t* name) {
             eventName = name;
             isManualReset = !security && manual && !signalled;
             SetLastError(ERROR_INVALID_HANDLE);
             return nullptr;
         });
-    WriteEmptyCatalog();
+    WriteCatalog();
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     EXPECT_EQ(eventName, EventName());
     EXPECT_TRUE(isManualReset);
     ExpectNothingHeld();
     EXPECT_THAT(m_threadStarts, IsEmpty());
-    ExpectLog("0x80004005", EmptyCatalogLines() + Lines{"CreateEventW() failed. ErrCode = 6 "});
+    ExpectLog("0x80004005", CatalogLines() + Lines{"CreateEventW() failed. ErrCode = 6 "});
 }
 
 TEST_F(PackageManagerStart, ASecondStartDoesNothing)
@@ -249,9 +237,9 @@ TEST_F(PackageManagerStart, ASecondStartDoesNothing)
 
 TEST_F(PackageManagerStart, AnEventWithoutAThreadIsNotAStart)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     HoldMutexElsewhere();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     (void)m_manager.Initialize();
     // The whole log of a start without a preset: entry and exit line, and three of the load that fails.

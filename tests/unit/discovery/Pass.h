@@ -6,8 +6,6 @@
 
 #include <shlwapi.h>
 
-#include <optional>
-
 namespace discovery_test {
 
 // A package manager whose refresh passes are watched and steered: what a pass asks of the platform is noted

@@ -1,12 +1,7 @@
 #pragma once
 
 #include "discovery/PackageManager.h"
-#include "support/LogCapture.h"
-
-#include <algorithm>
-#include <initializer_list>
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 // The paths of the catalogue's desktop applications, in its order.
 inline std::vector<std::wstring> Shortcuts(const CQanhPackageManager& manager)

@@ -2,8 +2,6 @@
 
 #include "unit/discovery/ThreadRun.h"
 
-#include <utility>
-
 namespace {
 
 using namespace discovery_test;
@@ -57,7 +55,7 @@ TEST_F(RefreshPass, PackagesCountAsInstalledUnlessTheStoreSaysNo)
         "<Package PackageFamilyName=\"broken\" Version=\"1.0.0.0\" NeedReserve=\"1\" IsInstalled=\"0\" />"
         "<Package Version=\"2.0.0.0\" IsInstalled=\"0\" />"
         "</Applications>");
-    test::PackageFacts facts;
+    PackageFacts facts;
     facts.familyName = L"there";
     facts.isListed = false;
     m_store.Add(facts);
@@ -72,32 +70,32 @@ TEST_F(RefreshPass, PackagesCountAsInstalledUnlessTheStoreSaysNo)
 
 TEST_F(RefreshPass, DesktopRecordsAreInstalledWhileTheirShortcutExists)
 {
-    test::MakeFile(m_folder / L"there.lnk");
-    test::MakeFolder(m_folder / L"folder.lnk");
+    MakeFile(m_folder / L"there.lnk");
+    MakeFolder(m_folder / L"folder.lnk");
     const std::wstring reserved = L"\" NeedReserve=\"1\" ";
-    WriteAndLoad(test::ToUtf8(
-        L"<Applications><DesktopApps><DesktopApp DisplayName=\"a\" LnkFileName=\"" +
-        (m_folder / L"there.lnk") + reserved +
-        L"IsInstalled=\"0\" /><DesktopApp DisplayName=\"b\" LnkFileName=\"" + (m_folder / L"gone.lnk") +
-        reserved + L"/><DesktopApp DisplayName=\"c\" LnkFileName=\"" + (m_folder / L"gone too.lnk") +
-        L"\" /><DesktopApp DisplayName=\"d\" LnkFileName=\"" + (m_folder / L"folder.lnk") + reserved +
-        L"IsInstalled=\"0\" /><DesktopApp DisplayName=\"e\" NeedReserve=\"1\" />" +
-        L"</DesktopApps></Applications>"));
+    WriteAndLoad(ToUtf8(L"<Applications><DesktopApps><DesktopApp DisplayName=\"a\" LnkFileName=\"" +
+                        (m_folder / L"there.lnk") + reserved +
+                        L"IsInstalled=\"0\" /><DesktopApp DisplayName=\"b\" LnkFileName=\"" +
+                        (m_folder / L"gone.lnk") + reserved +
+                        L"/><DesktopApp DisplayName=\"c\" LnkFileName=\"" + (m_folder / L"gone too.lnk") +
+                        L"\" /><DesktopApp DisplayName=\"d\" LnkFileName=\"" + (m_folder / L"folder.lnk") +
+                        reserved + L"IsInstalled=\"0\" /><DesktopApp DisplayName=\"e\" NeedReserve=\"1\" />" +
+                        L"</DesktopApps></Applications>"));
     EXPECT_EQ(Run(), 0u);
     const std::string saved = Saved();
-    EXPECT_THAT(saved, HasSubstr(test::ToUtf8(m_folder / L"there.lnk") + "\" NeedReserve=\"1\" />"));
-    EXPECT_THAT(
-        saved, HasSubstr(test::ToUtf8(m_folder / L"gone.lnk") + "\" NeedReserve=\"1\" IsInstalled=\"0\" />"));
+    EXPECT_THAT(saved, HasSubstr(ToUtf8(m_folder / L"there.lnk") + "\" NeedReserve=\"1\" />"));
+    EXPECT_THAT(saved,
+                HasSubstr(ToUtf8(m_folder / L"gone.lnk") + "\" NeedReserve=\"1\" IsInstalled=\"0\" />"));
     // Gone and not reserved: not written any more.
     EXPECT_THAT(saved, Not(HasSubstr("gone too")));
-    EXPECT_THAT(saved, HasSubstr(test::ToUtf8(m_folder / L"folder.lnk") + "\" NeedReserve=\"1\" />"));
+    EXPECT_THAT(saved, HasSubstr(ToUtf8(m_folder / L"folder.lnk") + "\" NeedReserve=\"1\" />"));
     EXPECT_THAT(saved, HasSubstr("<DesktopApp DisplayName=\"e\" NeedReserve=\"1\" IsInstalled=\"0\" />"));
 }
 
 TEST_F(RefreshPass, RecordsThatTheWalkFindsAreNotMarkedInTheSamePass)
 {
-    test::MakeFile(Common() + L"\\A.lnk");
-    test::MakeFile(User() + L"\\B.url");
+    MakeFile(Common() + L"\\A.lnk");
+    MakeFile(User() + L"\\B.url");
     EXPECT_EQ(Run(), 0u);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(Common() + L"\\A.lnk", User() + L"\\B.url"));
     EXPECT_THAT(m_steps, Not(Contains(L"exists " + Common() + L"\\A.lnk")));
@@ -148,7 +146,7 @@ TEST_F(RefreshPass, MutexStaysUntilTheFirstPassIsSaved)
     };
     EXPECT_EQ(Run(), 0u);
     EXPECT_THAT(withoutMutex, ElementsAre(L"wait 180000"));
-    EXPECT_TRUE(test::Exists(CatalogFile()));
+    EXPECT_TRUE(Exists(CatalogFile()));
 }
 
 // The exit event is signalled in the middle of a pass: what is still done.
@@ -157,8 +155,8 @@ class InterruptedPass : public RefreshPass
 protected:
     void RunUntil(const std::wstring& step)
     {
-        test::MakeFile(Common() + L"\\A.lnk");
-        test::MakeFile(User() + L"\\B.lnk");
+        MakeFile(Common() + L"\\A.lnk");
+        MakeFile(User() + L"\\B.lnk");
         WriteAndLoad(CatalogOf({L"C:\\x.lnk", L"C:\\y.lnk"}));
         m_exitAt = step;
         EXPECT_EQ(Run(), 0u);
@@ -176,11 +174,11 @@ TEST_F(InterruptedPass, WhileMarkingShortcutsLeavesTheRestAsItWasAndAsksTheStore
     RunUntil(L"exists C:\\x.lnk");
     EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"exists C:\\x.lnk", L"store", L"wait 180000"));
     ExpectLog(kStore);
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     // Neither shortcut exists. The one that was looked for does not count as installed any more.
     const std::wstring file = m_folder / L"now.xml";
     ASSERT_EQ(m_manager.m_AppNameList.Save(file.c_str()), S_OK);
-    const std::string now = test::ReadFileBytes(file);
+    const std::string now = ReadFileBytes(file);
     EXPECT_THAT(now, Not(HasSubstr("C:\\x.lnk")));
     EXPECT_THAT(now, HasSubstr("C:\\y.lnk"));
 }
@@ -191,7 +189,7 @@ TEST_F(InterruptedPass, WhileMarkingPackagesLeavesTheRestAsItWasAndAsksTheStore)
                  "</Applications>");
     RunUntil(L"family b");
     EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"family b", L"store", L"wait 180000"));
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     // Neither package is installed.
     EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"b")->IsInstalled, 0);
     EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"a")->IsInstalled, 1);
@@ -237,7 +235,7 @@ TEST_F(RefreshPass, RunningOutOfMemoryWhileMarkingDoesNotEndThePass)
     s_failsNext = false;
     static const auto s_malloc = reinterpret_cast<void* (*)(std::size_t)>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
-    const test::ImportPatch<void* (*)(std::size_t)> patch("malloc", [](std::size_t size) {
+    const ImportPatch<void* (*)(std::size_t)> patch("malloc", [](std::size_t size) {
         return std::exchange(s_failsNext, false) ? nullptr : s_malloc(size);
     });
     m_onStep = [](const std::wstring& step) { s_failsNext = step == L"exists C:\\x.lnk"; };

@@ -4,7 +4,6 @@
 #include "unit/discovery/ThreadRun.h"
 
 #include <atomic>
-#include <utility>
 
 namespace {
 
@@ -35,13 +34,13 @@ protected:
 
 TEST_P(RefreshThreadVariable, IsNeeded)
 {
-    const test::ScopedEnvironment environment(GetParam(), nullptr);
+    const ScopedEnvironment environment(GetParam(), nullptr);
     ExpectEarlyEnd();
 }
 
 TEST_P(RefreshThreadVariable, MustFit)
 {
-    const test::ScopedEnvironment environment(GetParam(), (L"C:\\" + std::wstring(257, L'x')).c_str());
+    const ScopedEnvironment environment(GetParam(), (L"C:\\" + std::wstring(257, L'x')).c_str());
     ExpectEarlyEnd();
 }
 
@@ -50,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(Names, RefreshThreadVariable, ::testing::Values(L"ALLUS
 TEST_F(RefreshThread, ReadsTheCommonVariableFirst)
 {
     std::vector<std::wstring> names;
-    const test::CapturingPatch<decltype(&GetEnvironmentVariableW)> patch(
+    const CapturingPatch<decltype(&GetEnvironmentVariableW)> patch(
         "GetEnvironmentVariableW", [&](const wchar_t* name, wchar_t*, DWORD) -> DWORD {
             names.push_back(name);
             SetLastError(ERROR_ENVVAR_NOT_FOUND);
@@ -67,7 +66,7 @@ TEST_F(RefreshThread, StoppedDuringTheFirstSecondEndsAtOnce)
     EXPECT_THAT(m_steps, ElementsAre(L"wait 1000"));
     EXPECT_EQ(m_log.Lines(), StartLines());
     EXPECT_TRUE(IsExitEventSignalled());
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     ExpectMutexClosed();
 }
 
@@ -89,7 +88,7 @@ TEST_F(RefreshThread, PassesRepeatUntilTheEventIsSignalled)
     int pass = 0;
     m_onStep = [&](const std::wstring& step) {
         if (step == L"wait 180000" && ++pass == 1) {
-            test::MakeFile(User() + L"\\New.lnk");
+            MakeFile(User() + L"\\New.lnk");
         }
     };
     EXPECT_EQ(Run(), 0u);
@@ -194,15 +193,15 @@ TEST(RefreshThreadInRealTime, WaitsAboutASecondBeforeItsFirstPass)
     CQanhPackageManager manager;
     manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     std::atomic<bool> hasPassBegun = false;
-    const test::FakeStore store;
-    const test::CapturingPatch<decltype(&RoInitialize)> patch("RoInitialize", [&](RO_INIT_TYPE) {
+    const FakeStore store;
+    const CapturingPatch<decltype(&RoInitialize)> patch("RoInitialize", [&](RO_INIT_TYPE) {
         hasPassBegun = true;
         return E_FAIL;
     });
-    const test::TemporaryFolder folder;
-    const test::ScopedEnvironment localAppData(L"LOCALAPPDATA", folder.Path().c_str());
-    const test::ScopedEnvironment allUsers(L"ALLUSERSPROFILE", folder.Path().c_str());
-    const test::ScopedEnvironment appData(L"APPDATA", folder.Path().c_str());
+    const TemporaryFolder folder;
+    const ScopedEnvironment localAppData(L"LOCALAPPDATA", folder.Path().c_str());
+    const ScopedEnvironment allUsers(L"ALLUSERSPROFILE", folder.Path().c_str());
+    const ScopedEnvironment appData(L"APPDATA", folder.Path().c_str());
     KeepModuleForThread();
     const HANDLE thread = CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, &manager, 0, nullptr);
     Sleep(800);

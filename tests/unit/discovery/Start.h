@@ -2,8 +2,6 @@
 
 #include "unit/discovery/Manager.h"
 
-#include <string>
-
 namespace discovery_test {
 
 // The start of a package manager, with the lines that it writes.
@@ -24,9 +22,6 @@ protected:
 
     void WriteCatalog() const { test::WriteFileBytes(CatalogFile(), CatalogOf({L"C:\\catalog.lnk"})); }
     void WritePreset() const { test::WriteFileBytes(PresetFile(), CatalogOf({L"C:\\preset.lnk"})); }
-    // Without records, so that reading it leaves no lines of theirs.
-    void WriteEmptyCatalog() const { test::WriteFileBytes(CatalogFile(), "<Applications />"); }
-    void WriteEmptyPreset() const { test::WriteFileBytes(PresetFile(), "<Applications />"); }
 
     // Another process of the executable in its first pass, so far as this one can see it.
     static void HoldMutexElsewhere(const std::wstring& name = MutexName())
@@ -34,10 +29,13 @@ protected:
         s_otherMutex = CreateMutexW(nullptr, FALSE, name.c_str());
     }
 
-    // The log of a start with this result.
+    // The log of a start with this result, without the lines of the catalogue's records.
     void ExpectLog(const std::string& result, const Lines& lines) const
     {
-        EXPECT_EQ(m_log.Lines(), Call("CQanhPackageManager::Initialize", "(" + result + ")", lines));
+        EXPECT_EQ(LinesWithout({"CQanhDesktopApp::", "CQanhApp::", "CQanhAppNameList::AddDesktopApp",
+                                "CQanhAppNameList::IsInDesktopAppList", "CQanhAppNameList::ReadDesktopApps"},
+                               m_log.Lines()),
+                  Call("CQanhPackageManager::Initialize", "(" + result + ")", lines));
     }
     // Up to the choice of the file, in the owner.
     Lines OwnerLines(int folderCode = 183) const
@@ -45,10 +43,10 @@ protected:
         return ModuleNameLines() + Lines{"CQanhPackageManager::Initialize CreateMutex() success. "} +
                FolderLines(folderCode);
     }
-    // What the owner writes when it loads a catalogue without records.
-    Lines EmptyCatalogLines() const { return OwnerLines() + LoadLines(CatalogFile(), "0x00000001"); }
+    // What the owner writes when it loads its catalogue.
+    Lines CatalogLines() const { return OwnerLines() + LoadLines(CatalogFile(), "0x00000001"); }
     // The same of the preset, after the lines so far.
-    Lines EmptyPresetLines() const { return PresetLines() + LoadLines(PresetFile(), "0x00000001"); }
+    Lines LoadPresetLines() const { return PresetLines() + LoadLines(PresetFile(), "0x00000001"); }
     // A load with a result that is no success.
     static Lines FailedLoadLines(const std::wstring& file, const std::string& result)
     {

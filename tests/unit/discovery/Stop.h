@@ -3,8 +3,6 @@
 #include "common/DiagnosticLog.h"
 #include "unit/discovery/Pass.h"
 
-#include <algorithm>
-
 namespace discovery_test {
 
 // What Finalize writes, around what the refresh thread writes meanwhile.

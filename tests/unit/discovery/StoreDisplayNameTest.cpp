@@ -2,9 +2,7 @@
 
 #include "unit/discovery/StoreQueries.h"
 
-#include "support/CapturingPatch.h"
 #include "support/FakeResources.h"
-#include "support/TemporaryFolder.h"
 
 namespace {
 
@@ -18,11 +16,11 @@ protected:
     ~DisplayNameOfFamily() override { LocalFree(m_name); }
 
     // A package of the family whose manifest lies in this folder.
-    void Install(const test::TemporaryFolder& folder, const std::string& applications)
+    void Install(const TemporaryFolder& folder, const std::string& applications)
     {
-        test::WriteFileBytes(folder / L"AppxManifest.xml",
-                             "<Package><Applications>" + applications + "</Applications></Package>");
-        test::PackageFacts facts;
+        WriteFileBytes(folder / L"AppxManifest.xml",
+                       "<Package><Applications>" + applications + "</Applications></Package>");
+        PackageFacts facts;
         facts.familyName = kFamily;
         facts.path = folder.Path();
         m_store.Add(facts);
@@ -52,15 +50,15 @@ protected:
                     finding);
     }
 
-    test::FakeResources m_resources;
-    test::TemporaryFolder m_folder;
+    FakeResources m_resources;
+    TemporaryFolder m_folder;
     wchar_t* m_name = nullptr;
 };
 
 TEST_F(DisplayNameOfFamily, IsThatOfItsManifest)
 {
     Install(m_folder, Named("Weather"));
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(), S_OK);
     EXPECT_STREQ(m_name, L"weather");
     const Lines lines = log.Lines();
@@ -75,7 +73,7 @@ TEST_F(DisplayNameOfFamily, IsThatOfItsManifest)
 
 TEST_F(DisplayNameOfFamily, IsThatOfTheFirstPackage)
 {
-    const test::TemporaryFolder second;
+    const TemporaryFolder second;
     Install(m_folder, Named("First"));
     Install(second, Named("Second"));
     EXPECT_EQ(Ask(), S_OK);
@@ -109,11 +107,11 @@ TEST_F(DisplayNameOfFamily, IsHadInEveryApartment)
 // The package is held until the last line is written, and given back after it.
 TEST_F(DisplayNameOfFamily, IsLoggedBeforeThePackageIsGivenBack)
 {
-    const test::FakePackage* package = m_store.Add(kFamily);
+    const FakePackage* package = m_store.Add(kFamily);
     LONG references = 0; // at the last line
-    const test::LogCapture log;
+    const LogCapture log;
     {
-        const test::CapturingPatch<decltype(&CreateFileW)> patch(
+        const CapturingPatch<decltype(&CreateFileW)> patch(
             "CreateFileW", [&](const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                                DWORD how, DWORD flags, HANDLE model) {
                 references = package->References();
@@ -130,7 +128,7 @@ TEST_F(DisplayNameOfFamily, OfAnUnknownFamilyIsLeftAsItWas)
 {
     wchar_t before[] = L"before";
     wchar_t* name = before;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhPackageManager::GetAppDisplayNameByPFN(L"none", &name), kNoPackage);
     EXPECT_EQ(name, before);
     EXPECT_EQ(Ask(L"none"), kNoPackage);
@@ -150,7 +148,7 @@ TEST_F(DisplayNameOfFamily, OfSeveralApplicationsIsNone)
 TEST_F(DisplayNameOfFamily, ThatIsMissingIsEmpty)
 {
     Install(m_folder, "<Application><VisualElements/></Application>");
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(), S_FALSE);
     EXPECT_STREQ(m_name, L"");
     EXPECT_EQ(log.Lines().back(),
@@ -166,7 +164,7 @@ TEST_F(DisplayNameOfFamily, OfAnUnresolvedResourceIsHandedOutWithTheFailure)
 
 TEST_F(DisplayNameOfFamily, NullAndEmptyArguments)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(nullptr), E_POINTER);
     EXPECT_EQ(CQanhPackageManager::GetAppDisplayNameByPFN(kFamily, nullptr), E_POINTER);
     EXPECT_EQ(CQanhPackageManager::GetAppDisplayNameByPFN(L"", nullptr), E_POINTER);
@@ -181,7 +179,7 @@ TEST_F(DisplayNameOfFamily, WithoutAManagerIsAsOfAnUnknownFamily)
 {
     Install(m_folder, Named("A"));
     m_store.initializeResult = E_OUTOFMEMORY;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(), kNoPackage);
     EXPECT_EQ(m_name, nullptr);
     EXPECT_EQ(log.Lines(), AskLines("mail_1", &m_name, "(0xA0000001) DisplayName = (null)",
@@ -193,7 +191,7 @@ TEST_F(DisplayNameOfFamily, AFailureOfTheFindingIsLoggedAndReturned)
 {
     Install(m_folder, Named("A"));
     m_store.objects.Fail("Current", E_ACCESSDENIED);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(), E_FAIL);
     EXPECT_EQ(m_name, nullptr);
     EXPECT_EQ(log.Lines().back(),

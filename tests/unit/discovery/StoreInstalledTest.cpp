@@ -46,7 +46,7 @@ protected:
 TEST_F(IsInstalled, TellsWhatWasFound)
 {
     m_store.Add(kFamily);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(), S_OK);
     EXPECT_EQ(m_isInstalled, 1);
     EXPECT_EQ(log.Lines(), AskLines("1", ManagerLines(), ""));
@@ -58,7 +58,7 @@ TEST_F(IsInstalled, TellsWhatWasFound)
 TEST_F(IsInstalled, ExTellsWhatWasFound)
 {
     m_store.Add(kFamily, {L"word"});
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(AskEx(L"Word"), S_OK);
     EXPECT_EQ(m_isInstalled, 1);
     EXPECT_EQ(log.Lines(), AskExLines("1", ManagerLines(), ""));
@@ -71,7 +71,7 @@ TEST_F(IsInstalled, ExTellsWhatWasFound)
 
 TEST_F(IsInstalled, HoldsAnApartmentAroundThePackage)
 {
-    const test::FakePackage* package = m_store.Add(kFamily, {L"word"});
+    const FakePackage* package = m_store.Add(kFamily, {L"word"});
     std::vector<LONG> references;
     m_store.onUninitialize = [&] { references.push_back(package->References()); };
     InApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), S_OK); });
@@ -94,7 +94,7 @@ TEST_F(IsInstalled, WorksInEveryApartmentAndLeavesWhatItEntered)
 
 TEST_F(IsInstalled, NullAndEmptyArguments)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(nullptr), E_POINTER);
     EXPECT_EQ(CQanhPackageManager::IsInstalled(kFamily, nullptr), E_POINTER);
     EXPECT_EQ(CQanhPackageManager::IsInstalled(L"", nullptr), E_POINTER);
@@ -119,7 +119,7 @@ TEST_F(IsInstalled, NothingIsWithoutAManager)
 {
     m_store.Add(kFamily, {L"word"});
     m_store.initializeResult = E_OUTOFMEMORY;
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectBoth(S_OK, 0);
     const std::string failed = "(GetPackageManager failed.)";
     EXPECT_EQ(log.Lines(), AskLines("0", ManagerLines("(0x8007000E)"), failed) +
@@ -143,7 +143,7 @@ TEST_F(IsInstalled, AFailureOfTheFindingIsLoggedAndReturned)
 {
     m_store.Add(kFamily);
     m_store.objects.Fail("First", E_ACCESSDENIED);
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectBoth(E_FAIL, 7);
     const std::string out = " OUT(" + Message(E_ACCESSDENIED) + ")";
     EXPECT_THAT(log.Lines(), Contains("CQanhPackageManager::IsInstalled" + out));
@@ -154,7 +154,7 @@ TEST_F(IsInstalled, AnExceptionOfAnotherKindIsOutOfMemory)
 {
     m_store.Add(kFamily);
     m_store.objects.At("First", [] { throw std::bad_alloc(); });
-    const test::LogCapture log;
+    const LogCapture log;
     InApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), E_OUTOFMEMORY); });
     EXPECT_EQ(m_isInstalled, 7);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalled OUT(0x8007000E)");

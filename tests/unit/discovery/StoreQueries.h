@@ -2,30 +2,14 @@
 
 #include "common/WinRtError.h"
 #include "discovery/PackageManager.h"
-#include "support/Apartments.h"
 #include "support/FakePackages.h"
-#include "support/LogCapture.h"
-#include "support/Text.h"
-#include "support/Trace.h"
 #include "unit/discovery/Records.h"
 
-#include <gmock/gmock.h>
-
 #include <new>
-#include <string>
-#include <vector>
 
 namespace store_test {
 
-using test::Apartment;
-using test::Call;
-using test::Lines;
-using test::operator+;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Not;
-
+using namespace test;
 inline constexpr wchar_t kFamily[] = L"mail_1";
 inline constexpr Apartment kEveryApartment[] = {Apartment::kNone, Apartment::kSingleThreaded,
                                                 Apartment::kMultithreaded};
@@ -33,7 +17,7 @@ inline constexpr Apartment kEveryApartment[] = {Apartment::kNone, Apartment::kSi
 // What the log says of a failure.
 inline std::string Message(HRESULT result)
 {
-    return test::ToUtf8(WinRtError(result).Message());
+    return ToUtf8(WinRtError(result).Message());
 }
 
 // The lines of the way to the package manager.
@@ -74,7 +58,7 @@ protected:
     // Runs the body on a thread in this apartment, which it must keep.
     template <typename Body> static void InApartment(Apartment apartment, Body body)
     {
-        EXPECT_TRUE(test::KeepsApartment(apartment, body)) << ::testing::PrintToString(apartment);
+        EXPECT_TRUE(KeepsApartment(apartment, body)) << ::testing::PrintToString(apartment);
     }
 
     // Does the operation once more for each call of the platform that it made until now, more than this many;
@@ -91,7 +75,7 @@ protected:
         }
     }
 
-    test::FakeStore m_store;
+    FakeStore m_store;
 };
 
 } // namespace store_test

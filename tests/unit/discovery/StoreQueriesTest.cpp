@@ -39,10 +39,10 @@ TEST_F(GetPackageManager, EntersTheRuntimeWhichIsNotLeftInTheMultithreadedApartm
     for (const auto& row : rows) {
         Journal().clear();
         InApartment(row.apartment, [&] {
-            const test::LogCapture log;
+            const LogCapture log;
             EXPECT_TRUE(Get());
             EXPECT_EQ(m_needsUninitialize, row.needsUninitialize);
-            EXPECT_EQ(test::ApartmentOfThread(), row.inside);
+            EXPECT_EQ(ApartmentOfThread(), row.inside);
             Leave();
             EXPECT_EQ(log.Lines(), ManagerLines());
         });
@@ -53,7 +53,7 @@ TEST_F(GetPackageManager, EntersTheRuntimeWhichIsNotLeftInTheMultithreadedApartm
 
 TEST_F(GetPackageManager, WithoutAFlagThereIsNone)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhPackageManager::GetPackageManager(nullptr), nullptr);
     EXPECT_THAT(Journal(), IsEmpty());
     EXPECT_EQ(log.Lines(), ManagerLines("(0x80004003)"));
@@ -62,7 +62,7 @@ TEST_F(GetPackageManager, WithoutAFlagThereIsNone)
 TEST_F(GetPackageManager, WithoutTheRuntimeThereIsNone)
 {
     m_store.initializeResult = E_OUTOFMEMORY;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_FALSE(Get());
     EXPECT_EQ(m_needsUninitialize, 7);
     EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x8007000E"));
@@ -74,7 +74,7 @@ TEST_F(GetPackageManager, AFailingStepIsLoggedAndTheRuntimeStaysTheCallersToLeav
     for (const char* call : {"RoGetActivationFactory", "ActivateInstance", "QueryInterface"}) {
         m_needsUninitialize = 7;
         m_store.objects.Fail(call, E_ACCESSDENIED, m_store.objects.Calls(call));
-        const test::LogCapture log;
+        const LogCapture log;
         InApartment(Apartment::kNone, [&] {
             EXPECT_FALSE(Get()) << call;
             EXPECT_EQ(m_needsUninitialize, 1);
@@ -91,13 +91,13 @@ class FindPackage : public StoreQueries
 {
 protected:
     // The package that is found, which is given back.
-    test::FakePackage* Find(const wchar_t* familyName = kFamily)
+    FakePackage* Find(const wchar_t* familyName = kFamily)
     {
-        return static_cast<test::FakePackage*>(CQanhPackageManager::FindPackageByName(familyName).Get());
+        return static_cast<FakePackage*>(CQanhPackageManager::FindPackageByName(familyName).Get());
     }
-    test::FakePackage* FindEx(const wchar_t* fragment, const wchar_t* familyName = kFamily)
+    FakePackage* FindEx(const wchar_t* fragment, const wchar_t* familyName = kFamily)
     {
-        return static_cast<test::FakePackage*>(
+        return static_cast<FakePackage*>(
             CQanhPackageManager::FindPackageByNameEx(familyName, fragment).Get());
     }
 
@@ -109,7 +109,7 @@ protected:
             SCOPED_TRACE(call);
             Journal().clear();
             m_store.objects.Fail(call, E_ACCESSDENIED, m_store.objects.Calls(call));
-            const test::LogCapture log;
+            const LogCapture log;
             InApartment(Apartment::kNone, [&] {
                 try {
                     search();
@@ -129,10 +129,10 @@ protected:
 TEST_F(FindPackage, IsTheFirstOfItsFamily)
 {
     m_store.Add(L"other");
-    test::FakePackage* first = m_store.Add(kFamily);
+    FakePackage* first = m_store.Add(kFamily);
     m_store.Add(kFamily);
     InApartment(Apartment::kSingleThreaded, [&] {
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(Find(), first);
         EXPECT_EQ(log.Lines(), Call("CQanhPackageManager::FindPackageByName(mail_1)", "", ManagerLines()));
     });
@@ -151,7 +151,7 @@ TEST_F(FindPackage, EntersTheRuntimeForAThreadWithoutAnApartment)
 
 TEST_F(FindPackage, IsHandedOutWithOneReference)
 {
-    test::FakePackage* package = m_store.Add(kFamily);
+    FakePackage* package = m_store.Add(kFamily);
     {
         const auto found = CQanhPackageManager::FindPackageByName(kFamily);
         EXPECT_EQ(package->References(), 1);
@@ -165,12 +165,12 @@ TEST_F(FindPackage, IsHandedOutWithOneReference)
 TEST_F(FindPackage, IsLookedForAnewEachTimeAndNoneWhenTheFamilyHasNone)
 {
     m_store.Add(L"other");
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Find(), nullptr);
     EXPECT_EQ(m_store.objects.Calls("Current"), 0u);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::FindPackageByName OUT");
     EXPECT_EQ(FindEx(L"part"), nullptr);
-    test::FakePackage* package = m_store.Add(kFamily, {L"part"});
+    FakePackage* package = m_store.Add(kFamily, {L"part"});
     EXPECT_EQ(Find(), package);
     EXPECT_EQ(FindEx(L"part"), package);
     EXPECT_EQ(m_store.objects.Calls("ActivateInstance"), 4u);
@@ -189,7 +189,7 @@ TEST_F(FindPackage, HandsTheNameOnAsItIs)
 TEST_F(FindPackage, TakesNamesOfAnyLength)
 {
     const std::wstring family(5000, L'f');
-    test::FakePackage* package = m_store.Add(family.c_str());
+    FakePackage* package = m_store.Add(family.c_str());
     EXPECT_EQ(Find(family.c_str()), package);
 }
 
@@ -197,7 +197,7 @@ TEST_F(FindPackage, TakesNamesOfAnyLength)
 TEST_F(FindPackage, HandsOnWhatIsNoWholeCharacter)
 {
     m_store.Add(L"f\xD801");
-    test::FakePackage* package = m_store.Add(L"f\xD800");
+    FakePackage* package = m_store.Add(L"f\xD800");
     EXPECT_EQ(Find(L"f\xD800"), package);
     EXPECT_EQ(FindEx(L"x", L"f\xDC00"), nullptr);
 }
@@ -206,7 +206,7 @@ TEST_F(FindPackage, HandsOnWhatIsNoWholeCharacter)
 TEST_F(FindPackage, LeavesTheRuntimeBeforeItsExitLine)
 {
     m_store.Add(kFamily, {L"part"});
-    const test::LogCapture log;
+    const LogCapture log;
     Lines lastLines;
     m_store.onUninitialize = [&] { lastLines.push_back(log.Lines().back()); };
     Find();
@@ -217,7 +217,7 @@ TEST_F(FindPackage, LeavesTheRuntimeBeforeItsExitLine)
 
 TEST_F(FindPackage, WithoutANameIsNone)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Find(nullptr), nullptr);
     EXPECT_EQ(Find(L""), nullptr);
     EXPECT_EQ(FindEx(L"x", nullptr), nullptr);
@@ -233,7 +233,7 @@ TEST_F(FindPackage, WithoutAManagerIsNone)
 {
     m_store.Add(kFamily);
     m_store.objects.Fail("ActivateInstance", E_ACCESSDENIED);
-    const test::LogCapture log;
+    const LogCapture log;
     InApartment(Apartment::kNone, [&] {
         EXPECT_EQ(Find(), nullptr);
         EXPECT_EQ(FindEx(L"x"), nullptr);
@@ -254,7 +254,7 @@ TEST_F(FindPackage, WithoutTheRuntimeIsNone)
 
 TEST_F(FindPackage, WorksInTheApartmentOfTheCaller)
 {
-    test::FakePackage* package = m_store.Add(kFamily, {L"part"});
+    FakePackage* package = m_store.Add(kFamily, {L"part"});
     for (const Apartment apartment : {Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
         Journal().clear();
         InApartment(apartment, [&] {
@@ -278,9 +278,9 @@ TEST_F(FindPackage, ExIsTheFirstThatDependsOnTheFragment)
 {
     m_store.Add(kFamily);
     m_store.Add(kFamily, {L"other_1", L"something_1"});
-    test::FakePackage* third = m_store.Add(kFamily, {L"other_1", L"the.word.part_1", L"last_1"});
+    FakePackage* third = m_store.Add(kFamily, {L"other_1", L"the.word.part_1", L"last_1"});
     m_store.Add(kFamily, {L"the.word.part_1"});
-    const test::LogCapture log;
+    const LogCapture log;
     InApartment(Apartment::kSingleThreaded, [&] { EXPECT_EQ(FindEx(L"word"), third); });
     EXPECT_EQ(log.Lines(), Call("CQanhPackageManager::FindPackageByNameEx(mail_1)", "", ManagerLines()));
     // The walk over dependencies ends at the first that matches; the walk over packages goes on to the end,
@@ -307,7 +307,7 @@ class Fragment : public FindPackage, public ::testing::WithParamInterface<Fragme
 
 TEST_P(Fragment, IsLookedForInTheFamilyNameOfTheDependency)
 {
-    test::FakePackage* package = m_store.Add(kFamily, {GetParam().dependency});
+    FakePackage* package = m_store.Add(kFamily, {GetParam().dependency});
     EXPECT_EQ(FindEx(GetParam().fragment), GetParam().isFound ? package : nullptr);
 }
 
@@ -350,8 +350,8 @@ protected:
 
 TEST_P(LatinLetter, IsTheSameInEitherCase)
 {
-    test::FakePackage* capital = m_store.Add(L"capital", {L"1" + Capital() + L"2"});
-    test::FakePackage* small = m_store.Add(L"small", {L"1" + Small() + L"2"});
+    FakePackage* capital = m_store.Add(L"capital", {L"1" + Capital() + L"2"});
+    FakePackage* small = m_store.Add(L"small", {L"1" + Small() + L"2"});
     for (const std::wstring& letter : {Capital(), Small()}) {
         EXPECT_EQ(FindEx(letter.c_str(), L"capital"), capital);
         EXPECT_EQ(FindEx(letter.c_str(), L"small"), small);
@@ -377,7 +377,7 @@ INSTANTIATE_TEST_SUITE_P(Of, LatinLetter, ::testing::Range(L'A', static_cast<wch
 TEST_F(FindPackage, ExTakesFragmentsOfAnyLength)
 {
     const std::wstring fragment(5000, L'F');
-    test::FakePackage* package = m_store.Add(kFamily, {L"x" + std::wstring(5000, L'f') + L"y"});
+    FakePackage* package = m_store.Add(kFamily, {L"x" + std::wstring(5000, L'f') + L"y"});
     EXPECT_EQ(FindEx(fragment.c_str()), package);
     EXPECT_EQ(FindEx((fragment + L"z").c_str()), nullptr);
 }
@@ -385,7 +385,7 @@ TEST_F(FindPackage, ExTakesFragmentsOfAnyLength)
 TEST_F(FindPackage, ExWithAnEmptyFragmentIsTheFirstWithAnyDependency)
 {
     m_store.Add(kFamily);
-    test::FakePackage* second = m_store.Add(kFamily, {L"any"});
+    FakePackage* second = m_store.Add(kFamily, {L"any"});
     m_store.Add(kFamily, {L"other"});
     EXPECT_EQ(FindEx(L""), second);
 }

@@ -3,11 +3,8 @@
 #include "unit/discovery/StoreQueries.h"
 
 #include "catalog/Package.h"
-#include "support/CapturingPatch.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
 
-#include <initializer_list>
 #include <memory>
 
 namespace {
@@ -45,24 +42,21 @@ protected:
     std::vector<std::wstring> Known() const { return Families(m_manager); }
 
     // The lines of the refresh itself and of its way to the package manager.
-    static Lines OwnLines(const test::LogCapture& log)
-    {
-        return LinesWith({"CQanhPackageManager::"}, log.Lines());
-    }
+    static Lines OwnLines(const LogCapture& log) { return LinesWith({"CQanhPackageManager::"}, log.Lines()); }
     static Lines RefreshLines(const Lines& onTheWay, const std::string& result)
     {
         return Call("CQanhPackageManager::RefreshMetroApps", "(" + result + ")", onTheWay);
     }
     static std::string ExitLine(const std::string& result) { return RefreshLines({}, result).back(); }
 
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
     CQanhPackageManager m_manager;
 };
 
 TEST_F(StoreRefresh, HandsEveryPackageOfTheUserToTheCatalogueInOrder)
 {
     Add({L"b", L"a", L"c"});
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectRefresh(S_OK);
     EXPECT_THAT(Known(), ElementsAre(L"b", L"a", L"c"));
     EXPECT_EQ(OwnLines(log), RefreshLines(ManagerLines(), "0x00000000"));
@@ -92,7 +86,7 @@ TEST_F(StoreRefresh, OfNoPackagesSucceedsInEveryApartment)
 TEST_F(StoreRefresh, WithoutTheRuntimeFailsAndDoesNotLeaveIt)
 {
     m_store.initializeResult = E_OUTOFMEMORY;
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectRefresh(E_FAIL, Apartment::kSingleThreaded);
     EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x8007000E"));
     // With a capital, unlike the queries.
@@ -113,7 +107,7 @@ TEST_F(StoreRefresh, APackageThatFailsDoesNotStopTheWalk)
     Add({L"a", L"b", L"c"});
     m_store.objects.Fail("Id", E_ACCESSDENIED, 0);
     m_store.objects.Fail("Id", E_ACCESSDENIED, 1);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     EXPECT_THAT(Known(), ElementsAre(L"c"));
     EXPECT_THAT(log.Lines(),
@@ -125,7 +119,7 @@ TEST_F(StoreRefresh, ReturnsTheResultOfTheLastPackage)
 {
     Add({L"a", L"b"});
     m_store.objects.Fail("Id", E_ACCESSDENIED, 1);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_manager.RefreshMetroApps(), E_FAIL);
     EXPECT_THAT(Known(), ElementsAre(L"a"));
     EXPECT_EQ(log.Lines().back(), ExitLine("0x80004005"));
@@ -133,15 +127,15 @@ TEST_F(StoreRefresh, ReturnsTheResultOfTheLastPackage)
 
 TEST_F(StoreRefresh, ReturnsAnotherSuccessOfTheLastPackage)
 {
-    const test::TemporaryFolder folder;
-    test::WriteFileBytes(folder / L"AppxManifest.xml", "<Package/>");
-    test::PackageFacts facts;
+    const TemporaryFolder folder;
+    WriteFileBytes(folder / L"AppxManifest.xml", "<Package/>");
+    PackageFacts facts;
     facts.path = folder.Path();
     Add({L"a"});
-    test::FakePackage* const last = m_store.Add(facts);
+    FakePackage* const last = m_store.Add(facts);
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     ++last->facts.version.Major;
-    const test::LogCapture log;
+    const LogCapture log;
     // A changed package answers with the end of its manifest.
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_FALSE);
     EXPECT_EQ(log.Lines().back(), ExitLine("0x00000001"));
@@ -150,7 +144,7 @@ TEST_F(StoreRefresh, ReturnsAnotherSuccessOfTheLastPackage)
 TEST_F(StoreRefresh, LeavesTheRuntimeBeforeItsExitLine)
 {
     Add({L"a"});
-    const test::LogCapture log;
+    const LogCapture log;
     Lines lastLines;
     m_store.onUninitialize = [&] { lastLines.push_back(log.Lines().back()); };
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
@@ -175,7 +169,7 @@ TEST_P(StoreRefreshWalk, ThatFailsIsLoggedAndKeepsWhatItReached)
 {
     Add({L"a", L"b", L"c"});
     m_store.objects.Fail(GetParam().call, E_ACCESSDENIED, GetParam().index);
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectRefresh(S_OK);
     EXPECT_EQ(Known().size(), GetParam().packages);
     EXPECT_EQ(OwnLines(log),
@@ -201,7 +195,7 @@ TEST_F(StoreRefresh, AnExceptionOfAnotherKindIsOutOfMemory)
 {
     Add({L"a"});
     m_store.objects.At("MoveNext", [] { throw std::bad_alloc(); });
-    const test::LogCapture log;
+    const LogCapture log;
     ExpectRefresh(E_OUTOFMEMORY);
     EXPECT_THAT(Known(), ElementsAre(L"a"));
     EXPECT_EQ(log.Lines().back(), ExitLine("0x8007000E"));
@@ -224,7 +218,7 @@ TEST_F(StoreRefresh, HandlesNoPackageOnceTheExitEventIsSet)
 {
     Add({L"a"});
     SetEvent(m_manager.m_hExitEvent);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     EXPECT_THAT(Known(), IsEmpty());
     EXPECT_THAT(Journal(), Not(Contains("Id")));
@@ -262,7 +256,7 @@ TEST_F(StoreRefresh, PollsTheExitEventBeforeEachPackage)
 {
     Add({L"a", L"b", L"c"});
     {
-        const test::CapturingPatch<decltype(&WaitForSingleObject)> patch(
+        const CapturingPatch<decltype(&WaitForSingleObject)> patch(
             "WaitForSingleObject", [&](HANDLE handle, DWORD milliseconds) -> DWORD {
                 if (handle != m_manager.m_hExitEvent) {
                     return patch.Original(handle, milliseconds);
@@ -282,11 +276,11 @@ TEST_F(StoreRefresh, PollsTheExitEventWithoutWaitingAndLeavesItSet)
     SetEvent(m_manager.m_hExitEvent);
     std::vector<DWORD> waits;
     {
-        const test::CapturingPatch<decltype(&WaitForSingleObject)> patch(
-            "WaitForSingleObject", [&](HANDLE, DWORD milliseconds) -> DWORD {
-                waits.push_back(milliseconds);
-                return WAIT_TIMEOUT;
-            });
+        const CapturingPatch<decltype(&WaitForSingleObject)> patch("WaitForSingleObject",
+                                                                   [&](HANDLE, DWORD milliseconds) -> DWORD {
+                                                                       waits.push_back(milliseconds);
+                                                                       return WAIT_TIMEOUT;
+                                                                   });
         EXPECT_EQ(m_manager.RefreshMetroApps(), S_OK);
     }
     EXPECT_THAT(waits, ElementsAre(0u));
@@ -318,7 +312,7 @@ protected:
         }
         m_manager.m_AppNameList.SetPackagesInstalled({isMailInstalled, isNewsInstalled});
         // Without the second that a thread waits at first. The pass ends when the Store packages are there.
-        const test::CapturingPatch<decltype(&WaitForSingleObject)> patch(
+        const CapturingPatch<decltype(&WaitForSingleObject)> patch(
             "WaitForSingleObject", [&](HANDLE handle, DWORD milliseconds) {
                 return patch.Original(handle, milliseconds == 1000 ? 0 : milliseconds);
             });
@@ -334,10 +328,10 @@ protected:
         EXPECT_EQ(m_manager.m_AppNameList.GetPackage(L"news")->IsInstalled, isNewsInstalled);
     }
 
-    test::TemporaryFolder m_folder;
-    test::ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", m_folder.Path().c_str()};
-    test::ScopedEnvironment m_user{L"APPDATA", m_folder.Path().c_str()};
-    test::ScopedEnvironment m_localUser{L"LOCALAPPDATA", m_folder.Path().c_str()};
+    TemporaryFolder m_folder;
+    ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", m_folder.Path().c_str()};
+    ScopedEnvironment m_user{L"APPDATA", m_folder.Path().c_str()};
+    ScopedEnvironment m_localUser{L"LOCALAPPDATA", m_folder.Path().c_str()};
 };
 
 TEST_F(StorePass, MarksEachPackageByWhetherTheSystemHasIt)
@@ -371,9 +365,9 @@ TEST_F(StorePass, AsksAboutTheKnownPackagesFirst)
 TEST_F(StorePass, GoesOnWithoutAPackageManager)
 {
     int entries = 0;
-    const test::LogCapture log;
+    const LogCapture log;
     // The third way into the Windows Runtime, after those of the two packages, is that of the refresh.
-    const test::CapturingPatch<decltype(&RoInitialize)> patch("RoInitialize", [&](RO_INIT_TYPE) {
+    const CapturingPatch<decltype(&RoInitialize)> patch("RoInitialize", [&](RO_INIT_TYPE) {
         if (++entries == 3) {
             SetEvent(m_manager.m_hExitEvent);
         }

@@ -2,8 +2,6 @@
 
 #include "unit/discovery/Pass.h"
 
-#include <algorithm>
-
 namespace discovery_test {
 
 // A refresh thread gives this back, which Initialize takes for it.

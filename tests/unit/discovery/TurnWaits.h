@@ -1,10 +1,6 @@
 #pragma once
 
-#include "support/CapturingPatch.h"
-
-#include <windows.h>
-
-#include <functional>
+#include "support/Test.h"
 
 namespace discovery_test {
 

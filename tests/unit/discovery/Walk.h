@@ -1,25 +1,11 @@
 #pragma once
 
 #include "discovery/PackageManager.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "support/Trace.h"
 #include "unit/discovery/Records.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
 
 namespace walk_test {
 
-using test::Lines;
-using test::operator+;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
-
+using namespace test;
 inline const Lines kOut = {"CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)"};
 
 // The beginning of a walk through a folder: the search for each kind of shortcut, which has found some, or
@@ -46,12 +32,12 @@ protected:
     }
 
     std::wstring At(const std::wstring& name) const { return m_folder / name; }
-    std::string Narrow(const std::wstring& name) const { return test::ToUtf8(m_folder / name); }
-    std::string Root() const { return test::ToUtf8(m_folder.Path()); }
+    std::string Narrow(const std::wstring& name) const { return ToUtf8(m_folder / name); }
+    std::string Root() const { return ToUtf8(m_folder.Path()); }
     void MakeFiles(const std::vector<const wchar_t*>& names) const
     {
         for (const wchar_t* name : names) {
-            test::MakeFile(At(name));
+            MakeFile(At(name));
         }
     }
 
@@ -84,8 +70,8 @@ protected:
         return LinesWithout({"CQanhAppNameList::", "CQanhDesktopApp::"}, m_log.Lines());
     }
 
-    test::TemporaryFolder m_folder;
-    test::LogCapture m_log;
+    TemporaryFolder m_folder;
+    LogCapture m_log;
     CQanhPackageManager m_manager;
 };
 

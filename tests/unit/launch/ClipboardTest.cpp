@@ -1,34 +1,22 @@
 #include "launch/Clipboard.h"
 
-#include "support/CapturingPatch.h"
 #include "support/ClipboardReader.h"
-#include "support/LogCapture.h"
 #include "support/OtherProcess.h"
-#include "support/Text.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <cstdio>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Lines;
-using test::ReadClipboardElsewhere;
-using test::operator+;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 Lines SetLines(const std::string& text, const std::string& result, const Lines& onTheWay = {})
 {
-    return test::Call("CQanhClipboard::SetClipboardData(" + text + ")", result, onTheWay);
+    return Call("CQanhClipboard::SetClipboardData(" + text + ")", result, onTheWay);
 }
 
 // Keeps the clipboard open with a window of its own.
-const test::Part g_holdClipboard(L"HoldClipboard", [](const test::Part::Context& context) {
+const Part g_holdClipboard(L"HoldClipboard", [](const Part::Context& context) {
     const HWND window =
         CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     if (!window || !OpenClipboard(window)) {
@@ -67,9 +55,9 @@ TEST(Clipboard, ClearTakesTheTextAway)
 TEST(Clipboard, HeldByAnotherProcessFailsWithoutALineOfItsOwn)
 {
     ASSERT_EQ(CQanhClipboard::SetClipboardData(L"before"), S_OK);
-    const test::LogCapture log;
+    const LogCapture log;
     {
-        const test::OtherProcess holder(L"HoldClipboard");
+        const OtherProcess holder(L"HoldClipboard");
         EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), E_FAIL);
         CQanhClipboard::Clear();
     }
@@ -102,39 +90,39 @@ protected:
         kUpToTheLock + Lines{"GlobalUnlock(block): Mail", "EmptyClipboard", "SetClipboardData(13)(block)",
                              "GlobalFree(block)", "CloseClipboard"};
 
-    const test::LogCapture m_log;
+    const LogCapture m_log;
     HGLOBAL m_block = nullptr;
     Lines m_calls;
-    test::NotingPatch<decltype(&OpenClipboard)> m_open{"OpenClipboard", m_calls, [](HWND owner) {
-                                                           return std::string("OpenClipboard") +
-                                                                  (owner ? "(window)" : "(null)");
-                                                       }};
+    NotingPatch<decltype(&OpenClipboard)> m_open{"OpenClipboard", m_calls, [](HWND owner) {
+                                                     return std::string("OpenClipboard") +
+                                                            (owner ? "(window)" : "(null)");
+                                                 }};
     bool m_hasMemory = true;
-    test::CapturingPatch<decltype(&GlobalAlloc)> m_alloc{
+    CapturingPatch<decltype(&GlobalAlloc)> m_alloc{
         "GlobalAlloc", [this](UINT flags, SIZE_T size) {
             m_calls.push_back("GlobalAlloc(" + Number(flags) + ", " + std::to_string(size) + ")");
             return m_block = m_hasMemory ? m_alloc.Original(flags, size) : nullptr;
         }};
-    test::NotingPatch<decltype(&GlobalLock)> m_lock{
-        "GlobalLock", m_calls, [this](HGLOBAL block) { return "GlobalLock" + Block(block); }};
-    test::CapturingPatch<decltype(&GlobalUnlock), 1> m_unlock{
+    NotingPatch<decltype(&GlobalLock)> m_lock{"GlobalLock", m_calls,
+                                              [this](HGLOBAL block) { return "GlobalLock" + Block(block); }};
+    CapturingPatch<decltype(&GlobalUnlock), 1> m_unlock{
         "GlobalUnlock", [this](HGLOBAL block) {
             // What was copied, while it can still be seen.
             const auto* text = static_cast<const wchar_t*>(m_lock.Original(block));
-            m_calls.push_back("GlobalUnlock" + Block(block) + ": " + test::ToUtf8(text));
+            m_calls.push_back("GlobalUnlock" + Block(block) + ": " + ToUtf8(text));
             m_unlock.Original(block);
             return m_unlock.Original(block);
         }};
-    test::NotingPatch<decltype(&EmptyClipboard)> m_empty{"EmptyClipboard", m_calls,
-                                                         [] { return std::string("EmptyClipboard"); }};
-    test::NotingPatch<decltype(&SetClipboardData)> m_set{
+    NotingPatch<decltype(&EmptyClipboard)> m_empty{"EmptyClipboard", m_calls,
+                                                   [] { return std::string("EmptyClipboard"); }};
+    NotingPatch<decltype(&SetClipboardData)> m_set{
         "SetClipboardData", m_calls, [this](UINT format, HANDLE block) {
             return "SetClipboardData(" + std::to_string(format) + ")" + Block(block);
         }};
-    test::NotingPatch<decltype(&GlobalFree), 1> m_free{
+    NotingPatch<decltype(&GlobalFree), 1> m_free{
         "GlobalFree", m_calls, [this](HGLOBAL block) { return "GlobalFree" + Block(block); }};
-    test::NotingPatch<decltype(&CloseClipboard), 1> m_close{"CloseClipboard", m_calls,
-                                                            [] { return std::string("CloseClipboard"); }};
+    NotingPatch<decltype(&CloseClipboard), 1> m_close{"CloseClipboard", m_calls,
+                                                      [] { return std::string("CloseClipboard"); }};
 };
 
 TEST_F(ClipboardCalls, BlockIsFreedAfterTheHandOverToo)
@@ -179,7 +167,7 @@ TEST_F(ClipboardCalls, BlockThatCannotBeLockedIsFreed)
 
 TEST_F(ClipboardCalls, RefusedHandOverIsOnlyLogged)
 {
-    const test::CapturingPatch<decltype(&SetClipboardData), 1> refusal(
+    const CapturingPatch<decltype(&SetClipboardData), 1> refusal(
         "SetClipboardData", [this](UINT format, HANDLE block) -> HANDLE {
             m_calls.push_back("SetClipboardData(" + std::to_string(format) + ")" + Block(block));
             SetLastError(1418);

@@ -1,25 +1,13 @@
 #include "launch/KeyEmulate.h"
 
-#include "support/CapturingPatch.h"
-#include "support/LogCapture.h"
-#include "support/Trace.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <functional>
 #include <iomanip>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Call;
-using test::Lines;
-using test::operator+;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 std::string Hex(unsigned long long number, int digits = 1)
 {
@@ -48,7 +36,7 @@ protected:
     // What it wrote into the log.
     static Lines LogOf(void (*script)())
     {
-        const test::LogCapture log;
+        const LogCapture log;
         script();
         return log.Lines();
     }
@@ -84,19 +72,19 @@ protected:
     // Every read gives a value of its own, so that an event shows which one it was filled from.
     UINT m_scanCode = 0x40;
     LPARAM m_extraInfo = 0x7000;
-    const test::SleepWatch m_sleep{
+    const SleepWatch m_sleep{
         [this](DWORD milliseconds) { Note("sleep " + std::to_string(milliseconds), true); }};
-    const test::CapturingPatch<decltype(&SendInput)> m_send{
+    const CapturingPatch<decltype(&SendInput)> m_send{
         "SendInput", [this](UINT count, INPUT* inputs, int size) { return Send(count, inputs, size); }};
-    const test::CapturingPatch<decltype(&MapVirtualKeyW)> m_map{
+    const CapturingPatch<decltype(&MapVirtualKeyW)> m_map{
         "MapVirtualKeyW", [this](UINT code, UINT type) {
             m_reads.push_back("map " + Hex(code, 2) + " type " + std::to_string(type));
             return ++m_scanCode;
         }};
-    const test::CapturingPatch<decltype(&GetMessageExtraInfo)> m_extra{"GetMessageExtraInfo", [this] {
-                                                                           m_reads.push_back("extra info");
-                                                                           return ++m_extraInfo;
-                                                                       }};
+    const CapturingPatch<decltype(&GetMessageExtraInfo)> m_extra{"GetMessageExtraInfo", [this] {
+                                                                     m_reads.push_back("extra info");
+                                                                     return ++m_extraInfo;
+                                                                 }};
 };
 
 TEST_F(KeyEmulate, WindowsKeyGoesDownExtendedAndUpPlain)
@@ -188,7 +176,7 @@ TEST_F(KeyEmulate, ShiftUpLogHasTheEventOnly)
 
 TEST_F(KeyEmulate, AnEventIsSentBetweenItsTwoLinesAndThePauseComesAfterThem)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     m_lastLine = [&] { return log.Lines().back(); };
     EXPECT_THAT(Run(CQanhKeyEmulate::SendInput_ShiftUp),
                 ElementsAre("extra info", "map 0x10 type 0",
@@ -261,7 +249,7 @@ private:
 
 TEST(KeyEmulateOnTheDesktop, WindowsQArrivesAsFourKeyEvents)
 {
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     KeyboardWatch watch;
     CQanhKeyEmulate::SendInput_Win_Q();
     EXPECT_THAT(watch.Stop(), ElementsAre("down 0x5B", "down 0x51", "up 0x51", "up 0x5B"));

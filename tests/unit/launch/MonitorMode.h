@@ -2,25 +2,12 @@
 
 #include "common/Apartment.h"
 #include "launch/MonitorMode.h"
-#include "support/CapturingPatch.h"
 #include "support/FakeShell.h"
-#include "support/LogCapture.h"
-#include "support/Trace.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 namespace monitor_mode_test {
 
-using test::Call;
-using test::FakeVisibility;
-using test::Lines;
-using test::operator+;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
+using namespace test;
 inline HMONITOR const kMonitor = reinterpret_cast<HMONITOR>(static_cast<INT_PTR>(4660));
 
 // The lines of one look at the state.
@@ -57,10 +44,10 @@ protected:
 
     Lines& Journal() { return m_shell.objects.journal; }
     const ComApartment m_apartment{CoInitialize(nullptr)};
-    test::FakeShell m_shell;
+    FakeShell m_shell;
     FakeVisibility& m_visibility = *m_shell.visibility;
     CQanhMonitorMode m_mode;
-    const test::CapturingPatch<decltype(&MonitorFromPoint)> m_monitorAt{
+    const CapturingPatch<decltype(&MonitorFromPoint)> m_monitorAt{
         "MonitorFromPoint", [](POINT point, DWORD flags) {
             const bool isPrimary = point.x == 0 && point.y == 0 && flags == 1;
             return isPrimary ? kMonitor : reinterpret_cast<HMONITOR>(static_cast<INT_PTR>(1));

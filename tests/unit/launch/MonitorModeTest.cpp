@@ -25,7 +25,7 @@ template <typename Body> void OnAThread(Body body)
 TEST_F(MonitorMode, InitializeCreatesTheVisibilityObjectInASingleThreadedApartment)
 {
     OnAThread([&] {
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), S_OK);
         EXPECT_THAT(Journal(), ElementsAre("CoCreateInstance"));
         EXPECT_EQ(m_mode.m_pImmersiveMode, &m_visibility);
@@ -38,7 +38,7 @@ TEST_F(MonitorMode, InitializeCreatesTheVisibilityObjectInASingleThreadedApartme
 
 TEST_F(MonitorMode, InitializeAsksForASingleThreadedApartmentWithoutFurtherFlags)
 {
-    const test::CapturingPatch<decltype(&CoInitializeEx)> patch(
+    const CapturingPatch<decltype(&CoInitializeEx)> patch(
         "CoInitializeEx", [this](void* reserved, DWORD flags) {
             Journal().push_back("CoInitializeEx " + std::to_string(flags) + (reserved ? " reserved" : ""));
             return E_OUTOFMEMORY;
@@ -50,7 +50,7 @@ TEST_F(MonitorMode, InitializeAsksForASingleThreadedApartmentWithoutFurtherFlags
 TEST_F(MonitorMode, InitializeReturnsTheResultOfTheCreation)
 {
     OnAThread([&] {
-        const test::LogCapture log;
+        const LogCapture log;
         m_shell.createResult = S_FALSE;
         EXPECT_EQ(m_mode.Initialize(), S_FALSE);
         EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", "(1)"));
@@ -87,7 +87,7 @@ TEST_F(MonitorMode, InitializeFailsInAMultithreadedApartment)
 {
     OnAThread([&] {
         ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), RPC_E_CHANGED_MODE);
         EXPECT_THAT(Journal(), IsEmpty());
         EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
@@ -103,7 +103,7 @@ TEST_F(MonitorMode, InitializeFailsInAMultithreadedApartment)
 TEST_F(MonitorMode, AFailedCreationLeavesNoApartmentAndNoObject)
 {
     OnAThread([&] {
-        const test::LogCapture log;
+        const LogCapture log;
         m_shell.createResult = REGDB_E_CLASSNOTREG;
         EXPECT_EQ(m_mode.Initialize(), REGDB_E_CLASSNOTREG);
         // The call left something behind all the same.
@@ -115,9 +115,9 @@ TEST_F(MonitorMode, AFailedCreationLeavesNoApartmentAndNoObject)
 
 TEST_F(MonitorMode, FinalizeReleasesTheObjectIfThereIsOneBeforeItLeavesTheApartment)
 {
-    const test::CapturingPatch<decltype(&CoUninitialize)> patch(
-        "CoUninitialize", [this] { Journal().push_back("CoUninitialize"); });
-    const test::LogCapture log;
+    const CapturingPatch<decltype(&CoUninitialize)> patch("CoUninitialize",
+                                                          [this] { Journal().push_back("CoUninitialize"); });
+    const LogCapture log;
     Ready();
     m_mode.Finalize();
     EXPECT_THAT(Journal(), ElementsAre("Release", "CoUninitialize"));
@@ -130,7 +130,7 @@ TEST_F(MonitorMode, FinalizeReleasesTheObjectIfThereIsOneBeforeItLeavesTheApartm
 
 TEST_F(MonitorMode, StateNeedsAPlaceForTheResultBeforeItNeedsTheObject)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_mode.GetMonitorState(nullptr), -1);
     Ready();
     EXPECT_EQ(m_mode.GetMonitorState(nullptr), -1);
@@ -144,7 +144,7 @@ class MonitorLook : public MonitorMode
 protected:
     void ExpectLook(int result, int state, const std::string& logged)
     {
-        const test::LogCapture log;
+        const LogCapture log;
         int found = 7;
         EXPECT_EQ(m_mode.GetMonitorState(&found), result);
         EXPECT_EQ(found, state);

@@ -2,10 +2,6 @@
 
 #include "unit/launch/MonitorMode.h"
 
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace {
 
 using namespace monitor_mode_test;
@@ -94,22 +90,22 @@ protected:
     int m_panePolls = 0;      // how often the foreground window was asked for
     int m_paneComesAt = 1;    // at which of them the search pane is in front; 0 for never
     std::vector<WORD> m_keys; // virtual keys sent, downs and ups
-    test::FakeSleep m_sleep;
-    const test::CapturingPatch<decltype(&SendInput)> m_send{"SendInput", [this](UINT, INPUT* input, int) {
-                                                                m_keys.push_back(input->ki.wVk);
-                                                                return 1;
-                                                            }};
-    const test::CapturingPatch<decltype(&GetForegroundWindow)> m_foreground{
-        "GetForegroundWindow", [this] {
-            ++m_panePolls;
-            return reinterpret_cast<HWND>(static_cast<INT_PTR>(0x77));
-        }};
-    const test::CapturingPatch<decltype(&GetClassNameW)> m_className{
+    FakeSleep m_sleep;
+    const CapturingPatch<decltype(&SendInput)> m_send{"SendInput", [this](UINT, INPUT* input, int) {
+                                                          m_keys.push_back(input->ki.wVk);
+                                                          return 1;
+                                                      }};
+    const CapturingPatch<decltype(&GetForegroundWindow)> m_foreground{"GetForegroundWindow", [this] {
+                                                                          ++m_panePolls;
+                                                                          return reinterpret_cast<HWND>(
+                                                                              static_cast<INT_PTR>(0x77));
+                                                                      }};
+    const CapturingPatch<decltype(&GetClassNameW)> m_className{
         "GetClassNameW", [this](HWND, wchar_t* name, int) {
             lstrcpyW(name, m_panePolls == m_paneComesAt ? L"SearchPane" : L"Shell_TrayWnd");
             return lstrlenW(name);
         }};
-    test::LogCapture m_log;
+    LogCapture m_log;
 };
 
 using Pause = std::pair<DWORD, int>;
@@ -289,7 +285,7 @@ TEST_P(SearchPaneClass, IsComparedWholeAndToTheLetter)
 {
     const ForegroundWindow window(GetParam().first);
     ASSERT_TRUE(window.IsInFront());
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhMonitorMode::IsSearchPaneForeground(), GetParam().second);
     EXPECT_THAT(log.Lines(), IsEmpty());
 }
@@ -303,8 +299,8 @@ INSTANTIATE_TEST_SUITE_P(Names, SearchPaneClass,
 TEST(SearchPane, NoForegroundWindowAndOneThatIsGoneAreNotThePane)
 {
     for (const INT_PTR window : {INT_PTR{0}, INT_PTR{0x7ffffffe}}) {
-        const test::CapturingPatch<decltype(&GetForegroundWindow)> patch(
-            "GetForegroundWindow", test::Answer(reinterpret_cast<HWND>(window)));
+        const CapturingPatch<decltype(&GetForegroundWindow)> patch("GetForegroundWindow",
+                                                                   Answer(reinterpret_cast<HWND>(window)));
         EXPECT_EQ(CQanhMonitorMode::IsSearchPaneForeground(), FALSE);
     }
 }
