@@ -25,25 +25,14 @@ class KilledProcess
 public:
     explicit KilledProcess(const std::wstring& argument)
         : m_killAt(std::stoi(argument)), m_fullAt(std::stoi(argument.substr(argument.find(L'|') + 1))),
-          m_host(argument.substr(argument.rfind(L'|') + 1)),
-          m_wait("WaitForSingleObject",
-                 [](HANDLE handle, DWORD milliseconds) -> DWORD {
-                     return s_process->Wait(handle, milliseconds);
-                 }),
-          m_store("RoInitialize", [](RO_INIT_TYPE) -> HRESULT { return E_FAIL; }),
-          m_stream("SHCreateStreamOnFileW",
-                   [](const wchar_t* path, DWORD mode, IStream** stream) -> HRESULT {
-                       return s_process->OpenStream(path, mode, stream);
-                   }),
-          m_steps([](const std::string&) { return s_process->Step(); })
+          m_host(argument.substr(argument.rfind(L'|') + 1))
     {
-        s_process = this;
     }
 
     int Run()
     {
         if (m_manager.Initialize() == S_OK) {
-            m_wait.Original()(m_manager.m_hRefreshThread, 20000);
+            m_wait.Original(m_manager.m_hRefreshThread, 20000);
             return 0;
         }
         return 1;
@@ -61,17 +50,17 @@ private:
     DWORD Wait(HANDLE handle, DWORD milliseconds)
     {
         if (handle != m_manager.m_hExitEvent || milliseconds == 0) {
-            return m_wait.Original()(handle, milliseconds);
+            return m_wait.Original(handle, milliseconds);
         }
         return ++m_waits == 1 ? WAIT_TIMEOUT : WAIT_OBJECT_0;
     }
     HRESULT OpenStream(const wchar_t* path, DWORD mode, IStream** stream)
     {
         if (mode == STGM_READ) {
-            return m_stream.Original()(path, mode, stream);
+            return m_stream.Original(path, mode, stream);
         }
         Step();
-        const HRESULT hr = m_stream.Original()(path, mode, stream);
+        const HRESULT hr = m_stream.Original(path, mode, stream);
         *stream = new PiecewiseStream(*stream, kPieceSize, [this] {
             Step();
             return ++m_piece == m_fullAt ? STG_E_MEDIUMFULL : S_OK;
@@ -79,7 +68,6 @@ private:
         return hr;
     }
 
-    static inline KilledProcess* s_process = nullptr;
     int m_killAt;
     int m_fullAt;
     int m_step = 0;
@@ -87,10 +75,14 @@ private:
     int m_waits = 0;
     HostExecutable m_host;
     CQanhPackageManager m_manager;
-    ImportPatch<decltype(&WaitForSingleObject)> m_wait;
-    ImportPatch<decltype(&RoInitialize)> m_store;
-    ImportPatch<decltype(&SHCreateStreamOnFileW)> m_stream;
-    FileSteps m_steps;
+    CapturingPatch<decltype(&WaitForSingleObject)> m_wait{
+        "WaitForSingleObject",
+        [this](HANDLE handle, DWORD milliseconds) { return Wait(handle, milliseconds); }};
+    CapturingPatch<decltype(&RoInitialize)> m_store{"RoInitialize", Answer(E_FAIL)};
+    CapturingPatch<decltype(&SHCreateStreamOnFileW)> m_stream{
+        "SHCreateStreamOnFileW",
+        [this](const wchar_t* path, DWORD mode, IStream** stream) { return OpenStream(path, mode, stream); }};
+    FileSteps m_steps{[this](const std::string&) { return Step(); }};
 };
 
 const Part g_killedProcess(L"KilledProcess", [](const Part::Context& context) {
