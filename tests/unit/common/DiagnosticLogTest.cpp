@@ -21,31 +21,31 @@ Lines WriteSteps(const std::string& message)
             std::string("write ") + kStamp, "write " + message, "close"};
 }
 
-class DiagnosticLogTest : public ::testing::Test
+class DiagnosticLog : public ::testing::Test
 {
 protected:
     const LogCapture m_log;
 };
 
-TEST_F(DiagnosticLogTest, EachLineIsTwoWritesToAFileOpenedForIt)
+TEST_F(DiagnosticLog, EachLineIsTwoWritesToAFileOpenedForIt)
 {
     const FileCalls calls;
-    DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize");
-    DiagnosticLog::WriteLine("two\r\n");
+    ::DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize");
+    ::DiagnosticLog::WriteLine("two\r\n");
     EXPECT_EQ(calls.journal, WriteSteps("QanhInitialize IN\r\n") + WriteSteps("two\r\n"));
 }
 
-TEST_F(DiagnosticLogTest, LinesAreAppendedWithNothingBetweenStampAndMessage)
+TEST_F(DiagnosticLog, LinesAreAppendedWithNothingBetweenStampAndMessage)
 {
     {
         const FileCalls calls;
-        DiagnosticLog::WriteLine("one\r\n");
-        DiagnosticLog::WriteLine("two\r\n");
+        ::DiagnosticLog::WriteLine("one\r\n");
+        ::DiagnosticLog::WriteLine("two\r\n");
     }
     EXPECT_EQ(ReadFileBytes(m_log.File()), std::string(kStamp) + "one\r\n" + kStamp + "two\r\n");
 }
 
-TEST_F(DiagnosticLogTest, StampIsTheLocalTime)
+TEST_F(DiagnosticLog, StampIsTheLocalTime)
 {
     const auto minute = [] {
         SYSTEMTIME time{};
@@ -56,104 +56,104 @@ TEST_F(DiagnosticLogTest, StampIsTheLocalTime)
         return std::string(text);
     };
     const std::string before = minute();
-    DiagnosticLog::WriteLine("x");
+    ::DiagnosticLog::WriteLine("x");
     const std::string after = minute();
     const std::string line = ReadFileBytes(m_log.File());
     EXPECT_THAT(line, MatchesRegex("\\[\\d\\d\\d\\d/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d\\]x"));
     EXPECT_THAT(line.substr(0, 17), testing::AnyOf(before, after));
 }
 
-TEST_F(DiagnosticLogTest, NoLineEndIsAdded)
+TEST_F(DiagnosticLog, NoLineEndIsAdded)
 {
-    DiagnosticLog::WriteLine("without an end");
-    DiagnosticLog::WriteLine("\r\n");
+    ::DiagnosticLog::WriteLine("without an end");
+    ::DiagnosticLog::WriteLine("\r\n");
     EXPECT_EQ(m_log.Text(), "without an end\r\n");
 }
 
-TEST_F(DiagnosticLogTest, SwitchedOffTouchesNothing)
+TEST_F(DiagnosticLog, SwitchedOffTouchesNothing)
 {
-    DiagnosticLog::SetEnabled(false);
+    ::DiagnosticLog::SetEnabled(false);
     FileCalls calls;
-    EXPECT_EQ(DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize"), 1);
+    EXPECT_EQ(::DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize"), 1);
     // Not even this is looked at: an argument that could not be read.
-    EXPECT_EQ(DiagnosticLog::WriteLine("%S IN\r\n", reinterpret_cast<const wchar_t*>(1)), 1);
-    EXPECT_EQ(DiagnosticLog::WriteLine(nullptr), 1);
+    EXPECT_EQ(::DiagnosticLog::WriteLine("%S IN\r\n", reinterpret_cast<const wchar_t*>(1)), 1);
+    EXPECT_EQ(::DiagnosticLog::WriteLine(nullptr), 1);
     EXPECT_THAT(calls.journal, IsEmpty());
     EXPECT_FALSE(Exists(m_log.File()));
 }
 
-TEST_F(DiagnosticLogTest, IsSwitchedOnAndOffFromLineToLine)
+TEST_F(DiagnosticLog, IsSwitchedOnAndOffFromLineToLine)
 {
-    DiagnosticLog::WriteLine("one\r\n");
-    DiagnosticLog::SetEnabled(false);
-    DiagnosticLog::WriteLine("two\r\n");
-    DiagnosticLog::SetEnabled(true);
-    DiagnosticLog::WriteLine("three\r\n");
+    ::DiagnosticLog::WriteLine("one\r\n");
+    ::DiagnosticLog::SetEnabled(false);
+    ::DiagnosticLog::WriteLine("two\r\n");
+    ::DiagnosticLog::SetEnabled(true);
+    ::DiagnosticLog::WriteLine("three\r\n");
     EXPECT_THAT(m_log.Lines(), ElementsAre("one", "three"));
 }
 
-TEST_F(DiagnosticLogTest, NullFormatWritesNothing)
+TEST_F(DiagnosticLog, NullFormatWritesNothing)
 {
     FileCalls calls;
-    EXPECT_EQ(DiagnosticLog::WriteLine(nullptr), 0);
+    EXPECT_EQ(::DiagnosticLog::WriteLine(nullptr), 0);
     EXPECT_THAT(calls.journal, IsEmpty());
 }
 
-TEST_F(DiagnosticLogTest, FileThatCannotBeOpenedDropsTheLine)
+TEST_F(DiagnosticLog, FileThatCannotBeOpenedDropsTheLine)
 {
     FileCalls calls;
     calls.failsToOpen = true;
-    EXPECT_EQ(DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize"), 0);
+    EXPECT_EQ(::DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize"), 0);
     EXPECT_THAT(calls.journal, ElementsAre("open for appending"));
 }
 
-TEST_F(DiagnosticLogTest, FileHeldByAnotherForItselfDropsTheLineAndTheNextIsWritten)
+TEST_F(DiagnosticLog, FileHeldByAnotherForItselfDropsTheLineAndTheNextIsWritten)
 {
     const HANDLE holder =
         CreateFileW(m_log.File().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     ASSERT_NE(holder, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(DiagnosticLog::WriteLine("lost\r\n"), 0);
+    EXPECT_EQ(::DiagnosticLog::WriteLine("lost\r\n"), 0);
     CloseHandle(holder);
-    EXPECT_NE(DiagnosticLog::WriteLine("kept\r\n"), 0);
+    EXPECT_NE(::DiagnosticLog::WriteLine("kept\r\n"), 0);
     EXPECT_THAT(m_log.Lines(), ElementsAre("kept"));
 }
 
-TEST_F(DiagnosticLogTest, FileOpenForReadingAndWritingElsewhereIsShared)
+TEST_F(DiagnosticLog, FileOpenForReadingAndWritingElsewhereIsShared)
 {
     const HANDLE other = CreateFileW(m_log.File().c_str(), GENERIC_READ | GENERIC_WRITE,
                                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_ALWAYS, 0, nullptr);
-    EXPECT_NE(DiagnosticLog::WriteLine("kept\r\n"), 0);
+    EXPECT_NE(::DiagnosticLog::WriteLine("kept\r\n"), 0);
     CloseHandle(other);
     EXPECT_THAT(m_log.Lines(), ElementsAre("kept"));
 }
 
-TEST_F(DiagnosticLogTest, ResultIsThatOfTheLastWrite)
+TEST_F(DiagnosticLog, ResultIsThatOfTheLastWrite)
 {
     FileCalls calls;
-    EXPECT_NE(DiagnosticLog::WriteLine("x"), 0);
+    EXPECT_NE(::DiagnosticLog::WriteLine("x"), 0);
     calls.failingWrite = 4; // the message of the next line
-    EXPECT_EQ(DiagnosticLog::WriteLine("x"), 0);
+    EXPECT_EQ(::DiagnosticLog::WriteLine("x"), 0);
     calls.failingWrite = 5; // the stamp of the one after that
-    EXPECT_NE(DiagnosticLog::WriteLine("x"), 0);
+    EXPECT_NE(::DiagnosticLog::WriteLine("x"), 0);
 }
 
-TEST_F(DiagnosticLogTest, LastErrorOfTheThreadAndErrnoAreKept)
+TEST_F(DiagnosticLog, LastErrorOfTheThreadAndErrnoAreKept)
 {
     const InvalidParameterHandler handler;
     FileCalls calls;
     SetLastError(4711);
     _set_errno(EDOM);
-    DiagnosticLog::WriteLine("%S IN\r\n", L"\u30e1\u30fc\u30eb");
+    ::DiagnosticLog::WriteLine("%S IN\r\n", L"\u30e1\u30fc\u30eb");
     EXPECT_EQ(GetLastError(), 4711u);
-    DiagnosticLog::WriteLine("%S", std::wstring(2000, L'\u30e1').c_str());
+    ::DiagnosticLog::WriteLine("%S", std::wstring(2000, L'\u30e1').c_str());
     EXPECT_EQ(GetLastError(), 4711u);
     calls.failsToOpen = true;
-    DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize");
+    ::DiagnosticLog::WriteLine("%S IN\r\n", L"QanhInitialize");
     EXPECT_EQ(GetLastError(), 4711u);
     EXPECT_EQ(errno, EDOM);
 }
 
-TEST_F(DiagnosticLogTest, LogOutReturnsWhatItLogs)
+TEST_F(DiagnosticLog, LogOutReturnsWhatItLogs)
 {
     EXPECT_EQ(LogOut(L"QanhIsInstalled", E_FAIL), E_FAIL);
     EXPECT_EQ(LogOut(L"QanhIsInstalled", S_OK), S_OK);
@@ -163,77 +163,78 @@ TEST_F(DiagnosticLogTest, LogOutReturnsWhatItLogs)
                             "CQanhReg::IsDebugLogOn OUT(-1)\r\nQanhReleaseString OUT\r\n");
 }
 
-TEST_F(DiagnosticLogTest, TextOutsideTheCodePageDoesNotLoseTheLine)
+TEST_F(DiagnosticLog, TextOutsideTheCodePageDoesNotLoseTheLine)
 {
     const CodePage western(1252);
-    EXPECT_NE(DiagnosticLog::WriteLine("%S(%S, %d) IN\r\n", L"QanhLaunchBySearch", L"a\u0e01b\u10d0c", 7), 0);
-    DiagnosticLog::WriteLine("%S(%S) IN\r\n", L"QanhIsInstalled", L"x\xd800y");
+    EXPECT_NE(::DiagnosticLog::WriteLine("%S(%S, %d) IN\r\n", L"QanhLaunchBySearch", L"a\u0e01b\u10d0c", 7),
+              0);
+    ::DiagnosticLog::WriteLine("%S(%S) IN\r\n", L"QanhIsInstalled", L"x\xd800y");
     EXPECT_THAT(m_log.Lines(), ElementsAre("QanhLaunchBySearch(a?b?c, 7) IN", "QanhIsInstalled(x?y) IN"));
 }
 
-TEST_F(DiagnosticLogTest, LineIsWrittenWholeWithoutMemory)
+TEST_F(DiagnosticLog, LineIsWrittenWholeWithoutMemory)
 {
     const CodePage western(1252);
     {
         const AllocationWatch watch(0);
-        DiagnosticLog::WriteLine("%S(%S, %d) IN\r\n", L"QanhLaunchBySearch", L"\u30e1\u30fc\u30eb, Caf\u00e9",
-                                 7);
+        ::DiagnosticLog::WriteLine("%S(%S, %d) IN\r\n", L"QanhLaunchBySearch",
+                                   L"\u30e1\u30fc\u30eb, Caf\u00e9", 7);
     }
     EXPECT_THAT(m_log.Lines(), ElementsAre("QanhLaunchBySearch(???, Caf\xe9, 7) IN"));
 }
 
-TEST_F(DiagnosticLogTest, NullStringPrintsAsSuchAndPercentSignsInArgumentsAreText)
+TEST_F(DiagnosticLog, NullStringPrintsAsSuchAndPercentSignsInArgumentsAreText)
 {
     const wchar_t* none = nullptr;
-    DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", L"QanhLaunchByManager", none, L"\u0e01");
+    ::DiagnosticLog::WriteLine("%S(%S, %S) IN\r\n", L"QanhLaunchByManager", none, L"\u0e01");
     for (const wchar_t* text : {none, L"100% %s%n%S", L"100% %s%n%S \u0e01"}) {
-        DiagnosticLog::WriteLine("%S(%S) IN\r\n", L"QanhIsInstalled", text);
+        ::DiagnosticLog::WriteLine("%S(%S) IN\r\n", L"QanhIsInstalled", text);
     }
     EXPECT_THAT(m_log.Lines(), ElementsAre(testing::StartsWith("QanhLaunchByManager((null), "),
                                            "QanhIsInstalled((null)) IN", "QanhIsInstalled(100% %s%n%S) IN",
                                            testing::StartsWith("QanhIsInstalled(100% %s%n%S ")));
 }
 
-TEST_F(DiagnosticLogTest, MessageOf1023BytesIsWrittenWhole)
+TEST_F(DiagnosticLog, MessageOf1023BytesIsWrittenWhole)
 {
     const std::string message(1023, 'x');
-    DiagnosticLog::WriteLine("%s", message.c_str());
+    ::DiagnosticLog::WriteLine("%s", message.c_str());
     EXPECT_EQ(m_log.Text(), message);
 }
 
 // A message that is too long ends the process on some C runtimes, unless the host prevents that; there, and
 // where the C runtime does not mind at all, only the message itself may be missing.
-class OverlongMessage : public DiagnosticLogTest, public ::testing::WithParamInterface<std::size_t>
+class OverlongMessage : public DiagnosticLog, public ::testing::WithParamInterface<std::size_t>
 {
 };
 
 TEST_P(OverlongMessage, LeavesItsStampAndAWholeFile)
 {
     const InvalidParameterHandler handler;
-    DiagnosticLog::WriteLine("before\r\n");
+    ::DiagnosticLog::WriteLine("before\r\n");
     const std::string message(GetParam(), 'x');
     const std::wstring wide(GetParam(), L'x');
     {
         FileCalls calls;
-        DiagnosticLog::WriteLine("%s", message.c_str());
-        DiagnosticLog::WriteLine("%S", wide.c_str());
+        ::DiagnosticLog::WriteLine("%s", message.c_str());
+        ::DiagnosticLog::WriteLine("%S", wide.c_str());
         // The writes show that nothing beyond the buffer was read.
         EXPECT_EQ(calls.journal, WriteSteps("") + WriteSteps(""));
     }
-    DiagnosticLog::WriteLine("after\r\n");
+    ::DiagnosticLog::WriteLine("after\r\n");
     EXPECT_EQ(m_log.Text(), "before\r\nafter\r\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(DiagnosticLog, OverlongMessage, ::testing::Values(1024, 1025, 1026, 5000, 100000));
 
-TEST_F(DiagnosticLogTest, OverlongMessageWithTextOutsideTheCodePageIsLeftOutToo)
+TEST_F(DiagnosticLog, OverlongMessageWithTextOutsideTheCodePageIsLeftOutToo)
 {
     const InvalidParameterHandler handler;
     for (const std::wstring& text :
          {std::wstring(5000, L'x') + L"\u0e01\u10d0", L"\u0e01\u10d0" + std::wstring(5000, L'x')}) {
-        DiagnosticLog::WriteLine("%S\r\n", text.c_str());
+        ::DiagnosticLog::WriteLine("%S\r\n", text.c_str());
     }
-    DiagnosticLog::WriteLine("after\r\n");
+    ::DiagnosticLog::WriteLine("after\r\n");
     EXPECT_EQ(m_log.Text(), "after\r\n");
 }
 

@@ -92,44 +92,43 @@ struct Conversion
     const char* bytes;
 };
 
-class NarrowText : public ::testing::TestWithParam<Conversion>
-{
+const Conversion kConversions[] = {
+    // Letters of the code page pass; in the third row they are of two bytes, one byte and ASCII.
+    {kWestern, L"Caf\u00e9 \u20ac \u201c\u0178\u201d", "Caf\xe9 \x80 \x93\x9f\x94"},
+    {kJapanese, L"\u30e1\u30fc\u30eb", "\x83\x81\x81\x5b\x83\x8b"},
+    {kJapanese, L"\u30bd\uff71x", "\x83\x5c\xb1x"},
+    {CP_UTF8, L"\u00e9\u30e1\u0e01\xd83d\xde00z", "\xc3\xa9\xe3\x83\xa1\xe0\xb8\x81\xf0\x9f\x98\x80z"},
+    // Other letters become question marks.
+    {kWestern, L"\u30e1\u30fc\u30eb x", "??? x"},
+    {kWestern, L"\u00e9\u30e1\u00e9", "\xe9?\xe9"},
+    {kWestern, kUnmappable, "??"},
+    {kJapanese, L"\u30e1\u0e01\u30eb", "\x83\x81?\x83\x8b"},
+    // A code page may have a letter that resembles the one that it lacks (a with a macron, wide A, infinity):
+    // a
+    // name must not turn into another name.
+    {kWestern, L"\u0101\uff21\u221e", "???"},
+    {kWestern, L"\u0101\u30e1", "??"},
+    {kJapanese, L"\u00e9\u00c5", "??"},
+    // Halves of surrogate pairs become one mark each.
+    {kWestern, L"\xd800", "?"},
+    {kWestern, L"a\xdc00z", "a?z"},
+    {kWestern, L"a\xd83dz", "a?z"},
+    {kJapanese, L"\xd800", "?"},
+    {kJapanese, L"a\xdc00z", "a?z"},
+    {kJapanese, L"a\xd83dz", "a?z"},
+    {CP_UTF8, L"a\xd800z", "a\xef\xbf\xbdz"},
+    {CP_UTF8, L"\xdc00", "\xef\xbf\xbd"},
 };
 
-TEST_P(NarrowText, IsInTheSystemsCodePage)
+TEST(NarrowFormat, TextIsInTheSystemsCodePage)
 {
-    const CodePage system(GetParam().codePage);
-    EXPECT_EQ(Format("%S", GetParam().text), GetParam().bytes);
+    for (const Conversion& row : kConversions) {
+        SCOPED_TRACE(std::string(row.bytes) + " in " + std::to_string(row.codePage));
+        const CodePage system(row.codePage);
+        EXPECT_EQ(Format("%S", row.text), row.bytes);
+        EXPECT_EQ(Format("%S IN(%S)\r\n", L"A", row.text), "A IN(" + std::string(row.bytes) + ")\r\n");
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(OfItsLetters, NarrowText,
-                         ::testing::Values(Conversion{kWestern, L"Caf\u00e9 \u20ac \u201c\u0178\u201d",
-                                                      "Caf\xe9 \x80 \x93\x9f\x94"},
-                                           Conversion{kJapanese, L"\u30e1\u30fc\u30eb",
-                                                      "\x83\x81\x81\x5b\x83\x8b"},
-                                           // Two bytes, one byte, ASCII.
-                                           Conversion{kJapanese, L"\u30bd\uff71x", "\x83\x5c\xb1x"},
-                                           Conversion{CP_UTF8, L"\u00e9\u30e1\u0e01\xd83d\xde00z",
-                                                      "\xc3\xa9\xe3\x83\xa1\xe0\xb8\x81\xf0\x9f\x98\x80z"}));
-INSTANTIATE_TEST_SUITE_P(OfOtherLettersHasQuestionMarks, NarrowText,
-                         ::testing::Values(Conversion{kWestern, L"\u30e1\u30fc\u30eb x", "??? x"},
-                                           Conversion{kWestern, L"\u00e9\u30e1\u00e9", "\xe9?\xe9"},
-                                           Conversion{kWestern, kUnmappable, "??"},
-                                           Conversion{kJapanese, L"\u30e1\u0e01\u30eb",
-                                                      "\x83\x81?\x83\x8b"}));
-// A code page may have a letter that resembles the one that it lacks: a name must not turn into another name.
-// a with a macron, wide A, infinity.
-INSTANTIATE_TEST_SUITE_P(HasNoLetterThatResemblesAnother, NarrowText,
-                         ::testing::Values(Conversion{kWestern, L"\u0101\uff21\u221e", "???"},
-                                           Conversion{kWestern, L"\u0101\u30e1", "??"},
-                                           Conversion{kJapanese, L"\u00e9\u00c5", "??"}));
-INSTANTIATE_TEST_SUITE_P(
-    OfHalvesOfPairsHasOneMarkEach, NarrowText,
-    ::testing::Values(Conversion{kWestern, L"\xd800", "?"}, Conversion{kWestern, L"a\xdc00z", "a?z"},
-                      Conversion{kWestern, L"a\xd83dz", "a?z"}, Conversion{kJapanese, L"\xd800", "?"},
-                      Conversion{kJapanese, L"a\xdc00z", "a?z"}, Conversion{kJapanese, L"a\xd83dz", "a?z"},
-                      Conversion{CP_UTF8, L"a\xd800z", "a\xef\xbf\xbdz"},
-                      Conversion{CP_UTF8, L"\xdc00", "\xef\xbf\xbd"}));
 
 TEST(NarrowFormat, SurrogatePairsThatTheCodePageLacksDoNotEndTheText)
 {
