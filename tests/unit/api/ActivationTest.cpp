@@ -2,31 +2,25 @@
 
 #include "QanHelper.h"
 
-#include "support/Apartments.h"
 #include "support/FakeObjects.h"
-#include "support/LogCapture.h"
+#include "support/Test.h"
 
 #include <objbase.h>
 #include <shobjidl.h>
 
-#include <gmock/gmock.h>
-
 #include <stdexcept>
-#include <string>
 
 namespace {
 
-using test::Apartment;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 constexpr CLSID kClass = {0x45BA127D, 0x10A8, 0x46EA, {0x8A, 0xB7, 0x56, 0xEA, 0x90, 0x78, 0x94, 0x3C}};
 constexpr IID kInterface = {0x2E941141, 0x7F97, 0x4756, {0xBA, 0x1D, 0x9D, 0xEC, 0xDE, 0x89, 0x4A, 0x3D}};
 
-class FakeActivationManager : public test::FakeUnknown<IApplicationActivationManager>
+class FakeActivationManager : public FakeUnknown<IApplicationActivationManager>
 {
 public:
-    explicit FakeActivationManager(test::FakeObjects& owner) : FakeUnknown(owner, "activation manager") {}
+    explicit FakeActivationManager(FakeObjects& owner) : FakeUnknown(owner, "activation manager") {}
 
     HRESULT STDMETHODCALLTYPE ActivateApplication(LPCWSTR id, LPCWSTR arguments, ACTIVATEOPTIONS options,
                                                   DWORD* processId) override
@@ -53,110 +47,97 @@ public:
 class Activation : public ::testing::Test
 {
 protected:
-    Activation()
-        : m_manager(m_objects.Make<FakeActivationManager>()), m_initialize("CoInitialize", Initialize),
-          m_uninitialize("CoUninitialize", Uninitialize), m_create("CoCreateInstance", Create)
-    {
-        s_current = this;
-        m_sleep.OnSleep([](DWORD milliseconds) {
-            // The runtime yields with pauses of 0 where a test starts a thread.
-            if (milliseconds != 0) {
-                s_current->m_objects.Note("Sleep " + std::to_string(milliseconds));
-            }
-        });
-    }
+    Activation() : m_manager(m_objects.Make<FakeActivationManager>()) {}
     ~Activation() override { EXPECT_THAT(m_objects.Leaks(), IsEmpty()); }
 
-    std::vector<std::string>& Journal() { return m_objects.journal; }
+    Lines& Journal() { return m_objects.journal; }
 
-    test::FakeObjects m_objects;
+    // A launch with these steps on a thread in this apartment, which is kept.
+    void ExpectLaunch(Apartment apartment, HRESULT result, const Lines& steps,
+                      const wchar_t* arguments = nullptr)
+    {
+        EXPECT_TRUE(KeepsApartment(apartment, [&] {
+            Journal().clear();
+            EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", arguments), result);
+            EXPECT_EQ(Journal(), steps);
+        })) << ::testing::PrintToString(apartment);
+    }
+
+    FakeObjects m_objects;
     FakeActivationManager* m_manager;
-    test::FakeSleep m_sleep;
     HRESULT m_refusal = S_OK; // what CoInitialize answers when it is a failure
 
 private:
-    static HRESULT WINAPI Initialize(void* reserved)
-    {
-        EXPECT_EQ(reserved, nullptr);
-        const HRESULT refusal = s_current->m_refusal;
-        const HRESULT hr = FAILED(refusal) ? refusal : s_current->m_initialize.Original()(reserved);
-        char event[64];
-        wsprintfA(event, "CoInitialize = 0x%08X", static_cast<unsigned>(hr));
-        s_current->m_objects.Note(event);
-        return hr;
-    }
-    static void WINAPI Uninitialize()
-    {
-        s_current->m_objects.Note(s_current->m_objects.IsAnyHeld() ? "CoUninitialize too early"
-                                                                   : "CoUninitialize");
-        s_current->m_uninitialize.Original()();
-    }
-    static HRESULT WINAPI Create(REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId,
-                                 void** object)
-    {
-        const bool isAsked =
-            IsEqualGUID(classId, kClass) && !outer && context == 1 && IsEqualGUID(interfaceId, kInterface);
-        const HRESULT hr =
-            s_current->m_objects.Enter(nullptr, "CoCreateInstance", isAsked ? L"" : L" of something else");
-        if (FAILED(hr)) {
+    // The runtime yields with pauses of 0 where a test starts a thread.
+    const SleepWatch m_sleep{[this](DWORD milliseconds) {
+        if (milliseconds != 0) {
+            m_objects.Note("Sleep " + std::to_string(milliseconds));
+        }
+    }};
+    const CapturingPatch<decltype(&CoInitialize)> m_initialize{
+        "CoInitialize", [this](void* reserved) {
+            EXPECT_EQ(reserved, nullptr);
+            const HRESULT hr = FAILED(m_refusal) ? m_refusal : m_initialize.Original(reserved);
+            char event[64];
+            wsprintfA(event, "CoInitialize = 0x%08X", static_cast<unsigned>(hr));
+            m_objects.Note(event);
             return hr;
-        }
-        if (test::ApartmentOfThread() == Apartment::kNone) {
-            return CO_E_NOTINITIALIZED;
-        }
-        s_current->m_manager->AddRef();
-        *object = static_cast<IApplicationActivationManager*>(s_current->m_manager);
-        return hr;
-    }
-
-    static inline Activation* s_current = nullptr;
-
-    test::ImportPatch<decltype(&CoInitialize)> m_initialize;
-    test::ImportPatch<decltype(&CoUninitialize)> m_uninitialize;
-    test::ImportPatch<decltype(&CoCreateInstance)> m_create;
+        }};
+    const CapturingPatch<decltype(&CoUninitialize)> m_uninitialize{
+        "CoUninitialize", [this] {
+            m_objects.Note(m_objects.IsAnyHeld() ? "CoUninitialize too early" : "CoUninitialize");
+            m_uninitialize.Original();
+        }};
+    const CapturingPatch<decltype(&CoCreateInstance)> m_create{
+        "CoCreateInstance",
+        [this](REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId, void** object) {
+            const bool isAsked = IsEqualGUID(classId, kClass) && !outer && context == 1 &&
+                                 IsEqualGUID(interfaceId, kInterface);
+            const HRESULT hr =
+                m_objects.Enter(nullptr, "CoCreateInstance", isAsked ? L"" : L" of something else");
+            if (FAILED(hr)) {
+                return hr;
+            }
+            if (ApartmentOfThread() == Apartment::kNone) {
+                return CO_E_NOTINITIALIZED;
+            }
+            m_manager->AddRef();
+            *object = static_cast<IApplicationActivationManager*>(m_manager);
+            return hr;
+        }};
 };
 
 TEST_F(Activation, HandsBothTextsToTheActivationManager)
 {
-    const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [] {
-        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open \"a b\" \u5929"), S_OK);
-    }));
-    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x00000000", "CoCreateInstance",
-                                       "ActivateApplication(Mail_1!App, -open \"a b\" \xE5\xA4\xA9, 0, 0)",
-                                       "CoUninitialize", "Sleep 100"));
+    ExpectLaunch(Apartment::kNone, S_OK,
+                 {"CoInitialize = 0x00000000", "CoCreateInstance",
+                  "ActivateApplication(Mail_1!App, -open \"a b\" \xE5\xA4\xA9, 0, 0)", "CoUninitialize",
+                  "Sleep 100"},
+                 L"-open \"a b\" \u5929");
 }
 
-TEST_F(Activation, HasNoExitLine)
+TEST_F(Activation, HasNoExitLineAndTakesNoArguments)
 {
-    const test::LogCapture log;
-    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), S_OK);
-    EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, -open) IN"));
-}
-
-TEST_F(Activation, TakesNoArguments)
-{
-    const test::LogCapture log;
-    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
-    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L""), S_OK);
-    EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, (null)) IN",
+    const LogCapture log;
+    for (const wchar_t* arguments : {L"-open", static_cast<const wchar_t*>(nullptr), L""}) {
+        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", arguments), S_OK);
+    }
+    EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, -open) IN",
+                                         "QanhLaunchByManager(Mail_1!App, (null)) IN",
                                          "QanhLaunchByManager(Mail_1!App, ) IN"));
-    EXPECT_EQ(Journal()[2], "ActivateApplication(Mail_1!App, null, 0, 0)");
-    EXPECT_EQ(Journal()[7], "ActivateApplication(Mail_1!App, , 0, 0)");
+    EXPECT_EQ(Journal()[7], "ActivateApplication(Mail_1!App, null, 0, 0)");
+    EXPECT_EQ(Journal()[12], "ActivateApplication(Mail_1!App, , 0, 0)");
 }
 
 TEST_F(Activation, ReturnsTheResultAsItIsAfterThePause)
 {
     for (const HRESULT result : {S_FALSE, HRESULT_FROM_WIN32(ERROR_NOT_FOUND), E_FAIL, HRESULT(0x00270255)}) {
-        Journal().clear();
         m_manager->result = result;
-        const test::LogCapture log;
-        EXPECT_TRUE(test::KeepsApartment(
-            Apartment::kNone, [&] { EXPECT_EQ(QanhLaunchByManager(L"none!App", nullptr), result); }));
-        EXPECT_THAT(Journal(),
-                    ElementsAre("CoInitialize = 0x00000000", "CoCreateInstance",
-                                "ActivateApplication(none!App, null, 0, 0)", "CoUninitialize", "Sleep 100"));
-        EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(none!App, (null)) IN"));
+        const LogCapture log;
+        ExpectLaunch(Apartment::kNone, result,
+                     {"CoInitialize = 0x00000000", "CoCreateInstance",
+                      "ActivateApplication(Mail_1!App, null, 0, 0)", "CoUninitialize", "Sleep 100"});
+        EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, (null)) IN"));
     }
 }
 
@@ -171,91 +152,53 @@ TEST_F(Activation, AsksForTheManagerAtEachCall)
 TEST_F(Activation, WithoutAManagerReturnsAtOnce)
 {
     m_objects.Fail("CoCreateInstance", REGDB_E_CLASSNOTREG);
-    const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [] {
-        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), REGDB_E_CLASSNOTREG);
-    }));
-    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x00000000", "CoCreateInstance", "CoUninitialize"));
+    const LogCapture log;
+    ExpectLaunch(Apartment::kNone, REGDB_E_CLASSNOTREG,
+                 {"CoInitialize = 0x00000000", "CoCreateInstance", "CoUninitialize"});
     EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Mail_1!App, (null)) IN"));
 }
 
-TEST_F(Activation, WithoutAnIdDoesNothing)
+// Two leavings of one entrance would leave the host's apartment as well.
+TEST_F(Activation, WorksInASingleThreadedApartmentWhichIsLeftOnce)
 {
-    const test::LogCapture log;
-    EXPECT_EQ(QanhLaunchByManager(nullptr, L"-open"), E_POINTER);
-    EXPECT_EQ(QanhLaunchByManager(nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(QanhLaunchByManager(L"", L"-open"), E_INVALIDARG);
-    EXPECT_THAT(Journal(), IsEmpty());
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("QanhLaunchByManager((null), -open) IN", "QanhLaunchByManager OUT(0x80004003)",
-                            "QanhLaunchByManager((null), (null)) IN", "QanhLaunchByManager OUT(0x80004003)",
-                            "QanhLaunchByManager(, -open) IN", "QanhLaunchByManager OUT(0x80070057)"));
-}
-
-TEST_F(Activation, WorksInASingleThreadedApartment)
-{
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
-        Journal().clear();
-        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
-        EXPECT_EQ(Journal().front(), "CoInitialize = 0x00000001");
-        EXPECT_EQ(Journal()[3], "CoUninitialize");
-    }));
+    ExpectLaunch(Apartment::kSingleThreaded, S_OK,
+                 {"CoInitialize = 0x00000001", "CoCreateInstance",
+                  "ActivateApplication(Mail_1!App, null, 0, 0)", "CoUninitialize", "Sleep 100"});
+    m_objects.Fail("CoCreateInstance", E_NOINTERFACE);
+    ExpectLaunch(Apartment::kSingleThreaded, E_NOINTERFACE,
+                 {"CoInitialize = 0x00000001", "CoCreateInstance", "CoUninitialize"});
 }
 
 // What was not entered must not be left: the thread's objects would lose their apartment.
 TEST_F(Activation, WorksInTheMultithreadedApartmentWhichIsNotLeft)
 {
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kMultithreaded, [&] {
-        Journal().clear();
-        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), S_OK);
-        EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x80010106", "CoCreateInstance",
-                                           "ActivateApplication(Mail_1!App, null, 0, 0)", "Sleep 100"));
-        m_objects.Fail("CoCreateInstance", E_FAIL);
-        Journal().clear();
-        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), E_FAIL);
-        EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x80010106", "CoCreateInstance"));
-    }));
-}
-
-// Two leavings of one entrance would leave the host's as well.
-TEST_F(Activation, LeavesASingleThreadedApartmentOnceWithoutAManager)
-{
-    m_objects.Fail("CoCreateInstance", E_NOINTERFACE);
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
-        EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", nullptr), E_NOINTERFACE);
-        EXPECT_THAT(Journal(),
-                    ElementsAre("CoInitialize = 0x00000001", "CoCreateInstance", "CoUninitialize"));
-    }));
+    ExpectLaunch(Apartment::kMultithreaded, S_OK,
+                 {"CoInitialize = 0x80010106", "CoCreateInstance",
+                  "ActivateApplication(Mail_1!App, null, 0, 0)", "Sleep 100"});
+    m_objects.Fail("CoCreateInstance", E_FAIL);
+    ExpectLaunch(Apartment::kMultithreaded, E_FAIL, {"CoInitialize = 0x80010106", "CoCreateInstance"});
 }
 
 TEST_F(Activation, DoesNotMindThatNoApartmentCouldBeEntered)
 {
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kSingleThreaded, [&] {
         m_refusal = E_OUTOFMEMORY;
         EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), S_OK);
         EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x8007000E", "CoCreateInstance",
                                            "ActivateApplication(Mail_1!App, -open, 0, 0)", "Sleep 100"));
     }));
-}
-
-TEST_F(Activation, WithoutAnApartmentFailsAtTheManager)
-{
-    m_refusal = E_OUTOFMEMORY;
-    EXPECT_EQ(QanhLaunchByManager(L"Mail_1!App", L"-open"), CO_E_NOTINITIALIZED);
-    EXPECT_THAT(Journal(), ElementsAre("CoInitialize = 0x8007000E", "CoCreateInstance"));
+    // Without any, it fails at the manager.
+    ExpectLaunch(Apartment::kNone, CO_E_NOTINITIALIZED, {"CoInitialize = 0x8007000E", "CoCreateInstance"});
 }
 
 TEST_F(Activation, ReleasesEverythingWhenTheActivationRaises)
 {
     m_objects.At("ActivateApplication", [] { throw std::runtime_error("of the activation manager"); });
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [] {
-        EXPECT_THROW(QanhLaunchByManager(L"Mail_1!App", nullptr), std::runtime_error);
-    }));
-    EXPECT_EQ(m_manager->References(), 0);
-    EXPECT_EQ(Journal().back(), "CoUninitialize");
-    for (const Apartment apartment : {Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
-        EXPECT_TRUE(test::KeepsApartment(apartment, [] {
+    for (const Apartment apartment :
+         {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
+        EXPECT_TRUE(KeepsApartment(apartment, [this, apartment] {
             EXPECT_THROW(QanhLaunchByManager(L"Mail_1!App", nullptr), std::runtime_error);
+            EXPECT_EQ(Journal().back() == "CoUninitialize", apartment != Apartment::kMultithreaded);
         })) << ::testing::PrintToString(apartment);
         EXPECT_EQ(m_manager->References(), 0);
     }

@@ -3,65 +3,41 @@
 #include "api/Modes.h"
 
 #include "QanHelper.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <roapi.h>
 
 #include <cstdio>
-#include <functional>
-#include <ostream>
-#include <string>
 
 namespace {
 
-using ::testing::ElementsAre;
+using namespace test;
 
 constexpr DWORD kMinusOne = 0xFFFFFFFF;
 
-int g_touches = 0; // of the platform: registry, keyboard, clipboard, COM
+// A function of the platform that gives this, and is counted.
+template <typename Result> auto Counted(int& count, Result result)
+{
+    return [&count, result](auto...) {
+        ++count;
+        return result;
+    };
+}
 
-// Counts what an export must not do before its arguments are sound.
+// Counts what an export must not do before its arguments are sound: registry, keyboard, clipboard, COM.
 class Untouched
 {
 public:
-    Untouched()
-        : m_registry("RegOpenKeyExW",
-                     [](HKEY, const wchar_t*, DWORD, REGSAM, HKEY*) -> LSTATUS {
-                         ++g_touches;
-                         return ERROR_ACCESS_DENIED;
-                     }),
-          m_keyboard("SendInput",
-                     [](UINT, INPUT*, int) -> UINT {
-                         ++g_touches;
-                         return 0;
-                     }),
-          m_clipboard("OpenClipboard",
-                      [](HWND) -> BOOL {
-                          ++g_touches;
-                          return FALSE;
-                      }),
-          m_com("CoCreateInstance",
-                [](REFCLSID, IUnknown*, DWORD, REFIID, void**) -> HRESULT {
-                    ++g_touches;
-                    return E_NOINTERFACE;
-                }),
-          m_runtime("RoInitialize", [](RO_INIT_TYPE) -> HRESULT {
-              ++g_touches;
-              return E_FAIL;
-          })
-    {
-        g_touches = 0;
-    }
+    [[nodiscard]] int Touches() const { return m_touches; }
 
 private:
-    test::ImportPatch<decltype(&RegOpenKeyExW)> m_registry;
-    test::ImportPatch<decltype(&SendInput)> m_keyboard;
-    test::ImportPatch<decltype(&OpenClipboard)> m_clipboard;
-    test::ImportPatch<decltype(&CoCreateInstance)> m_com;
-    test::ImportPatch<decltype(&RoInitialize)> m_runtime;
+    int m_touches = 0;
+    CapturingPatch<decltype(&RegOpenKeyExW)> m_registry{"RegOpenKeyExW",
+                                                        Counted(m_touches, ERROR_ACCESS_DENIED)};
+    CapturingPatch<decltype(&SendInput)> m_keyboard{"SendInput", Counted(m_touches, 0)};
+    CapturingPatch<decltype(&OpenClipboard)> m_clipboard{"OpenClipboard", Counted(m_touches, FALSE)};
+    CapturingPatch<decltype(&CoCreateInstance)> m_com{"CoCreateInstance", Counted(m_touches, E_NOINTERFACE)};
+    CapturingPatch<decltype(&RoInitialize)> m_runtime{"RoInitialize", Counted(m_touches, E_FAIL)};
 };
 
 // What the out arguments of the calls point to.
@@ -74,7 +50,7 @@ struct Refusal
     const char* call;
     std::function<HRESULT()> make;
     HRESULT expected;
-    std::string entryLine;
+    std::string entry;
 };
 
 void PrintTo(const Refusal& refusal, std::ostream* stream)
@@ -85,71 +61,76 @@ void PrintTo(const Refusal& refusal, std::ostream* stream)
 std::string DisplayNameEntry(const char* name, const void* pointer)
 {
     char line[128];
-    std::snprintf(line, sizeof line, "QanhGetAppDisplayNameByPFN(%s, 0x%08X) IN", name,
+    std::snprintf(line, sizeof line, "QanhGetAppDisplayNameByPFN(%s, 0x%08X)", name,
                   static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(pointer)));
     return line;
 }
 
 const Refusal kRefusals[] = {
     {"IsInstalled: null name", [] { return QanhIsInstalled(nullptr, &g_isInstalled); }, E_POINTER,
-     "QanhIsInstalled((null)) IN"},
+     "QanhIsInstalled((null))"},
     {"IsInstalled: null result", [] { return QanhIsInstalled(L"Contoso.Mail_x", nullptr); }, E_POINTER,
-     "QanhIsInstalled(Contoso.Mail_x) IN"},
+     "QanhIsInstalled(Contoso.Mail_x)"},
     {"IsInstalled: null comes before empty", [] { return QanhIsInstalled(L"", nullptr); }, E_POINTER,
-     "QanhIsInstalled() IN"},
+     "QanhIsInstalled()"},
     {"IsInstalled: empty name", [] { return QanhIsInstalled(L"", &g_isInstalled); }, E_INVALIDARG,
-     "QanhIsInstalled() IN"},
+     "QanhIsInstalled()"},
 
     {"IsInstalledByAppUserModeID: null ID",
      [] { return QanhIsInstalledByAppUserModeID(nullptr, &g_isInstalled); }, E_POINTER,
-     "QanhIsInstalledByAppUserModeID((null)) IN"},
+     "QanhIsInstalledByAppUserModeID((null))"},
     {"IsInstalledByAppUserModeID: null result",
      [] { return QanhIsInstalledByAppUserModeID(L"Contoso.Mail_x!App", nullptr); }, E_POINTER,
-     "QanhIsInstalledByAppUserModeID(Contoso.Mail_x!App) IN"},
+     "QanhIsInstalledByAppUserModeID(Contoso.Mail_x!App)"},
     {"IsInstalledByAppUserModeID: null comes before empty",
      [] { return QanhIsInstalledByAppUserModeID(L"", nullptr); }, E_POINTER,
-     "QanhIsInstalledByAppUserModeID() IN"},
+     "QanhIsInstalledByAppUserModeID()"},
     {"IsInstalledByAppUserModeID: empty ID",
      [] { return QanhIsInstalledByAppUserModeID(L"", &g_isInstalled); }, E_INVALIDARG,
-     "QanhIsInstalledByAppUserModeID() IN"},
+     "QanhIsInstalledByAppUserModeID()"},
 
     {"GetAppDisplayNameByPFN: null name", [] { return QanhGetAppDisplayNameByPFN(nullptr, &g_displayName); },
      E_POINTER, DisplayNameEntry("(null)", &g_displayName)},
     {"GetAppDisplayNameByPFN: null result",
      [] { return QanhGetAppDisplayNameByPFN(L"Contoso.Mail_x", nullptr); }, E_POINTER,
-     "QanhGetAppDisplayNameByPFN(Contoso.Mail_x, 0x00000000) IN"},
+     "QanhGetAppDisplayNameByPFN(Contoso.Mail_x, 0x00000000)"},
     {"GetAppDisplayNameByPFN: null comes before empty",
      [] { return QanhGetAppDisplayNameByPFN(L"", nullptr); }, E_POINTER,
-     "QanhGetAppDisplayNameByPFN(, 0x00000000) IN"},
+     "QanhGetAppDisplayNameByPFN(, 0x00000000)"},
     {"GetAppDisplayNameByPFN: empty name", [] { return QanhGetAppDisplayNameByPFN(L"", &g_displayName); },
      E_INVALIDARG, DisplayNameEntry("", &g_displayName)},
 
     {"LaunchBySearch: null name", [] { return QanhLaunchBySearch(nullptr, 0, FALSE); }, E_POINTER,
-     "QanhLaunchBySearch((null), 0, 0) IN"},
+     "QanhLaunchBySearch((null), 0, 0)"},
     {"LaunchBySearch: null comes before the mode", [] { return QanhLaunchBySearch(nullptr, 3, TRUE); },
-     E_POINTER, "QanhLaunchBySearch((null), 3, 1) IN"},
+     E_POINTER, "QanhLaunchBySearch((null), 3, 1)"},
     {"LaunchBySearch: empty name", [] { return QanhLaunchBySearch(L"", 0, 5); }, E_INVALIDARG,
-     "QanhLaunchBySearch(, 0, 5) IN"},
+     "QanhLaunchBySearch(, 0, 5)"},
     {"LaunchBySearch: mode above two", [] { return QanhLaunchBySearch(L"Mail", 3, FALSE); }, E_INVALIDARG,
-     "QanhLaunchBySearch(Mail, 3, 0) IN"},
+     "QanhLaunchBySearch(Mail, 3, 0)"},
     {"LaunchBySearch: modes are unsigned", [] { return QanhLaunchBySearch(L"Mail", kMinusOne, -1); },
-     E_INVALIDARG, "QanhLaunchBySearch(Mail, -1, -1) IN"},
+     E_INVALIDARG, "QanhLaunchBySearch(Mail, -1, -1)"},
 
     {"LaunchIEBySearch: tile mode above two", [] { return QanhLaunchIEBySearch(3, 0, FALSE); }, E_INVALIDARG,
-     "QanhLaunchIEBySearch(3, 0, 0) IN"},
+     "QanhLaunchIEBySearch(3, 0, 0)"},
     {"LaunchIEBySearch: search mode above two", [] { return QanhLaunchIEBySearch(0, 3, TRUE); }, E_INVALIDARG,
-     "QanhLaunchIEBySearch(0, 3, 1) IN"},
+     "QanhLaunchIEBySearch(0, 3, 1)"},
     {"LaunchIEBySearch: modes are unsigned", [] { return QanhLaunchIEBySearch(kMinusOne, 0, 0); },
-     E_INVALIDARG, "QanhLaunchIEBySearch(-1, 0, 0) IN"},
+     E_INVALIDARG, "QanhLaunchIEBySearch(-1, 0, 0)"},
     {"LaunchIEBySearch: both modes are unsigned", [] { return QanhLaunchIEBySearch(2, kMinusOne, -1); },
-     E_INVALIDARG, "QanhLaunchIEBySearch(2, -1, -1) IN"},
+     E_INVALIDARG, "QanhLaunchIEBySearch(2, -1, -1)"},
+    {"LaunchIEBySearch: the search mode has no sign",
+     [] { return QanhLaunchIEBySearch(0, 0x80000000, TRUE); }, E_INVALIDARG,
+     "QanhLaunchIEBySearch(0, -2147483648, 1)"},
 
     {"LaunchByManager: null ID", [] { return QanhLaunchByManager(nullptr, L"-x"); }, E_POINTER,
-     "QanhLaunchByManager((null), -x) IN"},
+     "QanhLaunchByManager((null), -x)"},
     {"LaunchByManager: nothing but nulls", [] { return QanhLaunchByManager(nullptr, nullptr); }, E_POINTER,
-     "QanhLaunchByManager((null), (null)) IN"},
+     "QanhLaunchByManager((null), (null))"},
     {"LaunchByManager: empty ID", [] { return QanhLaunchByManager(L"", nullptr); }, E_INVALIDARG,
-     "QanhLaunchByManager(, (null)) IN"},
+     "QanhLaunchByManager(, (null))"},
+    {"LaunchByManager: empty ID with arguments", [] { return QanhLaunchByManager(L"", L"-x"); }, E_INVALIDARG,
+     "QanhLaunchByManager(, -x)"},
 };
 
 class RefusedArguments : public ::testing::TestWithParam<Refusal>
@@ -159,36 +140,34 @@ class RefusedArguments : public ::testing::TestWithParam<Refusal>
 TEST_P(RefusedArguments, WriteTwoLinesAndTouchNothing)
 {
     const Refusal& refusal = GetParam();
-    const test::LogCapture log;
+    const LogCapture log;
     const Untouched untouched;
     EXPECT_EQ(refusal.make(), refusal.expected);
-    EXPECT_EQ(g_touches, 0);
+    EXPECT_EQ(untouched.Touches(), 0);
     EXPECT_EQ(g_isInstalled, 7);
     EXPECT_EQ(g_displayName, g_before);
-    const std::string name = refusal.entryLine.substr(0, refusal.entryLine.find('('));
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(refusal.entryLine, name + (refusal.expected == E_POINTER ? " OUT(0x80004003)"
-                                                                                     : " OUT(0x80070057)")));
+    EXPECT_EQ(log.Lines(),
+              Call(refusal.entry, refusal.expected == E_POINTER ? "(0x80004003)" : "(0x80070057)"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, RefusedArguments, ::testing::ValuesIn(kRefusals));
 
 TEST(Arguments, ModesEndAtTwo)
 {
-    EXPECT_EQ(CheckMode(0), S_OK);
-    EXPECT_EQ(CheckMode(1), S_OK);
-    EXPECT_EQ(CheckMode(2), S_OK);
-    EXPECT_EQ(CheckMode(3), E_INVALIDARG);
-    EXPECT_EQ(CheckMode(0x80000000), E_INVALIDARG);
-    EXPECT_EQ(CheckMode(kMinusOne), E_INVALIDARG);
+    for (const DWORD mode : {0u, 1u, 2u}) {
+        EXPECT_EQ(CheckMode(mode), S_OK);
+    }
+    for (const DWORD mode : {3u, 0x80000000u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(CheckMode(mode), E_INVALIDARG);
+    }
 }
 
 TEST(Arguments, LaunchByManagerTakesNoArguments)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     const Untouched untouched;
     EXPECT_EQ(QanhLaunchByManager(L"Contoso.Mail_x!App", nullptr), E_NOINTERFACE);
-    EXPECT_EQ(g_touches, 1); // the activation manager was asked for
+    EXPECT_EQ(untouched.Touches(), 1); // the activation manager was asked for
     EXPECT_THAT(log.Lines(), ElementsAre("QanhLaunchByManager(Contoso.Mail_x!App, (null)) IN"));
 }
 

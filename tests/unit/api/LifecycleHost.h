@@ -3,23 +3,14 @@
 #include "QanHelper.h"
 #include "api/Statics.h"
 #include "common/DiagnosticLog.h"
-#include "support/Apartments.h"
 #include "support/FakeShell.h"
 #include "support/HostExecutable.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 namespace api_test {
 
-using Lines = std::vector<std::string>;
-
+using namespace test;
 constexpr DWORD kThreadPatience = 20000; // milliseconds; only a failing test waits for them
 
 // In place of the refresh thread: runs until it is told to stop, and writes nothing into the log meanwhile.
@@ -53,7 +44,7 @@ inline Lines Outline(const Lines& all)
         for (const char* start :
              {"Qanh", "CQanhReg::", "CQanhMonitorMode::", "CQanhPackageManager::Initialize IN",
               "CQanhPackageManager::Initialize OUT", "CQanhPackageManager::Finalize "}) {
-            if (line.rfind(start, 0) == 0) {
+            if (line.starts_with(start)) {
                 lines.push_back(line);
             }
         }
@@ -62,8 +53,8 @@ inline Lines Outline(const Lines& all)
 }
 
 // What the reading of the setting writes, when the log is on already and stays so.
-inline const Lines kSettingLines = {"CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
-                                    "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(1)"};
+inline const Lines kSettingLines =
+    Call("CQanhReg::IsDebugLogOn", "(1)", Call("CQanhReg::GetDWORDRegVal", "(1)"));
 
 // A host with a folder of its own, in a session without a shell; "DebugLog" is 1, and the log is off yet.
 class Lifecycle : public ::testing::Test
@@ -88,16 +79,26 @@ protected:
         }
     }
 
+    // The library is down: nothing is left of a start, or of what was started.
+    static void ExpectDown()
+    {
+        EXPECT_EQ(s_nCount, 0);
+        EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
+        EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
+        EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
+        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
+    }
+
     [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
 
     const std::wstring m_hostName = NewHostName();
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    test::NoShell m_noShell;
-    test::TemporaryFolder m_folder;
-    test::HostExecutable m_host{m_folder / (m_hostName + L".exe")};
-    test::LogCapture m_log;
-    test::FakeSleep m_sleep; // finalizing does not wait for the first refresh pass then
-    test::ImportPatch<decltype(&CreateThread)> m_createThread{"CreateThread", StartWaiting};
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    NoShell m_noShell;
+    TemporaryFolder m_folder;
+    HostExecutable m_host{m_folder / (m_hostName + L".exe")};
+    LogCapture m_log;
+    FakeSleep m_sleep; // finalizing does not wait for the first refresh pass then
+    ImportPatch<decltype(&CreateThread)> m_createThread{"CreateThread", StartWaiting};
 };
 
 // The same with a shell, whose object must be given back.
@@ -110,7 +111,27 @@ protected:
         EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
     }
 
-    test::FakeShell m_shell;
+    // It has been started so often, and is not down.
+    void ExpectUp(int count) const
+    {
+        EXPECT_EQ(s_nCount, count);
+        EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, m_shell.visibility);
+        EXPECT_NE(s_PackageManager.m_hExitEvent, nullptr);
+        EXPECT_NE(s_PackageManager.m_hRefreshThread, nullptr);
+    }
+    void ExpectDown() const
+    {
+        Lifecycle::ExpectDown();
+        EXPECT_EQ(m_shell.visibility->References(), 0);
+    }
+    // The outline of a start whose package manager has this result, up to there.
+    static Lines StartLines(const std::string& result)
+    {
+        return Call("CQanhMonitorMode::Initialize", "(0)") +
+               Call("CQanhPackageManager::Initialize", "(" + result + ")");
+    }
+
+    FakeShell m_shell;
 };
 
 } // namespace api_test

@@ -1,17 +1,10 @@
 // How the log is switched.
 
-#include "support/Text.h"
 #include "unit/api/LifecycleHost.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
 
 namespace {
 
 using namespace api_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST_F(LifecycleInShell, LogIsSwitchedOffByTheNextCallOnly)
 {
@@ -19,15 +12,13 @@ TEST_F(LifecycleInShell, LogIsSwitchedOffByTheNextCallOnly)
     m_log.Clear();
     m_settings.SetDword(L"DebugLog", 0);
     QanhReleaseString(nullptr);
-    EXPECT_THAT(m_log.Lines(), ElementsAre("QanhReleaseString IN", "QanhReleaseString OUT"));
+    EXPECT_EQ(m_log.Lines(), Call("QanhReleaseString"));
     m_log.Clear();
     EXPECT_EQ(QanhInitialize(), S_OK);
     QanhReleaseString(nullptr);
     QanhFinalize();
     // The last lines are those of the reading that found it off.
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAre("CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(0)"));
+    EXPECT_EQ(m_log.Lines(), Call("CQanhReg::IsDebugLogOn", "(0)", Call("CQanhReg::GetDWORDRegVal", "(1)")));
 }
 
 TEST_F(LifecycleInShell, LogIsSwitchedOnByTheNextCallOnly)
@@ -36,9 +27,9 @@ TEST_F(LifecycleInShell, LogIsSwitchedOnByTheNextCallOnly)
     ASSERT_EQ(QanhInitialize(), S_OK);
     m_settings.SetDword(L"DebugLog", 1);
     QanhReleaseString(nullptr);
-    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_FALSE(Exists(m_log.File()));
     EXPECT_EQ(QanhInitialize(), S_OK);
-    EXPECT_THAT(m_log.Lines(), ElementsAre("QanhInitialize IN", "QanhInitialize OUT(0) : s_nCount(2)"));
+    EXPECT_EQ(m_log.Lines(), Call("QanhInitialize", "(0) : s_nCount(2)"));
 }
 
 TEST_F(LifecycleInShell, WithoutTheSettingNoLogIsMade)
@@ -46,11 +37,11 @@ TEST_F(LifecycleInShell, WithoutTheSettingNoLogIsMade)
     m_settings.DeleteValue(L"DebugLog");
     ASSERT_EQ(QanhInitialize(), S_OK);
     QanhFinalize();
-    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_FALSE(Exists(m_log.File()));
     m_settings.SetText(L"DebugLog", L"1");
     ASSERT_EQ(QanhInitialize(), S_OK);
     QanhFinalize();
-    EXPECT_FALSE(test::Exists(m_log.File()));
+    EXPECT_FALSE(Exists(m_log.File()));
 }
 
 TEST_F(Lifecycle, FailedCallSwitchesTheLogToo)
@@ -73,11 +64,11 @@ TEST_F(LifecycleInShell, LogLiesInTheFolderOfTheHostOfEachCall)
     ASSERT_EQ(QanhInitialize(), S_OK);
     const std::wstring otherName = m_hostName + L"x";
     const std::wstring otherFolder = m_log.LocalAppData() + L"\\Vel\\QanHelper\\" + otherName;
-    test::MakeFolder(otherFolder);
+    MakeFolder(otherFolder);
     m_host.Set(m_folder / (otherName + L".y.exe"));
     EXPECT_EQ(QanhInitialize(), S_OK);
-    ASSERT_TRUE(test::Exists(otherFolder + L"\\QanHelperLog.txt"));
-    EXPECT_EQ(test::WithoutTimeStamps(test::ReadFileBytes(otherFolder + L"\\QanHelperLog.txt")),
+    ASSERT_TRUE(Exists(otherFolder + L"\\QanHelperLog.txt"));
+    EXPECT_EQ(WithoutTimeStamps(ReadFileBytes(otherFolder + L"\\QanHelperLog.txt")),
               "QanhInitialize IN\r\nQanhInitialize OUT(0) : s_nCount(2)\r\n");
 }
 

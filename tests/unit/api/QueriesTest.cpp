@@ -1,135 +1,89 @@
-// The exports that answer questions about Store packages.
+// The exports that answer questions about Store packages. What they do with null and empty arguments is
+// tested with those of the other exports (ArgumentsTest.cpp).
 
 #include "QanHelper.h"
 
-#include "common/WinRtError.h"
 #include "support/Allocations.h"
-#include "support/Apartments.h"
 #include "support/FakePackages.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <new>
-#include <string>
-#include <vector>
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
-constexpr wchar_t kOffice[] = L"Microsoft.Office.Desktop_8wekyb3d8bbwe";
+const std::wstring kOffice = L"Microsoft.Office.Desktop_8wekyb3d8bbwe";
+constexpr HRESULT kNoPackage = static_cast<HRESULT>(0xA0000001);
 
 class Queries : public ::testing::Test
 {
 protected:
     ~Queries() override { EXPECT_THAT(m_store.objects.Leaks(), IsEmpty()); }
 
-    HRESULT Ask(const wchar_t* id) { return QanhIsInstalledByAppUserModeID(id, &m_isInstalled); }
+    HRESULT Ask(const std::wstring& id) { return QanhIsInstalledByAppUserModeID(id.c_str(), &m_isInstalled); }
+    void ExpectInstalled(const std::wstring& id, BOOL expected)
+    {
+        m_isInstalled = 7;
+        EXPECT_EQ(Ask(id), S_OK);
+        EXPECT_EQ(m_isInstalled, expected);
+    }
+    void ExpectFamilyInstalled(const std::wstring& family, BOOL expected)
+    {
+        m_isInstalled = 7;
+        EXPECT_EQ(QanhIsInstalled(family.c_str(), &m_isInstalled), S_OK);
+        EXPECT_EQ(m_isInstalled, expected);
+    }
+
+    // The lines of a question whose answer is yes. With "Ex" it is about the dependencies too.
+    static Lines InstalledLines(const std::string& entry, const std::string& family,
+                                const std::string& ex = "")
+    {
+        return Call(entry, "(0x00000000)",
+                    Call("CQanhPackageManager::IsInstalled" + ex + "(" + family + ")", "(*pIsInstalled = 1)",
+                         Call("CQanhPackageManager::FindPackageByName" + ex + "(" + family + ")", "",
+                              Call("CQanhPackageManager::GetPackageManager", "(0x00000000)"))));
+    }
 
     // The families that the system was asked for.
-    std::vector<std::string> Asked() const
+    Lines Asked() const
     {
         const std::string call = "FindPackagesByUserSecurityIdPackageFamilyName(, ";
-        std::vector<std::string> families;
+        Lines families;
         for (const std::string& event : m_store.objects.journal) {
-            if (event.rfind(call, 0) == 0) {
+            if (event.starts_with(call)) {
                 families.push_back(event.substr(call.size(), event.size() - call.size() - 1));
             }
         }
         return families;
     }
 
-    test::FakeStore m_store;
+    FakeStore m_store;
     BOOL m_isInstalled = 7; // neither true nor false: shows whether it was set
 };
 
 TEST_F(Queries, IsInstalledTellsWhetherTheFamilyHasAPackage)
 {
     m_store.Add(L"mail_1");
-    const test::LogCapture log;
-    EXPECT_EQ(QanhIsInstalled(L"mail_1", &m_isInstalled), S_OK);
-    EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("QanhIsInstalled(mail_1) IN", "CQanhPackageManager::IsInstalled(mail_1) IN",
-                            "CQanhPackageManager::FindPackageByName(mail_1) IN",
-                            "CQanhPackageManager::GetPackageManager IN",
-                            "CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                            "CQanhPackageManager::FindPackageByName OUT",
-                            "CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 1)",
-                            "QanhIsInstalled OUT(0x00000000)"));
-    EXPECT_EQ(QanhIsInstalled(L"none", &m_isInstalled), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
+    const LogCapture log;
+    ExpectFamilyInstalled(L"mail_1", 1);
+    EXPECT_EQ(log.Lines(), InstalledLines("QanhIsInstalled(mail_1)", "mail_1"));
+    ExpectFamilyInstalled(L"none", 0);
 }
 
 TEST_F(Queries, IsInstalledTakesAnIdForAFamily)
 {
-    EXPECT_EQ(QanhIsInstalled(L"mail_1!App", &m_isInstalled), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
+    ExpectFamilyInstalled(L"mail_1!App", 0);
     EXPECT_THAT(Asked(), ElementsAre("mail_1!App"));
-}
-
-TEST_F(Queries, IsInstalledReturnsTheFailureOfTheSystem)
-{
-    m_store.objects.Fail("First", E_ACCESSDENIED);
-    const test::LogCapture log;
-    EXPECT_EQ(QanhIsInstalled(L"mail_1", &m_isInstalled), E_FAIL);
-    EXPECT_EQ(m_isInstalled, 7);
-    EXPECT_EQ(log.Lines().back(), "QanhIsInstalled OUT(0x80004005)");
 }
 
 TEST_F(Queries, WorkWithoutInitializationInEveryApartment)
 {
     m_store.Add(L"mail_1");
-    for (const test::Apartment apartment :
-         {test::Apartment::kNone, test::Apartment::kSingleThreaded, test::Apartment::kMultithreaded}) {
-        m_isInstalled = 7;
-        EXPECT_TRUE(test::KeepsApartment(
-            apartment, [&] { EXPECT_EQ(QanhIsInstalled(L"mail_1", &m_isInstalled), S_OK); }));
-        EXPECT_EQ(m_isInstalled, 1);
+    for (const Apartment apartment :
+         {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
+        EXPECT_TRUE(KeepsApartment(apartment, [&] { ExpectFamilyInstalled(L"mail_1", 1); }));
     }
-}
-
-TEST_F(Queries, NullArgumentsComeBeforeEmptyOnes)
-{
-    wchar_t* name = nullptr;
-    const test::LogCapture log;
-    EXPECT_EQ(QanhIsInstalled(nullptr, &m_isInstalled), E_POINTER);
-    EXPECT_EQ(QanhIsInstalled(L"mail_1", nullptr), E_POINTER);
-    EXPECT_EQ(QanhIsInstalled(L"", nullptr), E_POINTER);
-    EXPECT_EQ(QanhIsInstalled(L"", &m_isInstalled), E_INVALIDARG);
-    EXPECT_EQ(Ask(nullptr), E_POINTER);
-    EXPECT_EQ(QanhIsInstalledByAppUserModeID(L"mail_1!App", nullptr), E_POINTER);
-    EXPECT_EQ(QanhIsInstalledByAppUserModeID(L"", nullptr), E_POINTER);
-    EXPECT_EQ(Ask(L""), E_INVALIDARG);
-    EXPECT_EQ(QanhGetAppDisplayNameByPFN(nullptr, &name), E_POINTER);
-    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"mail_1", nullptr), E_POINTER);
-    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"", nullptr), E_POINTER);
-    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"", &name), E_INVALIDARG);
-    EXPECT_EQ(m_isInstalled, 7);
-    EXPECT_EQ(name, nullptr);
-    EXPECT_THAT(m_store.objects.journal, IsEmpty());
-    char out[16];
-    wsprintfA(out, "0x%08X", static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(&name)));
-    const std::string pointer = out;
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre(
-            "QanhIsInstalled((null)) IN", "QanhIsInstalled OUT(0x80004003)", "QanhIsInstalled(mail_1) IN",
-            "QanhIsInstalled OUT(0x80004003)", "QanhIsInstalled() IN", "QanhIsInstalled OUT(0x80004003)",
-            "QanhIsInstalled() IN", "QanhIsInstalled OUT(0x80070057)",
-            "QanhIsInstalledByAppUserModeID((null)) IN", "QanhIsInstalledByAppUserModeID OUT(0x80004003)",
-            "QanhIsInstalledByAppUserModeID(mail_1!App) IN", "QanhIsInstalledByAppUserModeID OUT(0x80004003)",
-            "QanhIsInstalledByAppUserModeID() IN", "QanhIsInstalledByAppUserModeID OUT(0x80004003)",
-            "QanhIsInstalledByAppUserModeID() IN", "QanhIsInstalledByAppUserModeID OUT(0x80070057)",
-            "QanhGetAppDisplayNameByPFN((null), " + pointer + ") IN",
-            "QanhGetAppDisplayNameByPFN OUT(0x80004003)", "QanhGetAppDisplayNameByPFN(mail_1, 0x00000000) IN",
-            "QanhGetAppDisplayNameByPFN OUT(0x80004003)", "QanhGetAppDisplayNameByPFN(, 0x00000000) IN",
-            "QanhGetAppDisplayNameByPFN OUT(0x80004003)", "QanhGetAppDisplayNameByPFN(, " + pointer + ") IN",
-            "QanhGetAppDisplayNameByPFN OUT(0x80070057)"));
 }
 
 // IDs of applications: a family, "!", and the application.
@@ -137,26 +91,16 @@ TEST_F(Queries, NullArgumentsComeBeforeEmptyOnes)
 TEST_F(Queries, ByIdAsksForTheFamily)
 {
     m_store.Add(L"Mail_1");
-    const test::LogCapture log;
-    EXPECT_EQ(Ask(L"Mail_1!App"), S_OK);
-    EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_THAT(log.Lines(), ElementsAre("QanhIsInstalledByAppUserModeID(Mail_1!App) IN",
-                                         "CQanhPackageManager::IsInstalled(Mail_1) IN",
-                                         "CQanhPackageManager::FindPackageByName(Mail_1) IN",
-                                         "CQanhPackageManager::GetPackageManager IN",
-                                         "CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                                         "CQanhPackageManager::FindPackageByName OUT",
-                                         "CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 1)",
-                                         "QanhIsInstalledByAppUserModeID OUT(0x00000000)"));
+    const LogCapture log;
+    ExpectInstalled(L"Mail_1!App", 1);
+    EXPECT_EQ(log.Lines(), InstalledLines("QanhIsInstalledByAppUserModeID(Mail_1!App)", "Mail_1"));
 }
 
 TEST_F(Queries, ByIdSplitsAtTheLastSeparatorAndKeepsTheCase)
 {
-    Ask(L"A!B!C");
-    Ask(L"Mail_1!");
-    Ask(L"NoSeparator");
-    Ask(L"UPPER_1!APP");
-    Ask(L"!!x");
+    for (const wchar_t* id : {L"A!B!C", L"Mail_1!", L"NoSeparator", L"UPPER_1!APP", L"!!x"}) {
+        Ask(id);
+    }
     EXPECT_THAT(Asked(), ElementsAre("A!B", "Mail_1", "NoSeparator", "UPPER_1", "!"));
     // Only one family is asked about its dependencies.
     EXPECT_EQ(m_store.objects.Calls("Dependencies"), 0u);
@@ -167,89 +111,70 @@ TEST_F(Queries, TakeTextsOfAnyLengthAndOfAnyCharacters)
     const std::wstring longFamily(5000, L'f');
     // Letters of another script, halves of surrogate pairs, the format's own sign.
     const std::wstring oddFamily = L"\u30e1\u30fc\u30eb_\xDC00\xD800%s\u00c4";
-    m_store.Add(longFamily.c_str());
-    m_store.Add(oddFamily.c_str());
     for (const std::wstring& family : {longFamily, oddFamily}) {
+        m_store.Add(family.c_str());
         for (const std::wstring& tail : {std::wstring(), std::wstring(L"!\xD83D"), L"!" + longFamily}) {
-            m_isInstalled = 7;
-            EXPECT_EQ(Ask((family + tail).c_str()), S_OK);
-            EXPECT_EQ(m_isInstalled, 1);
+            ExpectInstalled(family + tail, 1);
         }
-        m_isInstalled = 7;
-        EXPECT_EQ(QanhIsInstalled(family.c_str(), &m_isInstalled), S_OK);
-        EXPECT_EQ(m_isInstalled, 1);
+        ExpectFamilyInstalled(family, 1);
     }
-    EXPECT_EQ(Ask((longFamily + L"f!App").c_str()), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
+    ExpectInstalled(longFamily + L"f!App", 0);
 }
 
 TEST_F(Queries, WithoutAManagerNothingIsInstalled)
 {
     m_store.Add(L"mail_1");
-    m_store.Add(kOffice, {L"word"});
+    m_store.Add(kOffice.c_str(), {L"word"});
     m_store.initializeResult = E_OUTOFMEMORY;
-    EXPECT_EQ(QanhIsInstalled(L"mail_1", &m_isInstalled), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
-    for (const wchar_t* id : {L"mail_1", L"mail_1!App", L"Microsoft.Office.Desktop_8wekyb3d8bbwe!word"}) {
-        m_isInstalled = 7;
-        EXPECT_EQ(Ask(id), S_OK);
-        EXPECT_EQ(m_isInstalled, 0);
+    ExpectFamilyInstalled(L"mail_1", 0);
+    for (const std::wstring& id :
+         {std::wstring(L"mail_1"), std::wstring(L"mail_1!App"), kOffice + L"!word"}) {
+        ExpectInstalled(id, 0);
     }
     wchar_t* name = nullptr;
-    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"mail_1", &name), static_cast<HRESULT>(0xA0000001));
+    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"mail_1", &name), kNoPackage);
     EXPECT_EQ(name, nullptr);
 }
 
-TEST_F(Queries, ByIdReturnsTheFailureOfTheSystem)
+TEST_F(Queries, ReturnTheFailureOfTheSystem)
 {
     m_store.objects.Fail("First", E_ACCESSDENIED);
-    for (const wchar_t* id : {L"mail_1", L"mail_1!App", L"Microsoft.Office.Desktop_8wekyb3d8bbwe!word"}) {
-        const test::LogCapture log;
+    const LogCapture log;
+    EXPECT_EQ(QanhIsInstalled(L"mail_1", &m_isInstalled), E_FAIL);
+    EXPECT_EQ(log.Lines().back(), "QanhIsInstalled OUT(0x80004005)");
+    for (const std::wstring& id :
+         {std::wstring(L"mail_1"), std::wstring(L"mail_1!App"), kOffice + L"!word"}) {
         EXPECT_EQ(Ask(id), E_FAIL);
-        EXPECT_EQ(m_isInstalled, 7);
         EXPECT_EQ(log.Lines().back(), "QanhIsInstalledByAppUserModeID OUT(0x80004005)");
     }
+    EXPECT_EQ(m_isInstalled, 7);
 }
 
 TEST_F(Queries, ByIdWithoutAFamilyIsInvalid)
 {
-    const test::LogCapture log;
-    EXPECT_EQ(Ask(L"!"), E_INVALIDARG);
-    EXPECT_EQ(Ask(L"!App"), E_INVALIDARG);
+    for (const std::string& id : {std::string("!"), std::string("!App")}) {
+        const LogCapture log;
+        EXPECT_EQ(Ask(FromUtf8(id)), E_INVALIDARG);
+        EXPECT_EQ(log.Lines(), Call("QanhIsInstalledByAppUserModeID(" + id + ")", "(0x80070057)",
+                                    Call("CQanhPackageManager::IsInstalled()", "(0x80070057)")));
+    }
     EXPECT_EQ(m_isInstalled, 7);
     EXPECT_THAT(Asked(), IsEmpty());
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("QanhIsInstalledByAppUserModeID(!) IN", "CQanhPackageManager::IsInstalled() IN",
-                            "CQanhPackageManager::IsInstalled OUT(0x80070057)",
-                            "QanhIsInstalledByAppUserModeID OUT(0x80070057)",
-                            "QanhIsInstalledByAppUserModeID(!App) IN",
-                            "CQanhPackageManager::IsInstalled() IN",
-                            "CQanhPackageManager::IsInstalled OUT(0x80070057)",
-                            "QanhIsInstalledByAppUserModeID OUT(0x80070057)"));
 }
 
 // The suite whose applications show as dependencies of its package.
 
 TEST_F(Queries, ByIdOfTheSuiteAsksForTheApplicationAmongTheDependencies)
 {
-    m_store.Add(kOffice, {L"Microsoft.Office.Desktop.Word_8wekyb3d8bbwe"});
-    const test::LogCapture log;
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Word"), S_OK);
-    EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Excel"), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
-    const auto lines = log.Lines();
-    ASSERT_EQ(lines.size(), 16u);
-    EXPECT_THAT(
-        std::vector<std::string>(lines.begin(), lines.begin() + 8),
-        ElementsAre("QanhIsInstalledByAppUserModeID(Microsoft.Office.Desktop_8wekyb3d8bbwe!Word) IN",
-                    "CQanhPackageManager::IsInstalledEx(Microsoft.Office.Desktop_8wekyb3d8bbwe) IN",
-                    "CQanhPackageManager::FindPackageByNameEx(Microsoft.Office.Desktop_8wekyb3d8bbwe) IN",
-                    "CQanhPackageManager::GetPackageManager IN",
-                    "CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                    "CQanhPackageManager::FindPackageByNameEx OUT",
-                    "CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 1)",
-                    "QanhIsInstalledByAppUserModeID OUT(0x00000000)"));
+    m_store.Add(kOffice.c_str(), {L"Microsoft.Office.Desktop.Word_8wekyb3d8bbwe"});
+    LogCapture log;
+    ExpectInstalled(kOffice + L"!Word", 1);
+    EXPECT_EQ(log.Lines(),
+              InstalledLines("QanhIsInstalledByAppUserModeID(Microsoft.Office.Desktop_8wekyb3d8bbwe!Word)",
+                             "Microsoft.Office.Desktop_8wekyb3d8bbwe", "Ex"));
+    log.Clear();
+    ExpectInstalled(kOffice + L"!Excel", 0);
+    EXPECT_EQ(log.Lines().size(), 8u);
 }
 
 struct SuiteCase
@@ -267,7 +192,7 @@ class SuiteId : public Queries, public ::testing::WithParamInterface<SuiteCase>
 TEST_P(SuiteId, IsKnownByTheFamilyAnywhereInIt)
 {
     // Whatever family is asked for, there is a package of it.
-    m_store.Add(test::FromUtf8(GetParam().family).c_str(), {L"something else"});
+    m_store.Add(FromUtf8(GetParam().family).c_str(), {L"something else"});
     EXPECT_EQ(Ask(GetParam().id), S_OK);
     EXPECT_THAT(Asked(), ElementsAre(GetParam().family));
     EXPECT_EQ(m_store.objects.Calls("Dependencies") == 1, GetParam().asksDependencies);
@@ -301,38 +226,32 @@ INSTANTIATE_TEST_SUITE_P(Of, SuiteId, ::testing::ValuesIn(kSuiteCases),
 
 TEST_F(Queries, ByIdOfTheSuiteIgnoresTheCaseOfTheApplication)
 {
-    m_store.Add(kOffice, {L"Microsoft.Office.Desktop.WORD_8wekyb3d8bbwe"});
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!word"), S_OK);
-    EXPECT_EQ(m_isInstalled, 1);
+    m_store.Add(kOffice.c_str(), {L"Microsoft.Office.Desktop.WORD_8wekyb3d8bbwe"});
+    ExpectInstalled(kOffice + L"!word", 1);
 }
 
 TEST_F(Queries, ByIdOfTheSuiteTakesTheApplicationFromBehindTheLastSeparator)
 {
-    m_store.Add(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools", {L"Word"});
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools!Word"), S_OK);
-    EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools!ord!"), S_OK);
-    EXPECT_EQ(m_isInstalled, 0); // another family
+    m_store.Add((kOffice + L"!Tools").c_str(), {L"Word"});
+    ExpectInstalled(kOffice + L"!Tools!Word", 1);
+    ExpectInstalled(kOffice + L"!Tools!ord!", 0); // another family
     EXPECT_THAT(Asked(), ElementsAre("Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools",
                                      "Microsoft.Office.Desktop_8wekyb3d8bbwe!Tools!ord"));
 }
 
 TEST_F(Queries, ByIdOfTheSuiteLooksAtEachPackageOfIt)
 {
-    m_store.Add(kOffice, {L"sheet"});
-    m_store.Add(kOffice, {L"word"});
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!Word"), S_OK);
-    EXPECT_EQ(m_isInstalled, 1);
+    m_store.Add(kOffice.c_str(), {L"sheet"});
+    m_store.Add(kOffice.c_str(), {L"word"});
+    ExpectInstalled(kOffice + L"!Word", 1);
 }
 
 TEST_F(Queries, ByIdOfTheSuiteWithoutAnApplicationIsInstalledWithAnyDependency)
 {
-    m_store.Add(kOffice);
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!"), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
-    m_store.Add(kOffice, {L"any"});
-    EXPECT_EQ(Ask(L"Microsoft.Office.Desktop_8wekyb3d8bbwe!"), S_OK);
-    EXPECT_EQ(m_isInstalled, 1);
+    m_store.Add(kOffice.c_str());
+    ExpectInstalled(kOffice + L"!", 0);
+    m_store.Add(kOffice.c_str(), {L"any"});
+    ExpectInstalled(kOffice + L"!", 1);
 }
 
 TEST_F(Queries, ByIdWithoutMemoryForTheSplittingIsRaised)
@@ -340,9 +259,9 @@ TEST_F(Queries, ByIdWithoutMemoryForTheSplittingIsRaised)
     const wchar_t id[] = L"Microsoft.Office.Desktop_8wekyb3d8bbwe!An application of some length";
     bool raised = false;
     {
-        const test::AllocationWatch watch(0);
+        const AllocationWatch watch(0);
         try {
-            Ask(id);
+            QanhIsInstalledByAppUserModeID(id, &m_isInstalled);
         } catch (const std::bad_alloc&) {
             raised = true;
         }
@@ -360,90 +279,72 @@ protected:
 
     void Install(const std::string& displayName, const std::string& tail = "")
     {
-        test::WriteFileBytes(m_folder / L"AppxManifest.xml",
-                             "<Applications><Application><VisualElements DisplayName=\"" + displayName +
-                                 "\"/></Application>" + tail + "</Applications>");
-        test::PackageFacts facts;
+        WriteFileBytes(m_folder / L"AppxManifest.xml",
+                       "<Applications><Application><VisualElements DisplayName=\"" + displayName +
+                           "\"/></Application>" + tail + "</Applications>");
+        PackageFacts facts;
         facts.familyName = L"mail_1";
         facts.path = m_folder.Path();
         m_store.Add(facts);
     }
-    HRESULT Get() { return QanhGetAppDisplayNameByPFN(L"mail_1", &m_name); }
+    // The last line tells the result and the name.
+    void ExpectName(HRESULT result, const wchar_t* name, const std::string& told)
+    {
+        EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"mail_1", &m_name), result);
+        EXPECT_STREQ(m_name, name);
+        EXPECT_EQ(m_log.Lines().back(), "QanhGetAppDisplayNameByPFN OUT(" + told);
+    }
 
-    test::TemporaryFolder m_folder;
+    LogCapture m_log;
+    TemporaryFolder m_folder;
     wchar_t* m_name = nullptr;
 };
 
-TEST_F(DisplayNameExport, HandsOutATextForTheHostToRelease)
+TEST_F(DisplayNameExport, HandsOutATextForTheHostToReleaseAndLogsItsFirstLetterTwice)
 {
     Install("Weather");
-    EXPECT_EQ(Get(), S_OK);
-    EXPECT_STREQ(m_name, L"weather");
+    ExpectName(S_OK, L"weather", "0x00000000) DisplayName = w");
     EXPECT_EQ(LocalSize(m_name), 512u);
-}
-
-TEST_F(DisplayNameExport, LogsTheFirstLetterOfANameTwice)
-{
-    Install("Weather");
-    const test::LogCapture log;
-    Get();
-    const auto lines = log.Lines();
+    const Lines lines = m_log.Lines();
     ASSERT_GT(lines.size(), 3u);
-    EXPECT_EQ(lines[1].rfind("CQanhPackageManager::GetAppDisplayNameByPFN(mail_1, 0x", 0), 0u);
+    // The lower half of the out pointer.
+    char out[64];
+    wsprintfA(out, "QanhGetAppDisplayNameByPFN(mail_1, 0x%08X) IN",
+              static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(&m_name)));
+    EXPECT_EQ(lines[0], out);
+    EXPECT_TRUE(lines[1].starts_with("CQanhPackageManager::GetAppDisplayNameByPFN(mail_1, 0x"));
     EXPECT_EQ(lines[lines.size() - 2],
               "CQanhPackageManager::GetAppDisplayNameByPFN OUT(0x00000000) DisplayName = w");
-    EXPECT_EQ(lines.back(), "QanhGetAppDisplayNameByPFN OUT(0x00000000) DisplayName = w");
 }
 
 TEST_F(DisplayNameExport, LogsTheBytesOfANameUpToTheFirstZero)
 {
     Install("\xE5\xA4\xA9\xE6\xB0\x97 A"); // U+5929 U+6C17, a blank
-    const test::LogCapture log;
-    Get();
-    EXPECT_STREQ(m_name, L"\u5929\u6c17 a");
-    EXPECT_EQ(log.Lines().back(),
-              "QanhGetAppDisplayNameByPFN OUT(0x00000000) DisplayName = \x29\x59\x17\x6C ");
+    ExpectName(S_OK, L"\u5929\u6c17 a", "0x00000000) DisplayName = \x29\x59\x17\x6C ");
 }
 
 TEST_F(DisplayNameExport, OfAnUnknownFamilyIsLeftAsItWas)
 {
     wchar_t before[] = L"before";
-    wchar_t* name = before;
-    const test::LogCapture log;
-    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"none", &name), static_cast<HRESULT>(0xA0000001));
-    EXPECT_EQ(name, before);
-    EXPECT_EQ(log.Lines().back(), "QanhGetAppDisplayNameByPFN OUT(0xA0000001) DisplayName = b");
-    name = nullptr;
-    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"none", &name), static_cast<HRESULT>(0xA0000001));
-    EXPECT_EQ(name, nullptr);
-    EXPECT_EQ(log.Lines().back(), "QanhGetAppDisplayNameByPFN OUT(0xA0000001) DisplayName = (null)");
+    m_name = before;
+    ExpectName(kNoPackage, L"before", "0xA0000001) DisplayName = b");
+    EXPECT_EQ(m_name, before);
+    m_name = nullptr;
+    ExpectName(kNoPackage, nullptr, "0xA0000001) DisplayName = (null)");
 }
 
 TEST_F(DisplayNameExport, OfSeveralApplicationsIsNone)
 {
     Install("Mail", "<Application/>");
-    const test::LogCapture log;
-    EXPECT_EQ(Get(), static_cast<HRESULT>(0xA0000002));
-    EXPECT_EQ(m_name, nullptr);
-    EXPECT_EQ(log.Lines().back(), "QanhGetAppDisplayNameByPFN OUT(0xA0000002) DisplayName = (null)");
+    ExpectName(static_cast<HRESULT>(0xA0000002), nullptr, "0xA0000002) DisplayName = (null)");
 }
 
 TEST_F(DisplayNameExport, ReturnsTheFailureOfTheSystem)
 {
     Install("Mail");
     m_store.objects.Fail("Current", E_ACCESSDENIED);
-    EXPECT_EQ(Get(), E_FAIL);
+    EXPECT_EQ(QanhGetAppDisplayNameByPFN(L"mail_1", &m_name), E_FAIL);
     EXPECT_EQ(m_name, nullptr);
-}
-
-TEST_F(DisplayNameExport, LogsTheLowerHalfOfTheOutPointer)
-{
-    const test::LogCapture log;
-    Get();
-    char out[64];
-    wsprintfA(out, "QanhGetAppDisplayNameByPFN(mail_1, 0x%08X) IN",
-              static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(&m_name)));
-    EXPECT_EQ(log.Lines().front(), out);
 }
 
 } // namespace

@@ -1,47 +1,40 @@
 // The hand-back of strings.
 
 #include "QanHelper.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
-
-#include <vector>
+#include "support/Test.h"
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
-std::vector<HLOCAL> g_freed;
-
-TEST(ReleaseString, FreesWhatTheLibraryHandedOut)
+class ReleaseString : public ::testing::Test
 {
-    g_freed.clear();
-    const test::LogCapture log;
-    static decltype(&LocalFree) s_localFree = nullptr;
-    const test::ImportPatch<decltype(&LocalFree)> patch("LocalFree", [](HLOCAL block) -> HLOCAL {
-        g_freed.push_back(block);
-        return s_localFree(block);
-    });
-    s_localFree = patch.Original();
+protected:
+    void Release(LPWSTR text)
+    {
+        QanhReleaseString(text);
+        EXPECT_EQ(m_log.Lines(), Call("QanhReleaseString"));
+    }
+
+    std::vector<HLOCAL> m_freed;
+    const LogCapture m_log;
+    const CapturingPatch<decltype(&LocalFree)> m_patch{"LocalFree", [this](HLOCAL block) {
+                                                           m_freed.push_back(block);
+                                                           return m_patch.Original(block);
+                                                       }};
+};
+
+TEST_F(ReleaseString, FreesWhatTheLibraryHandedOut)
+{
     auto* text = static_cast<LPWSTR>(LocalAlloc(LMEM_FIXED, 10));
-    QanhReleaseString(text);
-    EXPECT_THAT(g_freed, ElementsAre(text));
-    EXPECT_THAT(log.Lines(), ElementsAre("QanhReleaseString IN", "QanhReleaseString OUT"));
+    Release(text);
+    EXPECT_THAT(m_freed, ElementsAre(text));
 }
 
-TEST(ReleaseString, NullDoesNothingButItsTwoLines)
+TEST_F(ReleaseString, NullDoesNothingButItsTwoLines)
 {
-    g_freed.clear();
-    const test::LogCapture log;
-    const test::ImportPatch<decltype(&LocalFree)> patch("LocalFree", [](HLOCAL block) -> HLOCAL {
-        g_freed.push_back(block);
-        return nullptr;
-    });
-    QanhReleaseString(nullptr);
-    EXPECT_THAT(g_freed, IsEmpty());
-    EXPECT_THAT(log.Lines(), ElementsAre("QanhReleaseString IN", "QanhReleaseString OUT"));
+    Release(nullptr);
+    EXPECT_THAT(m_freed, IsEmpty());
 }
 
 } // namespace

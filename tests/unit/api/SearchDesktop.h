@@ -4,37 +4,23 @@
 #include "common/Apartment.h"
 #include "support/ClipboardReader.h"
 #include "support/FakeShell.h"
-#include "support/ImportPatch.h"
 #include "support/Registry.h"
-#include "support/Text.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <cstdio>
 #include <cwchar>
-#include <functional>
 #include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace api_test {
 
-using Steps = std::vector<std::string>;
+using namespace test;
+using Steps = Lines;
 
 // The text on the clipboard in quotes, as another process reads it, or "nothing".
 inline std::string ReadClipboard()
 {
-    const std::optional<std::wstring> text = test::ReadClipboardElsewhere();
-    return text ? '"' + test::ToUtf8(*text) + '"' : "nothing";
-}
-
-inline Steps operator+(Steps steps, const Steps& more)
-{
-    steps.insert(steps.end(), more.begin(), more.end());
-    return steps;
+    const std::optional<std::wstring> text = ReadClipboardElsewhere();
+    return text ? '"' + ToUtf8(*text) + '"' : "nothing";
 }
 
 // What a launch does to the desktop, step by step.
@@ -66,14 +52,7 @@ class SearchDesktop : public ::testing::Test
 {
 protected:
     SearchDesktop()
-        : m_send("SendInput", Send), m_map("MapVirtualKeyW", Map),
-          m_extra("GetMessageExtraInfo", []() -> LPARAM { return 0x77; }),
-          m_foreground("GetForegroundWindow", Look), m_class("GetClassNameW", Class),
-          m_open("OpenClipboard", Open), m_empty("EmptyClipboard", Empty), m_set("SetClipboardData", Set),
-          m_close("CloseClipboard", Close)
     {
-        s_current = this;
-        m_sleep.OnSleep([](DWORD milliseconds) { Note("sleep " + std::to_string(milliseconds)); });
         m_shell.visibility->AddRef();
         s_MonitorMode.m_pImmersiveMode = m_shell.visibility;
     }
@@ -83,7 +62,6 @@ protected:
         m_shell.visibility->Release();
         EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
         s_PackageManager.m_AppNameList.Clear();
-        s_current = nullptr;
     }
 
     // A desktop application and a Store application of one name.
@@ -120,87 +98,72 @@ protected:
     WORD scanCodeOfShift = 0x2A;
 
 private:
-    static void Note(const std::string& step) { s_current->journal.push_back(step); }
-
-    static UINT WINAPI Send(UINT count, INPUT* input, int size)
+    std::string Send(UINT count, const INPUT* input, int size)
     {
         const KEYBDINPUT& key = input->ki;
         if (count != 1 || size != sizeof(INPUT) || input->type != INPUT_KEYBOARD || key.time != 0) {
-            Note("another input");
-            return 0;
+            return "another input";
         }
         const bool isInsertDown = key.wVk == VK_INSERT && (key.dwFlags & KEYEVENTF_KEYUP) == 0;
-        if (isInsertDown && s_current->readsClipboard) {
-            s_current->pasted.push_back(ReadClipboard());
+        if (isInsertDown && readsClipboard) {
+            pasted.push_back(ReadClipboard());
         }
         char step[80];
         std::snprintf(step, sizeof step, "key %X scan %X flags %lX extra %lX", key.wVk, key.wScan,
                       static_cast<unsigned long>(key.dwFlags), static_cast<unsigned long>(key.dwExtraInfo));
-        Note(step);
-        return 1;
+        return step;
     }
-    static UINT WINAPI Map(UINT code, UINT type)
+    HWND Look()
     {
-        return type != 0           ? 0xFF
-               : code == VK_SHIFT  ? s_current->scanCodeOfShift
-               : code == VK_INSERT ? 0x52
-                                   : 0xFE;
+        m_isPane = isPaneInFront(Looks() + 1);
+        journal.push_back(m_isPane ? "look: pane" : "look: no pane");
+        return m_isPane || hasForeground ? reinterpret_cast<HWND>(static_cast<INT_PTR>(0x77)) : nullptr;
     }
-    static HWND WINAPI Look()
+    int Class(wchar_t* name, int size) const
     {
-        s_current->m_isPane = s_current->isPaneInFront(s_current->Looks() + 1);
-        Note(s_current->m_isPane ? "look: pane" : "look: no pane");
-        return s_current->m_isPane || s_current->hasForeground
-                   ? reinterpret_cast<HWND>(static_cast<INT_PTR>(0x77))
-                   : nullptr;
-    }
-    static int WINAPI Class(HWND, wchar_t* name, int size)
-    {
-        wcscpy_s(name, static_cast<std::size_t>(size),
-                 s_current->m_isPane ? L"SearchPane" : L"Shell_TrayWnd");
+        wcscpy_s(name, static_cast<std::size_t>(size), m_isPane ? L"SearchPane" : L"Shell_TrayWnd");
         return static_cast<int>(std::wcslen(name));
     }
-    static BOOL WINAPI Open(HWND owner)
+    UINT ScanCode(UINT code, UINT type) const
     {
-        Note(owner ? "OpenClipboard for a window" : "OpenClipboard");
-        return s_current->opensClipboard ? s_current->m_open.Original()(owner) : FALSE;
+        return type != 0 ? 0xFF : code == VK_SHIFT ? scanCodeOfShift : code == VK_INSERT ? 0x52 : 0xFE;
     }
-    static BOOL WINAPI Empty()
-    {
-        Note("EmptyClipboard");
-        return s_current->m_empty.Original()();
-    }
-    static HANDLE WINAPI Set(UINT format, HANDLE block)
-    {
-        Note(format == CF_UNICODETEXT ? "SetClipboardData" : "SetClipboardData of another format");
-        return s_current->m_set.Original()(format, block);
-    }
-    static BOOL WINAPI Close()
-    {
-        Note("CloseClipboard");
-        return s_current->m_close.Original()();
-    }
-
-    static inline SearchDesktop* s_current = nullptr;
 
     bool m_isPane = false;
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    test::FakeSleep m_sleep;
-    test::ImportPatch<decltype(&SendInput)> m_send;
-    test::ImportPatch<decltype(&MapVirtualKeyW)> m_map;
-    test::ImportPatch<decltype(&GetMessageExtraInfo)> m_extra;
-    test::ImportPatch<decltype(&GetForegroundWindow)> m_foreground;
-    test::ImportPatch<decltype(&GetClassNameW)> m_class;
-    test::ImportPatch<decltype(&OpenClipboard)> m_open;
-    test::ImportPatch<decltype(&EmptyClipboard)> m_empty;
-    test::ImportPatch<decltype(&SetClipboardData)> m_set;
-    test::ImportPatch<decltype(&CloseClipboard)> m_close;
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    const SleepWatch m_sleep{
+        [this](DWORD milliseconds) { journal.push_back("sleep " + std::to_string(milliseconds)); }};
+    const CapturingPatch<decltype(&SendInput)> m_send{"SendInput",
+                                                      [this](UINT count, INPUT* input, int size) {
+                                                          journal.push_back(Send(count, input, size));
+                                                          return journal.back() == "another input" ? 0 : 1;
+                                                      }};
+    const CapturingPatch<decltype(&MapVirtualKeyW)> m_map{
+        "MapVirtualKeyW", [this](UINT code, UINT type) { return ScanCode(code, type); }};
+    const CapturingPatch<decltype(&GetMessageExtraInfo)> m_extra{"GetMessageExtraInfo", Answer(0x77)};
+    const CapturingPatch<decltype(&GetForegroundWindow)> m_foreground{"GetForegroundWindow",
+                                                                      [this] { return Look(); }};
+    const CapturingPatch<decltype(&GetClassNameW)> m_class{
+        "GetClassNameW", [this](HWND, wchar_t* name, int size) { return Class(name, size); }};
+    const CapturingPatch<decltype(&OpenClipboard)> m_open{
+        "OpenClipboard", [this](HWND owner) {
+            journal.push_back(owner ? "OpenClipboard for a window" : "OpenClipboard");
+            return opensClipboard ? m_open.Original(owner) : FALSE;
+        }};
+    const NotingPatch<decltype(&EmptyClipboard)> m_empty{"EmptyClipboard", journal,
+                                                         [] { return std::string("EmptyClipboard"); }};
+    const NotingPatch<decltype(&SetClipboardData)> m_set{
+        "SetClipboardData", journal, [](UINT format, HANDLE) {
+            return std::string("SetClipboardData") + (format == CF_UNICODETEXT ? "" : " of another format");
+        }};
+    const NotingPatch<decltype(&CloseClipboard), 1> m_close{"CloseClipboard", journal,
+                                                            [] { return std::string("CloseClipboard"); }};
 
 protected:
-    test::ScopedKey& Settings() { return m_settings; }
+    ScopedKey& Settings() { return m_settings; }
 
     const ComApartment m_apartment{CoInitialize(nullptr)};
-    test::FakeShell m_shell;
+    FakeShell m_shell;
 };
 
 } // namespace api_test

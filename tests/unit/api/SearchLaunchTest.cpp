@@ -3,33 +3,51 @@
 #include "QanHelper.h"
 #include "unit/api/SearchDesktop.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 namespace {
 
 using namespace api_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class SearchLaunch : public SearchDesktop
 {
+protected:
+    // A launch that succeeds.
+    void Launch(DWORD mode, BOOL usesExcludeList = FALSE, const wchar_t* name = L"Mail")
+    {
+        journal.clear();
+        EXPECT_EQ(QanhLaunchBySearch(name, mode, usesExcludeList), S_OK);
+    }
+    // The same of one that pastes once, this text.
+    void ExpectPasted(const std::wstring& text, DWORD mode, BOOL usesExcludeList,
+                      const wchar_t* name = L"Mail")
+    {
+        pasted.clear();
+        Launch(mode, usesExcludeList, name);
+        EXPECT_THAT(pasted, ElementsAre('"' + ToUtf8(text) + '"'));
+    }
+
+    // Showing, which waits so long before the clipboard is cleared.
+    static Steps ShowSteps(const std::string& wait)
+    {
+        return kOpenPane + kCopy + Steps{"sleep 2000"} + kPaste + Steps{"sleep " + wait} + kEnd;
+    }
+
+    const Steps kLaunch = kOpenPane + kCopy + kPaste + kEnter + kPaneGone + kEnd;
+    const Steps kShow = ShowSteps("1000");
 };
 
 // ---- the modes ----
 
 TEST_F(SearchLaunch, PastesTheQueryAndPressesEnter)
 {
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
-    EXPECT_EQ(journal, kOpenPane + kCopy + kPaste + kEnter + kPaneGone + kEnd);
+    Launch(0);
+    EXPECT_EQ(journal, kLaunch);
     EXPECT_THAT(pasted, ElementsAre("\"\"Mail\"\""));
 }
 
 TEST_F(SearchLaunch, ShowingPastesThePlainNameAfterTwoSecondsAndPressesNoEnter)
 {
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 1, FALSE), S_OK);
-    EXPECT_EQ(journal, kOpenPane + kCopy + Steps{"sleep 2000"} + kPaste + Steps{"sleep 1000"} + kEnd);
+    Launch(1);
+    EXPECT_EQ(journal, kShow);
     EXPECT_THAT(pasted, ElementsAre("\"Mail\""));
     EXPECT_EQ(Enters(), 0u);
 }
@@ -38,10 +56,8 @@ TEST_F(SearchLaunch, ShowingWaitsAsLongAsTheSettingSaysBeforeTheClipboardIsClear
 {
     for (const DWORD wait : {0u, 7u, 60000u}) {
         Settings().SetDword(L"ClearClipboardWaitTime", wait);
-        journal.clear();
-        EXPECT_EQ(QanhLaunchBySearch(L"Mail", 1, FALSE), S_OK);
-        EXPECT_EQ(journal, kOpenPane + kCopy + Steps{"sleep 2000"} + kPaste +
-                               Steps{"sleep " + std::to_string(wait)} + kEnd);
+        Launch(1);
+        EXPECT_EQ(journal, ShowSteps(std::to_string(wait)));
     }
 }
 
@@ -49,50 +65,54 @@ TEST_F(SearchLaunch, TheSettingDoesNotConcernTheOtherModes)
 {
     Settings().SetDword(L"ClearClipboardWaitTime", 7);
     for (const DWORD mode : {0u, 2u}) {
-        journal.clear();
-        EXPECT_EQ(QanhLaunchBySearch(L"Mail", mode, FALSE), S_OK);
-        EXPECT_EQ(journal, kOpenPane + kCopy + kPaste + kEnter + kPaneGone + kEnd);
+        Launch(mode);
+        EXPECT_EQ(journal, kLaunch);
     }
 }
 
-TEST_F(SearchLaunch, PlainIfFoundPastesThePlainNameOfAnApplicationInTheCatalogue)
-{
-    AddDesktopApp(L"Mail");
-    EXPECT_EQ(QanhLaunchBySearch(L"mail", 2, TRUE), S_OK);
-    EXPECT_EQ(journal, kOpenPane + kCopy + kPaste + kEnter + kPaneGone + kEnd);
-    EXPECT_THAT(pasted, ElementsAre("\"mail\""));
-}
-
-TEST_F(SearchLaunch, PlainIfFoundPastesTheQueryOfAnUnknownApplication)
-{
-    AddDesktopApp(L"gmail");
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 2, TRUE), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"\"Mail\" NOT(\"gmail\")\""));
-}
-
-TEST_F(SearchLaunch, PlainIfFoundDoesNotAskTheCatalogueWithoutTheExcludeList)
-{
-    AddDesktopApp(L"Mail");
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 2, FALSE), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"\"Mail\"\""));
-}
-
-TEST_F(SearchLaunch, FoundApplicationIsStillQueriedInTheFirstMode)
-{
-    AddDesktopApp(L"Mail");
-    AddDesktopApp(L"gmail");
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, TRUE), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"\"Mail\" NOT(\"gmail\")\""));
-}
-
-TEST_F(SearchLaunch, ShowingExcludesNothing)
-{
-    AddDesktopApp(L"gmail");
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 1, TRUE), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"Mail\""));
-}
-
 // ---- the query ----
+
+struct QueryCase
+{
+    const char* name;
+    std::vector<std::wstring> catalogue; // desktop applications
+    DWORD mode;
+    BOOL usesExcludeList;
+    const wchar_t* application;
+    const wchar_t* pasted;
+};
+
+class SearchLaunchQuery : public SearchLaunch, public ::testing::WithParamInterface<QueryCase>
+{
+};
+
+TEST_P(SearchLaunchQuery, IsPasted)
+{
+    for (const std::wstring& name : GetParam().catalogue) {
+        AddDesktopApp(name);
+    }
+    ExpectPasted(GetParam().pasted, GetParam().mode, GetParam().usesExcludeList, GetParam().application);
+    EXPECT_EQ(journal, GetParam().mode == 1 ? kShow : kLaunch);
+}
+
+const QueryCase kQueries[] = {
+    {"PlainIfFound", {L"Mail"}, 2, TRUE, L"mail", L"mail"},
+    {"PlainIfFoundIsTheQueryOfAnUnknownOne", {L"gmail"}, 2, TRUE, L"Mail", L"\"Mail\" NOT(\"gmail\")"},
+    {"PlainIfFoundDoesNotAskTheCatalogueWithoutTheExcludeList", {L"Mail"}, 2, FALSE, L"Mail", L"\"Mail\""},
+    {"FoundInTheFirstMode", {L"Mail", L"gmail"}, 0, TRUE, L"Mail", L"\"Mail\" NOT(\"gmail\")"},
+    {"ShowingExcludesNothing", {L"gmail"}, 1, TRUE, L"Mail", L"Mail"},
+    {"NothingIsExcludedWithoutTheExcludeList", {L"gmail"}, 0, FALSE, L"Mail", L"\"Mail\""},
+    {"EveryValueButZeroAsksForTheExcludeList", {L"gmail"}, 0, -1, L"Mail", L"\"Mail\" NOT(\"gmail\")"},
+    {"NamesOfAnyLetters",
+     {L"\u30e1\u30fc\u30eb\u7bb1"},
+     0,
+     TRUE,
+     L"\u30e1\u30fc\u30eb",
+     L"\"\u30e1\u30fc\u30eb\" NOT(\"\u30e1\u30fc\u30eb\u7bb1\")"},
+};
+
+INSTANTIATE_TEST_SUITE_P(With, SearchLaunchQuery, ::testing::ValuesIn(kQueries),
+                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(SearchLaunch, ExcludedNamesComeInTheOrderOfTheCatalogue)
 {
@@ -100,52 +120,25 @@ TEST_F(SearchLaunch, ExcludedNamesComeInTheOrderOfTheCatalogue)
     AddStoreApp(L"mail box");
     AddDesktopApp(L"e-mail");
     AddDesktopApp(L"GMAIL mail"); // hit by its second word
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, 5), S_OK);
-    EXPECT_THAT(pasted,
-                ElementsAre("\"\"Mail\" NOT(\"mail box\" OR \"gmail\" OR \"e-mail\" OR \"GMAIL mail\")\""));
-}
-
-TEST_F(SearchLaunch, NothingIsExcludedWithoutTheExcludeList)
-{
-    AddDesktopApp(L"gmail");
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"\"Mail\"\""));
-}
-
-TEST_F(SearchLaunch, EveryValueButZeroAsksForTheExcludeList)
-{
-    AddDesktopApp(L"gmail");
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, -1), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"\"Mail\" NOT(\"gmail\")\""));
+    ExpectPasted(L"\"Mail\" NOT(\"mail box\" OR \"gmail\" OR \"e-mail\" OR \"GMAIL mail\")", 0, 5);
 }
 
 TEST_F(SearchLaunch, EachLaunchStartsWithAnEmptyExcludeList)
 {
     AddDesktopApp(L"gmail");
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, TRUE), S_OK);
-    journal.clear();
-    EXPECT_EQ(QanhLaunchBySearch(L"Music", 0, TRUE), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"\"Mail\" NOT(\"gmail\")\"", "\"\"Music\"\""));
-}
-
-TEST_F(SearchLaunch, NamesOfAnyLettersArePasted)
-{
-    AddDesktopApp(L"\u30e1\u30fc\u30eb\u7bb1");
-    EXPECT_EQ(QanhLaunchBySearch(L"\u30e1\u30fc\u30eb", 0, TRUE), S_OK);
-    EXPECT_THAT(pasted,
-                ElementsAre(test::ToUtf8(L"\"\"\u30e1\u30fc\u30eb\" NOT(\"\u30e1\u30fc\u30eb\u7bb1\")\"")));
+    ExpectPasted(L"\"Mail\" NOT(\"gmail\")", 0, TRUE);
+    ExpectPasted(L"\"Music\"", 0, TRUE, L"Music");
 }
 
 TEST_F(SearchLaunch, LongQueryIsPastedWhole)
 {
-    std::string expected;
+    std::wstring expected;
     for (int index = 0; index < 200; ++index) {
         const std::wstring name = L"mail " + std::to_wstring(index);
         AddDesktopApp(name);
-        expected += (index == 0 ? "\"" : " OR \"") + test::ToUtf8(name) + "\"";
+        expected += (index == 0 ? L"\"" : L" OR \"") + name + L"\"";
     }
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, TRUE), S_OK);
-    EXPECT_THAT(pasted, ElementsAre("\"\"Mail\" NOT(" + expected + ")\""));
+    ExpectPasted(L"\"Mail\" NOT(" + expected + L")", 0, TRUE);
 }
 
 // ---- until the pane is gone ----
@@ -154,7 +147,7 @@ TEST_F(SearchLaunch, PaneIsLookedAtTenTimesAndOnceMoreBeforeTheNextPaste)
 {
     // Open, ten looks and one more in front, then gone.
     isPaneInFront = [](std::size_t look) { return look <= 12; };
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
+    Launch(0);
     Steps tenLooks;
     for (int look = 0; look < 10; ++look) {
         tenLooks = tenLooks + Steps{"sleep 100", "look: pane"};
@@ -167,7 +160,7 @@ TEST_F(SearchLaunch, PaneIsLookedAtTenTimesAndOnceMoreBeforeTheNextPaste)
 TEST_F(SearchLaunch, PaneThatGoesAtTheLastLookIsGone)
 {
     isPaneInFront = [](std::size_t look) { return look <= 11; };
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
+    Launch(0);
     EXPECT_EQ(Pastes(), 1u);
     EXPECT_EQ(Looks(), 12u);
 }
@@ -175,7 +168,7 @@ TEST_F(SearchLaunch, PaneThatGoesAtTheLastLookIsGone)
 TEST_F(SearchLaunch, LooksEndAsSoonAsThePaneHasGone)
 {
     isPaneInFront = [](std::size_t look) { return look <= 4; };
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
+    Launch(0);
     EXPECT_EQ(Pastes(), 1u);
     EXPECT_EQ(Looks(), 6u); // the one that sees it gone, and the last one
 }
@@ -183,7 +176,7 @@ TEST_F(SearchLaunch, LooksEndAsSoonAsThePaneHasGone)
 TEST_F(SearchLaunch, PaneThatComesBackAtTheLastLookIsPastedIntoAgain)
 {
     isPaneInFront = [](std::size_t look) { return look == 1 || look == 3; };
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
+    Launch(0);
     const Steps comesBack = {"sleep 100", "look: no pane", "look: pane"};
     EXPECT_EQ(journal, kOpenPane + kCopy + kPaste + kEnter + comesBack + kPaste + kEnter + kPaneGone + kEnd);
 }
@@ -191,8 +184,8 @@ TEST_F(SearchLaunch, PaneThatComesBackAtTheLastLookIsPastedIntoAgain)
 TEST_F(SearchLaunch, NoWindowInFrontIsNoPane)
 {
     hasForeground = false;
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
-    EXPECT_EQ(journal, kOpenPane + kCopy + kPaste + kEnter + kPaneGone + kEnd);
+    Launch(0);
+    EXPECT_EQ(journal, kLaunch);
 }
 
 TEST_F(SearchLaunch, PastesForAsLongAsThePaneStaysInFront)
@@ -201,8 +194,7 @@ TEST_F(SearchLaunch, PastesForAsLongAsThePaneStaysInFront)
     constexpr std::size_t kRounds = 100; // each of ten looks and one more
     isPaneInFront = [](std::size_t look) { return look <= 1 + kRounds * 11; };
     for (const DWORD mode : {0u, 2u}) {
-        journal.clear();
-        EXPECT_EQ(QanhLaunchBySearch(L"Mail", mode, FALSE), S_OK);
+        Launch(mode);
         EXPECT_EQ(Pastes(), 1 + kRounds);
         EXPECT_EQ(Enters(), 1 + kRounds);
         EXPECT_EQ(Looks(), 1 + kRounds * 11 + 2);
@@ -214,7 +206,7 @@ TEST_F(SearchLaunch, PastesForAsLongAsThePaneStaysInFront)
 TEST_F(SearchLaunch, ClipboardIsEmptyAfterwards)
 {
     for (const DWORD mode : {0u, 1u, 2u}) {
-        EXPECT_EQ(QanhLaunchBySearch(L"Mail", mode, FALSE), S_OK);
+        Launch(mode);
         EXPECT_EQ(ReadClipboard(), "nothing");
         journal.clear();
     }
@@ -224,7 +216,7 @@ TEST_F(SearchLaunch, ShiftIsReleasedWithTheScanCodeOfTheMoment)
 {
     scanCodeOfShift = 0x36;
     readsClipboard = false;
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 1, FALSE), S_OK);
+    Launch(1);
     ASSERT_GE(journal.size(), 2u);
     EXPECT_EQ(journal[journal.size() - 2], "key 10 scan 36 flags 2 extra 77");
     EXPECT_EQ(journal.back(), "sleep 50");
@@ -233,7 +225,7 @@ TEST_F(SearchLaunch, ShiftIsReleasedWithTheScanCodeOfTheMoment)
 TEST_F(SearchLaunch, ClipboardThatCannotBeOpenedDoesNotStopTheLaunch)
 {
     opensClipboard = false;
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
+    Launch(0);
     const Steps end = {"OpenClipboard", "key 10 scan 2A flags 2 extra 77", "sleep 50"};
     EXPECT_EQ(journal, kOpenPane + Steps{"OpenClipboard"} + kPaste + kEnter + kPaneGone + end);
 }
@@ -242,7 +234,7 @@ TEST_F(SearchLaunch, PaneThatNeverComesIsPastedIntoAllTheSame)
 {
     readsClipboard = false;
     isPaneInFront = [](std::size_t) { return false; };
-    EXPECT_EQ(QanhLaunchBySearch(L"Mail", 0, FALSE), S_OK);
+    Launch(0);
     EXPECT_EQ(Looks(), 202u);
     EXPECT_EQ(Pastes(), 1u);
 }

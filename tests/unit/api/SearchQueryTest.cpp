@@ -1,60 +1,51 @@
 #include "api/SearchQuery.h"
 
-#include <gtest/gtest.h>
-
-#include <initializer_list>
-#include <string>
+#include "support/Test.h"
 
 namespace {
 
-std::wstring Query(const wchar_t* appName, std::initializer_list<const wchar_t*> excludedNames)
+struct QueryCase
+{
+    const char* name;
+    const wchar_t* application;
+    std::vector<const wchar_t*> excluded;
+    const wchar_t* query;
+};
+
+class SearchQuery : public ::testing::TestWithParam<QueryCase>
+{
+};
+
+TEST_P(SearchQuery, QuotesTheNameAndWhatIsExcluded)
 {
     ExcludeList excludeList;
-    for (const wchar_t* name : excludedNames) {
+    for (const wchar_t* name : GetParam().excluded) {
         EXPECT_EQ(excludeList.AddUnique(name), S_OK);
     }
-    return BuildSearchQuery(appName, excludeList);
+    EXPECT_EQ(BuildSearchQuery(GetParam().application, excludeList), GetParam().query);
 }
 
-TEST(SearchQuery, WithoutExcludedNamesIsTheQuotedName)
-{
-    EXPECT_EQ(Query(L"Mail", {}), L"\"Mail\"");
-}
+const QueryCase kQueries[] = {
+    {"NoExcludedName", L"Mail", {}, L"\"Mail\""},
+    {"OneExcludedName", L"Mail", {L"Gmail"}, L"\"Mail\" NOT(\"Gmail\")"},
+    {"TwoInTheirOrder", L"Mail", {L"Mail Box", L"Gmail"}, L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")"},
+    {"ThreeInTheirOrder",
+     L"Mail",
+     {L"Gmail", L"Mail Box", L"E-mail"},
+     L"\"Mail\" NOT(\"Gmail\" OR \"Mail Box\" OR \"E-mail\")"},
+    {"QuotesThatAreNotEscaped", L"a\"b", {L"\"", L"c)d"}, L"\"a\"b\" NOT(\"\"\" OR \"c)d\")"},
+    {"FormatsThatAreText", L"100%s", {L"%s %d", L"%"}, L"\"100%s\" NOT(\"%s %d\" OR \"%\")"},
+    {"AnyLetters",
+     L"\u30e1\u30fc\u30eb",
+     {L"\xd83d\xde00", L"\xd800"},
+     L"\"\u30e1\u30fc\u30eb\" NOT(\"\xd83d\xde00\" OR \"\xd800\")"},
+    {"AnEmptyExcludedName", L"Mail", {L"", L"Gmail"}, L"\"Mail\" NOT(\"\" OR \"Gmail\")"},
+};
 
-TEST(SearchQuery, OneExcludedNameStandsInANotClause)
-{
-    EXPECT_EQ(Query(L"Mail", {L"Gmail"}), L"\"Mail\" NOT(\"Gmail\")");
-}
+INSTANTIATE_TEST_SUITE_P(With, SearchQuery, ::testing::ValuesIn(kQueries),
+                         [](const auto& each) { return std::string(each.param.name); });
 
-TEST(SearchQuery, MoreExcludedNamesAreJoinedInTheirOrder)
-{
-    EXPECT_EQ(Query(L"Mail", {L"Mail Box", L"Gmail"}), L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")");
-    EXPECT_EQ(Query(L"Mail", {L"Gmail", L"Mail Box", L"E-mail"}),
-              L"\"Mail\" NOT(\"Gmail\" OR \"Mail Box\" OR \"E-mail\")");
-}
-
-TEST(SearchQuery, QuotesInNamesAreNotEscaped)
-{
-    EXPECT_EQ(Query(L"a\"b", {L"\"", L"c)d"}), L"\"a\"b\" NOT(\"\"\" OR \"c)d\")");
-}
-
-TEST(SearchQuery, FormatsInNamesAreText)
-{
-    EXPECT_EQ(Query(L"100%s", {L"%s %d", L"%"}), L"\"100%s\" NOT(\"%s %d\" OR \"%\")");
-}
-
-TEST(SearchQuery, NamesMayHoldAnyLetters)
-{
-    EXPECT_EQ(Query(L"\u30e1\u30fc\u30eb", {L"\xd83d\xde00", L"\xd800"}),
-              L"\"\u30e1\u30fc\u30eb\" NOT(\"\xd83d\xde00\" OR \"\xd800\")");
-}
-
-TEST(SearchQuery, EmptyNameInTheListIsAnEntryLikeAnyOther)
-{
-    EXPECT_EQ(Query(L"Mail", {L"", L"Gmail"}), L"\"Mail\" NOT(\"\" OR \"Gmail\")");
-}
-
-TEST(SearchQuery, HasNoLimits)
+TEST(SearchQueryLimits, AreNone)
 {
     ExcludeList excludeList;
     std::wstring expected;

@@ -4,12 +4,11 @@
 #include "catalog/ExcludeList.h"
 #include "support/FakeShell.h"
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <cstdlib>
 #include <memory>
 #include <process.h>
-#include <utility>
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "common/Arguments.h"
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 namespace {
 

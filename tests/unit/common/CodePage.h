@@ -1,8 +1,6 @@
 #pragma once
 
-#include "support/ImportPatch.h"
-
-#include <windows.h>
+#include "support/Test.h"
 
 namespace test {
 

@@ -3,87 +3,66 @@
 #include "common/DiagnosticLog.h"
 
 #include "support/HostExecutable.h"
-#include "support/LogCapture.h"
 #include "support/OtherProcess.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 #include "unit/common/FileCalls.h"
 #include "unit/common/InvalidParameter.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 namespace {
 
-using test::FileCalls;
-using test::HostExecutable;
-using ::testing::ElementsAre;
+using namespace test;
 
-// A process in which the path has never been composed: it starts the log in the folder of the argument, with
-// a cause for the composing to fail. The exit code is 100 for a path that could not be composed, plus 1 for
-// each line that was written.
-int WriteWithDefaultPath(const test::Part::Context& context)
+// A process in which the path has never been composed, with the current directory of the argument: it
+// switches the log on, after it has tried to compose its path, when it is told to. Its exit code is 100 when
+// that failed, or a line was written before, plus 1 for each of two lines that was written.
+int WriteWithDefaultPath(const Part::Context& context, bool composes)
 {
     SetCurrentDirectoryW(context.Argument().c_str());
+    const int off = DiagnosticLog::WriteLine("zero\r\n"); // off at start
     DiagnosticLog::SetEnabled(true);
-    const int composed = DiagnosticLog::ComposePath();
-    int result = composed == 0 ? 100 : 0;
+    int result = composes ? (DiagnosticLog::ComposePath() == 0 ? 100 : 0) : off * 100;
     result += DiagnosticLog::WriteLine("one\r\n") != 0 ? 1 : 0;
     result += DiagnosticLog::WriteLine("two\r\n") != 0 ? 1 : 0;
     return result;
 }
 
-const test::Part g_withoutLocalAppData(L"LogWithoutLocalAppData", [](const test::Part::Context& context) {
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", nullptr);
-    return WriteWithDefaultPath(context);
+const Part g_withoutLocalAppData(L"LogWithoutLocalAppData", [](const Part::Context& context) {
+    const ScopedEnvironment environment(L"LOCALAPPDATA", nullptr);
+    return WriteWithDefaultPath(context, true);
 });
-
-const test::Part g_withoutExecutablePath(L"LogWithoutExecutablePath", [](const test::Part::Context& context) {
+const Part g_withoutExecutablePath(L"LogWithoutExecutablePath", [](const Part::Context& context) {
     HostExecutable host(L"");
-    host.FailNext(test::HostExecutable::kAlways);
-    return WriteWithDefaultPath(context);
+    host.FailNext(HostExecutable::kAlways);
+    return WriteWithDefaultPath(context, true);
 });
+const Part g_switchedOn(L"LogWithoutComposing",
+                        [](const Part::Context& context) { return WriteWithDefaultPath(context, false); });
 
-const test::Part g_switchedOn(L"LogWithoutComposing", [](const test::Part::Context& context) {
-    SetCurrentDirectoryW(context.Argument().c_str());
-    const int off = DiagnosticLog::WriteLine("zero\r\n"); // off at start
-    DiagnosticLog::SetEnabled(true);
-    return off * 100 + (DiagnosticLog::WriteLine("one\r\n") != 0 ? 1 : 0);
-});
-
-std::string LogIn(const test::TemporaryFolder& folder)
+std::string LogIn(const TemporaryFolder& folder)
 {
     const std::wstring file = folder / L"QanHelperLog.txt";
-    return test::Exists(file) ? test::WithoutTimeStamps(test::ReadFileBytes(file)) : "no file";
+    return Exists(file) ? WithoutTimeStamps(ReadFileBytes(file)) : "no file";
 }
 
-TEST(DiagnosticLogPath, WithoutLocalAppDataIsTheBareNameInTheCurrentDirectory)
+class BareLogPath : public ::testing::TestWithParam<const wchar_t*>
 {
-    const test::TemporaryFolder folder;
-    EXPECT_EQ(test::OtherProcess(L"LogWithoutLocalAppData", folder.Path()).End(), 102u);
+};
+
+TEST_P(BareLogPath, IsTheNameInTheCurrentDirectory)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(OtherProcess(GetParam(), folder.Path()).End(), 102u);
     EXPECT_EQ(LogIn(folder), "one\r\ntwo\r\n");
 }
 
-TEST(DiagnosticLogPath, WithoutTheExecutablesPathIsTheBareNameInTheCurrentDirectory)
-{
-    const test::TemporaryFolder folder;
-    EXPECT_EQ(test::OtherProcess(L"LogWithoutExecutablePath", folder.Path()).End(), 102u);
-    EXPECT_EQ(LogIn(folder), "one\r\ntwo\r\n");
-}
-
-TEST(DiagnosticLogPath, BeforeComposingIsTheBareNameAndTheLogIsOff)
-{
-    const test::TemporaryFolder folder;
-    EXPECT_EQ(test::OtherProcess(L"LogWithoutComposing", folder.Path()).End(), 101u);
-    EXPECT_EQ(LogIn(folder), "one\r\n");
-}
+INSTANTIATE_TEST_SUITE_P(Of, BareLogPath,
+                         ::testing::Values(L"LogWithoutLocalAppData", L"LogWithoutExecutablePath",
+                                           L"LogWithoutComposing"));
 
 // The path under which the log is opened, for a host's executable and a value of LOCALAPPDATA.
 std::wstring PathFor(const std::wstring& localAppData, const std::wstring& executable)
 {
     const HostExecutable host(executable);
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", localAppData.c_str());
+    const ScopedEnvironment environment(L"LOCALAPPDATA", localAppData.c_str());
     EXPECT_EQ(DiagnosticLog::ComposePath(), 1);
     FileCalls calls;
     calls.failsToOpen = true;
@@ -93,38 +72,42 @@ std::wstring PathFor(const std::wstring& localAppData, const std::wstring& execu
     return calls.paths.empty() ? L"" : calls.paths.front();
 }
 
-TEST(DiagnosticLogPath, HoldsADoubledSeparatorBeforeTheHostName)
+struct PathCase
 {
-    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\Launcher.exe"),
-              L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+    const char* name;
+    const wchar_t* localAppData;
+    const wchar_t* executable;
+    const wchar_t* path;
+};
+
+class LogPath : public ::testing::TestWithParam<PathCase>
+{
+};
+
+TEST_P(LogPath, IsMadeOfLocalAppDataAndTheHostName)
+{
+    EXPECT_EQ(PathFor(GetParam().localAppData, GetParam().executable), GetParam().path);
 }
 
-TEST(DiagnosticLogPath, HostNameEndsAtItsFirstDot)
-{
-    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\a.b.exe"),
-              L"C:\\Local\\Vel\\QanHelper\\\\a\\QanHelperLog.txt");
-    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\Launcher"),
-              L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
-    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\.exe"), L"C:\\Local\\Vel\\QanHelper\\\\\\QanHelperLog.txt");
-}
+const PathCase kPaths[] = {
+    {"DoubledSeparatorBeforeTheHostName", L"C:\\Local", L"C:\\Tools\\Launcher.exe",
+     L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
+    {"HostNameUpToItsFirstDot", L"C:\\Local", L"C:\\Tools\\a.b.exe",
+     L"C:\\Local\\Vel\\QanHelper\\\\a\\QanHelperLog.txt"},
+    {"HostNameWithoutADot", L"C:\\Local", L"C:\\Tools\\Launcher",
+     L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
+    {"HostNameOfADotOnly", L"C:\\Local", L"C:\\Tools\\.exe",
+     L"C:\\Local\\Vel\\QanHelper\\\\\\QanHelperLog.txt"},
+    {"DotsInFoldersStay", L"C:\\Local.x", L"C:\\v1.2\\Launcher.exe",
+     L"C:\\Local.x\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
+    {"BackslashAtTheEndOfLocalAppDataStays", L"C:\\Local\\", L"C:\\Tools\\Launcher.exe",
+     L"C:\\Local\\\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
+    {"AnyLetters", L"C:\\\u30e1\u30fc\u30eb", L"C:\\Tools\\\u0436\xd83d\xde00.exe",
+     L"C:\\\u30e1\u30fc\u30eb\\Vel\\QanHelper\\\\\u0436\xd83d\xde00\\QanHelperLog.txt"},
+};
 
-TEST(DiagnosticLogPath, DotsInFoldersStay)
-{
-    EXPECT_EQ(PathFor(L"C:\\Local.x", L"C:\\v1.2\\Launcher.exe"),
-              L"C:\\Local.x\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
-}
-
-TEST(DiagnosticLogPath, BackslashAtTheEndOfLocalAppDataStays)
-{
-    EXPECT_EQ(PathFor(L"C:\\Local\\", L"C:\\Tools\\Launcher.exe"),
-              L"C:\\Local\\\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
-}
-
-TEST(DiagnosticLogPath, MayHoldAnyLetters)
-{
-    EXPECT_EQ(PathFor(L"C:\\\u30e1\u30fc\u30eb", L"C:\\Tools\\\u0436\xd83d\xde00.exe"),
-              L"C:\\\u30e1\u30fc\u30eb\\Vel\\QanHelper\\\\\u0436\xd83d\xde00\\QanHelperLog.txt");
-}
+INSTANTIATE_TEST_SUITE_P(With, LogPath, ::testing::ValuesIn(kPaths),
+                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST(DiagnosticLogPath, IsComposedAnewEveryTime)
 {
@@ -152,10 +135,10 @@ TEST(DiagnosticLogPath, TakesUpTo259Characters)
 // C runtime does not mind at all, the log stays where it was.
 TEST(DiagnosticLogPath, OfMoreCharactersLeavesTheLogWhereItWas)
 {
-    const test::InvalidParameterHandler handler;
-    const test::LogCapture log;
+    const InvalidParameterHandler handler;
+    const LogCapture log;
     for (const std::size_t characters : {260u, 261u, 262u, 270u, 290u}) {
-        const test::ScopedEnvironment environment(L"LOCALAPPDATA", LocalAppDataFor(characters).c_str());
+        const ScopedEnvironment environment(L"LOCALAPPDATA", LocalAppDataFor(characters).c_str());
         const HostExecutable host(L"C:\\a.exe");
         EXPECT_EQ(DiagnosticLog::ComposePath(), 0) << characters;
     }
@@ -165,8 +148,8 @@ TEST(DiagnosticLogPath, OfMoreCharactersLeavesTheLogWhereItWas)
 
 TEST(DiagnosticLogPath, LocalAppDataOf260CharactersCannotBeRead)
 {
-    const test::LogCapture log;
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", std::wstring(260, L'x').c_str());
+    const LogCapture log;
+    const ScopedEnvironment environment(L"LOCALAPPDATA", std::wstring(260, L'x').c_str());
     EXPECT_EQ(DiagnosticLog::ComposePath(), 0);
     DiagnosticLog::WriteLine("x\r\n");
     EXPECT_THAT(log.Lines(), ElementsAre("x"));
@@ -174,19 +157,19 @@ TEST(DiagnosticLogPath, LocalAppDataOf260CharactersCannotBeRead)
 
 TEST(DiagnosticLogPath, ComposingMakesNoFolderAndLinesAreLostUntilThereIsOne)
 {
-    const test::TemporaryFolder local;
+    const TemporaryFolder local;
     const HostExecutable host(L"C:\\Tools\\Launcher.exe");
-    const test::ScopedEnvironment environment(L"LOCALAPPDATA", local.Path().c_str());
+    const ScopedEnvironment environment(L"LOCALAPPDATA", local.Path().c_str());
     EXPECT_EQ(DiagnosticLog::ComposePath(), 1);
     DiagnosticLog::SetEnabled(true);
     EXPECT_EQ(DiagnosticLog::WriteLine("lost\r\n"), 0);
-    EXPECT_FALSE(test::Exists(local / L"Vel"));
-    test::MakeFolder(local / L"Vel\\QanHelper\\Launcher");
+    EXPECT_FALSE(Exists(local / L"Vel"));
+    MakeFolder(local / L"Vel\\QanHelper\\Launcher");
     EXPECT_NE(DiagnosticLog::WriteLine("kept\r\n"), 0);
     DiagnosticLog::SetEnabled(false);
     const std::wstring file = local / L"Vel\\QanHelper\\Launcher\\QanHelperLog.txt";
-    ASSERT_TRUE(test::Exists(file));
-    EXPECT_EQ(test::WithoutTimeStamps(test::ReadFileBytes(file)), "kept\r\n");
+    ASSERT_TRUE(Exists(file));
+    EXPECT_EQ(WithoutTimeStamps(ReadFileBytes(file)), "kept\r\n");
 }
 
 } // namespace

@@ -1,13 +1,6 @@
 #pragma once
 
-#include "support/ImportPatch.h"
-#include "support/Text.h"
-
-#include <windows.h>
-
-#include <cstring>
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 namespace test {
 
@@ -17,81 +10,66 @@ namespace test {
 class FileCalls
 {
 public:
-    FileCalls()
-        : m_create("CreateFileW", Create), m_seek("SetFilePointer", Seek), m_write("WriteFile", Write),
-          m_close("CloseHandle", Close), m_clock("GetLocalTime", TellTime)
-    {
-        s_current = this;
-    }
-    ~FileCalls() { s_current = nullptr; }
-    FileCalls(const FileCalls&) = delete;
-    FileCalls& operator=(const FileCalls&) = delete;
-
     std::vector<std::string> journal;
     std::vector<std::wstring> paths; // of the files that were asked for
     bool failsToOpen = false;
     int failingWrite = 0; // 1 is the first
 
 private:
-    static void Note(const std::string& call) { s_current->journal.push_back(call); }
-
-    static HANDLE WINAPI Create(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
-                                DWORD disposition, DWORD flags, HANDLE pattern)
+    HANDLE Create(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                  DWORD disposition, DWORD flags, HANDLE pattern)
     {
-        s_current->paths.emplace_back(path);
+        paths.emplace_back(path);
         const bool isAsItMustBe = access == GENERIC_WRITE && share == (FILE_SHARE_READ | FILE_SHARE_WRITE) &&
                                   !security && disposition == OPEN_ALWAYS && flags == FILE_ATTRIBUTE_NORMAL &&
                                   !pattern;
-        Note(isAsItMustBe ? "open for appending" : "open in another way");
-        if (s_current->failsToOpen) {
+        journal.push_back(isAsItMustBe ? "open for appending" : "open in another way");
+        if (failsToOpen) {
             SetLastError(ERROR_SHARING_VIOLATION);
             return INVALID_HANDLE_VALUE;
         }
-        s_current->m_file =
-            s_current->m_create.Original()(path, access, share, security, disposition, flags, pattern);
-        return s_current->m_file;
+        return m_file = m_create.Original(path, access, share, security, disposition, flags, pattern);
     }
-    static DWORD WINAPI Seek(HANDLE file, LONG low, LONG* high, DWORD method)
+    BOOL Write(HANDLE file, const void* bytes, DWORD size, DWORD* written, OVERLAPPED* overlapped)
     {
-        const bool isEnd = file == s_current->m_file && low == 0 && !high && method == FILE_END;
-        Note(isEnd ? "seek the end" : "seek something else");
-        return s_current->m_seek.Original()(file, low, high, method);
-    }
-    static BOOL WINAPI Write(HANDLE file, const void* bytes, DWORD size, DWORD* written,
-                             OVERLAPPED* overlapped)
-    {
-        if (file != s_current->m_file) {
-            return s_current->m_write.Original()(file, bytes, size, written, overlapped);
+        if (file == m_file) {
+            journal.push_back("write " + std::string(static_cast<const char*>(bytes), size));
+            if (++m_writes == failingWrite) {
+                SetLastError(ERROR_DISK_FULL);
+                return FALSE;
+            }
         }
-        Note("write " + std::string(static_cast<const char*>(bytes), size));
-        if (++s_current->m_writes == s_current->failingWrite) {
-            SetLastError(ERROR_DISK_FULL);
-            return FALSE;
-        }
-        return s_current->m_write.Original()(file, bytes, size, written, overlapped);
-    }
-    static BOOL WINAPI Close(HANDLE handle)
-    {
-        if (handle == s_current->m_file) {
-            Note("close");
-            SetLastError(ERROR_INVALID_HANDLE); // to see that it is not passed on
-        }
-        return s_current->m_close.Original()(handle);
-    }
-    static void WINAPI TellTime(SYSTEMTIME* time)
-    {
-        Note("look at the clock");
-        *time = SYSTEMTIME{2014, 3, 6, 1, 9, 5, 7, 42};
+        return m_write.Original(file, bytes, size, written, overlapped);
     }
 
-    static inline FileCalls* s_current = nullptr;
-    ImportPatch<decltype(&CreateFileW)> m_create;
-    ImportPatch<decltype(&SetFilePointer)> m_seek;
-    ImportPatch<decltype(&WriteFile)> m_write;
-    ImportPatch<decltype(&CloseHandle)> m_close;
-    ImportPatch<decltype(&GetLocalTime)> m_clock;
     HANDLE m_file = nullptr;
     int m_writes = 0;
+    CapturingPatch<decltype(&CreateFileW)> m_create{
+        "CreateFileW", [this](const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                              DWORD disposition, DWORD flags, HANDLE pattern) {
+            return Create(path, access, share, security, disposition, flags, pattern);
+        }};
+    NotingPatch<decltype(&SetFilePointer)> m_seek{
+        "SetFilePointer", journal, [this](HANDLE file, LONG low, LONG* high, DWORD method) {
+            const bool isEnd = file == m_file && low == 0 && !high && method == FILE_END;
+            return std::string(isEnd ? "seek the end" : "seek something else");
+        }};
+    CapturingPatch<decltype(&WriteFile)> m_write{
+        "WriteFile",
+        [this](HANDLE file, const void* bytes, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
+            return Write(file, bytes, size, written, overlapped);
+        }};
+    NotingPatch<decltype(&CloseHandle)> m_close{
+        "CloseHandle", journal, [this](HANDLE handle) {
+            if (handle == m_file) {
+                SetLastError(ERROR_INVALID_HANDLE); // to see that it is not passed on
+            }
+            return std::string(handle == m_file ? "close" : "");
+        }};
+    CapturingPatch<decltype(&GetLocalTime)> m_clock{"GetLocalTime", [this](SYSTEMTIME* time) {
+                                                        journal.push_back("look at the clock");
+                                                        *time = SYSTEMTIME{2014, 3, 6, 1, 9, 5, 7, 42};
+                                                    }};
 };
 
 } // namespace test

@@ -1,8 +1,10 @@
 #include "common/FormatText.h"
 
-#include <gtest/gtest.h>
+#include "support/Allocations.h"
 
-#include <string>
+#include "support/Test.h"
+
+#include <new>
 
 namespace {
 
@@ -12,11 +14,19 @@ TEST(FormatText, ArgumentsTakeTheirPlacesInOrder)
     EXPECT_EQ(FormatText(L" NOT(%s)", {L"\"a\""}), L" NOT(\"a\")");
     EXPECT_EQ(FormatText(L"%s", {L""}), L"");
     EXPECT_EQ(FormatText(L"nothing", {}), L"nothing");
+    EXPECT_EQ(FormatText(L"%s%s", {L"a", L"b"}), L"ab");
+    EXPECT_EQ(FormatText(L"%s-%s", {L"a", L"b"}), L"a-b");
+    EXPECT_EQ(FormatText(L"@{%s?ms-resource://%s/%s}", {L"F", L"N", L"key"}), L"@{F?ms-resource://N/key}");
 }
 
-TEST(FormatText, ArgumentsAreTextAndNoFormats)
+TEST(FormatText, EverythingElseIsText)
 {
-    EXPECT_EQ(FormatText(L"<%s|%s>", {L"%s %d %n", L"100%"}), L"<%s %d %n|100%>");
+    EXPECT_EQ(FormatText(L"<%s|%s>", {L"%s %d %n", L"100%"}), L"<%s %d %n|100%>") << "in arguments";
+    EXPECT_EQ(FormatText(L"100% %d %S %s", {L"a"}), L"100% %d %S a");
+    EXPECT_EQ(FormatText(L"  %s  ", {L" a "}), L"   a   ");
+    EXPECT_EQ(FormatText(L"a%sb%sc", {L"", L""}), L"abc");
+    EXPECT_EQ(FormatText(L"", {}), L"");
+    EXPECT_EQ(FormatText(L"\u30e1%s", {L"\xD83D \x5929"}), L"\u30e1\xD83D \x5929") << "halves of pairs";
 }
 
 TEST(FormatText, ArgumentsMayBeOfAnyLength)
@@ -25,11 +35,35 @@ TEST(FormatText, ArgumentsMayBeOfAnyLength)
     EXPECT_EQ(FormatText(L"\"%s\"", {text}), L"\"" + text + L"\"");
 }
 
-TEST(FormatText, LowerCaseIsThatOfTheLatinLettersOnly)
+TEST(FormatText, WithoutMemoryIsRaised)
 {
+    const std::wstring longText(1000, L'x');
+    bool raised = false;
+    {
+        const test::AllocationWatch watch(0);
+        try {
+            (void)FormatText(L"%s", {longText});
+        } catch (const std::bad_alloc&) {
+            raised = true;
+        }
+    }
+    EXPECT_TRUE(raised);
+}
+
+TEST(LowerCase, ChangesNothingButLatinLetters)
+{
+    EXPECT_EQ(ToLowerCase(L"ABCXYZ abcxyz 0129 @[`{"), L"abcxyz abcxyz 0129 @[`{");
     EXPECT_EQ(ToLowerCase(L"Microsoft.OFFICE_8WEKY\u00c9\u0416\uff21"),
               L"microsoft.office_8weky\u00c9\u0416\uff21");
+    // The I with a dot and the Kelvin sign, which other rules make Latin letters of.
+    EXPECT_EQ(ToLowerCase(L"\u0130\u212a"), L"\u0130\u212a");
+    EXPECT_EQ(ToLowerCase(L"A\xDC00\xD800Z"), L"a\xDC00\xD800z") << "halves of pairs";
+}
+
+TEST(LowerCase, TakesTextsOfAnyLength)
+{
     EXPECT_EQ(ToLowerCase(L""), L"");
+    EXPECT_EQ(ToLowerCase(std::wstring(100000, L'A')), std::wstring(100000, L'a'));
 }
 
 } // namespace

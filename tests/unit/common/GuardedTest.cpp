@@ -2,13 +2,11 @@
 
 #include "support/LockWatch.h"
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <atomic>
-#include <optional>
 #include <thread>
 #include <type_traits>
-#include <utility>
 
 namespace {
 

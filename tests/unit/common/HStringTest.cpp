@@ -1,15 +1,8 @@
 #include "common/HString.h"
 
-#include "support/ImportPatch.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
+#include "support/Test.h"
 
 namespace {
-
-using ::testing::ElementsAre;
 
 TEST(HString, IsEmptyAtFirst)
 {
@@ -24,31 +17,26 @@ TEST(HString, HoldsWhatAGetterHandsOut)
     WindowsCreateString(L"Contoso \u5929", 9, text.Put());
     EXPECT_STREQ(text.c_str(), L"Contoso \u5929");
     EXPECT_EQ(WindowsGetStringLen(text.Get()), 9u);
-}
-
-TEST(HString, HoldsAnEmptyText)
-{
-    HString text;
-    WindowsCreateString(L"", 0, text.Put());
-    EXPECT_STREQ(text.c_str(), L"");
+    HString empty;
+    WindowsCreateString(L"", 0, empty.Put());
+    EXPECT_STREQ(empty.c_str(), L"");
 }
 
 TEST(HString, ReleasesItsStringOnce)
 {
-    static std::vector<HSTRING> s_released;
-    s_released.clear();
+    std::vector<HSTRING> released;
     HSTRING handedOut = nullptr;
     {
-        const test::ImportPatch<decltype(&WindowsDeleteString)> patch("WindowsDeleteString",
-                                                                      [](HSTRING string) -> HRESULT {
-                                                                          s_released.push_back(string);
-                                                                          return S_OK;
-                                                                      });
+        const test::CapturingPatch<decltype(&WindowsDeleteString)> patch("WindowsDeleteString",
+                                                                         [&](HSTRING string) {
+                                                                             released.push_back(string);
+                                                                             return S_OK;
+                                                                         });
         HString text;
         WindowsCreateString(L"text", 4, text.Put());
         handedOut = text.Get();
     }
-    EXPECT_THAT(s_released, ElementsAre(handedOut));
+    EXPECT_THAT(released, ::testing::ElementsAre(handedOut));
     WindowsDeleteString(handedOut);
 }
 

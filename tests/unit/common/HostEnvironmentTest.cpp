@@ -1,98 +1,96 @@
 #include "common/HostEnvironment.h"
 
 #include "support/HostExecutable.h"
-#include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <cwchar>
-#include <string>
 
 namespace {
 
-using test::HostExecutable;
+using namespace test;
 
 constexpr wchar_t kVariable[] = L"QANH_UNIT_TEST";
 
-TEST(HostEnvironment, VariableIsRead)
+class HostEnvironment : public ::testing::Test
 {
-    const test::ScopedEnvironment environment(kVariable, L"C:\\\u30e1\u30fc\u30eb \xd83d\xde00");
-    wchar_t value[MAX_PATH];
-    EXPECT_TRUE(ReadEnvironmentVariable(kVariable, value));
-    EXPECT_STREQ(value, L"C:\\\u30e1\u30fc\u30eb \xd83d\xde00");
+protected:
+    bool Read() { return ReadEnvironmentVariable(kVariable, m_value); }
+    // Of a variable with this value.
+    bool ReadOf(const std::wstring& value)
+    {
+        const ScopedEnvironment environment(kVariable, value.c_str());
+        return Read();
+    }
+
+    wchar_t m_value[MAX_PATH] = L"before";
+};
+
+TEST_F(HostEnvironment, VariableIsRead)
+{
+    EXPECT_TRUE(ReadOf(L"C:\\\u30e1\u30fc\u30eb \xd83d\xde00"));
+    EXPECT_STREQ(m_value, L"C:\\\u30e1\u30fc\u30eb \xd83d\xde00");
 }
 
-TEST(HostEnvironment, AbsentVariableIsNotRead)
+TEST_F(HostEnvironment, AbsentVariableIsNotRead)
 {
-    const test::ScopedEnvironment environment(kVariable, nullptr);
-    wchar_t value[MAX_PATH] = L"before";
-    EXPECT_FALSE(ReadEnvironmentVariable(kVariable, value));
+    const ScopedEnvironment environment(kVariable, nullptr);
+    EXPECT_FALSE(Read());
 }
 
 // Of an empty variable and of an absent one the platform gives the same length; the last error tells them
 // apart.
-TEST(HostEnvironment, EmptyVariableIsReadWhateverTheLastErrorWas)
+TEST_F(HostEnvironment, EmptyVariableIsReadWhateverTheLastErrorWas)
 {
-    const test::ScopedEnvironment environment(kVariable, L"");
-    wchar_t value[MAX_PATH] = L"before";
+    const ScopedEnvironment environment(kVariable, L"");
     SetLastError(ERROR_ENVVAR_NOT_FOUND);
-    EXPECT_TRUE(ReadEnvironmentVariable(kVariable, value));
-    EXPECT_STREQ(value, L"");
+    EXPECT_TRUE(Read());
+    EXPECT_STREQ(m_value, L"");
 }
 
-TEST(HostEnvironment, VariableIsReadAsThePlatformHasItNow)
+TEST_F(HostEnvironment, VariableIsReadAsThePlatformHasItNow)
 {
-    const test::ScopedEnvironment environment(kVariable, L"first");
-    wchar_t value[MAX_PATH];
-    ASSERT_TRUE(ReadEnvironmentVariable(kVariable, value));
+    const ScopedEnvironment environment(kVariable, L"first");
+    ASSERT_TRUE(Read());
     // The C runtime does not see this.
     SetEnvironmentVariableW(kVariable, L"second");
-    EXPECT_TRUE(ReadEnvironmentVariable(kVariable, value));
-    EXPECT_STREQ(value, L"second");
+    EXPECT_TRUE(Read());
+    EXPECT_STREQ(m_value, L"second");
 }
 
-TEST(HostEnvironment, VariableMayHave259Characters)
+TEST_F(HostEnvironment, VariableMayHave259Characters)
 {
-    wchar_t value[MAX_PATH];
-    {
-        const test::ScopedEnvironment environment(kVariable, std::wstring(259, L'x').c_str());
-        EXPECT_TRUE(ReadEnvironmentVariable(kVariable, value));
-        EXPECT_EQ(std::wstring(value), std::wstring(259, L'x'));
-    }
+    EXPECT_TRUE(ReadOf(std::wstring(259, L'x')));
+    EXPECT_EQ(std::wstring(m_value), std::wstring(259, L'x'));
     for (const std::size_t length : {260u, 261u, 1000u}) {
-        const test::ScopedEnvironment environment(kVariable, std::wstring(length, L'x').c_str());
-        EXPECT_FALSE(ReadEnvironmentVariable(kVariable, value)) << length;
+        EXPECT_FALSE(ReadOf(std::wstring(length, L'x'))) << length;
     }
 }
 
-TEST(HostEnvironment, ExecutableIsTheProcessImage)
+TEST_F(HostEnvironment, ExecutableIsTheProcessImage)
 {
-    wchar_t path[MAX_PATH];
-    ASSERT_TRUE(GetHostExecutablePath(path));
+    ASSERT_TRUE(GetHostExecutablePath(m_value));
     wchar_t expected[MAX_PATH];
     GetModuleFileNameW(GetModuleHandleW(nullptr), expected, MAX_PATH);
-    EXPECT_STREQ(path, expected);
+    EXPECT_STREQ(m_value, expected);
 }
 
-TEST(HostEnvironment, ExecutableThatCannotBeHad)
+TEST_F(HostEnvironment, ExecutableThatCannotBeHad)
 {
     HostExecutable host(L"C:\\Tools\\Launcher.exe");
     host.FailNext(1);
-    wchar_t path[MAX_PATH];
-    EXPECT_FALSE(GetHostExecutablePath(path));
+    EXPECT_FALSE(GetHostExecutablePath(m_value));
 }
 
-TEST(HostEnvironment, ExecutableWithALongPathIsCutAndTerminated)
+TEST_F(HostEnvironment, ExecutableWithALongPathIsCutAndTerminated)
 {
     HostExecutable host(L"C:\\" + std::wstring(300, L'x') + L".exe");
-    wchar_t path[MAX_PATH];
-    ASSERT_TRUE(GetHostExecutablePath(path));
-    EXPECT_EQ(std::wcslen(path), 259u);
+    ASSERT_TRUE(GetHostExecutablePath(m_value));
+    EXPECT_EQ(std::wcslen(m_value), 259u);
     host.LeaveTerminatorOut();
-    std::wmemset(path, L'?', MAX_PATH);
-    ASSERT_TRUE(GetHostExecutablePath(path));
-    EXPECT_EQ(path[MAX_PATH - 1], L'\0');
-    EXPECT_EQ(std::wcslen(path), 259u);
+    std::wmemset(m_value, L'?', MAX_PATH);
+    ASSERT_TRUE(GetHostExecutablePath(m_value));
+    EXPECT_EQ(m_value[MAX_PATH - 1], L'\0');
+    EXPECT_EQ(std::wcslen(m_value), 259u);
 }
 
 // The host name with its backslash, and what became of the path.

@@ -1,26 +1,16 @@
 #include "common/NarrowFormat.h"
 
 #include "support/Allocations.h"
-#include "support/ImportPatch.h"
 #include "unit/common/CodePage.h"
 #include "unit/common/InvalidParameter.h"
 
-#include <gmock/gmock.h>
-
-#include <windows.h>
-
-#include <algorithm>
 #include <clocale>
 #include <cstdarg>
 #include <cstring>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::CodePage;
-using ::testing::AnyOf;
-using ::testing::ElementsAre;
+using namespace test;
 
 constexpr UINT kJapanese = 932;
 constexpr UINT kWestern = 1252;
@@ -42,15 +32,6 @@ std::string FormatInto(std::size_t size, const char* format, va_list arguments)
     return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
 
-std::string Format(const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    std::string text = FormatInto(kLargestMessage, format, arguments);
-    va_end(arguments);
-    return text;
-}
-
 std::string FormatSized(std::size_t size, const char* format, ...)
 {
     va_list arguments;
@@ -58,6 +39,11 @@ std::string FormatSized(std::size_t size, const char* format, ...)
     std::string text = FormatInto(size, format, arguments);
     va_end(arguments);
     return text;
+}
+
+template <typename... Arguments> std::string Format(const char* format, Arguments... arguments)
+{
+    return FormatSized(kLargestMessage, format, arguments...);
 }
 
 std::wstring Repeated(std::wstring_view text, std::size_t times)
@@ -99,63 +85,49 @@ TEST(NarrowFormat, NullStringsPrintAsSuch)
     EXPECT_THAT(Format("%S|%s|%d|%S", wide, narrow, 3, kUnmappable), testing::StartsWith("(null)|(null)|3|"));
 }
 
-TEST(NarrowFormat, LettersOfTheSystemCodePagePass)
+struct Conversion
 {
-    {
-        const CodePage western(kWestern);
-        EXPECT_EQ(Format("%S", L"Caf\u00e9 \u20ac \u201c\u0178\u201d"), "Caf\xe9 \x80 \x93\x9f\x94");
-    }
-    {
-        const CodePage japanese(kJapanese);
-        EXPECT_EQ(Format("%S", L"\u30e1\u30fc\u30eb"), "\x83\x81\x81\x5b\x83\x8b");
-        EXPECT_EQ(Format("%S", L"\u30bd\uff71x"), "\x83\x5c\xb1x"); // two bytes, one byte, ASCII
-    }
-    {
-        const CodePage utf8(CP_UTF8);
-        EXPECT_EQ(Format("%S", L"\u00e9\u30e1\u0e01\xd83d\xde00z"),
-                  "\xc3\xa9\xe3\x83\xa1\xe0\xb8\x81\xf0\x9f\x98\x80z");
-    }
-}
+    UINT codePage;
+    const wchar_t* text;
+    const char* bytes;
+};
 
-TEST(NarrowFormat, OtherLettersBecomeQuestionMarks)
-{
-    {
-        const CodePage western(kWestern);
-        EXPECT_EQ(Format("%S IN(%S)\r\n", L"A", L"\u30e1\u30fc\u30eb x"), "A IN(??? x)\r\n");
-        EXPECT_EQ(Format("%S", L"\u00e9\u30e1\u00e9"), "\xe9?\xe9");
-        EXPECT_EQ(Format("%S", kUnmappable), "??");
-    }
-    {
-        const CodePage japanese(kJapanese);
-        EXPECT_EQ(Format("%S", L"\u30e1\u0e01\u30eb"), "\x83\x81?\x83\x8b");
-    }
-}
+const Conversion kConversions[] = {
+    // Letters of the code page pass; in the third row they are of two bytes, one byte and ASCII.
+    {kWestern, L"Caf\u00e9 \u20ac \u201c\u0178\u201d", "Caf\xe9 \x80 \x93\x9f\x94"},
+    {kJapanese, L"\u30e1\u30fc\u30eb", "\x83\x81\x81\x5b\x83\x8b"},
+    {kJapanese, L"\u30bd\uff71x", "\x83\x5c\xb1x"},
+    {CP_UTF8, L"\u00e9\u30e1\u0e01\xd83d\xde00z", "\xc3\xa9\xe3\x83\xa1\xe0\xb8\x81\xf0\x9f\x98\x80z"},
+    // Other letters become question marks.
+    {kWestern, L"\u30e1\u30fc\u30eb x", "??? x"},
+    {kWestern, L"\u00e9\u30e1\u00e9", "\xe9?\xe9"},
+    {kWestern, kUnmappable, "??"},
+    {kJapanese, L"\u30e1\u0e01\u30eb", "\x83\x81?\x83\x8b"},
+    // A code page may have a letter that resembles the one that it lacks (a with a macron, wide A, infinity):
+    // a
+    // name must not turn into another name.
+    {kWestern, L"\u0101\uff21\u221e", "???"},
+    {kWestern, L"\u0101\u30e1", "??"},
+    {kJapanese, L"\u00e9\u00c5", "??"},
+    // Halves of surrogate pairs become one mark each.
+    {kWestern, L"\xd800", "?"},
+    {kWestern, L"a\xdc00z", "a?z"},
+    {kWestern, L"a\xd83dz", "a?z"},
+    {kJapanese, L"\xd800", "?"},
+    {kJapanese, L"a\xdc00z", "a?z"},
+    {kJapanese, L"a\xd83dz", "a?z"},
+    {CP_UTF8, L"a\xd800z", "a\xef\xbf\xbdz"},
+    {CP_UTF8, L"\xdc00", "\xef\xbf\xbd"},
+};
 
-// A code page may have a letter that resembles the one that it lacks: a name must not turn into another name.
-TEST(NarrowFormat, NoLetterIsReplacedByOneThatResemblesIt)
+TEST(NarrowFormat, TextIsInTheSystemsCodePage)
 {
-    {
-        const CodePage western(kWestern);
-        EXPECT_EQ(Format("%S", L"\u0101\uff21\u221e"), "???"); // a with a macron, wide A, infinity
-        EXPECT_EQ(Format("%S", L"\u0101\u30e1"), "??");
+    for (const Conversion& row : kConversions) {
+        SCOPED_TRACE(std::string(row.bytes) + " in " + std::to_string(row.codePage));
+        const CodePage system(row.codePage);
+        EXPECT_EQ(Format("%S", row.text), row.bytes);
+        EXPECT_EQ(Format("%S IN(%S)\r\n", L"A", row.text), "A IN(" + std::string(row.bytes) + ")\r\n");
     }
-    {
-        const CodePage japanese(kJapanese);
-        EXPECT_EQ(Format("%S", L"\u00e9\u00c5"), "??");
-    }
-}
-
-TEST(NarrowFormat, HalvesOfSurrogatePairsBecomeOneMarkEach)
-{
-    for (const UINT codePage : {kWestern, kJapanese}) {
-        const CodePage system(codePage);
-        EXPECT_EQ(Format("%S", L"\xd800"), "?");
-        EXPECT_EQ(Format("%S", L"a\xdc00z"), "a?z");
-        EXPECT_EQ(Format("%S", L"a\xd83dz"), "a?z");
-    }
-    const CodePage utf8(CP_UTF8);
-    EXPECT_EQ(Format("%S", L"a\xd800z"), "a\xef\xbf\xbdz");
-    EXPECT_EQ(Format("%S", L"\xdc00"), "\xef\xbf\xbd");
 }
 
 TEST(NarrowFormat, SurrogatePairsThatTheCodePageLacksDoNotEndTheText)
@@ -163,7 +135,7 @@ TEST(NarrowFormat, SurrogatePairsThatTheCodePageLacksDoNotEndTheText)
     for (const UINT codePage : {kWestern, kJapanese}) {
         const CodePage system(codePage);
         // One mark for the pair or one for each half, as the platform has it.
-        EXPECT_THAT(Format("%S!", L"a\xd83d\xde00z"), AnyOf("a?z!", "a??z!"));
+        EXPECT_THAT(Format("%S!", L"a\xd83d\xde00z"), ::testing::AnyOf("a?z!", "a??z!"));
     }
 }
 
@@ -210,7 +182,7 @@ int LengthWithoutMemory(const char* format, ...)
     va_start(arguments, format);
     int length = 0;
     {
-        const test::AllocationWatch watch(0);
+        const AllocationWatch watch(0);
         length = FormatNarrow(buffer, sizeof buffer, format, arguments);
         isAsked = watch.Failed();
     }
@@ -248,7 +220,7 @@ class LongestText : public ::testing::TestWithParam<Lengths>
 
 TEST_P(LongestText, Has1023BytesHoweverManyLetters)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     const CodePage system(GetParam().codePage);
     const std::wstring& fits = GetParam().fits;
     EXPECT_EQ(Format("%S", fits.c_str()).size(), 1023u);
@@ -272,7 +244,7 @@ INSTANTIATE_TEST_SUITE_P(NarrowFormat, LongestText,
 
 TEST(NarrowFormat, MessageThatDoesNotFitIsEmpty)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     for (const std::size_t size : {1024u, 1025u, 1026u, 2000u, 2048u, 2049u, 100000u}) {
         EXPECT_EQ(Format("%s", std::string(size, 'x').c_str()), "") << size;
         EXPECT_EQ(Format("%S", std::wstring(size, L'x').c_str()), "") << size;
@@ -301,26 +273,26 @@ int GiveToCRuntime(char*, std::size_t size, const char* format, _locale_t locale
 TEST(NarrowFormat, MessageThatDoesNotFitIsGivenToTheCRuntime)
 {
     g_lengths.clear();
-    const test::ImportPatch<decltype(&GiveToCRuntime)> patch("_sprintf_s_l", GiveToCRuntime);
+    const ImportPatch<decltype(&GiveToCRuntime)> patch("_sprintf_s_l", GiveToCRuntime);
     EXPECT_EQ(Format("%S", std::wstring(1024, L'x').c_str()), "");
     EXPECT_EQ(Format("%S", std::wstring(100000, L'x').c_str()), "");
-    EXPECT_THAT(g_lengths, ElementsAre(1024u, 1024u)); // too long for it, by one
+    EXPECT_THAT(g_lengths, ::testing::ElementsAre(1024u, 1024u)); // too long for it, by one
 }
 
 TEST(NarrowFormat, SmallerBufferIsKeptToo)
 {
-    const test::InvalidParameterHandler handler;
+    const InvalidParameterHandler handler;
     EXPECT_EQ(FormatSized(4, "%S", L"abc"), "abc");
-    EXPECT_EQ(FormatSized(4, "%S", L"abcd"), "");
-    EXPECT_EQ(FormatSized(4, "%S", L"abcdefgh"), "");
-    EXPECT_EQ(FormatSized(4, "%S", L"\u0e01\u10d0xyz"), "");
+    for (const wchar_t* text : {L"abcd", L"abcdefgh", L"\u0e01\u10d0xyz"}) {
+        EXPECT_EQ(FormatSized(4, "%S", text), "");
+    }
     EXPECT_EQ(FormatSized(1, "%S", L""), "");
 }
 
 // A code page that the platform cannot convert to.
 TEST(NarrowFormat, TextThatCannotBeConvertedIsAQuestionMark)
 {
-    const test::ImportPatch<decltype(&WideCharToMultiByte)> patch(
+    const ImportPatch<decltype(&WideCharToMultiByte)> patch(
         "WideCharToMultiByte", [](UINT, DWORD, const wchar_t*, int, char*, int, const char*, BOOL*) -> int {
             SetLastError(ERROR_INVALID_PARAMETER);
             return 0;

@@ -2,28 +2,39 @@
 
 #include "common/Reg.h"
 
-#include "support/LogCapture.h"
 #include "support/Registry.h"
 #include "unit/common/RegCalls.h"
 
-#include <gmock/gmock.h>
-
 namespace {
 
-using test::RegCalls;
-using test::ScopedKey;
-using ::testing::ElementsAre;
-using ::testing::Optional;
+using namespace test;
 
 constexpr wchar_t kValue[] = L"ApplicationTileImmersiveActivation";
 constexpr char kOpenForReading[] = "open user Software\\Microsoft\\Internet Explorer\\Main 0 0x20019";
 constexpr char kOpenForWriting[] = "open user Software\\Microsoft\\Internet Explorer\\Main 0 0x20006";
+constexpr char kSet[] = "set ApplicationTileImmersiveActivation type 4 size 4";
 
 class RegBrowser : public ::testing::Test
 {
 protected:
-    ScopedKey m_key{HKEY_CURRENT_USER, test::kBrowserKey};
-    test::LogCapture m_log;
+    LSTATUS Get() { return CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type); }
+
+    static Lines GetLines(int value)
+    {
+        return Call("CQanhReg::GetCurrentTileImmersiveActivation",
+                    "(*pdwTileImmersiveActivation = " + std::to_string(value) + ")");
+    }
+    static Lines SetLines(int value, const std::string& result = "")
+    {
+        return Call("CQanhReg::SetCurrentTileImmersiveActivation(" + std::to_string(value) + ")", result);
+    }
+    static Lines DeleteLines(const std::string& result = "")
+    {
+        return Call("CQanhReg::DeleteTileImmersiveActivation", result);
+    }
+
+    ScopedKey m_key{HKEY_CURRENT_USER, kBrowserKey};
+    LogCapture m_log;
     DWORD m_value = 7;
     DWORD m_type = 7;
 };
@@ -31,68 +42,53 @@ protected:
 TEST_F(RegBrowser, ValueIsRead)
 {
     m_key.SetDword(kValue, 0);
-    EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type), ERROR_SUCCESS);
+    {
+        const RegCalls calls;
+        EXPECT_EQ(Get(), ERROR_SUCCESS);
+        EXPECT_EQ(calls.journal, (Lines{kOpenForReading,
+                                        "query ApplicationTileImmersiveActivation type 4 size 4", "close"}));
+    }
     EXPECT_EQ(m_value, 0u);
     EXPECT_EQ(m_type, static_cast<DWORD>(REG_DWORD));
     m_key.SetDword(kValue, 5);
     EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value), ERROR_SUCCESS);
     EXPECT_EQ(m_value, 5u);
-    EXPECT_THAT(
-        m_log.Lines(),
-        ElementsAre("CQanhReg::GetCurrentTileImmersiveActivation IN",
-                    "CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 0)",
-                    "CQanhReg::GetCurrentTileImmersiveActivation IN",
-                    "CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 5)"));
+    EXPECT_EQ(m_log.Lines(), GetLines(0) + GetLines(5));
 }
 
-TEST_F(RegBrowser, ReadingOpensForReadingAndCloses)
+TEST_F(RegBrowser, AbsentValueAndAbsentKeyReadAsOne)
 {
-    m_key.SetDword(kValue, 0);
-    RegCalls calls;
-    (void)CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type);
-    EXPECT_THAT(
-        calls.journal,
-        ElementsAre(kOpenForReading, "query ApplicationTileImmersiveActivation type 4 size 4", "close"));
-}
-
-TEST_F(RegBrowser, AbsentValueReadsAsOne)
-{
+    EXPECT_EQ(Get(), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(m_value, 1u);
+    EXPECT_FALSE(m_key.Exists()) << "it is not made";
     m_key.Create();
-    EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type), ERROR_FILE_NOT_FOUND);
+    m_log.Clear();
+    m_value = 7;
+    EXPECT_EQ(Get(), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(m_value, 1u);
-    EXPECT_THAT(
-        m_log.Lines(),
-        ElementsAre("CQanhReg::GetCurrentTileImmersiveActivation IN",
-                    "CQanhReg::GetCurrentTileImmersiveActivation OUT(*pdwTileImmersiveActivation = 1)"));
-}
-
-TEST_F(RegBrowser, AbsentKeyReadsAsOneAndIsNotMade)
-{
-    EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(m_value, 1u);
-    EXPECT_FALSE(m_key.Exists());
+    EXPECT_EQ(m_log.Lines(), GetLines(1));
 }
 
 TEST_F(RegBrowser, DeniedKeyGivesItsErrorAndOne)
 {
     m_key.SetDword(kValue, 0);
     RegCalls calls;
-    calls.openResult = ERROR_ACCESS_DENIED;
-    EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type), ERROR_ACCESS_DENIED);
+    calls.open.answer = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(Get(), ERROR_ACCESS_DENIED);
     EXPECT_EQ(m_value, 1u);
-    EXPECT_THAT(calls.journal, ElementsAre(kOpenForReading));
+    EXPECT_EQ(calls.journal, Lines{kOpenForReading});
 }
 
 TEST_F(RegBrowser, LongerValueGivesTheQuerysError)
 {
     m_key.SetBytes(kValue, REG_QWORD, {5, 0, 0, 0, 0, 0, 0, 0});
-    EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type), ERROR_MORE_DATA);
+    EXPECT_EQ(Get(), ERROR_MORE_DATA);
 }
 
 TEST_F(RegBrowser, ShortTextIsReadWithItsType)
 {
     m_key.SetText(kValue, L"0");
-    EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type), ERROR_SUCCESS);
+    EXPECT_EQ(Get(), ERROR_SUCCESS);
     EXPECT_EQ(m_type, static_cast<DWORD>(REG_SZ));
 }
 
@@ -100,27 +96,14 @@ TEST_F(RegBrowser, ValueIsSetAsADword)
 {
     m_key.SetText(kValue, L"text before");
     {
-        RegCalls calls;
+        const RegCalls calls;
         EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(0), 1);
-        EXPECT_THAT(
-            calls.journal,
-            ElementsAre(kOpenForWriting, "set ApplicationTileImmersiveActivation type 4 size 4", "close"));
+        EXPECT_EQ(calls.journal, (Lines{kOpenForWriting, kSet, "close"}));
     }
     EXPECT_THAT(m_key.Dword(kValue), Optional(0u));
     EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 1);
     EXPECT_THAT(m_key.Dword(kValue), Optional(1u));
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhReg::SetCurrentTileImmersiveActivation(0) IN",
-                                           "CQanhReg::SetCurrentTileImmersiveActivation OUT",
-                                           "CQanhReg::SetCurrentTileImmersiveActivation(1) IN",
-                                           "CQanhReg::SetCurrentTileImmersiveActivation OUT"));
-}
-
-TEST_F(RegBrowser, SettingMakesNoKey)
-{
-    EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 0);
-    EXPECT_FALSE(m_key.Exists());
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhReg::SetCurrentTileImmersiveActivation(1) IN",
-                                           "CQanhReg::SetCurrentTileImmersiveActivation OUT(0)"));
+    EXPECT_EQ(m_log.Lines(), SetLines(0) + SetLines(1));
 }
 
 TEST_F(RegBrowser, SettingADeniedValueIsNotLogged)
@@ -128,14 +111,11 @@ TEST_F(RegBrowser, SettingADeniedValueIsNotLogged)
     m_key.SetDword(kValue, 0);
     {
         RegCalls calls;
-        calls.setResult = ERROR_ACCESS_DENIED;
+        calls.set.answer = ERROR_ACCESS_DENIED;
         EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 0);
-        EXPECT_THAT(
-            calls.journal,
-            ElementsAre(kOpenForWriting, "set ApplicationTileImmersiveActivation type 4 size 4", "close"));
+        EXPECT_EQ(calls.journal, (Lines{kOpenForWriting, kSet, "close"}));
     }
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhReg::SetCurrentTileImmersiveActivation(1) IN",
-                                           "CQanhReg::SetCurrentTileImmersiveActivation OUT"));
+    EXPECT_EQ(m_log.Lines(), SetLines(1));
 }
 
 TEST_F(RegBrowser, SettingUnderADeniedKey)
@@ -143,12 +123,11 @@ TEST_F(RegBrowser, SettingUnderADeniedKey)
     m_key.SetDword(kValue, 0);
     {
         RegCalls calls;
-        calls.openResult = ERROR_ACCESS_DENIED;
+        calls.open.answer = ERROR_ACCESS_DENIED;
         EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 0);
-        EXPECT_THAT(calls.journal, ElementsAre(kOpenForWriting));
+        EXPECT_EQ(calls.journal, Lines{kOpenForWriting});
     }
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhReg::SetCurrentTileImmersiveActivation(1) IN",
-                                           "CQanhReg::SetCurrentTileImmersiveActivation OUT(0)"));
+    EXPECT_EQ(m_log.Lines(), SetLines(1, "(0)"));
 }
 
 TEST_F(RegBrowser, ValueIsDeletedAndTheKeyStays)
@@ -156,31 +135,23 @@ TEST_F(RegBrowser, ValueIsDeletedAndTheKeyStays)
     m_key.SetDword(kValue, 1);
     m_key.SetDword(L"Other", 1);
     {
-        RegCalls calls;
+        const RegCalls calls;
         EXPECT_EQ(CQanhReg::DeleteTileImmersiveActivation(), 1);
-        EXPECT_THAT(calls.journal,
-                    ElementsAre(kOpenForWriting, "delete ApplicationTileImmersiveActivation", "close"));
+        EXPECT_EQ(calls.journal,
+                  (Lines{kOpenForWriting, "delete ApplicationTileImmersiveActivation", "close"}));
     }
     EXPECT_FALSE(m_key.HasValue(kValue));
     EXPECT_TRUE(m_key.HasValue(L"Other"));
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhReg::DeleteTileImmersiveActivation IN",
-                                           "CQanhReg::DeleteTileImmersiveActivation OUT"));
+    EXPECT_EQ(CQanhReg::DeleteTileImmersiveActivation(), 0) << "it is absent";
+    EXPECT_EQ(m_log.Lines(), DeleteLines() + DeleteLines());
 }
 
-TEST_F(RegBrowser, DeletingAnAbsentValue)
+TEST_F(RegBrowser, SettingAndDeletingMakeNoKey)
 {
-    m_key.Create();
-    EXPECT_EQ(CQanhReg::DeleteTileImmersiveActivation(), 0);
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhReg::DeleteTileImmersiveActivation IN",
-                                           "CQanhReg::DeleteTileImmersiveActivation OUT"));
-}
-
-TEST_F(RegBrowser, DeletingMakesNoKey)
-{
+    EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 0);
     EXPECT_EQ(CQanhReg::DeleteTileImmersiveActivation(), 0);
     EXPECT_FALSE(m_key.Exists());
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhReg::DeleteTileImmersiveActivation IN",
-                                           "CQanhReg::DeleteTileImmersiveActivation OUT(0)"));
+    EXPECT_EQ(m_log.Lines(), SetLines(1, "(0)") + DeleteLines("(0)"));
 }
 
 } // namespace

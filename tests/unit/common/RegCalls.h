@@ -1,14 +1,9 @@
 #pragma once
 
-#include "support/ImportPatch.h"
-#include "support/Text.h"
-
-#include <windows.h>
+#include "support/Test.h"
 
 #include <cstdio>
 #include <cstring>
-#include <string>
-#include <vector>
 
 namespace test {
 
@@ -16,77 +11,43 @@ namespace test {
 // time; keep the scope tight, since a test looks at the registry too.
 class RegCalls
 {
-public:
-    RegCalls()
-        : m_open("RegOpenKeyExW", Open), m_query("RegQueryValueExW", Query), m_set("RegSetValueExW", Set),
-          m_delete("RegDeleteValueW", Delete), m_close("RegCloseKey", Close)
+private:
+    static std::string Of(const char* call, const wchar_t* name, DWORD type, DWORD size)
     {
-        s_current = this;
+        return call + (" " + ToUtf8(name)) + " type " + std::to_string(type) + " size " +
+               std::to_string(size);
     }
-    ~RegCalls() { s_current = nullptr; }
-    RegCalls(const RegCalls&) = delete;
-    RegCalls& operator=(const RegCalls&) = delete;
 
+public:
     std::vector<std::string> journal;
-    // Results that stand in for the real calls' when not 0. A failing query leaves garbage behind.
-    LSTATUS openResult = ERROR_SUCCESS;
-    LSTATUS queryResult = ERROR_SUCCESS;
-    LSTATUS setResult = ERROR_SUCCESS;
-    LSTATUS deleteResult = ERROR_SUCCESS;
+    NotingPatch<decltype(&RegOpenKeyExW)> open{
+        "RegOpenKeyExW", journal, [](HKEY hive, const wchar_t* path, DWORD options, REGSAM access, HKEY*) {
+            char rights[32];
+            std::snprintf(rights, sizeof rights, "%lu 0x%lX", static_cast<unsigned long>(options),
+                          static_cast<unsigned long>(access));
+            const char* name = hive == HKEY_LOCAL_MACHINE  ? "machine"
+                               : hive == HKEY_CURRENT_USER ? "user"
+                                                           : "other";
+            return std::string("open ") + name + " " + ToUtf8(path) + " " + rights;
+        }};
+    // When it fails it leaves garbage behind.
+    NotingPatch<decltype(&RegQueryValueExW)> query{
+        "RegQueryValueExW", journal,
+        [this](HKEY, const wchar_t* name, DWORD*, DWORD* type, BYTE* data, DWORD* size) {
+            if (query.answer) {
+                std::memset(data, 0x77, *size);
+            }
+            return Of("query", name, *type, *size);
+        }};
+    NotingPatch<decltype(&RegSetValueExW)> set{"RegSetValueExW", journal,
+                                               [](HKEY, const wchar_t* name, DWORD, DWORD type, const BYTE*,
+                                                  DWORD size) { return Of("set", name, type, size); }};
 
 private:
-    static void Note(const std::string& call) { s_current->journal.push_back(call); }
-
-    static LSTATUS WINAPI Open(HKEY hive, const wchar_t* path, DWORD options, REGSAM access, HKEY* key)
-    {
-        char rights[32];
-        std::snprintf(rights, sizeof rights, "%lu 0x%lX", static_cast<unsigned long>(options),
-                      static_cast<unsigned long>(access));
-        Note(std::string("open ") +
-             (hive == HKEY_LOCAL_MACHINE  ? "machine"
-              : hive == HKEY_CURRENT_USER ? "user"
-                                          : "other") +
-             " " + ToUtf8(path) + " " + rights);
-        return s_current->openResult != ERROR_SUCCESS
-                   ? s_current->openResult
-                   : s_current->m_open.Original()(hive, path, options, access, key);
-    }
-    static LSTATUS WINAPI Query(HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type, BYTE* data,
-                                DWORD* size)
-    {
-        Note("query " + ToUtf8(name) + " type " + std::to_string(*type) + " size " + std::to_string(*size));
-        if (s_current->queryResult != ERROR_SUCCESS) {
-            std::memset(data, 0x77, *size);
-            return s_current->queryResult;
-        }
-        return s_current->m_query.Original()(key, name, reserved, type, data, size);
-    }
-    static LSTATUS WINAPI Set(HKEY key, const wchar_t* name, DWORD reserved, DWORD type, const BYTE* data,
-                              DWORD size)
-    {
-        Note("set " + ToUtf8(name) + " type " + std::to_string(type) + " size " + std::to_string(size));
-        return s_current->setResult != ERROR_SUCCESS
-                   ? s_current->setResult
-                   : s_current->m_set.Original()(key, name, reserved, type, data, size);
-    }
-    static LSTATUS WINAPI Delete(HKEY key, const wchar_t* name)
-    {
-        Note("delete " + ToUtf8(name));
-        return s_current->deleteResult != ERROR_SUCCESS ? s_current->deleteResult
-                                                        : s_current->m_delete.Original()(key, name);
-    }
-    static LSTATUS WINAPI Close(HKEY key)
-    {
-        Note("close");
-        return s_current->m_close.Original()(key);
-    }
-
-    static inline RegCalls* s_current = nullptr;
-    ImportPatch<decltype(&RegOpenKeyExW)> m_open;
-    ImportPatch<decltype(&RegQueryValueExW)> m_query;
-    ImportPatch<decltype(&RegSetValueExW)> m_set;
-    ImportPatch<decltype(&RegDeleteValueW)> m_delete;
-    ImportPatch<decltype(&RegCloseKey)> m_close;
+    NotingPatch<decltype(&RegDeleteValueW)> m_delete{
+        "RegDeleteValueW", journal, [](HKEY, const wchar_t* name) { return "delete " + ToUtf8(name); }};
+    NotingPatch<decltype(&RegCloseKey)> m_close{"RegCloseKey", journal,
+                                                [](HKEY) { return std::string("close"); }};
 };
 
 } // namespace test

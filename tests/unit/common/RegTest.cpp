@@ -2,29 +2,35 @@
 
 #include "common/Reg.h"
 
-#include "support/LogCapture.h"
 #include "support/Registry.h"
 #include "unit/common/RegCalls.h"
 
-#include <gmock/gmock.h>
-
-#include <functional>
-#include <ostream>
-#include <string>
-#include <vector>
-
 namespace {
 
-using test::RegCalls;
-using test::ScopedKey;
-using ::testing::ElementsAre;
+using namespace test;
 
 constexpr char kOpen[] = "open machine Software\\Vel\\VELQAN\\QanHelper 0 0x20019";
 
 class Reg : public ::testing::Test
 {
 protected:
-    ScopedKey m_key{HKEY_LOCAL_MACHINE, test::kSettingsKey};
+    // Reads a value into a number that was 7.
+    static void ExpectRead(const wchar_t* name, int result, DWORD expected)
+    {
+        DWORD value = 7;
+        EXPECT_EQ(CQanhReg::GetDWORDRegVal(name, &value), result);
+        EXPECT_EQ(value, expected);
+    }
+    static void ExpectGetters(DWORD debugLog, DWORD manifestReader, DWORD interval, DWORD waitTime)
+    {
+        EXPECT_EQ(CQanhReg::IsDebugLogOn(), debugLog);
+        EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), manifestReader);
+        EXPECT_EQ(CQanhReg::GetRefreshInterval(), interval);
+        EXPECT_EQ(CQanhReg::GetClearClipboardWaitTime(), waitTime);
+    }
+    static void ExpectDefaults() { ExpectGetters(0, 1, 43200000, 1000); }
+
+    ScopedKey m_key{HKEY_LOCAL_MACHINE, kSettingsKey};
 };
 
 // ---- the reader behind the getters ----
@@ -32,17 +38,15 @@ protected:
 TEST_F(Reg, ReaderTakesADword)
 {
     m_key.SetDword(L"RefreshInterval", 0x89ABCDEF);
-    const test::LogCapture log;
-    DWORD value = 0;
-    EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"RefreshInterval", &value), 1);
-    EXPECT_EQ(value, 0x89ABCDEFu);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(1)"));
+    const LogCapture log;
+    ExpectRead(L"RefreshInterval", 1, 0x89ABCDEF);
+    EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal", "(1)"));
 }
 
 TEST_F(Reg, ReaderOpensTheKeyForReadingAndClosesItAtEveryCall)
 {
     m_key.SetDword(L"DebugLog", 1);
-    RegCalls calls;
+    const RegCalls calls;
     DWORD value = 0;
     (void)CQanhReg::GetDWORDRegVal(L"DebugLog", &value);
     (void)CQanhReg::GetDWORDRegVal(L"None", &value);
@@ -50,47 +54,38 @@ TEST_F(Reg, ReaderOpensTheKeyForReadingAndClosesItAtEveryCall)
                                            "query None type 4 size 4", "close"));
 }
 
-TEST_F(Reg, WithoutTheKeyTheExitLineHasNoNumberAndTheKeyIsNotMade)
+TEST_F(Reg, WithoutTheKeyOrItsRightTheExitLineHasNoNumber)
 {
-    const test::LogCapture log;
-    DWORD value = 7;
-    {
-        RegCalls calls;
-        EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"DebugLog", &value), 0);
-        EXPECT_THAT(calls.journal, ElementsAre(kOpen));
+    for (const bool isDenied : {false, true}) {
+        if (isDenied) {
+            m_key.SetDword(L"DebugLog", 1);
+        }
+        const LogCapture log;
+        {
+            RegCalls calls;
+            if (isDenied) {
+                calls.open.answer = ERROR_ACCESS_DENIED;
+            }
+            ExpectRead(L"DebugLog", 0, 7);
+            EXPECT_THAT(calls.journal, ElementsAre(kOpen));
+        }
+        EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal"));
+        EXPECT_EQ(m_key.Exists(), isDenied) << "the key is not made";
     }
-    EXPECT_EQ(value, 7u);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT"));
-    EXPECT_FALSE(m_key.Exists());
-}
-
-TEST_F(Reg, DeniedKeyIsLikeNoKey)
-{
-    m_key.SetDword(L"DebugLog", 1);
-    const test::LogCapture log;
-    DWORD value = 7;
-    {
-        RegCalls calls;
-        calls.openResult = ERROR_ACCESS_DENIED;
-        EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"DebugLog", &value), 0);
-        EXPECT_THAT(calls.journal, ElementsAre(kOpen));
-    }
-    EXPECT_EQ(value, 7u);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT"));
 }
 
 TEST_F(Reg, FailingQueryClosesTheKey)
 {
     m_key.SetDword(L"DebugLog", 1);
-    const test::LogCapture log;
-    DWORD value = 7;
+    const LogCapture log;
     {
         RegCalls calls;
-        calls.queryResult = ERROR_ACCESS_DENIED;
+        calls.query.answer = ERROR_ACCESS_DENIED;
+        DWORD value = 7;
         EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"DebugLog", &value), 0);
         EXPECT_THAT(calls.journal, ElementsAre(kOpen, "query DebugLog type 4 size 4", "close"));
     }
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(0)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal", "(0)"));
 }
 
 TEST_F(Reg, ShortDwordReplacesOnlyItsBytesOfThePreset)
@@ -105,7 +100,8 @@ TEST_F(Reg, ShortDwordReplacesOnlyItsBytesOfThePreset)
 struct Unusable
 {
     const char* name;
-    std::function<void(ScopedKey&, const wchar_t*)> store;
+    std::optional<DWORD> type; // of the value; without one there is no value of its name
+    std::vector<BYTE> bytes;   // of the value, or of one with another name
 };
 
 void PrintTo(const Unusable& unusable, std::ostream* stream)
@@ -113,65 +109,51 @@ void PrintTo(const Unusable& unusable, std::ostream* stream)
     *stream << unusable.name;
 }
 
-void Store(ScopedKey& key, const wchar_t* name, DWORD type, std::vector<BYTE> bytes)
-{
-    key.SetBytes(name, type, bytes);
-}
-
 const Unusable kUnusable[] = {
-    {"no value", [](ScopedKey& key, const wchar_t*) { key.Create(); }},
-    {"another value", [](ScopedKey& key, const wchar_t*) { key.SetDword(L"Other", 1); }},
-    {"text", [](ScopedKey& key, const wchar_t* name) { key.SetText(name, L"1"); }},
-    {"empty text", [](ScopedKey& key, const wchar_t* name) { key.SetText(name, L""); }},
-    {"longer text", [](ScopedKey& key, const wchar_t* name) { key.SetText(name, L"1234"); }},
-    {"eight bytes",
-     [](ScopedKey& key, const wchar_t* name) {
-         Store(key, name, REG_QWORD, {1, 0, 0, 0, 0, 0, 0, 0});
-     }},
-    {"four bytes as eight",
-     [](ScopedKey& key, const wchar_t* name) {
-         Store(key, name, REG_QWORD, {1, 0, 0, 0});
-     }},
-    {"bytes",
-     [](ScopedKey& key, const wchar_t* name) {
-         Store(key, name, REG_BINARY, {1, 0, 0, 0});
-     }},
-    {"other byte order",
-     [](ScopedKey& key, const wchar_t* name) {
-         Store(key, name, REG_DWORD_BIG_ENDIAN, {0, 0, 0, 1});
-     }},
-    {"nothing", [](ScopedKey& key, const wchar_t* name) { Store(key, name, REG_NONE, {}); }},
-    {"dword of five bytes",
-     [](ScopedKey& key, const wchar_t* name) {
-         Store(key, name, REG_DWORD, {1, 0, 0, 0, 0});
-     }},
+    {"no value", std::nullopt, {}},
+    {"another value", std::nullopt, {1, 0, 0, 0}},
+    {"text", REG_SZ, {'1', 0, 0, 0}},
+    {"empty text", REG_SZ, {0, 0}},
+    {"longer text", REG_SZ, {'1', 0, '2', 0, '3', 0, '4', 0, 0, 0}},
+    {"eight bytes", REG_QWORD, {1, 0, 0, 0, 0, 0, 0, 0}},
+    {"four bytes as eight", REG_QWORD, {1, 0, 0, 0}},
+    {"bytes", REG_BINARY, {1, 0, 0, 0}},
+    {"other byte order", REG_DWORD_BIG_ENDIAN, {0, 0, 0, 1}},
+    {"nothing", REG_NONE, {}},
+    {"dword of five bytes", REG_DWORD, {1, 0, 0, 0, 0}},
 };
 
-class UnusableValue : public ::testing::TestWithParam<Unusable>
+class UnusableValue : public Reg, public ::testing::WithParamInterface<Unusable>
 {
 protected:
-    ScopedKey m_key{HKEY_LOCAL_MACHINE, test::kSettingsKey};
+    void Store(const wchar_t* name)
+    {
+        if (GetParam().type) {
+            m_key.SetBytes(name, *GetParam().type, GetParam().bytes);
+        } else if (GetParam().bytes.empty()) {
+            m_key.Create();
+        } else {
+            m_key.SetBytes(L"Other", REG_DWORD, GetParam().bytes);
+        }
+    }
 };
 
 TEST_P(UnusableValue, IsNotRead)
 {
-    GetParam().store(m_key, L"RefreshInterval");
-    const test::LogCapture log;
+    Store(L"RefreshInterval");
+    const LogCapture log;
     DWORD value = 7;
     EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"RefreshInterval", &value), 0);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(0)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal", "(0)"));
 }
 
 TEST_P(UnusableValue, GivesTheDefault)
 {
     for (const wchar_t* name :
          {L"DebugLog", L"ManifestReaderSetting", L"RefreshInterval", L"ClearClipboardWaitTime"}) {
-        GetParam().store(m_key, name);
+        Store(name);
     }
-    EXPECT_EQ(CQanhReg::IsDebugLogOn(), 0u);
-    EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 1u);
-    EXPECT_EQ(CQanhReg::GetRefreshInterval(), 43200000u);
-    EXPECT_EQ(CQanhReg::GetClearClipboardWaitTime(), 1000u);
+    ExpectDefaults();
 }
 
 INSTANTIATE_TEST_SUITE_P(Reg, UnusableValue, ::testing::ValuesIn(kUnusable));
@@ -180,10 +162,7 @@ INSTANTIATE_TEST_SUITE_P(Reg, UnusableValue, ::testing::ValuesIn(kUnusable));
 
 TEST_F(Reg, DefaultsWithoutTheKey)
 {
-    EXPECT_EQ(CQanhReg::IsDebugLogOn(), 0u);
-    EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 1u);
-    EXPECT_EQ(CQanhReg::GetRefreshInterval(), 43200000u);
-    EXPECT_EQ(CQanhReg::GetClearClipboardWaitTime(), 1000u);
+    ExpectDefaults();
     EXPECT_FALSE(m_key.Exists());
 }
 
@@ -191,11 +170,8 @@ TEST_F(Reg, GarbageOfAFailedQueryGivesTheDefaults)
 {
     m_key.Create();
     RegCalls calls;
-    calls.queryResult = ERROR_MORE_DATA;
-    EXPECT_EQ(CQanhReg::IsDebugLogOn(), 0u);
-    EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 1u);
-    EXPECT_EQ(CQanhReg::GetRefreshInterval(), 43200000u);
-    EXPECT_EQ(CQanhReg::GetClearClipboardWaitTime(), 1000u);
+    calls.query.answer = ERROR_MORE_DATA;
+    ExpectDefaults();
 }
 
 TEST_F(Reg, EachGetterReadsItsOwnValueAnewAtEveryCall)
@@ -204,108 +180,93 @@ TEST_F(Reg, EachGetterReadsItsOwnValueAnewAtEveryCall)
     m_key.SetDword(L"ManifestReaderSetting", 0);
     m_key.SetDword(L"RefreshInterval", 3);
     m_key.SetDword(L"ClearClipboardWaitTime", 4);
-    EXPECT_EQ(CQanhReg::IsDebugLogOn(), 1u);
-    EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 0u);
-    EXPECT_EQ(CQanhReg::GetRefreshInterval(), 180000u);
-    EXPECT_EQ(CQanhReg::GetClearClipboardWaitTime(), 4u);
+    ExpectGetters(1, 0, 180000, 4);
     m_key.Delete();
-    EXPECT_EQ(CQanhReg::IsDebugLogOn(), 0u);
-    EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 1u);
-    EXPECT_EQ(CQanhReg::GetRefreshInterval(), 43200000u);
-    EXPECT_EQ(CQanhReg::GetClearClipboardWaitTime(), 1000u);
+    ExpectDefaults();
 }
 
-TEST_F(Reg, AnyNumberButZeroSwitchesTheLogOn)
+struct Getter
 {
-    for (const DWORD value : {1u, 2u, 0x80000000u, 0xFFFFFFFFu}) {
-        m_key.SetDword(L"DebugLog", value);
-        EXPECT_EQ(CQanhReg::IsDebugLogOn(), 1u) << value;
+    const wchar_t* value;
+    DWORD (*get)();
+    std::vector<std::pair<DWORD, DWORD>> results; // for each stored number
+};
+
+class RegGetter : public Reg, public ::testing::WithParamInterface<Getter>
+{
+};
+
+TEST_P(RegGetter, MakesItsOwnOfTheStoredNumber)
+{
+    for (const auto& [stored, result] : GetParam().results) {
+        m_key.SetDword(GetParam().value, stored);
+        EXPECT_EQ(GetParam().get(), result) << stored;
     }
-    m_key.SetDword(L"DebugLog", 0);
-    EXPECT_EQ(CQanhReg::IsDebugLogOn(), 0u);
 }
 
-TEST_F(Reg, ManifestReaderSettingAboveOneIsOne)
-{
-    for (const DWORD value : {2u, 3u, 0x80000000u, 0xFFFFFFFFu}) {
-        m_key.SetDword(L"ManifestReaderSetting", value);
-        EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 1u) << value;
-    }
-    m_key.SetDword(L"ManifestReaderSetting", 0);
-    EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 0u);
-    m_key.SetDword(L"ManifestReaderSetting", 1);
-    EXPECT_EQ(CQanhReg::GetManifestReaderSetting(), 1u);
-}
+const Getter kGetters[] = {
+    // Any number but zero switches the log on.
+    {L"DebugLog", CQanhReg::IsDebugLogOn, {{1, 1}, {2, 1}, {0x80000000, 1}, {0xFFFFFFFF, 1}, {0, 0}}},
+    // Whatever is above one is one.
+    {L"ManifestReaderSetting",
+     CQanhReg::GetManifestReaderSetting,
+     {{2, 1}, {3, 1}, {0x80000000, 1}, {0xFFFFFFFF, 1}, {0, 0}, {1, 1}}},
+    // Minutes as milliseconds, which wrap: the second last is 4,294,980,000 less 2 to the power of 32.
+    {L"RefreshInterval",
+     CQanhReg::GetRefreshInterval,
+     {{0, 0}, {1, 60000}, {720, 43200000}, {71582, 4294920000}, {71583, 12704}, {0xFFFFFFFF, 4294907296}}},
+    // Without a range.
+    {L"ClearClipboardWaitTime",
+     CQanhReg::GetClearClipboardWaitTime,
+     {{0, 0}, {1, 1}, {999999, 999999}, {0xFFFFFFFF, 0xFFFFFFFF}}},
+};
 
-TEST_F(Reg, RefreshIntervalIsMinutesAsMillisecondsAndWraps)
+INSTANTIATE_TEST_SUITE_P(Reg, RegGetter, ::testing::ValuesIn(kGetters),
+                         [](const auto& each) { return ToUtf8(each.param.value); });
+
+class RegLog : public Reg
 {
-    const struct
+protected:
+    // What a getter writes: whether its value was read, and what it tells.
+    static Lines GetterLines(const std::string& getter, bool isRead, const std::string& told)
     {
-        DWORD minutes;
-        DWORD milliseconds;
-    } intervals[] = {{0, 0},
-                     {1, 60000},
-                     {720, 43200000},
-                     {71582, 4294920000},
-                     {71583, 12704}, // 4,294,980,000 less 2 to the power of 32
-                     {0xFFFFFFFF, 4294907296}};
-    for (const auto& interval : intervals) {
-        m_key.SetDword(L"RefreshInterval", interval.minutes);
-        EXPECT_EQ(CQanhReg::GetRefreshInterval(), interval.milliseconds) << interval.minutes;
+        return Call("CQanhReg::" + getter, "(" + told + ")",
+                    Call("CQanhReg::GetDWORDRegVal", isRead ? "(1)" : "(0)"));
     }
-}
-
-TEST_F(Reg, ClearClipboardWaitTimeHasNoRange)
-{
-    for (const DWORD value : {0u, 1u, 999999u, 0xFFFFFFFFu}) {
-        m_key.SetDword(L"ClearClipboardWaitTime", value);
-        EXPECT_EQ(CQanhReg::GetClearClipboardWaitTime(), value);
+    static void CallGetters()
+    {
+        (void)CQanhReg::IsDebugLogOn();
+        (void)CQanhReg::GetManifestReaderSetting();
+        (void)CQanhReg::GetRefreshInterval();
+        (void)CQanhReg::GetClearClipboardWaitTime();
     }
-}
+};
 
-TEST_F(Reg, LogOfTheGetters)
+TEST_F(RegLog, OfTheGetters)
 {
     m_key.SetDword(L"DebugLog", 7);
     m_key.SetDword(L"ManifestReaderSetting", 0);
     m_key.SetDword(L"RefreshInterval", 0xFFFFFFFF);
     m_key.SetDword(L"ClearClipboardWaitTime", 250);
-    const test::LogCapture log;
-    (void)CQanhReg::IsDebugLogOn();
-    (void)CQanhReg::GetManifestReaderSetting();
-    (void)CQanhReg::GetRefreshInterval();
-    (void)CQanhReg::GetClearClipboardWaitTime();
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::IsDebugLogOn OUT(1)",
-                            "CQanhReg::GetManifestReaderSetting IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::GetManifestReaderSetting OUT(0)",
-                            // The minutes, not the milliseconds.
-                            "CQanhReg::GetRefreshInterval IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::GetRefreshInterval OUT(-1)",
-                            "CQanhReg::GetClearClipboardWaitTime IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)",
-                            "CQanhReg::GetClearClipboardWaitTime OUT(250)"));
+    const LogCapture log;
+    CallGetters();
+    // The interval in minutes, not in milliseconds.
+    EXPECT_EQ(log.Lines(), GetterLines("IsDebugLogOn", true, "1") +
+                               GetterLines("GetManifestReaderSetting", true, "0") +
+                               GetterLines("GetRefreshInterval", true, "-1") +
+                               GetterLines("GetClearClipboardWaitTime", true, "250"));
 }
 
-TEST_F(Reg, LogOfTheGettersTellsTheDefaults)
+TEST_F(RegLog, OfTheGettersTellsTheDefaults)
 {
     m_key.SetDword(L"ManifestReaderSetting", 2);
     m_key.SetText(L"RefreshInterval", L"5");
-    const test::LogCapture log;
-    (void)CQanhReg::IsDebugLogOn();
-    (void)CQanhReg::GetManifestReaderSetting();
-    (void)CQanhReg::GetRefreshInterval();
-    (void)CQanhReg::GetClearClipboardWaitTime();
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhReg::IsDebugLogOn IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(0)", "CQanhReg::IsDebugLogOn OUT(0)",
-                            "CQanhReg::GetManifestReaderSetting IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::GetManifestReaderSetting OUT(1)",
-                            "CQanhReg::GetRefreshInterval IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(0)", "CQanhReg::GetRefreshInterval OUT(720)",
-                            "CQanhReg::GetClearClipboardWaitTime IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(0)",
-                            "CQanhReg::GetClearClipboardWaitTime OUT(1000)"));
+    const LogCapture log;
+    CallGetters();
+    EXPECT_EQ(log.Lines(), GetterLines("IsDebugLogOn", false, "0") +
+                               GetterLines("GetManifestReaderSetting", true, "1") +
+                               GetterLines("GetRefreshInterval", false, "720") +
+                               GetterLines("GetClearClipboardWaitTime", false, "1000"));
 }
 
 } // namespace

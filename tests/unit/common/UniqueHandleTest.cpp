@@ -1,17 +1,12 @@
 #include "common/UniqueHandle.h"
 
-#include "support/TemporaryFolder.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <type_traits>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
 
 std::vector<int> g_closed;
 
@@ -130,8 +125,8 @@ TEST_F(UniqueHandleTest, FileThatDoesNotOpenIsNoHandle)
 
 TEST_F(UniqueHandleTest, SearchOfFilesIsClosed)
 {
-    const test::TemporaryFolder folder;
-    test::MakeFile(folder / L"x");
+    const TemporaryFolder folder;
+    MakeFile(folder / L"x");
     WIN32_FIND_DATAW entry{};
     {
         const UniqueFind find(FindFirstFileW((folder / L"*").c_str(), &entry));

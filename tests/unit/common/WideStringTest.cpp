@@ -1,6 +1,6 @@
 #include "common/WideString.h"
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 namespace {
 

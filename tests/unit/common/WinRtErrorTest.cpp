@@ -1,21 +1,23 @@
 #include "common/WinRtError.h"
 
-#include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <cwchar>
+#include <exception>
 #include <new>
-#include <string>
 
 namespace {
 
-using ::testing::ElementsAre;
+using namespace test;
 
-TEST(WinRtError, SuccessIsNotRaised)
+TEST(WinRtError, NoSuccessRaisesIt)
 {
-    EXPECT_NO_THROW(ThrowIfFailed(S_OK));
-    EXPECT_NO_THROW(ThrowIfFailed(S_FALSE));
+    for (const HRESULT result : {S_OK, S_FALSE, HRESULT(0x7FFFFFFF)}) {
+        EXPECT_NO_THROW(ThrowIfFailed(result));
+    }
+    for (const HRESULT result : {E_FAIL, E_POINTER, static_cast<HRESULT>(0xFFFFFFFF)}) {
+        EXPECT_THROW(ThrowIfFailed(result), WinRtError);
+    }
 }
 
 TEST(WinRtError, FailureIsRaisedWithItsResultAndText)
@@ -33,38 +35,109 @@ TEST(WinRtError, FailureIsRaisedWithItsResultAndText)
     }
 }
 
-TEST(WinRtError, FailureWithoutATextShowsItsCode)
+TEST(WinRtError, FailureWithoutATextShowsItsCodeInACopyToo)
 {
     EXPECT_STREQ(WinRtError(static_cast<HRESULT>(0xA0000001)).Message(), L"0xA0000001");
+    std::wstring message;
+    try {
+        throw WinRtError(static_cast<HRESULT>(0xA0000001));
+    } catch (const WinRtError& error) {
+        const WinRtError copy(error); // NOLINT(performance-unnecessary-copy-initialization)
+        message = copy.Message();
+    }
+    EXPECT_EQ(message, L"0xA0000001");
+}
+
+TEST(WinRtError, IsAnExceptionWithoutItsMessageToo)
+{
+    EXPECT_THROW(throw WinRtError(E_FAIL), std::exception);
+    EXPECT_STRNE(WinRtError(E_FAIL).what(), "");
+}
+
+// The message that it brings into the log.
+class WinRtErrorMessage : public ::testing::Test
+{
+protected:
+    // The system has this text for every result.
+    std::wstring MessageWith(const std::wstring& text, HRESULT result = E_FAIL)
+    {
+        m_text = text;
+        return WinRtError(result).Message();
+    }
+
+    std::wstring m_text;
+    DWORD m_flags = 0; // that were asked with
+    DWORD m_id = 0;
+    const CapturingPatch<DWORD(WINAPI*)(DWORD, const void*, DWORD, DWORD, wchar_t*, DWORD, void*)> m_patch{
+        "FormatMessageW",
+        [this](DWORD flags, const void*, DWORD id, DWORD, wchar_t* buffer, DWORD size, void*) {
+            m_flags = flags;
+            m_id = id;
+            const std::wstring text = m_text.substr(0, size - 1);
+            std::wmemcpy(buffer, text.c_str(), text.size() + 1);
+            return static_cast<DWORD>(text.size());
+        }};
+};
+
+TEST_F(WinRtErrorMessage, IsTheSystemsTextForTheResult)
+{
+    EXPECT_EQ(MessageWith(L"No such thing.", E_ACCESSDENIED), L"No such thing.");
+    EXPECT_EQ(m_id, static_cast<DWORD>(E_ACCESSDENIED));
+    EXPECT_TRUE(m_flags & FORMAT_MESSAGE_FROM_SYSTEM);
+    // A text with places for inserts has none here.
+    EXPECT_TRUE(m_flags & FORMAT_MESSAGE_IGNORE_INSERTS);
+    EXPECT_FALSE(m_flags & FORMAT_MESSAGE_ALLOCATE_BUFFER);
+}
+
+TEST_F(WinRtErrorMessage, HasNoBlanksBehindIt)
+{
+    EXPECT_EQ(MessageWith(L"Denied.  "), L"Denied.");
+    EXPECT_EQ(MessageWith(L" Two words "), L" Two words");
+}
+
+TEST_F(WinRtErrorMessage, IsTheNumberWhereTheSystemHasNoText)
+{
+    EXPECT_EQ(MessageWith(L"", static_cast<HRESULT>(0x8ABCDEF0)), L"0x8ABCDEF0");
+    EXPECT_EQ(MessageWith(L"   ", E_FAIL), L"0x80004005");
+}
+
+// It has to fit in a line of the trace, whatever its characters become there.
+TEST_F(WinRtErrorMessage, IsCutWhenItIsTooLong)
+{
+    EXPECT_EQ(MessageWith(std::wstring(250, L'x')), std::wstring(250, L'x'));
+    EXPECT_EQ(MessageWith(std::wstring(2000, L'x')), std::wstring(250, L'x'));
+    EXPECT_EQ(MessageWith(std::wstring(249, L'x') + L" " + std::wstring(100, L'y')), std::wstring(249, L'x'));
 }
 
 // At an operation's boundary.
 
-TEST(LogCaught, APlatformErrorLeavesWithItsMessage)
+// The result of an operation that raises, and has this one for whatever it does not know.
+template <typename Raise> HRESULT ResultOf(Raise raise, HRESULT otherwise)
 {
-    const test::LogCapture log;
     try {
-        throw WinRtError(static_cast<HRESULT>(0xA0000001));
+        raise();
     } catch (...) {
-        EXPECT_EQ(LogCaught(L"CQanhX::Do", E_OUTOFMEMORY), E_FAIL);
+        return LogCaught(L"CQanhX::Do", otherwise);
     }
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhX::Do OUT(0xA0000001)"));
+    return S_OK;
+}
+
+TEST_F(WinRtErrorMessage, StandsInTheExitLine)
+{
+    m_text = L"No such thing.";
+    const LogCapture log;
+    EXPECT_EQ(ResultOf([] { throw WinRtError(E_ACCESSDENIED); }, E_OUTOFMEMORY), E_FAIL);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhX::Do OUT(No such thing.)"));
 }
 
 TEST(LogCaught, WhateverElseLeavesWithTheOperationsResultForIt)
 {
-    const test::LogCapture log;
-    try {
-        throw std::bad_alloc();
-    } catch (...) {
-        EXPECT_EQ(LogCaught(L"CQanhX::Do", E_OUTOFMEMORY), E_OUTOFMEMORY);
-    }
-    try {
-        throw 4711;
-    } catch (...) {
-        EXPECT_EQ(LogCaught(L"CQanhX::Do", E_FAIL), E_FAIL);
-    }
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhX::Do OUT(0x8007000E)", "CQanhX::Do OUT(0x80004005)"));
+    const LogCapture log;
+    EXPECT_EQ(ResultOf([] { throw WinRtError(static_cast<HRESULT>(0xA0000001)); }, E_OUTOFMEMORY), E_FAIL);
+    EXPECT_EQ(ResultOf([] { throw std::bad_alloc(); }, E_OUTOFMEMORY), E_OUTOFMEMORY);
+    EXPECT_EQ(ResultOf([] { throw 4711; }, E_FAIL), E_FAIL);
+    EXPECT_THAT(log.Lines(), ElementsAre("CQanhX::Do OUT(0xA0000001)", "CQanhX::Do OUT(0x8007000E)",
+                                         "CQanhX::Do OUT(0x80004005)"));
 }
 
 } // namespace

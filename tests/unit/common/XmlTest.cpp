@@ -1,23 +1,16 @@
 #include "common/Xml.h"
 
-#include "support/ImportPatch.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <shlwapi.h>
 
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace {
 
+using namespace test;
+
 using Microsoft::WRL::ComPtr;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Names = std::vector<std::string>;
+using Found = std::pair<Names, HRESULT>; // by a walk, and the result that ended it
 
 // A document in a file, and a reader over it.
 class Xml : public ::testing::Test
@@ -26,7 +19,7 @@ protected:
     HRESULT Open(std::string_view document)
     {
         m_reader.Reset();
-        test::WriteFileBytes(File(), document);
+        WriteFileBytes(File(), document);
         return ::Xml::OpenReader(File().c_str(), m_reader);
     }
 
@@ -46,11 +39,11 @@ protected:
     {
         const wchar_t* name = nullptr;
         m_reader->GetLocalName(&name, nullptr);
-        return test::ToUtf8(name);
+        return ToUtf8(name);
     }
 
-    // The names of all elements, in order, and the result that ended the document.
-    std::pair<Names, HRESULT> Elements()
+    // The names of all elements, in order.
+    Found Elements()
     {
         Names names;
         HRESULT hr = S_OK;
@@ -63,20 +56,20 @@ protected:
         return {names, hr};
     }
 
-    std::pair<Names, HRESULT> Attributes(int stopAfter = 1000)
+    Found Attributes(int stopAfter = 1000)
     {
         Names attributes;
         const HRESULT hr =
             ::Xml::ForEachAttribute(m_reader.Get(), [&](std::wstring_view name, const wchar_t* value) {
                 EXPECT_EQ(name.data()[name.size()], L'\0');
-                attributes.push_back(test::ToUtf8(name) + "=" + test::ToUtf8(value));
+                attributes.push_back(ToUtf8(name) + "=" + ToUtf8(value));
                 return static_cast<int>(attributes.size()) == stopAfter;
             });
         return {attributes, hr};
     }
 
     // The first attribute of each element that the walk visits.
-    std::pair<Names, HRESULT> Below(std::wstring_view name)
+    Found Below(std::wstring_view name)
     {
         Names visited;
         const HRESULT hr = ::Xml::ForEachElementBelow(m_reader.Get(), name, [&] {
@@ -91,7 +84,7 @@ protected:
 
     std::wstring File() const { return m_folder / L"document.xml"; }
 
-    test::TemporaryFolder m_folder;
+    TemporaryFolder m_folder;
     ComPtr<IXmlReader> m_reader;
 };
 
@@ -99,15 +92,13 @@ TEST_F(Xml, DocumentIsReadToItsEnd)
 {
     ASSERT_EQ(Open("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<a><b/>text<!-- c --><c><d/></c></a>"),
               S_OK);
-    const auto [names, hr] = Elements();
-    EXPECT_THAT(names, ElementsAre("a", "b", "c", "d"));
-    EXPECT_EQ(hr, S_FALSE);
+    EXPECT_EQ(Elements(), Found({"a", "b", "c", "d"}, S_FALSE));
 }
 
 TEST_F(Xml, OpeningIsReadOnly)
 {
     static DWORD s_mode = 0;
-    const test::ImportPatch<decltype(&SHCreateStreamOnFileW)> patch(
+    const ImportPatch<decltype(&SHCreateStreamOnFileW)> patch(
         "SHCreateStreamOnFileW", [](const wchar_t*, DWORD mode, IStream**) -> HRESULT {
             s_mode = mode;
             return E_ACCESSDENIED;
@@ -126,8 +117,8 @@ TEST_F(Xml, MissingFileFails)
 TEST_F(Xml, ReaderThatCannotBeMadeFails)
 {
     using Function = HRESULT(STDAPICALLTYPE*)(REFIID, void**, IMalloc*);
-    const test::ImportPatch<Function> patch(
-        "CreateXmlReader", [](REFIID, void**, IMalloc*) -> HRESULT { return E_OUTOFMEMORY; });
+    const ImportPatch<Function> patch("CreateXmlReader",
+                                      [](REFIID, void**, IMalloc*) -> HRESULT { return E_OUTOFMEMORY; });
     EXPECT_EQ(Open("<a/>"), E_OUTOFMEMORY);
 }
 
@@ -164,13 +155,13 @@ TEST_F(Xml, OnlyElementsAreElements)
 
 TEST_F(Xml, NamesAreWholeAndIgnoreTheCaseOfLatinLetters)
 {
-    EXPECT_TRUE(::Xml::NamesEqual(L"Package", L"Package"));
-    EXPECT_TRUE(::Xml::NamesEqual(L"pACKAGE", L"Package"));
+    for (const wchar_t* name : {L"Package", L"pACKAGE"}) {
+        EXPECT_TRUE(::Xml::NamesEqual(name, L"Package"));
+    }
     EXPECT_TRUE(::Xml::NamesEqual(L"", L""));
-    EXPECT_FALSE(::Xml::NamesEqual(L"Packages", L"Package"));
-    EXPECT_FALSE(::Xml::NamesEqual(L"Pack", L"Package"));
-    EXPECT_FALSE(::Xml::NamesEqual(L"", L"Package"));
-    EXPECT_FALSE(::Xml::NamesEqual(L"Packagf", L"Package"));
+    for (const wchar_t* name : {L"Packages", L"Pack", L"", L"Packagf"}) {
+        EXPECT_FALSE(::Xml::NamesEqual(name, L"Package"));
+    }
     EXPECT_FALSE(::Xml::NamesEqual(L"\u00e9", L"\u00c9"));
 }
 
@@ -183,28 +174,18 @@ TEST_F(Xml, PrefixOfANameDoesNotCount)
 
 TEST_F(Xml, AttributesComeInOrderAndTheReaderReturnsToTheElement)
 {
+    OpenAt("<a/>", L"a");
+    EXPECT_EQ(Attributes(), Found({}, S_FALSE));
     OpenAt("<a z=\"1\" y=\"\" x=\"&lt;&#x30e1;\"/>", L"a");
-    const auto [attributes, hr] = Attributes();
-    EXPECT_THAT(attributes, ElementsAre("z=1", "y=", "x=<\u30e1"));
-    EXPECT_EQ(hr, S_FALSE);
+    EXPECT_EQ(Attributes(), Found({"z=1", "y=", "x=<\u30e1"}, S_FALSE));
     EXPECT_TRUE(::Xml::IsElement(m_reader.Get()));
     EXPECT_EQ(Name(), "a");
-}
-
-TEST_F(Xml, ElementWithoutAttributes)
-{
-    OpenAt("<a/>", L"a");
-    const auto [attributes, hr] = Attributes();
-    EXPECT_THAT(attributes, IsEmpty());
-    EXPECT_EQ(hr, S_FALSE);
 }
 
 TEST_F(Xml, WalkOverAttributesEndsWhenItIsTold)
 {
     OpenAt("<a z=\"1\" y=\"2\" x=\"3\"/>", L"a");
-    const auto [attributes, hr] = Attributes(2);
-    EXPECT_THAT(attributes, ElementsAre("z=1", "y=2"));
-    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(Attributes(2), Found({"z=1", "y=2"}, S_OK));
     EXPECT_EQ(Name(), "a");
 }
 
@@ -212,9 +193,7 @@ TEST_F(Xml, ElementsBelowAreVisitedWhereverTheyStand)
 {
     OpenAt("<r><top><x n=\"1\"/><y><X n=\"2\"><x n=\"3\"/></X></y><xx n=\"4\"/>text</top><x n=\"5\"/></r>",
            L"top");
-    const auto [visited, hr] = Below(L"x");
-    EXPECT_THAT(visited, ElementsAre("x n=1", "X n=2", "x n=3"));
-    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(Below(L"x"), Found({"x n=1", "X n=2", "x n=3"}, S_OK));
     // The walk stands on the end of "top": what follows is not lost.
     EXPECT_EQ(::Xml::ReadNode(m_reader.Get()), S_OK);
     EXPECT_TRUE(::Xml::HasLocalName(m_reader.Get(), L"x"));
@@ -223,9 +202,7 @@ TEST_F(Xml, ElementsBelowAreVisitedWhereverTheyStand)
 TEST_F(Xml, EmptyElementHasNothingBelowAndTheNextOneIsAtHand)
 {
     OpenAt("<r><top/><x n=\"1\"/><x n=\"2\"/></r>", L"top");
-    const auto [visited, hr] = Below(L"x");
-    EXPECT_THAT(visited, IsEmpty());
-    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(Below(L"x"), Found({}, S_OK));
     EXPECT_TRUE(::Xml::IsElement(m_reader.Get()));
     EXPECT_THAT(Attributes().first, ElementsAre("n=1"));
 }
@@ -233,9 +210,7 @@ TEST_F(Xml, EmptyElementHasNothingBelowAndTheNextOneIsAtHand)
 TEST_F(Xml, LastEmptyElementEndsAtItsParentsEnd)
 {
     OpenAt("<r><s><top/></s><x n=\"1\"/></r>", L"top");
-    const auto [visited, hr] = Below(L"x");
-    EXPECT_THAT(visited, IsEmpty());
-    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(Below(L"x"), Found({}, S_OK));
     EXPECT_FALSE(::Xml::IsElement(m_reader.Get()));
     EXPECT_EQ(Name(), "s");
 }
@@ -243,18 +218,14 @@ TEST_F(Xml, LastEmptyElementEndsAtItsParentsEnd)
 TEST_F(Xml, WalkBelowTheRootEndsWithTheRoot)
 {
     OpenAt("<top><x/><y><x/></y></top>", L"top");
-    const auto [visited, hr] = Below(L"x");
-    EXPECT_THAT(visited, ElementsAre("x", "x"));
-    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(Below(L"x"), Found({"x", "x"}, S_OK));
     EXPECT_EQ(::Xml::ReadNode(m_reader.Get()), S_FALSE);
 }
 
 TEST_F(Xml, EmptyRootEndsWithTheDocument)
 {
     OpenAt("<top/>", L"top");
-    const auto [visited, hr] = Below(L"x");
-    EXPECT_THAT(visited, IsEmpty());
-    EXPECT_EQ(hr, S_FALSE);
+    EXPECT_EQ(Below(L"x"), Found({}, S_FALSE));
 }
 
 TEST_F(Xml, BrokenDocumentEndsTheWalkWithTheReadersFailure)

@@ -5,59 +5,63 @@
 #include "support/PiecewiseStream.h"
 #include "unit/discovery/FileSteps.h"
 #include "unit/discovery/ThreadRun.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
+#include "unit/discovery/TurnWaits.h"
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::Contains;
-using ::testing::ElementsAreArray;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 constexpr char kOldCatalog[] = "<Applications />";
 
 class CatalogSave : public RefreshThread
 {
 protected:
-    void WriteOldCatalog() const { test::WriteFileBytes(CatalogFile(), kOldCatalog); }
+    void WriteOldCatalog() const { WriteFileBytes(CatalogFile(), kOldCatalog); }
     std::wstring Bak() const { return CatalogFile() + L".bak"; }
     std::wstring Tmp() const { return CatalogFile() + L".tmp"; }
     void ExpectNothingBesideTheCatalog() const
     {
-        EXPECT_FALSE(test::Exists(Bak()));
-        EXPECT_FALSE(test::Exists(Tmp()));
+        EXPECT_FALSE(Exists(Bak()));
+        EXPECT_FALSE(Exists(Tmp()));
     }
-    Lines FailedSaveLines(const std::string& code) const
+    // The old catalogue stands there as it was, and nothing beside it.
+    void ExpectOldCatalog() const
+    {
+        EXPECT_EQ(Saved(), kOldCatalog);
+        ExpectNothingBesideTheCatalog();
+    }
+    // What the rollback file holds when the new catalogue is about to be written; empty when it never is.
+    std::string RunAndReadBak()
+    {
+        std::string bak;
+        m_onStep = [&](const std::wstring& step) {
+            if (step == L"save " + CatalogFile()) {
+                bak = ReadFileBytes(Bak());
+            }
+        };
+        EXPECT_EQ(Run(), 0u);
+        return bak;
+    }
+    // The log of a thread whose save writes this.
+    void ExpectLog(const Lines& save) const
+    {
+        EXPECT_EQ(ThreadLines(), StartLines() + kPassIn + kStore + WalksLines() + save + kPassesOut);
+    }
+    static Lines FailedSaveLines(const std::string& code)
     {
         return {"CQanhPackageManager::RefreshThread pPyxPackageManager->m_AppNameList.Save() failed. "
                 "ErrCode = " +
                 code + " "};
-    }
-    Lines LinesUpToTheSave() const
-    {
-        return StartLines() + kPassIn + kStore + WalkLines(Common()) + WalkLines(User());
     }
 };
 
 TEST_F(CatalogSave, KeepsTheOldCatalogBesideTheNewOneUntilItIsWritten)
 {
     WriteOldCatalog();
-    std::string bak;
-    m_onStep = [&](const std::wstring& step) {
-        if (step == L"save " + CatalogFile()) {
-            bak = test::ReadFileBytes(Bak());
-        }
-    };
-    EXPECT_EQ(Run(), 0u);
-    EXPECT_EQ(bak, kOldCatalog);
+    EXPECT_EQ(RunAndReadBak(), kOldCatalog);
     EXPECT_NE(Saved(), kOldCatalog);
     ExpectNothingBesideTheCatalog();
-    EXPECT_THAT(ThreadLines(), ElementsAreArray(StartLines() + PassLines() + kPassesOut));
+    ExpectLog(SaveLines());
 }
 
 TEST_F(CatalogSave, ThatFailsAtItsBeginningLeavesTheOldCatalog)
@@ -65,30 +69,24 @@ TEST_F(CatalogSave, ThatFailsAtItsBeginningLeavesTheOldCatalog)
     WriteOldCatalog();
     m_saveResult = STG_E_ACCESSDENIED;
     EXPECT_EQ(Run(), 0u);
-    EXPECT_EQ(Saved(), kOldCatalog);
-    ExpectNothingBesideTheCatalog();
+    ExpectOldCatalog();
 }
 
 // The disk is full after this many bytes of the new catalogue, by tens.
 class FullDisk : public CatalogSave, public ::testing::WithParamInterface<int>
 {
 protected:
-    FullDisk()
-        : m_stream("SHCreateStreamOnFileW", [](const wchar_t* path, DWORD mode, IStream** stream) -> HRESULT {
-              const HRESULT hr = s_disk->m_stream.Original()(path, mode, stream);
-              if (SUCCEEDED(hr) && mode != STGM_READ) {
-                  *stream = new test::PiecewiseStream(
-                      *stream, 10, [] { return s_disk->m_room-- > 0 ? S_OK : STG_E_MEDIUMFULL; });
-              }
-              return hr;
-          })
-    {
-        s_disk = this;
-    }
-
-    static inline FullDisk* s_disk = nullptr;
     int m_room = GetParam();
-    test::ImportPatch<decltype(&SHCreateStreamOnFileW)> m_stream;
+    // Over the patch of the pass, which is called then.
+    CapturingPatch<decltype(&SHCreateStreamOnFileW), 1> m_stream{
+        "SHCreateStreamOnFileW", [this](const wchar_t* path, DWORD mode, IStream** stream) {
+            const HRESULT hr = m_stream.Original(path, mode, stream);
+            if (SUCCEEDED(hr) && mode != STGM_READ) {
+                *stream = new PiecewiseStream(*stream, 10,
+                                              [this] { return m_room-- > 0 ? S_OK : STG_E_MEDIUMFULL; });
+            }
+            return hr;
+        }};
 };
 
 TEST_P(FullDisk, BringsTheOldCatalogBack)
@@ -96,18 +94,14 @@ TEST_P(FullDisk, BringsTheOldCatalogBack)
     WriteOldCatalog();
     EXPECT_EQ(Run(), 0u);
     EXPECT_LE(m_room, 0) << "it was full";
-    EXPECT_EQ(Saved(), kOldCatalog);
-    ExpectNothingBesideTheCatalog();
-    EXPECT_THAT(ThreadLines(),
-                ElementsAreArray(LinesUpToTheSave() +
-                                 Lines{SaveLines()[0], "CQanhAppNameList::Save OUT(0x80030070)"} +
-                                 FailedSaveLines("0x80030070") + kPassesOut));
+    ExpectOldCatalog();
+    ExpectLog(SaveLines("0x80030070") + FailedSaveLines("0x80030070"));
 }
 
 TEST_P(FullDisk, LeavesNoCatalogWhereThereWasNone)
 {
     EXPECT_EQ(Run(), 0u);
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     ExpectNothingBesideTheCatalog();
 }
 
@@ -121,10 +115,8 @@ TEST_F(CatalogSave, IsNotTriedWithoutRoomForTheOldCatalog)
         EXPECT_EQ(Run(), 0u);
     }
     EXPECT_THAT(m_steps, Not(Contains(L"save " + CatalogFile())));
-    EXPECT_EQ(Saved(), kOldCatalog);
-    ExpectNothingBesideTheCatalog();
-    EXPECT_THAT(ThreadLines(),
-                ElementsAreArray(LinesUpToTheSave() + FailedSaveLines("0x80070070") + kPassesOut));
+    ExpectOldCatalog();
+    ExpectLog(FailedSaveLines("0x80070070"));
     ExpectMutexClosed();
 }
 
@@ -138,7 +130,7 @@ TEST_F(CatalogSave, GoesAheadInAFolderThatTakesNoNewFiles)
     }
     EXPECT_NE(Saved(), kOldCatalog);
     ExpectNothingBesideTheCatalog();
-    EXPECT_THAT(ThreadLines(), ElementsAreArray(StartLines() + PassLines() + kPassesOut));
+    ExpectLog(SaveLines());
 }
 
 TEST_F(CatalogSave, TouchesTheRollbackFileWithoutTheCataloguesLock)
@@ -161,64 +153,37 @@ TEST_F(CatalogSave, TouchesTheRollbackFileWithoutTheCataloguesLock)
 class CatalogSaveInTurn : public CatalogSave
 {
 protected:
-    CatalogSaveInTurn()
-        : m_turnWait("WaitForMultipleObjects",
-                     [](DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) -> DWORD {
-                         return s_inTurn->m_onWait(count, handles, all, milliseconds);
-                     })
-    {
-        s_inTurn = this;
-        WriteOldCatalog();
-    }
+    CatalogSaveInTurn() { WriteOldCatalog(); }
 
-    static inline CatalogSaveInTurn* s_inTurn = nullptr;
-    std::function<DWORD(DWORD, const HANDLE*, BOOL, DWORD)> m_onWait =
-        [this](DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
-            return m_turnWait.Original()(count, handles, all, milliseconds);
-        };
-    test::ImportPatch<decltype(&WaitForMultipleObjects)> m_turnWait;
+    TurnWaits m_waits;
 };
 
 TEST_F(CatalogSaveInTurn, WaitsForTheEndOfAnotherProcesssSave)
 {
     // Which puts a catalogue of its own there meanwhile: that is the old one now.
-    std::string bak;
-    m_onStep = [&](const std::wstring& step) {
-        if (step == L"save " + CatalogFile()) {
-            bak = test::ReadFileBytes(Bak());
-        }
-    };
-    m_onWait = [this](DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
-        test::WriteFileBytes(CatalogFile(), "<Applications><!-- other --></Applications>");
-        return m_turnWait.Original()(count, handles, all, milliseconds);
-    };
-    EXPECT_EQ(Run(), 0u);
-    EXPECT_EQ(bak, "<Applications><!-- other --></Applications>");
+    const std::string other = "<Applications><!-- other --></Applications>";
+    m_waits.onWait = [&] { WriteFileBytes(CatalogFile(), other); };
+    EXPECT_EQ(RunAndReadBak(), other);
 }
 
 TEST_F(CatalogSaveInTurn, IsNotTriedWhileAnotherProcessDoesNotEndItsOwn)
 {
     const CatalogTurn other(CatalogFile().c_str());
-    m_onWait = [](DWORD, const HANDLE*, BOOL, DWORD) { return DWORD{WAIT_TIMEOUT}; };
-    const std::string before = Saved();
+    m_waits.isPatient = false;
     EXPECT_EQ(Run(), 0u);
     EXPECT_THAT(m_steps, Not(Contains(L"save " + CatalogFile())));
-    EXPECT_EQ(Saved(), before);
-    EXPECT_THAT(ThreadLines(),
-                ElementsAreArray(LinesUpToTheSave() + FailedSaveLines("0x80070020") + kPassesOut));
+    EXPECT_EQ(Saved(), kOldCatalog);
+    ExpectLog(FailedSaveLines("0x80070020"));
 }
 
 TEST_F(CatalogSaveInTurn, IsLeftOutWithoutALineWhenTheThreadIsToStopMeanwhile)
 {
     const CatalogTurn other(CatalogFile().c_str());
-    m_onWait = [this](DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
-        SetEvent(m_exitEvent);
-        return m_turnWait.Original()(count, handles, all, milliseconds);
-    };
+    m_waits.onWait = [this] { SetEvent(m_exitEvent); };
     EXPECT_EQ(Run(), 0u);
     EXPECT_THAT(m_steps, Not(Contains(L"save " + CatalogFile())));
     EXPECT_EQ(Saved(), kOldCatalog);
-    EXPECT_THAT(ThreadLines(), ElementsAreArray(LinesUpToTheSave() + kPassesOut));
+    ExpectLog({});
     ExpectMutexClosed();
 }
 

@@ -2,12 +2,9 @@
 
 #include "discovery/CatalogTurn.h"
 
-#include "support/ImportPatch.h"
 #include "support/OtherProcess.h"
+#include "unit/discovery/TurnWaits.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
 #include <thread>
 
 namespace {
@@ -23,65 +20,48 @@ const test::Part g_haveTurn(L"HaveTurn", [](const test::Part::Context& context) 
 });
 
 // What another thread is told when it asks for a turn.
-HRESULT AskOnAnotherThread(const wchar_t* path)
+HRESULT AskOnAnotherThread(const wchar_t* path, HANDLE exitEvent = nullptr)
 {
     HRESULT result = E_FAIL;
-    std::thread([&] { result = CatalogTurn(path).Result(); }).join();
+    std::thread([&] { result = CatalogTurn(path, exitEvent).Result(); }).join();
     return result;
 }
 
-// The waits end at once, with what they would have ended with, or with a time-out. One at a time.
-class ImpatientWaits
+class CatalogTurns : public ::testing::Test
 {
-public:
-    ImpatientWaits()
-        : m_patch("WaitForMultipleObjects",
-                  [](DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) -> DWORD {
-                      s_current->longestWait = milliseconds;
-                      return s_current->m_patch.Original()(count, handles, all, 0);
-                  })
-    {
-        s_current = this;
-    }
+protected:
+    CatalogTurns() { m_waits.isPatient = false; }
 
-    DWORD longestWait = 0;
-
-private:
-    static inline ImpatientWaits* s_current = nullptr;
-    test::ImportPatch<decltype(&WaitForMultipleObjects)> m_patch;
+    discovery_test::TurnWaits m_waits;
 };
 
-TEST(CatalogTurns, AreHadByOneAtATime)
+TEST_F(CatalogTurns, AreHadByOneAtATime)
 {
-    const ImpatientWaits waits;
     {
         const CatalogTurn turn(kFile);
         EXPECT_EQ(turn.Result(), S_OK);
         EXPECT_EQ(AskOnAnotherThread(kFile), kBusy);
-        EXPECT_EQ(waits.longestWait, 5000u);
+        EXPECT_EQ(m_waits.asked, 5000u);
         EXPECT_EQ(AskOnAnotherThread(kFile), kBusy) << "asking takes nothing away";
     }
     EXPECT_EQ(AskOnAnotherThread(kFile), S_OK);
     EXPECT_EQ(CatalogTurn(kFile).Result(), S_OK);
 }
 
-TEST(CatalogTurns, AreOfOneFileEach)
+TEST_F(CatalogTurns, AreOfOneFileEach)
 {
-    const ImpatientWaits waits;
     const CatalogTurn turn(kFile);
     EXPECT_EQ(AskOnAnotherThread(L"C:\\Users\\me\\Vel\\QanHelper\\Other\\AppNameList.xml"), S_OK);
 }
 
-TEST(CatalogTurns, AreOfOneFileInWhateverCaseItsPathIsWritten)
+TEST_F(CatalogTurns, AreOfOneFileInWhateverCaseItsPathIsWritten)
 {
-    const ImpatientWaits waits;
     const CatalogTurn turn(kFile);
     EXPECT_EQ(AskOnAnotherThread(L"c:\\users\\ME\\Vel\\QanHelper\\LAUNCHER\\AppNameList.xml"), kBusy);
 }
 
-TEST(CatalogTurns, AreOfOneFileEachHoweverLongItsPathIs)
+TEST_F(CatalogTurns, AreOfOneFileEachHoweverLongItsPathIs)
 {
-    const ImpatientWaits waits;
     const std::wstring folder = L"C:\\" + std::wstring(239, L'x');
     const std::wstring path = folder + L"1\\AppNameList.xml";
     ASSERT_EQ(path.size(), 259u);
@@ -91,7 +71,7 @@ TEST(CatalogTurns, AreOfOneFileEachHoweverLongItsPathIs)
     EXPECT_EQ(AskOnAnotherThread((folder + L"2\\AppNameList.xml").c_str()), S_OK);
 }
 
-TEST(CatalogTurns, AreWaitedForUntilTheOneBeforeIsOver)
+TEST_F(CatalogTurns, AreWaitedForUntilTheOneBeforeIsOver)
 {
     const HANDLE had = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     const HANDLE goOn = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -103,18 +83,10 @@ TEST(CatalogTurns, AreWaitedForUntilTheOneBeforeIsOver)
         InterlockedExchange(&isOver, 1);
     });
     WaitForSingleObject(had, 20000);
+    m_waits.isPatient = true;
     // It is let go when the wait has begun.
-    static HANDLE s_goOn;
-    static const test::ImportPatch<decltype(&WaitForMultipleObjects)>* s_patch;
-    s_goOn = goOn;
+    m_waits.onWait = [goOn] { SetEvent(goOn); };
     {
-        const test::ImportPatch<decltype(&WaitForMultipleObjects)> patch(
-            "WaitForMultipleObjects",
-            [](DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) -> DWORD {
-                SetEvent(s_goOn);
-                return s_patch->Original()(count, handles, all, milliseconds);
-            });
-        s_patch = &patch;
         const CatalogTurn turn(kFile);
         EXPECT_EQ(turn.Result(), S_OK);
         EXPECT_EQ(InterlockedExchange(&isOver, 0), 1);
@@ -124,24 +96,22 @@ TEST(CatalogTurns, AreWaitedForUntilTheOneBeforeIsOver)
     CloseHandle(goOn);
 }
 
-TEST(CatalogTurns, AreNotWaitedForAnyLongerWhenTheExitEventIsSignalled)
+TEST_F(CatalogTurns, AreNotWaitedForAnyLongerWhenTheExitEventIsSignalled)
 {
     const HANDLE event = CreateEventW(nullptr, TRUE, TRUE, nullptr);
     {
         const CatalogTurn turn(kFile);
-        std::thread([&] {
-            // In its own time: the event ends the wait.
-            EXPECT_EQ(CatalogTurn(kFile, event).Result(), S_FALSE);
-        }).join();
+        m_waits.isPatient = true; // the event ends the wait
+        EXPECT_EQ(AskOnAnotherThread(kFile, event), S_FALSE);
+        m_waits.isPatient = false;
         ResetEvent(event);
-        const ImpatientWaits waits;
-        std::thread([&] { EXPECT_EQ(CatalogTurn(kFile, event).Result(), kBusy); }).join();
+        EXPECT_EQ(AskOnAnotherThread(kFile, event), kBusy);
     }
     EXPECT_EQ(CatalogTurn(kFile, event).Result(), S_OK);
     CloseHandle(event);
 }
 
-TEST(CatalogTurns, OfADeadThreadAreOver)
+TEST_F(CatalogTurns, OfADeadThreadAreOver)
 {
     const CatalogTurn* turn = nullptr;
     const HANDLE had = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -156,35 +126,34 @@ TEST(CatalogTurns, OfADeadThreadAreOver)
     CloseHandle(had);
 }
 
-TEST(CatalogTurns, AreTakenWithOtherProcessesUntilTheyDie)
+TEST_F(CatalogTurns, AreTakenWithOtherProcessesUntilTheyDie)
 {
+    m_waits.isPatient = true; // for the other process
     test::OtherProcess other(L"HaveTurn",
                              L"QANHELPERSAVE_C:/USERS/ME/VEL/QANHELPER/LAUNCHER/APPNAMELIST.XML");
-    const ImpatientWaits waits;
+    m_waits.isPatient = false;
     EXPECT_EQ(CatalogTurn(kFile).Result(), kBusy);
     ASSERT_EQ(other.End(), 0u);
     EXPECT_EQ(CatalogTurn(kFile).Result(), S_OK);
 }
 
-// The error with which a mutex cannot be made.
+// No mutex can be made, for this reason.
 class NoMutex
 {
 public:
     explicit NoMutex(DWORD error)
-        : m_patch("CreateMutexW", [](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) -> HANDLE {
-              SetLastError(s_error);
+        : m_patch("CreateMutexW", [error](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) {
+              SetLastError(error);
               return nullptr;
           })
     {
-        s_error = error;
     }
 
 private:
-    static inline DWORD s_error = 0;
-    test::ImportPatch<decltype(&CreateMutexW)> m_patch;
+    test::CapturingPatch<decltype(&CreateMutexW)> m_patch;
 };
 
-TEST(CatalogTurns, AreNotTakenWhereTheyCannotBe)
+TEST_F(CatalogTurns, AreNotTakenWhereTheyCannotBe)
 {
     const CatalogTurn turn(kFile);
     const NoMutex noMutex(ERROR_NOT_ENOUGH_MEMORY);
@@ -192,20 +161,20 @@ TEST(CatalogTurns, AreNotTakenWhereTheyCannotBe)
 }
 
 // An elevated process has it, and this one may not open its mutex.
-TEST(CatalogTurns, ThatMayNotBeWaitedForAreTaken)
+TEST_F(CatalogTurns, ThatMayNotBeWaitedForAreTaken)
 {
     const NoMutex noMutex(ERROR_ACCESS_DENIED);
     EXPECT_EQ(CatalogTurn(kFile).Result(), kBusy);
 }
 
-TEST(CatalogTurns, WhoseWaitFailsAreNotTakenEither)
+TEST_F(CatalogTurns, WhoseWaitFailsAreNotTakenEither)
 {
     const test::ImportPatch<decltype(&WaitForMultipleObjects)> patch(
         "WaitForMultipleObjects", [](DWORD, const HANDLE*, BOOL, DWORD) -> DWORD { return WAIT_FAILED; });
     EXPECT_EQ(CatalogTurn(kFile).Result(), S_OK);
 }
 
-TEST(CatalogTurns, OfSomebodyWhoTakesNoneAreNone)
+TEST_F(CatalogTurns, OfSomebodyWhoTakesNoneAreNone)
 {
     EXPECT_EQ(CatalogTurn().Result(), S_FALSE);
 }

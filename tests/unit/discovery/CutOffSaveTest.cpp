@@ -7,20 +7,12 @@
 #include "unit/discovery/FileSteps.h"
 #include "unit/discovery/Start.h"
 
-#include <gmock/gmock.h>
-
 #include <roapi.h>
 #include <shlwapi.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::AnyOf;
-using ::testing::Eq;
 
 constexpr DWORD kKilled = 77; // the exit code
 constexpr ULONG kPieceSize = 512;
@@ -33,25 +25,14 @@ class KilledProcess
 public:
     explicit KilledProcess(const std::wstring& argument)
         : m_killAt(std::stoi(argument)), m_fullAt(std::stoi(argument.substr(argument.find(L'|') + 1))),
-          m_host(argument.substr(argument.rfind(L'|') + 1)),
-          m_wait("WaitForSingleObject",
-                 [](HANDLE handle, DWORD milliseconds) -> DWORD {
-                     return s_process->Wait(handle, milliseconds);
-                 }),
-          m_store("RoInitialize", [](RO_INIT_TYPE) -> HRESULT { return E_FAIL; }),
-          m_stream("SHCreateStreamOnFileW",
-                   [](const wchar_t* path, DWORD mode, IStream** stream) -> HRESULT {
-                       return s_process->OpenStream(path, mode, stream);
-                   }),
-          m_steps([](const std::string&) { return s_process->Step(); })
+          m_host(argument.substr(argument.rfind(L'|') + 1))
     {
-        s_process = this;
     }
 
     int Run()
     {
         if (m_manager.Initialize() == S_OK) {
-            m_wait.Original()(m_manager.m_hRefreshThread, 20000);
+            m_wait.Original(m_manager.m_hRefreshThread, 20000);
             return 0;
         }
         return 1;
@@ -69,39 +50,42 @@ private:
     DWORD Wait(HANDLE handle, DWORD milliseconds)
     {
         if (handle != m_manager.m_hExitEvent || milliseconds == 0) {
-            return m_wait.Original()(handle, milliseconds);
+            return m_wait.Original(handle, milliseconds);
         }
         return ++m_waits == 1 ? WAIT_TIMEOUT : WAIT_OBJECT_0;
     }
     HRESULT OpenStream(const wchar_t* path, DWORD mode, IStream** stream)
     {
         if (mode == STGM_READ) {
-            return m_stream.Original()(path, mode, stream);
+            return m_stream.Original(path, mode, stream);
         }
         Step();
-        const HRESULT hr = m_stream.Original()(path, mode, stream);
-        *stream = new test::PiecewiseStream(*stream, kPieceSize, [this] {
+        const HRESULT hr = m_stream.Original(path, mode, stream);
+        *stream = new PiecewiseStream(*stream, kPieceSize, [this] {
             Step();
             return ++m_piece == m_fullAt ? STG_E_MEDIUMFULL : S_OK;
         });
         return hr;
     }
 
-    static inline KilledProcess* s_process = nullptr;
     int m_killAt;
     int m_fullAt;
     int m_step = 0;
     int m_piece = 0;
     int m_waits = 0;
-    test::HostExecutable m_host;
+    HostExecutable m_host;
     CQanhPackageManager m_manager;
-    test::ImportPatch<decltype(&WaitForSingleObject)> m_wait;
-    test::ImportPatch<decltype(&RoInitialize)> m_store;
-    test::ImportPatch<decltype(&SHCreateStreamOnFileW)> m_stream;
-    FileSteps m_steps;
+    CapturingPatch<decltype(&WaitForSingleObject)> m_wait{
+        "WaitForSingleObject",
+        [this](HANDLE handle, DWORD milliseconds) { return Wait(handle, milliseconds); }};
+    CapturingPatch<decltype(&RoInitialize)> m_store{"RoInitialize", Answer(E_FAIL)};
+    CapturingPatch<decltype(&SHCreateStreamOnFileW)> m_stream{
+        "SHCreateStreamOnFileW",
+        [this](const wchar_t* path, DWORD mode, IStream** stream) { return OpenStream(path, mode, stream); }};
+    FileSteps m_steps{[this](const std::string&) { return Step(); }};
 };
 
-const test::Part g_killedProcess(L"KilledProcess", [](const test::Part::Context& context) {
+const Part g_killedProcess(L"KilledProcess", [](const Part::Context& context) {
     return KilledProcess(context.Argument()).Run();
 });
 
@@ -122,9 +106,9 @@ protected:
         for (const std::wstring& kept : kKept) {
             xml += Record(kept, L" NeedReserve=\"1\"");
         }
-        m_old = test::ToUtf8(xml + L"</DesktopApps></Applications>");
-        test::MakeFile(kNew);
-        test::MakeFolder(m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs");
+        m_old = ToUtf8(xml + L"</DesktopApps></Applications>");
+        MakeFile(kNew);
+        MakeFolder(m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs");
         // The child is this executable too, with another one's name.
         m_host.Set(m_folder / (BaseName() + L".exe"));
     }
@@ -132,8 +116,8 @@ protected:
     // The result of the process that is killed at the step.
     DWORD KillAt(int step, int fullAt = 0) const
     {
-        return test::OtherProcess(L"KilledProcess", std::to_wstring(step) + L"|" + std::to_wstring(fullAt) +
-                                                        L"|" + m_host.Path())
+        return OtherProcess(L"KilledProcess",
+                            std::to_wstring(step) + L"|" + std::to_wstring(fullAt) + L"|" + m_host.Path())
             .End();
     }
 
@@ -168,8 +152,8 @@ protected:
         m_threadError = 0;
         EXPECT_EQ(hr, E_FAIL);
         EXPECT_NE(manager.m_AppNameList.GetPackage(L"mail_1"), nullptr);
-        EXPECT_FALSE(test::Exists(CatalogFile() + L".bak"));
-        EXPECT_FALSE(test::Exists(CatalogFile() + L".tmp"));
+        EXPECT_FALSE(Exists(CatalogFile() + L".bak"));
+        EXPECT_FALSE(Exists(CatalogFile() + L".tmp"));
         return Shortcuts(manager);
     }
 
@@ -192,13 +176,13 @@ protected:
     const std::vector<std::wstring> kKept = {L"C:\\a.lnk", L"C:\\b.lnk", L"C:\\c.lnk", L"C:\\d.lnk",
                                              L"C:\\e.lnk"};
     std::string m_old;
-    test::ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"All").c_str()};
-    test::ScopedEnvironment m_appData{L"APPDATA", (m_folder / L"Me").c_str()};
+    ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"All").c_str()};
+    ScopedEnvironment m_appData{L"APPDATA", (m_folder / L"Me").c_str()};
 };
 
 TEST_F(CutOffSave, LeavesTheOldCatalogOrTheNewOne)
 {
-    const Outcome outcome = KillAtEveryStep([this] { test::WriteFileBytes(CatalogFile(), m_old); });
+    const Outcome outcome = KillAtEveryStep([this] { WriteFileBytes(CatalogFile(), m_old); });
     // At the start one step, before the writing of the catalogue seven, then the opening and the pieces.
     EXPECT_GE(outcome.old, 11);
     EXPECT_GE(outcome.steps, 14);
@@ -207,7 +191,7 @@ TEST_F(CutOffSave, LeavesTheOldCatalogOrTheNewOne)
 
 TEST_F(CutOffSave, OfAFirstCatalogLeavesThePresetsRecordsOrTheNewCatalog)
 {
-    test::WriteFileBytes(PresetFile(), m_old);
+    WriteFileBytes(PresetFile(), m_old);
     const Outcome outcome = KillAtEveryStep([this] { DeleteFileW(CatalogFile().c_str()); });
     EXPECT_GE(outcome.old, 8);
     EXPECT_GT(outcome.steps, outcome.old);
@@ -215,7 +199,7 @@ TEST_F(CutOffSave, OfAFirstCatalogLeavesThePresetsRecordsOrTheNewCatalog)
 
 TEST_F(CutOffSave, WhileTheOldCatalogIsBroughtBackLeavesIt)
 {
-    const Outcome outcome = KillAtEveryStep([this] { test::WriteFileBytes(CatalogFile(), m_old); }, 2);
+    const Outcome outcome = KillAtEveryStep([this] { WriteFileBytes(CatalogFile(), m_old); }, 2);
     EXPECT_GE(outcome.steps, 10);
     EXPECT_EQ(outcome.old, outcome.steps);
 }
@@ -223,8 +207,8 @@ TEST_F(CutOffSave, WhileTheOldCatalogIsBroughtBackLeavesIt)
 TEST_F(CutOffSave, AfterAnotherOneThatWasCutOffLeavesTheOldCatalogOrTheNewOne)
 {
     const Outcome outcome = KillAtEveryStep([this] {
-        test::WriteFileBytes(CatalogFile(), m_old.substr(0, 100));
-        test::WriteFileBytes(CatalogFile() + L".bak", m_old);
+        WriteFileBytes(CatalogFile(), m_old.substr(0, 100));
+        WriteFileBytes(CatalogFile() + L".bak", m_old);
     });
     EXPECT_GE(outcome.old, 11);
     EXPECT_GT(outcome.steps, outcome.old);

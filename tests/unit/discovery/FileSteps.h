@@ -1,16 +1,12 @@
 #pragma once
 
-#include "support/ImportPatch.h"
-#include "support/Text.h"
+#include "support/Test.h"
 
-#include <windows.h>
-
-#include <functional>
 #include <map>
-#include <string>
-#include <vector>
 
 namespace discovery_test {
+
+using namespace test;
 
 // For FileSteps: the step fails with the error, every time.
 inline std::function<DWORD(const std::string&)> FailAt(const std::string& failing, DWORD error)
@@ -29,17 +25,11 @@ class FileSteps
 public:
     explicit FileSteps(std::function<DWORD(const std::string& step)> onStep =
                            [](const std::string&) { return DWORD{ERROR_SUCCESS}; })
-        : m_onStep(std::move(onStep)), m_create("CreateFileW", Create), m_read("ReadFile", Read),
-          m_write("WriteFile", Write), m_flush("FlushFileBuffers", Flush), m_move("MoveFileExW", Move),
-          m_delete("DeleteFileW", Delete), m_close("CloseHandle", Close)
+        : m_onStep(std::move(onStep))
     {
-        s_current = this;
     }
-    ~FileSteps() { s_current = nullptr; }
-    FileSteps(const FileSteps&) = delete;
-    FileSteps& operator=(const FileSteps&) = delete;
 
-    [[nodiscard]] const std::vector<std::string>& Get() const { return m_steps; }
+    [[nodiscard]] const Lines& Get() const { return m_steps; }
 
 private:
     // The file's name, empty when it is none of the catalogue's.
@@ -47,7 +37,7 @@ private:
     {
         const std::wstring whole = path;
         const std::wstring name = whole.substr(whole.rfind(L'\\') + 1);
-        return name.starts_with(L"AppNameList.xml") ? test::ToUtf8(name) : "";
+        return name.starts_with(L"AppNameList.xml") ? ToUtf8(name) : "";
     }
     // False, with the last error set: the call is to fail.
     bool GoesOn(const char* call, const std::string& names)
@@ -62,61 +52,51 @@ private:
     }
     bool GoesOn(const char* call, HANDLE file) { return GoesOn(call, m_files[file]); }
 
-    static HANDLE WINAPI Create(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
-                                DWORD disposition, DWORD flags, HANDLE pattern)
+    HANDLE Create(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                  DWORD disposition, DWORD flags, HANDLE pattern)
     {
         const std::string name = NameOf(path);
-        if (!s_current->GoesOn("open", name)) {
+        if (!GoesOn("open", name)) {
             return INVALID_HANDLE_VALUE;
         }
-        const HANDLE file =
-            s_current->m_create.Original()(path, access, share, security, disposition, flags, pattern);
+        const HANDLE file = m_create.Original(path, access, share, security, disposition, flags, pattern);
         if (file != INVALID_HANDLE_VALUE) {
-            s_current->m_files[file] = name;
+            m_files[file] = name;
         }
         return file;
     }
-    static BOOL WINAPI Close(HANDLE handle)
-    {
-        s_current->m_files.erase(handle);
-        return s_current->m_close.Original()(handle);
-    }
-    static BOOL WINAPI Read(HANDLE file, void* bytes, DWORD size, DWORD* read, OVERLAPPED* overlapped)
-    {
-        return s_current->GoesOn("read", file) &&
-               s_current->m_read.Original()(file, bytes, size, read, overlapped);
-    }
-    static BOOL WINAPI Write(HANDLE file, const void* bytes, DWORD size, DWORD* written,
-                             OVERLAPPED* overlapped)
-    {
-        return s_current->GoesOn("write", file) &&
-               s_current->m_write.Original()(file, bytes, size, written, overlapped);
-    }
-    static BOOL WINAPI Flush(HANDLE file)
-    {
-        return s_current->GoesOn("flush", file) && s_current->m_flush.Original()(file);
-    }
-    static BOOL WINAPI Move(const wchar_t* from, const wchar_t* to, DWORD flags)
-    {
-        return s_current->GoesOn("move", NameOf(from) + " to " + NameOf(to)) &&
-               s_current->m_move.Original()(from, to, flags);
-    }
-    static BOOL WINAPI Delete(const wchar_t* path)
-    {
-        return s_current->GoesOn("delete", NameOf(path)) && s_current->m_delete.Original()(path);
-    }
 
-    static inline FileSteps* s_current = nullptr;
     std::function<DWORD(const std::string&)> m_onStep;
-    std::vector<std::string> m_steps;
+    Lines m_steps;
     std::map<HANDLE, std::string> m_files;
-    test::ImportPatch<decltype(&CreateFileW)> m_create;
-    test::ImportPatch<decltype(&ReadFile)> m_read;
-    test::ImportPatch<decltype(&WriteFile)> m_write;
-    test::ImportPatch<decltype(&FlushFileBuffers)> m_flush;
-    test::ImportPatch<decltype(&MoveFileExW)> m_move;
-    test::ImportPatch<decltype(&DeleteFileW)> m_delete;
-    test::ImportPatch<decltype(&CloseHandle)> m_close;
+    CapturingPatch<decltype(&CreateFileW)> m_create{
+        "CreateFileW", [this](const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                              DWORD disposition, DWORD flags, HANDLE pattern) {
+            return Create(path, access, share, security, disposition, flags, pattern);
+        }};
+    CapturingPatch<decltype(&ReadFile)> m_read{
+        "ReadFile", [this](HANDLE file, void* bytes, DWORD size, DWORD* read, OVERLAPPED* overlapped) {
+            return GoesOn("read", file) && m_read.Original(file, bytes, size, read, overlapped);
+        }};
+    CapturingPatch<decltype(&WriteFile)> m_write{
+        "WriteFile",
+        [this](HANDLE file, const void* bytes, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
+            return GoesOn("write", file) && m_write.Original(file, bytes, size, written, overlapped);
+        }};
+    CapturingPatch<decltype(&FlushFileBuffers), 2> m_flush{
+        "FlushFileBuffers", [this](HANDLE file) { return GoesOn("flush", file) && m_flush.Original(file); }};
+    CapturingPatch<decltype(&MoveFileExW)> m_move{
+        "MoveFileExW", [this](const wchar_t* from, const wchar_t* to, DWORD flags) {
+            return GoesOn("move", NameOf(from) + " to " + NameOf(to)) && m_move.Original(from, to, flags);
+        }};
+    CapturingPatch<decltype(&DeleteFileW), 2> m_delete{"DeleteFileW", [this](const wchar_t* path) {
+                                                           return GoesOn("delete", NameOf(path)) &&
+                                                                  m_delete.Original(path);
+                                                       }};
+    CapturingPatch<decltype(&CloseHandle), 3> m_close{"CloseHandle", [this](HANDLE handle) {
+                                                          m_files.erase(handle);
+                                                          return m_close.Original(handle);
+                                                      }};
 };
 
 } // namespace discovery_test

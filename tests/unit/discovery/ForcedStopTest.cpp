@@ -1,35 +1,17 @@
 // How the package manager stops when its thread does not.
 
-#include "discovery/PackageManager.h"
-
-#include "common/DiagnosticLog.h"
 #include "unit/discovery/Stop.h"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
 
 // A thread that is not the refresh thread, and does not stop.
 class StopOfAStubbornThread : public PackageManagerStop
 {
 protected:
     StopOfAStubbornThread()
-        : m_terminate("TerminateThread", [](HANDLE thread, DWORD exitCode) -> BOOL {
-              s_stubborn->m_terminated.push_back({thread, exitCode});
-              return s_stubborn->m_terminate.Original()(thread, exitCode);
-          })
     {
-        s_stubborn = this;
         m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         // A thread that is terminated on its way in or out would take locks of the system with it.
         const HANDLE sleeps = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -41,7 +23,7 @@ protected:
             },
             sleeps, 0, nullptr);
         LetThreadRun();
-        m_wait.Original()(sleeps, 20000);
+        m_wait.Original(sleeps, 20000);
         SleepEx(20, FALSE);
         CloseHandle(sleeps);
         m_stubborn = m_manager.m_hRefreshThread;
@@ -56,32 +38,31 @@ protected:
             return milliseconds == 30000 ? m_answer : std::nullopt;
         };
     }
-    ~StopOfAStubbornThread() override { m_terminate.Original()(m_thread, 0); }
+    ~StopOfAStubbornThread() override { m_terminate.Original(m_thread, 0); }
 
-    static inline StopOfAStubbornThread* s_stubborn = nullptr;
-    test::ImportPatch<decltype(&TerminateThread)> m_terminate;
     HANDLE m_stubborn;
     std::vector<std::pair<HANDLE, DWORD>> m_terminated;
     std::vector<DWORD> m_threadWaits;
     bool m_wasSignalled = true;
     std::optional<DWORD> m_answer = WAIT_TIMEOUT; // of the long wait
+    CapturingPatch<decltype(&TerminateThread)> m_terminate{"TerminateThread",
+                                                           [this](HANDLE thread, DWORD exitCode) {
+                                                               m_terminated.emplace_back(thread, exitCode);
+                                                               return m_terminate.Original(thread, exitCode);
+                                                           }};
 };
 
 TEST_F(StopOfAStubbornThread, IsTerminatedAfterThirtySeconds)
 {
     m_manager.Finalize();
-    ASSERT_EQ(m_terminated.size(), 1u);
-    EXPECT_EQ(m_terminated[0], std::pair(m_stubborn, DWORD{0}));
+    EXPECT_THAT(m_terminated, ElementsAre(std::pair(m_stubborn, DWORD{0})));
     ASSERT_FALSE(m_threadWaits.empty());
     EXPECT_EQ(m_threadWaits[0], 30000u);
     EXPECT_TRUE(m_wasSignalled);
     EXPECT_EQ(ThreadExitCode(), 0u);
     EXPECT_TRUE(IsEventSignalled());
     ExpectNothingHeld();
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn +
-                                                Lines{"CQanhPackageManager::WaitThreadExit IN",
-                                                      "CQanhPackageManager::WaitThreadExit OUT"} +
-                                                kFinalizeOut));
+    EXPECT_EQ(m_log.Lines(), FinalizeLines(Call("CQanhPackageManager::WaitThreadExit")));
 }
 
 TEST_F(StopOfAStubbornThread, LeavesACatalogThatCanBeUsed)
@@ -99,7 +80,7 @@ TEST_F(StopOfAStubbornThread, IsNotTerminatedWhenTheWaitFails)
     EXPECT_THAT(m_terminated, IsEmpty());
     EXPECT_THAT(m_threadWaits, ElementsAre(30000u));
     ExpectNothingHeld();
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kFinalizeOut));
+    EXPECT_EQ(m_log.Lines(), FinalizeLines());
 }
 
 TEST_F(StopOfAStubbornThread, ClosesEveryHandleOnce)
@@ -116,14 +97,7 @@ class ThreadExit : public Pass
 {
 protected:
     ThreadExit()
-        : m_exitCode("GetExitCodeThread", [](HANDLE thread, DWORD* exitCode) -> BOOL {
-              EXPECT_EQ(thread, kThread);
-              s_exit->m_steps.push_back(L"exit code");
-              *exitCode = ++s_exit->m_rounds > s_exit->m_activeRounds ? 5 : STILL_ACTIVE;
-              return TRUE;
-          })
     {
-        s_exit = this;
         m_onOtherWait = [this](HANDLE handle, DWORD milliseconds) -> std::optional<DWORD> {
             if (handle != kThread) {
                 return std::nullopt;
@@ -131,48 +105,50 @@ protected:
             m_steps.push_back(L"wait " + std::to_wstring(milliseconds));
             return m_rounds >= m_signalledRound ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
         };
-        m_sleep.OnSleep(
-            [](DWORD milliseconds) { s_exit->m_steps.push_back(L"sleep " + std::to_wstring(milliseconds)); });
     }
 
-    static std::vector<std::wstring> Rounds(int count)
+    // So many whole rounds, and this much of one more.
+    static std::vector<std::wstring> Rounds(int count, const std::vector<std::wstring>& more)
     {
         std::vector<std::wstring> steps;
         for (int round = 0; round < count; ++round) {
             steps.insert(steps.end(), {L"exit code", L"wait 100", L"sleep 1"});
         }
+        steps.insert(steps.end(), more.begin(), more.end());
         return steps;
     }
 
-    static inline ThreadExit* s_exit = nullptr;
     static inline HANDLE const kThread = reinterpret_cast<HANDLE>(static_cast<INT_PTR>(0x7654));
-    test::FakeSleep m_sleep;
-    test::ImportPatch<decltype(&GetExitCodeThread)> m_exitCode;
     int m_rounds = 0;
     int m_activeRounds = 1000;   // how often the thread is still active
     int m_signalledRound = 1000; // when its handle is signalled
+    const SleepWatch m_sleep{
+        [this](DWORD milliseconds) { m_steps.push_back(L"sleep " + std::to_wstring(milliseconds)); }};
+    const CapturingPatch<decltype(&GetExitCodeThread)> m_exitCode{
+        "GetExitCodeThread", [this](HANDLE thread, DWORD* exitCode) {
+            EXPECT_EQ(thread, kThread);
+            m_steps.push_back(L"exit code");
+            *exitCode = ++m_rounds > m_activeRounds ? 5 : STILL_ACTIVE;
+            return TRUE;
+        }};
 };
 
 TEST_F(ThreadExit, IsWaitedForInThirtyTwoRounds)
 {
     CQanhPackageManager::WaitThreadExit(kThread);
-    EXPECT_EQ(m_steps, Rounds(32));
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhPackageManager::WaitThreadExit IN",
-                                           "CQanhPackageManager::WaitThreadExit OUT"));
+    EXPECT_EQ(m_steps, Rounds(32, {}));
+    EXPECT_EQ(m_log.Lines(), Call("CQanhPackageManager::WaitThreadExit"));
 }
 
 TEST_F(ThreadExit, IsNotWaitedForOnceItHasAnExitCode)
 {
-    m_activeRounds = 0;
-    CQanhPackageManager::WaitThreadExit(kThread);
-    EXPECT_THAT(m_steps, ElementsAre(L"exit code"));
-    m_steps.clear();
-    m_rounds = 0;
-    m_activeRounds = 2;
-    CQanhPackageManager::WaitThreadExit(kThread);
-    std::vector<std::wstring> expected = Rounds(2);
-    expected.push_back(L"exit code");
-    EXPECT_EQ(m_steps, expected);
+    for (const int activeRounds : {0, 2}) {
+        m_steps.clear();
+        m_rounds = 0;
+        m_activeRounds = activeRounds;
+        CQanhPackageManager::WaitThreadExit(kThread);
+        EXPECT_EQ(m_steps, Rounds(activeRounds, {L"exit code"}));
+    }
 }
 
 TEST_F(ThreadExit, IsNotWaitedForOnceItsHandleIsSignalled)
@@ -180,9 +156,7 @@ TEST_F(ThreadExit, IsNotWaitedForOnceItsHandleIsSignalled)
     // A thread may end with the very code that means that it is active.
     m_signalledRound = 3;
     CQanhPackageManager::WaitThreadExit(kThread);
-    std::vector<std::wstring> expected = Rounds(2);
-    expected.insert(expected.end(), {L"exit code", L"wait 100"});
-    EXPECT_EQ(m_steps, expected);
+    EXPECT_EQ(m_steps, Rounds(2, {L"exit code", L"wait 100"}));
 }
 
 } // namespace

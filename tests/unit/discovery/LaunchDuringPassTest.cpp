@@ -3,17 +3,11 @@
 #include "catalog/ExcludeList.h"
 #include "unit/discovery/ThreadRun.h"
 
-#include <gmock/gmock.h>
-
 #include <map>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class LaunchDuringPass : public RefreshThread
 {
@@ -38,8 +32,8 @@ TEST_F(LaunchDuringPass, SeesAtOnceWhatThePassHasFound)
         "<Applications><Package PackageFamilyName='gone'><MetroApp DisplayName='gone mail'/></Package>"
         "<DesktopApps><DesktopApp DisplayName='lost mail' LnkFileName='C:\\lost.lnk'/></DesktopApps>"
         "</Applications>");
-    test::WriteFileBytes(Common() + L"\\new mail.lnk", "");
-    test::WriteFileBytes(User() + L"\\own mail.url", "");
+    WriteFileBytes(Common() + L"\\new mail.lnk", "");
+    WriteFileBytes(User() + L"\\own mail.url", "");
     std::map<std::wstring, std::vector<std::wstring>> seen;
     m_onStep = [&](const std::wstring& step) { seen[step] = Excluded(); };
     EXPECT_EQ(Run(), 0u);

@@ -2,27 +2,14 @@
 
 #include "discovery/PackageManager.h"
 #include "support/HostExecutable.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-
-#include <gmock/gmock.h>
+#include "unit/discovery/Records.h"
 
 #include <cwchar>
 #include <mutex>
-#include <string>
-#include <vector>
 
 namespace discovery_test {
 
-using Lines = std::vector<std::string>;
-
-inline Lines operator+(Lines lines, const Lines& more)
-{
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
-}
+using namespace test;
 
 // A handle of the test's own to the same object.
 inline HANDLE Duplicate(HANDLE handle)
@@ -39,17 +26,7 @@ inline std::string CatalogOf(std::initializer_list<std::wstring> shortcuts)
     for (const std::wstring& shortcut : shortcuts) {
         xml += L"<DesktopApp DisplayName=\"x\" LnkFileName=\"" + shortcut + L"\" />";
     }
-    return test::ToUtf8(xml + L"</DesktopApps></Applications>");
-}
-
-// The paths of the catalogue's desktop applications, in its order.
-inline std::vector<std::wstring> Shortcuts(const CQanhPackageManager& manager)
-{
-    std::vector<std::wstring> shortcuts;
-    for (const WideString& shortcut : manager.m_AppNameList.DesktopShortcuts()) {
-        shortcuts.emplace_back(shortcut.c_str());
-    }
-    return shortcuts;
+    return ToUtf8(xml + L"</DesktopApps></Applications>");
 }
 
 // A package manager in a host of its own: the executable, its preset file and its catalogue folder lie in
@@ -59,44 +36,28 @@ inline std::vector<std::wstring> Shortcuts(const CQanhPackageManager& manager)
 class Manager : public ::testing::Test
 {
 protected:
-    Manager()
-        : m_createThread(
-              "CreateThread",
-              [](SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start, void* argument,
-                 DWORD flags, DWORD* id) -> HANDLE {
-                  s_current->m_threadStarts.push_back({security, stack, start, argument, flags, id});
-                  if (s_current->m_threadError != 0) {
-                      SetLastError(s_current->m_threadError);
-                      return nullptr;
-                  }
-                  return s_current->m_createThread.Original()(security, stack, start, argument,
-                                                              flags | CREATE_SUSPENDED, id);
-              })
-    {
-        s_current = this;
-        std::wmemset(CQanhPackageManager::m_szInstanceMutexName, L'\0', MAX_PATH);
-    }
+    Manager() { std::wmemset(CQanhPackageManager::m_szInstanceMutexName, L'\0', MAX_PATH); }
 
     ~Manager() override
     {
         // What a test left running is stopped the short way.
-        if (m_manager.m_hExitEvent) {
-            SetEvent(m_manager.m_hExitEvent);
-        }
+        SetEvent(m_manager.m_hExitEvent);
         if (m_manager.m_hRefreshThread) {
             LetThreadRun();
             WaitForSingleObject(m_manager.m_hRefreshThread, 20000);
-            CloseHandle(m_manager.m_hRefreshThread);
         }
-        if (m_manager.m_hExitEvent) {
-            CloseHandle(m_manager.m_hExitEvent);
+        Close(m_manager.m_hRefreshThread);
+        Close(m_manager.m_hExitEvent);
+        Close(CQanhPackageManager::m_hInstanceMutex);
+    }
+
+    // When there is one.
+    static void Close(HANDLE& handle)
+    {
+        if (handle) {
+            CloseHandle(handle);
         }
-        m_manager.m_hRefreshThread = nullptr;
-        m_manager.m_hExitEvent = nullptr;
-        if (CQanhPackageManager::m_hInstanceMutex) {
-            CloseHandle(CQanhPackageManager::m_hInstanceMutex);
-            CQanhPackageManager::m_hInstanceMutex = nullptr;
-        }
+        handle = nullptr;
     }
 
     void LetThreadRun() const { ResumeThread(m_manager.m_hRefreshThread); }
@@ -120,28 +81,39 @@ protected:
         return mutex != nullptr;
     }
 
-    // The lines of a log, as the operations write them. A path is printed as a narrow text: its first letter.
-    Lines ModuleNameLines() const
+    void ExpectNoHandles() const
     {
-        return {"CQanhPackageManager::GetModuleName IN", "CQanhPackageManager::GetModuleName OUT(L)"};
+        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
+        EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
+        EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);
     }
-    Lines FolderLines() const
+    // Another process of the executable can be the owner.
+    void ExpectNothingHeld() const
     {
-        return {"CQanhPackageManager::CreateAppNameListFolder IN",
-                "CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (183)",
-                std::string("CQanhPackageManager::CreateAppNameListFolder OUT(") +
-                    static_cast<char>(m_log.LocalAppData()[0]) + ")"};
+        ExpectNoHandles();
+        EXPECT_FALSE(MutexExists());
+    }
+
+    // The lines of a log, as the operations write them. A path is printed as a narrow text: its first letter.
+    static Lines ModuleNameLines() { return Call("CQanhPackageManager::GetModuleName", "(L)"); }
+    // The folder is there already, or cannot be made for another reason.
+    Lines FolderLines(int code = 183) const
+    {
+        return Call("CQanhPackageManager::CreateAppNameListFolder", FirstLetter(m_log.LocalAppData()),
+                    {"CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (" +
+                     std::to_string(code) + ")"});
     }
     Lines PresetLines() const
     {
-        return {"CQanhPackageManager::GetPresetAppNameFullPath IN",
-                std::string("CQanhPackageManager::GetPresetAppNameFullPath OUT(") +
-                    static_cast<char>(m_folder.Path()[0]) + ")"};
+        return Call("CQanhPackageManager::GetPresetAppNameFullPath", FirstLetter(m_folder.Path()));
     }
     static Lines LoadLines(const std::wstring& file, const std::string& result)
     {
-        return {"CQanhAppNameList::Load(" + test::ToUtf8(file) + ") IN",
-                "CQanhAppNameList::Load OUT(" + result + ")"};
+        return Call("CQanhAppNameList::Load(" + ToUtf8(file) + ")", "(" + result + ")");
+    }
+    static std::string FirstLetter(const std::wstring& path)
+    {
+        return std::string("(") + static_cast<char>(path[0]) + ")";
     }
 
     struct ThreadStart
@@ -154,16 +126,25 @@ protected:
         DWORD* id;
     };
 
-    test::TemporaryFolder m_folder;
-    test::HostExecutable m_host{m_folder / (BaseName() + L".x.exe")};
-    test::LogCapture m_log;
+    TemporaryFolder m_folder;
+    HostExecutable m_host{m_folder / (BaseName() + L".x.exe")};
+    LogCapture m_log;
     CQanhPackageManager m_manager;
     std::vector<ThreadStart> m_threadStarts;
     DWORD m_threadError = 0; // when not 0, no thread can be started
 
 private:
-    static inline Manager* s_current = nullptr;
-    test::ImportPatch<decltype(&CreateThread)> m_createThread;
+    CapturingPatch<decltype(&CreateThread)> m_createThread{
+        "CreateThread",
+        [this](SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start, void* argument,
+               DWORD flags, DWORD* id) -> HANDLE {
+            m_threadStarts.push_back({security, stack, start, argument, flags, id});
+            if (m_threadError != 0) {
+                SetLastError(m_threadError);
+                return nullptr;
+            }
+            return m_createThread.Original(security, stack, start, argument, flags | CREATE_SUSPENDED, id);
+        }};
 };
 
 // Sees every handle that the library closes, until the end of the scope. A handle that is closed twice shows
@@ -172,17 +153,6 @@ private:
 class ClosedHandles
 {
 public:
-    ClosedHandles()
-        : m_patch("CloseHandle", [](HANDLE handle) -> BOOL {
-              const BOOL done = s_current->m_patch.Original()(handle);
-              const std::lock_guard lock(s_current->m_lock);
-              s_current->m_closed.push_back(done ? handle : INVALID_HANDLE_VALUE);
-              return done;
-          })
-    {
-        s_current = this;
-    }
-
     [[nodiscard]] std::vector<HANDLE> Get() const
     {
         const std::lock_guard lock(m_lock);
@@ -190,10 +160,15 @@ public:
     }
 
 private:
-    static inline ClosedHandles* s_current = nullptr;
     mutable std::mutex m_lock;
-    test::ImportPatch<decltype(&CloseHandle)> m_patch;
     std::vector<HANDLE> m_closed;
+    CapturingPatch<decltype(&CloseHandle), 1> m_patch{"CloseHandle", [this](HANDLE handle) -> BOOL {
+                                                          const BOOL done = m_patch.Original(handle);
+                                                          const std::lock_guard lock(m_lock);
+                                                          m_closed.push_back(done ? handle
+                                                                                  : INVALID_HANDLE_VALUE);
+                                                          return done;
+                                                      }};
 };
 
 // Sees every look at a named mutex, until the end of the scope. One at a time.
@@ -208,18 +183,6 @@ public:
         HANDLE mutex; // null when there was none
     };
 
-    MutexLooks()
-        : m_patch("OpenMutexW", [](DWORD access, BOOL inherit, const wchar_t* name) -> HANDLE {
-              const HANDLE mutex = s_current->m_patch.Original()(access, inherit, name);
-              const DWORD error = GetLastError();
-              s_current->m_looks.push_back({access, inherit, name, mutex});
-              SetLastError(error);
-              return mutex;
-          })
-    {
-        s_current = this;
-    }
-
     [[nodiscard]] const std::vector<Look>& Get() const { return m_looks; }
 
     // Every look was for the right to wait only, not inherited, and for the mutex of this name.
@@ -233,9 +196,15 @@ public:
     }
 
 private:
-    static inline MutexLooks* s_current = nullptr;
-    test::ImportPatch<decltype(&OpenMutexW)> m_patch;
     std::vector<Look> m_looks;
+    CapturingPatch<decltype(&OpenMutexW)> m_patch{
+        "OpenMutexW", [this](DWORD access, BOOL inherit, const wchar_t* name) -> HANDLE {
+            const HANDLE mutex = m_patch.Original(access, inherit, name);
+            const DWORD error = GetLastError();
+            m_looks.push_back({access, inherit, name, mutex});
+            SetLastError(error);
+            return mutex;
+        }};
 };
 
 } // namespace discovery_test

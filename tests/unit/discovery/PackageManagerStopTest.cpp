@@ -1,29 +1,15 @@
 // How the package manager stops.
 
-#include "discovery/PackageManager.h"
-
-#include "common/DiagnosticLog.h"
 #include "unit/discovery/Stop.h"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 TEST_F(PackageManagerStop, BeforeAnyStartDoesNothing)
 {
     m_manager.Finalize();
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kFinalizeOut));
+    EXPECT_EQ(m_log.Lines(), FinalizeLines());
     DiagnosticLog::SetEnabled(false);
     const ClosedHandles closed;
     m_manager.Finalize();
@@ -32,42 +18,38 @@ TEST_F(PackageManagerStop, BeforeAnyStartDoesNothing)
 
 TEST_F(PackageManagerStop, OfAnotherProcessThanTheOwnerDoesNothing)
 {
-    test::WriteFileBytes(PresetFile(), "<Applications />");
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
+    WriteFileBytes(PresetFile(), "<Applications />");
+    HANDLE mutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
     ASSERT_EQ(m_manager.Initialize(), S_FALSE);
     m_log.Clear();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.Finalize();
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kFinalizeOut));
+    EXPECT_EQ(m_log.Lines(), FinalizeLines());
     EXPECT_THAT(sleep.Calls(), IsEmpty());
     // The owner's mutex is none of its business.
     EXPECT_TRUE(MutexExists());
-    CloseHandle(mutex);
+    Close(mutex);
 }
 
 TEST_F(PackageManagerStop, LooksAHundredTimesForTheEndOfTheFirstPass)
 {
     Start();
-    static std::size_t s_looks;
-    s_looks = 0;
-    test::FakeSleep sleep;
-    sleep.OnSleep([](DWORD) {
-        if (++s_looks == 100) {
-            s_stop->LetThreadWait();
+    int pauses = 0;
+    const SleepWatch sleep([&](DWORD) {
+        if (++pauses == 100) {
+            LetThreadWait();
         }
     });
     const MutexLooks looks;
     m_manager.Finalize();
-    EXPECT_THAT(sleep.Calls(), ElementsAreArray(std::vector<DWORD>(100, 100)));
+    EXPECT_EQ(sleep.Calls(), std::vector<DWORD>(100, 100));
     EXPECT_EQ(looks.Get().size(), 100u);
     looks.ExpectFor(MutexName());
     // No line tells that the looking was in vain; the thread finds the event signalled at its first wait.
-    EXPECT_THAT(ThreadLines(), ElementsAreArray(kFinalizeIn + StartLines() + kFinalizeOut));
-    EXPECT_EQ(ThreadExitCode(), 0u);
-    EXPECT_TRUE(IsEventSignalled());
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_EQ(ThreadLines(), FinalizeLines(StartLines()));
+    EXPECT_FALSE(Exists(CatalogFile()));
+    ExpectStopped(true);
     ExpectNameZeroed();
-    ExpectNothingHeld();
 }
 
 TEST_F(PackageManagerStop, ClosesEveryHandleOnce)
@@ -77,13 +59,11 @@ TEST_F(PackageManagerStop, ClosesEveryHandleOnce)
     std::vector<HANDLE> expected;
     std::vector<HANDLE> closed;
     {
-        static bool s_runs;
-        s_runs = false;
-        test::FakeSleep sleep;
-        sleep.OnSleep([](DWORD) {
-            if (!s_runs) {
-                s_runs = true;
-                s_stop->LetThreadWait();
+        bool runs = false;
+        const SleepWatch sleep([&](DWORD) {
+            if (!runs) {
+                runs = true;
+                LetThreadWait();
             }
         });
         const MutexLooks looks;
@@ -106,67 +86,49 @@ TEST_F(PackageManagerStop, DuringTheFirstSecondTheThreadEndsAtOnce)
 {
     Start();
     LetThreadWait();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     const DWORD start = GetTickCount();
     m_manager.Finalize();
     EXPECT_LT(GetTickCount() - start, 900u);
-    EXPECT_EQ(ThreadExitCode(), 0u);
-    EXPECT_TRUE(IsEventSignalled());
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     EXPECT_THAT(m_steps, IsEmpty());
+    ExpectStopped(true);
     ExpectNameZeroed();
-    ExpectNothingHeld();
 }
 
 TEST_F(PackageManagerStop, InRealTimeTheFirstPassIsWaitedForAndSaved)
 {
-    test::MakeFile(User() + L"\\A.lnk");
+    MakeFile(User() + L"\\A.lnk");
     Start();
     LetThreadWait();
     m_manager.Finalize();
-    EXPECT_EQ(ThreadExitCode(), 0u);
-    EXPECT_FALSE(IsEventSignalled());
-    EXPECT_THAT(test::ReadFileBytes(CatalogFile()), ::testing::HasSubstr("DisplayName=\"A\""));
+    EXPECT_THAT(ReadFileBytes(CatalogFile()), HasSubstr("DisplayName=\"A\""));
+    ExpectStopped(false);
     ExpectNameZeroed();
-    ExpectNothingHeld();
 }
 
 TEST_F(PackageManagerStop, AfterTheFirstPassLooksForNoMutex)
 {
-    m_passes = 1000; // only Finalize ends them
-    m_shortWaits = 1;
+    PassUntilFinalize();
     Start();
     LetThreadRun();
     WaitForEndOfPass();
     m_log.Clear();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     const MutexLooks looks;
     m_manager.Finalize();
     EXPECT_THAT(looks.Get(), IsEmpty());
     EXPECT_THAT(sleep.Calls(), IsEmpty());
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kPassesOut + kFinalizeOut));
-    EXPECT_EQ(ThreadExitCode(), 0u);
-    EXPECT_FALSE(IsEventSignalled());
-    ExpectNothingHeld();
+    EXPECT_EQ(m_log.Lines(), FinalizeLines(kPassesOut));
+    ExpectStopped(false);
 }
 
 // The thread is held up at a step of its first pass until the third look at the mutex.
 class StopDuringPass : public PackageManagerStop
 {
 protected:
-    StopDuringPass()
-    {
-        m_reached = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        m_goOn = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        m_passes = 1000; // only Finalize ends them
-        m_shortWaits = 1;
-        s_during = this;
-    }
-    ~StopDuringPass() override
-    {
-        CloseHandle(m_reached);
-        CloseHandle(m_goOn);
-    }
+    StopDuringPass() { PassUntilFinalize(); }
+    ~StopDuringPass() override { Close(m_goOn); }
 
     void StopWhileAt(const std::wstring& step)
     {
@@ -175,50 +137,43 @@ protected:
         m_onStep = [this, step](const std::wstring& reached) {
             if (reached == step) {
                 SetEvent(m_reached);
-                m_wait.Original()(m_goOn, 20000);
+                m_wait.Original(m_goOn, 20000);
             }
         };
         LetThreadRun();
-        ASSERT_EQ(m_wait.Original()(m_reached, 20000), DWORD{WAIT_OBJECT_0});
-        test::FakeSleep sleep;
-        sleep.OnSleep([](DWORD) {
-            if (++s_during->m_looks == 3) {
-                SetEvent(s_during->m_goOn);
+        ASSERT_TRUE(IsReached());
+        int looks = 0;
+        const SleepWatch sleep([&](DWORD) {
+            if (++looks == 3) {
+                SetEvent(m_goOn);
                 WaitForEndOfPass();
             }
         });
         m_manager.Finalize();
-        EXPECT_EQ(m_looks, 3);
         EXPECT_THAT(sleep.Calls(), ElementsAre(100u, 100u, 100u));
     }
 
-    static inline StopDuringPass* s_during = nullptr;
-    HANDLE m_reached = nullptr;
-    HANDLE m_goOn = nullptr;
-    int m_looks = 0;
+    HANDLE m_goOn = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     std::function<void()> m_onStart = [] {};
 };
 
 TEST_F(StopDuringPass, LooksUntilTheThreadHasClosedTheMutex)
 {
     StopWhileAt(L"save " + CatalogFile());
-    EXPECT_EQ(ThreadExitCode(), 0u);
-    EXPECT_TRUE(test::Exists(CatalogFile()));
-    EXPECT_FALSE(IsEventSignalled());
+    EXPECT_TRUE(Exists(CatalogFile()));
+    ExpectStopped(false);
     ExpectNameZeroed();
-    ExpectNothingHeld();
-    const Lines walks = WalkLines(Common()) + WalkLines(User());
-    EXPECT_THAT(ThreadLines(),
-                ElementsAreArray(StartLines() + kPassIn + kStore + walks + Lines{SaveLines()[0]} +
-                                 kFinalizeIn + Lines{SaveLines()[1]} + kNoMutex + kPassesOut + kFinalizeOut));
+    EXPECT_EQ(ThreadLines(),
+              StartLines() + kPassIn + kStore + WalksLines() + Lines{SaveLines()[0]} +
+                  FinalizeLines(Lines{SaveLines()[1], "OpenMutex() : Mutex none. "} + kPassesOut));
 }
 
 TEST_F(StopDuringPass, DoesNotCutTheFirstPassShort)
 {
-    test::MakeFile(User() + L"\\A.lnk");
+    MakeFile(User() + L"\\A.lnk");
     StopWhileAt(L"search " + Common() + L"\\*.lnk");
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(User() + L"\\A.lnk"));
-    EXPECT_TRUE(test::Exists(CatalogFile()));
+    EXPECT_TRUE(Exists(CatalogFile()));
 }
 
 TEST_F(StopDuringPass, DoesNotCloseTheMutexThatTheThreadHasClosed)
@@ -232,29 +187,26 @@ TEST_F(StopDuringPass, DoesNotCloseTheMutexThatTheThreadHasClosed)
     EXPECT_THAT(closed.Get(), Not(Contains(INVALID_HANDLE_VALUE)));
 }
 
+// The thread is in its second pass.
+
 TEST_F(PackageManagerStop, InALaterPassTheThreadSkipsWhatIsLeft)
 {
     m_passes = 1000; // only Finalize ends them
-    const HANDLE reached = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     int pass = 0;
     m_onStep = [&](const std::wstring& step) {
         if (step == L"store" && ++pass == 2) {
-            // What follows needs the end of the second pass.
-            m_shortWaits = 0;
-            SetEvent(reached);
-            m_wait.Original()(m_event, 20000);
+            WaitForFinalize();
         }
     };
     Start();
     LetThreadRun();
-    ASSERT_EQ(m_wait.Original()(reached, 20000), DWORD{WAIT_OBJECT_0});
-    const test::FakeSleep sleep;
+    ASSERT_TRUE(IsReached());
+    const FakeSleep sleep;
     m_manager.Finalize();
-    CloseHandle(reached);
     EXPECT_THAT(sleep.Calls(), IsEmpty());
     EXPECT_EQ(ThreadExitCode(), 0u);
     EXPECT_EQ(pass, 2);
-    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"save " + CatalogFile()), 1);
+    EXPECT_THAT(m_steps, Contains(L"save " + CatalogFile()).Times(1));
     ExpectNothingHeld();
 }
 
@@ -266,27 +218,22 @@ TEST_F(PackageManagerStop, AListOfSlowShortcutsIsNotLookedThroughToItsEnd)
         xml += L"<DesktopApp DisplayName=\"x\" LnkFileName=\"C:\\" + std::to_wstring(index) +
                L".lnk\" NeedReserve=\"1\" />";
     }
-    test::WriteFileBytes(CatalogFile(), test::ToUtf8(xml + L"</DesktopApps></Applications>"));
+    WriteFileBytes(CatalogFile(), ToUtf8(xml + L"</DesktopApps></Applications>"));
     m_passes = 1000; // only Finalize ends them
-    const HANDLE reached = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     int pass = 0;
     int looks = 0; // of the second pass
     m_onStep = [&](const std::wstring& step) {
         if (step == L"wait 180000") {
             ++pass;
-        } else if (pass == 1 && step.rfind(L"exists ", 0) == 0 && ++looks == 3) {
-            // What follows needs the end of the second pass.
-            m_shortWaits = 0;
-            SetEvent(reached);
-            m_wait.Original()(m_event, 20000);
+        } else if (pass == 1 && step.starts_with(L"exists ") && ++looks == 3) {
+            WaitForFinalize();
         }
     };
     Start();
     DiagnosticLog::SetEnabled(false);
     LetThreadRun();
-    ASSERT_EQ(m_wait.Original()(reached, 20000), DWORD{WAIT_OBJECT_0});
+    ASSERT_TRUE(IsReached());
     m_manager.Finalize();
-    CloseHandle(reached);
     EXPECT_EQ(looks, 3);
     ExpectNothingHeld();
 }
@@ -295,10 +242,10 @@ TEST_F(PackageManagerStop, WithoutAThreadTheEventIsSignalledAndClosed)
 {
     m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     m_event = Duplicate(m_manager.m_hExitEvent);
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.Finalize();
     EXPECT_TRUE(IsEventSignalled());
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kFinalizeOut));
+    EXPECT_EQ(m_log.Lines(), FinalizeLines());
     ExpectNothingHeld();
 }
 
@@ -306,10 +253,10 @@ TEST_F(PackageManagerStop, WithoutAnEventTheMutexIsGivenBack)
 {
     lstrcpyW(CQanhPackageManager::m_szInstanceMutexName, MutexName().c_str());
     CQanhPackageManager::m_hInstanceMutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_manager.Finalize();
     EXPECT_EQ(sleep.Calls().size(), 100u);
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kFinalizeOut));
+    EXPECT_EQ(m_log.Lines(), FinalizeLines());
     ExpectNameZeroed();
     ExpectNothingHeld();
 }
@@ -318,17 +265,17 @@ TEST_F(PackageManagerStop, AFailedStartLeavesNothingToStop)
 {
     m_threadError = ERROR_NOT_ENOUGH_MEMORY;
     ASSERT_EQ(m_manager.Initialize(), E_FAIL);
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     m_log.Clear();
     m_manager.Finalize();
     EXPECT_THAT(sleep.Calls(), IsEmpty());
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kFinalizeIn + kFinalizeOut));
+    EXPECT_EQ(m_log.Lines(), FinalizeLines());
     ExpectNothingHeld();
 }
 
 TEST_F(PackageManagerStop, AStartAfterwardsIsThatOfAnOwner)
 {
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     for (int round = 0; round < 3; ++round) {
         ASSERT_EQ(m_manager.Initialize(), S_OK);
         EXPECT_TRUE(MutexExists());

@@ -1,44 +1,30 @@
 // How the package manager starts in the first process of an executable.
 
-#include "discovery/PackageManager.h"
-
 #include "unit/discovery/Start.h"
-
-#include <gmock/gmock.h>
 
 #include <shlobj.h>
 
-#include <string>
-#include <utility>
+#include <thread>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
 
 TEST_F(PackageManagerStart, FirstProcessLoadsItsCatalogAndStartsTheThread)
 {
     WriteCatalog();
     WritePreset();
+    const FakeSleep sleep;
+    const MutexLooks looks;
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
     EXPECT_NE(m_manager.m_hExitEvent, nullptr);
     EXPECT_NE(m_manager.m_hRefreshThread, nullptr);
     EXPECT_NE(CQanhPackageManager::m_hInstanceMutex, nullptr);
-}
-
-TEST_F(PackageManagerStart, FirstProcessLooksAtNoMutex)
-{
-    WriteEmptyCatalog();
-    const test::FakeSleep sleep;
-    const MutexLooks looks;
-    EXPECT_EQ(m_manager.Initialize(), S_OK);
+    // It looks at no mutex.
     EXPECT_THAT(looks.Get(), IsEmpty());
     EXPECT_THAT(sleep.Calls(), IsEmpty());
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(InitializeLines(
-                                   OwnerLines() + LoadLines(CatalogFile(), "0x00000001"), "0x00000000")));
+    ExpectLog("0x00000000", CatalogLines());
 }
 
 TEST_F(PackageManagerStart, FirstRunLoadsThePreset)
@@ -47,39 +33,24 @@ TEST_F(PackageManagerStart, FirstRunLoadsThePreset)
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\preset.lnk"));
     EXPECT_NE(m_manager.m_hRefreshThread, nullptr);
-}
-
-TEST_F(PackageManagerStart, LogOfAFirstRun)
-{
-    WriteEmptyPreset();
-    EXPECT_EQ(m_manager.Initialize(), S_OK);
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAreArray(InitializeLines(
-                    OwnerLines() + PresetLines() + LoadLines(PresetFile(), "0x00000001"), "0x00000000")));
+    ExpectLog("0x00000000", OwnerLines() + LoadPresetLines());
 }
 
 TEST_F(PackageManagerStart, WithoutAnyFileTheThreadIsStartedAllTheSame)
 {
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_NE(m_manager.m_hRefreshThread, nullptr);
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(InitializeLines(
-                                   OwnerLines() + PresetLines() + LoadLines(PresetFile(), "0x80070002") +
-                                       Lines{"m_AppNameList.Load() failed. ErrCode = 0x80070002 "},
-                                   "0x00000000")));
+    ExpectLog("0x00000000", OwnerLines() + PresetLines() + FailedLoadLines(PresetFile(), "0x80070002"));
 }
 
 TEST_F(PackageManagerStart, ABrokenCatalogIsNotReplacedByThePreset)
 {
     WritePreset();
-    const std::string broken = "<Applications><MetroApps></Applications>";
-    test::WriteFileBytes(CatalogFile(), broken);
+    WriteFileBytes(CatalogFile(), "<Applications><MetroApps></Applications>");
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), IsEmpty());
     EXPECT_NE(m_manager.m_hRefreshThread, nullptr);
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(InitializeLines(
-                                   OwnerLines() + LoadLines(CatalogFile(), "0xC00CEE3B") +
-                                       Lines{"m_AppNameList.Load() failed. ErrCode = 0xC00CEE3B "},
-                                   "0x00000000")));
+    ExpectLog("0x00000000", OwnerLines() + FailedLoadLines(CatalogFile(), "0xC00CEE3B"));
 }
 
 TEST_F(PackageManagerStart, MutexAndExitEventHaveTheirNames)
@@ -102,31 +73,25 @@ TEST_F(PackageManagerStart, MutexIsNotOwnedByAnybody)
 {
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     // Whoever waits for it gets it: this would fail on another thread if the library owned it.
-    const HANDLE thread = CreateThread(
-        nullptr, 0, [](void* mutex) { return WaitForSingleObject(mutex, 0); },
-        CQanhPackageManager::m_hInstanceMutex, 0, nullptr);
-    ResumeThread(thread);
-    WaitForSingleObject(thread, 20000);
     DWORD result = WAIT_FAILED;
-    GetExitCodeThread(thread, &result);
-    CloseHandle(thread);
+    std::thread([&] { result = WaitForSingleObject(CQanhPackageManager::m_hInstanceMutex, 0); }).join();
     EXPECT_EQ(result, DWORD{WAIT_OBJECT_0});
 }
 
 TEST_F(PackageManagerStart, MutexIsCreatedForEverybodyAndNotTaken)
 {
-    static std::wstring s_name;
-    static bool s_plain;
-    const test::ImportPatch<decltype(&CreateMutexW)> patch(
-        "CreateMutexW", [](SECURITY_ATTRIBUTES* security, BOOL owned, const wchar_t* name) -> HANDLE {
-            s_plain = !security && !owned;
-            s_name = name;
+    std::wstring mutexName;
+    bool isPlain = false;
+    const CapturingPatch<decltype(&CreateMutexW)> patch(
+        "CreateMutexW", [&](SECURITY_ATTRIBUTES* security, BOOL owned, const wchar_t* name) {
+            isPlain = !security && !owned;
+            mutexName = name;
             SetLastError(ERROR_ACCESS_DENIED);
             return nullptr;
         });
     (void)m_manager.Initialize();
-    EXPECT_TRUE(s_plain);
-    EXPECT_EQ(s_name, MutexName());
+    EXPECT_TRUE(isPlain);
+    EXPECT_EQ(mutexName, MutexName());
 }
 
 class NamedMutex : public PackageManagerStart,
@@ -161,47 +126,36 @@ TEST_F(PackageManagerStart, ALongMutexNameIsCut)
     EXPECT_NE(CQanhPackageManager::m_hInstanceMutex, nullptr);
 }
 
+// The start of a log without the executable's path.
+const Lines kNoModuleName = Call("CQanhPackageManager::GetModuleName", "(0)") +
+                            Lines{"CQanhPackageManager::Initialize CreateMutex() success. "};
+
 TEST_F(PackageManagerStart, MutexWithoutTheExecutablesNameHasTheProductsAlone)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     m_host.FailNext(1);
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_STREQ(CQanhPackageManager::m_szInstanceMutexName, L"QanHelper");
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(InitializeLines(
-                                   Lines{"CQanhPackageManager::GetModuleName IN",
-                                         "CQanhPackageManager::GetModuleName OUT(0)",
-                                         "CQanhPackageManager::Initialize CreateMutex() success. "} +
-                                       FolderLines() + LoadLines(CatalogFile(), "0x00000001"),
-                                   "0x00000000")));
+    ExpectLog("0x00000000", kNoModuleName + FolderLines() + LoadLines(CatalogFile(), "0x00000001"));
 }
 
 TEST_F(PackageManagerStart, WithoutThePathsOfBothFilesItFails)
 {
-    m_host.FailNext(test::HostExecutable::kAlways);
+    m_host.FailNext(HostExecutable::kAlways);
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
-    EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
-    EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);
-    EXPECT_THAT(m_threadStarts, IsEmpty());
     // The next process of the executable is to be the owner.
-    EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhPackageManager::Initialize IN",                      //
-                                           "CQanhPackageManager::GetModuleName IN",                   //
-                                           "CQanhPackageManager::GetModuleName OUT(0)",               //
-                                           "CQanhPackageManager::Initialize CreateMutex() success. ", //
-                                           "CQanhPackageManager::CreateAppNameListFolder IN",         //
-                                           "CQanhPackageManager::CreateAppNameListFolder OUT(0)",     //
-                                           "CQanhPackageManager::GetPresetAppNameFullPath IN",        //
-                                           "CQanhPackageManager::GetPresetAppNameFullPath OUT(0)",    //
-                                           "CQanhPackageManager::Initialize OUT(0x80004005)"));
+    ExpectNotOwner();
+    ExpectLog("0x80004005", kNoModuleName + Call("CQanhPackageManager::CreateAppNameListFolder", "(0)") +
+                                Call("CQanhPackageManager::GetPresetAppNameFullPath", "(0)"));
 }
 
 TEST_F(PackageManagerStart, WithoutACatalogFolderThePresetIsLoaded)
 {
     WriteCatalog();
     WritePreset();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     for (const std::wstring& value : {std::wstring(), L"C:\\" + std::wstring(300, L'x')}) {
-        const test::ScopedEnvironment environment(L"LOCALAPPDATA", value.empty() ? nullptr : value.c_str());
+        const ScopedEnvironment environment(L"LOCALAPPDATA", value.empty() ? nullptr : value.c_str());
         CQanhPackageManager manager;
         m_threadError = ERROR_NOT_ENOUGH_MEMORY;
         EXPECT_EQ(manager.Initialize(), E_FAIL);
@@ -212,17 +166,11 @@ TEST_F(PackageManagerStart, WithoutACatalogFolderThePresetIsLoaded)
 
 TEST_F(PackageManagerStart, AFolderThatCannotBeMadeIsNoFailure)
 {
-    WriteEmptyCatalog();
-    const test::ImportPatch<decltype(&SHCreateDirectoryExW)> patch(
+    WriteCatalog();
+    const ImportPatch<decltype(&SHCreateDirectoryExW)> patch(
         "SHCreateDirectoryExW", [](HWND, const wchar_t*, const SECURITY_ATTRIBUTES*) { return 5; });
     EXPECT_EQ(m_manager.Initialize(), S_OK);
-    Lines folder = FolderLines();
-    folder[1] = "CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (5)";
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAreArray(InitializeLines(
-                    ModuleNameLines() + Lines{"CQanhPackageManager::Initialize CreateMutex() success. "} +
-                        folder + LoadLines(CatalogFile(), "0x00000001"),
-                    "0x00000000")));
+    ExpectLog("0x00000000", OwnerLines(5) + LoadLines(CatalogFile(), "0x00000001"));
 }
 
 TEST_F(PackageManagerStart, ThreadIsStartedWithTheManagerAsItsArgument)
@@ -238,14 +186,11 @@ TEST_F(PackageManagerStart, ThreadIsStartedWithTheManagerAsItsArgument)
 
 TEST_F(PackageManagerStart, ThreadThatDoesNotStartIsAFailure)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     m_threadError = ERROR_NOT_ENOUGH_MEMORY;
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     ExpectNothingHeld();
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAreArray(InitializeLines(OwnerLines() + LoadLines(CatalogFile(), "0x00000001") +
-                                                     Lines{"CreateThread() failed. ErrCode = 8 "},
-                                                 "0x80004005")));
+    ExpectLog("0x80004005", CatalogLines() + Lines{"CreateThread() failed. ErrCode = 8 "});
 }
 
 TEST_F(PackageManagerStart, ThreadThatDoesNotStartHidesTheFailureOfTheLoad)
@@ -256,26 +201,22 @@ TEST_F(PackageManagerStart, ThreadThatDoesNotStartHidesTheFailureOfTheLoad)
 
 TEST_F(PackageManagerStart, EventThatCannotBeMadeIsAFailure)
 {
-    static std::wstring s_name;
-    static bool s_manualReset;
-    const test::ImportPatch<decltype(&CreateEventW)> patch(
-        "CreateEventW",
-        [](SECURITY_ATTRIBUTES* security, BOOL manual, BOOL signalled, const wchar_t* name) -> HANDLE {
-            s_name = name;
-            s_manualReset = !security && manual && !signalled;
+    std::wstring eventName;
+    bool isManualReset = false;
+    const CapturingPatch<decltype(&CreateEventW)> patch(
+        "CreateEventW", [&](SECURITY_ATTRIBUTES* security, BOOL manual, BOOL signalled, const wchar_t* name) {
+            eventName = name;
+            isManualReset = !security && manual && !signalled;
             SetLastError(ERROR_INVALID_HANDLE);
             return nullptr;
         });
-    WriteEmptyCatalog();
+    WriteCatalog();
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
-    EXPECT_EQ(s_name, EventName());
-    EXPECT_TRUE(s_manualReset);
+    EXPECT_EQ(eventName, EventName());
+    EXPECT_TRUE(isManualReset);
     ExpectNothingHeld();
     EXPECT_THAT(m_threadStarts, IsEmpty());
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAreArray(InitializeLines(OwnerLines() + LoadLines(CatalogFile(), "0x00000001") +
-                                                     Lines{"CreateEventW() failed. ErrCode = 6 "},
-                                                 "0x80004005")));
+    ExpectLog("0x80004005", CatalogLines() + Lines{"CreateEventW() failed. ErrCode = 6 "});
 }
 
 TEST_F(PackageManagerStart, ASecondStartDoesNothing)
@@ -296,13 +237,13 @@ TEST_F(PackageManagerStart, ASecondStartDoesNothing)
 
 TEST_F(PackageManagerStart, AnEventWithoutAThreadIsNotAStart)
 {
-    WriteEmptyCatalog();
+    WriteCatalog();
     HoldMutexElsewhere();
-    const test::FakeSleep sleep;
-    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    m_manager.m_hExitEvent = event;
+    const FakeSleep sleep;
+    m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     (void)m_manager.Initialize();
-    EXPECT_EQ(m_log.Lines().size(), InitializeLines(OtherLines() + PresetLines() + Lines(3), "").size());
+    // The whole log of a start without a preset: entry and exit line, and three of the load that fails.
+    EXPECT_EQ(m_log.Lines().size(), (OtherLines() + PresetLines()).size() + 3 + 2);
 }
 
 TEST_F(PackageManagerStart, ASecondTryAfterAFailureIsThatOfAnOwner)

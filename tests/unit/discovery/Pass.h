@@ -6,8 +6,6 @@
 
 #include <shlwapi.h>
 
-#include <optional>
-
 namespace discovery_test {
 
 // A package manager whose refresh passes are watched and steered: what a pass asks of the platform is noted
@@ -18,30 +16,7 @@ class Pass : public Manager
 {
 protected:
     Pass()
-        : m_wait("WaitForSingleObject",
-                 [](HANDLE handle, DWORD milliseconds) -> DWORD {
-                     return s_current->Wait(handle, milliseconds);
-                 }),
-          m_exists("PathFileExistsW",
-                   [](const wchar_t* path) -> BOOL {
-                       s_current->Step(L"exists " + std::wstring(path));
-                       return s_current->m_exists.Original()(path);
-                   }),
-          m_search("FindFirstFileW",
-                   [](const wchar_t* pattern, WIN32_FIND_DATAW* found) -> HANDLE {
-                       s_current->Step(L"search " + std::wstring(pattern));
-                       return s_current->m_search.Original()(pattern, found);
-                   }),
-          m_save("SHCreateStreamOnFileW", [](const wchar_t* path, DWORD mode, IStream** stream) -> HRESULT {
-              // The same call opens files for reading.
-              if (mode != STGM_READ) {
-                  s_current->Step(L"save " + std::wstring(path));
-              }
-              return s_current->m_saveResult != S_OK ? s_current->m_saveResult
-                                                     : s_current->m_save.Original()(path, mode, stream);
-          })
     {
-        s_current = this;
         m_store.objects.At("FindPackagesByUserSecurityId", [this] { Step(L"store"); });
         m_store.contents.onFamily = [this](const std::wstring& name) { Step(L"family " + name); };
         m_settings.SetDword(L"RefreshInterval", 3);
@@ -66,10 +41,10 @@ protected:
     {
         if (handle != m_exitEvent) {
             const std::optional<DWORD> answer = m_onOtherWait(handle, milliseconds);
-            return answer ? *answer : m_wait.Original()(handle, milliseconds);
+            return answer ? *answer : m_wait.Original(handle, milliseconds);
         }
         if (milliseconds == 0) {
-            return m_wait.Original()(handle, milliseconds);
+            return m_wait.Original(handle, milliseconds);
         }
         ++m_waits;
         Step(L"wait " + std::to_wstring(milliseconds));
@@ -79,34 +54,34 @@ protected:
         if (m_waits > m_passes) {
             SetEvent(handle);
         }
-        return m_wait.Original()(handle, m_waits > m_shortWaits ? 20000 : 0);
+        return m_wait.Original(handle, m_waits > m_shortWaits ? 20000 : 0);
     }
 
-    static Lines WalkLines(const std::wstring& folder)
+    // Of a folder without shortcuts and folders; or with this error, without a folder.
+    static Lines WalkLines(const std::wstring& folder, const std::string& error = "2")
     {
         const std::string narrow = test::ToUtf8(folder);
         const std::string walk = "CQanhPackageManager::RefreshDesktopApps";
-        const std::string add = "CQanhPackageManager::AddLinkFileToList";
-        return {walk + "(" + narrow + ") IN",    add + "(" + narrow + ") IN",
-                narrow + "\\*.lnk Errcode = 2 ", add + "(" + narrow + ") IN",
-                narrow + "\\*.url Errcode = 2 ", walk + " OUT(0x00000000)"};
+        const std::string add = "CQanhPackageManager::AddLinkFileToList(" + narrow + ") IN";
+        return {walk + "(" + narrow + ") IN",
+                add,
+                narrow + "\\*.lnk Errcode = " + error + " ",
+                add,
+                narrow + "\\*.url Errcode = " + error + " ",
+                error == "2" ? walk + " OUT(0x00000000)" : "Errcode = " + error + " "};
     }
+    Lines WalksLines() const { return WalkLines(Common()) + WalkLines(User()); }
     Lines StartLines() const
     {
         return Lines{"CQanhPackageManager::RefreshThread IN"} + FolderLines() +
-               Lines{"CQanhReg::GetRefreshInterval IN", "CQanhReg::GetDWORDRegVal IN",
-                     "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::GetRefreshInterval OUT(3)"};
+               Call("CQanhReg::GetRefreshInterval", "(3)", Call("CQanhReg::GetDWORDRegVal", "(1)"));
     }
-    Lines SaveLines() const
+    Lines SaveLines(const std::string& result = "0x00000000") const
     {
-        return {"CQanhAppNameList::Save(" + test::ToUtf8(CatalogFile()) + ") IN",
-                "CQanhAppNameList::Save OUT(0x00000000)"};
+        return Call("CQanhAppNameList::Save(" + test::ToUtf8(CatalogFile()) + ")", "(" + result + ")");
     }
     // A whole pass over an empty catalogue and empty folders.
-    Lines PassLines() const
-    {
-        return kPassIn + kStore + WalkLines(Common()) + WalkLines(User()) + SaveLines();
-    }
+    Lines PassLines() const { return kPassIn + kStore + WalksLines() + SaveLines(); }
 
     // The log without what the Store queries and the catalogue's records write: of those, one line each.
     Lines ThreadLines() const
@@ -115,21 +90,18 @@ protected:
         const std::string package = "QanhIsInstalled";
         Lines lines;
         std::string inside; // the operation whose lines are left out
-        for (const std::string& line : m_log.Lines()) {
-            if (inside.empty()) {
-                if (line == store + " IN") {
-                    inside = store;
-                    lines.push_back("(store)");
-                } else if (line.rfind(package + "(", 0) == 0) {
-                    inside = package;
-                    lines.push_back(line);
-                } else if (line.rfind("CQanhAppNameList::AddDesktopApp", 0) != 0 &&
-                           line.rfind("CQanhAppNameList::IsInDesktopAppList", 0) != 0 &&
-                           line.rfind("CQanhDesktopApp::", 0) != 0 && line.rfind("CQanhPackage::", 0) != 0) {
-                    lines.push_back(line);
-                }
-            } else if (line.rfind(inside + " OUT", 0) == 0) {
-                inside.clear();
+        for (const std::string& line :
+             LinesWithout({"CQanhAppNameList::AddDesktopApp", "CQanhAppNameList::IsInDesktopAppList",
+                           "CQanhDesktopApp::", "CQanhPackage::"},
+                          m_log.Lines())) {
+            if (!inside.empty()) {
+                inside = line.starts_with(inside + " OUT") ? "" : inside;
+            } else if (line == store + " IN") {
+                inside = store;
+                lines.push_back("(store)");
+            } else {
+                inside = line.starts_with(package + "(") ? package : "";
+                lines.push_back(line);
             }
         }
         return lines;
@@ -157,13 +129,26 @@ protected:
     };
     HRESULT m_saveResult = S_OK;
 
-    test::ImportPatch<decltype(&WaitForSingleObject)> m_wait;
-    test::ImportPatch<decltype(&PathFileExistsW)> m_exists;
-    test::ImportPatch<decltype(&FindFirstFileW)> m_search;
-    test::ImportPatch<decltype(&SHCreateStreamOnFileW)> m_save;
-
-private:
-    static inline Pass* s_current = nullptr;
+    test::CapturingPatch<decltype(&WaitForSingleObject)> m_wait{
+        "WaitForSingleObject",
+        [this](HANDLE handle, DWORD milliseconds) { return Wait(handle, milliseconds); }};
+    test::CapturingPatch<decltype(&PathFileExistsW)> m_exists{"PathFileExistsW", [this](const wchar_t* path) {
+                                                                  Step(L"exists " + std::wstring(path));
+                                                                  return m_exists.Original(path);
+                                                              }};
+    test::CapturingPatch<decltype(&FindFirstFileW)> m_search{
+        "FindFirstFileW", [this](const wchar_t* pattern, WIN32_FIND_DATAW* found) {
+            Step(L"search " + std::wstring(pattern));
+            return m_search.Original(pattern, found);
+        }};
+    test::CapturingPatch<decltype(&SHCreateStreamOnFileW)> m_save{
+        "SHCreateStreamOnFileW", [this](const wchar_t* path, DWORD mode, IStream** stream) {
+            // The same call opens files for reading.
+            if (mode != STGM_READ) {
+                Step(L"save " + std::wstring(path));
+            }
+            return m_saveResult != S_OK ? m_saveResult : m_save.Original(path, mode, stream);
+        }};
 };
 
 } // namespace discovery_test

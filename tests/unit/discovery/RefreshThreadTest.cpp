@@ -1,39 +1,21 @@
 // The refresh thread from its start to its end.
 
-#include "discovery/PackageManager.h"
-
 #include "common/DiagnosticLog.h"
 #include "unit/discovery/ThreadRun.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
+#include <atomic>
 
 namespace {
 
 using namespace discovery_test;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
-TEST_F(RefreshThread, NeedsItsManager)
+TEST_F(RefreshThread, NeedsItsManagerWithAMutexAndWithout)
 {
     EXPECT_EQ(Run(nullptr), 87u);
     EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhPackageManager::RefreshThread IN",
                                            "CQanhPackageManager::RefreshThread OUT : nRet(0x80004003)"));
     EXPECT_THAT(m_steps, IsEmpty());
     ExpectMutexClosed();
-}
-
-TEST_F(RefreshThread, NeedsItsManagerEvenWithoutAMutex)
-{
-    CloseHandle(CQanhPackageManager::m_hInstanceMutex);
-    CQanhPackageManager::m_hInstanceMutex = nullptr;
     EXPECT_EQ(Run(nullptr), 87u);
 }
 
@@ -43,8 +25,7 @@ protected:
     void ExpectEarlyEnd()
     {
         EXPECT_EQ(Run(), 2011u);
-        EXPECT_THAT(m_log.Lines(),
-                    ElementsAreArray(Lines{"CQanhPackageManager::RefreshThread IN"} + FolderLines()));
+        EXPECT_EQ(m_log.Lines(), Lines{"CQanhPackageManager::RefreshThread IN"} + FolderLines());
         EXPECT_THAT(m_steps, IsEmpty());
         EXPECT_FALSE(IsExitEventSignalled());
         ExpectMutexClosed();
@@ -53,13 +34,13 @@ protected:
 
 TEST_P(RefreshThreadVariable, IsNeeded)
 {
-    const test::ScopedEnvironment environment(GetParam(), nullptr);
+    const ScopedEnvironment environment(GetParam(), nullptr);
     ExpectEarlyEnd();
 }
 
 TEST_P(RefreshThreadVariable, MustFit)
 {
-    const test::ScopedEnvironment environment(GetParam(), (L"C:\\" + std::wstring(257, L'x')).c_str());
+    const ScopedEnvironment environment(GetParam(), (L"C:\\" + std::wstring(257, L'x')).c_str());
     ExpectEarlyEnd();
 }
 
@@ -67,16 +48,15 @@ INSTANTIATE_TEST_SUITE_P(Names, RefreshThreadVariable, ::testing::Values(L"ALLUS
 
 TEST_F(RefreshThread, ReadsTheCommonVariableFirst)
 {
-    static std::vector<std::wstring> s_names;
-    s_names.clear();
-    const test::ImportPatch<decltype(&GetEnvironmentVariableW)> patch(
-        "GetEnvironmentVariableW", [](const wchar_t* name, wchar_t*, DWORD) -> DWORD {
-            s_names.push_back(name);
+    std::vector<std::wstring> names;
+    const CapturingPatch<decltype(&GetEnvironmentVariableW)> patch(
+        "GetEnvironmentVariableW", [&](const wchar_t* name, wchar_t*, DWORD) -> DWORD {
+            names.push_back(name);
             SetLastError(ERROR_ENVVAR_NOT_FOUND);
             return 0;
         });
     EXPECT_EQ(Run(), 2011u);
-    EXPECT_THAT(s_names, ElementsAre(L"LOCALAPPDATA", L"ALLUSERSPROFILE"));
+    EXPECT_THAT(names, ElementsAre(L"LOCALAPPDATA", L"ALLUSERSPROFILE"));
 }
 
 TEST_F(RefreshThread, StoppedDuringTheFirstSecondEndsAtOnce)
@@ -84,9 +64,9 @@ TEST_F(RefreshThread, StoppedDuringTheFirstSecondEndsAtOnce)
     m_exitAt = L"wait 1000";
     EXPECT_EQ(Run(), 0u);
     EXPECT_THAT(m_steps, ElementsAre(L"wait 1000"));
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(StartLines()));
+    EXPECT_EQ(m_log.Lines(), StartLines());
     EXPECT_TRUE(IsExitEventSignalled());
-    EXPECT_FALSE(test::Exists(CatalogFile()));
+    EXPECT_FALSE(Exists(CatalogFile()));
     ExpectMutexClosed();
 }
 
@@ -98,7 +78,7 @@ TEST_F(RefreshThread, WithoutAnEventItDoesNoMoreThanMarkAndAskTheStore)
     m_waitAnswer = WAIT_FAILED;
     EXPECT_EQ(Run(), 0u);
     EXPECT_THAT(m_steps, ElementsAre(L"wait 1000", L"exists C:\\none.lnk", L"store", L"wait 180000"));
-    EXPECT_THAT(ThreadLines(), ElementsAreArray(StartLines() + kPassIn + kStore + kPassesOut));
+    EXPECT_EQ(ThreadLines(), StartLines() + kPassIn + kStore + kPassesOut);
     ExpectMutexClosed();
 }
 
@@ -108,18 +88,18 @@ TEST_F(RefreshThread, PassesRepeatUntilTheEventIsSignalled)
     int pass = 0;
     m_onStep = [&](const std::wstring& step) {
         if (step == L"wait 180000" && ++pass == 1) {
-            test::MakeFile(User() + L"\\New.lnk");
+            MakeFile(User() + L"\\New.lnk");
         }
     };
     EXPECT_EQ(Run(), 0u);
     EXPECT_EQ(m_waits, 4);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(User() + L"\\New.lnk"));
     EXPECT_THAT(Saved(), HasSubstr("New"));
-    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"store"), 3);
-    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"save " + CatalogFile()), 3);
+    EXPECT_EQ(Steps(L"store"), 3);
+    EXPECT_EQ(Steps(L"save " + CatalogFile()), 3);
     // Found by the second pass, marked by the third.
-    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"exists " + User() + L"\\New.lnk"), 1);
-    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"wait 1000"), 1);
+    EXPECT_EQ(Steps(L"exists " + User() + L"\\New.lnk"), 1);
+    EXPECT_EQ(Steps(L"wait 1000"), 1);
 }
 
 TEST_F(RefreshThread, MutexIsClosedOnce)
@@ -158,22 +138,22 @@ TEST_F(RefreshThread, WithoutAMutexNoneIsClosed)
 
 TEST_F(RefreshThread, WaitsForTheIntervalOfTheSettings)
 {
-    const std::pair<DWORD, const wchar_t*> intervals[] = {
+    const std::pair<std::optional<DWORD>, const wchar_t*> intervals[] = {
         {1, L"wait 60000"},
         {720, L"wait 43200000"},
         {71582, L"wait 4294920000"},
         {71583, L"wait 12704"}, // the product wraps
+        {std::nullopt, L"wait 43200000"},
     };
     for (const auto& [minutes, wait] : intervals) {
-        m_settings.SetDword(L"RefreshInterval", minutes);
+        m_settings.DeleteValue(L"RefreshInterval");
+        if (minutes) {
+            m_settings.SetDword(L"RefreshInterval", *minutes);
+        }
         m_waits = 0;
         EXPECT_EQ(Run(), 0u);
         EXPECT_EQ(m_steps.back(), wait);
     }
-    m_settings.DeleteValue(L"RefreshInterval");
-    m_waits = 0;
-    EXPECT_EQ(Run(), 0u);
-    EXPECT_EQ(m_steps.back(), L"wait 43200000");
 }
 
 TEST_F(RefreshThread, ReadsTheIntervalOnceAtItsStart)
@@ -185,7 +165,7 @@ TEST_F(RefreshThread, ReadsTheIntervalOnceAtItsStart)
         }
     };
     EXPECT_EQ(Run(), 0u);
-    EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"wait 180000"), 2);
+    EXPECT_EQ(Steps(L"wait 180000"), 2);
 }
 
 TEST_F(RefreshThread, EndsWhenTheWaitFails)
@@ -203,7 +183,7 @@ TEST_F(RefreshThread, EndsWhenTheWaitFails)
             }
         };
         EXPECT_EQ(Run(), 0u);
-        EXPECT_EQ(std::count(m_steps.begin(), m_steps.end(), L"store"), 1);
+        EXPECT_EQ(Steps(L"store"), 1);
         EXPECT_FALSE(IsExitEventSignalled());
     }
 }
@@ -212,27 +192,24 @@ TEST(RefreshThreadInRealTime, WaitsAboutASecondBeforeItsFirstPass)
 {
     CQanhPackageManager manager;
     manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    static LONG s_passBegan;
-    s_passBegan = 0;
-    const test::FakeStore store;
-    const test::ImportPatch<decltype(&RoInitialize)> patch("RoInitialize", [](RO_INIT_TYPE) -> HRESULT {
-        InterlockedExchange(&s_passBegan, 1);
+    std::atomic<bool> hasPassBegun = false;
+    const FakeStore store;
+    const CapturingPatch<decltype(&RoInitialize)> patch("RoInitialize", [&](RO_INIT_TYPE) {
+        hasPassBegun = true;
         return E_FAIL;
     });
-    const test::TemporaryFolder folder;
-    const test::ScopedEnvironment localAppData(L"LOCALAPPDATA", folder.Path().c_str());
-    const test::ScopedEnvironment allUsers(L"ALLUSERSPROFILE", folder.Path().c_str());
-    const test::ScopedEnvironment appData(L"APPDATA", folder.Path().c_str());
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
+    const TemporaryFolder folder;
+    const ScopedEnvironment localAppData(L"LOCALAPPDATA", folder.Path().c_str());
+    const ScopedEnvironment allUsers(L"ALLUSERSPROFILE", folder.Path().c_str());
+    const ScopedEnvironment appData(L"APPDATA", folder.Path().c_str());
+    KeepModuleForThread();
     const HANDLE thread = CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, &manager, 0, nullptr);
     Sleep(800);
-    EXPECT_EQ(InterlockedExchange(&s_passBegan, 0), 0);
-    for (int wait = 0; wait < 100 && !InterlockedCompareExchange(&s_passBegan, 0, 0); ++wait) {
+    EXPECT_FALSE(hasPassBegun);
+    for (int wait = 0; wait < 100 && !hasPassBegun; ++wait) {
         Sleep(50);
     }
-    EXPECT_EQ(s_passBegan, 1);
+    EXPECT_TRUE(hasPassBegun);
     SetEvent(manager.m_hExitEvent);
     EXPECT_EQ(WaitForSingleObject(thread, 20000), DWORD{WAIT_OBJECT_0});
     CloseHandle(thread);

@@ -4,13 +4,9 @@
 #include "support/DocumentedReader.h"
 #include "unit/discovery/Start.h"
 
-#include <gmock/gmock.h>
-
 namespace {
 
 using namespace discovery_test;
-using ::testing::Contains;
-using ::testing::ElementsAre;
 
 class SavedFileStart : public PackageManagerStart
 {
@@ -29,7 +25,7 @@ protected:
         EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
     }
 
-    const test::DocumentedReaderInstead m_reader;
+    const DocumentedReaderInstead m_reader;
 };
 
 TEST_F(SavedFileStart, OfTheOwnerHasEveryRecordAndSucceeds)
@@ -41,7 +37,7 @@ TEST_F(SavedFileStart, OfTheOwnerHasEveryRecordAndSucceeds)
 TEST_F(SavedFileStart, OfAnotherProcessHasEveryRecordThoughItFails)
 {
     HoldMutexElsewhere();
-    test::FakeSleep sleep;
+    FakeSleep sleep;
     sleep.OnSleep([](DWORD) { LoseMutex(); }); // the owner's first pass ends
     EXPECT_EQ(m_manager.Initialize(), static_cast<HRESULT>(0xC00CEE01));
     ExpectAllLoaded();

@@ -3,16 +3,12 @@
 #include "support/OtherProcess.h"
 #include "unit/discovery/Start.h"
 
-namespace discovery_test {
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
+using namespace discovery_test;
 
 // A program that reads a file and lets nobody else at it meanwhile, as a backup may do.
-const test::Part g_holdFile(L"HoldFile", [](const test::Part::Context& context) {
+const Part g_holdFile(L"HoldFile", [](const Part::Context& context) {
     const HANDLE file = CreateFileW(context.Argument().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     context.ReadyUntilEnd();
@@ -20,11 +16,18 @@ const test::Part g_holdFile(L"HoldFile", [](const test::Part::Context& context) 
     return 0;
 });
 
+const std::string kTwoRecords = "<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\" />"
+                                "<DesktopApps><DesktopApp DisplayName=\"a\" LnkFileName=\"C:\\a.lnk\" />"
+                                "<DesktopApp DisplayName=\"b\" LnkFileName=\"C:\\b.lnk\" />"
+                                "</DesktopApps></Applications>";
+
 class SecondStart : public PackageManagerStart
 {
 protected:
-    void StartAndStop()
+    // With this catalogue; as a rule it is WriteCatalog()'s.
+    void StartAndStop(const std::string& catalog = CatalogOf({L"C:\\catalog.lnk"}))
     {
+        WriteFileBytes(CatalogFile(), catalog);
         ASSERT_EQ(m_manager.Initialize(), S_OK);
         SetEvent(m_manager.m_hExitEvent);
         LetThreadRun();
@@ -35,35 +38,27 @@ protected:
 
 TEST_F(SecondStart, HoldsEveryRecordOnce)
 {
-    WriteCatalog();
     StartAndStop();
     ASSERT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
     WriteCatalog();
     ASSERT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
+    ExpectLog("0x00000000", CatalogLines()); // the lines of the first
 }
 
 TEST_F(SecondStart, TakesWhatTheFileHoldsNow)
 {
-    WriteCatalog();
     StartAndStop();
-    test::WriteFileBytes(CatalogFile(), "<Applications><Package PackageFamilyName=\"mail_1\" /><DesktopApps>"
-                                        "<DesktopApp DisplayName=\"n\" LnkFileName=\"C:\\new.lnk\" />"
-                                        "</DesktopApps></Applications>");
+    WriteFileBytes(CatalogFile(), kTwoRecords);
     ASSERT_EQ(m_manager.Initialize(), S_OK);
-    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\new.lnk"));
+    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
     EXPECT_NE(m_manager.m_AppNameList.GetPackage(L"mail_1"), nullptr);
 }
 
 TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsHeldByAnotherProgram)
 {
-    test::WriteFileBytes(
-        CatalogFile(), "<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\" /><DesktopApps>"
-                       "<DesktopApp DisplayName=\"a\" LnkFileName=\"C:\\a.lnk\" />"
-                       "<DesktopApp DisplayName=\"b\" LnkFileName=\"C:\\b.lnk\" />"
-                       "</DesktopApps></Applications>");
-    StartAndStop();
-    const test::OtherProcess backup(L"HoldFile", CatalogFile());
+    StartAndStop(kTwoRecords);
+    const OtherProcess backup(L"HoldFile", CatalogFile());
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
     EXPECT_THAT(m_log.Lines(), Contains(StartsWith("m_AppNameList.Load() failed. ErrCode = 0x8")));
@@ -72,7 +67,6 @@ TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsHeldByAnotherProgram)
 
 TEST_F(SecondStart, KeepsEveryRecordWhenTheFileIsGone)
 {
-    WriteCatalog();
     StartAndStop();
     DeleteFileW(CatalogFile().c_str());
     EXPECT_EQ(m_manager.Initialize(), S_OK);
@@ -83,7 +77,7 @@ TEST_F(SecondStart, KeepsEveryRecordInAnotherProcessThanTheOwnerToo)
 {
     WritePreset();
     HoldMutexElsewhere();
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     ASSERT_EQ(m_manager.Initialize(), S_FALSE);
     ASSERT_EQ(DeleteFileW(PresetFile().c_str()), TRUE);
     EXPECT_EQ(m_manager.Initialize(), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
@@ -96,11 +90,10 @@ TEST_F(SecondStart, KeepsEveryRecordInAnotherProcessThanTheOwnerToo)
 // The file is what counts once it could be opened, however the reading of it ended.
 TEST_F(SecondStart, TakesWhatABrokenFileHoldsUpToItsFault)
 {
-    WriteCatalog();
     StartAndStop();
-    test::WriteFileBytes(CatalogFile(), "<Applications><DesktopApps>"
-                                        "<DesktopApp DisplayName=\"n\" LnkFileName=\"C:\\new.lnk\" />"
-                                        "<DesktopApp></DesktopApps>");
+    WriteFileBytes(CatalogFile(), "<Applications><DesktopApps>"
+                                  "<DesktopApp DisplayName=\"n\" LnkFileName=\"C:\\new.lnk\" />"
+                                  "<DesktopApp></DesktopApps>");
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(m_log.Lines(), Contains("m_AppNameList.Load() failed. ErrCode = 0xC00CEE3B "));
     EXPECT_EQ(Shortcuts(m_manager)[0], L"C:\\new.lnk");
@@ -109,21 +102,11 @@ TEST_F(SecondStart, TakesWhatABrokenFileHoldsUpToItsFault)
 
 TEST_F(SecondStart, TakesNothingFromAnEmptyFile)
 {
-    WriteCatalog();
     StartAndStop();
-    test::WriteFileBytes(CatalogFile(), "");
+    WriteFileBytes(CatalogFile(), "");
     EXPECT_EQ(m_manager.Initialize(), S_OK);
     EXPECT_THAT(m_log.Lines(), Contains(StartsWith("m_AppNameList.Load() failed. ErrCode = 0x")));
     EXPECT_THAT(Shortcuts(m_manager), IsEmpty());
-}
-
-TEST_F(SecondStart, WritesTheSameLinesAsTheFirst)
-{
-    WriteEmptyCatalog();
-    StartAndStop();
-    EXPECT_EQ(m_manager.Initialize(), S_OK);
-    EXPECT_EQ(m_log.Lines(),
-              InitializeLines(OwnerLines() + LoadLines(CatalogFile(), "0x00000001"), "0x00000000"));
 }
 
 TEST_F(PackageManagerStart, WhatStandsInTheCatalogBeforeTheFirstStartStays)
@@ -135,4 +118,3 @@ TEST_F(PackageManagerStart, WhatStandsInTheCatalogBeforeTheFirstStartStays)
 }
 
 } // namespace
-} // namespace discovery_test

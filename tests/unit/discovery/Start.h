@@ -2,8 +2,6 @@
 
 #include "unit/discovery/Manager.h"
 
-#include <string>
-
 namespace discovery_test {
 
 // The start of a package manager, with the lines that it writes.
@@ -24,9 +22,6 @@ protected:
 
     void WriteCatalog() const { test::WriteFileBytes(CatalogFile(), CatalogOf({L"C:\\catalog.lnk"})); }
     void WritePreset() const { test::WriteFileBytes(PresetFile(), CatalogOf({L"C:\\preset.lnk"})); }
-    // Without records, so that reading it leaves no lines of theirs.
-    void WriteEmptyCatalog() const { test::WriteFileBytes(CatalogFile(), "<Applications />"); }
-    void WriteEmptyPreset() const { test::WriteFileBytes(PresetFile(), "<Applications />"); }
 
     // Another process of the executable in its first pass, so far as this one can see it.
     static void HoldMutexElsewhere(const std::wstring& name = MutexName())
@@ -34,16 +29,28 @@ protected:
         s_otherMutex = CreateMutexW(nullptr, FALSE, name.c_str());
     }
 
-    Lines InitializeLines(const Lines& inner, const std::string& result) const
+    // The log of a start with this result, without the lines of the catalogue's records.
+    void ExpectLog(const std::string& result, const Lines& lines) const
     {
-        return Lines{"CQanhPackageManager::Initialize IN"} + inner +
-               Lines{"CQanhPackageManager::Initialize OUT(" + result + ")"};
+        EXPECT_EQ(LinesWithout({"CQanhDesktopApp::", "CQanhApp::", "CQanhAppNameList::AddDesktopApp",
+                                "CQanhAppNameList::IsInDesktopAppList", "CQanhAppNameList::ReadDesktopApps"},
+                               m_log.Lines()),
+                  Call("CQanhPackageManager::Initialize", "(" + result + ")", lines));
     }
     // Up to the choice of the file, in the owner.
-    Lines OwnerLines() const
+    Lines OwnerLines(int folderCode = 183) const
     {
         return ModuleNameLines() + Lines{"CQanhPackageManager::Initialize CreateMutex() success. "} +
-               FolderLines();
+               FolderLines(folderCode);
+    }
+    // What the owner writes when it loads its catalogue.
+    Lines CatalogLines() const { return OwnerLines() + LoadLines(CatalogFile(), "0x00000001"); }
+    // The same of the preset, after the lines so far.
+    Lines LoadPresetLines() const { return PresetLines() + LoadLines(PresetFile(), "0x00000001"); }
+    // A load with a result that is no success.
+    static Lines FailedLoadLines(const std::wstring& file, const std::string& result)
+    {
+        return LoadLines(file, result) + Lines{"m_AppNameList.Load() failed. ErrCode = " + result + " "};
     }
     // The same in another process. The line about the mutex has no end, so the next one follows it at once.
     Lines OtherLines() const
@@ -54,21 +61,11 @@ protected:
                      folder[0]} +
                Lines(folder.begin() + 1, folder.end());
     }
+    // Nothing of the owner's was made.
     void ExpectNotOwner() const
     {
-        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
-        EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
-        EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);
-        EXPECT_THAT(m_threadStarts, ::testing::IsEmpty());
-    }
-
-    // After a failed start another process of the executable can be the owner.
-    void ExpectNothingHeld() const
-    {
-        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
-        EXPECT_FALSE(MutexExists());
-        EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
-        EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);
+        ExpectNoHandles();
+        EXPECT_THAT(m_threadStarts, IsEmpty());
     }
 
     const std::string kNoMutex = "OpenMutex() : Mutex none. ";

@@ -1,35 +1,25 @@
 #pragma once
 
+#include "common/DiagnosticLog.h"
 #include "unit/discovery/Pass.h"
-
-#include <algorithm>
 
 namespace discovery_test {
 
-inline const Lines kFinalizeIn = {"CQanhPackageManager::Finalize IN"};
-inline const Lines kFinalizeOut = {"CQanhPackageManager::Finalize OUT"};
-inline const Lines kNoMutex = {"OpenMutex() : Mutex none. "};
+// What Finalize writes, around what the refresh thread writes meanwhile.
+inline Lines FinalizeLines(const Lines& thread = {})
+{
+    return Call("CQanhPackageManager::Finalize", "", thread);
+}
 
 // A package manager that is stopped, in every state of its refresh thread.
 class PackageManagerStop : public Pass
 {
-public:
-    // Lets the suspended thread run, with a real wait for its first second.
-    void LetThreadWait()
-    {
-        m_exitEvent = nullptr;
-        LetThreadRun();
-    }
-
 protected:
-    PackageManagerStop() { s_stop = this; }
     ~PackageManagerStop() override
     {
-        for (const HANDLE handle : {m_thread, m_event}) {
-            if (handle) {
-                CloseHandle(handle);
-            }
-        }
+        Close(m_thread);
+        Close(m_event);
+        Close(m_reached);
     }
 
     // Starts as the owner, with the thread suspended and an empty log, and keeps handles of the test's own.
@@ -43,25 +33,49 @@ protected:
         m_steps.clear();
     }
 
+    // Lets the suspended thread run, with a real wait for its first second.
+    void LetThreadWait()
+    {
+        m_exitEvent = nullptr;
+        LetThreadRun();
+    }
+
     DWORD ThreadExitCode() const
     {
         DWORD exitCode = 0;
         GetExitCodeThread(m_thread, &exitCode);
         return exitCode;
     }
-    bool IsEventSignalled() const { return m_wait.Original()(m_event, 0) == WAIT_OBJECT_0; }
-    void ExpectNothingHeld() const
+    bool IsEventSignalled() const { return m_wait.Original(m_event, 0) == WAIT_OBJECT_0; }
+
+    // Only Finalize ends the passes and the wait behind the first of them.
+    void PassUntilFinalize()
     {
-        EXPECT_EQ(m_manager.m_hExitEvent, nullptr);
-        EXPECT_EQ(m_manager.m_hRefreshThread, nullptr);
-        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
-        EXPECT_FALSE(MutexExists());
+        m_passes = 1000;
+        m_shortWaits = 1;
+    }
+    // The refresh thread is where the test wants it, and tells that by m_reached; only a failing test waits
+    // for long.
+    [[nodiscard]] bool IsReached() const { return m_wait.Original(m_reached, 20000) == WAIT_OBJECT_0; }
+    // For the refresh thread in its second pass: tells that it is there, and goes on when Finalize wants its
+    // end.
+    void WaitForFinalize()
+    {
+        m_shortWaits = 0; // what follows needs the end of the second pass
+        SetEvent(m_reached);
+        m_wait.Original(m_event, 20000);
+    }
+    // The thread has ended by itself, and all is given back.
+    void ExpectStopped(bool isEventSignalled)
+    {
+        EXPECT_EQ(ThreadExitCode(), 0u);
+        EXPECT_EQ(IsEventSignalled(), isEventSignalled);
+        ExpectNothingHeld();
     }
     static void ExpectNameZeroed()
     {
-        EXPECT_TRUE(std::all_of(std::begin(CQanhPackageManager::m_szInstanceMutexName),
-                                std::end(CQanhPackageManager::m_szInstanceMutexName),
-                                [](wchar_t unit) { return unit == L'\0'; }));
+        EXPECT_EQ(std::wstring(CQanhPackageManager::m_szInstanceMutexName, MAX_PATH),
+                  std::wstring(MAX_PATH, L'\0'));
     }
     // Waits until the refresh thread has closed the mutex, which ends its pass.
     static void WaitForEndOfPass()
@@ -73,8 +87,8 @@ protected:
         }
     }
 
-    static inline PackageManagerStop* s_stop = nullptr;
     HANDLE m_event = nullptr;
+    HANDLE m_reached = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     HANDLE m_thread = nullptr;
 };
 

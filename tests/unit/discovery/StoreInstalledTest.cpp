@@ -2,18 +2,9 @@
 
 #include "unit/discovery/StoreQueries.h"
 
-#include <gmock/gmock.h>
-
-#include <new>
-#include <string>
-#include <vector>
-
 namespace {
 
 using namespace store_test;
-using test::Apartment;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class IsInstalled : public StoreQueries
 {
@@ -26,6 +17,28 @@ protected:
     {
         return CQanhPackageManager::IsInstalledEx(familyName, fragment, &m_isInstalled);
     }
+    // Both questions about the family with the dependency "word" have this answer.
+    void ExpectBoth(HRESULT result, BOOL isInstalled)
+    {
+        m_isInstalled = 7;
+        EXPECT_EQ(Ask(), result);
+        EXPECT_EQ(m_isInstalled, isInstalled);
+        m_isInstalled = 7;
+        EXPECT_EQ(AskEx(L"word"), result);
+        EXPECT_EQ(m_isInstalled, isInstalled);
+    }
+
+    // The lines of a question about the family; the search for its package writes these on its way.
+    static Lines AskLines(const std::string& answer, const Lines& manager, const std::string& found)
+    {
+        return Call("CQanhPackageManager::IsInstalled(mail_1)", "(*pIsInstalled = " + answer + ")",
+                    Call("CQanhPackageManager::FindPackageByName(mail_1)", found, manager));
+    }
+    static Lines AskExLines(const std::string& answer, const Lines& manager, const std::string& found)
+    {
+        return Call("CQanhPackageManager::IsInstalledEx(mail_1)", "(*pIsInstalled = " + answer + ")",
+                    Call("CQanhPackageManager::FindPackageByNameEx(mail_1)", found, manager));
+    }
 
     BOOL m_isInstalled = 7; // neither true nor false: shows whether it was set
 };
@@ -33,15 +46,10 @@ protected:
 TEST_F(IsInstalled, TellsWhatWasFound)
 {
     m_store.Add(kFamily);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(), S_OK);
     EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::IsInstalled(mail_1) IN",
-                                         "CQanhPackageManager::FindPackageByName(mail_1) IN",
-                                         "CQanhPackageManager::GetPackageManager IN",
-                                         "CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                                         "CQanhPackageManager::FindPackageByName OUT",
-                                         "CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 1)"));
+    EXPECT_EQ(log.Lines(), AskLines("1", ManagerLines(), ""));
     EXPECT_EQ(Ask(L"none"), S_OK);
     EXPECT_EQ(m_isInstalled, 0);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 0)");
@@ -50,15 +58,10 @@ TEST_F(IsInstalled, TellsWhatWasFound)
 TEST_F(IsInstalled, ExTellsWhatWasFound)
 {
     m_store.Add(kFamily, {L"word"});
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(AskEx(L"Word"), S_OK);
     EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::IsInstalledEx(mail_1) IN",
-                                         "CQanhPackageManager::FindPackageByNameEx(mail_1) IN",
-                                         "CQanhPackageManager::GetPackageManager IN",
-                                         "CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                                         "CQanhPackageManager::FindPackageByNameEx OUT",
-                                         "CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 1)"));
+    EXPECT_EQ(log.Lines(), AskExLines("1", ManagerLines(), ""));
     EXPECT_EQ(AskEx(L"sheet"), S_OK);
     EXPECT_EQ(m_isInstalled, 0);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 0)");
@@ -68,100 +71,62 @@ TEST_F(IsInstalled, ExTellsWhatWasFound)
 
 TEST_F(IsInstalled, HoldsAnApartmentAroundThePackage)
 {
-    const test::FakePackage* package = m_store.Add(kFamily, {L"word"});
+    const FakePackage* package = m_store.Add(kFamily, {L"word"});
     std::vector<LONG> references;
     m_store.onUninitialize = [&] { references.push_back(package->References()); };
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), S_OK); }));
+    InApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), S_OK); });
     EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000000", "RoInitialize(0) = 0x00000001",
-                                       "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
-                                       "ActivateInstance", "QueryInterface",
-                                       "FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First",
-                                       "HasCurrent", "Current", "RoUninitialize", "RoUninitialize"));
+    EXPECT_EQ(Journal(), Lines{"RoInitialize(0) = 0x00000000"} +
+                             FindSteps("0x00000001", {"Current", "RoUninitialize", "RoUninitialize"}));
     EXPECT_THAT(references, ElementsAre(1, 0));
     references.clear();
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(AskEx(L"word"), S_OK); }));
+    InApartment(Apartment::kNone, [&] { EXPECT_EQ(AskEx(L"word"), S_OK); });
     EXPECT_THAT(references, ElementsAre(1, 0));
 }
 
 TEST_F(IsInstalled, WorksInEveryApartmentAndLeavesWhatItEntered)
 {
     m_store.Add(kFamily, {L"word"});
-    for (const Apartment apartment :
-         {Apartment::kNone, Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
-        EXPECT_TRUE(test::KeepsApartment(apartment, [&] {
-            m_isInstalled = 7;
-            EXPECT_EQ(Ask(), S_OK);
-            EXPECT_EQ(m_isInstalled, 1);
-            m_isInstalled = 7;
-            EXPECT_EQ(AskEx(L"word"), S_OK);
-            EXPECT_EQ(m_isInstalled, 1);
-        })) << ::testing::PrintToString(apartment);
+    for (const Apartment apartment : kEveryApartment) {
+        InApartment(apartment, [&] { ExpectBoth(S_OK, 1); });
     }
 }
 
 TEST_F(IsInstalled, NullAndEmptyArguments)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Ask(nullptr), E_POINTER);
     EXPECT_EQ(CQanhPackageManager::IsInstalled(kFamily, nullptr), E_POINTER);
     EXPECT_EQ(CQanhPackageManager::IsInstalled(L"", nullptr), E_POINTER);
     EXPECT_EQ(Ask(L""), E_INVALIDARG);
     EXPECT_EQ(AskEx(L"x", nullptr), E_POINTER);
     EXPECT_EQ(CQanhPackageManager::IsInstalledEx(kFamily, L"x", nullptr), E_POINTER);
+    EXPECT_EQ(CQanhPackageManager::IsInstalledEx(L"", L"x", nullptr), E_POINTER);
     EXPECT_EQ(AskEx(L"x", L""), E_INVALIDARG);
     EXPECT_EQ(m_isInstalled, 7);
     EXPECT_THAT(Journal(), IsEmpty());
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre(
-            "CQanhPackageManager::IsInstalled((null)) IN", "CQanhPackageManager::IsInstalled OUT(0x80004003)",
-            "CQanhPackageManager::IsInstalled(mail_1) IN", "CQanhPackageManager::IsInstalled OUT(0x80004003)",
-            "CQanhPackageManager::IsInstalled() IN", "CQanhPackageManager::IsInstalled OUT(0x80004003)",
-            "CQanhPackageManager::IsInstalled() IN", "CQanhPackageManager::IsInstalled OUT(0x80070057)",
-            "CQanhPackageManager::IsInstalledEx((null)) IN",
-            "CQanhPackageManager::IsInstalledEx OUT(0x80004003)",
-            "CQanhPackageManager::IsInstalledEx(mail_1) IN",
-            "CQanhPackageManager::IsInstalledEx OUT(0x80004003)", "CQanhPackageManager::IsInstalledEx() IN",
-            "CQanhPackageManager::IsInstalledEx OUT(0x80070057)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhPackageManager::IsInstalled((null))", "(0x80004003)") +
+                               Call("CQanhPackageManager::IsInstalled(mail_1)", "(0x80004003)") +
+                               Call("CQanhPackageManager::IsInstalled()", "(0x80004003)") +
+                               Call("CQanhPackageManager::IsInstalled()", "(0x80070057)") +
+                               Call("CQanhPackageManager::IsInstalledEx((null))", "(0x80004003)") +
+                               Call("CQanhPackageManager::IsInstalledEx(mail_1)", "(0x80004003)") +
+                               Call("CQanhPackageManager::IsInstalledEx()", "(0x80004003)") +
+                               Call("CQanhPackageManager::IsInstalledEx()", "(0x80070057)"));
 }
 
 TEST_F(IsInstalled, NothingIsWithoutAManager)
 {
     m_store.Add(kFamily, {L"word"});
     m_store.initializeResult = E_OUTOFMEMORY;
-    EXPECT_EQ(Ask(), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
-    m_isInstalled = 7;
-    EXPECT_EQ(AskEx(L"word"), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
+    const LogCapture log;
+    ExpectBoth(S_OK, 0);
+    const std::string failed = "(GetPackageManager failed.)";
+    EXPECT_EQ(log.Lines(), AskLines("0", ManagerLines("(0x8007000E)"), failed) +
+                               AskExLines("0", ManagerLines("(0x8007000E)"), failed));
     m_store.initializeResult.reset();
     m_store.objects.Fail("RoGetActivationFactory", REGDB_E_CLASSNOTREG);
-    m_isInstalled = 7;
-    EXPECT_EQ(Ask(), S_OK);
-    EXPECT_EQ(m_isInstalled, 0);
-}
-
-TEST_F(IsInstalled, WithoutAManagerIsLoggedAsNotInstalled)
-{
-    m_store.Add(kFamily, {L"word"});
-    m_store.initializeResult = E_OUTOFMEMORY;
-    const test::LogCapture log;
-    Ask();
-    AskEx(L"word");
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhPackageManager::IsInstalled(mail_1) IN",
-                            "CQanhPackageManager::FindPackageByName(mail_1) IN",
-                            "CQanhPackageManager::GetPackageManager IN",
-                            "CQanhPackageManager::GetPackageManager OUT(0x8007000E)",
-                            "CQanhPackageManager::FindPackageByName OUT(GetPackageManager failed.)",
-                            "CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 0)",
-                            "CQanhPackageManager::IsInstalledEx(mail_1) IN",
-                            "CQanhPackageManager::FindPackageByNameEx(mail_1) IN",
-                            "CQanhPackageManager::GetPackageManager IN",
-                            "CQanhPackageManager::GetPackageManager OUT(0x8007000E)",
-                            "CQanhPackageManager::FindPackageByNameEx OUT(GetPackageManager failed.)",
-                            "CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 0)"));
+    ExpectBoth(S_OK, 0);
 }
 
 TEST_F(IsInstalled, ExWithAnEmptyFragmentAsksForAnyDependency)
@@ -174,30 +139,23 @@ TEST_F(IsInstalled, ExWithAnEmptyFragmentAsksForAnyDependency)
     EXPECT_EQ(m_isInstalled, 1);
 }
 
-TEST_F(IsInstalled, ExNullArgumentsComeBeforeAnEmptyName)
-{
-    EXPECT_EQ(CQanhPackageManager::IsInstalledEx(L"", L"x", nullptr), E_POINTER);
-    EXPECT_THAT(Journal(), IsEmpty());
-}
-
 TEST_F(IsInstalled, AFailureOfTheFindingIsLoggedAndReturned)
 {
     m_store.Add(kFamily);
     m_store.objects.Fail("First", E_ACCESSDENIED);
-    const test::LogCapture log;
-    EXPECT_EQ(Ask(), E_FAIL);
-    EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalled OUT(" + Message(E_ACCESSDENIED) + ")");
-    EXPECT_EQ(AskEx(L"word"), E_FAIL);
-    EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalledEx OUT(" + Message(E_ACCESSDENIED) + ")");
-    EXPECT_EQ(m_isInstalled, 7);
+    const LogCapture log;
+    ExpectBoth(E_FAIL, 7);
+    const std::string out = " OUT(" + Message(E_ACCESSDENIED) + ")";
+    EXPECT_THAT(log.Lines(), Contains("CQanhPackageManager::IsInstalled" + out));
+    EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalledEx" + out);
 }
 
 TEST_F(IsInstalled, AnExceptionOfAnotherKindIsOutOfMemory)
 {
     m_store.Add(kFamily);
     m_store.objects.At("First", [] { throw std::bad_alloc(); });
-    const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), E_OUTOFMEMORY); }));
+    const LogCapture log;
+    InApartment(Apartment::kNone, [&] { EXPECT_EQ(Ask(), E_OUTOFMEMORY); });
     EXPECT_EQ(m_isInstalled, 7);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalled OUT(0x8007000E)");
 }
@@ -207,19 +165,12 @@ TEST_F(IsInstalled, SurvivesEveryFailingCall)
 {
     m_store.Add(kFamily, {L"sheet", L"word"});
     EXPECT_EQ(AskEx(L"word"), S_OK);
-    const std::size_t calls = m_store.objects.Calls();
-    ASSERT_GT(calls, 10u);
-    for (std::size_t index = 0; index < calls; ++index) {
-        m_store.objects.FailCall(m_store.objects.Calls() + index, E_ACCESSDENIED);
+    FailEachCall(10, [&](std::size_t index) {
         m_isInstalled = 7;
-        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] {
-            // Before the manager is there: not installed. After that: a failure.
-            const HRESULT hr = AskEx(L"word");
-            EXPECT_EQ(hr, index < 3 ? S_OK : E_FAIL) << index;
-            EXPECT_EQ(m_isInstalled, index < 3 ? 0 : 7) << index;
-        }));
-        EXPECT_EQ(Journal().back(), "RoUninitialize");
-    }
+        // Before the manager is there: not installed. After that: a failure.
+        EXPECT_EQ(AskEx(L"word"), index < 3 ? S_OK : E_FAIL);
+        EXPECT_EQ(m_isInstalled, index < 3 ? 0 : 7);
+    });
 }
 
 } // namespace

@@ -4,17 +4,9 @@
 
 #include "common/Apartment.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
-
 namespace {
 
 using namespace store_test;
-using test::Apartment;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // The system's package manager.
 
@@ -33,59 +25,48 @@ protected:
     BOOL m_needsUninitialize = 7; // neither true nor false: shows whether it was set
 };
 
-TEST_F(GetPackageManager, EntersTheRuntimeForAThreadWithoutAnApartment)
+TEST_F(GetPackageManager, EntersTheRuntimeWhichIsNotLeftInTheMultithreadedApartment)
 {
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] {
-        const test::LogCapture log;
-        EXPECT_TRUE(Get());
-        EXPECT_EQ(m_needsUninitialize, 1);
-        EXPECT_EQ(test::ApartmentOfThread(), Apartment::kSingleThreaded);
-        Leave();
-        EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::GetPackageManager IN",
-                                             "CQanhPackageManager::GetPackageManager OUT(0x00000000)"));
-    }));
-    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000000",
-                                       "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
-                                       "ActivateInstance", "QueryInterface", "RoUninitialize"));
-}
-
-TEST_F(GetPackageManager, EntersASingleThreadedApartmentOnceMore)
-{
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
-        EXPECT_TRUE(Get());
-        EXPECT_EQ(m_needsUninitialize, 1);
-        Leave();
-    }));
-    EXPECT_EQ(Journal().front(), "RoInitialize(0) = 0x00000001");
-}
-
-TEST_F(GetPackageManager, WorksInTheMultithreadedApartmentWhichIsNotLeft)
-{
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kMultithreaded, [&] {
-        EXPECT_TRUE(Get());
-        EXPECT_EQ(m_needsUninitialize, 0);
-    }));
-    EXPECT_EQ(Journal().front(), "RoInitialize(0) = 0x80010106");
+    const struct
+    {
+        Apartment apartment;
+        const char* entered;
+        BOOL needsUninitialize;
+        Apartment inside;
+    } rows[] = {{Apartment::kNone, "0x00000000", 1, Apartment::kSingleThreaded},
+                {Apartment::kSingleThreaded, "0x00000001", 1, Apartment::kSingleThreaded},
+                {Apartment::kMultithreaded, "0x80010106", 0, Apartment::kMultithreaded}};
+    for (const auto& row : rows) {
+        Journal().clear();
+        InApartment(row.apartment, [&] {
+            const LogCapture log;
+            EXPECT_TRUE(Get());
+            EXPECT_EQ(m_needsUninitialize, row.needsUninitialize);
+            EXPECT_EQ(ApartmentOfThread(), row.inside);
+            Leave();
+            EXPECT_EQ(log.Lines(), ManagerLines());
+        });
+        const Lines left(row.needsUninitialize ? 1 : 0, "RoUninitialize");
+        EXPECT_EQ(Journal(), ManagerSteps(row.entered, left));
+    }
 }
 
 TEST_F(GetPackageManager, WithoutAFlagThereIsNone)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhPackageManager::GetPackageManager(nullptr), nullptr);
     EXPECT_THAT(Journal(), IsEmpty());
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::GetPackageManager IN",
-                                         "CQanhPackageManager::GetPackageManager OUT(0x80004003)"));
+    EXPECT_EQ(log.Lines(), ManagerLines("(0x80004003)"));
 }
 
 TEST_F(GetPackageManager, WithoutTheRuntimeThereIsNone)
 {
     m_store.initializeResult = E_OUTOFMEMORY;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_FALSE(Get());
     EXPECT_EQ(m_needsUninitialize, 7);
     EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x8007000E"));
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::GetPackageManager IN",
-                                         "CQanhPackageManager::GetPackageManager OUT(0x8007000E)"));
+    EXPECT_EQ(log.Lines(), ManagerLines("(0x8007000E)"));
 }
 
 TEST_F(GetPackageManager, AFailingStepIsLoggedAndTheRuntimeStaysTheCallersToLeave)
@@ -93,15 +74,13 @@ TEST_F(GetPackageManager, AFailingStepIsLoggedAndTheRuntimeStaysTheCallersToLeav
     for (const char* call : {"RoGetActivationFactory", "ActivateInstance", "QueryInterface"}) {
         m_needsUninitialize = 7;
         m_store.objects.Fail(call, E_ACCESSDENIED, m_store.objects.Calls(call));
-        const test::LogCapture log;
-        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] {
+        const LogCapture log;
+        InApartment(Apartment::kNone, [&] {
             EXPECT_FALSE(Get()) << call;
             EXPECT_EQ(m_needsUninitialize, 1);
             Leave();
-        }));
-        EXPECT_THAT(log.Lines(),
-                    ElementsAre("CQanhPackageManager::GetPackageManager IN",
-                                "CQanhPackageManager::GetPackageManager " + Message(E_ACCESSDENIED)));
+        });
+        EXPECT_EQ(log.Lines(), FailedManagerLines());
     }
 }
 
@@ -112,14 +91,36 @@ class FindPackage : public StoreQueries
 {
 protected:
     // The package that is found, which is given back.
-    test::FakePackage* Find(const wchar_t* familyName = kFamily)
+    FakePackage* Find(const wchar_t* familyName = kFamily)
     {
-        return static_cast<test::FakePackage*>(CQanhPackageManager::FindPackageByName(familyName).Get());
+        return static_cast<FakePackage*>(CQanhPackageManager::FindPackageByName(familyName).Get());
     }
-    test::FakePackage* FindEx(const wchar_t* fragment, const wchar_t* familyName = kFamily)
+    FakePackage* FindEx(const wchar_t* fragment, const wchar_t* familyName = kFamily)
     {
-        return static_cast<test::FakePackage*>(
+        return static_cast<FakePackage*>(
             CQanhPackageManager::FindPackageByNameEx(familyName, fragment).Get());
+    }
+
+    // Each of the calls fails in turn: the search raises that, and has left the Windows Runtime.
+    template <typename Search>
+    void ExpectFailuresRaised(std::initializer_list<const char*> calls, Search search)
+    {
+        for (const char* call : calls) {
+            SCOPED_TRACE(call);
+            Journal().clear();
+            m_store.objects.Fail(call, E_ACCESSDENIED, m_store.objects.Calls(call));
+            const LogCapture log;
+            InApartment(Apartment::kNone, [&] {
+                try {
+                    search();
+                    ADD_FAILURE() << "nothing was raised";
+                } catch (const WinRtError& error) {
+                    EXPECT_EQ(error.Result(), E_ACCESSDENIED);
+                }
+            });
+            EXPECT_EQ(Journal().back(), "RoUninitialize");
+            EXPECT_EQ(log.Lines().size(), 3u); // no exit line
+        }
     }
 
     const ComApartment m_apartment{CoInitialize(nullptr)};
@@ -128,40 +129,29 @@ protected:
 TEST_F(FindPackage, IsTheFirstOfItsFamily)
 {
     m_store.Add(L"other");
-    test::FakePackage* first = m_store.Add(kFamily);
+    FakePackage* first = m_store.Add(kFamily);
     m_store.Add(kFamily);
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] {
-        const test::LogCapture log;
+    InApartment(Apartment::kSingleThreaded, [&] {
+        const LogCapture log;
         EXPECT_EQ(Find(), first);
-        EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::FindPackageByName(mail_1) IN",
-                                             "CQanhPackageManager::GetPackageManager IN",
-                                             "CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                                             "CQanhPackageManager::FindPackageByName OUT"));
-    }));
+        EXPECT_EQ(log.Lines(), Call("CQanhPackageManager::FindPackageByName(mail_1)", "", ManagerLines()));
+    });
     // The current user has an empty ID. No package but the first is looked at.
-    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000001",
-                                       "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
-                                       "ActivateInstance", "QueryInterface",
-                                       "FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First",
-                                       "HasCurrent", "Current", "RoUninitialize"));
+    EXPECT_EQ(Journal(), FindSteps("0x00000001", {"Current", "RoUninitialize"}));
 }
 
 TEST_F(FindPackage, EntersTheRuntimeForAThreadWithoutAnApartment)
 {
     m_store.Add(L"other");
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(Find(), nullptr); }));
-    EXPECT_THAT(Journal(), ElementsAre("RoInitialize(0) = 0x00000000",
-                                       "RoGetActivationFactory(Windows.Management.Deployment.PackageManager)",
-                                       "ActivateInstance", "QueryInterface",
-                                       "FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First",
-                                       "HasCurrent", "RoUninitialize"));
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] { EXPECT_EQ(FindEx(L""), nullptr); }));
+    InApartment(Apartment::kNone, [&] { EXPECT_EQ(Find(), nullptr); });
+    EXPECT_EQ(Journal(), FindSteps("0x00000000", {"RoUninitialize"}));
+    InApartment(Apartment::kNone, [&] { EXPECT_EQ(FindEx(L""), nullptr); });
     EXPECT_EQ(Journal().back(), "RoUninitialize");
 }
 
 TEST_F(FindPackage, IsHandedOutWithOneReference)
 {
-    test::FakePackage* package = m_store.Add(kFamily);
+    FakePackage* package = m_store.Add(kFamily);
     {
         const auto found = CQanhPackageManager::FindPackageByName(kFamily);
         EXPECT_EQ(package->References(), 1);
@@ -172,29 +162,34 @@ TEST_F(FindPackage, IsHandedOutWithOneReference)
     EXPECT_EQ(package->References(), 0);
 }
 
-TEST_F(FindPackage, IsNoneWhenTheFamilyHasNone)
+TEST_F(FindPackage, IsLookedForAnewEachTimeAndNoneWhenTheFamilyHasNone)
 {
     m_store.Add(L"other");
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Find(), nullptr);
     EXPECT_EQ(m_store.objects.Calls("Current"), 0u);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::FindPackageByName OUT");
+    EXPECT_EQ(FindEx(L"part"), nullptr);
+    FakePackage* package = m_store.Add(kFamily, {L"part"});
+    EXPECT_EQ(Find(), package);
+    EXPECT_EQ(FindEx(L"part"), package);
+    EXPECT_EQ(m_store.objects.Calls("ActivateInstance"), 4u);
 }
 
 TEST_F(FindPackage, HandsTheNameOnAsItIs)
 {
+    const std::string find = "FindPackagesByUserSecurityIdPackageFamilyName(, ";
     m_store.Add(kFamily);
     EXPECT_EQ(Find(L"MAIL_1"), nullptr);
     EXPECT_EQ(Find(L" \u5929%s"), nullptr);
-    EXPECT_THAT(Journal(), ::testing::Contains("FindPackagesByUserSecurityIdPackageFamilyName(, MAIL_1)"));
-    EXPECT_THAT(Journal(),
-                ::testing::Contains("FindPackagesByUserSecurityIdPackageFamilyName(,  \xE5\xA4\xA9%s)"));
+    EXPECT_THAT(Journal(), Contains(find + "MAIL_1)"));
+    EXPECT_THAT(Journal(), Contains(find + " \xE5\xA4\xA9%s)"));
 }
 
 TEST_F(FindPackage, TakesNamesOfAnyLength)
 {
     const std::wstring family(5000, L'f');
-    test::FakePackage* package = m_store.Add(family.c_str());
+    FakePackage* package = m_store.Add(family.c_str());
     EXPECT_EQ(Find(family.c_str()), package);
 }
 
@@ -202,72 +197,51 @@ TEST_F(FindPackage, TakesNamesOfAnyLength)
 TEST_F(FindPackage, HandsOnWhatIsNoWholeCharacter)
 {
     m_store.Add(L"f\xD801");
-    test::FakePackage* package = m_store.Add(L"f\xD800");
+    FakePackage* package = m_store.Add(L"f\xD800");
     EXPECT_EQ(Find(L"f\xD800"), package);
     EXPECT_EQ(FindEx(L"x", L"f\xDC00"), nullptr);
-}
-
-TEST_F(FindPackage, IsLookedForAnewEachTime)
-{
-    m_store.Add(L"other");
-    EXPECT_EQ(Find(), nullptr);
-    EXPECT_EQ(FindEx(L"part"), nullptr);
-    test::FakePackage* package = m_store.Add(kFamily, {L"part"});
-    EXPECT_EQ(Find(), package);
-    EXPECT_EQ(FindEx(L"part"), package);
-    EXPECT_EQ(m_store.objects.Calls("ActivateInstance"), 4u);
 }
 
 // The exit line comes when the thread is out of the Windows Runtime again.
 TEST_F(FindPackage, LeavesTheRuntimeBeforeItsExitLine)
 {
     m_store.Add(kFamily, {L"part"});
-    const test::LogCapture log;
-    std::vector<std::string> lastLines;
+    const LogCapture log;
+    Lines lastLines;
     m_store.onUninitialize = [&] { lastLines.push_back(log.Lines().back()); };
     Find();
     FindEx(L"part");
-    EXPECT_THAT(lastLines, ElementsAre("CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                                       "CQanhPackageManager::GetPackageManager OUT(0x00000000)"));
+    EXPECT_EQ(lastLines, Lines(2, "CQanhPackageManager::GetPackageManager OUT(0x00000000)"));
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::FindPackageByNameEx OUT");
 }
 
 TEST_F(FindPackage, WithoutANameIsNone)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Find(nullptr), nullptr);
     EXPECT_EQ(Find(L""), nullptr);
     EXPECT_EQ(FindEx(L"x", nullptr), nullptr);
     EXPECT_EQ(FindEx(L"x", L""), nullptr);
     EXPECT_THAT(Journal(), IsEmpty());
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::FindPackageByName((null)) IN",
-                                         "CQanhPackageManager::FindPackageByName OUT(0x80004003)",
-                                         "CQanhPackageManager::FindPackageByName() IN",
-                                         "CQanhPackageManager::FindPackageByName OUT(0x80070057)",
-                                         "CQanhPackageManager::FindPackageByNameEx((null)) IN",
-                                         "CQanhPackageManager::FindPackageByNameEx OUT(0x80004003)",
-                                         "CQanhPackageManager::FindPackageByNameEx() IN",
-                                         "CQanhPackageManager::FindPackageByNameEx OUT(0x80070057)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhPackageManager::FindPackageByName((null))", "(0x80004003)") +
+                               Call("CQanhPackageManager::FindPackageByName()", "(0x80070057)") +
+                               Call("CQanhPackageManager::FindPackageByNameEx((null))", "(0x80004003)") +
+                               Call("CQanhPackageManager::FindPackageByNameEx()", "(0x80070057)"));
 }
 
 TEST_F(FindPackage, WithoutAManagerIsNone)
 {
     m_store.Add(kFamily);
     m_store.objects.Fail("ActivateInstance", E_ACCESSDENIED);
-    const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] {
+    const LogCapture log;
+    InApartment(Apartment::kNone, [&] {
         EXPECT_EQ(Find(), nullptr);
         EXPECT_EQ(FindEx(L"x"), nullptr);
-    }));
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhPackageManager::FindPackageByName(mail_1) IN",
-                            "CQanhPackageManager::GetPackageManager IN",
-                            "CQanhPackageManager::GetPackageManager " + Message(E_ACCESSDENIED),
-                            "CQanhPackageManager::FindPackageByName OUT(GetPackageManager failed.)",
-                            "CQanhPackageManager::FindPackageByNameEx(mail_1) IN",
-                            "CQanhPackageManager::GetPackageManager IN",
-                            "CQanhPackageManager::GetPackageManager " + Message(E_ACCESSDENIED),
-                            "CQanhPackageManager::FindPackageByNameEx OUT(GetPackageManager failed.)"));
+    });
+    const std::string failed = "(GetPackageManager failed.)";
+    EXPECT_EQ(log.Lines(),
+              Call("CQanhPackageManager::FindPackageByName(mail_1)", failed, FailedManagerLines()) +
+                  Call("CQanhPackageManager::FindPackageByNameEx(mail_1)", failed, FailedManagerLines()));
 }
 
 TEST_F(FindPackage, WithoutTheRuntimeIsNone)
@@ -280,37 +254,22 @@ TEST_F(FindPackage, WithoutTheRuntimeIsNone)
 
 TEST_F(FindPackage, WorksInTheApartmentOfTheCaller)
 {
-    test::FakePackage* package = m_store.Add(kFamily, {L"part"});
+    FakePackage* package = m_store.Add(kFamily, {L"part"});
     for (const Apartment apartment : {Apartment::kSingleThreaded, Apartment::kMultithreaded}) {
         Journal().clear();
-        EXPECT_TRUE(test::KeepsApartment(apartment, [&] {
+        InApartment(apartment, [&] {
             EXPECT_EQ(Find(), package);
             EXPECT_EQ(FindEx(L"part"), package);
-        }));
-        const bool leaves = apartment != Apartment::kMultithreaded;
-        EXPECT_EQ(Journal().back() == "RoUninitialize", leaves);
+        });
+        EXPECT_EQ(Journal().back() == "RoUninitialize", apartment != Apartment::kMultithreaded);
     }
 }
 
 TEST_F(FindPackage, RaisesTheFailureOfACallAfterLeavingEverything)
 {
     m_store.Add(kFamily);
-    for (const char* call :
-         {"FindPackagesByUserSecurityIdPackageFamilyName", "First", "HasCurrent", "Current"}) {
-        Journal().clear();
-        m_store.objects.Fail(call, E_ACCESSDENIED, m_store.objects.Calls(call));
-        const test::LogCapture log;
-        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] {
-            try {
-                Find();
-                ADD_FAILURE() << call;
-            } catch (const WinRtError& error) {
-                EXPECT_EQ(error.Result(), E_ACCESSDENIED);
-            }
-        }));
-        EXPECT_EQ(Journal().back(), "RoUninitialize");
-        EXPECT_EQ(log.Lines().size(), 3u); // no exit line
-    }
+    ExpectFailuresRaised({"FindPackagesByUserSecurityIdPackageFamilyName", "First", "HasCurrent", "Current"},
+                         [this] { Find(); });
 }
 
 // The first package of a family that depends on another one.
@@ -319,22 +278,19 @@ TEST_F(FindPackage, ExIsTheFirstThatDependsOnTheFragment)
 {
     m_store.Add(kFamily);
     m_store.Add(kFamily, {L"other_1", L"something_1"});
-    test::FakePackage* third = m_store.Add(kFamily, {L"other_1", L"the.word.part_1", L"last_1"});
+    FakePackage* third = m_store.Add(kFamily, {L"other_1", L"the.word.part_1", L"last_1"});
     m_store.Add(kFamily, {L"the.word.part_1"});
-    const test::LogCapture log;
-    EXPECT_TRUE(test::KeepsApartment(Apartment::kSingleThreaded, [&] { EXPECT_EQ(FindEx(L"word"), third); }));
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackageManager::FindPackageByNameEx(mail_1) IN",
-                                         "CQanhPackageManager::GetPackageManager IN",
-                                         "CQanhPackageManager::GetPackageManager OUT(0x00000000)",
-                                         "CQanhPackageManager::FindPackageByNameEx OUT"));
+    const LogCapture log;
+    InApartment(Apartment::kSingleThreaded, [&] { EXPECT_EQ(FindEx(L"word"), third); });
+    EXPECT_EQ(log.Lines(), Call("CQanhPackageManager::FindPackageByNameEx(mail_1)", "", ManagerLines()));
     // The walk over dependencies ends at the first that matches; the walk over packages goes on to the end,
     // without asking the rest for dependencies.
-    EXPECT_THAT(std::vector<std::string>(Journal().begin() + 4, Journal().end()),
-                ElementsAre("FindPackagesByUserSecurityIdPackageFamilyName(, mail_1)", "First", "HasCurrent",
-                            "Current", "Dependencies", "Size", "MoveNext", "Current", "Dependencies", "Size",
-                            "GetAt(0)", "Id", "FamilyName", "GetAt(1)", "Id", "FamilyName", "MoveNext",
-                            "Current", "Dependencies", "Size", "GetAt(0)", "Id", "FamilyName", "GetAt(1)",
-                            "Id", "FamilyName", "MoveNext", "Current", "MoveNext", "RoUninitialize"));
+    const Lines dependencies = {"Current", "Dependencies", "Size"};
+    const Lines firstTwo = {"GetAt(0)", "Id", "FamilyName", "GetAt(1)", "Id", "FamilyName"};
+    EXPECT_EQ(Journal(),
+              FindSteps("0x00000001", dependencies + Lines{"MoveNext"} + dependencies + firstTwo +
+                                          Lines{"MoveNext"} + dependencies + firstTwo +
+                                          Lines{"MoveNext", "Current", "MoveNext", "RoUninitialize"}));
 }
 
 struct FragmentCase
@@ -351,7 +307,7 @@ class Fragment : public FindPackage, public ::testing::WithParamInterface<Fragme
 
 TEST_P(Fragment, IsLookedForInTheFamilyNameOfTheDependency)
 {
-    test::FakePackage* package = m_store.Add(kFamily, {GetParam().dependency});
+    FakePackage* package = m_store.Add(kFamily, {GetParam().dependency});
     EXPECT_EQ(FindEx(GetParam().fragment), GetParam().isFound ? package : nullptr);
 }
 
@@ -394,8 +350,8 @@ protected:
 
 TEST_P(LatinLetter, IsTheSameInEitherCase)
 {
-    test::FakePackage* capital = m_store.Add(L"capital", {L"1" + Capital() + L"2"});
-    test::FakePackage* small = m_store.Add(L"small", {L"1" + Small() + L"2"});
+    FakePackage* capital = m_store.Add(L"capital", {L"1" + Capital() + L"2"});
+    FakePackage* small = m_store.Add(L"small", {L"1" + Small() + L"2"});
     for (const std::wstring& letter : {Capital(), Small()}) {
         EXPECT_EQ(FindEx(letter.c_str(), L"capital"), capital);
         EXPECT_EQ(FindEx(letter.c_str(), L"small"), small);
@@ -421,7 +377,7 @@ INSTANTIATE_TEST_SUITE_P(Of, LatinLetter, ::testing::Range(L'A', static_cast<wch
 TEST_F(FindPackage, ExTakesFragmentsOfAnyLength)
 {
     const std::wstring fragment(5000, L'F');
-    test::FakePackage* package = m_store.Add(kFamily, {L"x" + std::wstring(5000, L'f') + L"y"});
+    FakePackage* package = m_store.Add(kFamily, {L"x" + std::wstring(5000, L'f') + L"y"});
     EXPECT_EQ(FindEx(fragment.c_str()), package);
     EXPECT_EQ(FindEx((fragment + L"z").c_str()), nullptr);
 }
@@ -429,7 +385,7 @@ TEST_F(FindPackage, ExTakesFragmentsOfAnyLength)
 TEST_F(FindPackage, ExWithAnEmptyFragmentIsTheFirstWithAnyDependency)
 {
     m_store.Add(kFamily);
-    test::FakePackage* second = m_store.Add(kFamily, {L"any"});
+    FakePackage* second = m_store.Add(kFamily, {L"any"});
     m_store.Add(kFamily, {L"other"});
     EXPECT_EQ(FindEx(L""), second);
 }
@@ -439,31 +395,16 @@ TEST_F(FindPackage, ExLooksAtDependenciesOfItsFamilyOnly)
     m_store.Add(L"other", {L"word"});
     m_store.Add(kFamily, {L"sheet"});
     EXPECT_EQ(FindEx(L"word"), nullptr);
-}
-
-TEST_F(FindPackage, ExDoesNotLookAtThePackagesOwnName)
-{
-    m_store.Add(kFamily, {L"word"});
-    EXPECT_EQ(FindEx(L"mail"), nullptr);
+    EXPECT_EQ(FindEx(L"mail"), nullptr) << "the package's own name";
 }
 
 TEST_F(FindPackage, ExRaisesTheFailureOfACallAfterLeavingEverything)
 {
     m_store.Add(kFamily, {L"other"});
     m_store.Add(kFamily, {L"word"});
-    for (const char* call : {"FindPackagesByUserSecurityIdPackageFamilyName", "First", "HasCurrent",
-                             "Current", "Dependencies", "Size", "GetAt", "Id", "FamilyName", "MoveNext"}) {
-        m_store.objects.Fail(call, E_ACCESSDENIED, m_store.objects.Calls(call));
-        EXPECT_TRUE(test::KeepsApartment(Apartment::kNone, [&] {
-            try {
-                FindEx(L"word");
-                ADD_FAILURE() << call;
-            } catch (const WinRtError& error) {
-                EXPECT_EQ(error.Result(), E_ACCESSDENIED);
-            }
-        }));
-        EXPECT_EQ(Journal().back(), "RoUninitialize");
-    }
+    ExpectFailuresRaised({"FindPackagesByUserSecurityIdPackageFamilyName", "First", "HasCurrent", "Current",
+                          "Dependencies", "Size", "GetAt", "Id", "FamilyName", "MoveNext"},
+                         [this] { FindEx(L"word"); });
 }
 
 } // namespace

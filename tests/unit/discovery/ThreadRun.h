@@ -2,9 +2,15 @@
 
 #include "unit/discovery/Pass.h"
 
-#include <string>
-
 namespace discovery_test {
+
+// A refresh thread gives this back, which Initialize takes for it.
+inline void KeepModuleForThread()
+{
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
+}
 
 // The refresh thread by itself, in the owner's state: it holds the instance mutex and its exit event is not
 // signalled.
@@ -19,15 +25,12 @@ protected:
 
     DWORD Run(void* manager)
     {
-        // The thread gives this back.
-        HMODULE module = nullptr;
-        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                           reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
+        KeepModuleForThread();
         const HANDLE thread =
             CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, manager, 0, nullptr);
         ResumeThread(thread);
         DWORD exitCode = STILL_ACTIVE;
-        if (m_wait.Original()(thread, 20000) == WAIT_OBJECT_0) {
+        if (m_wait.Original(thread, 20000) == WAIT_OBJECT_0) {
             GetExitCodeThread(thread, &exitCode);
         }
         CloseHandle(thread);
@@ -35,7 +38,7 @@ protected:
     }
     DWORD Run() { return Run(&m_manager); }
 
-    bool IsExitEventSignalled() const { return m_wait.Original()(m_exitEvent, 0) == WAIT_OBJECT_0; }
+    bool IsExitEventSignalled() const { return m_wait.Original(m_exitEvent, 0) == WAIT_OBJECT_0; }
     static void ExpectMutexClosed()
     {
         EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
@@ -47,6 +50,11 @@ protected:
         ASSERT_EQ(m_manager.m_AppNameList.Load((m_folder / L"start.xml").c_str()), S_FALSE);
         m_log.Clear();
         m_steps.clear();
+    }
+    // How often a step was done.
+    std::ptrdiff_t Steps(const std::wstring& step) const
+    {
+        return std::count(m_steps.begin(), m_steps.end(), step);
     }
     std::string Saved() const { return test::ReadFileBytes(CatalogFile()); }
 

@@ -1,55 +1,23 @@
 #pragma once
 
 #include "discovery/PackageManager.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-
-#include <gmock/gmock.h>
-
-#include <initializer_list>
-#include <string>
-#include <vector>
+#include "unit/discovery/Records.h"
 
 namespace walk_test {
 
-inline const std::string kName = "CQanhPackageManager::RefreshDesktopApps";
-inline const std::string kAddName = "CQanhPackageManager::AddLinkFileToList";
+using namespace test;
+inline const Lines kOut = {"CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)"};
 
-// The paths of the catalogue's desktop applications, in its order.
-inline std::vector<std::wstring> Paths(const CQanhPackageManager& manager)
+// The beginning of a walk through a folder: the search for each kind of shortcut, which has found some, or
+// has ended with this error.
+inline Lines FolderLines(const std::string& folder, int linkError, int internetLinkError)
 {
-    std::vector<std::wstring> paths;
-    for (const WideString& shortcut : manager.m_AppNameList.DesktopShortcuts()) {
-        paths.emplace_back(shortcut.c_str());
-    }
-    return paths;
-}
-
-// The names and paths that were handed to the catalogue, from its own entry lines: "name, path".
-inline std::vector<std::string> HandedOver(const test::LogCapture& log)
-{
-    const std::string start = "CQanhAppNameList::AddDesktopApp(";
-    const std::string end = ") IN";
-    std::vector<std::string> handedOver;
-    for (const std::string& line : log.Lines()) {
-        if (line.rfind(start, 0) == 0) {
-            handedOver.push_back(line.substr(start.size(), line.size() - start.size() - end.size()));
-        }
-    }
-    return handedOver;
-}
-
-// The walk's own lines, without those of the catalogue.
-inline std::vector<std::string> WalkLines(const test::LogCapture& log)
-{
-    std::vector<std::string> lines;
-    for (const std::string& line : log.Lines()) {
-        if (line.rfind("CQanhAppNameList::", 0) != 0 && line.rfind("CQanhDesktopApp::", 0) != 0) {
-            lines.push_back(line);
-        }
-    }
-    return lines;
+    const std::string add = "CQanhPackageManager::AddLinkFileToList";
+    const auto end = [&](const char* pattern, int error) {
+        return error == 0 ? add + " OUT" : folder + pattern + " Errcode = " + std::to_string(error) + " ";
+    };
+    return {"CQanhPackageManager::RefreshDesktopApps(" + folder + ") IN", add + "(" + folder + ") IN",
+            end("\\*.lnk", linkError), add + "(" + folder + ") IN", end("\\*.url", internetLinkError)};
 }
 
 // A walk through a folder of the test's own.
@@ -64,17 +32,46 @@ protected:
     }
 
     std::wstring At(const std::wstring& name) const { return m_folder / name; }
-    std::string Narrow(const std::wstring& name) const { return test::ToUtf8(m_folder / name); }
-    std::string Root() const { return test::ToUtf8(m_folder.Path()); }
-    void MakeFiles(std::initializer_list<const wchar_t*> names) const
+    std::string Narrow(const std::wstring& name) const { return ToUtf8(m_folder / name); }
+    std::string Root() const { return ToUtf8(m_folder.Path()); }
+    void MakeFiles(const std::vector<const wchar_t*>& names) const
     {
         for (const wchar_t* name : names) {
-            test::MakeFile(At(name));
+            MakeFile(At(name));
         }
     }
 
-    test::TemporaryFolder m_folder;
-    test::LogCapture m_log;
+    // Walks through the folder.
+    HRESULT Walk() { return m_manager.RefreshDesktopApps(m_folder.Path().c_str()); }
+
+    // The paths of the catalogue's records, in its order: files of the folder.
+    void ExpectFound(const std::vector<const wchar_t*>& names) const
+    {
+        std::vector<std::wstring> paths;
+        for (const wchar_t* name : names) {
+            paths.push_back(At(name));
+        }
+        EXPECT_EQ(Shortcuts(m_manager), paths);
+    }
+    // The names and paths that were handed to the catalogue, from its own entry lines: "name, path".
+    Lines HandedOver() const
+    {
+        const std::string start = "CQanhAppNameList::AddDesktopApp(";
+        const std::string end = ") IN";
+        Lines handedOver;
+        for (const std::string& line : LinesWith({start.c_str()}, m_log.Lines())) {
+            handedOver.push_back(line.substr(start.size(), line.size() - start.size() - end.size()));
+        }
+        return handedOver;
+    }
+    // The walk's own lines, without those of the catalogue.
+    Lines WalkLines() const
+    {
+        return LinesWithout({"CQanhAppNameList::", "CQanhDesktopApp::"}, m_log.Lines());
+    }
+
+    TemporaryFolder m_folder;
+    LogCapture m_log;
     CQanhPackageManager m_manager;
 };
 

@@ -1,25 +1,22 @@
 #include "launch/Clipboard.h"
 
 #include "support/ClipboardReader.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
 #include "support/OtherProcess.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <cstdio>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::ReadClipboardElsewhere;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace test;
+
+Lines SetLines(const std::string& text, const std::string& result, const Lines& onTheWay = {})
+{
+    return Call("CQanhClipboard::SetClipboardData(" + text + ")", result, onTheWay);
+}
 
 // Keeps the clipboard open with a window of its own.
-const test::Part g_holdClipboard(L"HoldClipboard", [](const test::Part::Context& context) {
+const Part g_holdClipboard(L"HoldClipboard", [](const Part::Context& context) {
     const HWND window =
         CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     if (!window || !OpenClipboard(window)) {
@@ -30,39 +27,23 @@ const test::Part g_holdClipboard(L"HoldClipboard", [](const test::Part::Context&
     return 0;
 });
 
-TEST(Clipboard, AnotherProcessReadsTheText)
+class ClipboardText : public ::testing::TestWithParam<std::wstring>
 {
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")"), S_OK);
-    EXPECT_EQ(ReadClipboardElsewhere(), L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")");
+};
+
+TEST_P(ClipboardText, IsReadByAnotherProcessInThePlaceOfTheOneBefore)
+{
+    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"a longer text than the shortest one"), S_OK);
+    EXPECT_EQ(CQanhClipboard::SetClipboardData(GetParam().c_str()), S_OK);
+    EXPECT_TRUE(ReadClipboardElsewhere() == GetParam());
 }
 
-TEST(Clipboard, TextReplacesTheOneBefore)
-{
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"a longer text than the next"), S_OK);
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"x"), S_OK);
-    EXPECT_EQ(ReadClipboardElsewhere(), L"x");
-}
-
-TEST(Clipboard, AnyTextArrivesUnitForUnit)
-{
-    // Japanese, a surrogate pair, and halves of pairs on their own.
-    const std::wstring text = L"\u30e1\u30fc\u30eb \U0001F600 \xd800 \xdc00!";
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(text.c_str()), S_OK);
-    EXPECT_EQ(ReadClipboardElsewhere(), text);
-}
-
-TEST(Clipboard, AVeryLongTextArrivesWhole)
-{
-    const std::wstring text = std::wstring(100000, L'x') + L"!";
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(text.c_str()), S_OK);
-    EXPECT_TRUE(ReadClipboardElsewhere() == text);
-}
-
-TEST(Clipboard, IsOpenToOthersAfterwards)
-{
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"x"), S_OK);
-    EXPECT_NO_THROW(ReadClipboardElsewhere());
-}
+INSTANTIATE_TEST_SUITE_P(Of, ClipboardText,
+                         ::testing::Values(L"x", L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")",
+                                           // Japanese, a surrogate pair, and halves of pairs on their own.
+                                           L"\u30e1\u30fc\u30eb \U0001F600 \xd800 \xdc00!",
+                                           std::wstring(100000, L'x') + L"!"),
+                         [](const auto& each) { return "Length" + std::to_string(each.param.size()); });
 
 TEST(Clipboard, ClearTakesTheTextAway)
 {
@@ -74,217 +55,147 @@ TEST(Clipboard, ClearTakesTheTextAway)
 TEST(Clipboard, HeldByAnotherProcessFailsWithoutALineOfItsOwn)
 {
     ASSERT_EQ(CQanhClipboard::SetClipboardData(L"before"), S_OK);
-    const test::LogCapture log;
+    const LogCapture log;
     {
-        const test::OtherProcess holder(L"HoldClipboard");
+        const OtherProcess holder(L"HoldClipboard");
         EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), E_FAIL);
         CQanhClipboard::Clear();
     }
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
-                                         "CQanhClipboard::SetClipboardData OUT(0x80004005)"));
+    EXPECT_EQ(log.Lines(), SetLines("Mail", "(0x80004005)"));
     EXPECT_EQ(ReadClipboardElsewhere(), L"before");
 }
 
-TEST(Clipboard, LogOfASuccess)
-{
-    const test::LogCapture log;
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), S_OK);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
-                                         "CQanhClipboard::SetClipboardData OUT(0x00000000)"));
-}
-
 // The calls to the platform, in order, which fail on request.
-std::vector<std::string> g_calls;
-std::string g_failing; // name of the function that fails
-HGLOBAL g_block = nullptr;
-
-bool Note(const char* function, const std::string& arguments)
-{
-    g_calls.push_back(function + arguments);
-    return g_failing != function;
-}
-
-std::string Number(unsigned long long number)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "0x%llX", number);
-    return text;
-}
-
-std::string Block(HANDLE block)
-{
-    return block == g_block ? "(block)" : "(another block)";
-}
-
-class ClipboardCalls;
-ClipboardCalls* g_current = nullptr;
-
 class ClipboardCalls : public ::testing::Test
 {
 protected:
-    ClipboardCalls()
-        : m_open("OpenClipboard",
-                 [](HWND owner) -> BOOL {
-                     return Note("OpenClipboard", owner ? "(window)" : "(null)") &&
-                            g_current->m_open.Original()(owner);
-                 }),
-          m_alloc("GlobalAlloc",
-                  [](UINT flags, SIZE_T size) -> HGLOBAL {
-                      if (!Note("GlobalAlloc", "(" + Number(flags) + ", " + std::to_string(size) + ")")) {
-                          return nullptr;
-                      }
-                      g_block = g_current->m_alloc.Original()(flags, size);
-                      return g_block;
-                  }),
-          m_lock("GlobalLock",
-                 [](HGLOBAL block) -> void* {
-                     return Note("GlobalLock", Block(block)) ? g_current->m_lock.Original()(block) : nullptr;
-                 }),
-          m_unlock("GlobalUnlock",
-                   [](HGLOBAL block) -> BOOL {
-                       // What was copied, while it can still be seen.
-                       const auto* text = static_cast<const wchar_t*>(g_current->m_lock.Original()(block));
-                       Note("GlobalUnlock", Block(block) + ": " + test::ToUtf8(text));
-                       g_current->m_unlock.Original()(block);
-                       return g_current->m_unlock.Original()(block);
-                   }),
-          m_empty("EmptyClipboard",
-                  []() -> BOOL { return Note("EmptyClipboard", "") && g_current->m_empty.Original()(); }),
-          m_set("SetClipboardData",
-                [](UINT format, HANDLE block) -> HANDLE {
-                    if (!Note("SetClipboardData", "(" + std::to_string(format) + ")" + Block(block))) {
-                        SetLastError(1418);
-                        return nullptr;
-                    }
-                    return g_current->m_set.Original()(format, block);
-                }),
-          m_free("GlobalFree",
-                 [](HGLOBAL block) -> HGLOBAL {
-                     Note("GlobalFree", Block(block));
-                     return g_current->m_free.Original()(block);
-                 }),
-          m_close("CloseClipboard", []() -> BOOL {
-              Note("CloseClipboard", "");
-              return g_current->m_close.Original()();
-          })
+    // Setting "Mail" has this result, with these lines between its first and its last.
+    void ExpectSet(HRESULT result, const std::string& logged, const Lines& steps, const Lines& lines = {})
     {
-        g_current = this;
-        g_calls.clear();
-        g_failing.clear();
-        g_block = nullptr;
+        EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), result);
+        EXPECT_EQ(m_calls, steps);
+        EXPECT_EQ(m_log.Lines(), SetLines("Mail", logged, lines));
     }
 
-    test::ImportPatch<decltype(&OpenClipboard)> m_open;
-    test::ImportPatch<decltype(&GlobalAlloc)> m_alloc;
-    test::ImportPatch<decltype(&GlobalLock)> m_lock;
-    test::ImportPatch<decltype(&GlobalUnlock)> m_unlock;
-    test::ImportPatch<decltype(&EmptyClipboard)> m_empty;
-    test::ImportPatch<decltype(&SetClipboardData)> m_set;
-    test::ImportPatch<decltype(&GlobalFree)> m_free;
-    test::ImportPatch<decltype(&CloseClipboard)> m_close;
-    test::LogCapture m_log;
+    std::string Block(HANDLE block) const { return block == m_block ? "(block)" : "(another block)"; }
+    static std::string Number(unsigned long long number)
+    {
+        char text[32];
+        std::snprintf(text, sizeof text, "0x%llX", number);
+        return text;
+    }
+
+    const Lines kUpToTheLock = {"OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)"};
+    const Lines kWhole =
+        kUpToTheLock + Lines{"GlobalUnlock(block): Mail", "EmptyClipboard", "SetClipboardData(13)(block)",
+                             "GlobalFree(block)", "CloseClipboard"};
+
+    const LogCapture m_log;
+    HGLOBAL m_block = nullptr;
+    Lines m_calls;
+    NotingPatch<decltype(&OpenClipboard)> m_open{"OpenClipboard", m_calls, [](HWND owner) {
+                                                     return std::string("OpenClipboard") +
+                                                            (owner ? "(window)" : "(null)");
+                                                 }};
+    bool m_hasMemory = true;
+    CapturingPatch<decltype(&GlobalAlloc)> m_alloc{
+        "GlobalAlloc", [this](UINT flags, SIZE_T size) {
+            m_calls.push_back("GlobalAlloc(" + Number(flags) + ", " + std::to_string(size) + ")");
+            return m_block = m_hasMemory ? m_alloc.Original(flags, size) : nullptr;
+        }};
+    NotingPatch<decltype(&GlobalLock)> m_lock{"GlobalLock", m_calls,
+                                              [this](HGLOBAL block) { return "GlobalLock" + Block(block); }};
+    CapturingPatch<decltype(&GlobalUnlock), 1> m_unlock{
+        "GlobalUnlock", [this](HGLOBAL block) {
+            // What was copied, while it can still be seen.
+            const auto* text = static_cast<const wchar_t*>(m_lock.Original(block));
+            m_calls.push_back("GlobalUnlock" + Block(block) + ": " + ToUtf8(text));
+            m_unlock.Original(block);
+            return m_unlock.Original(block);
+        }};
+    NotingPatch<decltype(&EmptyClipboard)> m_empty{"EmptyClipboard", m_calls,
+                                                   [] { return std::string("EmptyClipboard"); }};
+    NotingPatch<decltype(&SetClipboardData)> m_set{
+        "SetClipboardData", m_calls, [this](UINT format, HANDLE block) {
+            return "SetClipboardData(" + std::to_string(format) + ")" + Block(block);
+        }};
+    NotingPatch<decltype(&GlobalFree), 1> m_free{
+        "GlobalFree", m_calls, [this](HGLOBAL block) { return "GlobalFree" + Block(block); }};
+    NotingPatch<decltype(&CloseClipboard), 1> m_close{"CloseClipboard", m_calls,
+                                                      [] { return std::string("CloseClipboard"); }};
 };
 
 TEST_F(ClipboardCalls, BlockIsFreedAfterTheHandOverToo)
 {
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), S_OK);
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)",
-                                     "GlobalUnlock(block): Mail", "EmptyClipboard",
-                                     "SetClipboardData(13)(block)", "GlobalFree(block)", "CloseClipboard"));
+    ExpectSet(S_OK, "(0x00000000)", kWhole);
 }
 
 TEST_F(ClipboardCalls, OneCharacterTakesFourBytes)
 {
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"x"), S_OK);
-    ASSERT_GE(g_calls.size(), 2u);
-    EXPECT_EQ(g_calls[1], "GlobalAlloc(0x42, 4)");
+    ASSERT_GE(m_calls.size(), 2u);
+    EXPECT_EQ(m_calls[1], "GlobalAlloc(0x42, 4)");
 }
 
-TEST_F(ClipboardCalls, NullIsRefusedBeforeTheClipboardIsTouched)
+TEST_F(ClipboardCalls, NullAndEmptyTextAreRefusedBeforeTheClipboardIsTouched)
 {
     EXPECT_EQ(CQanhClipboard::SetClipboardData(nullptr), E_POINTER);
-    EXPECT_THAT(g_calls, IsEmpty());
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData((null)) IN",
-                                           "CQanhClipboard::SetClipboardData OUT(0x80004003)"));
-}
-
-TEST_F(ClipboardCalls, EmptyTextIsRefusedBeforeTheClipboardIsTouched)
-{
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L""), E_INVALIDARG);
-    EXPECT_THAT(g_calls, IsEmpty());
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData() IN",
-                                           "CQanhClipboard::SetClipboardData OUT(0x80070057)"));
+    EXPECT_THAT(m_calls, IsEmpty());
+    EXPECT_EQ(m_log.Lines(), SetLines("(null)", "(0x80004003)") + SetLines("", "(0x80070057)"));
 }
 
 TEST_F(ClipboardCalls, ClipboardThatDoesNotOpenIsNotClosed)
 {
-    g_failing = "OpenClipboard";
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), E_FAIL);
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)"));
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
-                                           "CQanhClipboard::SetClipboardData OUT(0x80004005)"));
+    m_open.answer = FALSE;
+    ExpectSet(E_FAIL, "(0x80004005)", {"OpenClipboard(null)"});
 }
 
 TEST_F(ClipboardCalls, NoMemoryLeavesTheOldTextAndClosesTheClipboard)
 {
-    g_failing = "GlobalAlloc";
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), E_FAIL);
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "CloseClipboard"));
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
-                            "CQanhClipboard::SetClipboardData ERROR GlobalAlloc(GHND, szLen) Failed",
-                            "CQanhClipboard::SetClipboardData OUT(0x80004005)"));
+    m_hasMemory = false;
+    ExpectSet(E_FAIL, "(0x80004005)", {"OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "CloseClipboard"},
+              {"CQanhClipboard::SetClipboardData ERROR GlobalAlloc(GHND, szLen) Failed"});
 }
 
 TEST_F(ClipboardCalls, BlockThatCannotBeLockedIsFreed)
 {
-    g_failing = "GlobalLock";
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), E_FAIL);
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)",
-                                     "GlobalFree(block)", "CloseClipboard"));
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
-                                           "CQanhClipboard::SetClipboardData ERROR GlobalLock(hg) Failed",
-                                           "CQanhClipboard::SetClipboardData OUT(0x80004005)"));
+    m_lock.answer = nullptr;
+    ExpectSet(E_FAIL, "(0x80004005)", kUpToTheLock + Lines{"GlobalFree(block)", "CloseClipboard"},
+              {"CQanhClipboard::SetClipboardData ERROR GlobalLock(hg) Failed"});
 }
 
 TEST_F(ClipboardCalls, RefusedHandOverIsOnlyLogged)
 {
-    g_failing = "SetClipboardData";
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), S_OK);
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)",
-                                     "GlobalUnlock(block): Mail", "EmptyClipboard",
-                                     "SetClipboardData(13)(block)", "GlobalFree(block)", "CloseClipboard"));
-    EXPECT_THAT(
-        m_log.Lines(),
-        ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
-                    "CQanhClipboard::SetClipboardData ERROR SetClipboardData(CF_UNICODETEXT, hg) Failed. "
-                    "ErrCode = 1418",
-                    "CQanhClipboard::SetClipboardData OUT(0x00000000)"));
+    const CapturingPatch<decltype(&SetClipboardData), 1> refusal(
+        "SetClipboardData", [this](UINT format, HANDLE block) -> HANDLE {
+            m_calls.push_back("SetClipboardData(" + std::to_string(format) + ")" + Block(block));
+            SetLastError(1418);
+            return nullptr;
+        });
+    ExpectSet(S_OK, "(0x00000000)", kWhole,
+              {"CQanhClipboard::SetClipboardData ERROR SetClipboardData(CF_UNICODETEXT, hg) Failed. "
+               "ErrCode = 1418"});
 }
 
 TEST_F(ClipboardCalls, RefusedEmptyingIsIgnored)
 {
-    g_failing = "EmptyClipboard";
-    EXPECT_EQ(CQanhClipboard::SetClipboardData(L"Mail"), S_OK);
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)",
-                                     "GlobalUnlock(block): Mail", "EmptyClipboard",
-                                     "SetClipboardData(13)(block)", "GlobalFree(block)", "CloseClipboard"));
-    EXPECT_THAT(m_log.Lines(), ElementsAre("CQanhClipboard::SetClipboardData(Mail) IN",
-                                           "CQanhClipboard::SetClipboardData OUT(0x00000000)"));
+    m_empty.answer = FALSE;
+    ExpectSet(S_OK, "(0x00000000)", kWhole);
 }
 
 TEST_F(ClipboardCalls, ClearOpensEmptiesAndCloses)
 {
     CQanhClipboard::Clear();
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)", "EmptyClipboard", "CloseClipboard"));
+    EXPECT_THAT(m_calls, ElementsAre("OpenClipboard(null)", "EmptyClipboard", "CloseClipboard"));
     EXPECT_THAT(m_log.Lines(), IsEmpty());
 }
 
 TEST_F(ClipboardCalls, ClearLeavesAClipboardAloneThatDoesNotOpen)
 {
-    g_failing = "OpenClipboard";
+    m_open.answer = FALSE;
     CQanhClipboard::Clear();
-    EXPECT_THAT(g_calls, ElementsAre("OpenClipboard(null)"));
+    EXPECT_THAT(m_calls, ElementsAre("OpenClipboard(null)"));
 }
 
 } // namespace

@@ -1,36 +1,13 @@
 #include "launch/KeyEmulate.h"
 
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <iomanip>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
-// What the operation asked of the platform, one text for each call, in order. The order of the two reads that
-// belong to one event is free, so they are sorted.
-std::vector<std::string> g_calls;
-std::vector<std::string> g_reads;
-const test::LogCapture* g_log = nullptr;
-UINT g_scanCode = 0;
-LPARAM g_extraInfo = 0;
-UINT g_sent = 1;
-
-void FlushReads()
-{
-    std::sort(g_reads.begin(), g_reads.end());
-    g_calls.insert(g_calls.end(), g_reads.begin(), g_reads.end());
-    g_reads.clear();
-}
+using namespace test;
 
 std::string Hex(unsigned long long number, int digits = 1)
 {
@@ -39,79 +16,87 @@ std::string Hex(unsigned long long number, int digits = 1)
     return text.str();
 }
 
-// Every read gives a value of its own, so that an event shows which one it was filled from.
-UINT WINAPI MapKey(UINT code, UINT type)
+// The two lines of one key event.
+Lines Key(const std::string& arguments)
 {
-    g_reads.push_back("map " + Hex(code, 2) + " type " + std::to_string(type));
-    return ++g_scanCode;
-}
-
-LPARAM WINAPI ReadExtraInfo()
-{
-    g_reads.push_back("extra info");
-    return ++g_extraInfo;
-}
-
-UINT WINAPI Send(UINT count, INPUT* inputs, int size)
-{
-    FlushReads();
-    if (count != 1 || size != static_cast<int>(sizeof(INPUT))) {
-        g_calls.push_back("not one event");
-        return 0;
-    }
-    const KEYBDINPUT& key = inputs->ki;
-    g_calls.push_back("send type " + std::to_string(inputs->type) + " key " + Hex(key.wVk, 2) + " scan " +
-                      Hex(key.wScan) + " flags " + Hex(key.dwFlags) + " time " + std::to_string(key.time) +
-                      " extra " + Hex(key.dwExtraInfo));
-    if (g_log) {
-        g_calls.push_back("log: " + g_log->Lines().back());
-    }
-    return g_sent;
-}
-
-void Pause(DWORD milliseconds)
-{
-    FlushReads();
-    if (g_log) {
-        g_calls.push_back("log: " + g_log->Lines().back());
-    }
-    g_calls.push_back("sleep " + std::to_string(milliseconds));
+    return Call("CQanhKeyEmulate::Sendinput_Key(" + arguments + ")");
 }
 
 class KeyEmulate : public ::testing::Test
 {
 protected:
-    KeyEmulate()
-        : m_send("SendInput", Send), m_map("MapVirtualKeyW", MapKey),
-          m_extra("GetMessageExtraInfo", ReadExtraInfo)
+    // What the script asked of the platform, one text for each call, in order.
+    Lines Run(void (*script)())
     {
-        g_calls.clear();
-        g_reads.clear();
-        g_log = nullptr;
-        g_scanCode = 0x40;
-        g_extraInfo = 0x7000;
-        g_sent = 1;
-        m_sleep.OnSleep(Pause);
+        m_calls.clear();
+        script();
+        EXPECT_THAT(m_reads, IsEmpty());
+        return m_calls;
+    }
+    // What it wrote into the log.
+    static Lines LogOf(void (*script)())
+    {
+        const LogCapture log;
+        script();
+        return log.Lines();
     }
 
-    test::FakeSleep m_sleep;
-    test::ImportPatch<decltype(&SendInput)> m_send;
-    test::ImportPatch<decltype(&MapVirtualKeyW)> m_map;
-    test::ImportPatch<decltype(&GetMessageExtraInfo)> m_extra;
+    // Notes a call, and the last line of the log before it, when there is one. The order of the two reads
+    // that belong to one event is free, so they are sorted.
+    void Note(const std::string& call, bool isLogFirst)
+    {
+        std::sort(m_reads.begin(), m_reads.end());
+        m_calls.insert(m_calls.end(), m_reads.begin(), m_reads.end());
+        m_reads.clear();
+        const Lines logged(m_lastLine ? 1 : 0, m_lastLine ? "log: " + m_lastLine() : "");
+        m_calls = m_calls + (isLogFirst ? logged + Lines{call} : Lines{call} + logged);
+    }
+    UINT Send(UINT count, const INPUT* inputs, int size)
+    {
+        if (count != 1 || size != static_cast<int>(sizeof(INPUT))) {
+            m_calls.push_back("not one event");
+            return 0;
+        }
+        const KEYBDINPUT& key = inputs->ki;
+        Note("send type " + std::to_string(inputs->type) + " key " + Hex(key.wVk, 2) + " scan " +
+                 Hex(key.wScan) + " flags " + Hex(key.dwFlags) + " time " + std::to_string(key.time) +
+                 " extra " + Hex(key.dwExtraInfo),
+             false);
+        return m_sent;
+    }
+
+    Lines m_calls;
+    Lines m_reads;
+    std::function<std::string()> m_lastLine; // of the log
+    UINT m_sent = 1;
+    // Every read gives a value of its own, so that an event shows which one it was filled from.
+    UINT m_scanCode = 0x40;
+    LPARAM m_extraInfo = 0x7000;
+    const SleepWatch m_sleep{
+        [this](DWORD milliseconds) { Note("sleep " + std::to_string(milliseconds), true); }};
+    const CapturingPatch<decltype(&SendInput)> m_send{
+        "SendInput", [this](UINT count, INPUT* inputs, int size) { return Send(count, inputs, size); }};
+    const CapturingPatch<decltype(&MapVirtualKeyW)> m_map{
+        "MapVirtualKeyW", [this](UINT code, UINT type) {
+            m_reads.push_back("map " + Hex(code, 2) + " type " + std::to_string(type));
+            return ++m_scanCode;
+        }};
+    const CapturingPatch<decltype(&GetMessageExtraInfo)> m_extra{"GetMessageExtraInfo", [this] {
+                                                                     m_reads.push_back("extra info");
+                                                                     return ++m_extraInfo;
+                                                                 }};
 };
 
 TEST_F(KeyEmulate, WindowsKeyGoesDownExtendedAndUpPlain)
 {
-    CQanhKeyEmulate::Sendinput_Win();
-    EXPECT_THAT(g_calls, ElementsAre("send type 1 key 0x5B scan 0x0 flags 0x1 time 0 extra 0x0", "sleep 50",
-                                     "send type 1 key 0x5B scan 0x0 flags 0x2 time 0 extra 0x0", "sleep 50"));
-    EXPECT_THAT(g_reads, IsEmpty());
+    EXPECT_THAT(Run(CQanhKeyEmulate::Sendinput_Win),
+                ElementsAre("send type 1 key 0x5B scan 0x0 flags 0x1 time 0 extra 0x0", "sleep 50",
+                            "send type 1 key 0x5B scan 0x0 flags 0x2 time 0 extra 0x0", "sleep 50"));
 }
 
 TEST_F(KeyEmulate, WindowsQPressesQAsAScanCodeAndReleasesItAsAKey)
 {
-    CQanhKeyEmulate::SendInput_Win_Q();
-    EXPECT_THAT(g_calls,
+    EXPECT_THAT(Run(CQanhKeyEmulate::SendInput_Win_Q),
                 ElementsAre("send type 1 key 0x5B scan 0x0 flags 0x1 time 0 extra 0x0", "sleep 50",
                             "extra info", "send type 1 key 0x51 scan 0x10 flags 0x8 time 0 extra 0x7001",
                             "sleep 50", "extra info",
@@ -121,15 +106,14 @@ TEST_F(KeyEmulate, WindowsQPressesQAsAScanCodeAndReleasesItAsAKey)
 
 TEST_F(KeyEmulate, EnterGoesDownExtendedAndUpPlain)
 {
-    CQanhKeyEmulate::SendInput_Enter();
-    EXPECT_THAT(g_calls, ElementsAre("send type 1 key 0x0D scan 0x0 flags 0x1 time 0 extra 0x0", "sleep 50",
-                                     "send type 1 key 0x0D scan 0x0 flags 0x2 time 0 extra 0x0", "sleep 50"));
+    EXPECT_THAT(Run(CQanhKeyEmulate::SendInput_Enter),
+                ElementsAre("send type 1 key 0x0D scan 0x0 flags 0x1 time 0 extra 0x0", "sleep 50",
+                            "send type 1 key 0x0D scan 0x0 flags 0x2 time 0 extra 0x0", "sleep 50"));
 }
 
 TEST_F(KeyEmulate, ShiftInsertLeavesShiftPressed)
 {
-    CQanhKeyEmulate::SendInput_Shift_Insert();
-    EXPECT_THAT(g_calls,
+    EXPECT_THAT(Run(CQanhKeyEmulate::SendInput_Shift_Insert),
                 ElementsAre("extra info", "map 0x10 type 0",
                             "send type 1 key 0x10 scan 0x41 flags 0x0 time 0 extra 0x7001", "sleep 50", //
                             "extra info", "map 0x2D type 0",
@@ -140,105 +124,72 @@ TEST_F(KeyEmulate, ShiftInsertLeavesShiftPressed)
 
 TEST_F(KeyEmulate, ShiftUpReleasesShift)
 {
-    CQanhKeyEmulate::SendInput_ShiftUp();
-    EXPECT_THAT(g_calls,
+    EXPECT_THAT(Run(CQanhKeyEmulate::SendInput_ShiftUp),
                 ElementsAre("extra info", "map 0x10 type 0",
                             "send type 1 key 0x10 scan 0x41 flags 0x2 time 0 extra 0x7001", "sleep 50"));
 }
 
 TEST_F(KeyEmulate, RefusedEventsDoNotCutAScriptShort)
 {
-    g_sent = 0;
+    m_sent = 0;
     CQanhKeyEmulate::Sendinput_Win();
     CQanhKeyEmulate::SendInput_Win_Q();
     CQanhKeyEmulate::SendInput_Enter();
     CQanhKeyEmulate::SendInput_Shift_Insert();
     CQanhKeyEmulate::SendInput_ShiftUp();
     EXPECT_THAT(m_sleep.Calls(), ElementsAre(50u, 50u, 50u, 50u, 100u, 200u, 50u, 50u, 50u, 50u, 1000u, 50u));
-    EXPECT_EQ(std::count_if(g_calls.begin(), g_calls.end(),
+    EXPECT_EQ(std::count_if(m_calls.begin(), m_calls.end(),
                             [](const std::string& call) { return call.rfind("send", 0) == 0; }),
               12);
 }
 
-TEST_F(KeyEmulate, WindowsKeyLog)
+TEST_F(KeyEmulate, LogOfTheScriptsWithoutScanCodes)
 {
-    const test::LogCapture log;
-    CQanhKeyEmulate::Sendinput_Win();
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhKeyEmulate::Sendinput_Win IN",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT", //
-                                         "CQanhKeyEmulate::Sendinput_Win OUT"));
+    EXPECT_EQ(
+        LogOf(CQanhKeyEmulate::Sendinput_Win),
+        Call("CQanhKeyEmulate::Sendinput_Win", "", Key("0x005B, 0x00000001") + Key("0x005B, 0x00000002")));
+    EXPECT_EQ(
+        LogOf(CQanhKeyEmulate::SendInput_Enter),
+        Call("CQanhKeyEmulate::SendInput_Enter", "", Key("0x000D, 0x00000001") + Key("0x000D, 0x00000002")));
 }
 
 TEST_F(KeyEmulate, WindowsQLogNamesTheScanCodeForQOnly)
 {
-    const test::LogCapture log;
-    CQanhKeyEmulate::SendInput_Win_Q();
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhKeyEmulate::SendInput_Win_Q IN",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT", //
-                                         "CQanhKeyEmulate::SendInput_Win_Q OUT"));
-}
-
-TEST_F(KeyEmulate, EnterLog)
-{
-    const test::LogCapture log;
-    CQanhKeyEmulate::SendInput_Enter();
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhKeyEmulate::SendInput_Enter IN",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT", //
-                                         "CQanhKeyEmulate::SendInput_Enter OUT"));
+    EXPECT_EQ(LogOf(CQanhKeyEmulate::SendInput_Win_Q),
+              Call("CQanhKeyEmulate::SendInput_Win_Q", "",
+                   Key("0x005B, 0x00000001") + Key("0x0051, 0x0010, 0x00000008") +
+                       Key("0x0051, 0x0010, 0x00000002") + Key("0x005B, 0x00000002")));
 }
 
 TEST_F(KeyEmulate, ShiftInsertLogNamesEveryScanCode)
 {
-    const test::LogCapture log;
-    CQanhKeyEmulate::SendInput_Shift_Insert();
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhKeyEmulate::SendInput_Shift_Insert IN",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x0010, 0x0041, 0x00000000) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0042, 0x00000001) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT",
-                                         "CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0043, 0x00000003) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT", //
-                                         "CQanhKeyEmulate::SendInput_Shift_Insert OUT"));
+    EXPECT_EQ(LogOf(CQanhKeyEmulate::SendInput_Shift_Insert),
+              Call("CQanhKeyEmulate::SendInput_Shift_Insert", "",
+                   Key("0x0010, 0x0041, 0x00000000") + Key("0x002D, 0x0042, 0x00000001") +
+                       Key("0x002D, 0x0043, 0x00000003")));
 }
 
 TEST_F(KeyEmulate, ShiftUpLogHasTheEventOnly)
 {
-    const test::LogCapture log;
-    CQanhKeyEmulate::SendInput_ShiftUp();
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhKeyEmulate::Sendinput_Key(0x0010, 0x0041, 0x00000002) IN",
-                                         "CQanhKeyEmulate::Sendinput_Key OUT"));
+    EXPECT_EQ(LogOf(CQanhKeyEmulate::SendInput_ShiftUp), Key("0x0010, 0x0041, 0x00000002"));
 }
 
 TEST_F(KeyEmulate, AnEventIsSentBetweenItsTwoLinesAndThePauseComesAfterThem)
 {
-    const test::LogCapture log;
-    g_log = &log;
-    CQanhKeyEmulate::SendInput_ShiftUp();
-    CQanhKeyEmulate::SendInput_Enter();
-    g_log = nullptr;
-    EXPECT_THAT(g_calls, ElementsAre("extra info", "map 0x10 type 0",
-                                     "send type 1 key 0x10 scan 0x41 flags 0x2 time 0 extra 0x7001",
-                                     "log: CQanhKeyEmulate::Sendinput_Key(0x0010, 0x0041, 0x00000002) IN",
-                                     "log: CQanhKeyEmulate::Sendinput_Key OUT", "sleep 50",
-                                     "send type 1 key 0x0D scan 0x0 flags 0x1 time 0 extra 0x0",
-                                     "log: CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN",
-                                     "log: CQanhKeyEmulate::Sendinput_Key OUT", "sleep 50",
-                                     "send type 1 key 0x0D scan 0x0 flags 0x2 time 0 extra 0x0",
-                                     "log: CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN",
-                                     "log: CQanhKeyEmulate::Sendinput_Key OUT", "sleep 50"));
+    const LogCapture log;
+    m_lastLine = [&] { return log.Lines().back(); };
+    EXPECT_THAT(Run(CQanhKeyEmulate::SendInput_ShiftUp),
+                ElementsAre("extra info", "map 0x10 type 0",
+                            "send type 1 key 0x10 scan 0x41 flags 0x2 time 0 extra 0x7001",
+                            "log: CQanhKeyEmulate::Sendinput_Key(0x0010, 0x0041, 0x00000002) IN",
+                            "log: CQanhKeyEmulate::Sendinput_Key OUT", "sleep 50"));
+    EXPECT_THAT(Run(CQanhKeyEmulate::SendInput_Enter),
+                ElementsAre("send type 1 key 0x0D scan 0x0 flags 0x1 time 0 extra 0x0",
+                            "log: CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN",
+                            "log: CQanhKeyEmulate::Sendinput_Key OUT", "sleep 50",
+                            "send type 1 key 0x0D scan 0x0 flags 0x2 time 0 extra 0x0",
+                            "log: CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN",
+                            "log: CQanhKeyEmulate::Sendinput_Key OUT", "sleep 50"));
 }
 
 // What a low-level hook of the desktop sees, and swallows, of the events that are really sent.
@@ -298,7 +249,7 @@ private:
 
 TEST(KeyEmulateOnTheDesktop, WindowsQArrivesAsFourKeyEvents)
 {
-    const test::FakeSleep sleep;
+    const FakeSleep sleep;
     KeyboardWatch watch;
     CQanhKeyEmulate::SendInput_Win_Q();
     EXPECT_THAT(watch.Stop(), ElementsAre("down 0x5B", "down 0x51", "up 0x51", "up 0x5B"));

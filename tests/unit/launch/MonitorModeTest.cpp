@@ -1,17 +1,10 @@
 #include "unit/launch/MonitorMode.h"
 
-#include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
 #include <thread>
 
 namespace {
 
 using namespace monitor_mode_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // The thread's apartment: what a change to a multithreaded one answers.
 bool HasApartment()
@@ -32,12 +25,11 @@ template <typename Body> void OnAThread(Body body)
 TEST_F(MonitorMode, InitializeCreatesTheVisibilityObjectInASingleThreadedApartment)
 {
     OnAThread([&] {
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), S_OK);
         EXPECT_THAT(Journal(), ElementsAre("CoCreateInstance"));
         EXPECT_EQ(m_mode.m_pImmersiveMode, &m_visibility);
-        EXPECT_THAT(log.Lines(),
-                    ElementsAre("CQanhMonitorMode::Initialize IN", "CQanhMonitorMode::Initialize OUT(0)"));
+        EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", "(0)"));
         EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
         m_mode.Finalize();
         EXPECT_FALSE(HasApartment());
@@ -46,9 +38,9 @@ TEST_F(MonitorMode, InitializeCreatesTheVisibilityObjectInASingleThreadedApartme
 
 TEST_F(MonitorMode, InitializeAsksForASingleThreadedApartmentWithoutFurtherFlags)
 {
-    const test::ImportPatch<decltype(&CoInitializeEx)> patch(
-        "CoInitializeEx", [](void* reserved, DWORD flags) {
-            Note("CoInitializeEx " + std::to_string(flags) + (reserved ? " reserved" : ""));
+    const CapturingPatch<decltype(&CoInitializeEx)> patch(
+        "CoInitializeEx", [this](void* reserved, DWORD flags) {
+            Journal().push_back("CoInitializeEx " + std::to_string(flags) + (reserved ? " reserved" : ""));
             return E_OUTOFMEMORY;
         });
     EXPECT_EQ(m_mode.Initialize(), E_OUTOFMEMORY);
@@ -58,11 +50,10 @@ TEST_F(MonitorMode, InitializeAsksForASingleThreadedApartmentWithoutFurtherFlags
 TEST_F(MonitorMode, InitializeReturnsTheResultOfTheCreation)
 {
     OnAThread([&] {
-        const test::LogCapture log;
+        const LogCapture log;
         m_shell.createResult = S_FALSE;
         EXPECT_EQ(m_mode.Initialize(), S_FALSE);
-        EXPECT_THAT(log.Lines(),
-                    ElementsAre("CQanhMonitorMode::Initialize IN", "CQanhMonitorMode::Initialize OUT(1)"));
+        EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", "(1)"));
         m_mode.Finalize();
     });
 }
@@ -96,13 +87,12 @@ TEST_F(MonitorMode, InitializeFailsInAMultithreadedApartment)
 {
     OnAThread([&] {
         ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), RPC_E_CHANGED_MODE);
         EXPECT_THAT(Journal(), IsEmpty());
         EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
-        EXPECT_THAT(log.Lines(),
-                    ElementsAre("CQanhMonitorMode::Initialize IN",
-                                "CQanhMonitorMode::Initialize OUT CoInitializeEx:(-2147417850)"));
+        EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", " CoInitializeEx:(-2147417850)"));
+        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), RPC_E_CHANGED_MODE) << "the host's";
         CoUninitialize();
         // The failed start was not taken back: that would have cost the thread its own apartment earlier.
         EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
@@ -110,114 +100,76 @@ TEST_F(MonitorMode, InitializeFailsInAMultithreadedApartment)
     });
 }
 
-TEST_F(MonitorMode, AFailedStartDoesNotEndTheApartmentOfTheHost)
-{
-    OnAThread([&] {
-        ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-        EXPECT_EQ(m_mode.Initialize(), RPC_E_CHANGED_MODE);
-        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), RPC_E_CHANGED_MODE);
-        CoUninitialize();
-    });
-}
-
 TEST_F(MonitorMode, AFailedCreationLeavesNoApartmentAndNoObject)
 {
     OnAThread([&] {
-        const test::LogCapture log;
+        const LogCapture log;
         m_shell.createResult = REGDB_E_CLASSNOTREG;
         EXPECT_EQ(m_mode.Initialize(), REGDB_E_CLASSNOTREG);
         // The call left something behind all the same.
         EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
         EXPECT_FALSE(HasApartment());
-        EXPECT_THAT(log.Lines(),
-                    ElementsAre("CQanhMonitorMode::Initialize IN",
-                                "CQanhMonitorMode::Initialize OUT CoCreateInstance:(-2147221164)"));
+        EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", " CoCreateInstance:(-2147221164)"));
     });
 }
 
-TEST_F(MonitorMode, FinalizeReleasesTheObjectBeforeItLeavesTheApartment)
+TEST_F(MonitorMode, FinalizeReleasesTheObjectIfThereIsOneBeforeItLeavesTheApartment)
 {
-    const test::ImportPatch<decltype(&CoUninitialize)> patch("CoUninitialize",
-                                                             [] { Note("CoUninitialize"); });
-    const test::LogCapture log;
+    const CapturingPatch<decltype(&CoUninitialize)> patch("CoUninitialize",
+                                                          [this] { Journal().push_back("CoUninitialize"); });
+    const LogCapture log;
     Ready();
     m_mode.Finalize();
     EXPECT_THAT(Journal(), ElementsAre("Release", "CoUninitialize"));
     EXPECT_EQ(m_visibility.References(), 0);
     EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::Finalize IN", "CQanhMonitorMode::Finalize OUT"));
-}
-
-TEST_F(MonitorMode, FinalizeLeavesTheApartmentWithoutAnObjectToo)
-{
-    const test::ImportPatch<decltype(&CoUninitialize)> patch("CoUninitialize",
-                                                             [] { Note("CoUninitialize"); });
-    const test::LogCapture log;
     m_mode.Finalize();
-    EXPECT_THAT(Journal(), ElementsAre("CoUninitialize"));
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::Finalize IN", "CQanhMonitorMode::Finalize OUT"));
-}
-
-TEST_F(MonitorMode, StateNeedsAPlaceForTheResult)
-{
-    const test::LogCapture log;
-    Ready();
-    EXPECT_EQ(m_mode.GetMonitorState(nullptr), -1);
-    EXPECT_THAT(Journal(), IsEmpty());
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
-                                         "CQanhMonitorMode::GetMonitorState OUT(-1)"));
+    EXPECT_THAT(Journal(), ElementsAre("Release", "CoUninitialize", "CoUninitialize"));
+    EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Finalize") + Call("CQanhMonitorMode::Finalize"));
 }
 
 TEST_F(MonitorMode, StateNeedsAPlaceForTheResultBeforeItNeedsTheObject)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_mode.GetMonitorState(nullptr), -1);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
-                                         "CQanhMonitorMode::GetMonitorState OUT(-1)"));
+    Ready();
+    EXPECT_EQ(m_mode.GetMonitorState(nullptr), -1);
+    EXPECT_THAT(Journal(), IsEmpty());
+    EXPECT_EQ(log.Lines(), LookLines("(-1)") + LookLines("(-1)"));
 }
 
-TEST_F(MonitorMode, StateNeedsTheObject)
+// A look at the state.
+class MonitorLook : public MonitorMode
 {
-    const test::LogCapture log;
-    int state = 7;
-    EXPECT_EQ(m_mode.GetMonitorState(&state), -1);
-    EXPECT_EQ(state, 7);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhMonitorMode::GetMonitorState IN",
-                            "CQanhMonitorMode::GetMonitorState OUT( m_pImmersiveMode NULL : -1)"));
+protected:
+    void ExpectLook(int result, int state, const std::string& logged)
+    {
+        const LogCapture log;
+        int found = 7;
+        EXPECT_EQ(m_mode.GetMonitorState(&found), result);
+        EXPECT_EQ(found, state);
+        EXPECT_EQ(log.Lines(), LookLines(logged));
+    }
+};
+
+TEST_F(MonitorLook, NeedsTheObject)
+{
+    ExpectLook(-1, 7, "( m_pImmersiveMode NULL : -1)");
 }
 
-TEST_F(MonitorMode, StateFailsWhenTheLauncherCannotBeAskedFor)
+TEST_F(MonitorLook, FailsWhenTheLauncherCannotBeAskedFor)
 {
-    const test::LogCapture log;
     Ready();
     m_visibility.states = {{TRUE, MAV_NO_APP_VISIBLE, E_ACCESSDENIED, S_OK}};
-    int state = 7;
-    EXPECT_EQ(m_mode.GetMonitorState(&state), -2);
-    EXPECT_EQ(state, 7);
+    ExpectLook(-2, 7, "(-2) IsLauncherVisible Err ");
     EXPECT_THAT(Journal(), ElementsAre("IsLauncherVisible"));
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
-                                         "CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err "));
 }
 
-TEST_F(MonitorMode, StateFailsWhenTheMonitorCannotBeAskedFor)
+TEST_F(MonitorLook, FailsWhenTheMonitorCannotBeAskedFor)
 {
-    const test::LogCapture log;
     Ready();
     m_visibility.states = {{TRUE, MAV_NO_APP_VISIBLE, S_OK, E_ACCESSDENIED}};
-    int state = 7;
-    EXPECT_EQ(m_mode.GetMonitorState(&state), -2);
-    EXPECT_EQ(state, 7);
-    EXPECT_THAT(Journal(), ElementsAre("IsLauncherVisible", "GetAppVisibilityOnMonitor"));
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
-                                         "CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint(4660)"));
-}
-
-TEST_F(MonitorMode, StateIsThatOfThePrimaryMonitor)
-{
-    Ready();
-    int state = 7;
-    EXPECT_EQ(m_mode.GetMonitorState(&state), 0);
+    ExpectLook(-2, 7, "(-2) MonitorFromPoint(4660)");
     EXPECT_THAT(Journal(), ElementsAre("IsLauncherVisible", "GetAppVisibilityOnMonitor"));
 }
 
@@ -228,21 +180,17 @@ struct StateRow
     int mode;
 };
 
-class MonitorState : public MonitorMode, public ::testing::WithParamInterface<StateRow>
+class MonitorState : public MonitorLook, public ::testing::WithParamInterface<StateRow>
 {
 };
 
-TEST_P(MonitorState, FollowsFromLauncherAndVisibility)
+TEST_P(MonitorState, OfThePrimaryMonitorFollowsFromLauncherAndVisibility)
 {
-    const test::LogCapture log;
     Ready();
     m_visibility.states = {{GetParam().isLauncherVisible, GetParam().visibility}};
-    int state = 7;
-    EXPECT_EQ(m_mode.GetMonitorState(&state), 0);
-    EXPECT_EQ(state, GetParam().mode);
     const std::string mode = GetParam().mode == -1 ? "" : std::to_string(GetParam().mode);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhMonitorMode::GetMonitorState IN",
-                                         "CQanhMonitorMode::GetMonitorState OUT(0) dwMode(" + mode + ")"));
+    ExpectLook(0, GetParam().mode, "(0) dwMode(" + mode + ")");
+    EXPECT_THAT(Journal(), ElementsAre("IsLauncherVisible", "GetAppVisibilityOnMonitor"));
 }
 
 INSTANTIATE_TEST_SUITE_P(LauncherVisible, MonitorState,

@@ -2,87 +2,69 @@
 
 #include "unit/launch/MonitorMode.h"
 
-#include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace {
 
 using namespace monitor_mode_test;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
 
-int g_panePolls = 0;      // how often the foreground window was asked for
-int g_paneComesAt = 0;    // at which of them the search pane is in front; 0 for never
-std::vector<WORD> g_keys; // virtual keys sent, downs and ups
-
-UINT WINAPI SendKey(UINT, INPUT* input, int)
-{
-    g_keys.push_back(input->ki.wVk);
-    return 1;
-}
-
-HWND WINAPI Foreground()
-{
-    ++g_panePolls;
-    return reinterpret_cast<HWND>(static_cast<INT_PTR>(0x77));
-}
-
-int WINAPI ClassOfForeground(HWND, wchar_t* name, int)
-{
-    const bool isPane = g_panePolls == g_paneComesAt;
-    lstrcpyW(name, isPane ? L"SearchPane" : L"Shell_TrayWnd");
-    return lstrlenW(name);
-}
-
-// Without the keys' own lines: those are the key scripts' business.
-Lines WithoutKeys(const Lines& all)
-{
-    Lines lines;
-    for (const std::string& line : all) {
-        if (line.rfind("CQanhKeyEmulate::Sendinput_Key", 0) != 0) {
-            lines.push_back(line);
-        }
-    }
-    return lines;
-}
-
-// The lines of one look at the state, of which the mode is asked for in passing.
+// A look at the state, of which the mode is asked for in passing.
 Lines Look(int mode)
 {
-    return {"CQanhMonitorMode::GetMonitorState IN", "CQanhMonitorMode::GetMonitorState OUT(0) dwMode(" +
-                                                        (mode == -1 ? "" : std::to_string(mode)) + ")"};
+    return LookLines("(0) dwMode(" + (mode == -1 ? "" : std::to_string(mode)) + ")");
 }
-
-Lines operator+(Lines lines, const Lines& more)
+// The same on the way to the Start screen, which tells the mode once more.
+Lines Poll(int mode)
 {
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
+    return Look(mode) + Lines{"dwMode = " + std::to_string(mode) + " "};
 }
 
-const Lines kWindowsKeyLines = {"CQanhKeyEmulate::Sendinput_Win IN", "CQanhKeyEmulate::Sendinput_Win OUT"};
-const Lines kWindowsQLines = {"CQanhKeyEmulate::SendInput_Win_Q IN", "CQanhKeyEmulate::SendInput_Win_Q OUT"};
-const Lines kSwitchIn = {"CQanhMonitorMode::SwitchToStartScreen IN"};
-const Lines kSwitchOut = {"CQanhMonitorMode::SwitchToStartScreen OUT(0)"};
-const Lines kOpenIn = {"CQanhMonitorMode::OpenAppSearchUI IN"};
-const Lines kOpenOut = {"CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)"};
+const Lines kWindowsKeyLines = Call("CQanhKeyEmulate::Sendinput_Win");
+const Lines kWindowsQLines = Call("CQanhKeyEmulate::SendInput_Win_Q");
+const std::string kNoObject = "( m_pImmersiveMode NULL : -1)";
+const std::string kNoLauncher = "(-2) IsLauncherVisible Err ";
+const std::string kNoMonitor = "(-2) MonitorFromPoint(4660)";
 
 class StartScreen : public MonitorMode
 {
 protected:
-    StartScreen()
-        : m_send("SendInput", SendKey), m_foreground("GetForegroundWindow", Foreground),
-          m_className("GetClassNameW", ClassOfForeground)
+    StartScreen() { Ready(); }
+
+    // Switching to the Start screen has this result and writes this, without the keys' own lines: those are
+    // the key scripts' business.
+    void ExpectSwitch(int result, const std::vector<FakeVisibility::State>& states, const Lines& lines)
     {
-        g_keys.clear();
-        g_panePolls = 0;
-        g_paneComesAt = 1;
-        Ready();
+        m_visibility.states = states;
+        EXPECT_EQ(m_mode.SwitchToStartScreen(), result);
+        EXPECT_EQ(WithoutKeys(), SwitchLines(lines, result));
+    }
+    void ExpectOpen(HRESULT result, const std::vector<FakeVisibility::State>& states,
+                    const std::string& logged, const Lines& lines)
+    {
+        m_visibility.states = states;
+        EXPECT_EQ(m_mode.OpenAppSearchUI(), result);
+        EXPECT_EQ(WithoutKeys(), Call("CQanhMonitorMode::OpenAppSearchUI", "(" + logged + ")", lines));
+    }
+    static Lines SwitchLines(const Lines& lines, int result = 0)
+    {
+        return Call("CQanhMonitorMode::SwitchToStartScreen", "(" + std::to_string(result) + ")", lines);
+    }
+    // The first look of a switch, which fails. The place of the operation's name stays empty in the last
+    // line.
+    static Lines FailedLook(const std::string& logged, const std::string& result)
+    {
+        return LookLines(logged) + Lines{" OUT : GetMonitorState(" + result + ") "};
+    }
+    Lines WithoutKeys() const
+    {
+        Lines lines = m_log.Lines();
+        std::erase_if(lines, [](const std::string& line) {
+            return line.starts_with("CQanhKeyEmulate::Sendinput_Key");
+        });
+        return lines;
+    }
+    void ExpectNothingPressed() const
+    {
+        EXPECT_THAT(m_keys, IsEmpty());
+        EXPECT_THAT(m_sleep.Calls(), IsEmpty());
     }
 
     // What was paused for, as pairs of milliseconds and count of pauses in a row.
@@ -105,48 +87,53 @@ protected:
     static constexpr FakeVisibility::State kLauncherError{TRUE, MAV_NO_APP_VISIBLE, E_FAIL, S_OK};
     static constexpr FakeVisibility::State kMonitorError{TRUE, MAV_NO_APP_VISIBLE, S_OK, E_FAIL};
 
-    test::FakeSleep m_sleep;
-    test::ImportPatch<decltype(&SendInput)> m_send;
-    test::ImportPatch<decltype(&GetForegroundWindow)> m_foreground;
-    test::ImportPatch<decltype(&GetClassNameW)> m_className;
-    test::LogCapture m_log;
+    int m_panePolls = 0;      // how often the foreground window was asked for
+    int m_paneComesAt = 1;    // at which of them the search pane is in front; 0 for never
+    std::vector<WORD> m_keys; // virtual keys sent, downs and ups
+    FakeSleep m_sleep;
+    const CapturingPatch<decltype(&SendInput)> m_send{"SendInput", [this](UINT, INPUT* input, int) {
+                                                          m_keys.push_back(input->ki.wVk);
+                                                          return 1;
+                                                      }};
+    const CapturingPatch<decltype(&GetForegroundWindow)> m_foreground{"GetForegroundWindow", [this] {
+                                                                          ++m_panePolls;
+                                                                          return reinterpret_cast<HWND>(
+                                                                              static_cast<INT_PTR>(0x77));
+                                                                      }};
+    const CapturingPatch<decltype(&GetClassNameW)> m_className{
+        "GetClassNameW", [this](HWND, wchar_t* name, int) {
+            lstrcpyW(name, m_panePolls == m_paneComesAt ? L"SearchPane" : L"Shell_TrayWnd");
+            return lstrlenW(name);
+        }};
+    LogCapture m_log;
 };
 
 using Pause = std::pair<DWORD, int>;
 
 TEST_F(StartScreen, SwitchDoesNothingWhenItShows)
 {
-    m_visibility.states = {kStart};
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
-    EXPECT_THAT(g_keys, IsEmpty());
-    EXPECT_THAT(m_sleep.Calls(), IsEmpty());
-    EXPECT_THAT(m_log.Lines(), ElementsAreArray(kSwitchIn + Look(1) + Lines{"dwMode = 1 "} + kSwitchOut));
+    ExpectSwitch(0, {kStart}, Poll(1));
+    ExpectNothingPressed();
 }
 
 TEST_F(StartScreen, SwitchPressesTheWindowsKeyAndPollsUntilItShows)
 {
-    m_visibility.states = {kDesktop, kDesktop, kStoreApp, kStart};
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
+    ExpectSwitch(0, {kDesktop, kDesktop, kStoreApp, kStart},
+                 Poll(0) + kWindowsKeyLines + Poll(0) + Poll(2) + Poll(1));
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, VK_LWIN));
     EXPECT_THAT(Pauses(), ElementsAre(Pause(50, 2), Pause(100, 3)));
-    EXPECT_THAT(WithoutKeys(m_log.Lines()),
-                ElementsAreArray(kSwitchIn + Look(0) + Lines{"dwMode = 0 "} + kWindowsKeyLines + Look(0) +
-                                 Lines{"dwMode = 0 "} + Look(2) + Lines{"dwMode = 2 "} + Look(1) +
-                                 Lines{"dwMode = 1 "} + kSwitchOut));
 }
 
 TEST_F(StartScreen, SwitchGivesUpAfterTwentyPollsWithoutFailing)
 {
-    m_visibility.states = {kDesktop};
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
+    Lines polls;
+    for (int poll = 0; poll < 20; ++poll) {
+        polls = polls + Poll(0);
+    }
+    ExpectSwitch(0, {kDesktop}, Poll(0) + kWindowsKeyLines + polls);
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, VK_LWIN));
     EXPECT_THAT(Pauses(), ElementsAre(Pause(50, 2), Pause(100, 20)));
     EXPECT_EQ(m_visibility.looks, 21u);
-    Lines expected = kSwitchIn + Look(0) + Lines{"dwMode = 0 "} + kWindowsKeyLines;
-    for (int poll = 0; poll < 20; ++poll) {
-        expected = expected + Look(0) + Lines{"dwMode = 0 "};
-    }
-    EXPECT_THAT(WithoutKeys(m_log.Lines()), ElementsAreArray(expected + kSwitchOut));
 }
 
 TEST_F(StartScreen, SwitchSeesItAtTheTwentiethPoll)
@@ -160,89 +147,59 @@ TEST_F(StartScreen, SwitchSeesItAtTheTwentiethPoll)
 
 TEST_F(StartScreen, SwitchPressesTheWindowsKeyInAStoreApp)
 {
-    m_visibility.states = {kStoreApp, kStart};
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
+    ExpectSwitch(0, {kStoreApp, kStart}, Poll(2) + kWindowsKeyLines + Poll(1));
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, VK_LWIN));
     EXPECT_THAT(Pauses(), ElementsAre(Pause(50, 2), Pause(100, 1)));
 }
 
 TEST_F(StartScreen, SwitchPressesTheWindowsKeyInAnUnknownState)
 {
-    m_visibility.states = {kUnknown, kStart};
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN));
-    EXPECT_THAT(WithoutKeys(m_log.Lines()),
-                ElementsAreArray(kSwitchIn + Look(-1) + Lines{"dwMode = -1 "} + kWindowsKeyLines + Look(1) +
-                                 Lines{"dwMode = 1 "} + kSwitchOut));
+    ExpectSwitch(0, {kUnknown, kStart}, Poll(-1) + kWindowsKeyLines + Poll(1));
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, VK_LWIN));
 }
 
 TEST_F(StartScreen, SwitchPollsOnWhenALookFails)
 {
-    m_visibility.states = {kStoreApp, kLauncherError, kMonitorError, kStart};
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), 0);
-    EXPECT_THAT(WithoutKeys(m_log.Lines()),
-                ElementsAreArray(kSwitchIn + Look(2) + Lines{"dwMode = 2 "} + kWindowsKeyLines +
-                                 Lines{"CQanhMonitorMode::GetMonitorState IN",
-                                       "CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err ",
-                                       "dwMode = 2 ", "CQanhMonitorMode::GetMonitorState IN",
-                                       "CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint(4660)",
-                                       "dwMode = 2 "} +
-                                 Look(1) + Lines{"dwMode = 1 "} + kSwitchOut));
+    // Which leaves the mode as it was.
+    ExpectSwitch(0, {kStoreApp, kLauncherError, kMonitorError, kStart},
+                 Poll(2) + kWindowsKeyLines + LookLines(kNoLauncher) + Lines{"dwMode = 2 "} +
+                     LookLines(kNoMonitor) + Lines{"dwMode = 2 "} + Poll(1));
 }
 
 TEST_F(StartScreen, SwitchWithoutTheObjectReturnsMinusOneAndPressesNothing)
 {
     Unready();
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), -1);
-    EXPECT_THAT(g_keys, IsEmpty());
-    // The place of the operation's name stays empty in the third line.
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAre("CQanhMonitorMode::SwitchToStartScreen IN",
-                            "CQanhMonitorMode::GetMonitorState IN",
-                            "CQanhMonitorMode::GetMonitorState OUT( m_pImmersiveMode NULL : -1)",
-                            " OUT : GetMonitorState(-1) ", "CQanhMonitorMode::SwitchToStartScreen OUT(-1)"));
+    ExpectSwitch(-1, {kStart}, FailedLook(kNoObject, "-1"));
+    ExpectNothingPressed();
 }
 
 TEST_F(StartScreen, SwitchReturnsMinusTwoWhenTheFirstLookFails)
 {
-    m_visibility.states = {kLauncherError, kStart};
-    EXPECT_EQ(m_mode.SwitchToStartScreen(), -2);
-    EXPECT_THAT(g_keys, IsEmpty());
-    EXPECT_THAT(m_sleep.Calls(), IsEmpty());
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAre("CQanhMonitorMode::SwitchToStartScreen IN",
-                            "CQanhMonitorMode::GetMonitorState IN",
-                            "CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err ",
-                            " OUT : GetMonitorState(-2) ", "CQanhMonitorMode::SwitchToStartScreen OUT(-2)"));
+    ExpectSwitch(-2, {kLauncherError, kStart}, FailedLook(kNoLauncher, "-2"));
+    ExpectNothingPressed();
 }
 
 TEST_F(StartScreen, SearchPaneOpensWithWindowsQOnly)
 {
-    m_visibility.states = {kStart};
-    EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, 'Q', 'Q', VK_LWIN));
+    ExpectOpen(S_OK, {kStart}, "0x00000000", Look(1) + kWindowsQLines);
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, 'Q', 'Q', VK_LWIN));
     EXPECT_THAT(m_sleep.Calls(), ElementsAre(50u, 50u, 100u, 200u, 100u, 200u));
-    EXPECT_EQ(g_panePolls, 1);
-    EXPECT_THAT(WithoutKeys(m_log.Lines()), ElementsAreArray(kOpenIn + Look(1) + kWindowsQLines + kOpenOut));
+    EXPECT_EQ(m_panePolls, 1);
 }
 
 TEST_F(StartScreen, SearchPaneNeedsTheStartScreenFirst)
 {
-    m_visibility.states = {kDesktop, kDesktop, kStart};
-    EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
+    ExpectOpen(S_OK, {kDesktop, kDesktop, kStart}, "0x00000000",
+               Look(0) + SwitchLines(Poll(0) + kWindowsKeyLines + Poll(1)) + kWindowsQLines);
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
     EXPECT_THAT(m_sleep.Calls(), ElementsAre(50u, 50u, 100u, 50u, 50u, 100u, 200u, 100u, 200u));
-    EXPECT_THAT(WithoutKeys(m_log.Lines()),
-                ElementsAreArray(kOpenIn + Look(0) + kSwitchIn + Look(0) + Lines{"dwMode = 0 "} +
-                                 kWindowsKeyLines + Look(1) + Lines{"dwMode = 1 "} + kSwitchOut +
-                                 kWindowsQLines + kOpenOut));
 }
 
 TEST_F(StartScreen, SearchPaneIsAskedForAlsoWhenTheStartScreenNeverShows)
 {
     m_visibility.states = {kStoreApp};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
     EXPECT_EQ(m_visibility.looks, 22u);
 }
 
@@ -250,66 +207,44 @@ TEST_F(StartScreen, SearchPaneNeedsTheWindowsKeyInAnUnknownState)
 {
     m_visibility.states = {kUnknown, kUnknown, kStart};
     EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
-    EXPECT_THAT(g_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
+    EXPECT_THAT(m_keys, ElementsAre(VK_LWIN, VK_LWIN, VK_LWIN, 'Q', 'Q', VK_LWIN));
 }
 
-TEST_F(StartScreen, SearchPaneIsPolledForUntilItIsInFront)
+TEST_F(StartScreen, SearchPaneIsPolledForUntilItIsInFrontTwoHundredTimesAtMost)
 {
-    m_visibility.states = {kStart};
-    g_paneComesAt = 7;
-    EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
-    EXPECT_EQ(g_panePolls, 7);
-    EXPECT_THAT(Pauses(),
-                ElementsAre(Pause(50, 2), Pause(100, 1), Pause(200, 1), Pause(100, 7), Pause(200, 1)));
-}
-
-TEST_F(StartScreen, SearchPaneThatNeverComesIsPolledForTwoHundredTimes)
-{
-    m_visibility.states = {kStart};
-    g_paneComesAt = 0;
-    EXPECT_EQ(m_mode.OpenAppSearchUI(), S_OK);
-    EXPECT_EQ(g_panePolls, 200);
-    EXPECT_THAT(Pauses(),
-                ElementsAre(Pause(50, 2), Pause(100, 1), Pause(200, 1), Pause(100, 200), Pause(200, 1)));
-    EXPECT_THAT(WithoutKeys(m_log.Lines()), ElementsAreArray(kOpenIn + Look(1) + kWindowsQLines + kOpenOut));
+    for (const auto& [comesAt, polls] : {std::pair(7, 7), std::pair(0, 200)}) {
+        const std::size_t before = Pauses().size();
+        m_panePolls = 0;
+        m_paneComesAt = comesAt;
+        m_log.Clear();
+        ExpectOpen(S_OK, {kStart}, "0x00000000", Look(1) + kWindowsQLines);
+        EXPECT_EQ(m_panePolls, polls);
+        const std::vector<Pause> pauses = Pauses();
+        EXPECT_THAT(
+            std::vector<Pause>(pauses.begin() + static_cast<std::ptrdiff_t>(before), pauses.end()),
+            ElementsAre(Pause(50, 2), Pause(100, 1), Pause(200, 1), Pause(100, polls), Pause(200, 1)));
+    }
 }
 
 TEST_F(StartScreen, SearchPaneFailsWithoutTheObject)
 {
     Unready();
-    EXPECT_EQ(m_mode.OpenAppSearchUI(), E_FAIL);
-    EXPECT_THAT(g_keys, IsEmpty());
-    EXPECT_THAT(m_sleep.Calls(), IsEmpty());
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAre("CQanhMonitorMode::OpenAppSearchUI IN", "CQanhMonitorMode::GetMonitorState IN",
-                            "CQanhMonitorMode::GetMonitorState OUT( m_pImmersiveMode NULL : -1)",
-                            "CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)"));
+    ExpectOpen(E_FAIL, {kStart}, "GetMonitorState : ret=0x80004005", LookLines(kNoObject));
+    ExpectNothingPressed();
 }
 
 TEST_F(StartScreen, SearchPaneFailsWhenTheStateCannotBeRead)
 {
-    m_visibility.states = {kMonitorError};
-    EXPECT_EQ(m_mode.OpenAppSearchUI(), E_FAIL);
-    EXPECT_THAT(g_keys, IsEmpty());
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAre("CQanhMonitorMode::OpenAppSearchUI IN", "CQanhMonitorMode::GetMonitorState IN",
-                            "CQanhMonitorMode::GetMonitorState OUT(-2) MonitorFromPoint(4660)",
-                            "CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)"));
+    ExpectOpen(E_FAIL, {kMonitorError}, "GetMonitorState : ret=0x80004005", LookLines(kNoMonitor));
+    ExpectNothingPressed();
 }
 
 TEST_F(StartScreen, SearchPaneFailsWhenTheSwitchFails)
 {
-    m_visibility.states = {kDesktop, kLauncherError};
-    EXPECT_EQ(m_mode.OpenAppSearchUI(), E_FAIL);
-    EXPECT_THAT(g_keys, IsEmpty());
-    EXPECT_EQ(g_panePolls, 0);
-    EXPECT_THAT(m_log.Lines(),
-                ElementsAreArray(
-                    kOpenIn + Look(0) +
-                    Lines{"CQanhMonitorMode::SwitchToStartScreen IN", "CQanhMonitorMode::GetMonitorState IN",
-                          "CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err ",
-                          " OUT : GetMonitorState(-2) ", "CQanhMonitorMode::SwitchToStartScreen OUT(-2)",
-                          "CQanhMonitorMode::OpenAppSearchUI OUT(OpenAppSearchUI : ret=0xFFFFFFFE)"}));
+    ExpectOpen(E_FAIL, {kDesktop, kLauncherError}, "OpenAppSearchUI : ret=0xFFFFFFFE",
+               Look(0) + SwitchLines(FailedLook(kNoLauncher, "-2"), -2));
+    ExpectNothingPressed();
+    EXPECT_EQ(m_panePolls, 0);
 }
 
 // A window of the class in front of all others.
@@ -350,7 +285,7 @@ TEST_P(SearchPaneClass, IsComparedWholeAndToTheLetter)
 {
     const ForegroundWindow window(GetParam().first);
     ASSERT_TRUE(window.IsInFront());
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhMonitorMode::IsSearchPaneForeground(), GetParam().second);
     EXPECT_THAT(log.Lines(), IsEmpty());
 }
@@ -361,19 +296,13 @@ INSTANTIATE_TEST_SUITE_P(Names, SearchPaneClass,
                                            std::pair(L"SearchPan", FALSE), std::pair(L" SearchPane", FALSE),
                                            std::pair(L"\u30e1\u30fc\u30eb", FALSE)));
 
-TEST(SearchPane, NoForegroundWindowIsNotThePane)
+TEST(SearchPane, NoForegroundWindowAndOneThatIsGoneAreNotThePane)
 {
-    const test::ImportPatch<decltype(&GetForegroundWindow)> patch("GetForegroundWindow",
-                                                                  []() -> HWND { return nullptr; });
-    EXPECT_EQ(CQanhMonitorMode::IsSearchPaneForeground(), FALSE);
-}
-
-TEST(SearchPane, WindowThatIsGoneIsNotThePane)
-{
-    const test::ImportPatch<decltype(&GetForegroundWindow)> patch("GetForegroundWindow", []() -> HWND {
-        return reinterpret_cast<HWND>(static_cast<INT_PTR>(0x7ffffffe));
-    });
-    EXPECT_EQ(CQanhMonitorMode::IsSearchPaneForeground(), FALSE);
+    for (const INT_PTR window : {INT_PTR{0}, INT_PTR{0x7ffffffe}}) {
+        const CapturingPatch<decltype(&GetForegroundWindow)> patch("GetForegroundWindow",
+                                                                   Answer(reinterpret_cast<HWND>(window)));
+        EXPECT_EQ(CQanhMonitorMode::IsSearchPaneForeground(), FALSE);
+    }
 }
 
 TEST(SearchPane, LongestClassNameIsNotThePane)
