@@ -1,10 +1,7 @@
 // How resource references of a manifest become text.
 
-#include "manifest/ManifestReader.h"
-
 #include "support/Allocations.h"
-#include "support/FakeResources.h"
-#include "support/LogCapture.h"
+#include "unit/manifest/ManifestFile.h"
 
 #include <gmock/gmock.h>
 
@@ -17,8 +14,8 @@
 
 namespace {
 
+using manifest_test::Converted;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
 using Sources = std::vector<std::wstring>;
@@ -42,6 +39,12 @@ struct SourcesCase
     Sources sources;
 };
 
+// The two sources of a reference that is not rooted.
+Sources BothSources(const std::wstring& key)
+{
+    return {L"@{F?ms-resource://N/resources/" + key + L"}", L"@{F? ms-resource://N/" + key + L"}"};
+}
+
 class ResourceSources : public ResourceString, public ::testing::WithParamInterface<SourcesCase>
 {
 };
@@ -50,121 +53,82 @@ class ResourceSources : public ResourceString, public ::testing::WithParamInterf
 TEST_P(ResourceSources, AreMadeOfThePackagesNamesAndTheKey)
 {
     EXPECT_FALSE(Convert(GetParam().resource));
-    EXPECT_THAT(m_resources.Sources(), ElementsAreArray(GetParam().sources));
+    EXPECT_EQ(m_resources.Sources(), GetParam().sources);
 }
 
 const SourcesCase kSources[] = {
-    {"APlainKey",
-     L"ms-resource:AppName",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
-    {"SlashesAroundTheKey",
-     L"ms-resource:/Strings/Title/",
-     {L"@{F?ms-resource://N/resources/strings/title}", L"@{F? ms-resource://N/strings/title}"}},
+    {"APlainKey", L"ms-resource:AppName", BothSources(L"appname")},
+    {"SlashesAroundTheKey", L"ms-resource:/Strings/Title/", BothSources(L"strings/title")},
     {"ThreeSlashesAndNoSecondTry",
      L"ms-resource:///Resources/AppName",
      {L"@{F?ms-resource://N/resources/appname}"}},
-    {"TwoSlashes",
-     L"ms-resource://appname",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
-    {"ManySlashesAtTheEnd",
-     L"ms-resource:AppName///",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
-    {"SlashesInsideStay",
-     L"ms-resource:/a//b/",
-     {L"@{F?ms-resource://N/resources/a//b}", L"@{F? ms-resource://N/a//b}"}},
-    {"ThePrefixAlone", L"ms-resource:", {L"@{F?ms-resource://N/resources/}", L"@{F? ms-resource://N/}"}},
-    {"NothingButTwoSlashes",
-     L"ms-resource://",
-     {L"@{F?ms-resource://N/resources/}", L"@{F? ms-resource://N/}"}},
+    {"TwoSlashes", L"ms-resource://appname", BothSources(L"appname")},
+    {"ManySlashesAtTheEnd", L"ms-resource:AppName///", BothSources(L"appname")},
+    {"SlashesInsideStay", L"ms-resource:/a//b/", BothSources(L"a//b")},
+    {"ThePrefixAlone", L"ms-resource:", BothSources(L"")},
+    {"NothingButTwoSlashes", L"ms-resource://", BothSources(L"")},
     {"NothingButThreeSlashes", L"ms-resource:///", {L"@{F?ms-resource://N/}"}},
     {"FourSlashesKeepOne", L"ms-resource:////Title", {L"@{F?ms-resource://N//title}"}},
     {"ASlashBehindARootedKeyStays", L"ms-resource:///Title/", {L"@{F?ms-resource://N/title/}"}},
-    {"UpperCase",
-     L"MS-RESOURCE:APPNAME",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
+    {"UpperCase", L"MS-RESOURCE:APPNAME", BothSources(L"appname")},
     {"UpperCaseWithThreeSlashes", L"Ms-Resource:///App", {L"@{F?ms-resource://N/app}"}},
-    {"ABlankInTheKey",
-     L"ms-resource: App",
-     {L"@{F?ms-resource://N/resources/ app}", L"@{F? ms-resource://N/ app}"}},
-    {"ThePrefixTwice",
-     L"ms-resource:ms-resource:App",
-     {L"@{F?ms-resource://N/resources/ms-resource:app}", L"@{F? ms-resource://N/ms-resource:app}"}},
-    {"OtherScripts",
-     L"ms-resource:\u30e1\u30fc\u30eb",
-     {L"@{F?ms-resource://N/resources/\u30e1\u30fc\u30eb}", L"@{F? ms-resource://N/\u30e1\u30fc\u30eb}"}},
-    {"HalfOfASurrogatePair",
-     L"ms-resource:A\xD83D/B",
-     {L"@{F?ms-resource://N/resources/a\xD83D/b}", L"@{F? ms-resource://N/a\xD83D/b}"}},
+    {"ABlankInTheKey", L"ms-resource: App", BothSources(L" app")},
+    {"ThePrefixTwice", L"ms-resource:ms-resource:App", BothSources(L"ms-resource:app")},
+    {"OtherScripts", L"ms-resource:\u30e1\u30fc\u30eb", BothSources(L"\u30e1\u30fc\u30eb")},
+    {"HalfOfASurrogatePair", L"ms-resource:A\xD83D/B", BothSources(L"a\xD83D/b")},
 };
 
 INSTANTIATE_TEST_SUITE_P(Of, ResourceSources, ::testing::ValuesIn(kSources),
                          [](const auto& each) { return std::string(each.param.name); });
 
-TEST_F(ResourceString, TheFirstSourceIsEnoughWhenItLoads)
+struct LoadCase
 {
-    m_resources.texts[L"@{F?ms-resource://N/resources/appname}"] = L"My App";
-    const test::LogCapture log;
-    EXPECT_TRUE(Convert(L"ms-resource:AppName"));
-    EXPECT_STREQ(m_buffer, L"My App");
-    EXPECT_EQ(m_resources.requests.size(), 1u);
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhManifestReader::ConvertMsResourceToString(ms-resource:AppName, F, N, , 256) IN",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F?ms-resource://N/resources/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = My App)"));
-}
+    const char* name;
+    const char* resource;
+    const wchar_t* source;          // that loads as "My App"; all others leave "rest" in the buffer
+    std::vector<std::string> tried; // sources
+};
 
-TEST_F(ResourceString, TheSecondSourceIsTriedWhenTheFirstFails)
-{
-    m_resources.texts[L"@{F? ms-resource://N/appname}"] = L"My App";
-    const test::LogCapture log;
-    EXPECT_TRUE(Convert(L"ms-resource:AppName"));
-    EXPECT_STREQ(m_buffer, L"My App");
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhManifestReader::ConvertMsResourceToString(ms-resource:AppName, F, N, , 256) IN",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F?ms-resource://N/resources/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F? ms-resource://N/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = My App)"));
-}
+const LoadCase kLoads[] = {
+    {"TheFirstSourceWhenItLoads",
+     "ms-resource:AppName",
+     L"@{F?ms-resource://N/resources/appname}",
+     {"@{F?ms-resource://N/resources/appname}"}},
+    {"TheSecondSourceWhenTheFirstFails",
+     "ms-resource:AppName",
+     L"@{F? ms-resource://N/appname}",
+     {"@{F?ms-resource://N/resources/appname}", "@{F? ms-resource://N/appname}"}},
+    {"BothSourcesFailing",
+     "ms-resource:AppName",
+     nullptr,
+     {"@{F?ms-resource://N/resources/appname}", "@{F? ms-resource://N/appname}"}},
+    {"ARootedSource",
+     "ms-resource:///Files/Title",
+     L"@{F?ms-resource://N/files/title}",
+     {"@{F?ms-resource://N/files/title}"}},
+    {"ARootedSourceOnceOnly", "ms-resource:///Files/Title", nullptr, {"@{F?ms-resource://N/files/title}"}},
+};
 
-TEST_F(ResourceString, BothSourcesFailing)
+class ResourceLoading : public ResourceString, public ::testing::WithParamInterface<LoadCase>
 {
+};
+
+TEST_P(ResourceLoading, Tries)
+{
+    const LoadCase& c = GetParam();
     m_resources.leftOver = L"rest";
+    if (c.source) {
+        m_resources.texts[c.source] = L"My App";
+    }
     const test::LogCapture log;
-    EXPECT_FALSE(Convert(L"ms-resource:AppName"));
-    EXPECT_STREQ(m_buffer, L"rest"); // as the system left it
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhManifestReader::ConvertMsResourceToString(ms-resource:AppName, F, N, , 256) IN",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F?ms-resource://N/resources/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F? ms-resource://N/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = rest)"));
+    EXPECT_EQ(Convert(test::FromUtf8(c.resource).c_str()), c.source ? TRUE : FALSE);
+    EXPECT_STREQ(m_buffer, c.source ? L"My App" : L"rest"); // as the system left it
+    EXPECT_EQ(m_resources.requests.size(), c.tried.size());
+    EXPECT_EQ(log.Lines(), Converted(c.resource, c.tried, c.source ? "My App" : "rest"));
 }
 
-TEST_F(ResourceString, ARootedSourceLoads)
-{
-    m_resources.texts[L"@{F?ms-resource://N/files/title}"] = L"My App";
-    EXPECT_TRUE(Convert(L"ms-resource:///Files/Title"));
-    EXPECT_STREQ(m_buffer, L"My App");
-}
-
-TEST_F(ResourceString, ARootedSourceIsTriedOnce)
-{
-    const test::LogCapture log;
-    EXPECT_FALSE(Convert(L"ms-resource:///Files/Title"));
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre(
-            "CQanhManifestReader::ConvertMsResourceToString(ms-resource:///Files/Title, F, N, , 256) IN",
-            "CQanhManifestReader::ConvertMsResourceToString ms-resource = @{F?ms-resource://N/files/title})",
-            "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = )"));
-}
+INSTANTIATE_TEST_SUITE_P(It, ResourceLoading, ::testing::ValuesIn(kLoads),
+                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(ResourceString, TheShellGetsTheCallersBufferAndItsSize)
 {
@@ -177,19 +141,14 @@ TEST_F(ResourceString, TheShellGetsTheCallersBufferAndItsSize)
     }
 }
 
-TEST_F(ResourceString, ATextAsLongAsTheBufferFits)
+TEST_F(ResourceString, ATextIsCutToTheBuffer)
 {
-    m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = std::wstring(255, L'x');
-    EXPECT_TRUE(Convert(L"ms-resource:a"));
-    EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
-}
-
-TEST_F(ResourceString, ALongerTextIsCutToTheBuffer)
-{
-    for (const std::size_t size : {256u, 257u, 5000u}) {
-        m_resources.texts[L"@{F? ms-resource://N/a}"] = std::wstring(size, L'x');
-        EXPECT_TRUE(Convert(L"ms-resource:a"));
-        EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
+    for (const std::size_t size : {255u, 256u, 257u, 5000u}) {
+        for (const wchar_t* source : {L"@{F?ms-resource://N/resources/a}", L"@{F? ms-resource://N/a}"}) {
+            m_resources.texts = {{source, std::wstring(size, L'x')}};
+            EXPECT_TRUE(Convert(L"ms-resource:a"));
+            EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
+        }
     }
 }
 
@@ -233,7 +192,9 @@ class NoReference : public ResourceString, public ::testing::WithParamInterface<
 TEST_P(NoReference, IsLeftAlone)
 {
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
+    const test::LogCapture log;
     EXPECT_FALSE(Convert(GetParam()));
+    EXPECT_EQ(log.Lines().size(), 1u); // that of the entry
     EXPECT_THAT(m_resources.requests, IsEmpty());
     EXPECT_STREQ(m_buffer, L"before");
 }
@@ -242,14 +203,6 @@ INSTANTIATE_TEST_SUITE_P(When, NoReference,
                          ::testing::Values(L"", L"Weather", L" ms-resource:AppName", L"xms-resource:AppName",
                                            L"ms-resource", L"ms-resourceAppName", L"ms_resource:AppName",
                                            L"see ms-resource:///AppName"));
-
-TEST_F(ResourceString, NoReferenceHasNoLineButTheFirst)
-{
-    const test::LogCapture log;
-    EXPECT_FALSE(Convert(L"Weather"));
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhManifestReader::ConvertMsResourceToString(Weather, F, N, , 256) IN"));
-}
 
 TEST_F(ResourceString, PackagesWithoutANameHaveNoResources)
 {
