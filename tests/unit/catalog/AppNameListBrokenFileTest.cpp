@@ -6,6 +6,7 @@
 #include "support/DocumentedReader.h"
 #include "support/ImportPatch.h"
 #include "support/Text.h"
+#include "support/XmlText.h"
 #include "unit/catalog/CatalogFile.h"
 
 #include <gmock/gmock.h>
@@ -168,16 +169,8 @@ TEST(AppNameListCutFile, KeepsWhatIsCompleteWhereverItEnds)
 {
     CutWithTheReaderInUse(kBody, 0);
     CutWithTheDocumentedReader(kBody);
-}
-
-TEST(AppNameListCutFile, KeepsWhatIsCompleteBehindADeclaration)
-{
     CutWithTheReaderInUse(std::string(kDeclaration) + kBody, sizeof kDeclaration);
     CutWithTheDocumentedReader(std::string(kDeclaration) + kBody);
-}
-
-TEST(AppNameListCutFile, KeepsWhatIsCompleteWithoutLineEnds)
-{
     CutWithTheReaderInUse(BodyWithoutLineEnds(), 0);
     CutWithTheDocumentedReader(BodyWithoutLineEnds());
 }
@@ -234,35 +227,36 @@ TEST(AppNameListCutFile, EndsWithinTextAndOpenConstructs)
     }
 }
 
-struct Broken
+// Behind the fault the reading fails, with so many records before it.
+void ExpectFault(const char* what, const char* text, std::size_t records)
 {
-    const char* what;
-    const char* text;
-    std::size_t records;
-};
+    SCOPED_TRACE(what);
+    CQanhAppNameList list;
+    EXPECT_TRUE(FAILED(LoadText(list, text)));
+    EXPECT_EQ(Records(SavedText(list)).size(), records);
+}
 
 TEST(AppNameListBrokenFile, KeepsWhatCameBeforeTheFault)
 {
-    const Broken files[] = {
-        {"nothing", "", 0},
-        {"a wrong end tag", "<r><Package/></q><Package/></r>", 1},
-        {"a wrong end tag within a package", "<r><Package><MetroApp DisplayName='a'/></r><Package/>", 2},
-        {"an end tag too many", "<r><Package/></r></r>", 1},
-        {"a second root", "<r><Package/></r><s><Package/></s>", 1},
-        {"an attribute without value", "<r><Package/><Package NeedReserve/></r>", 1},
-        {"an attribute without quotes", "<r><Package/><Package NeedReserve=1/></r>", 1},
-        {"a bare ampersand in a value", "<r><Package/><Package PackageFamilyName='A & B'/></r>", 1},
-        {"a bare less-than in a value", "<r><Package/><Package PackageFamilyName='A < B'/></r>", 1},
-        {"a document type", "<!DOCTYPE r [<!ENTITY e 'x'>]><r><Package PackageFamilyName='&e;'/></r>", 0},
-        {"an encoding that the reader does not know",
-         "<?xml version='1.0' encoding='Shift_JIS'?><r><Package/></r>", 0},
-    };
-    for (const Broken& file : files) {
-        SCOPED_TRACE(file.what);
-        CQanhAppNameList list;
-        EXPECT_TRUE(FAILED(LoadText(list, file.text)));
-        EXPECT_EQ(Records(SavedText(list)).size(), file.records);
+    ExpectFault("nothing", "", 0);
+    ExpectFault("a wrong end tag", "<r><Package/></q><Package/></r>", 1);
+    ExpectFault("a wrong end tag within a package", "<r><Package><MetroApp DisplayName='a'/></r><Package/>",
+                2);
+    ExpectFault("an end tag too many", "<r><Package/></r></r>", 1);
+    ExpectFault("a second root", "<r><Package/></r><s><Package/></s>", 1);
+    ExpectFault("an attribute without value", "<r><Package/><Package NeedReserve/></r>", 1);
+    ExpectFault("an attribute without quotes", "<r><Package/><Package NeedReserve=1/></r>", 1);
+    ExpectFault("a bare ampersand", "<r><Package/><Package PackageFamilyName='A & B'/></r>", 1);
+    ExpectFault("a bare less-than", "<r><Package/><Package PackageFamilyName='A < B'/></r>", 1);
+    ExpectFault("a document type", "<!DOCTYPE r [<!ENTITY e 'x'>]><r><Package PackageFamilyName='&e;'/></r>",
+                0);
+    ExpectFault("an encoding that the reader does not know",
+                "<?xml version='1.0' encoding='Shift_JIS'?><r><Package/></r>", 0);
+    std::string elements;
+    for (int i = 0; i < 5000; ++i) {
+        elements += "<x>";
     }
+    ExpectFault("elements nested too deep", ("<r><Package PackageFamilyName='a_1'/>" + elements).c_str(), 1);
 }
 
 TEST(AppNameListBrokenFile, MakesNothingOfWhatIsNoXml)
@@ -274,17 +268,6 @@ TEST(AppNameListBrokenFile, MakesNothingOfWhatIsNoXml)
         CQanhAppNameList list;
         EXPECT_NE(LoadText(list, text), S_OK);
     }
-}
-
-TEST(AppNameListBrokenFile, EndsInElementsNestedTooDeep)
-{
-    std::string text = "<r><Package PackageFamilyName='a_1'/>";
-    for (int i = 0; i < 5000; ++i) {
-        text += "<x>";
-    }
-    CQanhAppNameList list;
-    EXPECT_TRUE(FAILED(LoadText(list, text)));
-    EXPECT_EQ(list.PackageFamilyNames().size(), 1u);
 }
 
 TEST(AppNameListBrokenFile, EndsInPackagesAndCollectionsThatAreNeverClosed)

@@ -3,9 +3,11 @@
 #include "catalog/AppNameList.h"
 
 #include "support/LogCapture.h"
+#include "support/LogSteps.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
 #include "unit/catalog/CatalogFile.h"
+#include "unit/catalog/Records.h"
 
 #include <gmock/gmock.h>
 
@@ -18,13 +20,8 @@
 
 namespace {
 
-using test::SavedText;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr std::string_view kMail = "    <Package PackageFamilyName=\"mail_1\" Version=\"1.0.0.0\">\r\n"
-                                   "      <MetroApp DisplayName=\"Mail\" />\r\n"
-                                   "    </Package>";
 
 class AppNameListReload : public testing::Test
 {
@@ -34,14 +31,7 @@ protected:
         test::WriteFileBytes(m_path, text);
         return m_list.Reload(m_path.c_str());
     }
-    std::vector<std::wstring> Shortcuts() const
-    {
-        std::vector<std::wstring> shortcuts;
-        for (const WideString& shortcut : m_list.DesktopShortcuts()) {
-            shortcuts.emplace_back(shortcut.c_str());
-        }
-        return shortcuts;
-    }
+    std::vector<std::wstring> Shortcuts() const { return test::Names(m_list.DesktopShortcuts()); }
 
     test::TemporaryFolder m_folder;
     const std::wstring m_path = m_folder / L"AppNameList.xml";
@@ -53,11 +43,12 @@ TEST_F(AppNameListReload, PutsTheFilesRecordsInThePlaceOfAllOthers)
     ASSERT_EQ(m_list.AddDesktopApp(L"old", L"C:\\old.lnk"), S_OK);
     ASSERT_EQ(m_list.AddMetroPackage(std::make_unique<CQanhPackage>(L"old_1", RecordVersion(), TRUE, TRUE)),
               S_OK);
-    const std::string text = test::Document(
-        {"  <MetroApps>", kMail, "  </MetroApps>", "  <DesktopApps>",
-         "    <DesktopApp DisplayName=\"New\" LnkFileName=\"C:\\new.lnk\" />", "  </DesktopApps>"});
-    EXPECT_EQ(Reload(text + "\r\n</Applications>"), S_FALSE);
-    EXPECT_EQ(SavedText(m_list), text);
+    EXPECT_EQ(Reload("<r><Package PackageFamilyName='mail_1' Version='1.0.0.0'><MetroApp DisplayName='Mail'/>"
+                     "</Package><DesktopApps><DesktopApp LnkFileName='C:\\new.lnk'/></DesktopApps></r>"),
+              S_FALSE);
+    EXPECT_EQ(test::SavedRecords(m_list),
+              R"(<Package PackageFamilyName="mail_1" Version="1.0.0.0"><MetroApp DisplayName="Mail" />)"
+              R"(</Package><DesktopApp LnkFileName="C:\new.lnk" />)");
 }
 
 TEST_F(AppNameListReload, LeavesAllAsItWasWhenTheFileCannotBeOpened)
@@ -93,8 +84,8 @@ TEST_F(AppNameListReload, LogsTheLinesOfALoad)
 {
     const test::LogCapture log;
     EXPECT_EQ(Reload("<Applications />"), S_FALSE);
-    const std::string in = "CQanhAppNameList::Load(" + test::ToUtf8(m_path) + ") IN";
-    EXPECT_THAT(log.Lines(), ElementsAre(in, "CQanhAppNameList::Load OUT(0x00000001)"));
+    EXPECT_EQ(log.Lines(),
+              test::Step("CQanhAppNameList::Load(" + test::ToUtf8(m_path) + ")", "OUT(0x00000001)"));
 }
 
 TEST_F(AppNameListReload, IsSeenAsOneStep)

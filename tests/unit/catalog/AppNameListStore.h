@@ -6,6 +6,7 @@
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
 #include "support/LogCapture.h"
+#include "support/LogSteps.h"
 #include "support/Registry.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
@@ -14,12 +15,38 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace store_test {
 
 inline constexpr wchar_t kFamily[] = L"Contoso.Mail_8wekyb3d8bbwe";
+
+// What the adding of a package logs: how it is looked up, and what follows.
+inline std::vector<std::string> Adding(const std::string& exit, const std::vector<std::string>& lookUp,
+                                       const std::vector<std::string>& rest = {})
+{
+    return test::Step(
+        "CQanhAppNameList::AddMetroPackage", exit,
+        {test::Step("CQanhAppNameList::GetPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT", {lookUp}), rest});
+}
+
+// In a catalogue that holds this package only.
+inline std::vector<std::string> Known()
+{
+    return test::Step("CQanhPackage::IsThisPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT(1)");
+}
+
+// What the reading of the one application "Mail" logs, without the reader's steps.
+inline std::vector<std::string> ReadingMail()
+{
+    return test::Step(
+        "CQanhManifestReader::AddAppsToPackage", "OUT(0x00000001)",
+        {test::Step("CQanhManifestReader::LoadSetting", "OUT"),
+         test::Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
+                    {test::Step("CQanhPackage::AddApplication(mail, s mail)", "OUT(0x00000000)")})});
+}
 
 // A package of the system with a real manifest, and a catalogue.
 class AppNameListStore : public ::testing::Test
@@ -48,13 +75,47 @@ protected:
 
     static std::vector<std::wstring> DisplayNames(const CQanhPackage* package)
     {
-        std::vector<std::wstring> names;
-        for (const auto& app : package->Apps()) {
-            names.emplace_back(app->DisplayName.c_str());
-        }
-        return names;
+        return test::DisplayNames(package->Apps());
     }
     std::vector<std::wstring> DisplayNames() { return DisplayNames(Record()); }
+
+    // The package is in the list once, like this.
+    void ExpectRecord(const RecordVersion& version, const std::vector<std::wstring>& displayNames,
+                      const wchar_t* fullName = L"Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe",
+                      const wchar_t* name = L"Contoso.Mail")
+    {
+        ASSERT_NE(Record(), nullptr);
+        EXPECT_STREQ(Record()->PackageFamilyName.c_str(), kFamily);
+        EXPECT_EQ(Record()->Version, version);
+        EXPECT_EQ(DisplayNames(), displayNames);
+        EXPECT_STREQ(Record()->FullName.c_str(), fullName);
+        EXPECT_STREQ(Record()->Name.c_str(), name);
+        EXPECT_EQ(m_list.PackageFamilyNames().size(), 1u);
+    }
+
+    // The package gets other names, which say nothing of what it is.
+    void Rename()
+    {
+        m_package->facts.fullName = L"another full name";
+        m_package->facts.name = L"another name";
+    }
+
+    // The package was added with one application, and has another version now.
+    void AddAndChangeVersion()
+    {
+        WriteManifest({"Mail"});
+        EXPECT_EQ(Add(), S_OK);
+        m_package->facts.version.Major = 2;
+    }
+
+    // The system's manifest reader is set, and cannot be made.
+    void BreakTheSystemsReader()
+    {
+        m_settings.SetDword(L"ManifestReaderSetting", 0);
+        m_noObjects.emplace("CoCreateInstance", [](REFCLSID, IUnknown*, DWORD, REFIID, void**) -> HRESULT {
+            return REGDB_E_CLASSNOTREG;
+        });
+    }
 
     static RecordVersion VersionOf(UINT16 major, UINT16 minor, UINT16 build, UINT16 revision)
     {
@@ -107,6 +168,7 @@ protected:
     test::FakeObjects m_objects;
     test::FakePackage* m_package;
     CQanhAppNameList m_list;
+    std::optional<test::ImportPatch<decltype(&CoCreateInstance)>> m_noObjects;
 
 private:
     test::PackageFacts Facts() const

@@ -4,10 +4,11 @@
 #include "catalog/MetroApp.h"
 #include "support/Allocations.h"
 #include "support/LogCapture.h"
+#include "support/LogSteps.h"
 #include "support/ReaderProbe.h"
+#include "support/XmlText.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
-#include "unit/catalog/XmlText.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,8 +19,6 @@
 #include <vector>
 
 namespace {
-
-using testing::ElementsAre;
 
 // How records of a kind are made.
 template <typename App> struct Kind;
@@ -55,14 +54,10 @@ template <> struct Kind<CQanhDesktopApp>
 template <typename App> class BothApps : public testing::Test
 {
 protected:
-    // The lines of the class's operations.
-    static std::vector<std::string> Lines(std::initializer_list<const char*> lines)
+    // An operation of the class.
+    static std::vector<std::string> Step(const char* entry, const char* exit)
     {
-        std::vector<std::string> whole;
-        for (const char* line : lines) {
-            whole.push_back(std::string(Kind<App>::kClass) + line);
-        }
-        return whole;
+        return test::Step(Kind<App>::kClass + std::string(entry), exit);
     }
 };
 
@@ -71,17 +66,7 @@ TYPED_TEST_SUITE(BothApps, Apps, );
 
 TYPED_TEST(BothApps, CheckTheArgumentsOfASearchAndTouchNothingThen)
 {
-    const TypeParam app = Kind<TypeParam>::Named(L"web mail");
-    ExcludeList list;
-    BOOL found = 7;
-    EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, &list, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"mail", nullptr, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"mail", &list, nullptr), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", nullptr, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, nullptr), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, &found), E_INVALIDARG);
-    EXPECT_EQ(found, 7);
-    EXPECT_TRUE(list.IsEmpty());
+    test::ExpectArgumentChecks(Kind<TypeParam>::Named(L"web mail"));
 }
 
 TYPED_TEST(BothApps, ClearFoundBeforeTheWantedNameCannotBeCopiedOrLowered)
@@ -110,12 +95,11 @@ TYPED_TEST(BothApps, LogEveryEarlyExitOfASearch)
         const test::NoLowering noLowering;
         test::Ask(app, L"b");
     }
-    EXPECT_EQ(log.Lines(),
-              this->Lines({"AddToExcludeAppNameList((null)) IN", "AddToExcludeAppNameList OUT(0x80004003)",
-                           "AddToExcludeAppNameList() IN", "AddToExcludeAppNameList OUT(0x80070057)",
-                           "AddToExcludeAppNameList(mail) IN", "AddToExcludeAppNameList OUT(0x00000000)",
-                           "AddToExcludeAppNameList(a) IN", "AddToExcludeAppNameList OUT(0x8007000E)",
-                           "AddToExcludeAppNameList(b) IN", "AddToExcludeAppNameList OUT(0x80004005)"}));
+    EXPECT_EQ(log.Lines(), test::Log({this->Step("AddToExcludeAppNameList((null))", "OUT(0x80004003)"),
+                                      this->Step("AddToExcludeAppNameList()", "OUT(0x80070057)"),
+                                      this->Step("AddToExcludeAppNameList(mail)", "OUT(0x00000000)"),
+                                      this->Step("AddToExcludeAppNameList(a)", "OUT(0x8007000E)"),
+                                      this->Step("AddToExcludeAppNameList(b)", "OUT(0x80004005)")}));
 }
 
 TYPED_TEST(BothApps, StopWritingAtTheFirstFailure)
@@ -138,8 +122,8 @@ TYPED_TEST(BothApps, AreNotWrittenToNothing)
     test::WriterProbe writer;
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(nullptr), E_POINTER);
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(&writer), S_OK);
-    EXPECT_EQ(log.Lines(), this->Lines({"ToXmlNode IN", "ToXmlNode OUT(0x80004003)", "ToXmlNode IN",
-                                        "ToXmlNode OUT(0x00000000)"}));
+    EXPECT_EQ(log.Lines(), test::Log({this->Step("ToXmlNode", "OUT(0x80004003)"),
+                                      this->Step("ToXmlNode", "OUT(0x00000000)")}));
 }
 
 TYPED_TEST(BothApps, AreNotReadFromOrIntoNothing)
@@ -152,9 +136,9 @@ TYPED_TEST(BothApps, AreNotReadFromOrIntoNothing)
     EXPECT_EQ(app, nullptr);
     EXPECT_EQ(TypeParam::FromXmlNode(source.Reader(), &app), S_OK);
     EXPECT_NE(app, nullptr);
-    EXPECT_EQ(log.Lines(),
-              this->Lines({"FromXmlNode IN", "FromXmlNode OUT(0x80004003)", "FromXmlNode IN",
-                           "FromXmlNode OUT(0x80004003)", "FromXmlNode IN", "FromXmlNode OUT(0x00000000)"}));
+    EXPECT_EQ(log.Lines(), test::Log({this->Step("FromXmlNode", "OUT(0x80004003)"),
+                                      this->Step("FromXmlNode", "OUT(0x80004003)"),
+                                      this->Step("FromXmlNode", "OUT(0x00000000)")}));
 }
 
 TYPED_TEST(BothApps, PassTheReadersFailureOn)

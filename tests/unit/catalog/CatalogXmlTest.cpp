@@ -24,90 +24,83 @@ TEST(CatalogXml, KnowsTheNamesOfTheFile)
     EXPECT_STREQ(CatalogXml::kDesktopApp, L"DesktopApp");
 }
 
-TEST(CatalogXmlWriteElement, StartsAndEndsTheElementAroundItsContent)
+class CatalogXmlWriter : public testing::Test
 {
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [&] { return CatalogXml::Write(&writer, L"b", L"c"); }),
+protected:
+    HRESULT WriteElementAround(HRESULT content)
+    {
+        return CatalogXml::WriteElement(&m_writer, L"a", [&] {
+            EXPECT_EQ(CatalogXml::Write(&m_writer, L"b", L"c"), S_OK);
+            return content;
+        });
+    }
+
+    WriterProbe m_writer;
+};
+
+TEST_F(CatalogXmlWriter, StartsAndEndsTheElementAroundItsContent)
+{
+    EXPECT_EQ(WriteElementAround(S_OK), S_OK);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
+}
+
+TEST_F(CatalogXmlWriter, WritesNoContentWhenItCannotStartTheElement)
+{
+    m_writer.failingCall = 0;
+    EXPECT_EQ(WriteElementAround(S_OK), m_writer.failure);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a"));
+}
+
+TEST_F(CatalogXmlWriter, EndsTheElementAndReturnsTheFirstFailure)
+{
+    m_writer.failingCall = 2;
+    EXPECT_EQ(WriteElementAround(E_ABORT), E_ABORT);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
+}
+
+TEST_F(CatalogXmlWriter, ReturnsTheFailureToEndTheElement)
+{
+    m_writer.failingCall = 2;
+    EXPECT_EQ(WriteElementAround(S_OK), m_writer.failure);
+}
+
+TEST_F(CatalogXmlWriter, WritesASingleAttributeAlsoWhenItIsEmpty)
+{
+    EXPECT_EQ(CatalogXml::Write(&m_writer, L"a", L""), S_OK);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"a="));
+}
+
+TEST_F(CatalogXmlWriter, LeavesEmptyTextsOutAndDoesNotEscape)
+{
+    // The writer escapes; doing it here would double it.
+    EXPECT_EQ(CatalogXml::WriteTexts(
+                  &m_writer, {{L"a", WideString()}, {L"b", L"<A & \"B\">"}, {L"c", L""}, {L"d", L"D"}}),
               S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"b=<A & \"B\">", L"d=D"));
+    EXPECT_EQ(CatalogXml::WriteTexts(&m_writer, {}), S_OK);
 }
 
-TEST(CatalogXmlWriteElement, WritesNoContentWhenItCannotStart)
+TEST_F(CatalogXmlWriter, WritesOnlyFlagsThatDifferFromTheDefault)
 {
-    WriterProbe writer;
-    writer.failingCall = 0;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [&] { return CatalogXml::Write(&writer, L"b", L"c"); }),
-              writer.failure);
-    EXPECT_THAT(writer.calls, ElementsAre(L"start a"));
-}
-
-TEST(CatalogXmlWriteElement, EndsTheElementAndReturnsTheFirstFailure)
-{
-    WriterProbe writer;
-    writer.failingCall = 1;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [] { return E_ABORT; }), E_ABORT);
-    EXPECT_THAT(writer.calls, ElementsAre(L"start a", L"end"));
-}
-
-TEST(CatalogXmlWriteElement, ReturnsTheFailureToEnd)
-{
-    WriterProbe writer;
-    writer.failingCall = 1;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [] { return S_OK; }), writer.failure);
-}
-
-TEST(CatalogXmlWrite, WritesAlsoWhatIsEmpty)
-{
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::Write(&writer, L"a", L""), S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a="));
-}
-
-TEST(CatalogXmlWriteTexts, LeavesEmptyTextsOut)
-{
-    WriterProbe writer;
-    EXPECT_EQ(
-        CatalogXml::WriteTexts(&writer, {{L"a", WideString()}, {L"b", L"B"}, {L"c", L""}, {L"d", L"D"}}),
-        S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"b=B", L"d=D"));
-    EXPECT_EQ(CatalogXml::WriteTexts(&writer, {}), S_OK);
-}
-
-TEST(CatalogXmlWriteTexts, DoesNotEscape)
-{
-    // The writer does that; doing it here would double it.
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::WriteTexts(&writer, {{L"a", L"<A & \"B\">"}}), S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=<A & \"B\">"));
-}
-
-TEST(CatalogXmlWriteTexts, EndsAtTheFirstFailure)
-{
-    WriterProbe writer;
-    writer.failingCall = 1;
-    EXPECT_EQ(CatalogXml::WriteTexts(&writer, {{L"a", L"A"}, {L"b", L"B"}, {L"c", L"C"}}), writer.failure);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=A", L"b=B"));
-}
-
-TEST(CatalogXmlWriteFlags, WritesOnlyWhatDiffersFromTheDefault)
-{
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::WriteFlags(&writer, {{L"a", TRUE, FALSE},
-                                               {L"b", FALSE, FALSE},
-                                               {L"c", TRUE, TRUE},
-                                               {L"d", FALSE, TRUE},
-                                               {L"e", -1, FALSE},
-                                               {L"f", 2, TRUE}}),
+    EXPECT_EQ(CatalogXml::WriteFlags(&m_writer, {{L"a", TRUE, FALSE},
+                                                 {L"b", FALSE, FALSE},
+                                                 {L"c", TRUE, TRUE},
+                                                 {L"d", FALSE, TRUE},
+                                                 {L"e", -1, FALSE},
+                                                 {L"f", 2, TRUE}}),
               S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=1", L"d=0", L"e=1"));
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"a=1", L"d=0", L"e=1"));
 }
 
-TEST(CatalogXmlWriteFlags, EndsAtTheFirstFailure)
+TEST_F(CatalogXmlWriter, EndsAtTheFirstAttributeThatFails)
 {
-    WriterProbe writer;
-    writer.failingCall = 0;
-    EXPECT_EQ(CatalogXml::WriteFlags(&writer, {{L"a", TRUE, FALSE}, {L"b", TRUE, FALSE}}), writer.failure);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=1"));
+    m_writer.failingCall = 1;
+    EXPECT_EQ(CatalogXml::WriteTexts(&m_writer, {{L"a", L"A"}, {L"b", L"B"}, {L"c", L"C"}}),
+              m_writer.failure);
+    m_writer.failingCall = 2;
+    EXPECT_EQ(CatalogXml::WriteFlags(&m_writer, {{L"a", TRUE, FALSE}, {L"b", TRUE, FALSE}}),
+              m_writer.failure);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"a=A", L"b=B", L"a=1"));
 }
 
 TEST(CatalogXmlReadFlag, IsTrueForEveryNumberButZero)
@@ -134,33 +127,25 @@ TEST(CatalogXmlReadFlag, IsThePresetForWhatIsNoNumber)
     }
 }
 
-struct Number
+void ExpectNumber(const wchar_t* text, UINT32 number, const wchar_t* rest)
 {
-    const wchar_t* text;
-    UINT32 number;
-    const wchar_t* rest;
-};
+    SCOPED_TRACE(testing::PrintToString(text));
+    EXPECT_EQ(CatalogXml::TakeNumber(text), number);
+    EXPECT_STREQ(text, rest);
+}
 
 TEST(CatalogXmlTakeNumber, TakesWhatTheTextBeginsWith)
 {
-    const Number numbers[] = {
-        {L"0", 0, L""},
-        {L"12.34", 12, L".34"},
-        {L" \t\r\n12 ", 12, L" "},
-        {L"+12+", 12, L"+"},
-        {L"-1", 0xFFFFFFFF, L""},
-        {L"-65536x", 0xFFFF0000, L"x"},
-        {L"4294967295", 0xFFFFFFFF, L""},
-        {L"4294967296", 0xFFFFFFFF, L""},
-        {L"99999999999999999999999999,", 0xFFFFFFFF, L","},
-        {L"0000000000000000000000000012", 12, L""},
-    };
-    for (const Number& expected : numbers) {
-        SCOPED_TRACE(testing::PrintToString(expected.text));
-        const wchar_t* text = expected.text;
-        EXPECT_EQ(CatalogXml::TakeNumber(text), expected.number);
-        EXPECT_STREQ(text, expected.rest);
-    }
+    ExpectNumber(L"0", 0, L"");
+    ExpectNumber(L"12.34", 12, L".34");
+    ExpectNumber(L" \t\r\n12 ", 12, L" ");
+    ExpectNumber(L"+12+", 12, L"+");
+    ExpectNumber(L"-1", 0xFFFFFFFF, L"");
+    ExpectNumber(L"-65536x", 0xFFFF0000, L"x");
+    ExpectNumber(L"4294967295", 0xFFFFFFFF, L"");
+    ExpectNumber(L"4294967296", 0xFFFFFFFF, L"");
+    ExpectNumber(L"99999999999999999999999999,", 0xFFFFFFFF, L",");
+    ExpectNumber(L"0000000000000000000000000012", 12, L"");
 }
 
 TEST(CatalogXmlTakeNumber, LeavesTheTextAloneWhenThereIsNone)

@@ -1,6 +1,7 @@
 #include "catalog/DesktopApp.h"
 
 #include "support/LogCapture.h"
+#include "support/LogSteps.h"
 #include "unit/catalog/Records.h"
 
 #include <gmock/gmock.h>
@@ -16,8 +17,8 @@ using test::Ask;
 using test::Excluding;
 using test::kFound;
 using test::kNothing;
+using test::Step;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(DesktopApp, IsInstalledButNeitherReservedNorOfDualModeUnlessToldSo)
 {
@@ -58,74 +59,59 @@ struct Names
     bool isDualMode = false;
 };
 
-const test::ExcludeCase<Names> kCases[] = {
-    {"its own name is found", {L"word"}, L"word", kFound},
-    {"in any letter case", {L"Word 2013"}, L"wORD 2013", kFound},
-    {"its own name is not found in dual mode", {L"Word", L"", L"", true}, L"word", kNothing},
-    {"behind its own name the reading does not count", {L"word", L"", L"word"}, L"word", kFound},
-    {"nor in dual mode", {L"word", L"", L"word", true}, L"word", kNothing},
-    {"dual mode concerns the exact name only", {L"b a", L"", L"", true}, L"a b", kFound},
-    {"other letters than A to Z are found through their tokens",
-     {L"\u00C4", L"", L"", true},
-     L"\u00E4",
-     kFound},
-
-    {"the localised name replaces the display name: found", {L"Notepad", L"メモ帳"}, L"メモ帳", kFound},
-    {"the localised name replaces the display name: not found",
-     {L"notepad", L"メモ帳"},
-     L"notepad",
-     kNothing},
-    {"the localised name replaces the display name: excluded",
-     {L"notepad of old", L"my notepad"},
-     L"notepad",
-     Excluding({L"my notepad"})},
-    {"a localised name alone is enough", {L"", L"my notepad"}, L"notepad", Excluding({L"my notepad"})},
-    {"a record without any name is passed over", {L"", L"", L"word"}, L"word", kNothing},
-
-    {"a name that contains the wanted one is excluded",
-     {L"word viewer"},
-     L"word",
-     Excluding({L"word viewer"})},
-    {"the wanted name is lowered", {L"word viewer"}, L"WORD", Excluding({L"word viewer"})},
-    {"the record's name is not lowered", {L"Word Viewer"}, L"word", kNothing},
-    {"a part of the wanted name is left alone", {L"word"}, L"word viewer", kNothing},
-    {"the same words in another order are the wanted app", {L"viewer (word)"}, L"Word Viewer", kFound},
-    {"dual mode excludes like every other",
-     {L"word viewer", L"", L"", true},
-     L"word",
-     Excluding({L"word viewer"})},
-
-    {"a hit in the reading excludes the name", {L"電卓", L"", L"でんたく"}, L"でん", Excluding({L"電卓"})},
-    {"a hit in the reading excludes the localised name",
-     {L"calc", L"電卓", L"でんたく"},
-     L"でんたく",
-     Excluding({L"電卓"})},
-    {"the reading is not lowered", {L"電卓", L"", L"Dentaku"}, L"dentaku", kNothing},
-    {"hits in name and reading exclude once, and the second adding is the result",
-     {L"メール", L"", L"メール"},
-     L"メ",
-     Excluding({L"メール"}, S_FALSE)},
-    {"the reading counts also for the wanted app by its tokens",
-     {L"b a", L"", L"a b"},
-     L"a b",
-     Answer{S_OK, 1, {L"b a"}}},
-    {"an empty reading is not looked at", {L"word"}, L"!", Excluding({L"word"})},
-
-    {"a name that is listed already stays as it stands",
-     {L"word viewer"},
-     L"word",
-     Excluding({L"WORD VIEWER"}, S_FALSE),
-     {L"WORD VIEWER"}},
-};
+// How a record with these names answers a search with an exclude list that holds the listed names already.
+void ExpectAnswer(const char* rule, const Names& names, const wchar_t* wantedName, const Answer& answer,
+                  const std::vector<const wchar_t*>& listed = {})
+{
+    const CQanhDesktopApp app(names.displayName, L"C:\\a.lnk", names.localizeName, names.rubyDisplayName,
+                              false, true, names.isDualMode);
+    EXPECT_EQ(Ask(app, wantedName, listed), answer) << rule;
+}
 
 TEST(DesktopAppExclude, FollowsItsRules)
 {
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.rule);
-        const CQanhDesktopApp app(c.names.displayName, L"C:\\a.lnk", c.names.localizeName,
-                                  c.names.rubyDisplayName, false, true, c.names.isDualMode);
-        EXPECT_EQ(Ask(app, c.wantedName, c.listed), c.answer);
-    }
+    ExpectAnswer("its own name is found", {L"word"}, L"word", kFound);
+    ExpectAnswer("in any letter case", {L"Word 2013"}, L"wORD 2013", kFound);
+    ExpectAnswer("its own name is not found in dual mode", {L"Word", L"", L"", true}, L"word", kNothing);
+    ExpectAnswer("behind its own name the reading does not count", {L"word", L"", L"word"}, L"word", kFound);
+    ExpectAnswer("nor in dual mode", {L"word", L"", L"word", true}, L"word", kNothing);
+    ExpectAnswer("dual mode concerns the exact name only", {L"b a", L"", L"", true}, L"a b", kFound);
+    ExpectAnswer("other letters than A to Z are found through their tokens", {L"\u00C4", L"", L"", true},
+                 L"\u00E4", kFound);
+
+    ExpectAnswer("the localised name replaces the display name: found", {L"Notepad", L"メモ帳"}, L"メモ帳",
+                 kFound);
+    ExpectAnswer("the localised name replaces the display name: not found", {L"notepad", L"メモ帳"},
+                 L"notepad", kNothing);
+    ExpectAnswer("the localised name replaces the display name: excluded", {L"notepad of old", L"my notepad"},
+                 L"notepad", Excluding({L"my notepad"}));
+    ExpectAnswer("a localised name alone is enough", {L"", L"my notepad"}, L"notepad",
+                 Excluding({L"my notepad"}));
+    ExpectAnswer("a record without any name is passed over", {L"", L"", L"word"}, L"word", kNothing);
+
+    ExpectAnswer("a name that contains the wanted one is excluded", {L"word viewer"}, L"word",
+                 Excluding({L"word viewer"}));
+    ExpectAnswer("the wanted name is lowered", {L"word viewer"}, L"WORD", Excluding({L"word viewer"}));
+    ExpectAnswer("the record's name is not lowered", {L"Word Viewer"}, L"word", kNothing);
+    ExpectAnswer("a part of the wanted name is left alone", {L"word"}, L"word viewer", kNothing);
+    ExpectAnswer("the same words in another order are the wanted app", {L"viewer (word)"}, L"Word Viewer",
+                 kFound);
+    ExpectAnswer("dual mode excludes like every other", {L"word viewer", L"", L"", true}, L"word",
+                 Excluding({L"word viewer"}));
+
+    ExpectAnswer("a hit in the reading excludes the name", {L"電卓", L"", L"でんたく"}, L"でん",
+                 Excluding({L"電卓"}));
+    ExpectAnswer("a hit in the reading excludes the localised name", {L"calc", L"電卓", L"でんたく"},
+                 L"でんたく", Excluding({L"電卓"}));
+    ExpectAnswer("the reading is not lowered", {L"電卓", L"", L"Dentaku"}, L"dentaku", kNothing);
+    ExpectAnswer("hits in name and reading exclude once, and the second adding is the result",
+                 {L"メール", L"", L"メール"}, L"メ", Excluding({L"メール"}, S_FALSE));
+    ExpectAnswer("the reading counts also for the wanted app by its tokens", {L"b a", L"", L"a b"}, L"a b",
+                 Answer{S_OK, 1, {L"b a"}});
+    ExpectAnswer("an empty reading is not looked at", {L"word"}, L"!", Excluding({L"word"}));
+
+    ExpectAnswer("a name that is listed already stays as it stands", {L"word viewer"}, L"word",
+                 Excluding({L"WORD VIEWER"}, S_FALSE), {L"WORD VIEWER"});
 }
 
 TEST(DesktopAppExclude, LeavesFoundAloneWhenNotInstalled)
@@ -133,25 +119,10 @@ TEST(DesktopAppExclude, LeavesFoundAloneWhenNotInstalled)
     // Not even a reserved one counts.
     const CQanhDesktopApp app(L"word", L"C:\\a.lnk", nullptr, L"word", true, false);
     for (const wchar_t* wantedName : {L"word", L"w", L"other"}) {
-        const Answer answer = Ask(app, wantedName);
-        EXPECT_EQ(answer.result, S_FALSE);
-        EXPECT_EQ(answer.found, 7);
-        EXPECT_THAT(answer.excluded, IsEmpty());
+        EXPECT_EQ(Ask(app, wantedName), (Answer{S_FALSE, 7, {}}));
     }
-}
-
-TEST(DesktopAppExclude, ChecksItsArgumentsBeforeItsState)
-{
-    const CQanhDesktopApp app(L"word viewer", L"C:\\a.lnk", nullptr, nullptr, false, false);
-    ExcludeList list;
-    BOOL found = 7;
-    EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, &list, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"word", nullptr, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"word", &list, nullptr), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, nullptr), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, &found), E_INVALIDARG);
-    EXPECT_EQ(found, 7);
-    EXPECT_TRUE(list.IsEmpty());
+    // Its arguments are checked before its state.
+    test::ExpectArgumentChecks(app);
 }
 
 TEST(DesktopAppExclude, EndsAtAFailingAdding)
@@ -167,24 +138,17 @@ TEST(DesktopAppExclude, LogsEveryComparison)
 {
     const test::LogCapture log;
     Ask(CQanhDesktopApp(L"word viewer", L"C:\\a.lnk", L"", L"reading"), L"Word");
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhDesktopApp::AddToExcludeAppNameList(Word) IN",
-                    "CQanhApp::IsSubStrNoOrder(word, word viewer) IN", "CQanhApp::IsSubStrNoOrder OUT(1)",
-                    "CQanhApp::IsSubStrNoOrder(word viewer, word) IN", "CQanhApp::IsSubStrNoOrder OUT(0)",
-                    "CQanhApp::IsSubStrNoOrder(word, reading) IN", "CQanhApp::IsSubStrNoOrder OUT(0)",
-                    "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)"));
-}
-
-TEST(DesktopAppExclude, LogsThatItIsNotInstalledOrHasNoName)
-{
-    const test::LogCapture log;
     Ask(CQanhDesktopApp(L"Word", L"C:\\a.lnk", nullptr, nullptr, false, false), L"Word");
     Ask(CQanhDesktopApp(L"", L"C:\\a.lnk"), L"Word");
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhDesktopApp::AddToExcludeAppNameList(Word) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000001)",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList(Word) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)"));
+    EXPECT_EQ(log.Lines(),
+              test::Log({Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)",
+                              {Step("CQanhApp::IsSubStrNoOrder(word, word viewer)", "OUT(1)"),
+                               Step("CQanhApp::IsSubStrNoOrder(word viewer, word)", "OUT(0)"),
+                               Step("CQanhApp::IsSubStrNoOrder(word, reading)", "OUT(0)")}),
+                         // It is not installed.
+                         Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000001)"),
+                         // It has no name.
+                         Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)")}));
 }
 
 TEST(DesktopAppIsSameShortcut, ComparesWholePathsIgnoringCase)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "catalog/App.h"
+#include "catalog/AppNameList.h"
 #include "catalog/ExcludeList.h"
 #include "catalog/Package.h"
 #include "support/Allocations.h"
@@ -19,12 +20,21 @@
 
 namespace test {
 
-// The entries of an exclude list, in order.
-inline std::vector<std::wstring> Names(const ExcludeList& list)
+// Strings of the library, such as the entries of an exclude list, in order.
+template <typename Strings> std::vector<std::wstring> Names(const Strings& strings)
 {
     std::vector<std::wstring> names;
-    for (const WideString& name : list) {
+    for (const WideString& name : strings) {
         names.emplace_back(name.c_str());
+    }
+    return names;
+}
+
+inline std::vector<std::wstring> DisplayNames(const OwnedList<CQanhApp>& apps)
+{
+    std::vector<std::wstring> names;
+    for (const auto& app : apps) {
+        names.emplace_back(app->DisplayName.c_str());
     }
     return names;
 }
@@ -44,16 +54,6 @@ struct Answer
     }
 };
 
-// How a record with these names answers a search.
-template <typename Names> struct ExcludeCase
-{
-    const char* rule;
-    Names names;
-    const wchar_t* wantedName;
-    Answer answer;
-    std::vector<const wchar_t*> listed = {}; // before
-};
-
 inline const Answer kNothing{S_OK, 0, {}};
 inline const Answer kFound{S_OK, 1, {}};
 inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_OK)
@@ -61,7 +61,17 @@ inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_O
     return {result, 0, std::move(excluded)};
 }
 
-// Asks a record, or anything with its operation, with an exclude list that holds these names already.
+inline HRESULT Search(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcluded, BOOL* pFound)
+{
+    return app.AddToExcludeAppNameList(wantedName, pExcluded, pFound);
+}
+inline HRESULT Search(const CQanhAppNameList& list, const wchar_t* wantedName, ExcludeList* pExcluded,
+                      BOOL* pFound)
+{
+    return list.GetExcludeAppNameList(wantedName, pExcluded, pFound);
+}
+
+// Asks a record or a whole catalogue, with an exclude list that holds these names already.
 template <typename Record>
 Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<const wchar_t*>& listed = {})
 {
@@ -70,9 +80,24 @@ Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<co
         EXPECT_EQ(list.AddUnique(name), S_OK);
     }
     Answer answer;
-    answer.result = record.AddToExcludeAppNameList(wantedName, &list, &answer.found);
+    answer.result = Search(record, wantedName, &list, &answer.found);
     answer.excluded = Names(list);
     return answer;
+}
+
+// A search with an argument that is null or empty touches nothing.
+template <typename Record> void ExpectArgumentChecks(const Record& record)
+{
+    ExcludeList list;
+    BOOL found = 7;
+    EXPECT_EQ(Search(record, nullptr, &list, &found), E_POINTER);
+    EXPECT_EQ(Search(record, L"mail", nullptr, &found), E_POINTER);
+    EXPECT_EQ(Search(record, L"mail", &list, nullptr), E_POINTER);
+    EXPECT_EQ(Search(record, L"", nullptr, &found), E_POINTER);
+    EXPECT_EQ(Search(record, L"", &list, nullptr), E_POINTER);
+    EXPECT_EQ(Search(record, L"", &list, &found), E_INVALIDARG);
+    EXPECT_EQ(found, 7);
+    EXPECT_TRUE(list.IsEmpty());
 }
 
 // The first adding fails; then there is memory again.

@@ -16,6 +16,10 @@ using namespace manifest_test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
+constexpr char kOk[] = "0x00000000";
+constexpr char kSeveral[] = "0xA0000002";
+constexpr char kFail[] = "0x80004005";
+
 class DisplayName : public StoreManifest
 {
 protected:
@@ -39,80 +43,73 @@ protected:
             EXPECT_EQ(std::wstring(m_name), *name);
         }
     }
+    // A manifest like this, without resources, gives this result and name; none when nothing is handed out.
+    void ExpectOf(const char* what, const std::string& manifest, const char* result,
+                  const std::optional<std::wstring>& name)
+    {
+        SCOPED_TRACE(what);
+        Write(manifest);
+        ExpectResult(result);
+        ExpectName(name);
+        EXPECT_THAT(m_resources.requests, IsEmpty());
+    }
 };
 
-struct NameCase
+TEST_F(DisplayName, IsLoweredAndNoFormat)
 {
-    const char* name;
-    std::string manifest;
-    const char* result;
-    std::optional<std::wstring> displayName; // none: nothing is handed out
-};
-
-constexpr char kOk[] = "0x00000000";
-constexpr char kSeveral[] = "0xA0000002";
-constexpr char kFail[] = "0x80004005";
-
-const NameCase kNames[] = {
-    {"IsLowered", Manifest(Named("Weather")), kOk, L"weather"},
-    {"WithPercentSignsIsNoFormat", Manifest(Named("100%s %d %n")), kOk, L"100%s %d %n"},
-    {"OfOtherScriptsStays", Manifest(Named("\xC3\x89t\xC3\x89 \xF0\x9F\x98\x80")), kOk,
-     L"\u00c9t\u00c9 \xD83D\xDE00"},
-    {"WithAReferenceFurtherOnIsNoResource", Manifest(Named("About ms-resource:A")), kOk,
-     L"about ms-resource:a"},
-
-    // Texts of the buffer's length.
-    {"Of255CharactersFits", Manifest(Named(std::string(255, 'A'))), kOk, std::wstring(255, L'a')},
-    {"Of256CharactersIsCut", Manifest(Named(std::string(256, 'A'))), kOk, std::wstring(255, L'a')},
-    {"Of257CharactersIsCut", Manifest(Named(std::string(257, 'A'))), kOk, std::wstring(255, L'a')},
-    {"Of5000CharactersIsCut", Manifest(Named(std::string(5000, 'A'))), kOk, std::wstring(255, L'a')},
-    {"IsCutBetweenTheHalvesOfASurrogatePairToo", Manifest(Named(std::string(254, 'A') + "\xF0\x9F\x98\x80")),
-     kOk, std::wstring(254, L'a') + L'\xD83D'},
-
-    // Which one is taken.
-    {"MissingIsAnEmptyTextAndNoFailure", Manifest("<Application><VisualElements/></Application>"),
-     "0x00000001", L""},
-    {"ThatIsEmptyIsAnEmptyTextToo", Manifest(Named("")), kOk, L""},
-    {"OfTwoApplicationsIsNone", Manifest(Named("A") + Named("B")), kSeveral, {}},
-    {"OfTwoApplicationsAsksForNoResource", Manifest(Named("ms-resource:A") + Named("B")), kSeveral, {}},
-    {"ASecondApplicationCountsWhereverItStands",
-     "<Package><Applications>" + Named("A") + "</Applications><Extras><APPLICATION/></Extras></Package>",
-     kSeveral,
-     {}},
-    {"ASecondApplicationCountsAlsoWhenTheFirstHasNoName",
-     Manifest("<Application><VisualElements/></Application><Application/>"),
-     kSeveral,
-     {}},
-    {"AnotherElementIsNoSecondApplication", Manifest(Named("A") + "<ApplicationX/><Applications/>"), kOk,
-     L"a"},
-    {"WithoutVisualElementsOfItsOwnIsTheNextOne", Manifest("<Application/>" + Named("B")), kOk, L"b"},
-
-    {"OfADocumentWithoutApplications", "<Package/>", kFail, {}},
-    {"OfADocumentWithoutTheList", "<Package><Application/></Package>", kFail, {}},
-    {"OfAnEmptyList", "<Package><Applications/></Package>", kFail, {}},
-    {"OfAnApplicationWithNothing", "<Applications><Application/></Applications>", kFail, {}},
-    // The reader's own failure does not show between these elements.
-    {"OfAFaultInTheList", "<Applications></X>", kFail, {}},
-    {"OfAFaultInTheApplication", "<Applications><Application></X>", kFail, {}},
-    {"AFaultBeforeTheListIsReturnedAsItIs", "<Package></X>", "0xC00CEE3B", {}},
-    {"AFaultBehindTheFirstApplicationDoesNotCount", "<Package><Applications>" + Named("A") + "</X>", kOk,
-     L"a"},
-};
-
-class DisplayNames : public DisplayName, public ::testing::WithParamInterface<NameCase>
-{
-};
-
-TEST_P(DisplayNames, AreReadOutOfTheManifest)
-{
-    Write(GetParam().manifest);
-    ExpectResult(GetParam().result);
-    ExpectName(GetParam().displayName);
-    EXPECT_THAT(m_resources.requests, IsEmpty());
+    ExpectOf("is lowered", Manifest(Named("Weather")), kOk, L"weather");
+    ExpectOf("with percent signs is no format", Manifest(Named("100%s %d %n")), kOk, L"100%s %d %n");
+    ExpectOf("of other scripts stays", Manifest(Named("\xC3\x89t\xC3\x89 \xF0\x9F\x98\x80")), kOk,
+             L"\u00c9t\u00c9 \xD83D\xDE00");
+    ExpectOf("with a reference further on is no resource", Manifest(Named("About ms-resource:A")), kOk,
+             L"about ms-resource:a");
 }
 
-INSTANTIATE_TEST_SUITE_P(That, DisplayNames, ::testing::ValuesIn(kNames),
-                         [](const auto& each) { return std::string(each.param.name); });
+TEST_F(DisplayName, IsCutToTheBuffer)
+{
+    ExpectOf("of 255 characters fits", Manifest(Named(std::string(255, 'A'))), kOk, std::wstring(255, L'a'));
+    ExpectOf("of 256 characters is cut", Manifest(Named(std::string(256, 'A'))), kOk, std::wstring(255, L'a'));
+    ExpectOf("of 257 characters is cut", Manifest(Named(std::string(257, 'A'))), kOk, std::wstring(255, L'a'));
+    ExpectOf("of 5000 characters is cut", Manifest(Named(std::string(5000, 'A'))), kOk,
+             std::wstring(255, L'a'));
+    ExpectOf("is cut between the halves of a surrogate pair too",
+             Manifest(Named(std::string(254, 'A') + "\xF0\x9F\x98\x80")), kOk,
+             std::wstring(254, L'a') + L'\xD83D');
+}
+
+TEST_F(DisplayName, IsThatOfTheOneApplication)
+{
+    ExpectOf("missing is an empty text and no failure",
+             Manifest("<Application><VisualElements/></Application>"), "0x00000001", L"");
+    ExpectOf("that is empty is an empty text too", Manifest(Named("")), kOk, L"");
+    ExpectOf("of two applications is none", Manifest(Named("A") + Named("B")), kSeveral, {});
+    ExpectOf("of two applications asks for no resource", Manifest(Named("ms-resource:A") + Named("B")),
+             kSeveral, {});
+    ExpectOf("a second application counts wherever it stands",
+             "<Package><Applications>" + Named("A") +
+                 "</Applications><Extras><APPLICATION/></Extras></Package>",
+             kSeveral, {});
+    ExpectOf("a second application counts also when the first has no name",
+             Manifest("<Application><VisualElements/></Application><Application/>"), kSeveral, {});
+    ExpectOf("another element is no second application",
+             Manifest(Named("A") + "<ApplicationX/><Applications/>"), kOk, L"a");
+    ExpectOf("without visual elements of its own is the next one", Manifest("<Application/>" + Named("B")),
+             kOk, L"b");
+}
+
+TEST_F(DisplayName, OfADocumentWithoutAnApplicationOrWithAFault)
+{
+    ExpectOf("of a document without applications", "<Package/>", kFail, {});
+    ExpectOf("of a document without the list", "<Package><Application/></Package>", kFail, {});
+    ExpectOf("of an empty list", "<Package><Applications/></Package>", kFail, {});
+    ExpectOf("of an application with nothing", "<Applications><Application/></Applications>", kFail, {});
+    // The reader's own failure does not show between these elements.
+    ExpectOf("of a fault in the list", "<Applications></X>", kFail, {});
+    ExpectOf("of a fault in the application", "<Applications><Application></X>", kFail, {});
+    ExpectOf("a fault before the list is returned as it is", "<Package></X>", "0xC00CEE3B", {});
+    ExpectOf("a fault behind the first application does not count",
+             "<Package><Applications>" + Named("A") + "</X>", kOk, L"a");
+}
 
 TEST_F(DisplayName, IsATextOf256UnitsForLocalFree)
 {
@@ -184,46 +181,32 @@ TEST_F(DisplayName, OfAPackageWhosePathIsTooLong)
 
 // Names that are resources.
 
-struct ResourceCase
+TEST_F(DisplayName, OfAResourceIsTheTextThatTheUserSees)
 {
-    const char* name;
-    const char* reference;
-    std::wstring source; // the last one that is asked for
-    std::wstring text;   // what that is
-    std::wstring displayName;
-};
-
-const ResourceCase kResources[] = {
-    {"ItsTextAsItIs", "MS-Resource:AppName", L"@{F?ms-resource://N/resources/appname}", L"My App", L"My App"},
-    {"TheTextOfTheSecondSource", "ms-resource:/AppName/", L"@{F? ms-resource://N/appname}", L"My App",
-     L"My App"},
-    {"ATextThatJustFits", "ms-resource:A", L"@{F?ms-resource://N/resources/a}", std::wstring(255, L'X'),
-     std::wstring(255, L'X')},
-    {"ATextOf256CharactersCut", "ms-resource:A", L"@{F?ms-resource://N/resources/a}", std::wstring(256, L'X'),
-     std::wstring(255, L'X')},
-    {"ATextOf257CharactersCut", "ms-resource:A", L"@{F?ms-resource://N/resources/a}", std::wstring(257, L'X'),
-     std::wstring(255, L'X')},
-    {"AReferenceThatIsNotResolvedAgain", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
-     L"MS-Resource:B", L"MS-Resource:B"},
-};
-
-class DisplayNameOfAResource : public DisplayName, public ::testing::WithParamInterface<ResourceCase>
-{
-};
-
-TEST_P(DisplayNameOfAResource, IsTheTextThatTheUserSees)
-{
-    m_resources.texts[GetParam().source] = GetParam().text;
-    EXPECT_EQ(Get(Manifest(Named(GetParam().reference))), S_OK);
-    ExpectName(GetParam().displayName);
-    ASSERT_FALSE(m_resources.requests.empty());
-    EXPECT_EQ(m_resources.requests.back().source, GetParam().source);
-    EXPECT_EQ(m_resources.requests.back().buffer, m_name);
-    EXPECT_TRUE(m_resources.requests.back().wasEmpty);
+    const auto expectText = [&](const char* what, const char* reference, const std::wstring& lastSource,
+                                const std::wstring& text, const std::wstring& displayName) {
+        SCOPED_TRACE(what);
+        m_resources.texts = {{lastSource, text}};
+        EXPECT_EQ(Get(Manifest(Named(reference))), S_OK);
+        ExpectName(displayName);
+        ASSERT_FALSE(m_resources.requests.empty());
+        EXPECT_EQ(m_resources.requests.back().source, lastSource);
+        EXPECT_EQ(m_resources.requests.back().buffer, m_name);
+        EXPECT_TRUE(m_resources.requests.back().wasEmpty);
+    };
+    expectText("its text as it is", "MS-Resource:AppName", L"@{F?ms-resource://N/resources/appname}",
+               L"My App", L"My App");
+    expectText("the text of the second source", "ms-resource:/AppName/", L"@{F? ms-resource://N/appname}",
+               L"My App", L"My App");
+    expectText("a text that just fits", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
+               std::wstring(255, L'X'), std::wstring(255, L'X'));
+    expectText("a text of 256 characters cut", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
+               std::wstring(256, L'X'), std::wstring(255, L'X'));
+    expectText("a text of 257 characters cut", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
+               std::wstring(257, L'X'), std::wstring(255, L'X'));
+    expectText("a reference that is not resolved again", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
+               L"MS-Resource:B", L"MS-Resource:B");
 }
-
-INSTANTIATE_TEST_SUITE_P(Is, DisplayNameOfAResource, ::testing::ValuesIn(kResources),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(DisplayName, OfAnUnresolvedResourceIsAFailureWithTheBufferHandedOut)
 {

@@ -6,7 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <optional>
 #include <string>
 
 namespace {
@@ -37,78 +36,49 @@ protected:
     BOOL m_can = 7; // neither true nor false: shows that it was set
 };
 
-struct CheckCase
-{
-    const char* name;
-    std::string manifest;
-    HRESULT result;
-    BOOL can;
-    std::vector<std::wstring> sources = {}; // of resources that are asked for
-};
-
-const CheckCase kCases[] = {
-    {"PlainNames", Manifest(Application("A", "a-tile") + Application("B", "b-tile")), S_FALSE, 1},
-    {"ResolvedResources",
-     Manifest(Application("ms-resource:Name", "ms-resource:///Short")),
-     S_FALSE,
-     1,
-     {L"@{F?ms-resource://N/resources/name}", L"@{F?ms-resource://N/short}"}},
-    {"AnEmptyList", Manifest(""), S_FALSE, 1},
-    {"NoList", "<Package/>", S_FALSE, 1},
-    {"MissingNames", Manifest("<Application/>"), S_FALSE, 1},
-    {"AnUnresolvedDisplayNameThatEndsTheWalkAtOnce",
-     Manifest(Application("ms-resource:None", "ms-resource:Short") + Application("B", "b-tile")),
-     S_OK,
-     0,
-     {L"@{F?ms-resource://N/resources/none}", L"@{F? ms-resource://N/none}"}},
-    {"AnUnresolvedShortNameThatEndsTheWalkAtOnce",
-     Manifest(Application("A", "ms-resource:None") + Application("ms-resource:B", "b")),
-     S_OK,
-     0,
-     {L"@{F?ms-resource://N/resources/none}", L"@{F? ms-resource://N/none}"}},
-    {"AnUnresolvedNameOfALaterApplication",
-     Manifest(Application("A", "a-tile") + Application("B", "ms-resource:None")),
-     S_OK,
-     0,
-     {L"@{F?ms-resource://N/resources/none}", L"@{F? ms-resource://N/none}"}},
-    {"ATextThatIsAReferenceItselfWhateverItsCase",
-     Manifest(Application("ms-resource:Reference", "B")),
-     S_OK,
-     0,
-     {L"@{F?ms-resource://N/resources/reference}"}},
-    {"ATextWithAReferenceFurtherOn",
-     Manifest(Application("ms-resource:About", "B")),
-     S_FALSE,
-     1,
-     {L"@{F?ms-resource://N/resources/about}"}},
-    {"AFaultInTheDocument", "<Package><Applications>" + Application("A", "B") + "</X>",
-     static_cast<HRESULT>(0xC00CEE3B), 0},
-};
-
-class ManifestCheckOf : public ManifestCheck, public ::testing::WithParamInterface<CheckCase>
-{
-};
-
-TEST_P(ManifestCheckOf, TellsWhetherEveryNameCanBeHad)
+TEST_F(ManifestCheck, TellsWhetherEveryNameCanBeHad)
 {
     m_resources.texts = {{L"@{F?ms-resource://N/resources/name}", L"My App"},
                          {L"@{F?ms-resource://N/short}", L"App"},
                          {L"@{F?ms-resource://N/resources/reference}", L"MS-Resource:Other"},
                          {L"@{F?ms-resource://N/resources/about}", L"About ms-resource:Other"}};
-    // A reference stays unresolved whatever is left in its buffer.
-    for (const auto& leftOver :
-         {std::optional<std::wstring>(), std::optional<std::wstring>(L"half a text")}) {
-        m_resources.leftOver = leftOver;
-        m_resources.requests.clear();
-        EXPECT_EQ(Check(GetParam().manifest), GetParam().result);
-        EXPECT_EQ(m_can, GetParam().can);
-        EXPECT_EQ(m_resources.Sources(), GetParam().sources);
-        EXPECT_TRUE(IsClosed());
-    }
+    const auto expect = [&](const char* what, const std::string& manifest, HRESULT result, BOOL can,
+                            const std::vector<std::wstring>& sources = {}) {
+        SCOPED_TRACE(what);
+        // A reference stays unresolved whatever is left in its buffer.
+        for (const wchar_t* leftOver : {L"", L"half a text"}) {
+            m_resources.leftOver = leftOver;
+            m_resources.requests.clear();
+            EXPECT_EQ(Check(manifest), result);
+            EXPECT_EQ(m_can, can);
+            EXPECT_EQ(m_resources.Sources(), sources);
+            EXPECT_TRUE(IsClosed());
+        }
+    };
+    const std::vector<std::wstring> unresolved = {L"@{F?ms-resource://N/resources/none}",
+                                                  L"@{F? ms-resource://N/none}"};
+    expect("plain names", Manifest(Application("A", "a-tile") + Application("B", "b-tile")), S_FALSE, 1);
+    expect("resolved resources", Manifest(Application("ms-resource:Name", "ms-resource:///Short")), S_FALSE,
+           1, {L"@{F?ms-resource://N/resources/name}", L"@{F?ms-resource://N/short}"});
+    expect("an empty list", Manifest(""), S_FALSE, 1);
+    expect("no list", "<Package/>", S_FALSE, 1);
+    expect("missing names", Manifest("<Application/>"), S_FALSE, 1);
+    expect("an unresolved display name that ends the walk at once",
+           Manifest(Application("ms-resource:None", "ms-resource:Short") + Application("B", "b-tile")), S_OK,
+           0, unresolved);
+    expect("an unresolved short name that ends the walk at once",
+           Manifest(Application("A", "ms-resource:None") + Application("ms-resource:B", "b")), S_OK, 0,
+           unresolved);
+    expect("an unresolved name of a later application",
+           Manifest(Application("A", "a-tile") + Application("B", "ms-resource:None")), S_OK, 0, unresolved);
+    expect("a text that is a reference itself whatever its case",
+           Manifest(Application("ms-resource:Reference", "B")), S_OK, 0,
+           {L"@{F?ms-resource://N/resources/reference}"});
+    expect("a text with a reference further on", Manifest(Application("ms-resource:About", "B")), S_FALSE, 1,
+           {L"@{F?ms-resource://N/resources/about}"});
+    expect("a fault in the document", "<Package><Applications>" + Application("A", "B") + "</X>",
+           static_cast<HRESULT>(0xC00CEE3B), 0);
 }
-
-INSTANTIATE_TEST_SUITE_P(That, ManifestCheckOf, ::testing::ValuesIn(kCases),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(ManifestCheck, APackageWithoutNamesHasNoResources)
 {

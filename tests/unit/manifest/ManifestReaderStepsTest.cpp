@@ -97,47 +97,34 @@ struct Move
     const wchar_t* id; // of the element there; null: there is none
 };
 
-struct MoveCase
+TEST_F(ManifestSteps, MoveGoesToTheNextElementOfTheName)
 {
-    const char* name;
-    const char* document;
-    std::vector<Move> moves;
-};
-
-const MoveCase kMoves[] = {
-    {"StopsAtTheNextElementOfTheName",
-     "<r><a id='1'/><b id='2'><a id='3'/></b><a id='4'/></r>",
-     {{L"a", L"1"}, {L"a", L"3"}, {L"a", L"4"}, {L"a", nullptr}, {L"a", nullptr}}},
-    {"GoesForwardOnly", "<r><a id='1'/><b id='2'/></r>", {{L"b", L"2"}, {L"a", nullptr}}},
-    {"StartsBehindTheElementAtHand", "<a id='1'><a id='2'/></a>", {{L"a", L"1"}, {L"a", L"2"}}},
-    // The end tag of the same name is no element.
-    {"PassesTheEndsOfElements",
-     "<r><x><y></y></x><z><a id='1'></a></z></r>",
-     {{L"y", L""}, {L"a", L"1"}, {L"a", nullptr}}},
-    {"LooksAtElementsOnly", "<r a='a'><!--a--><?a a?>a<![CDATA[a]]><A id='1'/></r>", {{L"a", L"1"}}},
-    {"ComparesWholeLocalNamesIgnoringCase",
-     "<r xmlns:p='u' xmlns:Tile='v'><TileX/><XTile/><Til/><p:X/><Tile:X/><p:tILE id='1'/></r>",
-     {{L"Tile", L"1"}}},
-};
-
-class ManifestMoves : public ManifestSteps, public ::testing::WithParamInterface<MoveCase>
-{
-};
-
-TEST_P(ManifestMoves, LeadToTheseElements)
-{
-    Read(GetParam().document);
-    for (const Move& move : GetParam().moves) {
-        EXPECT_EQ(MoveTo(move.name), move.id ? S_OK : S_FALSE);
-        if (move.id) {
-            EXPECT_EQ(Id(), move.id);
-            EXPECT_EQ(NodeType(), XmlNodeType_Element);
+    const auto expectMoves = [&](const char* what, const char* document, const std::vector<Move>& moves) {
+        SCOPED_TRACE(what);
+        Read(document);
+        for (const Move& move : moves) {
+            EXPECT_EQ(MoveTo(move.name), move.id ? S_OK : S_FALSE);
+            if (move.id) {
+                EXPECT_EQ(Id(), move.id);
+                EXPECT_EQ(NodeType(), XmlNodeType_Element);
+            }
         }
-    }
+    };
+    expectMoves("stops at the next element of the name",
+                "<r><a id='1'/><b id='2'><a id='3'/></b><a id='4'/></r>",
+                {{L"a", L"1"}, {L"a", L"3"}, {L"a", L"4"}, {L"a", nullptr}, {L"a", nullptr}});
+    expectMoves("goes forward only", "<r><a id='1'/><b id='2'/></r>", {{L"b", L"2"}, {L"a", nullptr}});
+    expectMoves("starts behind the element at hand", "<a id='1'><a id='2'/></a>",
+                {{L"a", L"1"}, {L"a", L"2"}});
+    // The end tag of the same name is no element.
+    expectMoves("passes the ends of elements", "<r><x><y></y></x><z><a id='1'></a></z></r>",
+                {{L"y", L""}, {L"a", L"1"}, {L"a", nullptr}});
+    expectMoves("looks at elements only", "<r a='a'><!--a--><?a a?>a<![CDATA[a]]><A id='1'/></r>",
+                {{L"a", L"1"}});
+    expectMoves("compares whole local names ignoring case",
+                "<r xmlns:p='u' xmlns:Tile='v'><TileX/><XTile/><Til/><p:X/><Tile:X/><p:tILE id='1'/></r>",
+                {{L"Tile", L"1"}});
 }
-
-INSTANTIATE_TEST_SUITE_P(Move, ManifestMoves, ::testing::ValuesIn(kMoves),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(ManifestSteps, MoveSkipsAnElementWhoseNameCannotBeHad)
 {
@@ -173,48 +160,34 @@ TEST_F(ManifestSteps, LogOfMoves)
                          Step("CQanhManifestReader::MoveToElementByName(a)", "OUT(0x80004003)")}));
 }
 
-struct AttributeCase
+TEST_F(ManifestSteps, AttributeIsTakenOfTheElementAtHand)
 {
-    const char* name;
-    const char* document;
-    const wchar_t* element;
-    const char* attribute;
-    HRESULT result;
-    const wchar_t* value;
-};
-
-const AttributeCase kAttributes[] = {
-    {"IsCopied", "<r first='1' Second='2' third='3'><a/></r>", L"r", "sECOND", S_OK, L"2"},
-    {"ThatIsMissingLeavesTheValueAlone", "<r first='1' second='2'><a/></r>", L"r", "third", S_FALSE,
-     L"before"},
-    {"OfAnElementWithoutAnyIsMissing", "<r><b/><a/></r>", L"b", "first", S_FALSE, L"before"},
-    {"AfterTheEndOfTheDocumentIsMissing", "<r first='1'/>", L"no", "first", S_FALSE, L"before"},
-    {"IsTheFirstOfItsLocalName", "<r xmlns:p='u' firsts='no' p:FIRST='1' first='2'><a/></r>", L"r", "first",
-     S_OK, L"1"},
-    {"ThatIsEmptyEmptiesTheValue", "<r first=''><a/></r>", L"r", "first", S_OK, L""},
-};
-
-class ManifestAttributes : public ManifestSteps, public ::testing::WithParamInterface<AttributeCase>
-{
-};
-
-TEST_P(ManifestAttributes, AreTakenOfTheElementAtHand)
-{
-    const AttributeCase& c = GetParam();
-    Read(c.document);
-    const HRESULT moved = MoveTo(c.element);
-    const XmlNodeType nodeType = NodeType();
-    const test::LogCapture log;
-    EXPECT_EQ(Attribute(test::FromUtf8(c.attribute).c_str()), c.result);
-    EXPECT_EQ(m_value, c.value);
-    EXPECT_EQ(log.Lines(), c.result == S_OK ? Value(c.attribute) : NoValue(c.attribute));
-    // The reader is on the element again.
-    EXPECT_EQ(NodeType(), nodeType);
-    EXPECT_EQ(MoveTo(L"a"), moved);
+    const auto expectAttribute = [&](const char* what, const char* document, const wchar_t* element,
+                                     const std::string& attribute, HRESULT result, const wchar_t* value) {
+        SCOPED_TRACE(what);
+        Read(document);
+        const HRESULT moved = MoveTo(element);
+        const XmlNodeType nodeType = NodeType();
+        m_value = L"before";
+        const test::LogCapture log;
+        EXPECT_EQ(Attribute(test::FromUtf8(attribute).c_str()), result);
+        EXPECT_EQ(m_value, value);
+        EXPECT_EQ(log.Lines(), result == S_OK ? Value(attribute) : NoValue(attribute));
+        // The reader is on the element again.
+        EXPECT_EQ(NodeType(), nodeType);
+        EXPECT_EQ(MoveTo(L"a"), moved);
+    };
+    expectAttribute("is copied", "<r first='1' Second='2' third='3'><a/></r>", L"r", "sECOND", S_OK, L"2");
+    expectAttribute("that is missing leaves the value alone", "<r first='1' second='2'><a/></r>", L"r",
+                    "third", S_FALSE, L"before");
+    expectAttribute("of an element without any is missing", "<r><b/><a/></r>", L"b", "first", S_FALSE,
+                    L"before");
+    expectAttribute("after the end of the document is missing", "<r first='1'/>", L"no", "first", S_FALSE,
+                    L"before");
+    expectAttribute("is the first of its local name",
+                    "<r xmlns:p='u' firsts='no' p:FIRST='1' first='2'><a/></r>", L"r", "first", S_OK, L"1");
+    expectAttribute("that is empty empties the value", "<r first=''><a/></r>", L"r", "first", S_OK, L"");
 }
-
-INSTANTIATE_TEST_SUITE_P(One, ManifestAttributes, ::testing::ValuesIn(kAttributes),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(ManifestSteps, AttributeReturnsTheReadersFailure)
 {

@@ -27,13 +27,15 @@ protected:
         EXPECT_EQ(NamesOf(m_package), names);
         EXPECT_TRUE(IsClosed());
     }
-};
-
-struct ReaderCase
-{
-    const char* name;
-    std::string manifest;
-    NameList names;
+    // The same, and none of the names is a resource.
+    void ExpectPlain(const char* what, std::string_view manifest, const NameList& names)
+    {
+        SCOPED_TRACE(what);
+        const test::LogCapture log;
+        ExpectNames(manifest, names);
+        EXPECT_THAT(m_resources.requests, IsEmpty());
+        EXPECT_THAT(log.Lines(), Not(Contains(HasSubstr("ConvertMsResourceToString"))));
+    }
 };
 
 std::string WideText(const std::string& text)
@@ -42,134 +44,128 @@ std::string WideText(const std::string& text)
     return std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(wchar_t));
 }
 
-const ReaderCase kCases[] = {
-    {"BothNamesOfEachApplicationInLowerCase",
-     Manifest(Application("Weather", "W") + Application("Sports News", "SPORTS")),
-     {{L"weather", L"w"}, {L"sports news", L"sports"}}},
+TEST_F(ManifestReader, TakesTheNamesOfEachApplication)
+{
+    ExpectPlain("both names of each application in lower case",
+                Manifest(Application("Weather", "W") + Application("Sports News", "SPORTS")),
+                {{L"weather", L"w"}, {L"sports news", L"sports"}});
     // The e with an acute accent, two Cyrillic letters, and a full-width A, all upper case.
-    {"LatinLettersOnlyInLowerCase",
-     Manifest(Application("\xC3\x89TE \xD0\x96\xD0\xAF \xEF\xBC\xA1", "\xE3\x83\xA1 X")),
-     {{L"\u00c9te \u0416\u042f \uff21", L"\u30e1 x"}}},
-    {"DuplicatesTwice",
-     Manifest(Application("Weather", "W") + Application("Weather", "W")),
-     {{L"weather", L"w"}, {L"weather", L"w"}}},
-    {"NamesOfAnyLengthWhole",
-     Manifest(Application(std::string(70000, 'A'), std::string(70000, 'B'))),
-     {{std::wstring(70000, L'a'), std::wstring(70000, L'b')}}},
-    {"TextBeforeThePrefixOfResources",
-     Manifest(Application(" ms-resource:A", "see ms-resource:B")),
-     {{L" ms-resource:a", L"see ms-resource:b"}}},
-
-    // What is missing is looked for in the rest of the document.
-    {"TheNextTileInPlaceOfAMissingOneAndItsApplicationWithIt",
-     Manifest(Named("A") + Application("B", "b-tile") + Application("C", "c-tile")),
-     {{L"a", L"b-tile"}, {L"c", L"c-tile"}}},
-    {"NoTileBeforeTheVisualElements",
-     Manifest("<Application><DefaultTile ShortName=\"a-tile\"/><VisualElements DisplayName=\"A\"/>"
-              "</Application>" +
-              Application("B", "b-tile")),
-     {{L"a", L"b-tile"}}},
-    {"ATileBehindTheVisualElements",
-     Manifest("<Application><VisualElements DisplayName=\"A\"/><DefaultTile ShortName=\"a-tile\"/>"
-              "</Application>"),
-     {{L"a", L"a-tile"}}},
-    {"NoShortNameWhenTheLastTileIsMissing",
-     Manifest(Application("A", "a-tile") + Named("B")),
-     {{L"a", L"a-tile"}, {L"b", L""}}},
-    {"ATileOutsideOfAnyApplication",
-     "<Package><Applications>" + Named("A") +
-         "</Applications><Extensions><DefaultTile ShortName=\"far\"/></Extensions></Package>",
-     {{L"a", L"far"}}},
-    {"TheFirstTileOnly",
-     Manifest("<Application><VisualElements DisplayName=\"A\"><DefaultTile ShortName=\"1\"/>"
-              "<DefaultTile ShortName=\"2\"/></VisualElements></Application>"),
-     {{L"a", L"1"}}},
-    {"TheVisualElementsOfTheNextApplicationInPlaceOfMissingOnes",
-     Manifest("<Application Id=\"A\"/>" + Application("B", "b-tile") + Application("C", "c-tile")),
-     {{L"b", L"b-tile"}, {L"c", L"c-tile"}}},
-    {"EmptyNamesOfAnApplicationWithNothingAtTheEndOfTheDocument",
-     Manifest(Application("A", "a-tile") + "<Application Id=\"B\"/>"),
-     {{L"a", L"a-tile"}, {L"", L""}}},
-    {"AnEmptyNameForAMissingDisplayName",
-     Manifest("<Application><VisualElements Logo=\"l\"><DefaultTile ShortName=\"A\"/></VisualElements>"
-              "</Application>" +
-              Application("B", "b-tile")),
-     {{L"", L"a"}, {L"b", L"b-tile"}}},
-    {"AnEmptyNameForAMissingShortName",
-     Manifest("<Application><VisualElements DisplayName=\"A\"><DefaultTile/></VisualElements></Application>" +
-              Application("B", "b-tile")),
-     {{L"a", L""}, {L"b", L"b-tile"}}},
-    {"EmptyNames",
-     Manifest(Application("", "") + Application("B", "b-tile")),
-     {{L"", L""}, {L"b", L"b-tile"}}},
-    {"ApplicationsBehindTheEndOfTheirList",
-     "<Package><Applications/><Extras>" + Application("A", "a") + "</Extras></Package>",
-     {{L"a", L"a"}}},
-    {"NoApplicationsBeforeTheirList",
-     "<Package><Extras>" + Application("A", "a") + "</Extras><Applications>" + Application("B", "b") +
-         "</Applications></Package>",
-     {{L"b", L"b"}}},
-    {"NoApplicationsWithoutTheList", "<Package>" + Application("A", "a") + "</Package>", {}},
-    {"NoApplicationsOfAnEmptyList", Manifest(""), {}},
-    {"AListThatIsTheRoot", "<Applications>" + Application("A", "a") + "</Applications>", {{L"a", L"a"}}},
-
-    // How elements and attributes are known.
-    {"ElementsAndAttributesInAnyLetterCase",
-     "<PACKAGE><aPPLICATIONS><application><visualelements displayname=\"A\">"
-     "<DEFAULTTILE SHORTNAME=\"B\"/></visualelements></application></aPPLICATIONS></PACKAGE>",
-     {{L"a", L"b"}}},
-    {"ElementsOfTheWholeName",
-     "<Package><ApplicationsX><Application/></ApplicationsX><Application/><Applications>"
-     "<ApplicationX><VisualElements DisplayName=\"no\"/></ApplicationX><Applicatio/>"
-     "<Application><VisualElementsX DisplayName=\"no\"/><VisualElement DisplayName=\"no\"/>"
-     "<VisualElements DisplayName=\"A\"><DefaultTileX ShortName=\"no\"/>"
-     "<DefaultTil ShortName=\"no\"/><DefaultTile ShortName=\"B\"/></VisualElements>"
-     "</Application></Applications></Package>",
-     {{L"a", L"b"}}},
-    {"AttributesOfTheWholeName",
-     Manifest("<Application><VisualElements DisplayNameX=\"no\" DisplayNam=\"no\" XDisplayName=\"no\" "
-              "DisplayName=\"A\" Other=\"no\"><DefaultTile ShortNameX=\"no\" ShortNam=\"no\" "
-              "ShortName=\"B\"/></VisualElements></Application>"),
-     {{L"a", L"b"}}},
-    // Of two attributes of one local name the first is taken.
-    {"ElementsAndAttributesOfAnyPrefixAndNamespace",
-     "<x:Package xmlns:x=\"urn:x\" xmlns:y=\"urn:y\"><x:Applications><Application>"
-     "<y:VisualElements y:DisplayName=\"A\" DisplayName=\"second\">"
-     "<DefaultTile xmlns=\"urn:z\" x:ShortName=\"B\"/></y:VisualElements></Application>"
-     "</x:Applications></x:Package>",
-     {{L"a", L"b"}}},
-    {"ElementsOnly",
-     Manifest("<!-- <Application><VisualElements DisplayName=\"no\"/></Application> -->"
-              "<?Application VisualElements?><![CDATA[<Application>]]>Application" +
-              Application("A", "B")),
-     {{L"a", L"b"}}},
-    {"ReferencesInValuesResolved",
-     Manifest(Application("Salt &amp; Pepper &lt;&quot;&#65;", "&#x42;")),
-     {{L"salt & pepper <\"a", L"b"}}},
-    {"SingleQuotesAndLineBreaks",
-     Manifest("<Application\r\n>\r\n\t<VisualElements\r\n\tDisplayName='A \"B\"'\r\n>"
-              "<DefaultTile\tShortName = 'C'></DefaultTile></VisualElements></Application>"),
-     {{L"a \"b\"", L"c"}}},
-    {"AFileWithADeclarationAndAByteOrderMark",
-     "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n" + Manifest(Application("A", "B")),
-     {{L"a", L"b"}}},
-    {"AFileOfWideCharacters", WideText(Manifest(Application("A \xE5\xA4\xA9", "B"))), {{L"a \u5929", L"b"}}},
-};
-
-class ManifestReaderTakes : public ManifestReader, public ::testing::WithParamInterface<ReaderCase>
-{
-};
-
-TEST_P(ManifestReaderTakes, TheseNames)
-{
-    const test::LogCapture log;
-    ExpectNames(GetParam().manifest, GetParam().names);
-    EXPECT_THAT(m_resources.requests, IsEmpty());
-    EXPECT_THAT(log.Lines(), Not(Contains(HasSubstr("ConvertMsResourceToString"))));
+    ExpectPlain("latin letters only in lower case",
+                Manifest(Application("\xC3\x89TE \xD0\x96\xD0\xAF \xEF\xBC\xA1", "\xE3\x83\xA1 X")),
+                {{L"\u00c9te \u0416\u042f \uff21", L"\u30e1 x"}});
+    ExpectPlain("duplicates twice", Manifest(Application("Weather", "W") + Application("Weather", "W")),
+                {{L"weather", L"w"}, {L"weather", L"w"}});
+    ExpectPlain("names of any length whole",
+                Manifest(Application(std::string(70000, 'A'), std::string(70000, 'B'))),
+                {{std::wstring(70000, L'a'), std::wstring(70000, L'b')}});
+    ExpectPlain("text before the prefix of resources",
+                Manifest(Application(" ms-resource:A", "see ms-resource:B")),
+                {{L" ms-resource:a", L"see ms-resource:b"}});
 }
 
-INSTANTIATE_TEST_SUITE_P(It, ManifestReaderTakes, ::testing::ValuesIn(kCases),
-                         [](const auto& each) { return std::string(each.param.name); });
+TEST_F(ManifestReader, LooksForWhatIsMissingInTheRestOfTheDocument)
+{
+    ExpectPlain("the next tile in place of a missing one and its application with it",
+                Manifest(Named("A") + Application("B", "b-tile") + Application("C", "c-tile")),
+                {{L"a", L"b-tile"}, {L"c", L"c-tile"}});
+    ExpectPlain("no tile before the visual elements",
+                Manifest("<Application><DefaultTile ShortName=\"a-tile\"/><VisualElements DisplayName=\"A\"/>"
+                         "</Application>" +
+                         Application("B", "b-tile")),
+                {{L"a", L"b-tile"}});
+    ExpectPlain("a tile behind the visual elements",
+                Manifest("<Application><VisualElements DisplayName=\"A\"/><DefaultTile ShortName=\"a-tile\"/>"
+                         "</Application>"),
+                {{L"a", L"a-tile"}});
+    ExpectPlain("no short name when the last tile is missing",
+                Manifest(Application("A", "a-tile") + Named("B")), {{L"a", L"a-tile"}, {L"b", L""}});
+    ExpectPlain("a tile outside of any application",
+                "<Package><Applications>" + Named("A") +
+                    "</Applications><Extensions><DefaultTile ShortName=\"far\"/></Extensions></Package>",
+                {{L"a", L"far"}});
+    ExpectPlain("the first tile only",
+                Manifest("<Application><VisualElements DisplayName=\"A\"><DefaultTile ShortName=\"1\"/>"
+                         "<DefaultTile ShortName=\"2\"/></VisualElements></Application>"),
+                {{L"a", L"1"}});
+    ExpectPlain("the visual elements of the next application in place of missing ones",
+                Manifest("<Application Id=\"A\"/>" + Application("B", "b-tile") + Application("C", "c-tile")),
+                {{L"b", L"b-tile"}, {L"c", L"c-tile"}});
+    ExpectPlain("empty names of an application with nothing at the end of the document",
+                Manifest(Application("A", "a-tile") + "<Application Id=\"B\"/>"),
+                {{L"a", L"a-tile"}, {L"", L""}});
+    ExpectPlain(
+        "an empty name for a missing display name",
+        Manifest("<Application><VisualElements Logo=\"l\"><DefaultTile ShortName=\"A\"/></VisualElements>"
+                 "</Application>" +
+                 Application("B", "b-tile")),
+        {{L"", L"a"}, {L"b", L"b-tile"}});
+    ExpectPlain(
+        "an empty name for a missing short name",
+        Manifest(
+            "<Application><VisualElements DisplayName=\"A\"><DefaultTile/></VisualElements></Application>" +
+            Application("B", "b-tile")),
+        {{L"a", L""}, {L"b", L"b-tile"}});
+    ExpectPlain("empty names", Manifest(Application("", "") + Application("B", "b-tile")),
+                {{L"", L""}, {L"b", L"b-tile"}});
+    ExpectPlain("applications behind the end of their list",
+                "<Package><Applications/><Extras>" + Application("A", "a") + "</Extras></Package>",
+                {{L"a", L"a"}});
+    ExpectPlain("no applications before their list",
+                "<Package><Extras>" + Application("A", "a") + "</Extras><Applications>" +
+                    Application("B", "b") + "</Applications></Package>",
+                {{L"b", L"b"}});
+    ExpectPlain("no applications without the list", "<Package>" + Application("A", "a") + "</Package>", {});
+    ExpectPlain("no applications of an empty list", Manifest(""), {});
+    ExpectPlain("a list that is the root", "<Applications>" + Application("A", "a") + "</Applications>",
+                {{L"a", L"a"}});
+}
+
+TEST_F(ManifestReader, KnowsElementsAndAttributesByTheirLocalNames)
+{
+    ExpectPlain("elements and attributes in any letter case",
+                "<PACKAGE><aPPLICATIONS><application><visualelements displayname=\"A\">"
+                "<DEFAULTTILE SHORTNAME=\"B\"/></visualelements></application></aPPLICATIONS></PACKAGE>",
+                {{L"a", L"b"}});
+    ExpectPlain("elements of the whole name",
+                "<Package><ApplicationsX><Application/></ApplicationsX><Application/><Applications>"
+                "<ApplicationX><VisualElements DisplayName=\"no\"/></ApplicationX><Applicatio/>"
+                "<Application><VisualElementsX DisplayName=\"no\"/><VisualElement DisplayName=\"no\"/>"
+                "<VisualElements DisplayName=\"A\"><DefaultTileX ShortName=\"no\"/>"
+                "<DefaultTil ShortName=\"no\"/><DefaultTile ShortName=\"B\"/></VisualElements>"
+                "</Application></Applications></Package>",
+                {{L"a", L"b"}});
+    ExpectPlain(
+        "attributes of the whole name",
+        Manifest("<Application><VisualElements DisplayNameX=\"no\" DisplayNam=\"no\" XDisplayName=\"no\" "
+                 "DisplayName=\"A\" Other=\"no\"><DefaultTile ShortNameX=\"no\" ShortNam=\"no\" "
+                 "ShortName=\"B\"/></VisualElements></Application>"),
+        {{L"a", L"b"}});
+    // Of two attributes of one local name the first is taken.
+    ExpectPlain("elements and attributes of any prefix and namespace",
+                "<x:Package xmlns:x=\"urn:x\" xmlns:y=\"urn:y\"><x:Applications><Application>"
+                "<y:VisualElements y:DisplayName=\"A\" DisplayName=\"second\">"
+                "<DefaultTile xmlns=\"urn:z\" x:ShortName=\"B\"/></y:VisualElements></Application>"
+                "</x:Applications></x:Package>",
+                {{L"a", L"b"}});
+    ExpectPlain("elements only",
+                Manifest("<!-- <Application><VisualElements DisplayName=\"no\"/></Application> -->"
+                         "<?Application VisualElements?><![CDATA[<Application>]]>Application" +
+                         Application("A", "B")),
+                {{L"a", L"b"}});
+    ExpectPlain("references in values resolved",
+                Manifest(Application("Salt &amp; Pepper &lt;&quot;&#65;", "&#x42;")),
+                {{L"salt & pepper <\"a", L"b"}});
+    ExpectPlain("single quotes and line breaks",
+                Manifest("<Application\r\n>\r\n\t<VisualElements\r\n\tDisplayName='A \"B\"'\r\n>"
+                         "<DefaultTile\tShortName = 'C'></DefaultTile></VisualElements></Application>"),
+                {{L"a \"b\"", L"c"}});
+    ExpectPlain("a file with a declaration and a byte order mark",
+                "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n" +
+                    Manifest(Application("A", "B")),
+                {{L"a", L"b"}});
+    ExpectPlain("a file of wide characters", WideText(Manifest(Application("A \xE5\xA4\xA9", "B"))),
+                {{L"a \u5929", L"b"}});
+}
 
 TEST_F(ManifestReader, AddsToWhatThePackageHasAlready)
 {

@@ -32,103 +32,73 @@ protected:
     wchar_t m_buffer[256] = {};
 };
 
-struct SourcesCase
-{
-    const char* name;
-    const wchar_t* resource;
-    Sources sources;
-};
-
 // The two sources of a reference that is not rooted.
 Sources BothSources(const std::wstring& key)
 {
     return {L"@{F?ms-resource://N/resources/" + key + L"}", L"@{F? ms-resource://N/" + key + L"}"};
 }
 
-class ResourceSources : public ResourceString, public ::testing::WithParamInterface<SourcesCase>
-{
-};
-
 // Nothing can be loaded, so that the second source is asked for too.
-TEST_P(ResourceSources, AreMadeOfThePackagesNamesAndTheKey)
+TEST_F(ResourceString, SourcesAreMadeOfThePackagesNamesAndTheKey)
 {
-    EXPECT_FALSE(Convert(GetParam().resource));
-    EXPECT_EQ(m_resources.Sources(), GetParam().sources);
+    const auto expectSources = [&](const char* what, const wchar_t* resource, const Sources& sources) {
+        SCOPED_TRACE(what);
+        m_resources.requests.clear();
+        EXPECT_FALSE(Convert(resource));
+        EXPECT_EQ(m_resources.Sources(), sources);
+    };
+    expectSources("a plain key", L"ms-resource:AppName", BothSources(L"appname"));
+    expectSources("slashes around the key", L"ms-resource:/Strings/Title/", BothSources(L"strings/title"));
+    expectSources("three slashes and no second try", L"ms-resource:///Resources/AppName",
+                  {L"@{F?ms-resource://N/resources/appname}"});
+    expectSources("two slashes", L"ms-resource://appname", BothSources(L"appname"));
+    expectSources("many slashes at the end", L"ms-resource:AppName///", BothSources(L"appname"));
+    expectSources("slashes inside stay", L"ms-resource:/a//b/", BothSources(L"a//b"));
+    expectSources("the prefix alone", L"ms-resource:", BothSources(L""));
+    expectSources("nothing but two slashes", L"ms-resource://", BothSources(L""));
+    expectSources("nothing but three slashes", L"ms-resource:///", {L"@{F?ms-resource://N/}"});
+    expectSources("four slashes keep one", L"ms-resource:////Title", {L"@{F?ms-resource://N//title}"});
+    expectSources("a slash behind a rooted key stays", L"ms-resource:///Title/",
+                  {L"@{F?ms-resource://N/title/}"});
+    expectSources("upper case", L"MS-RESOURCE:APPNAME", BothSources(L"appname"));
+    expectSources("upper case with three slashes", L"Ms-Resource:///App", {L"@{F?ms-resource://N/app}"});
+    expectSources("a blank in the key", L"ms-resource: App", BothSources(L" app"));
+    expectSources("the prefix twice", L"ms-resource:ms-resource:App", BothSources(L"ms-resource:app"));
+    expectSources("other scripts", L"ms-resource:\u30e1\u30fc\u30eb", BothSources(L"\u30e1\u30fc\u30eb"));
+    expectSources("half of a surrogate pair", L"ms-resource:A\xD83D/B", BothSources(L"a\xD83D/b"));
 }
 
-const SourcesCase kSources[] = {
-    {"APlainKey", L"ms-resource:AppName", BothSources(L"appname")},
-    {"SlashesAroundTheKey", L"ms-resource:/Strings/Title/", BothSources(L"strings/title")},
-    {"ThreeSlashesAndNoSecondTry",
-     L"ms-resource:///Resources/AppName",
-     {L"@{F?ms-resource://N/resources/appname}"}},
-    {"TwoSlashes", L"ms-resource://appname", BothSources(L"appname")},
-    {"ManySlashesAtTheEnd", L"ms-resource:AppName///", BothSources(L"appname")},
-    {"SlashesInsideStay", L"ms-resource:/a//b/", BothSources(L"a//b")},
-    {"ThePrefixAlone", L"ms-resource:", BothSources(L"")},
-    {"NothingButTwoSlashes", L"ms-resource://", BothSources(L"")},
-    {"NothingButThreeSlashes", L"ms-resource:///", {L"@{F?ms-resource://N/}"}},
-    {"FourSlashesKeepOne", L"ms-resource:////Title", {L"@{F?ms-resource://N//title}"}},
-    {"ASlashBehindARootedKeyStays", L"ms-resource:///Title/", {L"@{F?ms-resource://N/title/}"}},
-    {"UpperCase", L"MS-RESOURCE:APPNAME", BothSources(L"appname")},
-    {"UpperCaseWithThreeSlashes", L"Ms-Resource:///App", {L"@{F?ms-resource://N/app}"}},
-    {"ABlankInTheKey", L"ms-resource: App", BothSources(L" app")},
-    {"ThePrefixTwice", L"ms-resource:ms-resource:App", BothSources(L"ms-resource:app")},
-    {"OtherScripts", L"ms-resource:\u30e1\u30fc\u30eb", BothSources(L"\u30e1\u30fc\u30eb")},
-    {"HalfOfASurrogatePair", L"ms-resource:A\xD83D/B", BothSources(L"a\xD83D/b")},
-};
-
-INSTANTIATE_TEST_SUITE_P(Of, ResourceSources, ::testing::ValuesIn(kSources),
-                         [](const auto& each) { return std::string(each.param.name); });
-
-struct LoadCase
+TEST_F(ResourceString, TheSecondSourceIsTriedWhenTheFirstFails)
 {
-    const char* name;
-    const char* resource;
-    const wchar_t* source;          // that loads as "My App"; all others leave "rest" in the buffer
-    std::vector<std::string> tried; // sources
-};
-
-const LoadCase kLoads[] = {
-    {"TheFirstSourceWhenItLoads",
-     "ms-resource:AppName",
-     L"@{F?ms-resource://N/resources/appname}",
-     {"@{F?ms-resource://N/resources/appname}"}},
-    {"TheSecondSourceWhenTheFirstFails",
-     "ms-resource:AppName",
-     L"@{F? ms-resource://N/appname}",
-     {"@{F?ms-resource://N/resources/appname}", "@{F? ms-resource://N/appname}"}},
-    {"BothSourcesFailing",
-     "ms-resource:AppName",
-     nullptr,
-     {"@{F?ms-resource://N/resources/appname}", "@{F? ms-resource://N/appname}"}},
-    {"ARootedSource",
-     "ms-resource:///Files/Title",
-     L"@{F?ms-resource://N/files/title}",
-     {"@{F?ms-resource://N/files/title}"}},
-    {"ARootedSourceOnceOnly", "ms-resource:///Files/Title", nullptr, {"@{F?ms-resource://N/files/title}"}},
-};
-
-class ResourceLoading : public ResourceString, public ::testing::WithParamInterface<LoadCase>
-{
-};
-
-TEST_P(ResourceLoading, Tries)
-{
-    const LoadCase& c = GetParam();
+    // The source loads as "My App"; all others leave "rest" in the buffer.
     m_resources.leftOver = L"rest";
-    if (c.source) {
-        m_resources.texts[c.source] = L"My App";
-    }
-    const test::LogCapture log;
-    EXPECT_EQ(Convert(test::FromUtf8(c.resource).c_str()), c.source ? TRUE : FALSE);
-    EXPECT_STREQ(m_buffer, c.source ? L"My App" : L"rest"); // as the system left it
-    EXPECT_EQ(m_resources.requests.size(), c.tried.size());
-    EXPECT_EQ(log.Lines(), Converted(c.resource, c.tried, c.source ? "My App" : "rest"));
+    const auto expectTries = [&](const char* what, const std::string& resource, const wchar_t* source,
+                                 const std::vector<std::string>& tried) {
+        SCOPED_TRACE(what);
+        m_resources.texts.clear();
+        if (source) {
+            m_resources.texts[source] = L"My App";
+        }
+        m_resources.requests.clear();
+        std::fill(std::begin(m_buffer), std::end(m_buffer), L'\0');
+        const test::LogCapture log;
+        EXPECT_EQ(Convert(test::FromUtf8(resource).c_str()), source ? TRUE : FALSE);
+        EXPECT_STREQ(m_buffer, source ? L"My App" : L"rest"); // as the system left it
+        EXPECT_EQ(m_resources.requests.size(), tried.size());
+        EXPECT_EQ(log.Lines(), Converted(resource, tried, source ? "My App" : "rest"));
+    };
+    const std::vector<std::string> both = {"@{F?ms-resource://N/resources/appname}",
+                                           "@{F? ms-resource://N/appname}"};
+    expectTries("the first source when it loads", "ms-resource:AppName",
+                L"@{F?ms-resource://N/resources/appname}", {"@{F?ms-resource://N/resources/appname}"});
+    expectTries("the second source when the first fails", "ms-resource:AppName",
+                L"@{F? ms-resource://N/appname}", both);
+    expectTries("both sources failing", "ms-resource:AppName", nullptr, both);
+    expectTries("a rooted source", "ms-resource:///Files/Title", L"@{F?ms-resource://N/files/title}",
+                {"@{F?ms-resource://N/files/title}"});
+    expectTries("a rooted source once only", "ms-resource:///Files/Title", nullptr,
+                {"@{F?ms-resource://N/files/title}"});
 }
-
-INSTANTIATE_TEST_SUITE_P(It, ResourceLoading, ::testing::ValuesIn(kLoads),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(ResourceString, TheShellGetsTheCallersBufferAndItsSize)
 {
@@ -185,24 +155,19 @@ TEST_F(ResourceString, TheBufferIsLoggedAsTheCallerGaveIt)
     EXPECT_EQ(log.Lines()[2], "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = after)");
 }
 
-class NoReference : public ResourceString, public ::testing::WithParamInterface<const wchar_t*>
-{
-};
-
-TEST_P(NoReference, IsLeftAlone)
+TEST_F(ResourceString, WhatIsNoReferenceIsLeftAlone)
 {
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
-    const test::LogCapture log;
-    EXPECT_FALSE(Convert(GetParam()));
-    EXPECT_EQ(log.Lines().size(), 1u); // that of the entry
-    EXPECT_THAT(m_resources.requests, IsEmpty());
-    EXPECT_STREQ(m_buffer, L"before");
+    for (const char* text : {"", "Weather", " ms-resource:AppName", "xms-resource:AppName", "ms-resource",
+                             "ms-resourceAppName", "ms_resource:AppName", "see ms-resource:///AppName"}) {
+        const test::LogCapture log;
+        EXPECT_FALSE(Convert(test::FromUtf8(text).c_str())) << text;
+        EXPECT_THAT(m_resources.requests, IsEmpty());
+        EXPECT_STREQ(m_buffer, L"before");
+        EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::ConvertMsResourceToString(" +
+                                             std::string(text) + ", F, N, before, 256) IN"));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(When, NoReference,
-                         ::testing::Values(L"", L"Weather", L" ms-resource:AppName", L"xms-resource:AppName",
-                                           L"ms-resource", L"ms-resourceAppName", L"ms_resource:AppName",
-                                           L"see ms-resource:///AppName"));
 
 TEST_F(ResourceString, PackagesWithoutANameHaveNoResources)
 {
