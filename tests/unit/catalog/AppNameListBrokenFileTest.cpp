@@ -4,13 +4,6 @@
 #include "catalog/AppNameList.h"
 
 #include "support/DocumentedReader.h"
-#include "support/ImportPatch.h"
-#include "support/Text.h"
-#include "support/XmlText.h"
-#include "unit/catalog/CatalogFile.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <windows.h>
 
@@ -19,13 +12,12 @@
 #include <wrl/client.h>
 
 #include <algorithm>
-#include <string>
-#include <vector>
+
+#include "unit/catalog/Records.h"
 
 namespace {
 
-using test::LoadText;
-using test::SavedText;
+using namespace test;
 
 // How many start tags of this element are complete in the text.
 std::size_t CompleteTags(const std::string& text, const std::string& element)
@@ -45,7 +37,7 @@ std::size_t CompleteTags(const std::string& text, const std::string& element)
 std::vector<std::string> Records(const std::string& saved)
 {
     std::vector<std::string> records;
-    for (std::string line : test::Split(saved, "\r\n")) {
+    for (std::string line : Split(saved, "\r\n")) {
         if (line.find("<Package ") != std::string::npos || line.find("<MetroApp ") != std::string::npos ||
             line.find("<DesktopApp ") != std::string::npos) {
             records.push_back(line.substr(0, line.find_last_of('"')));
@@ -85,7 +77,7 @@ private:
     static HRESULT WINAPI Open(LPCWSTR, DWORD, IStream** ppStream) { return s_stream.CopyTo(ppStream); }
 
     static inline Microsoft::WRL::ComPtr<IStream> s_stream;
-    test::ImportPatch<OpenFunction> m_patch;
+    ImportPatch<OpenFunction> m_patch;
 };
 
 constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
@@ -133,7 +125,7 @@ void CutWithTheReaderInUse(const std::string& document, std::size_t first)
 // With a reader that fails wherever a document ends before its root does, within a declaration too.
 void CutWithTheDocumentedReader(const std::string& document)
 {
-    const test::DocumentedReaderInstead reader;
+    const DocumentedReaderInstead reader;
     CutEverywhere(document, 0, [](HRESULT result, const std::string&) {
         EXPECT_EQ(result, static_cast<HRESULT>(0xC00CEE01));
     });
@@ -159,7 +151,7 @@ constexpr char kBody[] =
 std::string BodyWithoutLineEnds()
 {
     std::string text;
-    for (const std::string& line : test::Split(kBody, "\r\n")) {
+    for (const std::string& line : Split(kBody, "\r\n")) {
         text += line.substr(line.find_first_not_of(' '));
     }
     return text;
@@ -183,7 +175,7 @@ TEST(AppNameListCutFile, KeepsAllOfASavedFile)
     EXPECT_EQ(FileInMemory::Load(first, kBody), S_FALSE);
     const std::string saved = FileInMemory::Save(first);
     EXPECT_EQ(Records(saved).size(), CompleteRecords(kBody));
-    const test::DocumentedReaderInstead reader;
+    const DocumentedReaderInstead reader;
     std::string again = saved;
     // Versions trade build and revision each time.
     for (const int round : {1, 2}) {
@@ -205,7 +197,7 @@ TEST(AppNameListCutFile, IsReadByTheDocumentedReaderAsByTheOneInUse)
     for (const std::string& text : texts) {
         CQanhAppNameList list;
         EXPECT_EQ(FileInMemory::Load(list, text), S_FALSE);
-        const test::DocumentedReaderInstead reader;
+        const DocumentedReaderInstead reader;
         CQanhAppNameList other;
         EXPECT_EQ(FileInMemory::Load(other, text), S_FALSE);
         EXPECT_EQ(FileInMemory::Save(other), FileInMemory::Save(list));

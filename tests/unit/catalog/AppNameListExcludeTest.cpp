@@ -2,28 +2,11 @@
 
 #include "catalog/AppNameList.h"
 
-#include "catalog/ExcludeList.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Answer;
-using test::Ask;
-using test::Excluding;
-using test::kFound;
-using test::kNothing;
-using test::Step;
-using testing::ElementsAre;
+using namespace test;
 
 constexpr char kCatalogue[] = R"(<Applications><MetroApps>
 <Package PackageFamilyName="mail_1"><MetroApp DisplayName="mail and calendar"/><MetroApp DisplayName="x" ShortName="my mail"/></Package>
@@ -41,10 +24,10 @@ constexpr char kCatalogue[] = R"(<Applications><MetroApps>
 <DesktopApp DisplayName="web mail" LnkFileName="C:\7.lnk"/>
 </DesktopApps></Applications>)";
 
-class AppNameListExclude : public testing::Test
+class AppNameListExclude : public Test
 {
 protected:
-    AppNameListExclude() { test::LoadText(m_list, kCatalogue); }
+    AppNameListExclude() { LoadText(m_list, kCatalogue); }
 
     CQanhAppNameList m_list;
 };
@@ -65,13 +48,12 @@ TEST_F(AppNameListExclude, FindsAStoreApplicationByItsTokensAndNotByItsExactName
 TEST_F(AppNameListExclude, KeepsWhatARecordFoundThoughTheOthersDoNot)
 {
     CQanhAppNameList packages;
-    test::LoadText(packages, R"(<a><Package><MetroApp DisplayName="b a"/></Package>
+    LoadText(packages, R"(<a><Package><MetroApp DisplayName="b a"/></Package>
         <Package><MetroApp DisplayName="c"/></Package><DesktopApps><DesktopApp DisplayName="c"/></DesktopApps></a>)");
     EXPECT_EQ(Ask(packages, L"a b"), kFound);
     CQanhAppNameList desktopApps;
-    test::LoadText(
-        desktopApps,
-        R"(<DesktopApps><DesktopApp DisplayName="a"/><DesktopApp DisplayName="b"/></DesktopApps>)");
+    LoadText(desktopApps,
+             R"(<DesktopApps><DesktopApp DisplayName="a"/><DesktopApp DisplayName="b"/></DesktopApps>)");
     EXPECT_EQ(Ask(desktopApps, L"a"), kFound);
 }
 
@@ -102,16 +84,16 @@ TEST_F(AppNameListExclude, FollowsTheInstalledFlags)
 
 TEST_F(AppNameListExclude, ChecksItsArgumentsAndTouchesNothingThen)
 {
-    test::ExpectArgumentChecks(m_list);
+    ExpectArgumentChecks(m_list);
 }
 
 TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
 {
     CQanhAppNameList list;
-    test::RecordProbe::Events events;
+    RecordProbe::Events events;
     for (const wchar_t* name : {L"a", L"b"}) {
         auto package = std::make_unique<CQanhPackage>(name, RecordVersion(), FALSE, TRUE);
-        auto probe = std::make_unique<test::RecordProbe>(name, &events);
+        auto probe = std::make_unique<RecordProbe>(name, &events);
         probe->result = E_OUTOFMEMORY;
         EXPECT_EQ(package->AddApplication(std::move(probe)), S_OK);
         EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
@@ -124,10 +106,10 @@ TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
 TEST_F(AppNameListExclude, LogsEveryRecordThatIsAsked)
 {
     CQanhAppNameList list;
-    test::LoadText(list,
-                   R"(<a><Package><MetroApp DisplayName="Mail"/></Package><Package IsInstalled="0"><MetroApp/>
+    LoadText(list,
+             R"(<a><Package><MetroApp DisplayName="Mail"/></Package><Package IsInstalled="0"><MetroApp/>
         </Package><DesktopApps><DesktopApp DisplayName="mail"/><DesktopApp IsInstalled="0"/></DesktopApps></a>)");
-    const test::LogCapture log;
+    const LogCapture log;
     Ask(list, L"mail");
     EXPECT_EQ(log.Lines(),
               Step("CQanhAppNameList::GetExcludeAppNameList(mail)", "OUT(0x00000000)",
@@ -140,13 +122,12 @@ TEST_F(AppNameListExclude, LogsEveryRecordThatIsAsked)
 
 TEST_F(AppNameListExclude, LogsItsEarlyExits)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     ExcludeList excluded;
     EXPECT_EQ(m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr), E_POINTER);
     Ask(m_list, L"");
-    EXPECT_EQ(log.Lines(),
-              test::Log({Step("CQanhAppNameList::GetExcludeAppNameList((null))", "OUT(0x80004003)"),
-                         Step("CQanhAppNameList::GetExcludeAppNameList()", "OUT(0x80070057)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::GetExcludeAppNameList((null))", "OUT(0x80004003)"),
+                                Step("CQanhAppNameList::GetExcludeAppNameList()", "OUT(0x80070057)")}));
 }
 
 } // namespace

@@ -3,42 +3,27 @@
 #include "catalog/AppNameList.h"
 
 #include "support/BrokenReader.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 #include "support/XmlInputs.h"
-#include "support/XmlText.h"
-#include "unit/catalog/CatalogFile.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "unit/catalog/Records.h"
 
 namespace {
 
-using test::LoadText;
-using test::Log;
-using test::ReaderProbe;
-using test::Step;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
-class AppNameListFile : public testing::Test
+class AppNameListFile : public Test
 {
 protected:
     HRESULT Load(const std::wstring& path) { return m_list.Load(path.c_str()); }
 
-    const test::TemporaryFolder m_folder;
+    const TemporaryFolder m_folder;
     const std::wstring m_path = m_folder / L"AppNameList.xml";
     CQanhAppNameList m_list;
 };
 
 TEST_F(AppNameListFile, RefusesNullAndAnEmptyPath)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_list.Load(nullptr), E_POINTER);
     EXPECT_EQ(m_list.Load(L""), E_INVALIDARG);
     EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::Load((null))", "OUT(0x80004003)"),
@@ -51,22 +36,22 @@ TEST_F(AppNameListFile, ReturnsTheFailureToOpenTheFile)
     EXPECT_EQ(Load(m_path), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(Load(m_folder / L"missing\\a.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
     EXPECT_TRUE(FAILED(Load(m_folder.Path())));
-    EXPECT_FALSE(test::Exists(m_path));
+    EXPECT_FALSE(Exists(m_path));
     const HANDLE file = CreateFileW(m_path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     EXPECT_EQ(Load(m_path), HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION));
     CloseHandle(file);
     // What was there stays.
     EXPECT_EQ(m_list.DesktopShortcuts().size(), 1u);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Load(L"Z:\\q\\q.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
     EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(Z:\\q\\q.xml)", "OUT(0x80070003)"));
 }
 
 TEST_F(AppNameListFile, OpensTheFileForReadingOnlyAndLetsGoOfIt)
 {
-    test::WriteFileBytes(m_path, "<r/>");
+    WriteFileBytes(m_path, "<r/>");
     ASSERT_TRUE(SetFileAttributesW(m_path.c_str(), FILE_ATTRIBUTE_READONLY));
-    const test::XmlInputs inputs;
+    const XmlInputs inputs;
     EXPECT_EQ(Load(m_path), S_FALSE);
     EXPECT_THAT(inputs.calls,
                 ElementsAre(L"CreateXmlReader(null)", L"SHCreateStreamOnFileW(" + m_path + L", 0)"));
@@ -76,8 +61,8 @@ TEST_F(AppNameListFile, OpensTheFileForReadingOnlyAndLetsGoOfIt)
 
 TEST_F(AppNameListFile, ReturnsTheFailureToMakeAReader)
 {
-    test::WriteFileBytes(m_path, "<Package/>");
-    test::BrokenReader reader;
+    WriteFileBytes(m_path, "<Package/>");
+    BrokenReader reader;
     reader.createResult = REGDB_E_CLASSNOTREG;
     EXPECT_EQ(Load(m_path), REGDB_E_CLASSNOTREG);
     EXPECT_THAT(m_list.PackageFamilyNames(), IsEmpty());
@@ -86,7 +71,7 @@ TEST_F(AppNameListFile, ReturnsTheFailureToMakeAReader)
 
 TEST_F(AppNameListFile, ReturnsTheFailureToSetTheReadersInput)
 {
-    test::BrokenReader reader;
+    BrokenReader reader;
     reader.prepares = [](ReaderProbe& probe) { probe.Answer("SetInput", 0, E_NOINTERFACE); };
     EXPECT_EQ(LoadText(m_list, "<Package/>"), E_NOINTERFACE);
     EXPECT_EQ(reader.Reader().references, 0u);
@@ -98,23 +83,23 @@ TEST_F(AppNameListFile, SkipsRecordsThatCannotBeReadAndReadsOn)
     constexpr char text[] = "<r><Package PackageFamilyName='a_1'/><Package PackageFamilyName='b_1'/><Package "
                             "PackageFamilyName='c_1'/><DesktopApps><DesktopApp DisplayName='a'/><DesktopApp "
                             "DisplayName='b'/><DesktopApp DisplayName='c'/></DesktopApps></r>";
-    test::BrokenReader reader;
+    BrokenReader reader;
     reader.prepares = [](ReaderProbe& probe) {
         probe.Answer("MoveToFirstAttribute", 1, E_ABORT);
         probe.Answer("MoveToFirstAttribute", 4, E_ABORT);
     };
     EXPECT_EQ(LoadText(m_list, text), S_FALSE);
     EXPECT_EQ(reader.Reader().references, 0u);
-    EXPECT_EQ(test::SavedRecords(m_list), R"(<Package PackageFamilyName="a_1" Version="0.0.0.0" />)"
-                                          R"(<Package PackageFamilyName="c_1" Version="0.0.0.0" />)"
-                                          R"(<DesktopApp DisplayName="a" /><DesktopApp DisplayName="c" />)");
+    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="a_1" Version="0.0.0.0" />)"
+                                    R"(<Package PackageFamilyName="c_1" Version="0.0.0.0" />)"
+                                    R"(<DesktopApp DisplayName="a" /><DesktopApp DisplayName="c" />)");
 }
 
 TEST_F(AppNameListFile, EndsWithTheReadersFailureAndKeepsWhatItRead)
 {
     const std::size_t records[] = {0, 0, 1, 2, 2, 3}; // before the node that fails
     for (int failing = 0; failing < 6; ++failing) {
-        test::BrokenReader reader;
+        BrokenReader reader;
         reader.prepares = [&](ReaderProbe& probe) { probe.Answer("Read", failing, STG_E_READFAULT); };
         CQanhAppNameList list;
         EXPECT_EQ(
@@ -128,7 +113,7 @@ TEST_F(AppNameListFile, EndsWithTheReadersFailureAndKeepsWhatItRead)
 
 TEST_F(AppNameListFile, IsOutOfMemoryWhenTheReadingRaisesAnything)
 {
-    test::BrokenReader reader;
+    BrokenReader reader;
     reader.prepares = [](ReaderProbe& probe) { probe.Raise("Read", 1); };
     EXPECT_EQ(LoadText(m_list, "<r><Package/></r>"), E_OUTOFMEMORY);
     EXPECT_EQ(reader.Reader().references, 0u);
@@ -138,7 +123,7 @@ TEST_F(AppNameListFile, EndsWhenTheReaderKnowsNoNodeType)
 {
     // Some readers report the end of their input there.
     for (const HRESULT answer : {S_FALSE, E_ABORT}) {
-        test::BrokenReader reader;
+        BrokenReader reader;
         reader.prepares = [&](ReaderProbe& probe) {
             for (int call = 0; call < 100; ++call) {
                 probe.Answer("GetNodeType", call, answer);
@@ -153,16 +138,16 @@ TEST_F(AppNameListFile, EndsWhenTheReaderKnowsNoNodeType)
 TEST_F(AppNameListFile, ReadsOnWhenTheListsAreFull)
 {
     CQanhAppNameList list(1);
-    test::WriteFileBytes(
-        m_path, "<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/><MetroApp/></Package>"
-                "<Package PackageFamilyName='b_1'/><DesktopApps><DesktopApp LnkFileName='a'/>"
-                "<DesktopApp LnkFileName='b'/><DesktopApp LnkFileName='c'/></DesktopApps></r>");
-    const test::LogCapture log;
+    WriteFileBytes(m_path,
+                   "<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/><MetroApp/></Package>"
+                   "<Package PackageFamilyName='b_1'/><DesktopApps><DesktopApp LnkFileName='a'/>"
+                   "<DesktopApp LnkFileName='b'/><DesktopApp LnkFileName='c'/></DesktopApps></r>");
+    const LogCapture log;
     EXPECT_EQ(list.Load(m_path.c_str()), S_FALSE);
     const auto metroApp = Step("CQanhMetroApp::FromXmlNode", "OUT(0x00000000)");
     const auto desktopApp = Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)");
     const std::string noPlace = "CQanhAppNameList::ReadDesktopApps Error (0x8007000E)";
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(" + test::ToUtf8(m_path) + ")", "OUT(0x00000001)",
+    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "OUT(0x00000001)",
                                 {Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)",
                                       {metroApp, Step("CQanhPackage::AddApplication", "OUT(0x00000000)"),
                                        metroApp, Step("CQanhPackage::AddApplication", "OUT(0x8007000E)")}),
@@ -178,10 +163,10 @@ TEST_F(AppNameListFile, ReadsOnWhenTheListsAreFull)
 
 TEST_F(AppNameListFile, ReadsDesktopAppsUpToTheEndOfTheirCollection)
 {
-    const test::XmlSource source("<r><DesktopApps><DesktopApp LnkFileName='a'/></DesktopApps>"
-                                 "<DesktopApp LnkFileName='b'/></r>",
-                                 L"DesktopApps");
-    const test::LogCapture log;
+    const XmlSource source("<r><DesktopApps><DesktopApp LnkFileName='a'/></DesktopApps>"
+                           "<DesktopApp LnkFileName='b'/></r>",
+                           L"DesktopApps");
+    const LogCapture log;
     EXPECT_EQ(m_list.ReadDesktopApps(source.Reader()), S_OK);
     EXPECT_EQ(m_list.DesktopShortcuts().size(), 1u);
     EXPECT_EQ(m_list.ReadDesktopApps(nullptr), E_POINTER);
@@ -189,11 +174,11 @@ TEST_F(AppNameListFile, ReadsDesktopAppsUpToTheEndOfTheirCollection)
                                      {Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)")}),
                                 Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x80004003)")}));
 
-    const test::XmlSource notDeeper("<r><DesktopApps/><Package/></r>", L"DesktopApps");
+    const XmlSource notDeeper("<r><DesktopApps/><Package/></r>", L"DesktopApps");
     EXPECT_EQ(m_list.ReadDesktopApps(notDeeper.Reader()), S_OK);
     EXPECT_EQ(notDeeper.Name(), L"Package");
 
-    const test::XmlSource endOfTheDocument("<DesktopApps/>", L"DesktopApps");
+    const XmlSource endOfTheDocument("<DesktopApps/>", L"DesktopApps");
     EXPECT_EQ(m_list.ReadDesktopApps(endOfTheDocument.Reader()), S_FALSE);
 }
 

@@ -2,19 +2,11 @@
 
 #include "catalog/AppNameList.h"
 
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::LoadText;
+using namespace test;
 
 // The catalogue holds these records after it loaded the document.
 void ExpectLoaded(std::string_view document, const std::string& records)
@@ -22,7 +14,7 @@ void ExpectLoaded(std::string_view document, const std::string& records)
     SCOPED_TRACE(document);
     CQanhAppNameList list;
     EXPECT_EQ(LoadText(list, document), S_FALSE);
-    EXPECT_EQ(test::SavedRecords(list), records);
+    EXPECT_EQ(SavedRecords(list), records);
 }
 
 constexpr char kPackageA[] = R"(<Package PackageFamilyName="a_1" Version="0.0.0.0" />)";
@@ -34,7 +26,7 @@ constexpr char kPackagesAAndBAndDesktopAppD[] =
 
 TEST(AppNameListLoad, ReadsPackagesWithTheirAppsAndDesktopApps)
 {
-    const test::ScopedEnvironment variable(L"QanhMenu", L"C:\\Menu");
+    const ScopedEnvironment variable(L"QanhMenu", L"C:\\Menu");
     // Build and revision trade places each time.
     ExpectLoaded(R"(<?xml version="1.0" encoding="UTF-8"?>
 <Applications>
@@ -173,7 +165,7 @@ TEST(AppNameListLoad, ReadsEveryEncodingThatTheReaderKnows)
     const std::string name = "\xE3\x83\xA1\xE3\x83\xBC\xE3\x83\xAB \xF0\x9F\x98\x80";
     const std::string utf8 =
         R"(<r><Package PackageFamilyName="a_1"><MetroApp DisplayName=")" + name + R"("/></Package></r>)";
-    const std::wstring wide = L"\xFEFF" + test::FromUtf8(utf8);
+    const std::wstring wide = L"\xFEFF" + FromUtf8(utf8);
     for (const std::string& document :
          {utf8, "\xEF\xBB\xBF" + utf8, "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\n" + utf8,
           std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(wchar_t))}) {
@@ -201,7 +193,7 @@ TEST(AppNameListLoad, ReadsThousandsOfRecordsAndLongNames)
     text += "</DesktopApps><Package PackageFamilyName='" + std::string(100000, 'p') + "'/></r>";
     CQanhAppNameList list;
     EXPECT_EQ(LoadText(list, text), S_FALSE);
-    const std::vector<std::wstring> shortcuts = test::Names(list.DesktopShortcuts());
+    const std::vector<std::wstring> shortcuts = Names(list.DesktopShortcuts());
     ASSERT_EQ(shortcuts.size(), 3000u);
     EXPECT_EQ(shortcuts[2999], L"C:\\2999.lnk");
     EXPECT_NE(list.GetPackage(std::wstring(100000, L'p').c_str()), nullptr);

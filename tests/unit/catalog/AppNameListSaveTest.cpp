@@ -2,30 +2,13 @@
 
 #include "catalog/AppNameList.h"
 
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 #include "support/XmlInputs.h"
-#include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-
 namespace {
 
-using test::Document;
-using test::LoadText;
-using test::SavedRecords;
-using test::SavedText;
-using test::Step;
-using testing::ElementsAre;
+using namespace test;
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName, bool needReserve, bool isInstalled)
 {
@@ -33,12 +16,12 @@ std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName, bool needReserv
                                           isInstalled);
 }
 
-class AppNameListSave : public testing::Test
+class AppNameListSave : public Test
 {
 protected:
     HRESULT Save() { return m_list.Save(m_path.c_str()); }
 
-    const test::TemporaryFolder m_folder;
+    const TemporaryFolder m_folder;
     const std::wstring m_path = m_folder / L"AppNameList.xml";
     CQanhAppNameList m_list;
 };
@@ -145,36 +128,36 @@ TEST_F(AppNameListSave, KeepsEverythingThroughLoadingAndSaving)
 
 TEST_F(AppNameListSave, ReplacesALongerFile)
 {
-    test::WriteFileBytes(m_path, std::string(10000, 'x'));
+    WriteFileBytes(m_path, std::string(10000, 'x'));
     EXPECT_EQ(Save(), S_OK);
-    EXPECT_EQ(test::ReadFileBytes(m_path), Document({"  <MetroApps />", "  <DesktopApps />"}));
+    EXPECT_EQ(ReadFileBytes(m_path), Document({"  <MetroApps />", "  <DesktopApps />"}));
 }
 
 TEST_F(AppNameListSave, RefusesNullAndAnEmptyPath)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_list.Save(nullptr), E_POINTER);
     EXPECT_EQ(m_list.Save(L""), E_INVALIDARG);
-    EXPECT_EQ(log.Lines(), test::Log({Step("CQanhAppNameList::Save((null))", "OUT(0x80004003)"),
-                                      Step("CQanhAppNameList::Save()", "OUT(0x80070057)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::Save((null))", "OUT(0x80004003)"),
+                                Step("CQanhAppNameList::Save()", "OUT(0x80070057)")}));
 }
 
 TEST_F(AppNameListSave, ReturnsTheFailureToOpenTheFile)
 {
     EXPECT_EQ(m_list.Save((m_folder / L"missing\\a.xml").c_str()), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
-    EXPECT_FALSE(test::Exists(m_folder / L"missing"));
+    EXPECT_FALSE(Exists(m_folder / L"missing"));
     EXPECT_TRUE(FAILED(m_list.Save(m_folder.Path().c_str())));
     const HANDLE file = CreateFileW(m_path.c_str(), GENERIC_READ, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     EXPECT_EQ(Save(), HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION));
     CloseHandle(file);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_list.Save(L"Z:\\q\\q.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
     EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Save(Z:\\q\\q.xml)", "OUT(0x80070003)"));
 }
 
 TEST_F(AppNameListSave, LeavesAReadOnlyFileAlone)
 {
-    test::WriteFileBytes(m_path, "old");
+    WriteFileBytes(m_path, "old");
     SetFileAttributesW(m_path.c_str(), FILE_ATTRIBUTE_READONLY);
     const HANDLE file = CreateFileW(m_path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
@@ -182,7 +165,7 @@ TEST_F(AppNameListSave, LeavesAReadOnlyFileAlone)
         GTEST_SKIP() << "this user may write to read-only files";
     }
     EXPECT_EQ(Save(), HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(test::ReadFileBytes(m_path), "old");
+    EXPECT_EQ(ReadFileBytes(m_path), "old");
 }
 
 TEST_F(AppNameListSave, LogsEveryRecord)
@@ -194,9 +177,9 @@ TEST_F(AppNameListSave, LogsEveryRecord)
     EXPECT_EQ(m_list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
     EXPECT_EQ(m_list.AddDesktopApp(L"Gone", L"C:\\b.lnk"), S_OK);
     m_list.SetDesktopAppsInstalled({TRUE, FALSE});
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Save(), S_OK);
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Save(" + test::ToUtf8(m_path) + ")", "OUT(0x00000000)",
+    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Save(" + ToUtf8(m_path) + ")", "OUT(0x00000000)",
                                 {Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)",
                                       {Step("CQanhMetroApp::ToXmlNode", "OUT(0x00000000)")}),
                                  Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)"),
@@ -206,7 +189,7 @@ TEST_F(AppNameListSave, LogsEveryRecord)
 
 TEST_F(AppNameListSave, CreatesTheFileForWritingAndLetsGoOfIt)
 {
-    const test::XmlInputs files;
+    const XmlInputs files;
     EXPECT_EQ(Save(), S_OK);
     EXPECT_THAT(files.calls, ElementsAre(L"SHCreateStreamOnFileW(" + m_path + L", 4097)")); // 0x1001
     EXPECT_TRUE(DeleteFileW(m_path.c_str()));
@@ -227,13 +210,13 @@ protected:
     void ExpectCalls(std::size_t failingCall, HRESULT result, const std::vector<std::wstring>& calls)
     {
         m_writer.failingCall = failingCall;
-        const test::WriterInstead patch(&m_writer);
+        const WriterInstead patch(&m_writer);
         EXPECT_EQ(Save(), result);
         EXPECT_EQ(m_writer.calls, calls);
         EXPECT_EQ(m_writer.references, 0u);
     }
 
-    test::WriterProbe m_writer;
+    WriterProbe m_writer;
 };
 
 const std::vector<std::wstring> kAllCalls = {L"output",
@@ -259,7 +242,7 @@ const std::vector<std::wstring> kAllCalls = {L"output",
 
 TEST_F(AppNameListWriter, FollowsTheSequenceAndClosesNeitherRootNorDocument)
 {
-    ExpectCalls(test::WriterProbe().failingCall, S_OK, kAllCalls);
+    ExpectCalls(WriterProbe().failingCall, S_OK, kAllCalls);
 }
 
 TEST_F(AppNameListWriter, SkipsToTheFlushWhenTheRootCannotBeStarted)
@@ -289,8 +272,8 @@ TEST_F(AppNameListWriter, WritesTheOtherRecordsWhenOneFails)
 TEST_F(AppNameListWriter, ReturnsTheFailureToMakeAWriter)
 {
     using Create = HRESULT(WINAPI*)(REFIID, void**, IMalloc*);
-    const test::ImportPatch<Create> patch(
-        "CreateXmlWriter", [](REFIID, void**, IMalloc*) -> HRESULT { return REGDB_E_CLASSNOTREG; });
+    const ImportPatch<Create> patch("CreateXmlWriter",
+                                    [](REFIID, void**, IMalloc*) -> HRESULT { return REGDB_E_CLASSNOTREG; });
     EXPECT_EQ(Save(), REGDB_E_CLASSNOTREG);
     EXPECT_TRUE(DeleteFileW(m_path.c_str()));
 }

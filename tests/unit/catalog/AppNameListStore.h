@@ -1,25 +1,17 @@
 #pragma once
 
-#include "catalog/AppNameList.h"
-#include "catalog/ExcludeList.h"
 #include "common/Apartment.h"
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 #include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace store_test {
+
+using namespace test;
 
 inline constexpr wchar_t kFamily[] = L"Contoso.Mail_8wekyb3d8bbwe";
 
@@ -27,36 +19,34 @@ inline constexpr wchar_t kFamily[] = L"Contoso.Mail_8wekyb3d8bbwe";
 inline std::vector<std::string> Adding(const std::string& exit, const std::vector<std::string>& lookUp,
                                        const std::vector<std::string>& rest = {})
 {
-    return test::Step(
-        "CQanhAppNameList::AddMetroPackage", exit,
-        {test::Step("CQanhAppNameList::GetPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT", {lookUp}), rest});
+    return Step("CQanhAppNameList::AddMetroPackage", exit,
+                {Step("CQanhAppNameList::GetPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT", {lookUp}), rest});
 }
 
 // In a catalogue that holds this package only.
 inline std::vector<std::string> Known()
 {
-    return test::Step("CQanhPackage::IsThisPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT(1)");
+    return Step("CQanhPackage::IsThisPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT(1)");
 }
 
 // What the reading of the one application "Mail" logs, without the reader's steps.
 inline std::vector<std::string> ReadingMail()
 {
-    return test::Step(
-        "CQanhManifestReader::AddAppsToPackage", "OUT(0x00000001)",
-        {test::Step("CQanhManifestReader::LoadSetting", "OUT"),
-         test::Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
-                    {test::Step("CQanhPackage::AddApplication(mail, s mail)", "OUT(0x00000000)")})});
+    return Step("CQanhManifestReader::AddAppsToPackage", "OUT(0x00000001)",
+                {Step("CQanhManifestReader::LoadSetting", "OUT"),
+                 Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
+                      {Step("CQanhPackage::AddApplication(mail, s mail)", "OUT(0x00000000)")})});
 }
 
 // A package of the system with a real manifest, and a catalogue.
-class AppNameListStore : public ::testing::Test
+class AppNameListStore : public Test
 {
 protected:
-    AppNameListStore() : m_package(m_objects.Make<test::FakePackage>(Facts())) { m_package->AddRef(); }
+    AppNameListStore() : m_package(m_objects.Make<FakePackage>(Facts())) { m_package->AddRef(); }
     ~AppNameListStore() override
     {
         m_package->Release();
-        EXPECT_THAT(m_objects.Leaks(), ::testing::IsEmpty());
+        EXPECT_THAT(m_objects.Leaks(), IsEmpty());
     }
 
     // A manifest with an application for each name.
@@ -67,7 +57,7 @@ protected:
             xml += "<Application><VisualElements DisplayName=\"" + name + "\"><DefaultTile ShortName=\"s " +
                    name + "\"/></VisualElements></Application>";
         }
-        test::WriteFileBytes(m_folder / L"AppxManifest.xml", xml + tail + "</Applications></Package>");
+        WriteFileBytes(m_folder / L"AppxManifest.xml", xml + tail + "</Applications></Package>");
     }
 
     HRESULT Add() { return m_list.AddMetroPackage(m_package); }
@@ -133,11 +123,11 @@ protected:
         ExcludeList names;
         BOOL found = FALSE;
         EXPECT_EQ(m_list.GetExcludeAppNameList(L"app", &names, &found), S_OK);
-        return test::Names(names);
+        return Names(names);
     }
 
     // The log without the reader's steps.
-    static std::vector<std::string> WithoutSteps(const test::LogCapture& log)
+    static std::vector<std::string> WithoutSteps(const LogCapture& log)
     {
         std::vector<std::string> lines;
         for (const std::string& line : log.Lines()) {
@@ -152,7 +142,7 @@ protected:
     }
 
     // The log from the first line on that begins like this.
-    static std::vector<std::string> LinesFrom(const std::string& begin, const test::LogCapture& log)
+    static std::vector<std::string> LinesFrom(const std::string& begin, const LogCapture& log)
     {
         std::vector<std::string> lines = log.Lines();
         const auto first = std::find_if(lines.begin(), lines.end(),
@@ -161,19 +151,19 @@ protected:
         return lines;
     }
 
-    test::TemporaryFolder m_folder;
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    test::FakeResources m_resources;
+    TemporaryFolder m_folder;
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    FakeResources m_resources;
     const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
-    test::FakeObjects m_objects;
-    test::FakePackage* m_package;
+    FakeObjects m_objects;
+    FakePackage* m_package;
     CQanhAppNameList m_list;
-    std::optional<test::ImportPatch<decltype(&CoCreateInstance)>> m_noObjects;
+    std::optional<ImportPatch<decltype(&CoCreateInstance)>> m_noObjects;
 
 private:
-    test::PackageFacts Facts() const
+    PackageFacts Facts() const
     {
-        test::PackageFacts facts;
+        PackageFacts facts;
         facts.path = m_folder.Path();
         return facts;
     }

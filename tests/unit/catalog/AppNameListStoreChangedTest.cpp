@@ -2,17 +2,9 @@
 
 #include "unit/catalog/AppNameListStore.h"
 
-#include "unit/catalog/CatalogFile.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
-
 namespace {
 
 using namespace store_test;
-using ::testing::ElementsAre;
 
 TEST_F(AppNameListStore, TheSameVersionIsLeftAlone)
 {
@@ -20,7 +12,7 @@ TEST_F(AppNameListStore, TheSameVersionIsLeftAlone)
     Add();
     WriteManifest({"Other"});
     Rename();
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Add(), S_OK);
     EXPECT_EQ(log.Lines(), Adding("OUT(0x00000000)", Known()));
     ExpectRecord(VersionOf(1, 2, 3, 4), {L"mail"});
@@ -32,7 +24,7 @@ struct VersionChange
     platform::PackageVersion version;
 };
 
-class ChangedVersion : public AppNameListStore, public ::testing::WithParamInterface<VersionChange>
+class ChangedVersion : public AppNameListStore, public WithParamInterface<VersionChange>
 {
 };
 
@@ -59,31 +51,29 @@ TEST_P(ChangedVersion, IsReadAnew)
 }
 
 INSTANTIATE_TEST_SUITE_P(In, ChangedVersion,
-                         ::testing::Values(VersionChange{"Major", {2, 2, 3, 4}},
-                                           VersionChange{"Minor", {1, 0, 3, 4}},
-                                           VersionChange{"Build", {1, 2, 65535, 4}},
-                                           VersionChange{"Revision", {1, 2, 3, 0}},
-                                           VersionChange{"BuildAndRevisionTraded", {1, 2, 4, 3}}),
+                         Values(VersionChange{"Major", {2, 2, 3, 4}}, VersionChange{"Minor", {1, 0, 3, 4}},
+                                VersionChange{"Build", {1, 2, 65535, 4}},
+                                VersionChange{"Revision", {1, 2, 3, 0}},
+                                VersionChange{"BuildAndRevisionTraded", {1, 2, 4, 3}}),
                          [](const auto& each) { return std::string(each.param.part); });
 
 TEST_F(AppNameListStore, WholeLogOfAChangedOne)
 {
     AddAndChangeVersion();
-    const test::LogCapture log;
+    const LogCapture log;
     Add();
-    EXPECT_EQ(
-        WithoutSteps(log),
-        Adding("OUT(0x00000001)", Known(),
-               test::Log({test::Step("CQanhManifestReader::IsCanGetAppNameFromManifest", "OUT(0x00000001)"),
-                          test::Step("CQanhPackage::DeleteAllApp", "OUT"), ReadingMail()})));
+    EXPECT_EQ(WithoutSteps(log),
+              Adding("OUT(0x00000001)", Known(),
+                     Log({Step("CQanhManifestReader::IsCanGetAppNameFromManifest", "OUT(0x00000001)"),
+                          Step("CQanhPackage::DeleteAllApp", "OUT"), ReadingMail()})));
 }
 
 // Build and revision trade places when the file is read.
 TEST_F(AppNameListStore, AVersionFromTheFileIsChangedWhenBuildAndRevisionDiffer)
 {
     WriteManifest({"Mail"});
-    test::LoadText(m_list,
-                   "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" Version=\"1.2.3.4\"/></r>");
+    LoadText(m_list,
+             "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" Version=\"1.2.3.4\"/></r>");
     EXPECT_EQ(Add(), S_FALSE);
     ExpectRecord(VersionOf(1, 2, 3, 4), {L"mail"});
 }
@@ -92,8 +82,8 @@ TEST_F(AppNameListStore, AVersionFromTheFileIsKnownWhenBuildAndRevisionAreTheSam
 {
     WriteManifest({"Mail"});
     m_package->facts.version = {6, 2, 7, 7};
-    test::LoadText(m_list,
-                   "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" Version=\"6.2.7.7\"/></r>");
+    LoadText(m_list,
+             "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" Version=\"6.2.7.7\"/></r>");
     EXPECT_EQ(Add(), S_OK);
     ExpectRecord(VersionOf(6, 2, 7, 7), {}, L"", L"");
 }
@@ -101,9 +91,9 @@ TEST_F(AppNameListStore, AVersionFromTheFileIsKnownWhenBuildAndRevisionAreTheSam
 TEST_F(AppNameListStore, AReservedOneIsNeverRefreshed)
 {
     WriteManifest({"Mail"});
-    test::LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" Version=\"0.0.0.1\" "
-                           "NeedReserve=\"1\"><MetroApp DisplayName=\"Reserved\"/></Package></r>");
-    const test::LogCapture log;
+    LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" Version=\"0.0.0.1\" "
+                     "NeedReserve=\"1\"><MetroApp DisplayName=\"Reserved\"/></Package></r>");
+    const LogCapture log;
     EXPECT_EQ(Add(), S_OK);
     EXPECT_EQ(log.Lines(), Adding("OUT(0x00000000)", Known()));
     ExpectRecord(VersionOf(0, 0, 1, 0), {L"Reserved"}, L"", L"");
@@ -114,7 +104,7 @@ TEST_F(AppNameListStore, AChangedOneThatCannotBeReadAfterTheCheckHasNoApplicatio
 {
     AddAndChangeVersion();
     BreakTheSystemsReader();
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Add(), S_FALSE);
     EXPECT_THAT(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log),
                 ElementsAre("CQanhManifestReader::AddAppsToPackage OUT(0x80040154)",
@@ -147,7 +137,7 @@ TEST_F(AppNameListStore, AMissingOrBrokenManifestKeepsTheRecordAndIsReported)
     AddAndChangeVersion();
     Rename();
     DeleteFileW((m_folder / L"AppxManifest.xml").c_str());
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Add(), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(log.Lines().back(), "CQanhAppNameList::AddMetroPackage OUT(0x80070002)");
     ExpectRecord(VersionOf(1, 2, 3, 4), {L"mail"}, L"another full name", L"another name");

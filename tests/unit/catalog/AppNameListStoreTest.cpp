@@ -3,21 +3,10 @@
 #include "unit/catalog/AppNameListStore.h"
 
 #include "common/WinRtError.h"
-#include "support/Allocations.h"
-#include "unit/catalog/CatalogFile.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace store_test;
-using test::Log;
-using test::Step;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST_F(AppNameListStore, ANewOneIsAddedWithItsApplications)
 {
@@ -30,7 +19,7 @@ TEST_F(AppNameListStore, ANewOneIsAddedWithItsApplications)
 
 TEST_F(AppNameListStore, NewOnesFollowThoseThatAreThere)
 {
-    test::LoadText(m_list, "<r><Package PackageFamilyName=\"a\"/><Package PackageFamilyName=\"b\"/></r>");
+    LoadText(m_list, "<r><Package PackageFamilyName=\"a\"/><Package PackageFamilyName=\"b\"/></r>");
     EXPECT_EQ(Add(), S_OK);
     EXPECT_STREQ(m_list.PackageFamilyNames().back().c_str(), kFamily);
 }
@@ -38,7 +27,7 @@ TEST_F(AppNameListStore, NewOnesFollowThoseThatAreThere)
 TEST_F(AppNameListStore, WholeLogOfANewOne)
 {
     WriteManifest({"Mail"});
-    const test::LogCapture log;
+    const LogCapture log;
     Add();
     EXPECT_EQ(WithoutSteps(log),
               Adding("OUT(0x00000000)", {},
@@ -47,7 +36,7 @@ TEST_F(AppNameListStore, WholeLogOfANewOne)
 
 TEST_F(AppNameListStore, NullIsRefused)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_list.AddMetroPackage(static_cast<platform::IPackage*>(nullptr)), E_POINTER);
     EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::AddMetroPackage", "OUT(0x80004003)"));
 }
@@ -60,7 +49,7 @@ protected:
     // The package is added with these applications although its manifest cannot be read, which is logged.
     void ExpectAddedAfter(const std::string& failure, const std::vector<std::wstring>& displayNames)
     {
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(Add(), S_OK); // what the reader returns is only logged
         EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log),
                   Log({"CQanhManifestReader::AddAppsToPackage OUT(" + failure + ")",
@@ -115,10 +104,10 @@ TEST_F(AppNameListStore, ThePathOfTheManifestHas259CharactersAtMost)
             path += std::wstring(100, L'x') + L"\\";
         }
         path += std::wstring(length - path.size(), L'y');
-        test::MakeFolder(path);
-        test::WriteFileBytes(L"\\\\?\\" + path + L"\\AppxManifest.xml",
-                             "<Applications><Application><VisualElements DisplayName=\"App\"/>"
-                             "</Application></Applications>");
+        MakeFolder(path);
+        WriteFileBytes(L"\\\\?\\" + path + L"\\AppxManifest.xml",
+                       "<Applications><Application><VisualElements DisplayName=\"App\"/>"
+                       "</Application></Applications>");
         m_package->facts.path = path;
         m_package->facts.familyName = std::to_wstring(length);
         EXPECT_EQ(Add(), S_OK);
@@ -160,19 +149,19 @@ TEST_F(AppNameListStore, NamesMayHoldAnyCharactersAtAnyLength)
 
 // One that does not answer.
 
-class SilentPackage : public AppNameListStore, public ::testing::WithParamInterface<const char*>
+class SilentPackage : public AppNameListStore, public WithParamInterface<const char*>
 {
 };
 
 TEST_P(SilentPackage, IsAFailureAndChangesNothing)
 {
-    const std::string message = test::ToUtf8(WinRtError(E_ACCESSDENIED).Message());
+    const std::string message = ToUtf8(WinRtError(E_ACCESSDENIED).Message());
     for (const bool isKnown : {false, true}) {
         if (isKnown) {
             AddAndChangeVersion();
         }
         m_objects.Fail(GetParam(), E_ACCESSDENIED, m_objects.Calls(GetParam()));
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(Add(), E_FAIL);
         EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::AddMetroPackage", "OUT(" + message + ")"));
         EXPECT_EQ(Record() != nullptr, isKnown);
@@ -181,13 +170,13 @@ TEST_P(SilentPackage, IsAFailureAndChangesNothing)
 }
 
 INSTANTIATE_TEST_SUITE_P(To, SilentPackage,
-                         ::testing::Values("Id", "FamilyName", "FullName", "Name", "Version",
-                                           "InstalledLocation", "QueryInterface", "Path"));
+                         Values("Id", "FamilyName", "FullName", "Name", "Version", "InstalledLocation",
+                                "QueryInterface", "Path"));
 
 TEST_P(SilentPackage, IsAFailureAlsoWhenItIsReserved)
 {
-    test::LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" NeedReserve=\"1\"/>"
-                           "</r>");
+    LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" NeedReserve=\"1\"/>"
+                     "</r>");
     m_objects.Fail(GetParam(), E_ACCESSDENIED);
     EXPECT_EQ(Add(), E_FAIL);
 }
@@ -195,7 +184,7 @@ TEST_P(SilentPackage, IsAFailureAlsoWhenItIsReserved)
 TEST_P(SilentPackage, IsOutOfMemoryAfterAnyOtherException)
 {
     m_objects.At(GetParam(), [] { throw 1; });
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Add(), E_OUTOFMEMORY);
     EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)"));
     EXPECT_EQ(Record(), nullptr);
@@ -209,7 +198,7 @@ TEST_F(AppNameListStore, AFullListIsOutOfMemory)
     WriteManifest({"Mail"});
     EXPECT_EQ(list.AddMetroPackage(m_package), S_OK);
     m_package->facts.familyName = L"another";
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(list.AddMetroPackage(m_package), E_OUTOFMEMORY);
     EXPECT_EQ(log.Lines().back(), "CQanhAppNameList::AddMetroPackage OUT(0x8007000E)");
     EXPECT_EQ(list.PackageFamilyNames().size(), 1u);
@@ -237,12 +226,12 @@ protected:
     {
         m_objects.isQuiet = true;
         std::size_t refused = 0;
-        const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+        const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
             SCOPED_TRACE(index);
             CQanhAppNameList list;
             prepare(list);
-            const test::Attempt attempt =
-                test::TryWithFailingAllocation(index, [&] { return list.AddMetroPackage(m_package); });
+            const Attempt attempt =
+                TryWithFailingAllocation(index, [&] { return list.AddMetroPackage(m_package); });
             EXPECT_TRUE(SUCCEEDED(attempt.result) || attempt.failed);
             check(list, attempt.result);
             refused += FAILED(attempt.result) ? 1 : 0;

@@ -1,36 +1,19 @@
 #include "catalog/AppNameList.h"
 
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "unit/catalog/CatalogFile.h"
-#include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 #include <type_traits>
-#include <utility>
-#include <vector>
+
+#include "unit/catalog/Records.h"
 
 namespace {
 
-using test::Log;
-using test::Names;
-using test::PackageProbe;
-using test::SavedRecords;
-using test::Step;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName)
 {
     return std::make_unique<CQanhPackage>(familyName, RecordVersion{1, 0, 0, 0}, FALSE, TRUE);
 }
 
-class AppNameList : public testing::Test
+class AppNameList : public Test
 {
 protected:
     void AddPackages(const std::vector<const wchar_t*>& familyNames)
@@ -103,9 +86,8 @@ TEST_F(AppNameList, RefusesAPackageThatIsNull)
 TEST_F(AppNameList, DeletesAPackageWhenThereIsNoMemoryForIt)
 {
     std::unique_ptr<CQanhPackage> package = Probe(L"a_1");
-    EXPECT_EQ(
-        test::TryWithFailingAllocation(0, [&] { return m_list.AddMetroPackage(std::move(package)); }).result,
-        E_OUTOFMEMORY);
+    EXPECT_EQ(TryWithFailingAllocation(0, [&] { return m_list.AddMetroPackage(std::move(package)); }).result,
+              E_OUTOFMEMORY);
     EXPECT_EQ(m_deleted, 1);
     ExpectRecords({}, {});
     AddPackages({L"a_1"});
@@ -113,7 +95,7 @@ TEST_F(AppNameList, DeletesAPackageWhenThereIsNoMemoryForIt)
 
 TEST_F(ShortAppNameList, LogsTheAddingOfPackages)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_short.AddMetroPackage(Package(L"a_1")), S_OK);
     EXPECT_EQ(m_short.AddMetroPackage(Package(L"b_1")), E_OUTOFMEMORY);
     EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)"),
@@ -131,7 +113,7 @@ TEST_F(AppNameList, FindsTheFirstPackageOfExactlyThisFamilyName)
     EXPECT_NE(m_list.GetPackage(L"a_1"), nullptr);
     EXPECT_NE(m_list.GetPackage(L"a_1"), pFirst);
     for (const wchar_t* other : {L"B_1", L"b_", L"b_11", L"c_1", L"", static_cast<const wchar_t*>(nullptr)}) {
-        EXPECT_EQ(m_list.GetPackage(other), nullptr) << testing::PrintToString(other);
+        EXPECT_EQ(m_list.GetPackage(other), nullptr) << PrintToString(other);
     }
 }
 
@@ -146,7 +128,7 @@ TEST_F(AppNameList, HandsOutNothingThatCouldBeChangedWithoutTheLock)
 TEST_F(AppNameList, LogsEachPackageThatItAsksForItsFamilyName)
 {
     AddPackages({L"a_1", L"b_1", L"c_1"});
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_NE(m_list.GetPackage(L"b_1"), nullptr);
     EXPECT_EQ(m_list.GetPackage(nullptr), nullptr);
     EXPECT_EQ(m_list.GetPackage(L""), nullptr);
@@ -205,11 +187,11 @@ TEST_F(ShortAppNameList, RefusesDesktopAppsBeyondItsLimit)
 
 TEST_F(AppNameList, StaysAsItWasWhenMemoryRunsOut)
 {
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
         CQanhAppNameList list;
         EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-        const test::Attempt attempt =
-            test::TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"b", L"C:\\b.lnk"); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"b", L"C:\\b.lnk"); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(list.DesktopShortcuts().size(), attempt.failed ? 1u : 2u);
         EXPECT_EQ(attempt.left == 0, attempt.failed);
@@ -220,7 +202,7 @@ TEST_F(AppNameList, StaysAsItWasWhenMemoryRunsOut)
 
 TEST_F(ShortAppNameList, LogsTheLookUpOfADesktopAppThatIsAdded)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_short.AddDesktopApp(nullptr, L"C:\\a.lnk"), E_POINTER);
     EXPECT_EQ(m_short.AddDesktopApp(L"Word", L""), E_INVALIDARG);
     EXPECT_EQ(m_short.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
@@ -254,7 +236,7 @@ TEST_F(AppNameList, KnowsShortcutsByTheirWholePathsIgnoringCase)
 
 TEST_F(AppNameList, KnowsNoEmptyShortcutEvenWithARecordWithoutPath)
 {
-    test::LoadText(m_list, "<DesktopApps><DesktopApp/></DesktopApps>");
+    LoadText(m_list, "<DesktopApps><DesktopApp/></DesktopApps>");
     ExpectRecords({}, {L""});
     EXPECT_EQ(m_list.IsInDesktopAppList(L""), 0);
 }
@@ -262,7 +244,7 @@ TEST_F(AppNameList, KnowsNoEmptyShortcutEvenWithARecordWithoutPath)
 TEST_F(AppNameList, LogsTheLookUpOfAShortcut)
 {
     AddDesktopApps({L"a"});
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_FALSE(m_list.IsInDesktopAppList(nullptr));
     EXPECT_FALSE(m_list.IsInDesktopAppList(L""));
     EXPECT_TRUE(m_list.IsInDesktopAppList(L"C:\\A.lnk"));
@@ -279,7 +261,7 @@ TEST_F(AppNameList, ClearingDeletesPackagesWithTheirAppsFrontToBack)
     for (const wchar_t* name : {L"b", L"a"}) {
         auto package = std::make_unique<PackageProbe>(
             name, [&events, name] { events.push_back(std::wstring(L"deleted package ") + name); });
-        EXPECT_EQ(package->AddApplication(std::make_unique<test::RecordProbe>(name, &events)), S_OK);
+        EXPECT_EQ(package->AddApplication(std::make_unique<RecordProbe>(name, &events)), S_OK);
         EXPECT_EQ(m_list.AddMetroPackage(std::move(package)), S_OK);
     }
     m_list.Clear();
@@ -288,14 +270,14 @@ TEST_F(AppNameList, ClearingDeletesPackagesWithTheirAppsFrontToBack)
 
 TEST_F(AppNameList, ClearingDeletesDesktopAppsAfterThePackages)
 {
-    const test::AllocationWatch* pWatch = nullptr;
+    const AllocationWatch* pWatch = nullptr;
     std::size_t liveAtDeletion = 0;
     auto package = std::make_unique<PackageProbe>(L"a", [&] { liveAtDeletion = pWatch->Live(); });
     std::size_t ofThePackage = 0;
     std::size_t ofBoth = 0;
     std::size_t left = 1;
     {
-        const test::AllocationWatch watch;
+        const AllocationWatch watch;
         pWatch = &watch;
         EXPECT_EQ(m_list.AddMetroPackage(std::move(package)), S_OK);
         ofThePackage = watch.Live();
@@ -314,7 +296,7 @@ TEST_F(AppNameList, CanBeFilledAgainAfterClearing)
 {
     AddPackages({L"a_1"});
     AddDesktopApps({L"Word"});
-    const test::LogCapture log;
+    const LogCapture log;
     m_list.Clear();
     EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Clear", "OUT"));
     ExpectRecords({}, {});
@@ -328,7 +310,7 @@ TEST_F(AppNameList, DeletesEverythingAtTheEndOfItsLife)
     std::size_t left = 1;
     auto package = Probe(L"a_1");
     {
-        const test::AllocationWatch watch;
+        const AllocationWatch watch;
         {
             CQanhAppNameList list;
             EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);

@@ -1,23 +1,17 @@
 #include "catalog/App.h"
 
 #include "catalog/MetroApp.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <iomanip>
 #include <sstream>
-#include <string>
 #include <type_traits>
+
+#include "unit/catalog/Records.h"
 
 namespace {
 
-using testing::ElementsAre;
+using namespace test;
 
 BOOL Contains(const wchar_t* part, const wchar_t* whole)
 {
@@ -68,7 +62,7 @@ const KindRange kRanges[] = {
     {0xFF66, 0xFF9F, Kind::single},
 };
 
-class CharacterClass : public testing::TestWithParam<KindRange>
+class CharacterClass : public TestWithParam<KindRange>
 {
 };
 
@@ -83,8 +77,8 @@ TEST_P(CharacterClass, BeginsAtItsFirstAndEndsAtItsLastCodeUnit)
     EXPECT_EQ(KindOf(static_cast<wchar_t>(range.last + 1)), Kind::skipped) << CodeUnit(range.last);
 }
 
-INSTANTIATE_TEST_SUITE_P(IsSubStrNoOrder, CharacterClass, testing::ValuesIn(kRanges),
-                         [](const testing::TestParamInfo<KindRange>& range) {
+INSTANTIATE_TEST_SUITE_P(IsSubStrNoOrder, CharacterClass, ValuesIn(kRanges),
+                         [](const TestParamInfo<KindRange>& range) {
                              return CodeUnit(range.param.first).substr(2);
                          });
 
@@ -106,8 +100,7 @@ TEST(IsSubStrNoOrder, KnowsNoOtherCharactersThanThoseOfTheClasses)
 
 void ExpectContained(const wchar_t* part, const wchar_t* whole, BOOL contained = 1)
 {
-    EXPECT_EQ(Contains(part, whole), contained)
-        << testing::PrintToString(part) << " in " << testing::PrintToString(whole);
+    EXPECT_EQ(Contains(part, whole), contained) << PrintToString(part) << " in " << PrintToString(whole);
 }
 void ExpectNotContained(const wchar_t* part, const wchar_t* whole)
 {
@@ -187,18 +180,17 @@ TEST(IsSubStrNoOrder, TakesLongTexts)
 
 TEST(IsSubStrNoOrder, LogsItsArgumentsAndItsAnswer)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     Contains(L"mail", L"mail and calendar");
     Contains(L"word", L"Word");
-    EXPECT_EQ(log.Lines(),
-              test::Log({test::Step("CQanhApp::IsSubStrNoOrder(mail, mail and calendar)", "OUT(1)"),
-                         test::Step("CQanhApp::IsSubStrNoOrder(word, Word)", "OUT(0)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhApp::IsSubStrNoOrder(mail, mail and calendar)", "OUT(1)"),
+                                Step("CQanhApp::IsSubStrNoOrder(word, Word)", "OUT(0)")}));
 }
 
 TEST(App, KeepsItsTwoNames)
 {
-    test::RecordProbe::Events events;
-    const test::RecordProbe app(L"Mail", &events);
+    RecordProbe::Events events;
+    const RecordProbe app(L"Mail", &events);
     EXPECT_STREQ(app.DisplayName.c_str(), L"Mail");
     EXPECT_TRUE(app.RubyDisplayName.empty());
     const CQanhMetroApp both(L"天気", nullptr, L"てんき");
@@ -210,8 +202,8 @@ TEST(App, IsDeletedThroughItsBase)
 {
     static_assert(std::has_virtual_destructor_v<CQanhApp>);
     static_assert(std::is_abstract_v<CQanhApp>);
-    test::RecordProbe::Events events;
-    std::unique_ptr<CQanhApp> app = std::make_unique<test::RecordProbe>(L"Mail", &events);
+    RecordProbe::Events events;
+    std::unique_ptr<CQanhApp> app = std::make_unique<RecordProbe>(L"Mail", &events);
     app.reset();
     EXPECT_THAT(events, ElementsAre(L"deleted Mail"));
 }
@@ -243,32 +235,21 @@ TEST(LowerWantedName, ReportsThatTheCopyCannotBeMadeOrLowered)
 {
     CrtText lower;
     {
-        const test::NoCopies noCopies;
+        const NoCopies noCopies;
         EXPECT_EQ(LowerWantedName(L"mail", lower), E_OUTOFMEMORY);
     }
-    const test::NoLowering noLowering;
+    const NoLowering noLowering;
     EXPECT_EQ(LowerWantedName(L"mail", lower), E_FAIL);
 }
 
 TEST(LowerWantedName, FreesItsCopy)
 {
-    static int s_freed = 0;
-    static void* s_copy = nullptr;
-    static void (*s_free)(void*) = nullptr;
-    s_freed = 0;
+    const CopyWatch copies;
     CrtText lower;
-    ASSERT_EQ(LowerWantedName(L"mail", lower), S_OK);
-    s_copy = lower.get();
-    s_free = reinterpret_cast<void (*)(void*)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
-    {
-        const test::ImportPatch<void (*)(void*)> patch("free", [](void* block) {
-            s_freed += block == s_copy;
-            s_free(block);
-        });
-        lower.reset();
-    }
-    EXPECT_EQ(s_freed, 1);
+    ASSERT_EQ(LowerWantedName(L"Mail", lower), S_OK);
+    EXPECT_NE(copies.Freed(), L"mail");
+    lower.reset();
+    EXPECT_EQ(copies.Freed(), L"mail");
 }
 
 } // namespace

@@ -2,23 +2,15 @@
 
 #include "catalog/DesktopApp.h"
 #include "catalog/MetroApp.h"
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
 #include "support/ReaderProbe.h"
-#include "support/XmlText.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <initializer_list>
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace {
+
+using namespace test;
 
 // How records of a kind are made.
 template <typename App> struct Kind;
@@ -51,7 +43,7 @@ template <> struct Kind<CQanhDesktopApp>
     static CQanhDesktopApp Named(const wchar_t* name) { return CQanhDesktopApp(name, L"C:\\a.lnk"); }
 };
 
-template <typename App> class BothApps : public testing::Test
+template <typename App> class BothApps : public Test
 {
 protected:
     // An operation of the class.
@@ -61,51 +53,61 @@ protected:
     }
 };
 
-using Apps = testing::Types<CQanhMetroApp, CQanhDesktopApp>;
+using Apps = Types<CQanhMetroApp, CQanhDesktopApp>;
 TYPED_TEST_SUITE(BothApps, Apps, );
 
 TYPED_TEST(BothApps, CheckTheArgumentsOfASearchAndTouchNothingThen)
 {
-    test::ExpectArgumentChecks(Kind<TypeParam>::Named(L"web mail"));
+    ExpectArgumentChecks(Kind<TypeParam>::Named(L"web mail"));
 }
 
 TYPED_TEST(BothApps, ClearFoundBeforeTheWantedNameCannotBeCopiedOrLowered)
 {
     const TypeParam app = Kind<TypeParam>::Named(L"mail");
     {
-        const test::NoCopies noCopies;
-        EXPECT_EQ(test::Ask(app, L"mail"), (test::Answer{E_OUTOFMEMORY, 0, {}}));
+        const NoCopies noCopies;
+        EXPECT_EQ(Ask(app, L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
     }
-    const test::NoLowering noLowering;
-    EXPECT_EQ(test::Ask(app, L"mail"), (test::Answer{E_FAIL, 0, {}}));
+    const NoLowering noLowering;
+    EXPECT_EQ(Ask(app, L"mail"), (Answer{E_FAIL, 0, {}}));
+}
+
+TYPED_TEST(BothApps, FreeTheirCopyOfTheWantedName)
+{
+    const TypeParam app = Kind<TypeParam>::Named(L"other");
+    ExcludeList list;
+    BOOL found = 7;
+    const CopyWatch copies;
+    EXPECT_EQ(app.AddToExcludeAppNameList(L"MAIL", &list, &found), S_OK);
+    EXPECT_EQ(copies.Freed(), L"mail");
 }
 
 TYPED_TEST(BothApps, LogEveryEarlyExitOfASearch)
 {
     const TypeParam app = Kind<TypeParam>::Named(L"Mail");
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, nullptr, nullptr), E_POINTER);
-    test::Ask(app, L"");
-    test::Ask(app, L"mail");
+    Ask(app, L"");
+    Ask(app, L"mail");
     {
-        const test::NoCopies noCopies;
-        test::Ask(app, L"a");
+        const NoCopies noCopies;
+        Ask(app, L"a");
     }
     {
-        const test::NoLowering noLowering;
-        test::Ask(app, L"b");
+        const NoLowering noLowering;
+        Ask(app, L"b");
     }
-    EXPECT_EQ(log.Lines(), test::Log({this->Step("AddToExcludeAppNameList((null))", "OUT(0x80004003)"),
-                                      this->Step("AddToExcludeAppNameList()", "OUT(0x80070057)"),
-                                      this->Step("AddToExcludeAppNameList(mail)", "OUT(0x00000000)"),
-                                      this->Step("AddToExcludeAppNameList(a)", "OUT(0x8007000E)"),
-                                      this->Step("AddToExcludeAppNameList(b)", "OUT(0x80004005)")}));
+    EXPECT_EQ(log.Lines(), Log({this->Step("AddToExcludeAppNameList((null))", "OUT(0x80004003)"),
+                                this->Step("AddToExcludeAppNameList()", "OUT(0x80070057)"),
+                                this->Step("AddToExcludeAppNameList(mail)", "OUT(0x00000000)"),
+                                this->Step("AddToExcludeAppNameList(a)", "OUT(0x8007000E)"),
+                                this->Step("AddToExcludeAppNameList(b)", "OUT(0x80004005)")}));
 }
 
 TYPED_TEST(BothApps, StopWritingAtTheFirstFailure)
 {
     for (std::size_t failing = 0; failing < Kind<TypeParam>::kParts; ++failing) {
-        test::WriterProbe writer;
+        WriterProbe writer;
         writer.failingCall = failing;
         EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(&writer), writer.failure) << failing;
         // Only the end of the element may follow.
@@ -118,34 +120,34 @@ TYPED_TEST(BothApps, StopWritingAtTheFirstFailure)
 
 TYPED_TEST(BothApps, AreNotWrittenToNothing)
 {
-    const test::LogCapture log;
-    test::WriterProbe writer;
+    const LogCapture log;
+    WriterProbe writer;
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(nullptr), E_POINTER);
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(&writer), S_OK);
-    EXPECT_EQ(log.Lines(), test::Log({this->Step("ToXmlNode", "OUT(0x80004003)"),
-                                      this->Step("ToXmlNode", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(),
+              Log({this->Step("ToXmlNode", "OUT(0x80004003)"), this->Step("ToXmlNode", "OUT(0x00000000)")}));
 }
 
 TYPED_TEST(BothApps, AreNotReadFromOrIntoNothing)
 {
-    const test::XmlSource source(Kind<TypeParam>::kEmptyXml, Kind<TypeParam>::kElement);
+    const XmlSource source(Kind<TypeParam>::kEmptyXml, Kind<TypeParam>::kElement);
     std::unique_ptr<TypeParam> app;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(TypeParam::FromXmlNode(nullptr, &app), E_POINTER);
     EXPECT_EQ(TypeParam::FromXmlNode(source.Reader(), nullptr), E_POINTER);
     EXPECT_EQ(app, nullptr);
     EXPECT_EQ(TypeParam::FromXmlNode(source.Reader(), &app), S_OK);
     EXPECT_NE(app, nullptr);
-    EXPECT_EQ(log.Lines(), test::Log({this->Step("FromXmlNode", "OUT(0x80004003)"),
-                                      this->Step("FromXmlNode", "OUT(0x80004003)"),
-                                      this->Step("FromXmlNode", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(),
+              Log({this->Step("FromXmlNode", "OUT(0x80004003)"), this->Step("FromXmlNode", "OUT(0x80004003)"),
+                   this->Step("FromXmlNode", "OUT(0x00000000)")}));
 }
 
 TYPED_TEST(BothApps, PassTheReadersFailureOn)
 {
     for (const char* method : {"MoveToFirstAttribute", "MoveToNextAttribute"}) {
-        const test::XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
-        test::ReaderProbe reader(source.Reader());
+        const XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
+        ReaderProbe reader(source.Reader());
         reader.Answer(method, 0, E_ABORT);
         std::unique_ptr<TypeParam> app;
         EXPECT_EQ(TypeParam::FromXmlNode(&reader, &app), E_ABORT) << method;
@@ -155,11 +157,11 @@ TYPED_TEST(BothApps, PassTheReadersFailureOn)
 
 TYPED_TEST(BothApps, AreReadThoughMemoryRunsOut)
 {
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
-        const test::XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
+        const XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
         std::unique_ptr<TypeParam> app;
-        const test::Attempt attempt = test::TryWithFailingAllocation(
-            index, [&] { return TypeParam::FromXmlNode(source.Reader(), &app); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [&] { return TypeParam::FromXmlNode(source.Reader(), &app); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(app == nullptr, attempt.failed);
         EXPECT_EQ(attempt.left == 0, attempt.failed);

@@ -1,18 +1,13 @@
 #include "catalog/CatalogXml.h"
 
+#include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <optional>
-#include <string>
 
 namespace {
 
-using test::WriterProbe;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 TEST(CatalogXml, KnowsTheNamesOfTheFile)
 {
@@ -24,7 +19,7 @@ TEST(CatalogXml, KnowsTheNamesOfTheFile)
     EXPECT_STREQ(CatalogXml::kDesktopApp, L"DesktopApp");
 }
 
-class CatalogXmlWriter : public testing::Test
+class CatalogXmlWriter : public Test
 {
 protected:
     HRESULT WriteElementAround(HRESULT content)
@@ -109,11 +104,11 @@ TEST(CatalogXmlReadFlag, IsTrueForEveryNumberButZero)
         for (const wchar_t* text : {L"1", L"2", L"-1", L"+3", L" 7", L"\t7", L"7abc", L"10", L"1.5", L"01",
                                     L" \r\n -2", L"2147483648", L"-2147483649", L"4294967295", L"4294967296",
                                     L"-4294967296", L"18446744073709551616", L"99999999999999999999999999"}) {
-            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), TRUE) << testing::PrintToString(text);
+            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), TRUE) << PrintToString(text);
         }
         for (const wchar_t* text :
              {L"0", L"00", L"-0", L"+0", L" 0", L"0abc", L"0x1", L"0.5", L"000000000000000000000000000"}) {
-            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), FALSE) << testing::PrintToString(text);
+            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), FALSE) << PrintToString(text);
         }
     }
 }
@@ -122,14 +117,14 @@ TEST(CatalogXmlReadFlag, IsThePresetForWhatIsNoNumber)
 {
     for (const wchar_t* text : {L"", L" ", L"yes", L"no", L"true", L"-", L"+", L"- 1", L"+-1", L"--1", L"x1",
                                 L".5", L"\xFF11", L"メ"}) {
-        EXPECT_EQ(CatalogXml::ReadFlag(text, TRUE), TRUE) << testing::PrintToString(text);
-        EXPECT_EQ(CatalogXml::ReadFlag(text, FALSE), FALSE) << testing::PrintToString(text);
+        EXPECT_EQ(CatalogXml::ReadFlag(text, TRUE), TRUE) << PrintToString(text);
+        EXPECT_EQ(CatalogXml::ReadFlag(text, FALSE), FALSE) << PrintToString(text);
     }
 }
 
 void ExpectNumber(const wchar_t* text, UINT32 number, const wchar_t* rest)
 {
-    SCOPED_TRACE(testing::PrintToString(text));
+    SCOPED_TRACE(PrintToString(text));
     EXPECT_EQ(CatalogXml::TakeNumber(text), number);
     EXPECT_STREQ(text, rest);
 }

@@ -1,24 +1,10 @@
 #include "catalog/DesktopApp.h"
 
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
 #include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Answer;
-using test::Ask;
-using test::Excluding;
-using test::kFound;
-using test::kNothing;
-using test::Step;
-using testing::ElementsAre;
+using namespace test;
 
 TEST(DesktopApp, IsInstalledButNeitherReservedNorOfDualModeUnlessToldSo)
 {
@@ -51,7 +37,7 @@ TEST(DesktopApp, MakesEmptyNamesOfNull)
     EXPECT_TRUE(app.LnkFileName.empty());
 }
 
-struct Names
+struct AppNames
 {
     const wchar_t* displayName;
     const wchar_t* localizeName = L"";
@@ -60,7 +46,7 @@ struct Names
 };
 
 // How a record with these names answers a search with an exclude list that holds the listed names already.
-void ExpectAnswer(const char* rule, const Names& names, const wchar_t* wantedName, const Answer& answer,
+void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName, const Answer& answer,
                   const std::vector<const wchar_t*>& listed = {})
 {
     const CQanhDesktopApp app(names.displayName, L"C:\\a.lnk", names.localizeName, names.rubyDisplayName,
@@ -122,7 +108,7 @@ TEST(DesktopAppExclude, LeavesFoundAloneWhenNotInstalled)
         EXPECT_EQ(Ask(app, wantedName), (Answer{S_FALSE, 7, {}}));
     }
     // Its arguments are checked before its state.
-    test::ExpectArgumentChecks(app);
+    ExpectArgumentChecks(app);
 }
 
 TEST(DesktopAppExclude, EndsAtAFailingAdding)
@@ -130,25 +116,24 @@ TEST(DesktopAppExclude, EndsAtAFailingAdding)
     // The first adding is that of the name, or that for the reading when the name is not hit.
     for (const wchar_t* displayName : {L"word viewer", L"viewer"}) {
         const CQanhDesktopApp app(displayName, L"C:\\a.lnk", nullptr, L"word");
-        EXPECT_EQ(test::AskWithFailingAdding(app, L"word"), (Answer{E_OUTOFMEMORY, 0, {}}));
+        EXPECT_EQ(AskWithFailingAdding(app, L"word"), (Answer{E_OUTOFMEMORY, 0, {}}));
     }
 }
 
 TEST(DesktopAppExclude, LogsEveryComparison)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     Ask(CQanhDesktopApp(L"word viewer", L"C:\\a.lnk", L"", L"reading"), L"Word");
     Ask(CQanhDesktopApp(L"Word", L"C:\\a.lnk", nullptr, nullptr, false, false), L"Word");
     Ask(CQanhDesktopApp(L"", L"C:\\a.lnk"), L"Word");
-    EXPECT_EQ(log.Lines(),
-              test::Log({Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)",
-                              {Step("CQanhApp::IsSubStrNoOrder(word, word viewer)", "OUT(1)"),
-                               Step("CQanhApp::IsSubStrNoOrder(word viewer, word)", "OUT(0)"),
-                               Step("CQanhApp::IsSubStrNoOrder(word, reading)", "OUT(0)")}),
-                         // It is not installed.
-                         Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000001)"),
-                         // It has no name.
-                         Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)",
+                                     {Step("CQanhApp::IsSubStrNoOrder(word, word viewer)", "OUT(1)"),
+                                      Step("CQanhApp::IsSubStrNoOrder(word viewer, word)", "OUT(0)"),
+                                      Step("CQanhApp::IsSubStrNoOrder(word, reading)", "OUT(0)")}),
+                                // It is not installed.
+                                Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000001)"),
+                                // It has no name.
+                                Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)")}));
 }
 
 TEST(DesktopAppIsSameShortcut, ComparesWholePathsIgnoringCase)
@@ -181,7 +166,7 @@ TEST(DesktopAppIsSameShortcut, ComparesOtherScriptsToTheLetter)
 TEST(DesktopAppIsSameShortcut, LogsPathAndAnswer)
 {
     const CQanhDesktopApp app(L"Word", L"C:\\Word.lnk");
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_TRUE(app.IsSameShortcut(L"c:\\word.lnk"));
     EXPECT_FALSE(app.IsSameShortcut(L""));
     EXPECT_FALSE(app.IsSameShortcut(nullptr));

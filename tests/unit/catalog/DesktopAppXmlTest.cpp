@@ -2,25 +2,14 @@
 
 #include "catalog/DesktopApp.h"
 
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "support/XmlText.h"
+#include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <memory>
-#include <string>
 
 namespace {
 
-using test::Written;
-using testing::ElementsAre;
+using namespace test;
 
 TEST(DesktopAppToXmlNode, WritesItsAttributesInTheFilesOrder)
 {
@@ -59,16 +48,16 @@ TEST(DesktopAppToXmlNode, WritesEveryTrueAsOne)
 
 TEST(DesktopAppToXmlNode, WritesNothingWhenNeitherInstalledNorReserved)
 {
-    test::WriterProbe writer;
-    const test::LogCapture log;
+    WriterProbe writer;
+    const LogCapture log;
     EXPECT_EQ(CQanhDesktopApp(L"a", L"b", L"c", L"d", false, false, true).ToXmlNode(&writer), S_FALSE);
     EXPECT_TRUE(writer.calls.empty());
-    EXPECT_EQ(log.Lines(), test::Step("CQanhDesktopApp::ToXmlNode", "OUT(0x00000001)"));
+    EXPECT_EQ(log.Lines(), Step("CQanhDesktopApp::ToXmlNode", "OUT(0x00000001)"));
 }
 
 TEST(DesktopAppToXmlNode, WritesWithoutNamespaces)
 {
-    test::WriterProbe writer;
+    WriterProbe writer;
     EXPECT_EQ(CQanhDesktopApp(L"メモ帳", L"b", L"c", L"d", true, true, true).ToXmlNode(&writer), S_OK);
     EXPECT_THAT(writer.calls,
                 ElementsAre(L"start DesktopApp", L"DisplayName=メモ帳", L"LnkFileName=b", L"LocalizeName=c",
@@ -77,7 +66,7 @@ TEST(DesktopAppToXmlNode, WritesWithoutNamespaces)
 
 std::unique_ptr<CQanhDesktopApp> Read(std::string_view text)
 {
-    return test::ReadRecord<CQanhDesktopApp>(text, L"DesktopApp");
+    return ReadRecord<CQanhDesktopApp>(text, L"DesktopApp");
 }
 
 void ExpectNames(const CQanhDesktopApp& app, const wchar_t* displayName, const wchar_t* lnkFileName,
@@ -162,7 +151,7 @@ TEST(DesktopAppFromXmlNode, TakesTheLastOfARepeatedAttribute)
 
 TEST(DesktopAppFromXmlNode, ExpandsVariablesInThePathOnly)
 {
-    const test::ScopedEnvironment variable(L"QanhMenu", L"C:\\Menu");
+    const ScopedEnvironment variable(L"QanhMenu", L"C:\\Menu");
     const auto app = Read(R"(<DesktopApp DisplayName="%QanhMenu%" LnkFileName="%QanhMenu%\%QanhMenu%\a.lnk" )"
                           R"(LocalizeName="%QanhMenu%" RubyDisplayName="%QanhMenu%"/>)");
     ExpectNames(*app, L"%QanhMenu%", L"C:\\Menu\\C:\\Menu\\a.lnk", L"%QanhMenu%", L"%QanhMenu%");
@@ -180,12 +169,12 @@ TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhenItCannotBeExpanded)
 {
     static std::wstring s_text;
     static DWORD s_size = 0;
-    const test::ImportPatch<Expand> patch("ExpandEnvironmentStringsW",
-                                          [](LPCWSTR text, LPWSTR, DWORD size) -> DWORD {
-                                              s_text = text;
-                                              s_size = size;
-                                              return 0;
-                                          });
+    const ImportPatch<Expand> patch("ExpandEnvironmentStringsW",
+                                    [](LPCWSTR text, LPWSTR, DWORD size) -> DWORD {
+                                        s_text = text;
+                                        s_size = size;
+                                        return 0;
+                                    });
     ExpectPath(std::string(400, 'p'), std::wstring(400, L'p'));
     ExpectPath("%ProgramData%\\a.lnk", L"%ProgramData%\\a.lnk");
     EXPECT_EQ(s_text, L"%ProgramData%\\a.lnk");
@@ -195,7 +184,7 @@ TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhenItCannotBeExpanded)
 // A path has 259 characters at most. Cut to that it would be the path of another file.
 TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhenItsExpansionIsTooLong)
 {
-    const test::ScopedEnvironment variable(L"QanhMenu", std::wstring(200, L'm').c_str());
+    const ScopedEnvironment variable(L"QanhMenu", std::wstring(200, L'm').c_str());
     for (const std::size_t length : {1u, 258u, 259u, 260u, 261u, 1000u}) {
         ExpectPath(std::string(length, 'p'), std::wstring(length, L'p'));
     }
@@ -209,11 +198,11 @@ TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhenItsExpansionIsTooLong)
 
 TEST(DesktopAppFromXmlNode, KeepsTheRawPathWhateverAFailedExpansionLeaves)
 {
-    const test::ImportPatch<Expand> patch("ExpandEnvironmentStringsW",
-                                          [](LPCWSTR, LPWSTR buffer, DWORD size) -> DWORD {
-                                              std::fill_n(buffer, size, L'q');
-                                              return size + 1;
-                                          });
+    const ImportPatch<Expand> patch("ExpandEnvironmentStringsW",
+                                    [](LPCWSTR, LPWSTR buffer, DWORD size) -> DWORD {
+                                        std::fill_n(buffer, size, L'q');
+                                        return size + 1;
+                                    });
     ExpectPath("a", L"a");
 }
 

@@ -1,25 +1,16 @@
 #include "catalog/ExcludeList.h"
 
-#include "support/Allocations.h"
 #include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Names;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 // Adds the names; each is taken or is there already.
 void AddAll(ExcludeList& list, const std::vector<const wchar_t*>& names, HRESULT result = S_OK)
 {
     for (const wchar_t* name : names) {
-        EXPECT_EQ(list.AddUnique(name), result) << testing::PrintToString(name);
+        EXPECT_EQ(list.AddUnique(name), result) << PrintToString(name);
     }
 }
 
@@ -65,10 +56,10 @@ TEST(ExcludeList, KeepsACopy)
 
 TEST(ExcludeList, StaysAsItWasWhenMemoryRunsOut)
 {
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
         ExcludeList list;
         EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
-        const test::Attempt attempt = test::TryWithFailingAllocation(
+        const Attempt attempt = TryWithFailingAllocation(
             index, [&] { return list.AddUnique(L"A name that is too long for a string's own buffer"); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         if (attempt.failed) {
@@ -85,7 +76,7 @@ TEST(ExcludeList, NeedsNoMemoryForANameThatIsThere)
 {
     ExcludeList list;
     EXPECT_EQ(list.AddUnique(L"Mail"), S_OK);
-    EXPECT_EQ(test::TryWithFailingAllocation(0, [&] { return list.AddUnique(L"MAIL"); }).result, S_FALSE);
+    EXPECT_EQ(TryWithFailingAllocation(0, [&] { return list.AddUnique(L"MAIL"); }).result, S_FALSE);
 }
 
 } // namespace

@@ -1,29 +1,11 @@
 #include "catalog/MetroApp.h"
 
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "support/XmlText.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace {
 
-using test::Answer;
-using test::Ask;
-using test::Excluding;
-using test::kFound;
-using test::kNothing;
-using test::Step;
-using test::Written;
-using testing::ElementsAre;
+using namespace test;
 
 void ExpectNames(const CQanhMetroApp& app, const wchar_t* displayName, const wchar_t* shortName,
                  const wchar_t* rubyDisplayName, const wchar_t* rubyShortName)
@@ -41,7 +23,7 @@ TEST(MetroApp, TakesDisplayNameShortNameAndTheirReadings)
                 L"short", L"display reading", L"short reading");
 }
 
-struct Names
+struct AppNames
 {
     const wchar_t* displayName;
     const wchar_t* shortName = L"";
@@ -49,13 +31,13 @@ struct Names
     const wchar_t* rubyShortName = L"";
 };
 
-CQanhMetroApp Make(const Names& names)
+CQanhMetroApp Make(const AppNames& names)
 {
     return CQanhMetroApp(names.displayName, names.shortName, names.rubyDisplayName, names.rubyShortName);
 }
 
 // How a record with these names answers a search with an exclude list that holds the listed names already.
-void ExpectAnswer(const char* rule, const Names& names, const wchar_t* wantedName, const Answer& answer,
+void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName, const Answer& answer,
                   const std::vector<const wchar_t*>& listed = {})
 {
     EXPECT_EQ(Ask(Make(names), wantedName, listed), answer) << rule;
@@ -128,7 +110,7 @@ TEST(MetroAppExclude, FollowsItsRules)
 
 TEST(MetroAppExclude, EndsAtAFailingAdding)
 {
-    const Names apps[] = {
+    const AppNames apps[] = {
         // Of the display name: neither its reading nor the short name is looked at any more.
         {L"mail of the web", L"my mail", L"mail reading", L"mail reading"},
         // Of the display name for its reading.
@@ -136,47 +118,14 @@ TEST(MetroAppExclude, EndsAtAFailingAdding)
         // Of the short name.
         {L"messages", L"my mail", L"", L"mail reading"},
     };
-    for (const Names& names : apps) {
-        EXPECT_EQ(test::AskWithFailingAdding(Make(names), L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
+    for (const AppNames& names : apps) {
+        EXPECT_EQ(AskWithFailingAdding(Make(names), L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
     }
-}
-
-TEST(MetroAppExclude, FreesItsCopyOfTheWantedName)
-{
-    static int s_copies = 0;
-    static wchar_t s_copy[] = L"XXXXXXXX";
-    static int s_freed = 0;
-    static void (*s_free)(void*) = nullptr;
-    s_copies = 0;
-    s_freed = 0;
-    s_free = reinterpret_cast<void (*)(void*)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
-    const CQanhMetroApp app(L"mail");
-    ExcludeList list;
-    BOOL found = 7;
-    {
-        const test::ImportPatch<wchar_t* (*)(const wchar_t*)> duplicate("_wcsdup", [](const wchar_t* text) {
-            ++s_copies;
-            wcscpy_s(s_copy, std::size(s_copy), text);
-            return s_copy;
-        });
-        const test::ImportPatch<void (*)(void*)> release("free", [](void* block) {
-            if (block == s_copy) {
-                ++s_freed;
-            } else {
-                s_free(block);
-            }
-        });
-        EXPECT_EQ(app.AddToExcludeAppNameList(L"MAIL", &list, &found), S_OK);
-    }
-    EXPECT_EQ(s_copies, 1);
-    EXPECT_EQ(s_freed, 1);
-    EXPECT_STREQ(s_copy, L"mail");
 }
 
 TEST(MetroAppExclude, LogsEveryComparison)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     Ask(CQanhMetroApp(L"web mail", L"mail", L"reading", L"short reading"), L"Mail");
     EXPECT_EQ(log.Lines(), Step("CQanhMetroApp::AddToExcludeAppNameList(Mail)", "OUT(0x00000000)",
                                 {Step("CQanhApp::IsSubStrNoOrder(mail, web mail)", "OUT(1)"),
@@ -200,7 +149,7 @@ TEST(MetroAppToXmlNode, WritesItsNamesInTheFilesOrderAndLeavesEmptyOnesOut)
 
 TEST(MetroAppToXmlNode, WritesWithoutNamespaces)
 {
-    test::WriterProbe writer;
+    WriterProbe writer;
     EXPECT_EQ(CQanhMetroApp(L"天気", L"b", L"てんき", L"d").ToXmlNode(&writer), S_OK);
     EXPECT_THAT(writer.calls, ElementsAre(L"start MetroApp", L"DisplayName=天気", L"ShortName=b",
                                           L"RubyDisplayName=てんき", L"RubyShortName=d", L"end"));
@@ -211,8 +160,8 @@ void ExpectRead(const char* element, const wchar_t* displayName, const wchar_t* 
                 const wchar_t* rubyDisplayName, const wchar_t* rubyShortName)
 {
     SCOPED_TRACE(element);
-    ExpectNames(*test::ReadRecord<CQanhMetroApp>(element, L"MetroApp"), displayName, shortName,
-                rubyDisplayName, rubyShortName);
+    ExpectNames(*ReadRecord<CQanhMetroApp>(element, L"MetroApp"), displayName, shortName, rubyDisplayName,
+                rubyShortName);
 }
 
 TEST(MetroAppFromXmlNode, ReadsItsFourNames)

@@ -1,28 +1,17 @@
 #include "catalog/OwnedList.h"
 
-#include "support/Allocations.h"
-#include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <stdexcept>
-#include <string>
 #include <type_traits>
-#include <utility>
-#include <vector>
+
+#include "unit/catalog/Records.h"
 
 namespace {
 
-using test::DisplayNames;
-using test::RecordProbe;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 using List = OwnedList<CQanhApp>;
 
-class OwnedListTest : public testing::Test
+class OwnedListTest : public Test
 {
 protected:
     std::unique_ptr<CQanhApp> Probe(const wchar_t* name)
@@ -107,7 +96,7 @@ TEST_F(OwnedListTest, StaysAsItWasWhenMemoryRunsOut)
     auto element = Probe(L"b");
     bool thrown = false;
     {
-        const test::AllocationWatch watch(0);
+        const AllocationWatch watch(0);
         try {
             list.Append(std::move(element));
         } catch (const std::bad_alloc&) {

@@ -1,28 +1,16 @@
 #include "catalog/Package.h"
 
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
-#include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 #include <type_traits>
-#include <vector>
+
+#include "unit/catalog/Records.h"
 
 namespace {
 
-using test::RecordProbe;
-using test::Step;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 constexpr RecordVersion kVersion{1, 2, 3, 4};
 
-class PackageTest : public testing::Test
+class PackageTest : public Test
 {
 protected:
     ~PackageTest() override { m_package.DeleteAllApp(); } // which write down what is done with them
@@ -44,7 +32,7 @@ protected:
 
 std::vector<std::wstring> Apps(const CQanhPackage& package)
 {
-    return test::DisplayNames(package.Apps());
+    return DisplayNames(package.Apps());
 }
 
 void ExpectPackage(const CQanhPackage& package, const wchar_t* fullName, const wchar_t* name,
@@ -121,11 +109,11 @@ TEST_F(PackageTest, MakesStoreApplicationsOfTwoNames)
 
 TEST_F(PackageTest, StaysAsItWasWhenMemoryRunsOut)
 {
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
         EXPECT_EQ(package.AddApplication(L"first", nullptr), S_OK);
-        const test::Attempt attempt = test::TryWithFailingAllocation(
-            index, [&] { return package.AddApplication(L"display", L"short"); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [&] { return package.AddApplication(L"display", L"short"); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(package.Apps().Size(), attempt.failed ? 1u : 2u);
         EXPECT_EQ(attempt.left == 0, attempt.failed);
@@ -138,9 +126,8 @@ TEST_F(PackageTest, DeletesAnApplicationThatFindsNoMemoryInTheList)
 {
     auto app = Probe(L"a");
     m_events.reserve(10);
-    EXPECT_EQ(
-        test::TryWithFailingAllocation(0, [&] { return m_package.AddApplication(std::move(app)); }).result,
-        E_OUTOFMEMORY);
+    EXPECT_EQ(TryWithFailingAllocation(0, [&] { return m_package.AddApplication(std::move(app)); }).result,
+              E_OUTOFMEMORY);
     EXPECT_EQ(m_package.Apps().Size(), 0u);
     EXPECT_THAT(m_events, ElementsAre(L"deleted a"));
 }
@@ -148,20 +135,19 @@ TEST_F(PackageTest, DeletesAnApplicationThatFindsNoMemoryInTheList)
 TEST_F(PackageTest, LogsTheAddingOfApplications)
 {
     CQanhPackage package(L"p", L"full", L"name", kVersion, 1);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(package.AddApplication(std::unique_ptr<CQanhApp>()), E_POINTER);
     EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
     EXPECT_EQ(package.AddApplication(Probe(L"b")), E_OUTOFMEMORY);
     EXPECT_EQ(package.AddApplication(L"Mail", L"M"), E_OUTOFMEMORY);
     package.DeleteAllApp();
     EXPECT_EQ(package.AddApplication(L"Mail", nullptr), S_OK);
-    EXPECT_EQ(log.Lines(),
-              test::Log({Step("CQanhPackage::AddApplication", "OUT(0x80004003)"),
-                         Step("CQanhPackage::AddApplication", "OUT(0x00000000)"),
-                         Step("CQanhPackage::AddApplication", "OUT(0x8007000E)"),
-                         Step("CQanhPackage::AddApplication(Mail, M)", "OUT(0x8007000E)"),
-                         Step("CQanhPackage::DeleteAllApp", "OUT"),
-                         Step("CQanhPackage::AddApplication(Mail, (null))", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::AddApplication", "OUT(0x80004003)"),
+                                Step("CQanhPackage::AddApplication", "OUT(0x00000000)"),
+                                Step("CQanhPackage::AddApplication", "OUT(0x8007000E)"),
+                                Step("CQanhPackage::AddApplication(Mail, M)", "OUT(0x8007000E)"),
+                                Step("CQanhPackage::DeleteAllApp", "OUT"),
+                                Step("CQanhPackage::AddApplication(Mail, (null))", "OUT(0x00000000)")}));
 }
 
 TEST_F(PackageTest, DeletesItsApplicationsFrontToBack)
@@ -188,7 +174,7 @@ TEST_F(PackageTest, LeavesNoMemoryBehind)
 {
     std::size_t left = 1;
     {
-        const test::AllocationWatch watch;
+        const AllocationWatch watch;
         {
             CQanhPackage package(L"p", L"full", L"name", kVersion);
             EXPECT_EQ(package.AddApplication(L"a", L"b"), S_OK);
@@ -234,18 +220,18 @@ TEST_F(PackageTest, IsKnownByItsFamilyNameToTheLetterUnlessThatIsEmpty)
     for (const wchar_t* other :
          {L"contoso.mail_x1", L"Contoso.Mail_X1", L"Contoso.Mail_x", L"Contoso.Mail_x11", L"Contoso.Mail",
           L"Contoso.Mail_1.2.3.4_x64__x1", L"a", L"", static_cast<const wchar_t*>(nullptr)}) {
-        EXPECT_EQ(package.IsThisPackage(other), 0) << testing::PrintToString(other);
-        EXPECT_EQ(nameless.IsThisPackage(other), 0) << testing::PrintToString(other);
+        EXPECT_EQ(package.IsThisPackage(other), 0) << PrintToString(other);
+        EXPECT_EQ(nameless.IsThisPackage(other), 0) << PrintToString(other);
     }
 }
 
 TEST_F(PackageTest, LogsTheQuestionForItsFamilyName)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_TRUE(m_package.IsThisPackage(L"p"));
     EXPECT_FALSE(m_package.IsThisPackage(L"P"));
-    EXPECT_EQ(log.Lines(), test::Log({Step("CQanhPackage::IsThisPackage(p)", "OUT(1)"),
-                                      Step("CQanhPackage::IsThisPackage(P)", "OUT(0)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::IsThisPackage(p)", "OUT(1)"),
+                                Step("CQanhPackage::IsThisPackage(P)", "OUT(0)")}));
 }
 
 class PackageExcludeTest : public PackageTest
@@ -272,7 +258,7 @@ TEST_F(PackageExcludeTest, AsksEveryApplicationInOrderWithAFlagOfItsOwn)
     m_probes[2]->addsItsName = true;
     m_package.AddAppNameToExcludeList(L"Wanted", &m_list, &m_found);
     EXPECT_THAT(m_events, ElementsAre(L"asked b", L"asked a", L"asked c"));
-    EXPECT_THAT(test::Names(m_list), ElementsAre(L"b", L"c"));
+    EXPECT_THAT(Names(m_list), ElementsAre(L"b", L"c"));
     EXPECT_EQ(m_found, 1);
     for (const RecordProbe* probe : m_probes) {
         EXPECT_EQ(probe->foundBefore, 0);
@@ -335,15 +321,15 @@ TEST_F(PackageExcludeTest, DoesNothingForAnEmptyOrMissingArgument)
 
 TEST_F(PackageExcludeTest, LogsNoResultBehindAWantedName)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     m_probes[0]->result = E_FAIL;
     m_package.AddAppNameToExcludeList(L"", &m_list, &m_found);
     m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
     m_package.IsInstalled = FALSE;
     m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
-    EXPECT_EQ(log.Lines(), test::Log({Step("CQanhPackage::AddAppNameToExcludeList()", "OUT(0x80070057)"),
-                                      Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT"),
-                                      Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::AddAppNameToExcludeList()", "OUT(0x80070057)"),
+                                Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT"),
+                                Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT")}));
 }
 
 } // namespace

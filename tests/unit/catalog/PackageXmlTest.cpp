@@ -2,28 +2,13 @@
 
 #include "catalog/Package.h"
 
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
 #include "support/ReaderProbe.h"
-#include "support/XmlText.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace {
 
-using test::RecordProbe;
-using test::Step;
-using test::Written;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 constexpr RecordVersion kVersion{1, 2, 3, 4};
 
@@ -63,7 +48,7 @@ TEST(PackageToXmlNode, WritesFlagsThatDifferFromTheirDefault)
 
 TEST(PackageToXmlNode, WritesNothingWhenNeitherInstalledNorReserved)
 {
-    test::WriterProbe writer;
+    WriterProbe writer;
     CQanhPackage package(L"a_1", kVersion, FALSE, FALSE);
     RecordProbe::Events events;
     EXPECT_EQ(package.AddApplication(std::make_unique<RecordProbe>(L"a", &events)), S_OK);
@@ -93,7 +78,7 @@ TEST(PackageToXmlNode, StopsAtTheFirstApplicationThatFailsAndEndsTheElement)
         probe->result = *name == L'b' ? E_ABORT : S_FALSE; // a record that writes nothing is no failure
         EXPECT_EQ(package.AddApplication(std::move(probe)), S_OK);
     }
-    test::WriterProbe writer;
+    WriterProbe writer;
     EXPECT_EQ(package.ToXmlNode(&writer), E_ABORT);
     EXPECT_THAT(events, ElementsAre(L"written a", L"written b"));
     EXPECT_THAT(writer.calls,
@@ -107,7 +92,7 @@ TEST(PackageToXmlNode, WritesNoApplicationBehindAFailingAttribute)
         RecordProbe::Events events;
         CQanhPackage package(L"a_1", kVersion, TRUE, FALSE);
         EXPECT_EQ(package.AddApplication(std::make_unique<RecordProbe>(L"a", &events)), S_OK);
-        test::WriterProbe writer;
+        WriterProbe writer;
         writer.failingCall = failing;
         EXPECT_EQ(package.ToXmlNode(&writer), writer.failure);
         EXPECT_THAT(events, IsEmpty());
@@ -119,7 +104,7 @@ TEST(PackageToXmlNode, WritesNoApplicationBehindAFailingAttribute)
 
 TEST(PackageToXmlNode, ReturnsTheFailureToStartTheElement)
 {
-    test::WriterProbe writer;
+    WriterProbe writer;
     writer.failingCall = 0;
     EXPECT_EQ(CQanhPackage(L"a_1", kVersion, FALSE, TRUE).ToXmlNode(&writer), writer.failure);
     EXPECT_THAT(writer.calls, ElementsAre(L"start Package"));
@@ -129,16 +114,16 @@ TEST(PackageToXmlNode, LogsItsResult)
 {
     CQanhPackage package(L"a_1", kVersion, FALSE, TRUE);
     EXPECT_EQ(package.AddApplication(L"a", nullptr), S_OK);
-    test::WriterProbe writer;
-    const test::LogCapture log;
+    WriterProbe writer;
+    const LogCapture log;
     EXPECT_EQ(package.ToXmlNode(nullptr), E_POINTER);
     EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
     package.IsInstalled = FALSE;
     EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
-    EXPECT_EQ(log.Lines(), test::Log({Step("CQanhPackage::ToXmlNode", "OUT(0x80004003)"),
-                                      Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)",
-                                           {Step("CQanhMetroApp::ToXmlNode", "OUT(0x00000000)")}),
-                                      Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::ToXmlNode", "OUT(0x80004003)"),
+                                Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)",
+                                     {Step("CQanhMetroApp::ToXmlNode", "OUT(0x00000000)")}),
+                                Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)")}));
 }
 
 struct PackageRead
@@ -153,7 +138,7 @@ struct PackageRead
 // Reads the first package of the document.
 PackageRead Read(std::string_view text, std::size_t appLimit = kListSizeLimit)
 {
-    const test::XmlSource source(text, L"Package");
+    const XmlSource source(text, L"Package");
     PackageRead read;
     read.result = CQanhPackage::FromXmlNode(source.Reader(), &read.package, appLimit);
     read.next = source.Name();
@@ -258,7 +243,7 @@ void ExpectApps(std::string_view document, const std::vector<std::wstring>& disp
     EXPECT_EQ(read.result, result);
     EXPECT_EQ(read.next, next);
     ASSERT_NE(read.package, nullptr);
-    EXPECT_EQ(test::DisplayNames(read.package->Apps()), displayNames);
+    EXPECT_EQ(DisplayNames(read.package->Apps()), displayNames);
 }
 
 TEST(PackageFromXmlNode, EndsAtItsEndTagOrAtTheNextElementThatIsNotDeeper)
@@ -301,10 +286,10 @@ TEST(PackageFromXmlNode, KeepsWhatItReadWhenTheDocumentBreaks)
 
 TEST(PackageFromXmlNode, SkipsAnApplicationThatCannotBeReadAndReadsOn)
 {
-    const test::XmlSource source("<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/>"
-                                 "<MetroApp DisplayName='b'/><MetroApp DisplayName='c'/></Package></r>",
-                                 L"Package");
-    test::ReaderProbe reader(source.Reader());
+    const XmlSource source("<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/>"
+                           "<MetroApp DisplayName='b'/><MetroApp DisplayName='c'/></Package></r>",
+                           L"Package");
+    ReaderProbe reader(source.Reader());
     reader.Answer("MoveToFirstAttribute", 2, E_ABORT); // 0 is the package, 1 its first application
     std::unique_ptr<CQanhPackage> package;
     EXPECT_EQ(CQanhPackage::FromXmlNode(&reader, &package), S_OK);
@@ -316,8 +301,8 @@ TEST(PackageFromXmlNode, SkipsAnApplicationThatCannotBeReadAndReadsOn)
 
 TEST(PackageFromXmlNode, PassesTheReadersFailureAtItsAttributesOn)
 {
-    const test::XmlSource source("<Package PackageFamilyName='a_1'/>", L"Package");
-    test::ReaderProbe reader(source.Reader());
+    const XmlSource source("<Package PackageFamilyName='a_1'/>", L"Package");
+    ReaderProbe reader(source.Reader());
     reader.Answer("MoveToFirstAttribute", 0, E_ABORT);
     std::unique_ptr<CQanhPackage> package;
     EXPECT_EQ(CQanhPackage::FromXmlNode(&reader, &package), E_ABORT);
@@ -326,7 +311,7 @@ TEST(PackageFromXmlNode, PassesTheReadersFailureAtItsAttributesOn)
 
 TEST(PackageFromXmlNode, ReadsOnWhenTheListOfApplicationsIsFull)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     const PackageRead read =
         Read("<r><Package><MetroApp DisplayName='a'/><MetroApp DisplayName='b'/></Package></r>", 1);
     EXPECT_EQ(read.result, S_OK);
@@ -339,28 +324,27 @@ TEST(PackageFromXmlNode, ReadsOnWhenTheListOfApplicationsIsFull)
 
 TEST(PackageFromXmlNode, RefusesNull)
 {
-    const test::XmlSource source("<Package/>", L"Package");
+    const XmlSource source("<Package/>", L"Package");
     std::unique_ptr<CQanhPackage> package;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhPackage::FromXmlNode(nullptr, &package), E_POINTER);
     EXPECT_EQ(CQanhPackage::FromXmlNode(source.Reader(), nullptr), E_POINTER);
     EXPECT_EQ(package, nullptr);
     EXPECT_EQ(CQanhPackage::FromXmlNode(source.Reader(), &package), S_FALSE);
     const auto refused = Step("CQanhPackage::FromXmlNode", "OUT(0x80004003)");
-    EXPECT_EQ(log.Lines(),
-              test::Log({refused, refused, Step("CQanhPackage::FromXmlNode", "OUT(0x00000001)")}));
+    EXPECT_EQ(log.Lines(), Log({refused, refused, Step("CQanhPackage::FromXmlNode", "OUT(0x00000001)")}));
 }
 
 TEST(PackageFromXmlNode, SurvivesThatMemoryRunsOut)
 {
     std::size_t withoutPackage = 0;
     std::size_t withoutApp = 0;
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
-        const test::XmlSource source(
+    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
+        const XmlSource source(
             "<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/></Package></r>", L"Package");
         bool made = false;
         std::size_t apps = 0;
-        const test::Attempt attempt = test::TryWithFailingAllocation(index, [&] {
+        const Attempt attempt = TryWithFailingAllocation(index, [&] {
             std::unique_ptr<CQanhPackage> package;
             const HRESULT result = CQanhPackage::FromXmlNode(source.Reader(), &package);
             made = package != nullptr;

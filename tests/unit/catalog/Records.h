@@ -6,19 +6,28 @@
 #include "catalog/Package.h"
 #include "support/Allocations.h"
 #include "support/ImportPatch.h"
+#include "support/LogCapture.h"
+#include "support/LogSteps.h"
+#include "support/TemporaryFolder.h"
+#include "support/Text.h"
+#include "support/XmlText.h"
+#include "unit/catalog/CatalogFile.h"
 
 #include <windows.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cerrno>
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace test {
+
+using namespace testing;
 
 // Strings of the library, such as the entries of an exclude list, in order.
 template <typename Strings> std::vector<std::wstring> Names(const Strings& strings)
@@ -123,6 +132,44 @@ struct NoLowering
 {
     ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch{
         "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; }};
+};
+
+// Watches the one copy of a wanted name that the library makes, until the end of the scope. One at a time.
+class CopyWatch
+{
+public:
+    CopyWatch() { s_copies = s_freed = 0; }
+
+    // The copy, when exactly one was made and freed once.
+    [[nodiscard]] static std::wstring Freed()
+    {
+        return s_copies == 1 && s_freed == 1 ? s_copy : L"not one copy that was freed";
+    }
+
+private:
+    static wchar_t* Duplicate(const wchar_t* text)
+    {
+        ++s_copies;
+        wcscpy_s(s_copy, std::size(s_copy), text);
+        return s_copy;
+    }
+    static void Free(void* block)
+    {
+        static const auto s_free = reinterpret_cast<void (*)(void*)>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
+        if (block == s_copy) {
+            ++s_freed;
+        } else {
+            s_free(block);
+        }
+    }
+
+    static inline wchar_t s_copy[64];
+    static inline int s_copies = 0;
+    static inline int s_freed = 0;
+
+    ImportPatch<wchar_t* (*)(const wchar_t*)> m_duplicate{"_wcsdup", Duplicate};
+    ImportPatch<void (*)(void*)> m_free{"free", Free};
 };
 
 // A record that tells its owner's test what is done with it.

@@ -4,17 +4,12 @@
 #include "support/BrokenReader.h"
 #include "unit/manifest/ManifestFile.h"
 
-#include <gmock/gmock.h>
-
 #include <optional>
 #include <stdexcept>
-#include <string>
 
 namespace {
 
 using namespace manifest_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 constexpr char kOk[] = "0x00000000";
 constexpr char kSeveral[] = "0xA0000002";
@@ -32,7 +27,7 @@ protected:
     // Gets the name; the result is the one that is logged.
     void ExpectResult(const std::string& logged)
     {
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(GetName(), Result(logged));
         EXPECT_EQ(log.Lines().back(), "CQanhManifestReader::GetAppDisplayName OUT(" + logged + ")");
     }
@@ -68,8 +63,10 @@ TEST_F(DisplayName, IsLoweredAndNoFormat)
 TEST_F(DisplayName, IsCutToTheBuffer)
 {
     ExpectOf("of 255 characters fits", Manifest(Named(std::string(255, 'A'))), kOk, std::wstring(255, L'a'));
-    ExpectOf("of 256 characters is cut", Manifest(Named(std::string(256, 'A'))), kOk, std::wstring(255, L'a'));
-    ExpectOf("of 257 characters is cut", Manifest(Named(std::string(257, 'A'))), kOk, std::wstring(255, L'a'));
+    ExpectOf("of 256 characters is cut", Manifest(Named(std::string(256, 'A'))), kOk,
+             std::wstring(255, L'a'));
+    ExpectOf("of 257 characters is cut", Manifest(Named(std::string(257, 'A'))), kOk,
+             std::wstring(255, L'a'));
     ExpectOf("of 5000 characters is cut", Manifest(Named(std::string(5000, 'A'))), kOk,
              std::wstring(255, L'a'));
     ExpectOf("is cut between the halves of a surrogate pair too",
@@ -117,7 +114,7 @@ TEST_F(DisplayName, IsATextOf256UnitsForLocalFree)
     static SIZE_T s_size;
     static decltype(&LocalAlloc) s_original;
     {
-        const test::ImportPatch<decltype(&LocalAlloc)> patch("LocalAlloc", [](UINT flags, SIZE_T size) {
+        const ImportPatch<decltype(&LocalAlloc)> patch("LocalAlloc", [](UINT flags, SIZE_T size) {
             s_flags = flags;
             s_size = size;
             return s_original(flags, size);
@@ -134,7 +131,7 @@ TEST_F(DisplayName, IsATextOf256UnitsForLocalFree)
 
 TEST_F(DisplayName, WholeLogs)
 {
-    test::LogCapture log;
+    LogCapture log;
     Get(Manifest(Named("Weather")));
     EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppDisplayName", "OUT(0x00000000)",
                                 {Found("Applications"), Found("Application"), Found("VisualElements"),
@@ -163,7 +160,7 @@ TEST_F(DisplayName, WholeLogs)
 TEST_F(DisplayName, NullArgumentsLeaveWithoutALine)
 {
     Write(Manifest(Named("Weather")));
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::GetAppDisplayName(nullptr, &m_name), E_POINTER);
     EXPECT_EQ(CQanhManifestReader::GetAppDisplayName(m_store, nullptr), E_POINTER);
     EXPECT_EQ(m_name, nullptr);
@@ -229,8 +226,8 @@ TEST_F(DisplayName, OfAPackageWithoutAFullNameIsNoResource)
 TEST_F(DisplayName, WithoutMemoryForTheBuffer)
 {
     Write(Manifest(Named("A")));
-    const test::ImportPatch<decltype(&LocalAlloc)> patch("LocalAlloc",
-                                                         [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
+    const ImportPatch<decltype(&LocalAlloc)> patch("LocalAlloc",
+                                                   [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
     ExpectResult("0x8007000E");
     EXPECT_EQ(m_name, nullptr);
 }
@@ -240,8 +237,8 @@ TEST_F(DisplayName, AnExceptionOfTheReaderOrTheResourcesIsAFailure)
     m_resources.onLoad = [] { throw std::runtime_error("of the platform"); };
     EXPECT_EQ(Get(Manifest(Named("ms-resource:A"))), E_FAIL);
     ExpectName(L""); // it was the caller's already
-    test::BrokenReader reader;
-    reader.prepares = [](test::ReaderProbe& probe) { probe.Raise("Read", 1); };
+    BrokenReader reader;
+    reader.prepares = [](ReaderProbe& probe) { probe.Raise("Read", 1); };
     EXPECT_EQ(GetName(), E_FAIL);
 }
 
@@ -259,7 +256,7 @@ TEST_F(DisplayName, OfAPackageThatDoesNotAnswer)
     for (const auto& [call, displayName] : cases) {
         SCOPED_TRACE(call);
         m_objects.Fail(call, failureWithoutAText, m_objects.Calls(call));
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(GetName(), E_FAIL);
         ExpectName(displayName);
         EXPECT_THAT(m_resources.requests, IsEmpty());
@@ -281,8 +278,8 @@ TEST_F(DisplayName, RunningOutOfMemoryIsAFailure)
     m_resources.isQuiet = true;
     m_resources.texts[L"@{F?ms-resource://N/resources/the long key of the name}"] = L"A longer text";
     Write(Manifest(Named("ms-resource:The long key of the name")));
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
-        const test::Attempt attempt = test::TryWithFailingAllocation(index, [&] { return GetName(); });
+    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
+        const Attempt attempt = TryWithFailingAllocation(index, [&] { return GetName(); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_FAIL : S_OK) << index;
         return attempt.failed;
     });

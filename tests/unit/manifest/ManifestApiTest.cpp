@@ -5,19 +5,11 @@
 #include "unit/manifest/FakeManifest.h"
 #include "unit/manifest/ManifestFile.h"
 
-#include <gmock/gmock.h>
-
 #include <stdexcept>
-#include <string>
 
 namespace {
 
 using namespace manifest_test;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 class ManifestApi : public ManifestFile
 {
@@ -36,7 +28,7 @@ protected:
                       const std::vector<std::wstring>& added)
     {
         m_manifest.displayNames = declared;
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(Get(), Result(logged));
         EXPECT_EQ(log.Lines().back(), "CQanhManifestReader::GetAppNameUsingAPI OUT(" + logged + ")");
         ExpectNames(m_package, added);
@@ -52,7 +44,7 @@ protected:
     }
 
     FakeManifest m_manifest;
-    test::FakeObjects& m_objects = m_manifest.objects;
+    FakeObjects& m_objects = m_manifest.objects;
 };
 
 TEST_F(ManifestApi, StoresDisplayNamesAsTheyStandAndNoShortNames)
@@ -79,7 +71,7 @@ TEST_F(ManifestApi, HandsTheFileToTheSystem)
 TEST_F(ManifestApi, StepsAndLogOfOneApplication)
 {
     m_manifest.displayNames = {L"Weather"};
-    const test::LogCapture log;
+    const LogCapture log;
     Get();
     EXPECT_THAT(m_objects.journal,
                 ElementsAre("CoInitializeEx(2) = 0x00000000",
@@ -108,15 +100,15 @@ TEST_F(ManifestApi, HoldsTheFileUntilTheLastApplicationAndEachApplicationUntilTh
 
 TEST_F(ManifestApi, NullAndEmptyArguments)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(nullptr, &m_package), E_POINTER);
     EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(Path().c_str(), nullptr), E_POINTER);
     EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(L"", nullptr), E_POINTER);
     EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(L"", &m_package), E_INVALIDARG);
     EXPECT_THAT(m_objects.journal, IsEmpty());
     const auto refused = Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x80004003)");
-    EXPECT_EQ(log.Lines(), test::Log({refused, refused, refused,
-                                      Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x80070057)")}));
+    EXPECT_EQ(log.Lines(), Log({refused, refused, refused,
+                                Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x80070057)")}));
 }
 
 TEST_F(ManifestApi, AFileThatIsNotThere)
@@ -127,75 +119,62 @@ TEST_F(ManifestApi, AFileThatIsNotThere)
     EXPECT_THAT(m_objects.journal, Not(Contains("CreateManifestReader")));
 }
 
-// Each step that must succeed.
+// What becomes of the reading when one of its steps has another result.
 
-struct FailingStep
+struct StepResult
 {
     const char* call;
     std::size_t index;
-    std::vector<std::wstring> added; // all the same
+    HRESULT result;
+    const char* logged;
+    std::vector<std::wstring> added;
 };
 
-class ManifestApiStep : public ManifestApi, public ::testing::WithParamInterface<FailingStep>
+class ManifestApiStep : public ManifestApi, public WithParamInterface<StepResult>
 {
 };
 
-TEST_P(ManifestApiStep, ThatFailsEndsTheReading)
+TEST_P(ManifestApiStep, HasThisResult)
 {
-    m_objects.Fail(GetParam().call, E_ACCESSDENIED, GetParam().index);
-    ExpectResult("0x80070005", {L"A", L"B", L"C"}, GetParam().added);
+    m_objects.Fail(GetParam().call, GetParam().result, GetParam().index);
+    ExpectResult(GetParam().logged, {L"A", L"B", L"C"}, GetParam().added);
     EXPECT_EQ(m_objects.journal.back(), "CoUninitialize");
-    // It was the last one.
-    EXPECT_EQ(m_objects.Calls(GetParam().call), GetParam().index + 1);
+    if (Result(GetParam().logged) != S_OK) {
+        // It was the last one.
+        EXPECT_EQ(m_objects.Calls(GetParam().call), GetParam().index + 1);
+    }
 }
 
+INSTANTIATE_TEST_SUITE_P(ThatMustSucceed, ManifestApiStep,
+                         Values(StepResult{"CoCreateInstance", 0, E_ACCESSDENIED, "0x80070005", {}},
+                                StepResult{"SHCreateStreamOnFileEx", 0, E_ACCESSDENIED, "0x80070005", {}},
+                                StepResult{"CreateManifestReader", 0, E_ACCESSDENIED, "0x80070005", {}},
+                                StepResult{"GetApplications", 0, E_ACCESSDENIED, "0x80070005", {}},
+                                StepResult{"GetHasCurrent", 0, E_ACCESSDENIED, "0x80070005", {}},
+                                StepResult{"GetHasCurrent", 1, E_ACCESSDENIED, "0x80070005", {L"A"}},
+                                StepResult{"MoveNext", 0, E_ACCESSDENIED, "0x80070005", {L"A"}},
+                                StepResult{"MoveNext", 1, E_ACCESSDENIED, "0x80070005", {L"A", L"B"}},
+                                StepResult{"MoveNext", 2, E_ACCESSDENIED, "0x80070005", {L"A", L"B", L"C"}},
+                                StepResult{
+                                    "GetHasCurrent", 3, E_ACCESSDENIED, "0x80070005", {L"A", L"B", L"C"}}));
+
+INSTANTIATE_TEST_SUITE_P(ThatOnlyCostsItsApplication, ManifestApiStep,
+                         Values(StepResult{"GetCurrent", 0, E_ACCESSDENIED, "0x00000000", {L"B", L"C"}},
+                                StepResult{"GetCurrent", 1, E_ACCESSDENIED, "0x00000000", {L"A", L"C"}},
+                                StepResult{"GetCurrent", 2, E_ACCESSDENIED, "0x00000000", {L"A", L"B"}},
+                                StepResult{"GetStringValue", 0, E_ACCESSDENIED, "0x00000000", {L"B", L"C"}},
+                                StepResult{"GetStringValue", 1, E_ACCESSDENIED, "0x00000000", {L"A", L"C"}},
+                                StepResult{"GetStringValue", 2, E_ACCESSDENIED, "0x00000000", {L"A", L"B"}}));
+
+// The last result is returned also when it is none.
 INSTANTIATE_TEST_SUITE_P(
-    Of, ManifestApiStep,
-    ::testing::Values(FailingStep{"CoCreateInstance", 0, {}}, FailingStep{"SHCreateStreamOnFileEx", 0, {}},
-                      FailingStep{"CreateManifestReader", 0, {}}, FailingStep{"GetApplications", 0, {}},
-                      FailingStep{"GetHasCurrent", 0, {}}, FailingStep{"GetHasCurrent", 1, {L"A"}},
-                      FailingStep{"MoveNext", 0, {L"A"}}, FailingStep{"MoveNext", 1, {L"A", L"B"}},
-                      FailingStep{"MoveNext", 2, {L"A", L"B", L"C"}},
-                      FailingStep{"GetHasCurrent", 3, {L"A", L"B", L"C"}}));
-
-// The steps that only cost their application.
-
-TEST_F(ManifestApi, AnApplicationThatCannotBeHadIsSkipped)
-{
-    m_objects.Fail("GetCurrent", E_ACCESSDENIED, 1);
-    ExpectResult("0x00000000", {L"A", L"B", L"C"}, {L"A", L"C"});
-}
-
-TEST_F(ManifestApi, AnApplicationWithoutADisplayNameIsSkipped)
-{
-    m_objects.Fail("GetStringValue", E_ACCESSDENIED, 0);
-    m_objects.Fail("GetStringValue", E_ACCESSDENIED, 2);
-    ExpectResult("0x00000000", {L"A", L"B", L"C"}, {L"B"});
-}
-
-TEST_F(ManifestApi, ASkippedApplicationAtTheEndLeavesTheResultAlone)
-{
-    for (const char* call : {"GetCurrent", "GetStringValue"}) {
-        SCOPED_TRACE(call);
-        m_objects.Fail(call, E_ACCESSDENIED, m_objects.Calls(call));
-        ExpectResult("0x00000000", {L"A"}, {});
-    }
-}
-
-TEST_F(ManifestApi, ResultsThatAreNoFailuresGoOn)
-{
-    for (const char* call : {"CreateManifestReader", "GetApplications", "MoveNext"}) {
-        m_objects.Fail(call, S_FALSE);
-    }
-    m_objects.Fail("GetHasCurrent", S_FALSE, 0);
-    ExpectResult("0x00000000", {L"A", L"B"}, {L"A", L"B"});
-}
-
-TEST_F(ManifestApi, TheLastResultIsReturnedAlsoWhenItIsNoFailure)
-{
-    m_objects.Fail("GetHasCurrent", S_FALSE, 1);
-    ExpectResult("0x00000001", {L"A"}, {L"A"});
-}
+    ThatIsNoFailure, ManifestApiStep,
+    Values(StepResult{"CreateManifestReader", 0, S_FALSE, "0x00000000", {L"A", L"B", L"C"}},
+           StepResult{"GetApplications", 0, S_FALSE, "0x00000000", {L"A", L"B", L"C"}},
+           StepResult{"MoveNext", 0, S_FALSE, "0x00000000", {L"A", L"B", L"C"}},
+           StepResult{"MoveNext", 2, S_FALSE, "0x00000000", {L"A", L"B", L"C"}},
+           StepResult{"GetHasCurrent", 0, S_FALSE, "0x00000000", {L"A", L"B", L"C"}},
+           StepResult{"GetHasCurrent", 3, S_FALSE, "0x00000001", {L"A", L"B", L"C"}}));
 
 TEST_F(ManifestApi, AListThatIsFullDoesNotEndTheReading)
 {
@@ -218,16 +197,15 @@ TEST_F(ManifestApi, AnExceptionIsAFailure)
 
 TEST_F(ManifestApi, EntersAndLeavesAnApartmentOfItsOwn)
 {
-    EXPECT_TRUE(test::KeepsApartment(test::Apartment::kNone, [&] {
-        m_objects.At("GetApplications",
-                     [] { EXPECT_EQ(test::ApartmentOfThread(), test::Apartment::kSingleThreaded); });
+    EXPECT_TRUE(KeepsApartment(Apartment::kNone, [&] {
+        m_objects.At("GetApplications", [] { EXPECT_EQ(ApartmentOfThread(), Apartment::kSingleThreaded); });
         EXPECT_EQ(Get(), S_OK);
     }));
 }
 
 TEST_F(ManifestApi, WorksInTheApartmentOfASingleThread)
 {
-    EXPECT_TRUE(test::KeepsApartment(test::Apartment::kSingleThreaded, [&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kSingleThreaded, [&] {
         m_objects.journal.clear();
         EXPECT_EQ(Get(), S_OK);
         EXPECT_EQ(m_objects.journal.front(), "CoInitializeEx(2) = 0x00000001");
@@ -237,7 +215,7 @@ TEST_F(ManifestApi, WorksInTheApartmentOfASingleThread)
 
 TEST_F(ManifestApi, WorksInTheApartmentOfManyThreadsAndStaysThere)
 {
-    EXPECT_TRUE(test::KeepsApartment(test::Apartment::kMultithreaded, [&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kMultithreaded, [&] {
         m_objects.journal.clear();
         ExpectResult("0x00000000", {L"A"}, {L"A"});
         EXPECT_EQ(m_objects.journal.front(), "CoInitializeEx(2) = 0x80010106");
@@ -248,7 +226,7 @@ TEST_F(ManifestApi, WorksInTheApartmentOfManyThreadsAndStaysThere)
 TEST_F(ManifestApi, WithoutAnApartmentThereIsNothingToRead)
 {
     m_manifest.initializeResult = E_OUTOFMEMORY;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Get(), E_OUTOFMEMORY);
     EXPECT_THAT(m_objects.journal, ElementsAre("CoInitializeEx(2) = 0x8007000E"));
     EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x8007000E)"));
@@ -265,7 +243,7 @@ TEST_F(ManifestApi, RunningOutOfMemoryCostsAnApplicationAndNoText)
         // Patching itself allocates, before the patch knows the function that it stands in for.
         static const auto s_original = reinterpret_cast<void* (*)(std::size_t)>(
             reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
-        const test::ImportPatch<void* (*)(std::size_t)> patch("malloc", [](std::size_t size) -> void* {
+        const ImportPatch<void* (*)(std::size_t)> patch("malloc", [](std::size_t size) -> void* {
             if (s_fails && size == sizeof(CQanhMetroApp)) {
                 s_fails = false;
                 return nullptr;

@@ -21,7 +21,8 @@
 
 namespace manifest_test {
 
-using test::Step;
+using namespace test;
+using namespace testing;
 
 // The names of an application: display name and short name.
 using Names = std::pair<std::wstring, std::wstring>;
@@ -92,10 +93,10 @@ inline std::vector<std::string> Converted(const std::string& reference,
 }
 
 // A manifest in a folder of its own, the record of its package, and the package's resources.
-class ManifestFile : public ::testing::Test
+class ManifestFile : public Test
 {
 protected:
-    void Write(std::string_view text) { test::WriteFileBytes(Path(), text); }
+    void Write(std::string_view text) { WriteFileBytes(Path(), text); }
     [[nodiscard]] std::wstring Path() const { return m_folder / L"AppxManifest.xml"; }
 
     // Reads the manifest into the record.
@@ -114,7 +115,7 @@ protected:
         if (file != INVALID_HANDLE_VALUE) {
             CloseHandle(file);
         }
-        return file != INVALID_HANDLE_VALUE || !test::Exists(Path());
+        return file != INVALID_HANDLE_VALUE || !Exists(Path());
     }
 
     // What stands in the log between brackets behind "OUT" when an operation ends with this result.
@@ -126,9 +127,9 @@ protected:
     static constexpr HRESULT kMismatchedTag = static_cast<HRESULT>(0xC00CEE3B);
     static constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80070002);
 
-    test::TemporaryFolder m_folder;
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    test::FakeResources m_resources;
+    TemporaryFolder m_folder;
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    FakeResources m_resources;
     CQanhPackage m_package{L"N_8wekyb3d8bbwe", L"F", L"N", {1, 2, 3, 4}};
 };
 
@@ -136,12 +137,12 @@ protected:
 class StoreManifest : public ManifestFile
 {
 protected:
-    StoreManifest() : m_store(m_objects.Make<test::FakePackage>(Facts())) { m_store->AddRef(); }
+    StoreManifest() : m_store(m_objects.Make<FakePackage>(Facts())) { m_store->AddRef(); }
     ~StoreManifest() override
     {
         LocalFree(m_name);
         m_store->Release();
-        EXPECT_THAT(m_objects.Leaks(), ::testing::IsEmpty());
+        EXPECT_THAT(m_objects.Leaks(), IsEmpty());
         EXPECT_TRUE(IsClosed());
     }
 
@@ -154,14 +155,14 @@ protected:
     }
 
     const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
-    test::FakeObjects m_objects;
-    test::FakePackage* m_store;
+    FakeObjects m_objects;
+    FakePackage* m_store;
     wchar_t* m_name = nullptr;
 
 private:
-    test::PackageFacts Facts() const
+    PackageFacts Facts() const
     {
-        test::PackageFacts facts;
+        PackageFacts facts;
         facts.fullName = L"F";
         facts.name = L"N";
         facts.path = m_folder.Path();

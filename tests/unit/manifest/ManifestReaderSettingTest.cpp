@@ -3,14 +3,9 @@
 #include "unit/manifest/FakeManifest.h"
 #include "unit/manifest/ManifestFile.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 namespace {
 
 using namespace manifest_test;
-using ::testing::IsEmpty;
 
 constexpr wchar_t kSetting[] = L"ManifestReaderSetting";
 
@@ -43,7 +38,7 @@ protected:
     void ExpectLog(const std::vector<std::string>& loading, const std::string& reader,
                    const std::string& exit)
     {
-        const test::LogCapture log;
+        const LogCapture log;
         EXPECT_EQ(Add(), Result(exit));
         EXPECT_THAT(NamesOf(m_package), IsEmpty());
         EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::AddAppsToPackage", "OUT(" + exit + ")",
@@ -77,7 +72,7 @@ TEST_F(ManifestReaderSetting, IsTheXmlUnlessItIsTheNumberZero)
 TEST_F(ManifestReaderSetting, ZeroIsTheSystem)
 {
     m_settings.SetDword(kSetting, 0);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::LoadSetting(), 0u);
     EXPECT_EQ(log.Lines(), Loading("OUT(1)", "OUT(0)"));
     EXPECT_EQ(Add(), S_OK);

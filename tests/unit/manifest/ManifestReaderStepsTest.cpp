@@ -4,12 +4,9 @@
 #include "support/XmlText.h"
 #include "unit/manifest/ManifestFile.h"
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <string>
 
 namespace {
 
@@ -55,7 +52,7 @@ private:
 };
 
 // A reader over a text.
-class ManifestSteps : public ::testing::Test
+class ManifestSteps : public Test
 {
 protected:
     void Read(std::string_view text)
@@ -86,7 +83,7 @@ protected:
         return type;
     }
 
-    std::optional<test::XmlSource> m_source;
+    std::optional<XmlSource> m_source;
     IXmlReader* m_reader = nullptr;
     std::wstring m_value = L"before";
 };
@@ -140,7 +137,7 @@ TEST_F(ManifestSteps, MoveEndsWithEveryResultOfTheReaderButSuccess)
 {
     for (const HRESULT result : {S_FALSE, E_PENDING, E_OUTOFMEMORY, HRESULT(2)}) {
         Read("<r><b/><a/></r>");
-        test::ReaderProbe probe(m_reader);
+        ReaderProbe probe(m_reader);
         probe.Answer("Read", 1, result);
         EXPECT_EQ(CQanhManifestReader::MoveToElementByName(&probe, L"a"), result);
         EXPECT_EQ(probe.Calls("Read"), 2);
@@ -150,14 +147,13 @@ TEST_F(ManifestSteps, MoveEndsWithEveryResultOfTheReaderButSuccess)
 TEST_F(ManifestSteps, LogOfMoves)
 {
     Read("<r><b></c></r>");
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(MoveTo(L"b"), S_OK);
     EXPECT_EQ(MoveTo(L"b"), static_cast<HRESULT>(0xC00CEE3B));
     EXPECT_EQ(CQanhManifestReader::MoveToElementByName(nullptr, L"a"), E_POINTER);
-    EXPECT_EQ(log.Lines(),
-              test::Log({Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0x00000000)"),
-                         Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0xC00CEE3B)"),
-                         Step("CQanhManifestReader::MoveToElementByName(a)", "OUT(0x80004003)")}));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0x00000000)"),
+                                Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0xC00CEE3B)"),
+                                Step("CQanhManifestReader::MoveToElementByName(a)", "OUT(0x80004003)")}));
 }
 
 TEST_F(ManifestSteps, AttributeIsTakenOfTheElementAtHand)
@@ -169,8 +165,8 @@ TEST_F(ManifestSteps, AttributeIsTakenOfTheElementAtHand)
         const HRESULT moved = MoveTo(element);
         const XmlNodeType nodeType = NodeType();
         m_value = L"before";
-        const test::LogCapture log;
-        EXPECT_EQ(Attribute(test::FromUtf8(attribute).c_str()), result);
+        const LogCapture log;
+        EXPECT_EQ(Attribute(FromUtf8(attribute).c_str()), result);
         EXPECT_EQ(m_value, value);
         EXPECT_EQ(log.Lines(), result == S_OK ? Value(attribute) : NoValue(attribute));
         // The reader is on the element again.
@@ -193,7 +189,7 @@ TEST_F(ManifestSteps, AttributeReturnsTheReadersFailure)
 {
     Read("<r first='1' second='2'/>");
     MoveTo(L"r");
-    test::ReaderProbe probe(m_reader);
+    ReaderProbe probe(m_reader);
     probe.Answer("MoveToFirstAttribute", 0, E_ABORT);
     EXPECT_EQ(CQanhManifestReader::GetAttributeValueByName(&probe, L"second", m_value), E_ABORT);
     probe.Answer("MoveToNextAttribute", 0, E_ACCESSDENIED);
@@ -203,7 +199,7 @@ TEST_F(ManifestSteps, AttributeReturnsTheReadersFailure)
 
 TEST_F(ManifestSteps, AttributeWithoutAReader)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::GetAttributeValueByName(nullptr, L"first", m_value), E_POINTER);
     EXPECT_EQ(m_value, L"before");
     EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAttributeValueByName(first)", "OUT(0x80004003)"));

@@ -2,19 +2,12 @@
 
 #include "unit/manifest/ManifestFile.h"
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
-#include <string>
 #include <thread>
 
 namespace {
 
 using namespace manifest_test;
-using ::testing::Contains;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 class ManifestReader : public ManifestFile
 {
@@ -31,7 +24,7 @@ protected:
     void ExpectPlain(const char* what, std::string_view manifest, const NameList& names)
     {
         SCOPED_TRACE(what);
-        const test::LogCapture log;
+        const LogCapture log;
         ExpectNames(manifest, names);
         EXPECT_THAT(m_resources.requests, IsEmpty());
         EXPECT_THAT(log.Lines(), Not(Contains(HasSubstr("ConvertMsResourceToString"))));
@@ -40,7 +33,7 @@ protected:
 
 std::string WideText(const std::string& text)
 {
-    const std::wstring wide = L"\uFEFF" + test::FromUtf8(text);
+    const std::wstring wide = L"\uFEFF" + FromUtf8(text);
     return std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(wchar_t));
 }
 
@@ -176,7 +169,7 @@ TEST_F(ManifestReader, AddsToWhatThePackageHasAlready)
 
 TEST_F(ManifestReader, WholeLogs)
 {
-    test::LogCapture log;
+    LogCapture log;
     EXPECT_EQ(Parse(Manifest(Application("Weather", "W"))), S_FALSE);
     EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
                                 {Found("Applications"), Found("Application"), Found("VisualElements"),
@@ -218,7 +211,7 @@ TEST_F(ManifestReader, ReadsOnManyThreadsAtOnce)
     for (std::size_t index = 0; index < kThreads; ++index) {
         const std::string name(1 + index * 100, static_cast<char>('A' + index));
         paths.push_back(m_folder / (std::to_wstring(index) + L".xml"));
-        test::WriteFileBytes(paths[index], Manifest(Application(name, name) + Application(name, name)));
+        WriteFileBytes(paths[index], Manifest(Application(name, name) + Application(name, name)));
     }
     std::vector<std::thread> threads;
     for (std::size_t index = 0; index < kThreads; ++index) {

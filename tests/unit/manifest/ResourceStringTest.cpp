@@ -3,24 +3,17 @@
 #include "support/Allocations.h"
 #include "unit/manifest/ManifestFile.h"
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <cwchar>
 #include <new>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using manifest_test::Converted;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace manifest_test;
 
 using Sources = std::vector<std::wstring>;
 
-class ResourceString : public ::testing::Test
+class ResourceString : public Test
 {
 protected:
     BOOL Convert(const wchar_t* resource, const wchar_t* fullName = L"F", const wchar_t* name = L"N")
@@ -28,7 +21,7 @@ protected:
         return CQanhManifestReader::ConvertMsResourceToString(resource, fullName, name, m_buffer);
     }
 
-    test::FakeResources m_resources;
+    FakeResources m_resources;
     wchar_t m_buffer[256] = {};
 };
 
@@ -81,8 +74,8 @@ TEST_F(ResourceString, TheSecondSourceIsTriedWhenTheFirstFails)
         }
         m_resources.requests.clear();
         std::fill(std::begin(m_buffer), std::end(m_buffer), L'\0');
-        const test::LogCapture log;
-        EXPECT_EQ(Convert(test::FromUtf8(resource).c_str()), source ? TRUE : FALSE);
+        const LogCapture log;
+        EXPECT_EQ(Convert(FromUtf8(resource).c_str()), source ? TRUE : FALSE);
         EXPECT_STREQ(m_buffer, source ? L"My App" : L"rest"); // as the system left it
         EXPECT_EQ(m_resources.requests.size(), tried.size());
         EXPECT_EQ(log.Lines(), Converted(resource, tried, source ? "My App" : "rest"));
@@ -147,7 +140,7 @@ TEST_F(ResourceString, TheBufferIsLoggedAsTheCallerGaveIt)
 {
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"after";
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_TRUE(Convert(L"ms-resource:A"));
     ASSERT_EQ(log.Lines().size(), 3u);
     EXPECT_EQ(log.Lines()[0],
@@ -160,8 +153,8 @@ TEST_F(ResourceString, WhatIsNoReferenceIsLeftAlone)
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     for (const char* text : {"", "Weather", " ms-resource:AppName", "xms-resource:AppName", "ms-resource",
                              "ms-resourceAppName", "ms_resource:AppName", "see ms-resource:///AppName"}) {
-        const test::LogCapture log;
-        EXPECT_FALSE(Convert(test::FromUtf8(text).c_str())) << text;
+        const LogCapture log;
+        EXPECT_FALSE(Convert(FromUtf8(text).c_str())) << text;
         EXPECT_THAT(m_resources.requests, IsEmpty());
         EXPECT_STREQ(m_buffer, L"before");
         EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::ConvertMsResourceToString(" +
@@ -171,7 +164,7 @@ TEST_F(ResourceString, WhatIsNoReferenceIsLeftAlone)
 
 TEST_F(ResourceString, PackagesWithoutANameHaveNoResources)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     EXPECT_FALSE(Convert(L"ms-resource:A", nullptr, L"N"));
     EXPECT_FALSE(Convert(L"ms-resource:A", L"F", nullptr));
@@ -218,12 +211,12 @@ TEST_F(ResourceString, RunningOutOfMemoryIsRaised)
     } catch (const std::bad_alloc&) {
     }
     const std::wstring resource = L"ms-resource:a key that is too long for the string itself";
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
         bool raised = false;
         std::size_t live = 0;
         bool failed = false;
         {
-            const test::AllocationWatch watch(index);
+            const AllocationWatch watch(index);
             try {
                 (void)CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
             } catch (const std::bad_alloc&) {
