@@ -227,18 +227,13 @@ TEST_F(AppNameList, KnowsShortcutsByTheirWholePathsIgnoringCase)
     AddDesktopApps({L"a", L"Menu\\b"});
     EXPECT_EQ(m_list.IsInDesktopAppList(L"C:\\Menu\\b.lnk"), 1);
     EXPECT_EQ(m_list.IsInDesktopAppList(L"c:\\MENU\\B.LNK"), 1);
-    EXPECT_EQ(m_list.IsInDesktopAppList(L"C:\\Menu\\b.ln"), 0);
-    EXPECT_EQ(m_list.IsInDesktopAppList(L"C:\\Menu\\b.lnk1"), 0);
-    EXPECT_EQ(m_list.IsInDesktopAppList(L"b.lnk"), 0);
-    EXPECT_EQ(m_list.IsInDesktopAppList(nullptr), 0);
-    EXPECT_EQ(m_list.IsInDesktopAppList(L""), 0);
-}
-
-TEST_F(AppNameList, KnowsNoEmptyShortcutEvenWithARecordWithoutPath)
-{
+    // Not even a record without a path has an empty one.
     LoadText(m_list, "<DesktopApps><DesktopApp/></DesktopApps>");
-    ExpectRecords({}, {L""});
-    EXPECT_EQ(m_list.IsInDesktopAppList(L""), 0);
+    ExpectRecords({}, {L"C:\\a.lnk", L"C:\\Menu\\b.lnk", L""});
+    for (const wchar_t* other :
+         {L"C:\\Menu\\b.ln", L"C:\\Menu\\b.lnk1", L"b.lnk", L"", static_cast<const wchar_t*>(nullptr)}) {
+        EXPECT_EQ(m_list.IsInDesktopAppList(other), 0) << PrintToString(other);
+    }
 }
 
 TEST_F(AppNameList, LogsTheLookUpOfAShortcut)

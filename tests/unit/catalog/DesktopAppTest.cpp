@@ -9,32 +9,17 @@ using namespace test;
 TEST(DesktopApp, IsInstalledButNeitherReservedNorOfDualModeUnlessToldSo)
 {
     const CQanhDesktopApp app(L"Word", L"C:\\Word.lnk");
-    EXPECT_STREQ(app.DisplayName.c_str(), L"Word");
-    EXPECT_STREQ(app.LnkFileName.c_str(), L"C:\\Word.lnk");
-    EXPECT_TRUE(app.LocalizeName.empty());
-    EXPECT_TRUE(app.RubyDisplayName.empty());
-    EXPECT_EQ(app.NeedReserve, FALSE);
-    EXPECT_EQ(app.IsInstalled, TRUE);
-    EXPECT_EQ(app.IsDualMode, FALSE);
+    ExpectNames(app, L"Word", L"C:\\Word.lnk", L"", L"");
+    ExpectFlags(app, FALSE, TRUE, FALSE);
 }
 
 TEST(DesktopApp, TakesNamesAndFlagsInOrder)
 {
     const CQanhDesktopApp app(L"a", L"b", L"c", L"d", true, false, true);
-    EXPECT_STREQ(app.DisplayName.c_str(), L"a");
-    EXPECT_STREQ(app.LnkFileName.c_str(), L"b");
-    EXPECT_STREQ(app.LocalizeName.c_str(), L"c");
-    EXPECT_STREQ(app.RubyDisplayName.c_str(), L"d");
-    EXPECT_EQ(app.NeedReserve, TRUE);
-    EXPECT_EQ(app.IsInstalled, FALSE);
-    EXPECT_EQ(app.IsDualMode, TRUE);
-}
-
-TEST(DesktopApp, MakesEmptyNamesOfNull)
-{
-    const CQanhDesktopApp app(nullptr, nullptr);
-    EXPECT_TRUE(app.DisplayName.empty());
-    EXPECT_TRUE(app.LnkFileName.empty());
+    ExpectNames(app, L"a", L"b", L"c", L"d");
+    ExpectFlags(app, TRUE, FALSE, TRUE);
+    // Null makes empty names.
+    ExpectNames(CQanhDesktopApp(nullptr, nullptr), L"", L"", L"", L"");
 }
 
 struct AppNames
@@ -136,24 +121,17 @@ TEST(DesktopAppExclude, LogsEveryComparison)
                                 Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)")}));
 }
 
-TEST(DesktopAppIsSameShortcut, ComparesWholePathsIgnoringCase)
+TEST(DesktopAppIsSameShortcut, ComparesWholePathsIgnoringCaseUnlessTheyAreEmpty)
 {
     const CQanhDesktopApp app(L"Word", L"C:\\Menu\\Word.lnk");
+    const CQanhDesktopApp pathless(L"Word", L"");
     EXPECT_EQ(app.IsSameShortcut(L"C:\\Menu\\Word.lnk"), 1);
     EXPECT_EQ(app.IsSameShortcut(L"c:\\mENU\\word.LNK"), 1);
-    EXPECT_EQ(app.IsSameShortcut(L"C:\\Menu\\Word.ln"), 0);
-    EXPECT_EQ(app.IsSameShortcut(L"C:\\Menu\\Word.lnkx"), 0);
-    EXPECT_EQ(app.IsSameShortcut(L"Word.lnk"), 0);
-    EXPECT_EQ(app.IsSameShortcut(L"C:/Menu/Word.lnk"), 0);
-    EXPECT_EQ(app.IsSameShortcut(L""), 0);
-    EXPECT_EQ(app.IsSameShortcut(nullptr), 0);
-}
-
-TEST(DesktopAppIsSameShortcut, IsNeverTrueForAnEmptyPath)
-{
-    const CQanhDesktopApp app(L"Word", L"");
-    EXPECT_EQ(app.IsSameShortcut(L""), 0);
-    EXPECT_EQ(app.IsSameShortcut(L"C:\\Menu\\Word.lnk"), 0);
+    for (const wchar_t* other : {L"C:\\Menu\\Word.ln", L"C:\\Menu\\Word.lnkx", L"Word.lnk",
+                                 L"C:/Menu/Word.lnk", L"", static_cast<const wchar_t*>(nullptr)}) {
+        EXPECT_EQ(app.IsSameShortcut(other), 0) << PrintToString(other);
+        EXPECT_EQ(pathless.IsSameShortcut(other), 0) << PrintToString(other);
+    }
 }
 
 TEST(DesktopAppIsSameShortcut, ComparesOtherScriptsToTheLetter)

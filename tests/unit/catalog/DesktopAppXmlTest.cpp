@@ -69,22 +69,6 @@ std::unique_ptr<CQanhDesktopApp> Read(std::string_view text)
     return ReadRecord<CQanhDesktopApp>(text, L"DesktopApp");
 }
 
-void ExpectNames(const CQanhDesktopApp& app, const wchar_t* displayName, const wchar_t* lnkFileName,
-                 const wchar_t* localizeName, const wchar_t* rubyDisplayName)
-{
-    EXPECT_STREQ(app.DisplayName.c_str(), displayName);
-    EXPECT_STREQ(app.LnkFileName.c_str(), lnkFileName);
-    EXPECT_STREQ(app.LocalizeName.c_str(), localizeName);
-    EXPECT_STREQ(app.RubyDisplayName.c_str(), rubyDisplayName);
-}
-
-void ExpectFlags(const CQanhDesktopApp& app, BOOL needReserve, BOOL isInstalled, BOOL isDualMode)
-{
-    EXPECT_EQ(app.NeedReserve, needReserve);
-    EXPECT_EQ(app.IsInstalled, isInstalled);
-    EXPECT_EQ(app.IsDualMode, isDualMode);
-}
-
 // The record that is read of an element with this path has the other one.
 void ExpectPath(const std::string& path, const std::wstring& read)
 {

@@ -246,6 +246,8 @@ protected:
         }
     }
 
+    void Ask() { m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found); }
+
     std::vector<RecordProbe*> m_probes;
     ExcludeList m_list;
     BOOL m_found = 7;
@@ -271,7 +273,7 @@ TEST_F(PackageExcludeTest, IsFoundWhenAnyApplicationIs)
     for (RecordProbe* probe : m_probes) {
         m_found = 0;
         probe->answersFound = TRUE;
-        m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+        Ask();
         EXPECT_EQ(m_found, 1);
         probe->answersFound = FALSE;
     }
@@ -279,10 +281,10 @@ TEST_F(PackageExcludeTest, IsFoundWhenAnyApplicationIs)
 
 TEST_F(PackageExcludeTest, LeavesFoundAloneWhenNoApplicationIs)
 {
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     EXPECT_EQ(m_found, 7);
     m_found = 1;
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     EXPECT_EQ(m_found, 1);
 }
 
@@ -291,7 +293,7 @@ TEST_F(PackageExcludeTest, IgnoresTheApplicationsResults)
     m_probes[0]->result = E_OUTOFMEMORY;
     m_probes[1]->result = E_FAIL;
     m_probes[2]->answersFound = TRUE;
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     EXPECT_EQ(m_events.size(), 3u);
     EXPECT_EQ(m_found, 1);
 }
@@ -302,7 +304,7 @@ TEST_F(PackageExcludeTest, DoesNothingWhenNotInstalled)
     m_package.IsInstalled = FALSE;
     for (const BOOL needReserve : {FALSE, TRUE}) {
         m_package.NeedReserve = needReserve;
-        m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+        Ask();
     }
     EXPECT_THAT(m_events, IsEmpty());
     EXPECT_EQ(m_found, 7);
@@ -324,9 +326,9 @@ TEST_F(PackageExcludeTest, LogsNoResultBehindAWantedName)
     const LogCapture log;
     m_probes[0]->result = E_FAIL;
     m_package.AddAppNameToExcludeList(L"", &m_list, &m_found);
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     m_package.IsInstalled = FALSE;
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::AddAppNameToExcludeList()", "OUT(0x80070057)"),
                                 Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT"),
                                 Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT")}));

@@ -2,6 +2,7 @@
 
 #include "catalog/App.h"
 #include "catalog/AppNameList.h"
+#include "catalog/DesktopApp.h"
 #include "catalog/ExcludeList.h"
 #include "catalog/Package.h"
 #include "support/Allocations.h"
@@ -46,6 +47,22 @@ inline std::vector<std::wstring> DisplayNames(const OwnedList<CQanhApp>& apps)
         names.emplace_back(app->DisplayName.c_str());
     }
     return names;
+}
+
+inline void ExpectNames(const CQanhDesktopApp& app, const wchar_t* displayName, const wchar_t* lnkFileName,
+                        const wchar_t* localizeName, const wchar_t* rubyDisplayName)
+{
+    EXPECT_STREQ(app.DisplayName.c_str(), displayName);
+    EXPECT_STREQ(app.LnkFileName.c_str(), lnkFileName);
+    EXPECT_STREQ(app.LocalizeName.c_str(), localizeName);
+    EXPECT_STREQ(app.RubyDisplayName.c_str(), rubyDisplayName);
+}
+
+inline void ExpectFlags(const CQanhDesktopApp& app, BOOL needReserve, BOOL isInstalled, BOOL isDualMode)
+{
+    EXPECT_EQ(app.NeedReserve, needReserve);
+    EXPECT_EQ(app.IsInstalled, isInstalled);
+    EXPECT_EQ(app.IsDualMode, isDualMode);
 }
 
 // What a record made of one wanted name.
