@@ -4,6 +4,7 @@
 #include "catalog/AppNameList.h"
 
 #include "support/DocumentedReader.h"
+#include "unit/catalog/Records.h"
 
 #include <windows.h>
 
@@ -12,8 +13,6 @@
 #include <wrl/client.h>
 
 #include <algorithm>
-
-#include "unit/catalog/Records.h"
 
 namespace {
 

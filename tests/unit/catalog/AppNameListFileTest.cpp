@@ -4,7 +4,6 @@
 
 #include "support/BrokenReader.h"
 #include "support/XmlInputs.h"
-
 #include "unit/catalog/Records.h"
 
 namespace {

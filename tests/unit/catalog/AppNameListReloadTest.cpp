@@ -2,10 +2,10 @@
 
 #include "catalog/AppNameList.h"
 
+#include "unit/catalog/Records.h"
+
 #include <atomic>
 #include <thread>
-
-#include "unit/catalog/Records.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "catalog/AppNameList.h"
 
-#include <type_traits>
-
 #include "unit/catalog/Records.h"
+
+#include <type_traits>
 
 namespace {
 

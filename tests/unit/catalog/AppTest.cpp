@@ -2,12 +2,12 @@
 
 #include "catalog/MetroApp.h"
 
+#include "unit/catalog/Records.h"
+
 #include <cstring>
 #include <iomanip>
 #include <sstream>
 #include <type_traits>
-
-#include "unit/catalog/Records.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "catalog/OwnedList.h"
 
+#include "unit/catalog/Records.h"
+
 #include <stdexcept>
 #include <type_traits>
-
-#include "unit/catalog/Records.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "catalog/Package.h"
 
-#include <type_traits>
-
 #include "unit/catalog/Records.h"
+
+#include <type_traits>
 
 namespace {
 
@@ -66,10 +66,7 @@ TEST_F(PackageTest, IsInstalledAndNotReservedWhenItComesFromThePackageManager)
     ExpectPackage(
         CQanhPackage(L"Contoso.Mail_x1", L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail", kVersion),
         L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail", FALSE, TRUE);
-}
-
-TEST_F(PackageTest, HasNeitherFullNameNorNameWhenItComesFromTheFile)
-{
+    // From the file it has neither full name nor name.
     ExpectPackage(CQanhPackage(L"Contoso.Mail_x1", kVersion, TRUE, FALSE), L"", L"", TRUE, FALSE);
 }
 

@@ -48,7 +48,7 @@ TEST_F(ManifestReaderFailures, WhatWasAddedBeforeAFaultStays)
 TEST_F(ManifestReaderFailures, AFaultBeforeTheTileLosesItsApplication)
 {
     EXPECT_EQ(Parse("<Package><Applications>" + Application("A", "a-tile") +
-                    "<Application><VisualElements DisplayName=\"B\"></X></VisualElements>"),
+                    "<Application><VisualElements DisplayName='B'></X></VisualElements>"),
               kMismatchedTag);
     EXPECT_EQ(NamesOf(m_package), (NameList{{L"a", L"a-tile"}}));
 }
@@ -64,7 +64,7 @@ TEST_F(ManifestReaderFailures, FilesThatAreNoXml)
 
 TEST_F(ManifestReaderFailures, ADocumentTypeIsRefused)
 {
-    EXPECT_TRUE(FAILED(Parse("<!DOCTYPE r [<!ENTITY e \"x\">]>" + Manifest(Application("&e;", "B")))));
+    EXPECT_TRUE(FAILED(Parse("<!DOCTYPE r [<!ENTITY e 'x'>]>" + Manifest(Application("&e;", "B")))));
     EXPECT_THAT(NamesOf(m_package), IsEmpty());
 }
 
@@ -72,7 +72,7 @@ TEST_F(ManifestReaderFailures, ADocumentOfOpenElementsEnds)
 {
     std::string text = "<Package><Applications>";
     for (int depth = 0; depth < 400; ++depth) {
-        text += "<Application><VisualElements DisplayName=\"A\"><DefaultTile ShortName=\"B\">";
+        text += "<Application><VisualElements DisplayName='A'><DefaultTile ShortName='B'>";
     }
     EXPECT_TRUE(FAILED(Parse(text)));
 }

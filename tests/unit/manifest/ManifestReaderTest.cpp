@@ -62,40 +62,39 @@ TEST_F(ManifestReader, LooksForWhatIsMissingInTheRestOfTheDocument)
                 Manifest(Named("A") + Application("B", "b-tile") + Application("C", "c-tile")),
                 {{L"a", L"b-tile"}, {L"c", L"c-tile"}});
     ExpectPlain("no tile before the visual elements",
-                Manifest("<Application><DefaultTile ShortName=\"a-tile\"/><VisualElements DisplayName=\"A\"/>"
+                Manifest("<Application><DefaultTile ShortName='a-tile'/><VisualElements DisplayName='A'/>"
                          "</Application>" +
                          Application("B", "b-tile")),
                 {{L"a", L"b-tile"}});
     ExpectPlain("a tile behind the visual elements",
-                Manifest("<Application><VisualElements DisplayName=\"A\"/><DefaultTile ShortName=\"a-tile\"/>"
+                Manifest("<Application><VisualElements DisplayName='A'/><DefaultTile ShortName='a-tile'/>"
                          "</Application>"),
                 {{L"a", L"a-tile"}});
     ExpectPlain("no short name when the last tile is missing",
                 Manifest(Application("A", "a-tile") + Named("B")), {{L"a", L"a-tile"}, {L"b", L""}});
     ExpectPlain("a tile outside of any application",
                 "<Package><Applications>" + Named("A") +
-                    "</Applications><Extensions><DefaultTile ShortName=\"far\"/></Extensions></Package>",
+                    "</Applications><Extensions><DefaultTile ShortName='far'/></Extensions></Package>",
                 {{L"a", L"far"}});
     ExpectPlain("the first tile only",
-                Manifest("<Application><VisualElements DisplayName=\"A\"><DefaultTile ShortName=\"1\"/>"
-                         "<DefaultTile ShortName=\"2\"/></VisualElements></Application>"),
+                Manifest("<Application><VisualElements DisplayName='A'><DefaultTile ShortName='1'/>"
+                         "<DefaultTile ShortName='2'/></VisualElements></Application>"),
                 {{L"a", L"1"}});
     ExpectPlain("the visual elements of the next application in place of missing ones",
-                Manifest("<Application Id=\"A\"/>" + Application("B", "b-tile") + Application("C", "c-tile")),
+                Manifest("<Application Id='A'/>" + Application("B", "b-tile") + Application("C", "c-tile")),
                 {{L"b", L"b-tile"}, {L"c", L"c-tile"}});
     ExpectPlain("empty names of an application with nothing at the end of the document",
-                Manifest(Application("A", "a-tile") + "<Application Id=\"B\"/>"),
+                Manifest(Application("A", "a-tile") + "<Application Id='B'/>"),
                 {{L"a", L"a-tile"}, {L"", L""}});
-    ExpectPlain(
-        "an empty name for a missing display name",
-        Manifest("<Application><VisualElements Logo=\"l\"><DefaultTile ShortName=\"A\"/></VisualElements>"
-                 "</Application>" +
-                 Application("B", "b-tile")),
-        {{L"", L"a"}, {L"b", L"b-tile"}});
+    ExpectPlain("an empty name for a missing display name",
+                Manifest("<Application><VisualElements Logo='l'><DefaultTile ShortName='A'/></VisualElements>"
+                         "</Application>" +
+                         Application("B", "b-tile")),
+                {{L"", L"a"}, {L"b", L"b-tile"}});
     ExpectPlain(
         "an empty name for a missing short name",
         Manifest(
-            "<Application><VisualElements DisplayName=\"A\"><DefaultTile/></VisualElements></Application>" +
+            "<Application><VisualElements DisplayName='A'><DefaultTile/></VisualElements></Application>" +
             Application("B", "b-tile")),
         {{L"a", L""}, {L"b", L"b-tile"}});
     ExpectPlain("empty names", Manifest(Application("", "") + Application("B", "b-tile")),
@@ -116,32 +115,31 @@ TEST_F(ManifestReader, LooksForWhatIsMissingInTheRestOfTheDocument)
 TEST_F(ManifestReader, KnowsElementsAndAttributesByTheirLocalNames)
 {
     ExpectPlain("elements and attributes in any letter case",
-                "<PACKAGE><aPPLICATIONS><application><visualelements displayname=\"A\">"
-                "<DEFAULTTILE SHORTNAME=\"B\"/></visualelements></application></aPPLICATIONS></PACKAGE>",
+                "<PACKAGE><aPPLICATIONS><application><visualelements displayname='A'>"
+                "<DEFAULTTILE SHORTNAME='B'/></visualelements></application></aPPLICATIONS></PACKAGE>",
                 {{L"a", L"b"}});
     ExpectPlain("elements of the whole name",
                 "<Package><ApplicationsX><Application/></ApplicationsX><Application/><Applications>"
-                "<ApplicationX><VisualElements DisplayName=\"no\"/></ApplicationX><Applicatio/>"
-                "<Application><VisualElementsX DisplayName=\"no\"/><VisualElement DisplayName=\"no\"/>"
-                "<VisualElements DisplayName=\"A\"><DefaultTileX ShortName=\"no\"/>"
-                "<DefaultTil ShortName=\"no\"/><DefaultTile ShortName=\"B\"/></VisualElements>"
+                "<ApplicationX><VisualElements DisplayName='no'/></ApplicationX><Applicatio/>"
+                "<Application><VisualElementsX DisplayName='no'/><VisualElement DisplayName='no'/>"
+                "<VisualElements DisplayName='A'><DefaultTileX ShortName='no'/>"
+                "<DefaultTil ShortName='no'/><DefaultTile ShortName='B'/></VisualElements>"
                 "</Application></Applications></Package>",
                 {{L"a", L"b"}});
-    ExpectPlain(
-        "attributes of the whole name",
-        Manifest("<Application><VisualElements DisplayNameX=\"no\" DisplayNam=\"no\" XDisplayName=\"no\" "
-                 "DisplayName=\"A\" Other=\"no\"><DefaultTile ShortNameX=\"no\" ShortNam=\"no\" "
-                 "ShortName=\"B\"/></VisualElements></Application>"),
-        {{L"a", L"b"}});
+    ExpectPlain("attributes of the whole name",
+                Manifest("<Application><VisualElements DisplayNameX='no' DisplayNam='no' XDisplayName='no' "
+                         "DisplayName='A' Other='no'><DefaultTile ShortNameX='no' ShortNam='no' "
+                         "ShortName='B'/></VisualElements></Application>"),
+                {{L"a", L"b"}});
     // Of two attributes of one local name the first is taken.
     ExpectPlain("elements and attributes of any prefix and namespace",
-                "<x:Package xmlns:x=\"urn:x\" xmlns:y=\"urn:y\"><x:Applications><Application>"
+                "<x:Package xmlns:x='urn:x' xmlns:y='urn:y'><x:Applications><Application>"
                 "<y:VisualElements y:DisplayName=\"A\" DisplayName=\"second\">"
-                "<DefaultTile xmlns=\"urn:z\" x:ShortName=\"B\"/></y:VisualElements></Application>"
+                "<DefaultTile xmlns='urn:z' x:ShortName='B'/></y:VisualElements></Application>"
                 "</x:Applications></x:Package>",
                 {{L"a", L"b"}});
     ExpectPlain("elements only",
-                Manifest("<!-- <Application><VisualElements DisplayName=\"no\"/></Application> -->"
+                Manifest("<!-- <Application><VisualElements DisplayName='no'/></Application> -->"
                          "<?Application VisualElements?><![CDATA[<Application>]]>Application" +
                          Application("A", "B")),
                 {{L"a", L"b"}});

@@ -185,8 +185,8 @@ TEST_P(ManifestWholeWalk, EndsWithTheReadersFailureAtAnyNode)
 TEST_P(ManifestWholeWalk, EndsWithTheReadersFailureAtAnyAttribute)
 {
     // Both elements have an attribute before the one that is wanted.
-    const std::string element = "<Application><VisualElements x=\"\" DisplayName=\"A\"/><DefaultTile x=\"\" "
-                                "ShortName=\"B\"/></Application>";
+    const std::string element = "<Application><VisualElements x='' DisplayName='A'/><DefaultTile x='' "
+                                "ShortName='B'/></Application>";
     Write(Manifest(element + element));
     for (int index = 0; index < 4; ++index) {
         for (const char* method : {"MoveToFirstAttribute", "MoveToNextAttribute"}) {
