@@ -40,7 +40,7 @@ public:
     TellingApp(const TellingApp&) = delete;
     TellingApp& operator=(const TellingApp&) = delete;
 
-    HRESULT AddToExcludeAppNameList(const wchar_t*, ExcludeList*, BOOL*) const override { return S_OK; }
+    HRESULT AddToExcludeAppNameList(const WantedName&, ExcludeList*, BOOL*) const override { return S_OK; }
     HRESULT ToXmlNode(IXmlWriter*) const override { return S_OK; }
 };
 

@@ -2,34 +2,11 @@
 
 #include "catalog/AppNameList.h"
 
-#include "catalog/ExcludeList.h"
-#include "support/LogCapture.h"
-#include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Answer;
-using test::Excluding;
-using test::kFound;
-using test::kNothing;
-using testing::ElementsAre;
-
-Answer Ask(const CQanhAppNameList& list, const wchar_t* wantedName)
-{
-    ExcludeList excluded;
-    Answer answer;
-    answer.result = list.GetExcludeAppNameList(wantedName, &excluded, &answer.found);
-    answer.excluded = test::Names(excluded);
-    return answer;
-}
+using namespace test;
 
 constexpr char kCatalogue[] = R"(<Applications><MetroApps>
 <Package PackageFamilyName="mail_1"><MetroApp DisplayName="mail and calendar"/><MetroApp DisplayName="x" ShortName="my mail"/></Package>
@@ -47,10 +24,10 @@ constexpr char kCatalogue[] = R"(<Applications><MetroApps>
 <DesktopApp DisplayName="web mail" LnkFileName="C:\7.lnk"/>
 </DesktopApps></Applications>)";
 
-class AppNameListExclude : public testing::Test
+class AppNameListExclude : public Test
 {
 protected:
-    AppNameListExclude() { test::LoadText(m_list, kCatalogue); }
+    AppNameListExclude() { LoadText(m_list, kCatalogue); }
 
     CQanhAppNameList m_list;
 };
@@ -62,32 +39,22 @@ TEST_F(AppNameListExclude, CollectsNamesInTheOrderOfTheCatalogueOnceEach)
         (Answer{S_OK, 1, {L"mail and calendar", L"my mail", L"web mail", L"mail merge", L"a mail reader"}}));
 }
 
-TEST_F(AppNameListExclude, FindsAStoreApplicationByItsTokens)
+TEST_F(AppNameListExclude, FindsAStoreApplicationByItsTokensAndNotByItsExactName)
 {
     EXPECT_EQ(Ask(m_list, L"Word Viewer"), kFound);
-}
-
-TEST_F(AppNameListExclude, DoesNotFindAStoreApplicationByItsExactName)
-{
     EXPECT_EQ(Ask(m_list, L"viewer word"), kNothing);
 }
 
-TEST_F(AppNameListExclude, KeepsWhatAPackageFoundThoughTheOthersDoNot)
+TEST_F(AppNameListExclude, KeepsWhatARecordFoundThoughTheOthersDoNot)
 {
-    CQanhAppNameList list;
-    test::LoadText(
-        list,
-        R"(<a><Package><MetroApp DisplayName="b a"/></Package><Package><MetroApp DisplayName="c"/></Package>
-                            <DesktopApps><DesktopApp DisplayName="c"/></DesktopApps></a>)");
-    EXPECT_EQ(Ask(list, L"a b"), kFound);
-}
-
-TEST_F(AppNameListExclude, KeepsWhatADesktopAppFoundThoughTheNextDoesNot)
-{
-    CQanhAppNameList list;
-    test::LoadText(
-        list, R"(<DesktopApps><DesktopApp DisplayName="a"/><DesktopApp DisplayName="b"/></DesktopApps>)");
-    EXPECT_EQ(Ask(list, L"a"), kFound);
+    CQanhAppNameList packages;
+    LoadText(packages, R"(<a><Package><MetroApp DisplayName="b a"/></Package>
+        <Package><MetroApp DisplayName="c"/></Package><DesktopApps><DesktopApp DisplayName="c"/></DesktopApps></a>)");
+    EXPECT_EQ(Ask(packages, L"a b"), kFound);
+    CQanhAppNameList desktopApps;
+    LoadText(desktopApps,
+             R"(<DesktopApps><DesktopApp DisplayName="a"/><DesktopApp DisplayName="b"/></DesktopApps>)");
+    EXPECT_EQ(Ask(desktopApps, L"a"), kFound);
 }
 
 TEST_F(AppNameListExclude, DoesNotFindDualModeAppsByTheirExactName)
@@ -103,12 +70,9 @@ TEST_F(AppNameListExclude, ClearsFoundWhenThereIsNothing)
 
 TEST_F(AppNameListExclude, AddsToWhatTheListHoldsAlready)
 {
-    ExcludeList excluded;
-    EXPECT_EQ(excluded.AddUnique(L"WEB MAIL"), S_OK);
-    BOOL found = 7;
-    EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", &excluded, &found), S_OK);
-    EXPECT_THAT(test::Names(excluded),
-                ElementsAre(L"WEB MAIL", L"mail and calendar", L"my mail", L"mail merge", L"a mail reader"));
+    EXPECT_EQ(
+        Ask(m_list, L"mail", {L"WEB MAIL"}),
+        (Answer{S_OK, 1, {L"WEB MAIL", L"mail and calendar", L"my mail", L"mail merge", L"a mail reader"}}));
 }
 
 TEST_F(AppNameListExclude, FollowsTheInstalledFlags)
@@ -120,24 +84,16 @@ TEST_F(AppNameListExclude, FollowsTheInstalledFlags)
 
 TEST_F(AppNameListExclude, ChecksItsArgumentsAndTouchesNothingThen)
 {
-    ExcludeList excluded;
-    BOOL found = 7;
-    EXPECT_EQ(m_list.GetExcludeAppNameList(nullptr, &excluded, &found), E_POINTER);
-    EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", nullptr, &found), E_POINTER);
-    EXPECT_EQ(m_list.GetExcludeAppNameList(L"mail", &excluded, nullptr), E_POINTER);
-    EXPECT_EQ(m_list.GetExcludeAppNameList(L"", nullptr, &found), E_POINTER);
-    EXPECT_EQ(m_list.GetExcludeAppNameList(L"", &excluded, &found), E_INVALIDARG);
-    EXPECT_EQ(found, 7);
-    EXPECT_TRUE(excluded.IsEmpty());
+    ExpectArgumentChecks(m_list);
 }
 
 TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
 {
     CQanhAppNameList list;
-    test::RecordProbe::Events events;
+    RecordProbe::Events events;
     for (const wchar_t* name : {L"a", L"b"}) {
         auto package = std::make_unique<CQanhPackage>(name, RecordVersion(), FALSE, TRUE);
-        auto probe = std::make_unique<test::RecordProbe>(name, &events);
+        auto probe = std::make_unique<RecordProbe>(name, &events);
         probe->result = E_OUTOFMEMORY;
         EXPECT_EQ(package->AddApplication(std::move(probe)), S_OK);
         EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
@@ -150,36 +106,28 @@ TEST_F(AppNameListExclude, IgnoresWhatTheRecordsReturn)
 TEST_F(AppNameListExclude, LogsEveryRecordThatIsAsked)
 {
     CQanhAppNameList list;
-    test::LoadText(
-        list,
-        R"(<a><Package><MetroApp DisplayName="Mail"/></Package><Package IsInstalled="0"><MetroApp/></Package>
-                            <DesktopApps><DesktopApp DisplayName="mail"/><DesktopApp IsInstalled="0"/></DesktopApps></a>)");
-    const test::LogCapture log;
+    LoadText(list,
+             R"(<a><Package><MetroApp DisplayName="Mail"/></Package><Package IsInstalled="0"><MetroApp/>
+        </Package><DesktopApps><DesktopApp DisplayName="mail"/><DesktopApp IsInstalled="0"/></DesktopApps></a>)");
+    const LogCapture log;
     Ask(list, L"mail");
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::GetExcludeAppNameList(mail) IN",
-                                         "CQanhPackage::AddAppNameToExcludeList(mail) IN",
-                                         "CQanhMetroApp::AddToExcludeAppNameList(mail) IN",
-                                         "CQanhMetroApp::AddToExcludeAppNameList OUT(0x00000000)",
-                                         "CQanhPackage::AddAppNameToExcludeList OUT",
-                                         "CQanhPackage::AddAppNameToExcludeList(mail) IN",
-                                         "CQanhPackage::AddAppNameToExcludeList OUT",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList(mail) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000000)",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList(mail) IN",
-                                         "CQanhDesktopApp::AddToExcludeAppNameList OUT(0x00000001)",
-                                         "CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)"));
+    EXPECT_EQ(log.Lines(),
+              Step("CQanhAppNameList::GetExcludeAppNameList(mail)", "OUT(0x00000000)",
+                   {Step("CQanhPackage::AddAppNameToExcludeList(mail)", "OUT",
+                         {Step("CQanhMetroApp::AddToExcludeAppNameList(mail)", "OUT(0x00000000)")}),
+                    Step("CQanhPackage::AddAppNameToExcludeList(mail)", "OUT"),
+                    Step("CQanhDesktopApp::AddToExcludeAppNameList(mail)", "OUT(0x00000000)"),
+                    Step("CQanhDesktopApp::AddToExcludeAppNameList(mail)", "OUT(0x00000001)")}));
 }
 
 TEST_F(AppNameListExclude, LogsItsEarlyExits)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     ExcludeList excluded;
     EXPECT_EQ(m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr), E_POINTER);
     Ask(m_list, L"");
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::GetExcludeAppNameList((null)) IN",
-                                         "CQanhAppNameList::GetExcludeAppNameList OUT(0x80004003)",
-                                         "CQanhAppNameList::GetExcludeAppNameList() IN",
-                                         "CQanhAppNameList::GetExcludeAppNameList OUT(0x80070057)"));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::GetExcludeAppNameList((null))", "OUT(0x80004003)"),
+                                Step("CQanhAppNameList::GetExcludeAppNameList()", "OUT(0x80070057)")}));
 }
 
 } // namespace

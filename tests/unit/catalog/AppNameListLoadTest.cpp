@@ -2,36 +2,19 @@
 
 #include "catalog/AppNameList.h"
 
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "unit/catalog/CatalogFile.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "unit/catalog/Records.h"
 
 namespace {
 
-using test::LoadText;
+using namespace test;
 
-// What the catalogue holds after it loaded the document: its records in one line, as they would be saved.
-std::string Loaded(std::string_view document)
+// The catalogue holds these records after it loaded the document.
+void ExpectLoaded(std::string_view document, const std::string& records)
 {
+    SCOPED_TRACE(document);
     CQanhAppNameList list;
     EXPECT_EQ(LoadText(list, document), S_FALSE);
-    const std::string saved = test::SavedText(list);
-    const std::string head = test::Document({});
-    EXPECT_EQ(saved.substr(0, head.size()), head);
-    std::string records;
-    for (const std::string& line : test::Split(saved.substr(head.size()), "\r\n")) {
-        const std::string element = line.substr(std::min(line.find('<'), line.size()));
-        if (element.find("MetroApps") == std::string::npos &&
-            element.find("DesktopApps") == std::string::npos) {
-            records += element;
-        }
-    }
-    return records;
+    EXPECT_EQ(SavedRecords(list), records);
 }
 
 constexpr char kPackageA[] = R"(<Package PackageFamilyName="a_1" Version="0.0.0.0" />)";
@@ -43,9 +26,9 @@ constexpr char kPackagesAAndBAndDesktopAppD[] =
 
 TEST(AppNameListLoad, ReadsPackagesWithTheirAppsAndDesktopApps)
 {
-    const test::ScopedEnvironment variable(L"QanhMenu", L"C:\\Menu");
+    const ScopedEnvironment variable(L"QanhMenu", L"C:\\Menu");
     // Build and revision trade places each time.
-    EXPECT_EQ(Loaded(R"(<?xml version="1.0" encoding="UTF-8"?>
+    ExpectLoaded(R"(<?xml version="1.0" encoding="UTF-8"?>
 <Applications>
   <MetroApps>
     <Package PackageFamilyName="mail_1" Version="6.2.9200.16384">
@@ -59,15 +42,15 @@ TEST(AppNameListLoad, ReadsPackagesWithTheirAppsAndDesktopApps)
     <DesktopApp DisplayName="Calc" LnkFileName="C:\Calc.lnk" LocalizeName="c" RubyDisplayName="k" IsDualMode="1" />
   </DesktopApps>
 </Applications>
-)"),
-              R"(<Package PackageFamilyName="mail_1" Version="6.2.16384.9200">)"
-              R"(<MetroApp DisplayName="Mail" RubyDisplayName="m" />)"
-              R"(<MetroApp DisplayName="People" ShortName="P" />)"
-              R"(</Package>)"
-              R"(<Package PackageFamilyName="word_1" Version="1.0.0.0" NeedReserve="1" IsInstalled="0" />)"
-              R"(<DesktopApp DisplayName="Word" LnkFileName="C:\Menu\Word.lnk" NeedReserve="1" />)"
-              R"(<DesktopApp DisplayName="Calc" LnkFileName="C:\Calc.lnk" LocalizeName="c" )"
-              R"(RubyDisplayName="k" IsDualMode="1" />)");
+)",
+                 R"(<Package PackageFamilyName="mail_1" Version="6.2.16384.9200">)"
+                 R"(<MetroApp DisplayName="Mail" RubyDisplayName="m" />)"
+                 R"(<MetroApp DisplayName="People" ShortName="P" />)"
+                 R"(</Package>)"
+                 R"(<Package PackageFamilyName="word_1" Version="1.0.0.0" NeedReserve="1" IsInstalled="0" />)"
+                 R"(<DesktopApp DisplayName="Word" LnkFileName="C:\Menu\Word.lnk" NeedReserve="1" />)"
+                 R"(<DesktopApp DisplayName="Calc" LnkFileName="C:\Calc.lnk" LocalizeName="c" )"
+                 R"(RubyDisplayName="k" IsDualMode="1" />)");
 }
 
 TEST(AppNameListLoad, AppendsToWhatIsThereWithoutATestForDuplicates)
@@ -84,12 +67,10 @@ TEST(AppNameListLoad, AppendsToWhatIsThereWithoutATestForDuplicates)
 
 TEST(AppNameListLoad, ReadsPackagesWhereverTheyStand)
 {
-    EXPECT_EQ(Loaded(R"(<Package PackageFamilyName="a_1"><MetroApp DisplayName="m"/></Package>)"),
-              kPackageAWithM);
-    EXPECT_EQ(
-        Loaded(
-            R"(<r><Package PackageFamilyName="a_1"/><MetroApps><Package PackageFamilyName="b_1"/></MetroApps>
-                  <x><y><z><Package PackageFamilyName="c_1"/></z></y></x><Package PackageFamilyName="d_1"/></r>)"),
+    ExpectLoaded(R"(<Package PackageFamilyName="a_1"><MetroApp DisplayName="m"/></Package>)", kPackageAWithM);
+    ExpectLoaded(
+        R"(<r><Package PackageFamilyName="a_1"/><MetroApps><Package PackageFamilyName="b_1"/></MetroApps>
+              <x><y><z><Package PackageFamilyName="c_1"/></z></y></x><Package PackageFamilyName="d_1"/></r>)",
         R"(<Package PackageFamilyName="a_1" Version="0.0.0.0" />)"
         R"(<Package PackageFamilyName="b_1" Version="0.0.0.0" />)"
         R"(<Package PackageFamilyName="c_1" Version="0.0.0.0" />)"
@@ -98,57 +79,44 @@ TEST(AppNameListLoad, ReadsPackagesWhereverTheyStand)
 
 TEST(AppNameListLoad, ReadsDesktopAppsWhereverTheyStand)
 {
-    EXPECT_EQ(Loaded(R"(<DesktopApps><DesktopApp DisplayName="a"/></DesktopApps>)"),
-              R"(<DesktopApp DisplayName="a" />)");
-    EXPECT_EQ(
-        Loaded(
-            R"(<r><x><DesktopApps><y><DesktopApp DisplayName="a"/></y></DesktopApps></x><MetroApps><DesktopApps>
-                  <DesktopApp DisplayName="b"><DesktopApp DisplayName="c"/></DesktopApp></DesktopApps></MetroApps></r>)"),
+    ExpectLoaded(R"(<DesktopApps><DesktopApp DisplayName="a"/></DesktopApps>)",
+                 R"(<DesktopApp DisplayName="a" />)");
+    ExpectLoaded(
+        R"(<r><x><DesktopApps><y><DesktopApp DisplayName="a"/></y></DesktopApps></x><MetroApps><DesktopApps>
+              <DesktopApp DisplayName="b"><DesktopApp DisplayName="c"/></DesktopApp></DesktopApps></MetroApps></r>)",
         R"(<DesktopApp DisplayName="a" /><DesktopApp DisplayName="b" /><DesktopApp DisplayName="c" />)");
 }
 
-TEST(AppNameListLoad, NeedsTheCollectionForDesktopAppsAndThePackageForStoreApps)
+TEST(AppNameListLoad, KnowsElementsByTheirNames)
 {
-    EXPECT_EQ(Loaded(R"(<r><DesktopApp DisplayName="a"/><MetroApps><MetroApp DisplayName="b"/>
-                        <DesktopApp DisplayName="c"/></MetroApps></r>)"),
-              "");
-}
-
-TEST(AppNameListLoad, MatchesNamesInAnyLetterCase)
-{
-    EXPECT_EQ(
-        Loaded(R"(<APPLICATIONS><metroapps><PACKAGE PACKAGEFAMILYNAME="a_1" VERSION="1.2.3.4" NEEDRESERVE="1"
-                  ISINSTALLED="0"><mETROaPP DISPLAYNAME="m" SHORTNAME="s"/></PACKAGE></metroapps><desktopapps>
-                  <DESKTOPAPP DISPLAYNAME="d" lnkfilename="C:\d.lnk" isdualmode="1"/></desktopapps></APPLICATIONS>)"),
+    // In any letter case.
+    ExpectLoaded(
+        R"(<APPLICATIONS><metroapps><PACKAGE PACKAGEFAMILYNAME="a_1" VERSION="1.2.3.4" NEEDRESERVE="1"
+              ISINSTALLED="0"><mETROaPP DISPLAYNAME="m" SHORTNAME="s"/></PACKAGE></metroapps><desktopapps>
+              <DESKTOPAPP DISPLAYNAME="d" lnkfilename="C:\d.lnk" isdualmode="1"/></desktopapps></APPLICATIONS>)",
         R"(<Package PackageFamilyName="a_1" Version="1.2.4.3" NeedReserve="1" IsInstalled="0">)"
         R"(<MetroApp DisplayName="m" ShortName="s" /></Package>)"
         R"(<DesktopApp DisplayName="d" LnkFileName="C:\d.lnk" IsDualMode="1" />)");
-}
-
-TEST(AppNameListLoad, MatchesWholeNames)
-{
-    EXPECT_EQ(Loaded(R"(<r><Packages PackageFamilyName="a"/><Packag PackageFamilyName="a"/><Pack/><P/>
-                        <DesktopAppsX><DesktopApp DisplayName="a"/></DesktopAppsX><DesktopApp><DesktopApp/></DesktopApp>
-                        <DesktopApps><DesktopAppX DisplayName="a"/><DesktopAp DisplayName="a"/></DesktopApps></r>)"),
-              "");
-}
-
-TEST(AppNameListLoad, MatchesNamesWithoutTheirPrefixes)
-{
-    EXPECT_EQ(
-        Loaded(R"(<q:Applications xmlns:q="urn:q" xmlns:Package="urn:p"><q:Package q:PackageFamilyName="a_1"
-                        q:Version="1.2.3.4"><q:MetroApp q:DisplayName="m"/></q:Package>
-                        <Package:x PackageFamilyName="b_1"/></q:Applications>)"),
+    // As a whole.
+    ExpectLoaded(
+        R"(<r><Packages PackageFamilyName="a"/><Packag PackageFamilyName="a"/><Pack/><P/>
+              <DesktopAppsX><DesktopApp DisplayName="a"/></DesktopAppsX><DesktopApp><DesktopApp/></DesktopApp>
+              <DesktopApps><DesktopAppX DisplayName="a"/><DesktopAp DisplayName="a"/></DesktopApps></r>)",
+        "");
+    // Without their prefixes.
+    ExpectLoaded(
+        R"(<q:Applications xmlns:q="urn:q" xmlns:Package="urn:p"><q:Package q:PackageFamilyName="a_1"
+              q:Version="1.2.3.4"><q:MetroApp q:DisplayName="m"/></q:Package>
+              <Package:x PackageFamilyName="b_1"/></q:Applications>)",
         R"(<Package PackageFamilyName="a_1" Version="1.2.4.3"><MetroApp DisplayName="m" /></Package>)");
 }
 
 TEST(AppNameListLoad, PassesOverEverythingElse)
 {
-    EXPECT_EQ(
-        Loaded(R"(<!-- <Package/> --><?Package x?><Applications>text<!-- <Package/> --><Unknown Package="1">
-                        <MetroApps/></Unknown><![CDATA[<Package/>]]><Package PackageFamilyName="a_1"/>&lt;Package/&gt;
-                        <?DesktopApps x?></Applications><!-- end -->)"),
-        kPackageA);
+    ExpectLoaded(R"(<!-- <Package/> --><?Package x?><Applications>text<!-- <Package/> --><Unknown Package="1">
+                       <MetroApps/></Unknown><![CDATA[<Package/>]]><Package PackageFamilyName="a_1"/>&lt;Package/&gt;
+                       <?DesktopApps x?></Applications><!-- end -->)",
+                 kPackageA);
 }
 
 TEST(AppNameListLoad, LosesNothingBehindAnEmptyElement)
@@ -163,33 +131,33 @@ TEST(AppNameListLoad, LosesNothingBehindAnEmptyElement)
           R"(<r><MetroApps><Package PackageFamilyName="a_1"/></MetroApps>)"
           R"(<x><DesktopApps/></x><Package PackageFamilyName="b_1"/>)"
           R"(<DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></r>)"}) {
-        EXPECT_EQ(Loaded(document), kPackagesAAndBAndDesktopAppD) << document;
+        ExpectLoaded(document, kPackagesAAndBAndDesktopAppD);
     }
 }
 
-TEST(AppNameListLoad, GivesTheAppsBehindAnEmptyPackageToNobody)
+TEST(AppNameListLoad, GivesAppsToTheRecordThatTheyStandIn)
 {
-    EXPECT_EQ(Loaded(R"(<r><Package PackageFamilyName="a_1"/><MetroApp DisplayName="m"/></r>)"), kPackageA);
-    EXPECT_EQ(Loaded(R"(<r><x><DesktopApps/></x><DesktopApp DisplayName="m"/></r>)"), "");
-}
-
-TEST(AppNameListLoad, TakesWhatStandsWithinARecordForAPartOfIt)
-{
+    // Desktop applications need the collection, Store applications the package.
+    ExpectLoaded(R"(<r><DesktopApp DisplayName="a"/><MetroApps><MetroApp DisplayName="b"/>
+                       <DesktopApp DisplayName="c"/></MetroApps></r>)",
+                 "");
+    // What stands behind an empty element is nobody's.
+    ExpectLoaded(R"(<r><Package PackageFamilyName="a_1"/><MetroApp DisplayName="m"/></r>)", kPackageA);
+    ExpectLoaded(R"(<r><x><DesktopApps/></x><DesktopApp DisplayName="m"/></r>)", "");
     // A package within a package is none, but its applications are the outer one's.
-    EXPECT_EQ(
-        Loaded(
-            R"(<r><Package PackageFamilyName="a_1"><Package PackageFamilyName="b_1"><MetroApp DisplayName="m"/>
-                  </Package><DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></Package></r>)"),
+    ExpectLoaded(
+        R"(<r><Package PackageFamilyName="a_1"><Package PackageFamilyName="b_1"><MetroApp DisplayName="m"/>
+              </Package><DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></Package></r>)",
         kPackageAWithM);
-    EXPECT_EQ(Loaded(R"(<r><DesktopApps><Package PackageFamilyName="a_1"><MetroApp/></Package>
-                        <DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></DesktopApps></r>)"),
-              R"(<DesktopApp DisplayName="d" />)");
+    ExpectLoaded(R"(<r><DesktopApps><Package PackageFamilyName="a_1"><MetroApp/></Package>
+                       <DesktopApps><DesktopApp DisplayName="d"/></DesktopApps></DesktopApps></r>)",
+                 R"(<DesktopApp DisplayName="d" />)");
 }
 
 TEST(AppNameListLoad, ReadsRecordsWithoutAttributes)
 {
-    EXPECT_EQ(Loaded("<r><Package><MetroApp/></Package><DesktopApps><DesktopApp/></DesktopApps></r>"),
-              R"(<Package PackageFamilyName="" Version="0.0.0.0"><MetroApp /></Package><DesktopApp />)");
+    ExpectLoaded("<r><Package><MetroApp/></Package><DesktopApps><DesktopApp/></DesktopApps></r>",
+                 R"(<Package PackageFamilyName="" Version="0.0.0.0"><MetroApp /></Package><DesktopApp />)");
 }
 
 TEST(AppNameListLoad, ReadsEveryEncodingThatTheReaderKnows)
@@ -197,22 +165,22 @@ TEST(AppNameListLoad, ReadsEveryEncodingThatTheReaderKnows)
     const std::string name = "\xE3\x83\xA1\xE3\x83\xBC\xE3\x83\xAB \xF0\x9F\x98\x80";
     const std::string utf8 =
         R"(<r><Package PackageFamilyName="a_1"><MetroApp DisplayName=")" + name + R"("/></Package></r>)";
-    const std::wstring wide = L"\xFEFF" + test::FromUtf8(utf8);
+    const std::wstring wide = L"\xFEFF" + FromUtf8(utf8);
     for (const std::string& document :
          {utf8, "\xEF\xBB\xBF" + utf8, "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\n" + utf8,
           std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(wchar_t))}) {
-        EXPECT_EQ(Loaded(document),
-                  R"(<Package PackageFamilyName="a_1" Version="0.0.0.0"><MetroApp DisplayName=")" + name +
-                      R"(" /></Package>)");
+        ExpectLoaded(document,
+                     R"(<Package PackageFamilyName="a_1" Version="0.0.0.0"><MetroApp DisplayName=")" + name +
+                         R"(" /></Package>)");
     }
 }
 
 TEST(AppNameListLoad, TakesLineEndsOfEveryKind)
 {
     for (const std::string end : {"\n", "\r\n", "\r", "\t", ""}) {
-        EXPECT_EQ(Loaded(R"(<?xml version="1.0"?>)" + end + "<r>" + end +
-                         R"(<Package PackageFamilyName="a_1"/>)" + end + "</r>" + end),
-                  kPackageA);
+        ExpectLoaded(R"(<?xml version="1.0"?>)" + end + "<r>" + end +
+                         R"(<Package PackageFamilyName="a_1"/>)" + end + "</r>" + end,
+                     kPackageA);
     }
 }
 
@@ -225,9 +193,9 @@ TEST(AppNameListLoad, ReadsThousandsOfRecordsAndLongNames)
     text += "</DesktopApps><Package PackageFamilyName='" + std::string(100000, 'p') + "'/></r>";
     CQanhAppNameList list;
     EXPECT_EQ(LoadText(list, text), S_FALSE);
-    const std::vector<WideString> shortcuts = list.DesktopShortcuts();
+    const std::vector<std::wstring> shortcuts = Names(list.DesktopShortcuts());
     ASSERT_EQ(shortcuts.size(), 3000u);
-    EXPECT_STREQ(shortcuts[2999].c_str(), L"C:\\2999.lnk");
+    EXPECT_EQ(shortcuts[2999], L"C:\\2999.lnk");
     EXPECT_NE(list.GetPackage(std::wstring(100000, L'p').c_str()), nullptr);
 }
 

@@ -2,48 +2,26 @@
 
 #include "catalog/AppNameList.h"
 
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "unit/catalog/CatalogFile.h"
-
-#include <gmock/gmock.h>
+#include "unit/catalog/Records.h"
 
 #include <atomic>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <thread>
-#include <vector>
 
 namespace {
 
-using test::SavedText;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
-constexpr std::string_view kMail = "    <Package PackageFamilyName=\"mail_1\" Version=\"1.0.0.0\">\r\n"
-                                   "      <MetroApp DisplayName=\"Mail\" />\r\n"
-                                   "    </Package>";
-
-class AppNameListReload : public testing::Test
+class AppNameListReload : public Test
 {
 protected:
     HRESULT Reload(std::string_view text)
     {
-        test::WriteFileBytes(m_path, text);
+        WriteFileBytes(m_path, text);
         return m_list.Reload(m_path.c_str());
     }
-    std::vector<std::wstring> Shortcuts() const
-    {
-        std::vector<std::wstring> shortcuts;
-        for (const WideString& shortcut : m_list.DesktopShortcuts()) {
-            shortcuts.emplace_back(shortcut.c_str());
-        }
-        return shortcuts;
-    }
+    std::vector<std::wstring> Shortcuts() const { return Names(m_list.DesktopShortcuts()); }
 
-    test::TemporaryFolder m_folder;
+    TemporaryFolder m_folder;
     const std::wstring m_path = m_folder / L"AppNameList.xml";
     CQanhAppNameList m_list;
 };
@@ -53,11 +31,12 @@ TEST_F(AppNameListReload, PutsTheFilesRecordsInThePlaceOfAllOthers)
     ASSERT_EQ(m_list.AddDesktopApp(L"old", L"C:\\old.lnk"), S_OK);
     ASSERT_EQ(m_list.AddMetroPackage(std::make_unique<CQanhPackage>(L"old_1", RecordVersion(), TRUE, TRUE)),
               S_OK);
-    const std::string text = test::Document(
-        {"  <MetroApps>", kMail, "  </MetroApps>", "  <DesktopApps>",
-         "    <DesktopApp DisplayName=\"New\" LnkFileName=\"C:\\new.lnk\" />", "  </DesktopApps>"});
-    EXPECT_EQ(Reload(text + "\r\n</Applications>"), S_FALSE);
-    EXPECT_EQ(SavedText(m_list), text);
+    EXPECT_EQ(Reload("<r><Package PackageFamilyName='mail_1' Version='1.0.0.0'><MetroApp DisplayName='Mail'/>"
+                     "</Package><DesktopApps><DesktopApp LnkFileName='C:\\new.lnk'/></DesktopApps></r>"),
+              S_FALSE);
+    EXPECT_EQ(SavedRecords(m_list),
+              R"(<Package PackageFamilyName="mail_1" Version="1.0.0.0"><MetroApp DisplayName="Mail" />)"
+              R"(</Package><DesktopApp LnkFileName="C:\new.lnk" />)");
 }
 
 TEST_F(AppNameListReload, LeavesAllAsItWasWhenTheFileCannotBeOpened)
@@ -82,8 +61,8 @@ TEST_F(AppNameListReload, TakesWhatABrokenFileHoldsUpToItsFault)
 TEST_F(AppNameListReload, KeepsToTheListsLimit)
 {
     CQanhAppNameList list(1);
-    test::WriteFileBytes(m_path, "<Applications><DesktopApps><DesktopApp DisplayName=\"a\" />"
-                                 "<DesktopApp DisplayName=\"b\" /></DesktopApps></Applications>");
+    WriteFileBytes(m_path, "<Applications><DesktopApps><DesktopApp DisplayName=\"a\" />"
+                           "<DesktopApp DisplayName=\"b\" /></DesktopApps></Applications>");
     EXPECT_EQ(list.Reload(m_path.c_str()), S_FALSE);
     EXPECT_EQ(list.DesktopShortcuts().size(), 1u);
     EXPECT_EQ(list.AddDesktopApp(L"c", L"C:\\c.lnk"), E_OUTOFMEMORY);
@@ -91,10 +70,9 @@ TEST_F(AppNameListReload, KeepsToTheListsLimit)
 
 TEST_F(AppNameListReload, LogsTheLinesOfALoad)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Reload("<Applications />"), S_FALSE);
-    const std::string in = "CQanhAppNameList::Load(" + test::ToUtf8(m_path) + ") IN";
-    EXPECT_THAT(log.Lines(), ElementsAre(in, "CQanhAppNameList::Load OUT(0x00000001)"));
+    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "OUT(0x00000001)"));
 }
 
 TEST_F(AppNameListReload, IsSeenAsOneStep)
@@ -106,7 +84,7 @@ TEST_F(AppNameListReload, IsSeenAsOneStep)
         for (int record = 0; record < 30; ++record) {
             xml += std::string("<DesktopApp LnkFileName=\"") + names[file] + "\" />";
         }
-        test::WriteFileBytes(paths[file], xml + "</DesktopApps></Applications>");
+        WriteFileBytes(paths[file], xml + "</DesktopApps></Applications>");
     }
     ASSERT_EQ(m_list.Reload(paths[0].c_str()), S_FALSE);
     std::atomic<bool> isOver = false;
@@ -120,7 +98,7 @@ TEST_F(AppNameListReload, IsSeenAsOneStep)
         const std::vector<std::wstring> shortcuts = Shortcuts();
         EXPECT_EQ(shortcuts.size(), 30u);
         const std::wstring first = shortcuts.empty() ? L"" : shortcuts.front();
-        EXPECT_THAT(shortcuts, testing::Each(first));
+        EXPECT_THAT(shortcuts, Each(first));
         ++seen[first == L"b.lnk"];
     }
     isOver = true;

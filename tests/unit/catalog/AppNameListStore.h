@@ -1,35 +1,52 @@
 #pragma once
 
-#include "catalog/AppNameList.h"
-#include "catalog/ExcludeList.h"
 #include "common/Apartment.h"
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
-#include "support/LogCapture.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
 #include "unit/catalog/Records.h"
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
-#include <string>
-#include <vector>
+#include <optional>
 
 namespace store_test {
 
+using namespace test;
+
 inline constexpr wchar_t kFamily[] = L"Contoso.Mail_8wekyb3d8bbwe";
 
+// What the adding of a package logs: how it is looked up, and what follows.
+inline std::vector<std::string> Adding(const std::string& exit, const std::vector<std::string>& lookUp,
+                                       const std::vector<std::string>& rest = {})
+{
+    return Step("CQanhAppNameList::AddMetroPackage", exit,
+                {Step("CQanhAppNameList::GetPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT", {lookUp}), rest});
+}
+
+// In a catalogue that holds this package only.
+inline std::vector<std::string> Known()
+{
+    return Step("CQanhPackage::IsThisPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT(1)");
+}
+
+// What the reading of the one application "Mail" logs, without the reader's steps.
+inline std::vector<std::string> ReadingMail()
+{
+    return Step("CQanhManifestReader::AddAppsToPackage", "OUT(0x00000001)",
+                {Step("CQanhManifestReader::LoadSetting", "OUT"),
+                 Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
+                      {Step("CQanhPackage::AddApplication(mail, s mail)", "OUT(0x00000000)")})});
+}
+
 // A package of the system with a real manifest, and a catalogue.
-class AppNameListStore : public ::testing::Test
+class AppNameListStore : public Test
 {
 protected:
-    AppNameListStore() : m_package(m_objects.Make<test::FakePackage>(Facts())) { m_package->AddRef(); }
+    AppNameListStore() : m_package(m_objects.Make<FakePackage>(Facts())) { m_package->AddRef(); }
     ~AppNameListStore() override
     {
         m_package->Release();
-        EXPECT_THAT(m_objects.Leaks(), ::testing::IsEmpty());
+        EXPECT_THAT(m_objects.Leaks(), IsEmpty());
     }
 
     // A manifest with an application for each name.
@@ -40,7 +57,7 @@ protected:
             xml += "<Application><VisualElements DisplayName=\"" + name + "\"><DefaultTile ShortName=\"s " +
                    name + "\"/></VisualElements></Application>";
         }
-        test::WriteFileBytes(m_folder / L"AppxManifest.xml", xml + tail + "</Applications></Package>");
+        WriteFileBytes(m_folder / L"AppxManifest.xml", xml + tail + "</Applications></Package>");
     }
 
     HRESULT Add() { return m_list.AddMetroPackage(m_package); }
@@ -48,13 +65,47 @@ protected:
 
     static std::vector<std::wstring> DisplayNames(const CQanhPackage* package)
     {
-        std::vector<std::wstring> names;
-        for (const auto& app : package->Apps()) {
-            names.emplace_back(app->DisplayName.c_str());
-        }
-        return names;
+        return test::DisplayNames(package->Apps());
     }
     std::vector<std::wstring> DisplayNames() { return DisplayNames(Record()); }
+
+    // The package is in the list once, like this.
+    void ExpectRecord(const RecordVersion& version, const std::vector<std::wstring>& displayNames,
+                      const wchar_t* fullName = L"Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe",
+                      const wchar_t* name = L"Contoso.Mail")
+    {
+        ASSERT_NE(Record(), nullptr);
+        EXPECT_STREQ(Record()->PackageFamilyName.c_str(), kFamily);
+        EXPECT_EQ(Record()->Version, version);
+        EXPECT_EQ(DisplayNames(), displayNames);
+        EXPECT_STREQ(Record()->FullName.c_str(), fullName);
+        EXPECT_STREQ(Record()->Name.c_str(), name);
+        EXPECT_EQ(m_list.PackageFamilyNames().size(), 1u);
+    }
+
+    // The package gets other names, which say nothing of what it is.
+    void Rename()
+    {
+        m_package->facts.fullName = L"another full name";
+        m_package->facts.name = L"another name";
+    }
+
+    // The package was added with one application, and has another version now.
+    void AddAndChangeVersion()
+    {
+        WriteManifest({"Mail"});
+        EXPECT_EQ(Add(), S_OK);
+        m_package->facts.version.Major = 2;
+    }
+
+    // The system's manifest reader is set, and cannot be made.
+    void BreakTheSystemsReader()
+    {
+        m_settings.SetDword(L"ManifestReaderSetting", 0);
+        m_noObjects.emplace("CoCreateInstance", [](REFCLSID, IUnknown*, DWORD, REFIID, void**) -> HRESULT {
+            return REGDB_E_CLASSNOTREG;
+        });
+    }
 
     static RecordVersion VersionOf(UINT16 major, UINT16 minor, UINT16 build, UINT16 revision)
     {
@@ -72,11 +123,11 @@ protected:
         ExcludeList names;
         BOOL found = FALSE;
         EXPECT_EQ(m_list.GetExcludeAppNameList(L"app", &names, &found), S_OK);
-        return test::Names(names);
+        return Names(names);
     }
 
     // The log without the reader's steps.
-    static std::vector<std::string> WithoutSteps(const test::LogCapture& log)
+    static std::vector<std::string> WithoutSteps(const LogCapture& log)
     {
         std::vector<std::string> lines;
         for (const std::string& line : log.Lines()) {
@@ -91,7 +142,7 @@ protected:
     }
 
     // The log from the first line on that begins like this.
-    static std::vector<std::string> LinesFrom(const std::string& begin, const test::LogCapture& log)
+    static std::vector<std::string> LinesFrom(const std::string& begin, const LogCapture& log)
     {
         std::vector<std::string> lines = log.Lines();
         const auto first = std::find_if(lines.begin(), lines.end(),
@@ -100,18 +151,19 @@ protected:
         return lines;
     }
 
-    test::TemporaryFolder m_folder;
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    test::FakeResources m_resources;
+    TemporaryFolder m_folder;
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    FakeResources m_resources;
     const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
-    test::FakeObjects m_objects;
-    test::FakePackage* m_package;
+    FakeObjects m_objects;
+    FakePackage* m_package;
     CQanhAppNameList m_list;
+    std::optional<ImportPatch<decltype(&CoCreateInstance)>> m_noObjects;
 
 private:
-    test::PackageFacts Facts() const
+    PackageFacts Facts() const
     {
-        test::PackageFacts facts;
+        PackageFacts facts;
         facts.path = m_folder.Path();
         return facts;
     }

@@ -3,39 +3,23 @@
 #include "unit/catalog/AppNameListStore.h"
 
 #include "common/WinRtError.h"
-#include "support/Allocations.h"
-#include "unit/catalog/CatalogFile.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace store_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST_F(AppNameListStore, ANewOneIsAddedWithItsApplications)
 {
     WriteManifest({"Mail", "Calendar"});
     EXPECT_EQ(Add(), S_OK);
-    const CQanhPackage* record = Record();
-    ASSERT_NE(record, nullptr);
-    EXPECT_STREQ(record->PackageFamilyName.c_str(), kFamily);
-    EXPECT_STREQ(record->FullName.c_str(), L"Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe");
-    EXPECT_STREQ(record->Name.c_str(), L"Contoso.Mail");
-    EXPECT_EQ(record->Version, VersionOf(1, 2, 3, 4));
-    EXPECT_FALSE(record->NeedReserve);
-    EXPECT_TRUE(record->IsInstalled);
-    EXPECT_THAT(DisplayNames(), ElementsAre(L"mail", L"calendar"));
-    EXPECT_EQ(m_list.PackageFamilyNames().size(), 1u);
+    ExpectRecord(VersionOf(1, 2, 3, 4), {L"mail", L"calendar"});
+    EXPECT_FALSE(Record()->NeedReserve);
+    EXPECT_TRUE(Record()->IsInstalled);
 }
 
 TEST_F(AppNameListStore, NewOnesFollowThoseThatAreThere)
 {
-    test::LoadText(m_list, "<r><Package PackageFamilyName=\"a\"/><Package PackageFamilyName=\"b\"/></r>");
+    LoadText(m_list, "<r><Package PackageFamilyName=\"a\"/><Package PackageFamilyName=\"b\"/></r>");
     EXPECT_EQ(Add(), S_OK);
     EXPECT_STREQ(m_list.PackageFamilyNames().back().c_str(), kFamily);
 }
@@ -43,57 +27,55 @@ TEST_F(AppNameListStore, NewOnesFollowThoseThatAreThere)
 TEST_F(AppNameListStore, WholeLogOfANewOne)
 {
     WriteManifest({"Mail"});
-    const test::LogCapture log;
+    const LogCapture log;
     Add();
-    EXPECT_THAT(
-        WithoutSteps(log),
-        ElementsAre(
-            "CQanhAppNameList::AddMetroPackage IN",
-            "CQanhAppNameList::GetPackage(Contoso.Mail_8wekyb3d8bbwe) IN", "CQanhAppNameList::GetPackage OUT",
-            "CQanhManifestReader::AddAppsToPackage IN", "CQanhManifestReader::LoadSetting IN",
-            "CQanhManifestReader::LoadSetting OUT", "CQanhManifestReader::GetAppNameUsingXmlParser IN",
-            "CQanhPackage::AddApplication(mail, s mail) IN", "CQanhPackage::AddApplication OUT(0x00000000)",
-            "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)",
-            "CQanhManifestReader::AddAppsToPackage OUT(0x00000001)", "CQanhAppNameList::AddMetroPackage IN",
-            "CQanhAppNameList::AddMetroPackage OUT(0x00000000)",
-            "CQanhAppNameList::AddMetroPackage OUT(0x00000000)"));
+    EXPECT_EQ(WithoutSteps(log),
+              Adding("OUT(0x00000000)", {},
+                     Log({ReadingMail(), Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)")})));
 }
 
 TEST_F(AppNameListStore, NullIsRefused)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(m_list.AddMetroPackage(static_cast<platform::IPackage*>(nullptr)), E_POINTER);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::AddMetroPackage IN",
-                                         "CQanhAppNameList::AddMetroPackage OUT(0x80004003)"));
+    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::AddMetroPackage", "OUT(0x80004003)"));
 }
 
 // The manifest of a new one.
 
-// The end of the log when the manifest could not be read.
-std::vector<std::string> AddedAfter(const std::string& failure)
+class NewAppNameListStore : public AppNameListStore
 {
-    return {"CQanhManifestReader::AddAppsToPackage OUT(" + failure + ")",
-            "CQanhAppNameList::AddMetroPackage Error (" + failure + ")",
-            "CQanhAppNameList::AddMetroPackage IN", "CQanhAppNameList::AddMetroPackage OUT(0x00000000)",
-            "CQanhAppNameList::AddMetroPackage OUT(0x00000000)"};
+protected:
+    // The package is added with these applications although its manifest cannot be read, which is logged.
+    void ExpectAddedAfter(const std::string& failure, const std::vector<std::wstring>& displayNames)
+    {
+        const LogCapture log;
+        EXPECT_EQ(Add(), S_OK); // what the reader returns is only logged
+        EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log),
+                  Log({"CQanhManifestReader::AddAppsToPackage OUT(" + failure + ")",
+                       "CQanhAppNameList::AddMetroPackage Error (" + failure + ")",
+                       Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)"),
+                       "CQanhAppNameList::AddMetroPackage OUT(0x00000000)"}));
+        ExpectRecord(VersionOf(1, 2, 3, 4), displayNames);
+    }
+};
+
+TEST_F(NewAppNameListStore, WithoutAManifestIsAddedWithoutApplications)
+{
+    ExpectAddedAfter("0x80070002", {});
 }
 
-TEST_F(AppNameListStore, ANewOneWithoutAManifestIsAddedWithoutApplications)
-{
-    const test::LogCapture log;
-    EXPECT_EQ(Add(), S_OK);
-    EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log), AddedAfter("0x80070002"));
-    ASSERT_NE(Record(), nullptr);
-    EXPECT_THAT(DisplayNames(), IsEmpty());
-}
-
-TEST_F(AppNameListStore, ANewOneWithABrokenManifestKeepsWhatWasRead)
+TEST_F(NewAppNameListStore, WithABrokenManifestKeepsWhatWasRead)
 {
     WriteManifest({"Mail"}, "</X>");
-    const test::LogCapture log;
-    EXPECT_EQ(Add(), S_OK);
-    EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log), AddedAfter("0xC00CEE3B"));
-    EXPECT_THAT(DisplayNames(), ElementsAre(L"mail"));
+    ExpectAddedAfter("0xC00CEE3B", {L"mail"});
+}
+
+TEST_F(NewAppNameListStore, IsReadWithTheSystemsReaderWhenThatIsSet)
+{
+    WriteManifest({"Mail"});
+    BreakTheSystemsReader();
+    ExpectAddedAfter("0x80040154", {});
 }
 
 TEST_F(AppNameListStore, ANewOneWithUnresolvedNamesIsAddedWithTheReferences)
@@ -113,19 +95,6 @@ TEST_F(AppNameListStore, ResourcesAreThoseOfThePackage)
     EXPECT_THAT(DisplayNames(), ElementsAre(L"Post"));
 }
 
-TEST_F(AppNameListStore, TheSystemsReaderIsUsedWhenItIsSet)
-{
-    WriteManifest({"Mail"});
-    m_settings.SetDword(L"ManifestReaderSetting", 0);
-    const test::ImportPatch<decltype(&CoCreateInstance)> patch(
-        "CoCreateInstance",
-        [](REFCLSID, IUnknown*, DWORD, REFIID, void**) -> HRESULT { return REGDB_E_CLASSNOTREG; });
-    const test::LogCapture log;
-    EXPECT_EQ(Add(), S_OK); // what the reader returns is only logged
-    EXPECT_EQ(LinesFrom("CQanhManifestReader::AddAppsToPackage OUT", log), AddedAfter("0x80040154"));
-    EXPECT_THAT(DisplayNames(), IsEmpty());
-}
-
 TEST_F(AppNameListStore, ThePathOfTheManifestHas259CharactersAtMost)
 {
     // A folder in which the name of the manifest just fits, and some that are longer.
@@ -135,10 +104,10 @@ TEST_F(AppNameListStore, ThePathOfTheManifestHas259CharactersAtMost)
             path += std::wstring(100, L'x') + L"\\";
         }
         path += std::wstring(length - path.size(), L'y');
-        test::MakeFolder(path);
-        test::WriteFileBytes(L"\\\\?\\" + path + L"\\AppxManifest.xml",
-                             "<Applications><Application><VisualElements DisplayName=\"App\"/>"
-                             "</Application></Applications>");
+        MakeFolder(path);
+        WriteFileBytes(L"\\\\?\\" + path + L"\\AppxManifest.xml",
+                       "<Applications><Application><VisualElements DisplayName=\"App\"/>"
+                       "</Application></Applications>");
         m_package->facts.path = path;
         m_package->facts.familyName = std::to_wstring(length);
         EXPECT_EQ(Add(), S_OK);
@@ -180,42 +149,34 @@ TEST_F(AppNameListStore, NamesMayHoldAnyCharactersAtAnyLength)
 
 // One that does not answer.
 
-class SilentPackage : public AppNameListStore, public ::testing::WithParamInterface<const char*>
+class SilentPackage : public AppNameListStore, public WithParamInterface<const char*>
 {
 };
 
 TEST_P(SilentPackage, IsAFailureAndChangesNothing)
 {
+    const std::string message = ToUtf8(WinRtError(E_ACCESSDENIED).Message());
     for (const bool isKnown : {false, true}) {
         if (isKnown) {
-            WriteManifest({"Mail"});
-            Add();
-            m_package->facts.version.Major = 2;
+            AddAndChangeVersion();
         }
         m_objects.Fail(GetParam(), E_ACCESSDENIED, m_objects.Calls(GetParam()));
-        {
-            const test::LogCapture log;
-            EXPECT_EQ(Add(), E_FAIL);
-            const std::string message = test::ToUtf8(WinRtError(E_ACCESSDENIED).Message());
-            EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::AddMetroPackage IN",
-                                                 "CQanhAppNameList::AddMetroPackage OUT(" + message + ")"));
-        }
+        const LogCapture log;
+        EXPECT_EQ(Add(), E_FAIL);
+        EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::AddMetroPackage", "OUT(" + message + ")"));
         EXPECT_EQ(Record() != nullptr, isKnown);
-        if (isKnown) {
-            EXPECT_EQ(Record()->Version, VersionOf(1, 2, 3, 4));
-            EXPECT_THAT(DisplayNames(), ElementsAre(L"mail"));
-        }
     }
+    ExpectRecord(VersionOf(1, 2, 3, 4), {L"mail"});
 }
 
 INSTANTIATE_TEST_SUITE_P(To, SilentPackage,
-                         ::testing::Values("Id", "FamilyName", "FullName", "Name", "Version",
-                                           "InstalledLocation", "QueryInterface", "Path"));
+                         Values("Id", "FamilyName", "FullName", "Name", "Version", "InstalledLocation",
+                                "QueryInterface", "Path"));
 
 TEST_P(SilentPackage, IsAFailureAlsoWhenItIsReserved)
 {
-    test::LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" NeedReserve=\"1\"/>"
-                           "</r>");
+    LoadText(m_list, "<r><Package PackageFamilyName=\"Contoso.Mail_8wekyb3d8bbwe\" NeedReserve=\"1\"/>"
+                     "</r>");
     m_objects.Fail(GetParam(), E_ACCESSDENIED);
     EXPECT_EQ(Add(), E_FAIL);
 }
@@ -223,10 +184,9 @@ TEST_P(SilentPackage, IsAFailureAlsoWhenItIsReserved)
 TEST_P(SilentPackage, IsOutOfMemoryAfterAnyOtherException)
 {
     m_objects.At(GetParam(), [] { throw 1; });
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(Add(), E_OUTOFMEMORY);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::AddMetroPackage IN",
-                                         "CQanhAppNameList::AddMetroPackage OUT(0x8007000E)"));
+    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)"));
     EXPECT_EQ(Record(), nullptr);
 }
 
@@ -238,7 +198,7 @@ TEST_F(AppNameListStore, AFullListIsOutOfMemory)
     WriteManifest({"Mail"});
     EXPECT_EQ(list.AddMetroPackage(m_package), S_OK);
     m_package->facts.familyName = L"another";
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(list.AddMetroPackage(m_package), E_OUTOFMEMORY);
     EXPECT_EQ(log.Lines().back(), "CQanhAppNameList::AddMetroPackage OUT(0x8007000E)");
     EXPECT_EQ(list.PackageFamilyNames().size(), 1u);
@@ -257,60 +217,59 @@ TEST_F(AppNameListStore, AFullListOfApplicationsKeepsTheFirstOnes)
     EXPECT_THAT(DisplayNames(list.GetPackage(kFamily)), ElementsAre(L"post", L"photos"));
 }
 
-TEST_F(AppNameListStore, RunningOutOfMemoryAddsNothingOrARecord)
+class AppNameListStoreMemory : public AppNameListStore
 {
-    m_objects.isQuiet = true;
+protected:
+    // Adds the package to a list that prepare(list) made ready, once with each allocation failing. Hands how
+    // it went to check(list, result); it must be refused several times.
+    template <typename Prepare, typename Check> void ForEachFailure(Prepare prepare, Check check)
+    {
+        m_objects.isQuiet = true;
+        std::size_t refused = 0;
+        const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
+            SCOPED_TRACE(index);
+            CQanhAppNameList list;
+            prepare(list);
+            const Attempt attempt =
+                TryWithFailingAllocation(index, [&] { return list.AddMetroPackage(m_package); });
+            EXPECT_TRUE(SUCCEEDED(attempt.result) || attempt.failed);
+            check(list, attempt.result);
+            refused += FAILED(attempt.result) ? 1 : 0;
+            return attempt.failed;
+        });
+        EXPECT_GT(failures, 8u);
+        EXPECT_GT(refused, 4u);
+    }
+};
+
+TEST_F(AppNameListStoreMemory, ThatRunsOutAddsNothingOrARecord)
+{
     WriteManifest({"A display name that is long"});
-    std::size_t refused = 0;
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
-        CQanhAppNameList list;
-        HRESULT hr = S_OK;
-        bool failed = false;
-        {
-            const test::AllocationWatch watch(index);
-            hr = list.AddMetroPackage(m_package);
-            failed = watch.Failed();
-        }
-        // Within the reader it only costs the application.
-        EXPECT_TRUE(hr == S_OK || (failed && hr == E_OUTOFMEMORY)) << index;
-        EXPECT_EQ(list.PackageFamilyNames().size(), hr == S_OK ? 1u : 0u) << index;
-        refused += hr == E_OUTOFMEMORY ? 1 : 0;
-        return failed;
-    });
-    EXPECT_GT(failures, 8u);
-    EXPECT_GT(refused, 4u);
+    ForEachFailure([](const CQanhAppNameList&) {},
+                   [](const CQanhAppNameList& list, HRESULT result) {
+                       // Within the reader it only costs the application.
+                       EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY);
+                       EXPECT_EQ(list.PackageFamilyNames().size(), result == S_OK ? 1u : 0u);
+                   });
 }
 
-TEST_F(AppNameListStore, RunningOutOfMemoryLeavesAKnownOneWhole)
+TEST_F(AppNameListStoreMemory, ThatRunsOutLeavesAKnownOneWhole)
 {
-    m_objects.isQuiet = true;
-    std::size_t refused = 0;
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
-        CQanhAppNameList list;
-        m_package->facts.version.Major = 1;
-        WriteManifest({"A display name that is long"});
-        EXPECT_EQ(list.AddMetroPackage(m_package), S_OK);
-        m_package->facts.version.Major = 2;
-        WriteManifest({"Another display name"});
-        HRESULT hr = S_OK;
-        bool failed = false;
-        {
-            const test::AllocationWatch watch(index);
-            hr = list.AddMetroPackage(m_package);
-            failed = watch.Failed();
-        }
-        const CQanhPackage* record = list.GetPackage(kFamily);
-        if (FAILED(hr)) {
-            ++refused;
-            EXPECT_EQ(record->Version, VersionOf(1, 2, 3, 4)) << index;
-            EXPECT_THAT(DisplayNames(record), ElementsAre(L"a display name that is long")) << index;
-        } else {
-            EXPECT_EQ(record->Version, VersionOf(2, 2, 3, 4)) << index;
-        }
-        return failed;
-    });
-    EXPECT_GT(failures, 8u);
-    EXPECT_GT(refused, 4u);
+    ForEachFailure(
+        [&](CQanhAppNameList& list) {
+            m_package->facts.version.Major = 1;
+            WriteManifest({"A display name that is long"});
+            EXPECT_EQ(list.AddMetroPackage(m_package), S_OK);
+            m_package->facts.version.Major = 2;
+            WriteManifest({"Another display name"});
+        },
+        [&](const CQanhAppNameList& list, HRESULT result) {
+            const CQanhPackage* record = list.GetPackage(kFamily);
+            EXPECT_EQ(record->Version, FAILED(result) ? VersionOf(1, 2, 3, 4) : VersionOf(2, 2, 3, 4));
+            if (FAILED(result)) {
+                EXPECT_THAT(DisplayNames(record), ElementsAre(L"a display name that is long"));
+            }
+        });
 }
 
 } // namespace

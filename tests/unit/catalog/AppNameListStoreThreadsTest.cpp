@@ -4,19 +4,12 @@
 #include "support/LockWatch.h"
 #include "unit/catalog/AppNameListStore.h"
 
-#include <gmock/gmock.h>
-
 #include <atomic>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
 using namespace store_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST_F(AppNameListStore, ALaunchNeverSeesANewOneHalfRead)
 {
@@ -55,7 +48,7 @@ TEST_F(AppNameListStore, ALaunchSeesAllNamesOfOneVersion)
     const std::vector<std::wstring> second = {L"app z", L"s app z"};
     std::vector<std::vector<std::wstring>> seen;
     {
-        const test::AfterEachChange watch([&] { seen.push_back(Excluded()); });
+        const AfterEachChange watch([&] { seen.push_back(Excluded()); });
         WriteManifest({"App X", "App Y"});
         EXPECT_EQ(Add(), S_OK);
         WriteManifest({"App Z"});
@@ -106,9 +99,9 @@ TEST_F(AppNameListStore, LaunchesBesideChangesSeeOneVersionOrTheOther)
 TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
 {
     // A launch that is held up at the first package while the second one changes.
-    test::RecordProbe::Events events;
-    auto app = std::make_unique<test::RecordProbe>(L"held", &events);
-    test::RecordProbe* const held = app.get();
+    RecordProbe::Events events;
+    auto app = std::make_unique<RecordProbe>(L"held", &events);
+    RecordProbe* const held = app.get();
     auto first = std::make_unique<CQanhPackage>(L"first", RecordVersion(), FALSE, TRUE);
     ASSERT_EQ(first->AddApplication(std::move(app)), S_OK);
     ASSERT_EQ(m_list.AddMetroPackage(std::move(first)), S_OK);
@@ -117,7 +110,7 @@ TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
     WriteManifest({"App Y"});
     m_package->facts.version.Major = 2;
 
-    const test::LockWatch locks;
+    const LockWatch locks;
     std::thread changing;
     held->onAsked = [&] {
         changing = std::thread([&] {

@@ -1,128 +1,123 @@
 #include "catalog/AppNameList.h"
 
-#include "catalog/ExcludeList.h"
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
-#include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 #include <type_traits>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using test::Document;
-using test::PackageProbe;
-using test::RecordProbe;
-using test::SavedText;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName)
 {
     return std::make_unique<CQanhPackage>(familyName, RecordVersion{1, 0, 0, 0}, FALSE, TRUE);
 }
 
-std::vector<std::wstring> Texts(const std::vector<WideString>& strings)
+class AppNameList : public Test
 {
-    std::vector<std::wstring> texts;
-    for (const WideString& string : strings) {
-        texts.emplace_back(string.c_str());
+protected:
+    void AddPackages(const std::vector<const wchar_t*>& familyNames)
+    {
+        for (const wchar_t* familyName : familyNames) {
+            EXPECT_EQ(m_list.AddMetroPackage(Package(familyName)), S_OK);
+        }
     }
-    return texts;
-}
-
-TEST(AppNameList, IsEmptyAtFirst)
-{
-    const CQanhAppNameList list;
-    EXPECT_THAT(list.PackageFamilyNames(), IsEmpty());
-    EXPECT_THAT(list.DesktopShortcuts(), IsEmpty());
-    EXPECT_EQ(SavedText(list), Document({"  <MetroApps />", "  <DesktopApps />"}));
-}
-
-TEST(AppNameListPackages, AreKeptInTheOrderOfAddingWithDuplicates)
-{
-    CQanhAppNameList list;
-    for (const wchar_t* name : {L"b_1", L"a_1", L"b_1", L""}) {
-        EXPECT_EQ(list.AddMetroPackage(Package(name)), S_OK);
+    // Each has the shortcut "C:\NAME.lnk".
+    void AddDesktopApps(const std::vector<std::wstring>& displayNames)
+    {
+        for (const std::wstring& name : displayNames) {
+            EXPECT_EQ(m_list.AddDesktopApp(name.c_str(), (L"C:\\" + name + L".lnk").c_str()), S_OK);
+        }
     }
-    EXPECT_THAT(Texts(list.PackageFamilyNames()), ElementsAre(L"b_1", L"a_1", L"b_1", L""));
-    EXPECT_THAT(list.DesktopShortcuts(), IsEmpty());
+    std::unique_ptr<CQanhPackage> Probe(const wchar_t* familyName)
+    {
+        return std::make_unique<PackageProbe>(familyName, [this] { ++m_deleted; });
+    }
+    void ExpectRecords(const std::vector<std::wstring>& familyNames,
+                       const std::vector<std::wstring>& shortcuts) const
+    {
+        EXPECT_EQ(Names(m_list.PackageFamilyNames()), familyNames);
+        EXPECT_EQ(Names(m_list.DesktopShortcuts()), shortcuts);
+    }
+
+    CQanhAppNameList m_list;
+    int m_deleted = 0; // probes
+};
+
+// Its lists take one record each.
+class ShortAppNameList : public AppNameList
+{
+protected:
+    CQanhAppNameList m_short{1};
+};
+
+TEST_F(AppNameList, IsEmptyAtFirst)
+{
+    ExpectRecords({}, {});
+    EXPECT_EQ(SavedRecords(m_list), "");
 }
 
-TEST(AppNameListPackages, AreRefusedBeyondTheListsLimit)
+TEST_F(AppNameList, KeepsPackagesInTheOrderOfAddingWithDuplicates)
+{
+    AddPackages({L"b_1", L"a_1", L"b_1", L""});
+    ExpectRecords({L"b_1", L"a_1", L"b_1", L""}, {});
+}
+
+TEST_F(AppNameList, RefusesPackagesBeyondTheListsLimit)
 {
     CQanhAppNameList list(2);
-    int deleted = 0;
     EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
     EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), S_OK);
-    EXPECT_EQ(list.AddMetroPackage(std::make_unique<PackageProbe>(L"c_1", [&] { ++deleted; })),
-              E_OUTOFMEMORY);
-    EXPECT_THAT(Texts(list.PackageFamilyNames()), ElementsAre(L"a_1", L"b_1"));
-    EXPECT_EQ(deleted, 1);
+    EXPECT_EQ(list.AddMetroPackage(Probe(L"c_1")), E_OUTOFMEMORY);
+    EXPECT_THAT(Names(list.PackageFamilyNames()), ElementsAre(L"a_1", L"b_1"));
+    EXPECT_EQ(m_deleted, 1);
     // The lists have a limit each, and a refusal leaves nothing locked.
     EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
     list.Clear();
     EXPECT_EQ(list.AddMetroPackage(Package(L"c_1")), S_OK);
 }
 
-TEST(AppNameListPackages, AreRefusedWhenNull)
+TEST_F(AppNameList, RefusesAPackageThatIsNull)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddMetroPackage(std::unique_ptr<CQanhPackage>()), E_POINTER);
-    EXPECT_THAT(list.PackageFamilyNames(), IsEmpty());
+    EXPECT_EQ(m_list.AddMetroPackage(std::unique_ptr<CQanhPackage>()), E_POINTER);
+    ExpectRecords({}, {});
 }
 
-TEST(AppNameListPackages, AreDeletedWhenThereIsNoMemoryForThem)
+TEST_F(AppNameList, DeletesAPackageWhenThereIsNoMemoryForIt)
 {
-    CQanhAppNameList list;
-    int deleted = 0;
-    std::unique_ptr<CQanhPackage> package = std::make_unique<PackageProbe>(L"a_1", [&] { ++deleted; });
-    EXPECT_EQ(
-        test::TryWithFailingAllocation(0, [&] { return list.AddMetroPackage(std::move(package)); }).result,
-        E_OUTOFMEMORY);
-    EXPECT_EQ(deleted, 1);
-    EXPECT_THAT(list.PackageFamilyNames(), IsEmpty());
-    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    std::unique_ptr<CQanhPackage> package = Probe(L"a_1");
+    EXPECT_EQ(TryWithFailingAllocation(0, [&] { return m_list.AddMetroPackage(std::move(package)); }).result,
+              E_OUTOFMEMORY);
+    EXPECT_EQ(m_deleted, 1);
+    ExpectRecords({}, {});
+    AddPackages({L"a_1"});
 }
 
-TEST(AppNameListPackages, AreAddedWithALog)
+TEST_F(ShortAppNameList, LogsTheAddingOfPackages)
 {
-    CQanhAppNameList list(1);
-    const test::LogCapture log;
-    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
-    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), E_OUTOFMEMORY);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::AddMetroPackage IN",
-                                         "CQanhAppNameList::AddMetroPackage OUT(0x00000000)",
-                                         "CQanhAppNameList::AddMetroPackage IN",
-                                         "CQanhAppNameList::AddMetroPackage OUT(0x8007000E)"));
+    const LogCapture log;
+    EXPECT_EQ(m_short.AddMetroPackage(Package(L"a_1")), S_OK);
+    EXPECT_EQ(m_short.AddMetroPackage(Package(L"b_1")), E_OUTOFMEMORY);
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)"),
+                                Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)")}));
 }
 
-TEST(AppNameListGetPackage, FindsTheFirstOfExactlyThisFamilyName)
+TEST_F(AppNameList, FindsTheFirstPackageOfExactlyThisFamilyName)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddMetroPackage(Package(L"")), S_OK);
-    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
-    auto first = Package(L"b_1");
+    AddPackages({L"", L"a_1"});
+    auto first = std::make_unique<CQanhPackage>(L"b_1", RecordVersion{9, 9, 9, 9}, FALSE, FALSE);
     const CQanhPackage* pFirst = first.get();
-    EXPECT_EQ(list.AddMetroPackage(std::move(first)), S_OK);
-    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), S_OK);
-    EXPECT_EQ(list.GetPackage(L"b_1"), pFirst);
-    EXPECT_NE(list.GetPackage(L"a_1"), nullptr);
-    EXPECT_NE(list.GetPackage(L"a_1"), pFirst);
-    EXPECT_EQ(list.GetPackage(L"B_1"), nullptr);
-    EXPECT_EQ(list.GetPackage(L"b_"), nullptr);
-    EXPECT_EQ(list.GetPackage(L"b_11"), nullptr);
-    EXPECT_EQ(list.GetPackage(L"c_1"), nullptr);
+    EXPECT_EQ(m_list.AddMetroPackage(std::move(first)), S_OK);
+    AddPackages({L"b_1"});
+    EXPECT_EQ(m_list.GetPackage(L"b_1"), pFirst);
+    EXPECT_NE(m_list.GetPackage(L"a_1"), nullptr);
+    EXPECT_NE(m_list.GetPackage(L"a_1"), pFirst);
+    for (const wchar_t* other : {L"B_1", L"b_", L"b_11", L"c_1", L"", static_cast<const wchar_t*>(nullptr)}) {
+        EXPECT_EQ(m_list.GetPackage(other), nullptr) << PrintToString(other);
+    }
 }
 
-TEST(AppNameListGetPackage, HandsOutNothingThatCouldBeChangedWithoutTheLock)
+TEST_F(AppNameList, HandsOutNothingThatCouldBeChangedWithoutTheLock)
 {
     static_assert(
         std::is_same_v<decltype(std::declval<CQanhAppNameList&>().GetPackage(L"")), const CQanhPackage*>);
@@ -130,102 +125,73 @@ TEST(AppNameListGetPackage, HandsOutNothingThatCouldBeChangedWithoutTheLock)
         std::is_same_v<decltype(std::declval<const CQanhPackage&>().Apps().begin()->get()), const CQanhApp*>);
 }
 
-TEST(AppNameListGetPackage, FindsNothingForNullOrAnEmptyName)
+TEST_F(AppNameList, LogsEachPackageThatItAsksForItsFamilyName)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddMetroPackage(Package(L"")), S_OK);
-    EXPECT_EQ(list.GetPackage(nullptr), nullptr);
-    EXPECT_EQ(list.GetPackage(L""), nullptr);
+    AddPackages({L"a_1", L"b_1", L"c_1"});
+    const LogCapture log;
+    EXPECT_NE(m_list.GetPackage(L"b_1"), nullptr);
+    EXPECT_EQ(m_list.GetPackage(nullptr), nullptr);
+    EXPECT_EQ(m_list.GetPackage(L""), nullptr);
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::GetPackage(b_1)", "OUT",
+                                     {Step("CQanhPackage::IsThisPackage(b_1)", "OUT(0)"),
+                                      Step("CQanhPackage::IsThisPackage(b_1)", "OUT(1)")}),
+                                Step("CQanhAppNameList::GetPackage((null))", "OUT"),
+                                Step("CQanhAppNameList::GetPackage()", "OUT")}));
 }
 
-TEST(AppNameListGetPackage, LooksAtTheNameAlone)
+TEST_F(AppNameList, AppendsAnInstalledDesktopApp)
 {
-    CQanhAppNameList list;
-    auto package = std::make_unique<CQanhPackage>(L"a_1", RecordVersion{9, 9, 9, 9}, FALSE, FALSE);
-    const CQanhPackage* pPackage = package.get();
-    EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
-    EXPECT_EQ(list.GetPackage(L"a_1"), pPackage);
-}
-
-TEST(AppNameListGetPackage, LogsEachPackageThatItAsks)
-{
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
-    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), S_OK);
-    EXPECT_EQ(list.AddMetroPackage(Package(L"c_1")), S_OK);
-    const test::LogCapture log;
-    EXPECT_NE(list.GetPackage(L"b_1"), nullptr);
-    EXPECT_EQ(list.GetPackage(nullptr), nullptr);
-    EXPECT_EQ(list.GetPackage(L""), nullptr);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhAppNameList::GetPackage(b_1) IN", "CQanhPackage::IsThisPackage(b_1) IN",
-                            "CQanhPackage::IsThisPackage OUT(0)", "CQanhPackage::IsThisPackage(b_1) IN",
-                            "CQanhPackage::IsThisPackage OUT(1)", "CQanhAppNameList::GetPackage OUT",
-                            "CQanhAppNameList::GetPackage((null)) IN", "CQanhAppNameList::GetPackage OUT",
-                            "CQanhAppNameList::GetPackage() IN", "CQanhAppNameList::GetPackage OUT"));
-}
-
-TEST(AppNameListAddDesktopApp, AppendsAnInstalledRecord)
-{
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\Word.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\Another.lnk"), S_OK);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Word", L"C:\\Word.lnk"), S_OK);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Word", L"C:\\Another.lnk"), S_OK);
     // Installed, not reserved, not of dual mode, without localised name and reading.
-    EXPECT_EQ(SavedText(list),
-              Document({"  <MetroApps />", "  <DesktopApps>",
-                        R"(    <DesktopApp DisplayName="Word" LnkFileName="C:\Word.lnk" />)",
-                        R"(    <DesktopApp DisplayName="Word" LnkFileName="C:\Another.lnk" />)",
-                        "  </DesktopApps>"}));
+    EXPECT_EQ(SavedRecords(m_list), R"(<DesktopApp DisplayName="Word" LnkFileName="C:\Word.lnk" />)"
+                                    R"(<DesktopApp DisplayName="Word" LnkFileName="C:\Another.lnk" />)");
 }
 
-TEST(AppNameListAddDesktopApp, TakesAShortcutOnceWhateverItsLetterCase)
+TEST_F(AppNameList, TakesAShortcutOnceWhateverItsLetterCase)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\Word.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\Word.lnk"), S_FALSE);
-    EXPECT_EQ(list.AddDesktopApp(L"Other", L"c:\\wORD.LNK"), S_FALSE);
-    EXPECT_THAT(Texts(list.DesktopShortcuts()), ElementsAre(L"C:\\Word.lnk"));
+    AddDesktopApps({L"Word"});
+    EXPECT_EQ(m_list.AddDesktopApp(L"Word", L"C:\\Word.lnk"), S_FALSE);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Other", L"c:\\wORD.LNK"), S_FALSE);
+    ExpectRecords({}, {L"C:\\Word.lnk"});
 }
 
-TEST(AppNameListAddDesktopApp, TakesAPathAsItIs)
+TEST_F(AppNameList, TakesAShortcutsPathAsItIs)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"%ProgramData%\\Word.lnk"), S_OK);
-    EXPECT_THAT(Texts(list.DesktopShortcuts()), ElementsAre(L"%ProgramData%\\Word.lnk"));
     const std::wstring path = L"C:\\" + std::wstring(400, L'p');
-    EXPECT_EQ(list.AddDesktopApp(L"Word", path.c_str()), S_OK);
-    EXPECT_EQ(list.IsInDesktopAppList(path.c_str()), 1);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Word", L"%ProgramData%\\Word.lnk"), S_OK);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Word", path.c_str()), S_OK);
+    ExpectRecords({}, {L"%ProgramData%\\Word.lnk", path});
+    EXPECT_EQ(m_list.IsInDesktopAppList(path.c_str()), 1);
 }
 
-TEST(AppNameListAddDesktopApp, ChecksForNullThenForEmptyTexts)
+TEST_F(AppNameList, ChecksTheTextsOfADesktopAppForNullThenForEmpty)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddDesktopApp(nullptr, L"C:\\Word.lnk"), E_POINTER);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", nullptr), E_POINTER);
-    EXPECT_EQ(list.AddDesktopApp(L"", nullptr), E_POINTER);
-    EXPECT_EQ(list.AddDesktopApp(nullptr, L""), E_POINTER);
-    EXPECT_EQ(list.AddDesktopApp(L"", L"C:\\Word.lnk"), E_INVALIDARG);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L""), E_INVALIDARG);
-    EXPECT_THAT(list.DesktopShortcuts(), IsEmpty());
+    EXPECT_EQ(m_list.AddDesktopApp(nullptr, L"C:\\Word.lnk"), E_POINTER);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Word", nullptr), E_POINTER);
+    EXPECT_EQ(m_list.AddDesktopApp(L"", nullptr), E_POINTER);
+    EXPECT_EQ(m_list.AddDesktopApp(nullptr, L""), E_POINTER);
+    EXPECT_EQ(m_list.AddDesktopApp(L"", L"C:\\Word.lnk"), E_INVALIDARG);
+    EXPECT_EQ(m_list.AddDesktopApp(L"Word", L""), E_INVALIDARG);
+    ExpectRecords({}, {});
 }
 
-TEST(AppNameListAddDesktopApp, IsRefusedBeyondTheListsLimit)
+TEST_F(ShortAppNameList, RefusesDesktopAppsBeyondItsLimit)
 {
-    CQanhAppNameList list(1);
-    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"b", L"C:\\b.lnk"), E_OUTOFMEMORY);
-    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_FALSE);
-    EXPECT_THAT(Texts(list.DesktopShortcuts()), ElementsAre(L"C:\\a.lnk"));
-    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    EXPECT_EQ(m_short.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(m_short.AddDesktopApp(L"b", L"C:\\b.lnk"), E_OUTOFMEMORY);
+    EXPECT_EQ(m_short.AddDesktopApp(L"a", L"C:\\a.lnk"), S_FALSE);
+    EXPECT_THAT(Names(m_short.DesktopShortcuts()), ElementsAre(L"C:\\a.lnk"));
+    EXPECT_EQ(m_short.AddMetroPackage(Package(L"a_1")), S_OK);
 }
 
-TEST(AppNameListAddDesktopApp, LeavesTheListAsItWasWhenMemoryRunsOut)
+TEST_F(AppNameList, StaysAsItWasWhenMemoryRunsOut)
 {
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
         CQanhAppNameList list;
         EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-        const test::Attempt attempt =
-            test::TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"b", L"C:\\b.lnk"); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"b", L"C:\\b.lnk"); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(list.DesktopShortcuts().size(), attempt.failed ? 1u : 2u);
         EXPECT_EQ(attempt.left == 0, attempt.failed);
@@ -234,106 +200,85 @@ TEST(AppNameListAddDesktopApp, LeavesTheListAsItWasWhenMemoryRunsOut)
     EXPECT_GE(failures, 4u);
 }
 
-TEST(AppNameListAddDesktopApp, LogsItsLookUp)
+TEST_F(ShortAppNameList, LogsTheLookUpOfADesktopAppThatIsAdded)
 {
-    CQanhAppNameList list(1);
-    const test::LogCapture log;
-    EXPECT_EQ(list.AddDesktopApp(nullptr, L"C:\\a.lnk"), E_POINTER);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L""), E_INVALIDARG);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"c:\\A.lnk"), S_FALSE);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\b.lnk"), E_OUTOFMEMORY);
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre(
-            "CQanhAppNameList::AddDesktopApp((null), C:\\a.lnk) IN",
-            "CQanhAppNameList::AddDesktopApp OUT(0x80004003)", "CQanhAppNameList::AddDesktopApp(Word, ) IN",
-            "CQanhAppNameList::AddDesktopApp OUT(0x80070057)",
-            "CQanhAppNameList::AddDesktopApp(Word, C:\\a.lnk) IN",
-            "CQanhAppNameList::IsInDesktopAppList(C:\\a.lnk) IN",
-            "CQanhAppNameList::IsInDesktopAppList OUT(0)", "CQanhAppNameList::AddDesktopApp OUT(0x00000000)",
-            "CQanhAppNameList::AddDesktopApp(Word, c:\\A.lnk) IN",
-            "CQanhAppNameList::IsInDesktopAppList(c:\\A.lnk) IN",
-            "CQanhDesktopApp::IsSameShortcut IN(c:\\A.lnk)", "CQanhDesktopApp::IsSameShortcut OUT(1)",
-            "CQanhAppNameList::IsInDesktopAppList OUT(1)", "CQanhAppNameList::AddDesktopApp OUT(0x00000001)",
-            "CQanhAppNameList::AddDesktopApp(Word, C:\\b.lnk) IN",
-            "CQanhAppNameList::IsInDesktopAppList(C:\\b.lnk) IN",
-            "CQanhDesktopApp::IsSameShortcut IN(C:\\b.lnk)", "CQanhDesktopApp::IsSameShortcut OUT(0)",
-            "CQanhAppNameList::IsInDesktopAppList OUT(0)",
-            "CQanhAppNameList::AddDesktopApp OUT(0x8007000E)"));
+    const LogCapture log;
+    EXPECT_EQ(m_short.AddDesktopApp(nullptr, L"C:\\a.lnk"), E_POINTER);
+    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L""), E_INVALIDARG);
+    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L"c:\\A.lnk"), S_FALSE);
+    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L"C:\\b.lnk"), E_OUTOFMEMORY);
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::AddDesktopApp((null), C:\\a.lnk)", "OUT(0x80004003)"),
+                                Step("CQanhAppNameList::AddDesktopApp(Word, )", "OUT(0x80070057)"),
+                                Step("CQanhAppNameList::AddDesktopApp(Word, C:\\a.lnk)", "OUT(0x00000000)",
+                                     {Step("CQanhAppNameList::IsInDesktopAppList(C:\\a.lnk)", "OUT(0)")}),
+                                Step("CQanhAppNameList::AddDesktopApp(Word, c:\\A.lnk)", "OUT(0x00000001)",
+                                     {Step("CQanhAppNameList::IsInDesktopAppList(c:\\A.lnk)", "OUT(1)",
+                                           {"CQanhDesktopApp::IsSameShortcut IN(c:\\A.lnk)",
+                                            "CQanhDesktopApp::IsSameShortcut OUT(1)"})}),
+                                Step("CQanhAppNameList::AddDesktopApp(Word, C:\\b.lnk)", "OUT(0x8007000E)",
+                                     {Step("CQanhAppNameList::IsInDesktopAppList(C:\\b.lnk)", "OUT(0)",
+                                           {"CQanhDesktopApp::IsSameShortcut IN(C:\\b.lnk)",
+                                            "CQanhDesktopApp::IsSameShortcut OUT(0)"})})}));
 }
 
-TEST(AppNameListIsInDesktopAppList, ComparesWholePathsIgnoringCase)
+TEST_F(AppNameList, KnowsShortcutsByTheirWholePathsIgnoringCase)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"b", L"C:\\Menu\\b.lnk"), S_OK);
-    EXPECT_EQ(list.IsInDesktopAppList(L"C:\\Menu\\b.lnk"), 1);
-    EXPECT_EQ(list.IsInDesktopAppList(L"c:\\MENU\\B.LNK"), 1);
-    EXPECT_EQ(list.IsInDesktopAppList(L"C:\\Menu\\b.ln"), 0);
-    EXPECT_EQ(list.IsInDesktopAppList(L"C:\\Menu\\b.lnk1"), 0);
-    EXPECT_EQ(list.IsInDesktopAppList(L"b.lnk"), 0);
-    EXPECT_EQ(list.IsInDesktopAppList(nullptr), 0);
-    EXPECT_EQ(list.IsInDesktopAppList(L""), 0);
+    AddDesktopApps({L"a", L"Menu\\b"});
+    EXPECT_EQ(m_list.IsInDesktopAppList(L"C:\\Menu\\b.lnk"), 1);
+    EXPECT_EQ(m_list.IsInDesktopAppList(L"c:\\MENU\\B.LNK"), 1);
+    // Not even a record without a path has an empty one.
+    LoadText(m_list, "<DesktopApps><DesktopApp/></DesktopApps>");
+    ExpectRecords({}, {L"C:\\a.lnk", L"C:\\Menu\\b.lnk", L""});
+    for (const wchar_t* other :
+         {L"C:\\Menu\\b.ln", L"C:\\Menu\\b.lnk1", L"b.lnk", L"", static_cast<const wchar_t*>(nullptr)}) {
+        EXPECT_EQ(m_list.IsInDesktopAppList(other), 0) << PrintToString(other);
+    }
 }
 
-TEST(AppNameListIsInDesktopAppList, IsFalseForAnEmptyPathEvenWithARecordWithoutPath)
+TEST_F(AppNameList, LogsTheLookUpOfAShortcut)
 {
-    CQanhAppNameList list;
-    test::LoadText(list, "<DesktopApps><DesktopApp/></DesktopApps>");
-    ASSERT_THAT(Texts(list.DesktopShortcuts()), ElementsAre(L""));
-    EXPECT_EQ(list.IsInDesktopAppList(L""), 0);
+    AddDesktopApps({L"a"});
+    const LogCapture log;
+    EXPECT_FALSE(m_list.IsInDesktopAppList(nullptr));
+    EXPECT_FALSE(m_list.IsInDesktopAppList(L""));
+    EXPECT_TRUE(m_list.IsInDesktopAppList(L"C:\\A.lnk"));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::IsInDesktopAppList((null))", "OUT(0)"),
+                                Step("CQanhAppNameList::IsInDesktopAppList()", "OUT(0)"),
+                                Step("CQanhAppNameList::IsInDesktopAppList(C:\\A.lnk)", "OUT(1)",
+                                     {"CQanhDesktopApp::IsSameShortcut IN(C:\\A.lnk)",
+                                      "CQanhDesktopApp::IsSameShortcut OUT(1)"})}));
 }
 
-TEST(AppNameListIsInDesktopAppList, LogsItsAnswer)
+TEST_F(AppNameList, ClearingDeletesPackagesWithTheirAppsFrontToBack)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-    const test::LogCapture log;
-    EXPECT_FALSE(list.IsInDesktopAppList(nullptr));
-    EXPECT_FALSE(list.IsInDesktopAppList(L""));
-    EXPECT_TRUE(list.IsInDesktopAppList(L"C:\\A.lnk"));
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::IsInDesktopAppList((null)) IN",
-                                         "CQanhAppNameList::IsInDesktopAppList OUT(0)",
-                                         "CQanhAppNameList::IsInDesktopAppList() IN",
-                                         "CQanhAppNameList::IsInDesktopAppList OUT(0)",
-                                         "CQanhAppNameList::IsInDesktopAppList(C:\\A.lnk) IN",
-                                         "CQanhDesktopApp::IsSameShortcut IN(C:\\A.lnk)",
-                                         "CQanhDesktopApp::IsSameShortcut OUT(1)",
-                                         "CQanhAppNameList::IsInDesktopAppList OUT(1)"));
-}
-
-TEST(AppNameListClear, DeletesPackagesWithTheirAppsFrontToBack)
-{
-    CQanhAppNameList list;
     std::vector<std::wstring> events;
     for (const wchar_t* name : {L"b", L"a"}) {
         auto package = std::make_unique<PackageProbe>(
             name, [&events, name] { events.push_back(std::wstring(L"deleted package ") + name); });
         EXPECT_EQ(package->AddApplication(std::make_unique<RecordProbe>(name, &events)), S_OK);
-        EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
+        EXPECT_EQ(m_list.AddMetroPackage(std::move(package)), S_OK);
     }
-    list.Clear();
+    m_list.Clear();
     EXPECT_THAT(events, ElementsAre(L"deleted package b", L"deleted b", L"deleted package a", L"deleted a"));
 }
 
-TEST(AppNameListClear, DeletesDesktopAppsAfterThePackages)
+TEST_F(AppNameList, ClearingDeletesDesktopAppsAfterThePackages)
 {
-    CQanhAppNameList list;
-    const test::AllocationWatch* pWatch = nullptr;
+    const AllocationWatch* pWatch = nullptr;
     std::size_t liveAtDeletion = 0;
     auto package = std::make_unique<PackageProbe>(L"a", [&] { liveAtDeletion = pWatch->Live(); });
     std::size_t ofThePackage = 0;
     std::size_t ofBoth = 0;
     std::size_t left = 1;
     {
-        const test::AllocationWatch watch;
+        const AllocationWatch watch;
         pWatch = &watch;
-        EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
+        EXPECT_EQ(m_list.AddMetroPackage(std::move(package)), S_OK);
         ofThePackage = watch.Live();
-        EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
+        EXPECT_EQ(m_list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
         ofBoth = watch.Live();
-        list.Clear();
+        m_list.Clear();
         left = watch.Live();
     }
     // All that the desktop application consists of was still there when the package went.
@@ -342,34 +287,25 @@ TEST(AppNameListClear, DeletesDesktopAppsAfterThePackages)
     EXPECT_EQ(left, 0u);
 }
 
-TEST(AppNameListClear, LeavesAnEmptyCatalogueThatCanBeFilledAgain)
+TEST_F(AppNameList, CanBeFilledAgainAfterClearing)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
-    list.Clear();
-    EXPECT_THAT(list.PackageFamilyNames(), IsEmpty());
-    EXPECT_THAT(list.DesktopShortcuts(), IsEmpty());
-    EXPECT_EQ(list.GetPackage(L"a_1"), nullptr);
-    list.Clear();
-    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
+    AddPackages({L"a_1"});
+    AddDesktopApps({L"Word"});
+    const LogCapture log;
+    m_list.Clear();
+    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Clear", "OUT"));
+    ExpectRecords({}, {});
+    EXPECT_EQ(m_list.GetPackage(L"a_1"), nullptr);
+    m_list.Clear();
+    AddDesktopApps({L"Word"});
 }
 
-TEST(AppNameListClear, LogsEntryAndExit)
+TEST_F(AppNameList, DeletesEverythingAtTheEndOfItsLife)
 {
-    CQanhAppNameList list;
-    const test::LogCapture log;
-    list.Clear();
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhAppNameList::Clear IN", "CQanhAppNameList::Clear OUT"));
-}
-
-TEST(AppNameList, DeletesEverythingAtTheEndOfItsLife)
-{
-    int deleted = 0;
     std::size_t left = 1;
-    auto package = std::make_unique<PackageProbe>(L"a_1", [&] { ++deleted; });
+    auto package = Probe(L"a_1");
     {
-        const test::AllocationWatch watch;
+        const AllocationWatch watch;
         {
             CQanhAppNameList list;
             EXPECT_EQ(list.AddMetroPackage(std::move(package)), S_OK);
@@ -377,55 +313,40 @@ TEST(AppNameList, DeletesEverythingAtTheEndOfItsLife)
         }
         left = watch.Live();
     }
-    EXPECT_EQ(deleted, 1);
+    EXPECT_EQ(m_deleted, 1);
     EXPECT_EQ(left, 0u);
 }
 
-TEST(AppNameListInstalledStates, GoToTheRecordsInOrder)
+TEST_F(AppNameList, GivesInstalledStatesToTheRecordsInOrder)
 {
-    CQanhAppNameList list;
-    for (const wchar_t* name : {L"a_1", L"b_1", L"c_1"}) {
-        EXPECT_EQ(list.AddMetroPackage(Package(name)), S_OK);
-    }
-    list.SetPackagesInstalled({FALSE, TRUE, FALSE});
-    EXPECT_EQ(list.GetPackage(L"a_1")->IsInstalled, FALSE);
-    EXPECT_EQ(list.GetPackage(L"b_1")->IsInstalled, TRUE);
-    EXPECT_EQ(list.GetPackage(L"c_1")->IsInstalled, FALSE);
-    list.SetPackagesInstalled({TRUE, TRUE, TRUE});
-    EXPECT_EQ(list.GetPackage(L"a_1")->IsInstalled, TRUE);
+    AddPackages({L"a_1", L"b_1", L"c_1"});
+    m_list.SetPackagesInstalled({FALSE, TRUE, FALSE});
+    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="b_1" Version="1.0.0.0" />)");
+    m_list.SetPackagesInstalled({TRUE, TRUE, TRUE});
+    EXPECT_EQ(m_list.GetPackage(L"a_1")->IsInstalled, TRUE);
 
-    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"b", L"C:\\b.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"c", L"C:\\c.lnk"), S_OK);
-    list.SetDesktopAppsInstalled({FALSE, TRUE, FALSE});
-    list.SetPackagesInstalled({FALSE, FALSE, TRUE});
-    EXPECT_EQ(SavedText(list),
-              Document({"  <MetroApps>", R"(    <Package PackageFamilyName="c_1" Version="1.0.0.0" />)",
-                        "  </MetroApps>", "  <DesktopApps>",
-                        R"(    <DesktopApp DisplayName="b" LnkFileName="C:\b.lnk" />)", "  </DesktopApps>"}));
+    AddDesktopApps({L"a", L"b", L"c"});
+    m_list.SetDesktopAppsInstalled({FALSE, TRUE, FALSE});
+    m_list.SetPackagesInstalled({FALSE, FALSE, TRUE});
+    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="c_1" Version="1.0.0.0" />)"
+                                    R"(<DesktopApp DisplayName="b" LnkFileName="C:\b.lnk" />)");
 }
 
-TEST(AppNameListInstalledStates, LeaveRecordsWithoutAStateAlone)
+TEST_F(AppNameList, LeavesRecordsWithoutAnInstalledStateAlone)
 {
-    CQanhAppNameList list;
-    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
-    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-    EXPECT_EQ(list.AddDesktopApp(L"b", L"C:\\b.lnk"), S_OK);
+    AddPackages({L"a_1", L"b_1"});
+    AddDesktopApps({L"a", L"b"});
     // A record was added since the states were asked for.
-    list.SetPackagesInstalled({FALSE});
-    list.SetDesktopAppsInstalled({FALSE});
-    list.SetPackagesInstalled({});
-    list.SetDesktopAppsInstalled({});
-    EXPECT_EQ(list.GetPackage(L"b_1")->IsInstalled, TRUE);
-    EXPECT_EQ(SavedText(list),
-              Document({"  <MetroApps>", R"(    <Package PackageFamilyName="b_1" Version="1.0.0.0" />)",
-                        "  </MetroApps>", "  <DesktopApps>",
-                        R"(    <DesktopApp DisplayName="b" LnkFileName="C:\b.lnk" />)", "  </DesktopApps>"}));
+    m_list.SetPackagesInstalled({FALSE});
+    m_list.SetDesktopAppsInstalled({FALSE});
+    m_list.SetPackagesInstalled({});
+    m_list.SetDesktopAppsInstalled({});
+    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="b_1" Version="1.0.0.0" />)"
+                                    R"(<DesktopApp DisplayName="b" LnkFileName="C:\b.lnk" />)");
     // More states than records are no trouble.
-    list.SetPackagesInstalled({TRUE, TRUE, TRUE});
-    list.SetDesktopAppsInstalled({TRUE, TRUE, TRUE});
-    EXPECT_EQ(list.GetPackage(L"a_1")->IsInstalled, TRUE);
+    m_list.SetPackagesInstalled({TRUE, TRUE, TRUE});
+    m_list.SetDesktopAppsInstalled({TRUE, TRUE, TRUE});
+    EXPECT_EQ(m_list.GetPackage(L"a_1")->IsInstalled, TRUE);
 }
 
 } // namespace

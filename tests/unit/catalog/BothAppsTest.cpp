@@ -2,24 +2,15 @@
 
 #include "catalog/DesktopApp.h"
 #include "catalog/MetroApp.h"
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
 #include "support/ReaderProbe.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
-#include "unit/catalog/XmlText.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <initializer_list>
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace {
 
-using testing::ElementsAre;
+using namespace test;
 
 // How records of a kind are made.
 template <typename App> struct Kind;
@@ -52,76 +43,71 @@ template <> struct Kind<CQanhDesktopApp>
     static CQanhDesktopApp Named(const wchar_t* name) { return CQanhDesktopApp(name, L"C:\\a.lnk"); }
 };
 
-template <typename App> class BothApps : public testing::Test
+template <typename App> class BothApps : public Test
 {
 protected:
-    // The lines of the class's operations.
-    static std::vector<std::string> Lines(std::initializer_list<const char*> lines)
+    // An operation of the class.
+    static std::vector<std::string> Step(const char* entry, const char* exit)
     {
-        std::vector<std::string> whole;
-        for (const char* line : lines) {
-            whole.push_back(std::string(Kind<App>::kClass) + line);
-        }
-        return whole;
+        return test::Step(Kind<App>::kClass + std::string(entry), exit);
     }
 };
 
-using Apps = testing::Types<CQanhMetroApp, CQanhDesktopApp>;
+using Apps = Types<CQanhMetroApp, CQanhDesktopApp>;
 TYPED_TEST_SUITE(BothApps, Apps, );
 
 TYPED_TEST(BothApps, CheckTheArgumentsOfASearchAndTouchNothingThen)
 {
-    const TypeParam app = Kind<TypeParam>::Named(L"web mail");
-    ExcludeList list;
-    BOOL found = 7;
-    EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, &list, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"mail", nullptr, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"mail", &list, nullptr), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", nullptr, &found), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, nullptr), E_POINTER);
-    EXPECT_EQ(app.AddToExcludeAppNameList(L"", &list, &found), E_INVALIDARG);
-    EXPECT_EQ(found, 7);
-    EXPECT_TRUE(list.IsEmpty());
+    ExpectArgumentChecks(Kind<TypeParam>::Named(L"web mail"));
 }
 
 TYPED_TEST(BothApps, ClearFoundBeforeTheWantedNameCannotBeCopiedOrLowered)
 {
     const TypeParam app = Kind<TypeParam>::Named(L"mail");
     {
-        const test::NoCopies noCopies;
-        EXPECT_EQ(test::Ask(app, L"mail"), (test::Answer{E_OUTOFMEMORY, 0, {}}));
+        const NoCopies noCopies;
+        EXPECT_EQ(Ask(app, L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
     }
-    const test::NoLowering noLowering;
-    EXPECT_EQ(test::Ask(app, L"mail"), (test::Answer{E_FAIL, 0, {}}));
+    const NoLowering noLowering;
+    EXPECT_EQ(Ask(app, L"mail"), (Answer{E_FAIL, 0, {}}));
+}
+
+TYPED_TEST(BothApps, FreeTheirCopyOfTheWantedName)
+{
+    const TypeParam app = Kind<TypeParam>::Named(L"other");
+    ExcludeList list;
+    BOOL found = 7;
+    const CopyWatch copies;
+    EXPECT_EQ(app.AddToExcludeAppNameList(L"MAIL", &list, &found), S_OK);
+    EXPECT_EQ(copies.Freed(), L"mail");
 }
 
 TYPED_TEST(BothApps, LogEveryEarlyExitOfASearch)
 {
     const TypeParam app = Kind<TypeParam>::Named(L"Mail");
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(app.AddToExcludeAppNameList(nullptr, nullptr, nullptr), E_POINTER);
-    test::Ask(app, L"");
-    test::Ask(app, L"mail");
+    Ask(app, L"");
+    Ask(app, L"mail");
     {
-        const test::NoCopies noCopies;
-        test::Ask(app, L"a");
+        const NoCopies noCopies;
+        Ask(app, L"a");
     }
     {
-        const test::NoLowering noLowering;
-        test::Ask(app, L"b");
+        const NoLowering noLowering;
+        Ask(app, L"b");
     }
-    EXPECT_EQ(log.Lines(),
-              this->Lines({"AddToExcludeAppNameList((null)) IN", "AddToExcludeAppNameList OUT(0x80004003)",
-                           "AddToExcludeAppNameList() IN", "AddToExcludeAppNameList OUT(0x80070057)",
-                           "AddToExcludeAppNameList(mail) IN", "AddToExcludeAppNameList OUT(0x00000000)",
-                           "AddToExcludeAppNameList(a) IN", "AddToExcludeAppNameList OUT(0x8007000E)",
-                           "AddToExcludeAppNameList(b) IN", "AddToExcludeAppNameList OUT(0x80004005)"}));
+    EXPECT_EQ(log.Lines(), Log({this->Step("AddToExcludeAppNameList((null))", "OUT(0x80004003)"),
+                                this->Step("AddToExcludeAppNameList()", "OUT(0x80070057)"),
+                                this->Step("AddToExcludeAppNameList(mail)", "OUT(0x00000000)"),
+                                this->Step("AddToExcludeAppNameList(a)", "OUT(0x8007000E)"),
+                                this->Step("AddToExcludeAppNameList(b)", "OUT(0x80004005)")}));
 }
 
 TYPED_TEST(BothApps, StopWritingAtTheFirstFailure)
 {
     for (std::size_t failing = 0; failing < Kind<TypeParam>::kParts; ++failing) {
-        test::WriterProbe writer;
+        WriterProbe writer;
         writer.failingCall = failing;
         EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(&writer), writer.failure) << failing;
         // Only the end of the element may follow.
@@ -134,34 +120,34 @@ TYPED_TEST(BothApps, StopWritingAtTheFirstFailure)
 
 TYPED_TEST(BothApps, AreNotWrittenToNothing)
 {
-    const test::LogCapture log;
-    test::WriterProbe writer;
+    const LogCapture log;
+    WriterProbe writer;
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(nullptr), E_POINTER);
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(&writer), S_OK);
-    EXPECT_EQ(log.Lines(), this->Lines({"ToXmlNode IN", "ToXmlNode OUT(0x80004003)", "ToXmlNode IN",
-                                        "ToXmlNode OUT(0x00000000)"}));
+    EXPECT_EQ(log.Lines(),
+              Log({this->Step("ToXmlNode", "OUT(0x80004003)"), this->Step("ToXmlNode", "OUT(0x00000000)")}));
 }
 
 TYPED_TEST(BothApps, AreNotReadFromOrIntoNothing)
 {
-    const test::XmlSource source(Kind<TypeParam>::kEmptyXml, Kind<TypeParam>::kElement);
+    const XmlSource source(Kind<TypeParam>::kEmptyXml, Kind<TypeParam>::kElement);
     std::unique_ptr<TypeParam> app;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(TypeParam::FromXmlNode(nullptr, &app), E_POINTER);
     EXPECT_EQ(TypeParam::FromXmlNode(source.Reader(), nullptr), E_POINTER);
     EXPECT_EQ(app, nullptr);
     EXPECT_EQ(TypeParam::FromXmlNode(source.Reader(), &app), S_OK);
     EXPECT_NE(app, nullptr);
     EXPECT_EQ(log.Lines(),
-              this->Lines({"FromXmlNode IN", "FromXmlNode OUT(0x80004003)", "FromXmlNode IN",
-                           "FromXmlNode OUT(0x80004003)", "FromXmlNode IN", "FromXmlNode OUT(0x00000000)"}));
+              Log({this->Step("FromXmlNode", "OUT(0x80004003)"), this->Step("FromXmlNode", "OUT(0x80004003)"),
+                   this->Step("FromXmlNode", "OUT(0x00000000)")}));
 }
 
 TYPED_TEST(BothApps, PassTheReadersFailureOn)
 {
     for (const char* method : {"MoveToFirstAttribute", "MoveToNextAttribute"}) {
-        const test::XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
-        test::ReaderProbe reader(source.Reader());
+        const XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
+        ReaderProbe reader(source.Reader());
         reader.Answer(method, 0, E_ABORT);
         std::unique_ptr<TypeParam> app;
         EXPECT_EQ(TypeParam::FromXmlNode(&reader, &app), E_ABORT) << method;
@@ -171,11 +157,11 @@ TYPED_TEST(BothApps, PassTheReadersFailureOn)
 
 TYPED_TEST(BothApps, AreReadThoughMemoryRunsOut)
 {
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
-        const test::XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
+        const XmlSource source(Kind<TypeParam>::kXml, Kind<TypeParam>::kElement);
         std::unique_ptr<TypeParam> app;
-        const test::Attempt attempt = test::TryWithFailingAllocation(
-            index, [&] { return TypeParam::FromXmlNode(source.Reader(), &app); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [&] { return TypeParam::FromXmlNode(source.Reader(), &app); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(app == nullptr, attempt.failed);
         EXPECT_EQ(attempt.left == 0, attempt.failed);

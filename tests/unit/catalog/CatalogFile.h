@@ -6,6 +6,9 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
@@ -43,6 +46,23 @@ inline std::string Document(std::initializer_list<std::string_view> lines)
         text += line;
     }
     return text;
+}
+
+// What the catalogue is saved to without the file's frame: its records in one line.
+inline std::string SavedRecords(const CQanhAppNameList& list)
+{
+    const std::string saved = SavedText(list);
+    const std::string head = Document({});
+    EXPECT_EQ(saved.substr(0, head.size()), head);
+    std::string records;
+    for (const std::string& line : Split(saved.substr(head.size()), "\r\n")) {
+        const std::string element = line.substr(std::min(line.find('<'), line.size()));
+        if (element.find("MetroApps") == std::string::npos &&
+            element.find("DesktopApps") == std::string::npos) {
+            records += element;
+        }
+    }
+    return records;
 }
 
 } // namespace test

@@ -1,18 +1,13 @@
 #include "catalog/CatalogXml.h"
 
+#include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <optional>
-#include <string>
 
 namespace {
 
-using test::WriterProbe;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 TEST(CatalogXml, KnowsTheNamesOfTheFile)
 {
@@ -24,90 +19,83 @@ TEST(CatalogXml, KnowsTheNamesOfTheFile)
     EXPECT_STREQ(CatalogXml::kDesktopApp, L"DesktopApp");
 }
 
-TEST(CatalogXmlWriteElement, StartsAndEndsTheElementAroundItsContent)
+class CatalogXmlWriter : public Test
 {
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [&] { return CatalogXml::Write(&writer, L"b", L"c"); }),
+protected:
+    HRESULT WriteElementAround(HRESULT content)
+    {
+        return CatalogXml::WriteElement(&m_writer, L"a", [&] {
+            EXPECT_EQ(CatalogXml::Write(&m_writer, L"b", L"c"), S_OK);
+            return content;
+        });
+    }
+
+    WriterProbe m_writer;
+};
+
+TEST_F(CatalogXmlWriter, StartsAndEndsTheElementAroundItsContent)
+{
+    EXPECT_EQ(WriteElementAround(S_OK), S_OK);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
+}
+
+TEST_F(CatalogXmlWriter, WritesNoContentWhenItCannotStartTheElement)
+{
+    m_writer.failingCall = 0;
+    EXPECT_EQ(WriteElementAround(S_OK), m_writer.failure);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a"));
+}
+
+TEST_F(CatalogXmlWriter, EndsTheElementAndReturnsTheFirstFailure)
+{
+    m_writer.failingCall = 2;
+    EXPECT_EQ(WriteElementAround(E_ABORT), E_ABORT);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
+}
+
+TEST_F(CatalogXmlWriter, ReturnsTheFailureToEndTheElement)
+{
+    m_writer.failingCall = 2;
+    EXPECT_EQ(WriteElementAround(S_OK), m_writer.failure);
+}
+
+TEST_F(CatalogXmlWriter, WritesASingleAttributeAlsoWhenItIsEmpty)
+{
+    EXPECT_EQ(CatalogXml::Write(&m_writer, L"a", L""), S_OK);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"a="));
+}
+
+TEST_F(CatalogXmlWriter, LeavesEmptyTextsOutAndDoesNotEscape)
+{
+    // The writer escapes; doing it here would double it.
+    EXPECT_EQ(CatalogXml::WriteTexts(
+                  &m_writer, {{L"a", WideString()}, {L"b", L"<A & \"B\">"}, {L"c", L""}, {L"d", L"D"}}),
               S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"b=<A & \"B\">", L"d=D"));
+    EXPECT_EQ(CatalogXml::WriteTexts(&m_writer, {}), S_OK);
 }
 
-TEST(CatalogXmlWriteElement, WritesNoContentWhenItCannotStart)
+TEST_F(CatalogXmlWriter, WritesOnlyFlagsThatDifferFromTheDefault)
 {
-    WriterProbe writer;
-    writer.failingCall = 0;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [&] { return CatalogXml::Write(&writer, L"b", L"c"); }),
-              writer.failure);
-    EXPECT_THAT(writer.calls, ElementsAre(L"start a"));
-}
-
-TEST(CatalogXmlWriteElement, EndsTheElementAndReturnsTheFirstFailure)
-{
-    WriterProbe writer;
-    writer.failingCall = 1;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [] { return E_ABORT; }), E_ABORT);
-    EXPECT_THAT(writer.calls, ElementsAre(L"start a", L"end"));
-}
-
-TEST(CatalogXmlWriteElement, ReturnsTheFailureToEnd)
-{
-    WriterProbe writer;
-    writer.failingCall = 1;
-    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [] { return S_OK; }), writer.failure);
-}
-
-TEST(CatalogXmlWrite, WritesAlsoWhatIsEmpty)
-{
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::Write(&writer, L"a", L""), S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a="));
-}
-
-TEST(CatalogXmlWriteTexts, LeavesEmptyTextsOut)
-{
-    WriterProbe writer;
-    EXPECT_EQ(
-        CatalogXml::WriteTexts(&writer, {{L"a", WideString()}, {L"b", L"B"}, {L"c", L""}, {L"d", L"D"}}),
-        S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"b=B", L"d=D"));
-    EXPECT_EQ(CatalogXml::WriteTexts(&writer, {}), S_OK);
-}
-
-TEST(CatalogXmlWriteTexts, DoesNotEscape)
-{
-    // The writer does that; doing it here would double it.
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::WriteTexts(&writer, {{L"a", L"<A & \"B\">"}}), S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=<A & \"B\">"));
-}
-
-TEST(CatalogXmlWriteTexts, EndsAtTheFirstFailure)
-{
-    WriterProbe writer;
-    writer.failingCall = 1;
-    EXPECT_EQ(CatalogXml::WriteTexts(&writer, {{L"a", L"A"}, {L"b", L"B"}, {L"c", L"C"}}), writer.failure);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=A", L"b=B"));
-}
-
-TEST(CatalogXmlWriteFlags, WritesOnlyWhatDiffersFromTheDefault)
-{
-    WriterProbe writer;
-    EXPECT_EQ(CatalogXml::WriteFlags(&writer, {{L"a", TRUE, FALSE},
-                                               {L"b", FALSE, FALSE},
-                                               {L"c", TRUE, TRUE},
-                                               {L"d", FALSE, TRUE},
-                                               {L"e", -1, FALSE},
-                                               {L"f", 2, TRUE}}),
+    EXPECT_EQ(CatalogXml::WriteFlags(&m_writer, {{L"a", TRUE, FALSE},
+                                                 {L"b", FALSE, FALSE},
+                                                 {L"c", TRUE, TRUE},
+                                                 {L"d", FALSE, TRUE},
+                                                 {L"e", -1, FALSE},
+                                                 {L"f", 2, TRUE}}),
               S_OK);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=1", L"d=0", L"e=1"));
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"a=1", L"d=0", L"e=1"));
 }
 
-TEST(CatalogXmlWriteFlags, EndsAtTheFirstFailure)
+TEST_F(CatalogXmlWriter, EndsAtTheFirstAttributeThatFails)
 {
-    WriterProbe writer;
-    writer.failingCall = 0;
-    EXPECT_EQ(CatalogXml::WriteFlags(&writer, {{L"a", TRUE, FALSE}, {L"b", TRUE, FALSE}}), writer.failure);
-    EXPECT_THAT(writer.calls, ElementsAre(L"a=1"));
+    m_writer.failingCall = 1;
+    EXPECT_EQ(CatalogXml::WriteTexts(&m_writer, {{L"a", L"A"}, {L"b", L"B"}, {L"c", L"C"}}),
+              m_writer.failure);
+    m_writer.failingCall = 2;
+    EXPECT_EQ(CatalogXml::WriteFlags(&m_writer, {{L"a", TRUE, FALSE}, {L"b", TRUE, FALSE}}),
+              m_writer.failure);
+    EXPECT_THAT(m_writer.calls, ElementsAre(L"a=A", L"b=B", L"a=1"));
 }
 
 TEST(CatalogXmlReadFlag, IsTrueForEveryNumberButZero)
@@ -116,11 +104,11 @@ TEST(CatalogXmlReadFlag, IsTrueForEveryNumberButZero)
         for (const wchar_t* text : {L"1", L"2", L"-1", L"+3", L" 7", L"\t7", L"7abc", L"10", L"1.5", L"01",
                                     L" \r\n -2", L"2147483648", L"-2147483649", L"4294967295", L"4294967296",
                                     L"-4294967296", L"18446744073709551616", L"99999999999999999999999999"}) {
-            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), TRUE) << testing::PrintToString(text);
+            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), TRUE) << PrintToString(text);
         }
         for (const wchar_t* text :
              {L"0", L"00", L"-0", L"+0", L" 0", L"0abc", L"0x1", L"0.5", L"000000000000000000000000000"}) {
-            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), FALSE) << testing::PrintToString(text);
+            EXPECT_EQ(CatalogXml::ReadFlag(text, unreadable), FALSE) << PrintToString(text);
         }
     }
 }
@@ -129,38 +117,30 @@ TEST(CatalogXmlReadFlag, IsThePresetForWhatIsNoNumber)
 {
     for (const wchar_t* text : {L"", L" ", L"yes", L"no", L"true", L"-", L"+", L"- 1", L"+-1", L"--1", L"x1",
                                 L".5", L"\xFF11", L"メ"}) {
-        EXPECT_EQ(CatalogXml::ReadFlag(text, TRUE), TRUE) << testing::PrintToString(text);
-        EXPECT_EQ(CatalogXml::ReadFlag(text, FALSE), FALSE) << testing::PrintToString(text);
+        EXPECT_EQ(CatalogXml::ReadFlag(text, TRUE), TRUE) << PrintToString(text);
+        EXPECT_EQ(CatalogXml::ReadFlag(text, FALSE), FALSE) << PrintToString(text);
     }
 }
 
-struct Number
+void ExpectNumber(const wchar_t* text, UINT32 number, const wchar_t* rest)
 {
-    const wchar_t* text;
-    UINT32 number;
-    const wchar_t* rest;
-};
+    SCOPED_TRACE(PrintToString(text));
+    EXPECT_EQ(CatalogXml::TakeNumber(text), number);
+    EXPECT_STREQ(text, rest);
+}
 
 TEST(CatalogXmlTakeNumber, TakesWhatTheTextBeginsWith)
 {
-    const Number numbers[] = {
-        {L"0", 0, L""},
-        {L"12.34", 12, L".34"},
-        {L" \t\r\n12 ", 12, L" "},
-        {L"+12+", 12, L"+"},
-        {L"-1", 0xFFFFFFFF, L""},
-        {L"-65536x", 0xFFFF0000, L"x"},
-        {L"4294967295", 0xFFFFFFFF, L""},
-        {L"4294967296", 0xFFFFFFFF, L""},
-        {L"99999999999999999999999999,", 0xFFFFFFFF, L","},
-        {L"0000000000000000000000000012", 12, L""},
-    };
-    for (const Number& expected : numbers) {
-        SCOPED_TRACE(testing::PrintToString(expected.text));
-        const wchar_t* text = expected.text;
-        EXPECT_EQ(CatalogXml::TakeNumber(text), expected.number);
-        EXPECT_STREQ(text, expected.rest);
-    }
+    ExpectNumber(L"0", 0, L"");
+    ExpectNumber(L"12.34", 12, L".34");
+    ExpectNumber(L" \t\r\n12 ", 12, L" ");
+    ExpectNumber(L"+12+", 12, L"+");
+    ExpectNumber(L"-1", 0xFFFFFFFF, L"");
+    ExpectNumber(L"-65536x", 0xFFFF0000, L"x");
+    ExpectNumber(L"4294967295", 0xFFFFFFFF, L"");
+    ExpectNumber(L"4294967296", 0xFFFFFFFF, L"");
+    ExpectNumber(L"99999999999999999999999999,", 0xFFFFFFFF, L",");
+    ExpectNumber(L"0000000000000000000000000012", 12, L"");
 }
 
 TEST(CatalogXmlTakeNumber, LeavesTheTextAloneWhenThereIsNone)

@@ -1,46 +1,29 @@
 #include "catalog/MetroApp.h"
 
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
-#include "unit/catalog/XmlText.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace {
 
-using test::Answer;
-using test::Ask;
-using test::Excluding;
-using test::kFound;
-using test::kNothing;
-using testing::ElementsAre;
+using namespace test;
 
-TEST(MetroApp, HasEmptyNamesUnlessGiven)
+void ExpectNames(const CQanhMetroApp& app, const wchar_t* displayName, const wchar_t* shortName,
+                 const wchar_t* rubyDisplayName, const wchar_t* rubyShortName)
 {
-    const CQanhMetroApp app;
-    EXPECT_TRUE(app.DisplayName.empty());
-    EXPECT_TRUE(app.ShortName.empty());
-    EXPECT_TRUE(app.RubyDisplayName.empty());
-    EXPECT_TRUE(app.RubyShortName.empty());
+    EXPECT_STREQ(app.DisplayName.c_str(), displayName);
+    EXPECT_STREQ(app.ShortName.c_str(), shortName);
+    EXPECT_STREQ(app.RubyDisplayName.c_str(), rubyDisplayName);
+    EXPECT_STREQ(app.RubyShortName.c_str(), rubyShortName);
 }
 
 TEST(MetroApp, TakesDisplayNameShortNameAndTheirReadings)
 {
-    const CQanhMetroApp app(L"display", L"short", L"display reading", L"short reading");
-    EXPECT_STREQ(app.DisplayName.c_str(), L"display");
-    EXPECT_STREQ(app.ShortName.c_str(), L"short");
-    EXPECT_STREQ(app.RubyDisplayName.c_str(), L"display reading");
-    EXPECT_STREQ(app.RubyShortName.c_str(), L"short reading");
+    ExpectNames(CQanhMetroApp(), L"", L"", L"", L"");
+    ExpectNames(CQanhMetroApp(L"display", L"short", L"display reading", L"short reading"), L"display",
+                L"short", L"display reading", L"short reading");
 }
 
-struct Names
+struct AppNames
 {
     const wchar_t* displayName;
     const wchar_t* shortName = L"";
@@ -48,121 +31,86 @@ struct Names
     const wchar_t* rubyShortName = L"";
 };
 
-CQanhMetroApp Make(const Names& names)
+CQanhMetroApp Make(const AppNames& names)
 {
     return CQanhMetroApp(names.displayName, names.shortName, names.rubyDisplayName, names.rubyShortName);
 }
 
-const test::ExcludeCase<Names> kCases[] = {
-    {"its own name leaves found at 0", {L"mail"}, L"mail", kNothing},
-    {"its own name in other letter case, too", {L"Mail"}, L"mAIL", kNothing},
-    {"behind its own name neither short name nor readings count",
-     {L"Mail", L"mail short", L"mail reading", L"mail short reading"},
-     L"MAIL",
-     kNothing},
-    {"a record without display name is passed over",
-     {L"", L"mail short", L"mail", L"mail"},
-     L"mail",
-     kNothing},
-    {"a name that contains the wanted one is excluded", {L"web mail"}, L"mail", Excluding({L"web mail"})},
-    {"the wanted name is lowered", {L"web mail"}, L"MAIL", Excluding({L"web mail"})},
-    {"the record's name is not lowered", {L"Web Mail"}, L"mail", kNothing},
-    {"not even when the wanted name has the same capitals", {L"Web Mail"}, L"Mail", kNothing},
-    {"a name that does not contain the wanted one is left alone", {L"calendar"}, L"mail", kNothing},
-    {"a part of the wanted name is left alone", {L"mail"}, L"web mail", kNothing},
-    {"the same words in another order are the wanted app", {L"mail calendar"}, L"Calendar Mail", kFound},
-    {"the same words with other punctuation are the wanted app",
-     {L"mail - calendar!"},
-     L"mail calendar",
-     kFound},
-    {"a wanted name without any token hits every name", {L"mail"}, L"!?", Excluding({L"mail"})},
-    {"two names without any token are the same", {L"..."}, L"!?", kFound},
-    {"other letters than A to Z have no case", {L"\u00C4"}, L"\u00E4", kFound},
-
-    {"a hit in the reading excludes the display name",
-     {L"天気", L"", L"てんき"},
-     L"てん",
-     Excluding({L"天気"})},
-    {"the reading is not lowered", {L"天気", L"", L"Tenki"}, L"tenki", kNothing},
-    {"hits in name and reading exclude once, and the second adding is the result",
-     {L"メール", L"", L"メール"},
-     L"メ",
-     Excluding({L"メール"}, S_FALSE)},
-    {"the reading counts also for the wanted app", {L"b a", L"", L"a b"}, L"a b", Answer{S_OK, 1, {L"b a"}}},
-    {"an empty reading is not looked at", {L"天気"}, L"!", Excluding({L"天気"})},
-
-    {"a hit in the short name excludes the short name",
-     {L"messages", L"web mail"},
-     L"mail",
-     Excluding({L"web mail"})},
-    {"a hit in both names excludes both",
-     {L"mail app", L"my mail"},
-     L"mail",
-     Excluding({L"mail app", L"my mail"})},
-    {"a hit in the display name alone excludes that alone",
-     {L"mail app", L"messages"},
-     L"mail",
-     Excluding({L"mail app"})},
-    {"a short name equal to the wanted one is the wanted app", {L"messages", L"mail"}, L"Mail", kFound},
-    {"but not when it has capitals", {L"messages", L"Mail"}, L"mail", kNothing},
-    {"the wanted app by its short name may have its display name excluded",
-     {L"mail app", L"mail"},
-     L"mail",
-     Answer{S_OK, 1, {L"mail app"}}},
-    {"a short name that does not hit leaves found as the display name set it",
-     {L"b a", L"c"},
-     L"a b",
-     kFound},
-    {"a hit in the short name's reading excludes the short name",
-     {L"messages", L"天気", L"", L"てんき"},
-     L"てんき",
-     Excluding({L"天気"})},
-    {"the short name's reading counts only with a short name",
-     {L"messages", L"", L"", L"mail"},
-     L"mail",
-     kNothing},
-    {"the display name's reading does not exclude the short name",
-     {L"天気", L"予報", L"てんき", L"よほう"},
-     L"てんき",
-     Excluding({L"天気"})},
-
-    {"a name that is listed already stays as it stands",
-     {L"web mail"},
-     L"mail",
-     Excluding({L"WEB MAIL"}, S_FALSE),
-     {L"WEB MAIL"}},
-    {"the result is that of the last adding: listed, then new",
-     {L"web mail", L"my mail"},
-     L"mail",
-     Excluding({L"Web Mail", L"my mail"}),
-     {L"Web Mail"}},
-    {"the result is that of the last adding: new, then listed",
-     {L"web mail", L"my mail"},
-     L"mail",
-     Excluding({L"My Mail", L"web mail"}, S_FALSE),
-     {L"My Mail"}},
-    {"the result stays that of the display name when the short name does not hit",
-     {L"web mail", L"messages"},
-     L"mail",
-     Excluding({L"Web Mail"}, S_FALSE),
-     {L"Web Mail"}},
-    {"a short name like the display name is added once",
-     {L"web mail", L"Web mail"},
-     L"mail",
-     Excluding({L"web mail"}, S_FALSE)},
-};
+// How a record with these names answers a search with an exclude list that holds the listed names already.
+void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName, const Answer& answer,
+                  const std::vector<const wchar_t*>& listed = {})
+{
+    EXPECT_EQ(Ask(Make(names), wantedName, listed), answer) << rule;
+}
 
 TEST(MetroAppExclude, FollowsItsRules)
 {
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.rule);
-        EXPECT_EQ(Ask(Make(c.names), c.wantedName, c.listed), c.answer);
-    }
+    ExpectAnswer("its own name leaves found at 0", {L"mail"}, L"mail", kNothing);
+    ExpectAnswer("its own name in other letter case, too", {L"Mail"}, L"mAIL", kNothing);
+    ExpectAnswer("behind its own name neither short name nor readings count",
+                 {L"Mail", L"mail short", L"mail reading", L"mail short reading"}, L"MAIL", kNothing);
+    ExpectAnswer("a record without display name is passed over", {L"", L"mail short", L"mail", L"mail"},
+                 L"mail", kNothing);
+    ExpectAnswer("a name that contains the wanted one is excluded", {L"web mail"}, L"mail",
+                 Excluding({L"web mail"}));
+    ExpectAnswer("the wanted name is lowered", {L"web mail"}, L"MAIL", Excluding({L"web mail"}));
+    ExpectAnswer("the record's name is not lowered", {L"Web Mail"}, L"mail", kNothing);
+    ExpectAnswer("not even when the wanted name has the same capitals", {L"Web Mail"}, L"Mail", kNothing);
+    ExpectAnswer("a name that does not contain the wanted one is left alone", {L"calendar"}, L"mail",
+                 kNothing);
+    ExpectAnswer("a part of the wanted name is left alone", {L"mail"}, L"web mail", kNothing);
+    ExpectAnswer("the same words in another order are the wanted app", {L"mail calendar"}, L"Calendar Mail",
+                 kFound);
+    ExpectAnswer("the same words with other punctuation are the wanted app", {L"mail - calendar!"},
+                 L"mail calendar", kFound);
+    ExpectAnswer("a wanted name without any token hits every name", {L"mail"}, L"!?", Excluding({L"mail"}));
+    ExpectAnswer("two names without any token are the same", {L"..."}, L"!?", kFound);
+    ExpectAnswer("other letters than A to Z have no case", {L"\u00C4"}, L"\u00E4", kFound);
+
+    ExpectAnswer("a hit in the reading excludes the display name", {L"天気", L"", L"てんき"}, L"てん",
+                 Excluding({L"天気"}));
+    ExpectAnswer("the reading is not lowered", {L"天気", L"", L"Tenki"}, L"tenki", kNothing);
+    ExpectAnswer("hits in name and reading exclude once, and the second adding is the result",
+                 {L"メール", L"", L"メール"}, L"メ", Excluding({L"メール"}, S_FALSE));
+    ExpectAnswer("the reading counts also for the wanted app", {L"b a", L"", L"a b"}, L"a b",
+                 Answer{S_OK, 1, {L"b a"}});
+    ExpectAnswer("an empty reading is not looked at", {L"天気"}, L"!", Excluding({L"天気"}));
+
+    ExpectAnswer("a hit in the short name excludes the short name", {L"messages", L"web mail"}, L"mail",
+                 Excluding({L"web mail"}));
+    ExpectAnswer("a hit in both names excludes both", {L"mail app", L"my mail"}, L"mail",
+                 Excluding({L"mail app", L"my mail"}));
+    ExpectAnswer("a hit in the display name alone excludes that alone", {L"mail app", L"messages"}, L"mail",
+                 Excluding({L"mail app"}));
+    ExpectAnswer("a short name equal to the wanted one is the wanted app", {L"messages", L"mail"}, L"Mail",
+                 kFound);
+    ExpectAnswer("but not when it has capitals", {L"messages", L"Mail"}, L"mail", kNothing);
+    ExpectAnswer("the wanted app by its short name may have its display name excluded",
+                 {L"mail app", L"mail"}, L"mail", Answer{S_OK, 1, {L"mail app"}});
+    ExpectAnswer("a short name that does not hit leaves found as the display name set it", {L"b a", L"c"},
+                 L"a b", kFound);
+    ExpectAnswer("a hit in the short name's reading excludes the short name",
+                 {L"messages", L"天気", L"", L"てんき"}, L"てんき", Excluding({L"天気"}));
+    ExpectAnswer("the short name's reading counts only with a short name", {L"messages", L"", L"", L"mail"},
+                 L"mail", kNothing);
+    ExpectAnswer("the display name's reading does not exclude the short name",
+                 {L"天気", L"予報", L"てんき", L"よほう"}, L"てんき", Excluding({L"天気"}));
+
+    ExpectAnswer("a name that is listed already stays as it stands", {L"web mail"}, L"mail",
+                 Excluding({L"WEB MAIL"}, S_FALSE), {L"WEB MAIL"});
+    ExpectAnswer("the result is that of the last adding: listed, then new", {L"web mail", L"my mail"},
+                 L"mail", Excluding({L"Web Mail", L"my mail"}), {L"Web Mail"});
+    ExpectAnswer("the result is that of the last adding: new, then listed", {L"web mail", L"my mail"},
+                 L"mail", Excluding({L"My Mail", L"web mail"}, S_FALSE), {L"My Mail"});
+    ExpectAnswer("the result stays that of the display name when the short name does not hit",
+                 {L"web mail", L"messages"}, L"mail", Excluding({L"Web Mail"}, S_FALSE), {L"Web Mail"});
+    ExpectAnswer("a short name like the display name is added once", {L"web mail", L"Web mail"}, L"mail",
+                 Excluding({L"web mail"}, S_FALSE));
 }
 
 TEST(MetroAppExclude, EndsAtAFailingAdding)
 {
-    const Names apps[] = {
+    const AppNames apps[] = {
         // Of the display name: neither its reading nor the short name is looked at any more.
         {L"mail of the web", L"my mail", L"mail reading", L"mail reading"},
         // Of the display name for its reading.
@@ -170,75 +118,28 @@ TEST(MetroAppExclude, EndsAtAFailingAdding)
         // Of the short name.
         {L"messages", L"my mail", L"", L"mail reading"},
     };
-    for (const Names& names : apps) {
-        EXPECT_EQ(test::AskWithFailingAdding(Make(names), L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
+    for (const AppNames& names : apps) {
+        EXPECT_EQ(AskWithFailingAdding(Make(names), L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
     }
-}
-
-TEST(MetroAppExclude, FreesItsCopyOfTheWantedName)
-{
-    static int s_copies = 0;
-    static wchar_t s_copy[] = L"XXXXXXXX";
-    static int s_freed = 0;
-    static void (*s_free)(void*) = nullptr;
-    s_copies = 0;
-    s_freed = 0;
-    s_free = reinterpret_cast<void (*)(void*)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
-    const CQanhMetroApp app(L"mail");
-    ExcludeList list;
-    BOOL found = 7;
-    {
-        const test::ImportPatch<wchar_t* (*)(const wchar_t*)> duplicate("_wcsdup", [](const wchar_t* text) {
-            ++s_copies;
-            wcscpy_s(s_copy, std::size(s_copy), text);
-            return s_copy;
-        });
-        const test::ImportPatch<void (*)(void*)> release("free", [](void* block) {
-            if (block == s_copy) {
-                ++s_freed;
-            } else {
-                s_free(block);
-            }
-        });
-        EXPECT_EQ(app.AddToExcludeAppNameList(L"MAIL", &list, &found), S_OK);
-    }
-    EXPECT_EQ(s_copies, 1);
-    EXPECT_EQ(s_freed, 1);
-    EXPECT_STREQ(s_copy, L"mail");
 }
 
 TEST(MetroAppExclude, LogsEveryComparison)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     Ask(CQanhMetroApp(L"web mail", L"mail", L"reading", L"short reading"), L"Mail");
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhMetroApp::AddToExcludeAppNameList(Mail) IN",
-                    "CQanhApp::IsSubStrNoOrder(mail, web mail) IN", "CQanhApp::IsSubStrNoOrder OUT(1)",
-                    "CQanhApp::IsSubStrNoOrder(web mail, mail) IN", "CQanhApp::IsSubStrNoOrder OUT(0)",
-                    "CQanhApp::IsSubStrNoOrder(mail, reading) IN", "CQanhApp::IsSubStrNoOrder OUT(0)",
-                    "CQanhApp::IsSubStrNoOrder(mail, mail) IN", "CQanhApp::IsSubStrNoOrder OUT(1)",
-                    "CQanhApp::IsSubStrNoOrder(mail, mail) IN", "CQanhApp::IsSubStrNoOrder OUT(1)",
-                    "CQanhApp::IsSubStrNoOrder(mail, short reading) IN", "CQanhApp::IsSubStrNoOrder OUT(0)",
-                    "CQanhMetroApp::AddToExcludeAppNameList OUT(0x00000000)"));
+    EXPECT_EQ(log.Lines(), Step("CQanhMetroApp::AddToExcludeAppNameList(Mail)", "OUT(0x00000000)",
+                                {Step("CQanhApp::IsSubStrNoOrder(mail, web mail)", "OUT(1)"),
+                                 Step("CQanhApp::IsSubStrNoOrder(web mail, mail)", "OUT(0)"),
+                                 Step("CQanhApp::IsSubStrNoOrder(mail, reading)", "OUT(0)"),
+                                 Step("CQanhApp::IsSubStrNoOrder(mail, mail)", "OUT(1)"),
+                                 Step("CQanhApp::IsSubStrNoOrder(mail, mail)", "OUT(1)"),
+                                 Step("CQanhApp::IsSubStrNoOrder(mail, short reading)", "OUT(0)")}));
 }
 
-std::string Written(const CQanhMetroApp& app)
-{
-    const test::XmlSink sink;
-    EXPECT_EQ(app.ToXmlNode(sink.Writer()), S_OK);
-    return sink.Text();
-}
-
-TEST(MetroAppToXmlNode, WritesItsNamesInTheFilesOrder)
+TEST(MetroAppToXmlNode, WritesItsNamesInTheFilesOrderAndLeavesEmptyOnesOut)
 {
     EXPECT_EQ(Written(CQanhMetroApp(L"a", L"b", L"c", L"d")),
               R"(<MetroApp DisplayName="a" ShortName="b" RubyDisplayName="c" RubyShortName="d" />)");
-}
-
-TEST(MetroAppToXmlNode, LeavesEmptyNamesOut)
-{
     EXPECT_EQ(Written(CQanhMetroApp()), "<MetroApp />");
     EXPECT_EQ(Written(CQanhMetroApp(L"a")), R"(<MetroApp DisplayName="a" />)");
     EXPECT_EQ(Written(CQanhMetroApp(L"", L"b")), R"(<MetroApp ShortName="b" />)");
@@ -248,62 +149,39 @@ TEST(MetroAppToXmlNode, LeavesEmptyNamesOut)
 
 TEST(MetroAppToXmlNode, WritesWithoutNamespaces)
 {
-    test::WriterProbe writer;
+    WriterProbe writer;
     EXPECT_EQ(CQanhMetroApp(L"天気", L"b", L"てんき", L"d").ToXmlNode(&writer), S_OK);
     EXPECT_THAT(writer.calls, ElementsAre(L"start MetroApp", L"DisplayName=天気", L"ShortName=b",
                                           L"RubyDisplayName=てんき", L"RubyShortName=d", L"end"));
 }
 
-std::unique_ptr<CQanhMetroApp> Read(std::string_view text)
+// The record that is read of this element has these names.
+void ExpectRead(const char* element, const wchar_t* displayName, const wchar_t* shortName,
+                const wchar_t* rubyDisplayName, const wchar_t* rubyShortName)
 {
-    const test::XmlSource source(text, L"MetroApp");
-    std::unique_ptr<CQanhMetroApp> app;
-    EXPECT_EQ(CQanhMetroApp::FromXmlNode(source.Reader(), &app), S_OK);
-    // The reader is left on the element.
-    EXPECT_EQ(source.Name(), L"MetroApp");
-    return app ? std::move(app) : std::make_unique<CQanhMetroApp>(L"nothing was read");
+    SCOPED_TRACE(element);
+    ExpectNames(*ReadRecord<CQanhMetroApp>(element, L"MetroApp"), displayName, shortName, rubyDisplayName,
+                rubyShortName);
 }
 
 TEST(MetroAppFromXmlNode, ReadsItsFourNames)
 {
-    const auto app =
-        Read(R"(<MetroApp DisplayName="a" ShortName="b" RubyDisplayName="c" RubyShortName="d"/>)");
-    EXPECT_STREQ(app->DisplayName.c_str(), L"a");
-    EXPECT_STREQ(app->ShortName.c_str(), L"b");
-    EXPECT_STREQ(app->RubyDisplayName.c_str(), L"c");
-    EXPECT_STREQ(app->RubyShortName.c_str(), L"d");
-}
-
-TEST(MetroAppFromXmlNode, TakesAnyOrderAnyLetterCaseAndPassesOverTheUnknown)
-{
-    const auto app =
-        Read(R"(<MetroApp rubyshortname="d" Display="x" DisplayNames="x" SHORTNAME="b" Name="x" )"
-             R"(DisplayNam="x" RubyName="x" rUBYdISPLAYnAME="c" displayname="a" IsInstalled="0"/>)");
-    EXPECT_EQ(Written(*app),
-              R"(<MetroApp DisplayName="a" ShortName="b" RubyDisplayName="c" RubyShortName="d" />)");
-}
-
-TEST(MetroAppFromXmlNode, TakesTheLastOfARepeatedAttribute)
-{
-    const auto app =
-        Read(R"(<MetroApp DisplayName="a" displayname="b" ShortName="c" DISPLAYNAME="d" shortname=""/>)");
-    EXPECT_EQ(Written(*app), R"(<MetroApp DisplayName="d" />)");
-}
-
-TEST(MetroAppFromXmlNode, MakesARecordOfAnElementWithoutAttributes)
-{
-    EXPECT_EQ(Written(*Read("<MetroApp/>")), "<MetroApp />");
-    EXPECT_EQ(Written(*Read("<MetroApp></MetroApp>")), "<MetroApp />");
-    EXPECT_EQ(Written(*Read(R"(<MetroApp DisplayName=""/>)")), "<MetroApp />");
-}
-
-TEST(MetroAppFromXmlNode, DecodesEntitiesAndKeepsEveryScript)
-{
-    const auto app =
-        Read("<MetroApp DisplayName=\"A &amp; B &lt;&quot;&gt; &#x30E1;\" ShortName=\"\xF0\x9F\x98\x80 "
-             "\xE5\xA4\xA9\"/>");
-    EXPECT_STREQ(app->DisplayName.c_str(), L"A & B <\"> メ");
-    EXPECT_STREQ(app->ShortName.c_str(), L"\xD83D\xDE00 天");
+    ExpectRead(R"(<MetroApp DisplayName="a" ShortName="b" RubyDisplayName="c" RubyShortName="d"/>)", L"a",
+               L"b", L"c", L"d");
+    // In any order and letter case, passing over the unknown.
+    ExpectRead(R"(<MetroApp rubyshortname="d" Display="x" DisplayNames="x" SHORTNAME="b" Name="x" )"
+               R"(DisplayNam="x" RubyName="x" rUBYdISPLAYnAME="c" displayname="a" IsInstalled="0"/>)",
+               L"a", L"b", L"c", L"d");
+    // The last of a repeated one.
+    ExpectRead(R"(<MetroApp DisplayName="a" displayname="b" ShortName="c" DISPLAYNAME="d" shortname=""/>)",
+               L"d", L"", L"", L"");
+    ExpectRead("<MetroApp/>", L"", L"", L"", L"");
+    ExpectRead("<MetroApp></MetroApp>", L"", L"", L"", L"");
+    ExpectRead(R"(<MetroApp DisplayName=""/>)", L"", L"", L"", L"");
+    // Entities, and every script.
+    ExpectRead("<MetroApp DisplayName=\"A &amp; B &lt;&quot;&gt; &#x30E1;\" ShortName=\"\xF0\x9F\x98\x80 "
+               "\xE5\xA4\xA9\"/>",
+               L"A & B <\"> メ", L"\xD83D\xDE00 天", L"", L"");
 }
 
 } // namespace

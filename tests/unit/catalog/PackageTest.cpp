@@ -1,44 +1,52 @@
 #include "catalog/Package.h"
 
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
 #include "unit/catalog/Records.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 #include <type_traits>
-#include <vector>
 
 namespace {
 
-using test::RecordProbe;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
-class PackageTest : public testing::Test
+constexpr RecordVersion kVersion{1, 2, 3, 4};
+
+class PackageTest : public Test
 {
 protected:
+    ~PackageTest() override { m_package.DeleteAllApp(); } // which write down what is done with them
+
     std::unique_ptr<RecordProbe> Probe(const wchar_t* name)
     {
         return std::make_unique<RecordProbe>(name, &m_events);
     }
+    void Add(CQanhPackage& package, const std::vector<const wchar_t*>& names)
+    {
+        for (const wchar_t* name : names) {
+            EXPECT_EQ(package.AddApplication(Probe(name)), S_OK);
+        }
+    }
 
     RecordProbe::Events m_events;
+    CQanhPackage m_package{L"p", kVersion, FALSE, TRUE};
 };
 
 std::vector<std::wstring> Apps(const CQanhPackage& package)
 {
-    std::vector<std::wstring> names;
-    for (const auto& app : package.Apps()) {
-        names.emplace_back(app->DisplayName.c_str());
-    }
-    return names;
+    return DisplayNames(package.Apps());
 }
 
-constexpr RecordVersion kVersion{1, 2, 3, 4};
+void ExpectPackage(const CQanhPackage& package, const wchar_t* fullName, const wchar_t* name,
+                   BOOL needReserve, BOOL isInstalled)
+{
+    EXPECT_STREQ(package.PackageFamilyName.c_str(), L"Contoso.Mail_x1");
+    EXPECT_STREQ(package.FullName.c_str(), fullName);
+    EXPECT_STREQ(package.Name.c_str(), name);
+    EXPECT_EQ(package.Version, kVersion);
+    EXPECT_EQ(package.NeedReserve, needReserve);
+    EXPECT_EQ(package.IsInstalled, isInstalled);
+    EXPECT_EQ(package.Apps().Size(), 0u);
+    EXPECT_EQ(package.Apps().SizeLimit(), 768614336404564650u);
+}
 
 TEST_F(PackageTest, HoldsItsVersionAsMajorMinorRevisionBuild)
 {
@@ -55,44 +63,18 @@ TEST_F(PackageTest, HoldsItsVersionAsMajorMinorRevisionBuild)
 
 TEST_F(PackageTest, IsInstalledAndNotReservedWhenItComesFromThePackageManager)
 {
-    const CQanhPackage package(L"Contoso.Mail_x1", L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail",
-                               kVersion);
-    EXPECT_STREQ(package.PackageFamilyName.c_str(), L"Contoso.Mail_x1");
-    EXPECT_STREQ(package.FullName.c_str(), L"Contoso.Mail_1.2.3.4_x64__x1");
-    EXPECT_STREQ(package.Name.c_str(), L"Contoso.Mail");
-    EXPECT_EQ(package.Version, kVersion);
-    EXPECT_EQ(package.NeedReserve, FALSE);
-    EXPECT_EQ(package.IsInstalled, TRUE);
-    EXPECT_EQ(package.Apps().Size(), 0u);
-    EXPECT_EQ(package.Apps().SizeLimit(), 768614336404564650u);
+    ExpectPackage(
+        CQanhPackage(L"Contoso.Mail_x1", L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail", kVersion),
+        L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail", FALSE, TRUE);
+    // From the file it has neither full name nor name.
+    ExpectPackage(CQanhPackage(L"Contoso.Mail_x1", kVersion, TRUE, FALSE), L"", L"", TRUE, FALSE);
 }
 
-TEST_F(PackageTest, HasNeitherFullNameNorNameWhenItComesFromTheFile)
+TEST_F(PackageTest, AppendsApplicationsInOrderAndNoneThatIsNull)
 {
-    const CQanhPackage package(L"Contoso.Mail_x1", kVersion, TRUE, FALSE);
-    EXPECT_STREQ(package.PackageFamilyName.c_str(), L"Contoso.Mail_x1");
-    EXPECT_TRUE(package.FullName.empty());
-    EXPECT_TRUE(package.Name.empty());
-    EXPECT_EQ(package.Version, kVersion);
-    EXPECT_EQ(package.NeedReserve, TRUE);
-    EXPECT_EQ(package.IsInstalled, FALSE);
-    EXPECT_EQ(package.Apps().Size(), 0u);
-}
-
-TEST_F(PackageTest, AppendsApplicationsInOrder)
-{
-    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-    EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
-    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
-    EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
-    EXPECT_THAT(Apps(package), ElementsAre(L"b", L"a", L"b"));
-}
-
-TEST_F(PackageTest, RefusesANullApplication)
-{
-    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-    EXPECT_EQ(package.AddApplication(std::unique_ptr<CQanhApp>()), E_POINTER);
-    EXPECT_EQ(package.Apps().Size(), 0u);
+    Add(m_package, {L"b", L"a", L"b"});
+    EXPECT_EQ(m_package.AddApplication(std::unique_ptr<CQanhApp>()), E_POINTER);
+    EXPECT_THAT(Apps(m_package), ElementsAre(L"b", L"a", L"b"));
 }
 
 TEST_F(PackageTest, RefusesApplicationsBeyondTheListsLimit)
@@ -111,12 +93,11 @@ TEST_F(PackageTest, RefusesApplicationsBeyondTheListsLimit)
 
 TEST_F(PackageTest, MakesStoreApplicationsOfTwoNames)
 {
-    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-    EXPECT_EQ(package.AddApplication(L"Mail", L"M"), S_OK);
-    EXPECT_EQ(package.AddApplication(L"Mail", L"M"), S_OK); // duplicates are nobody's concern here
-    EXPECT_EQ(package.AddApplication(nullptr, nullptr), S_OK);
-    ASSERT_THAT(Apps(package), ElementsAre(L"Mail", L"Mail", L""));
-    const auto* app = dynamic_cast<const CQanhMetroApp*>(package.Apps().begin()->get());
+    EXPECT_EQ(m_package.AddApplication(L"Mail", L"M"), S_OK);
+    EXPECT_EQ(m_package.AddApplication(L"Mail", L"M"), S_OK); // duplicates are nobody's concern here
+    EXPECT_EQ(m_package.AddApplication(nullptr, nullptr), S_OK);
+    ASSERT_THAT(Apps(m_package), ElementsAre(L"Mail", L"Mail", L""));
+    const auto* app = dynamic_cast<const CQanhMetroApp*>(m_package.Apps().begin()->get());
     ASSERT_NE(app, nullptr);
     EXPECT_STREQ(app->ShortName.c_str(), L"M");
     EXPECT_TRUE(app->RubyDisplayName.empty());
@@ -125,11 +106,11 @@ TEST_F(PackageTest, MakesStoreApplicationsOfTwoNames)
 
 TEST_F(PackageTest, StaysAsItWasWhenMemoryRunsOut)
 {
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
         EXPECT_EQ(package.AddApplication(L"first", nullptr), S_OK);
-        const test::Attempt attempt = test::TryWithFailingAllocation(
-            index, [&] { return package.AddApplication(L"display", L"short"); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [&] { return package.AddApplication(L"display", L"short"); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(package.Apps().Size(), attempt.failed ? 1u : 2u);
         EXPECT_EQ(attempt.left == 0, attempt.failed);
@@ -140,46 +121,39 @@ TEST_F(PackageTest, StaysAsItWasWhenMemoryRunsOut)
 
 TEST_F(PackageTest, DeletesAnApplicationThatFindsNoMemoryInTheList)
 {
-    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
     auto app = Probe(L"a");
     m_events.reserve(10);
-    EXPECT_EQ(
-        test::TryWithFailingAllocation(0, [&] { return package.AddApplication(std::move(app)); }).result,
-        E_OUTOFMEMORY);
-    EXPECT_EQ(package.Apps().Size(), 0u);
+    EXPECT_EQ(TryWithFailingAllocation(0, [&] { return m_package.AddApplication(std::move(app)); }).result,
+              E_OUTOFMEMORY);
+    EXPECT_EQ(m_package.Apps().Size(), 0u);
     EXPECT_THAT(m_events, ElementsAre(L"deleted a"));
 }
 
 TEST_F(PackageTest, LogsTheAddingOfApplications)
 {
     CQanhPackage package(L"p", L"full", L"name", kVersion, 1);
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(package.AddApplication(std::unique_ptr<CQanhApp>()), E_POINTER);
     EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
     EXPECT_EQ(package.AddApplication(Probe(L"b")), E_OUTOFMEMORY);
     EXPECT_EQ(package.AddApplication(L"Mail", L"M"), E_OUTOFMEMORY);
     package.DeleteAllApp();
     EXPECT_EQ(package.AddApplication(L"Mail", nullptr), S_OK);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x80004003)",
-                            "CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x00000000)",
-                            "CQanhPackage::AddApplication IN", "CQanhPackage::AddApplication OUT(0x8007000E)",
-                            "CQanhPackage::AddApplication(Mail, M) IN",
-                            "CQanhPackage::AddApplication OUT(0x8007000E)", "CQanhPackage::DeleteAllApp IN",
-                            "CQanhPackage::DeleteAllApp OUT", "CQanhPackage::AddApplication(Mail, (null)) IN",
-                            "CQanhPackage::AddApplication OUT(0x00000000)"));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::AddApplication", "OUT(0x80004003)"),
+                                Step("CQanhPackage::AddApplication", "OUT(0x00000000)"),
+                                Step("CQanhPackage::AddApplication", "OUT(0x8007000E)"),
+                                Step("CQanhPackage::AddApplication(Mail, M)", "OUT(0x8007000E)"),
+                                Step("CQanhPackage::DeleteAllApp", "OUT"),
+                                Step("CQanhPackage::AddApplication(Mail, (null))", "OUT(0x00000000)")}));
 }
 
 TEST_F(PackageTest, DeletesItsApplicationsFrontToBack)
 {
-    CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-    EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
-    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
-    EXPECT_EQ(package.AddApplication(Probe(L"c")), S_OK);
-    package.DeleteAllApp();
+    Add(m_package, {L"b", L"a", L"c"});
+    m_package.DeleteAllApp();
     EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a", L"deleted c"));
-    EXPECT_EQ(package.Apps().Size(), 0u);
-    package.DeleteAllApp();
+    EXPECT_EQ(m_package.Apps().Size(), 0u);
+    m_package.DeleteAllApp();
     EXPECT_EQ(m_events.size(), 3u);
 }
 
@@ -188,8 +162,7 @@ TEST_F(PackageTest, TakesItsApplicationsAlong)
     static_assert(std::has_virtual_destructor_v<CQanhPackage>);
     {
         CQanhPackage package(L"p", kVersion, FALSE, TRUE);
-        EXPECT_EQ(package.AddApplication(Probe(L"b")), S_OK);
-        EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
+        Add(package, {L"b", L"a"});
     }
     EXPECT_THAT(m_events, ElementsAre(L"deleted b", L"deleted a"));
 }
@@ -198,7 +171,7 @@ TEST_F(PackageTest, LeavesNoMemoryBehind)
 {
     std::size_t left = 1;
     {
-        const test::AllocationWatch watch;
+        const AllocationWatch watch;
         {
             CQanhPackage package(L"p", L"full", L"name", kVersion);
             EXPECT_EQ(package.AddApplication(L"a", L"b"), S_OK);
@@ -216,11 +189,10 @@ TEST_F(PackageTest, LeavesNoMemoryBehind)
 TEST_F(PackageTest, ChangesVersionAndApplicationsWithAnotherRecord)
 {
     CQanhPackage package(L"a_1", {1, 0, 0, 0}, TRUE, FALSE);
-    EXPECT_EQ(package.AddApplication(Probe(L"old")), S_OK);
+    Add(package, {L"old"});
     {
         CQanhPackage replacement(L"b_1", L"full", L"name", {2, 0, 0, 0});
-        EXPECT_EQ(replacement.AddApplication(Probe(L"new")), S_OK);
-        EXPECT_EQ(replacement.AddApplication(Probe(L"newer")), S_OK);
+        Add(replacement, {L"new", L"newer"});
         package.SwapContents(replacement);
         EXPECT_EQ(replacement.Version, (RecordVersion{1, 0, 0, 0}));
         EXPECT_THAT(Apps(replacement), ElementsAre(L"old"));
@@ -234,40 +206,29 @@ TEST_F(PackageTest, ChangesVersionAndApplicationsWithAnotherRecord)
     EXPECT_TRUE(package.FullName.empty());
     EXPECT_EQ(package.NeedReserve, TRUE);
     EXPECT_EQ(package.IsInstalled, FALSE);
-    package.DeleteAllApp();
 }
 
-TEST_F(PackageTest, IsKnownByItsFamilyNameToTheLetter)
+TEST_F(PackageTest, IsKnownByItsFamilyNameToTheLetterUnlessThatIsEmpty)
 {
     const CQanhPackage package(L"Contoso.Mail_x1", L"Contoso.Mail_1.2.3.4_x64__x1", L"Contoso.Mail",
                                kVersion);
+    const CQanhPackage nameless(L"", kVersion, FALSE, TRUE);
     EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_x1"), 1);
-    EXPECT_EQ(package.IsThisPackage(L"contoso.mail_x1"), 0);
-    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_X1"), 0);
-    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_x"), 0);
-    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_x11"), 0);
-    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail"), 0);
-    EXPECT_EQ(package.IsThisPackage(L"Contoso.Mail_1.2.3.4_x64__x1"), 0);
-    EXPECT_EQ(package.IsThisPackage(L""), 0);
-    EXPECT_EQ(package.IsThisPackage(nullptr), 0);
-}
-
-TEST_F(PackageTest, IsNeverKnownByAnEmptyFamilyName)
-{
-    const CQanhPackage package(L"", kVersion, FALSE, TRUE);
-    EXPECT_EQ(package.IsThisPackage(L""), 0);
-    EXPECT_EQ(package.IsThisPackage(L"a"), 0);
+    for (const wchar_t* other :
+         {L"contoso.mail_x1", L"Contoso.Mail_X1", L"Contoso.Mail_x", L"Contoso.Mail_x11", L"Contoso.Mail",
+          L"Contoso.Mail_1.2.3.4_x64__x1", L"a", L"", static_cast<const wchar_t*>(nullptr)}) {
+        EXPECT_EQ(package.IsThisPackage(other), 0) << PrintToString(other);
+        EXPECT_EQ(nameless.IsThisPackage(other), 0) << PrintToString(other);
+    }
 }
 
 TEST_F(PackageTest, LogsTheQuestionForItsFamilyName)
 {
-    const CQanhPackage package(L"a_1", kVersion, FALSE, TRUE);
-    const test::LogCapture log;
-    EXPECT_TRUE(package.IsThisPackage(L"a_1"));
-    EXPECT_FALSE(package.IsThisPackage(L"A_1"));
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhPackage::IsThisPackage(a_1) IN", "CQanhPackage::IsThisPackage OUT(1)",
-                            "CQanhPackage::IsThisPackage(A_1) IN", "CQanhPackage::IsThisPackage OUT(0)"));
+    const LogCapture log;
+    EXPECT_TRUE(m_package.IsThisPackage(L"p"));
+    EXPECT_FALSE(m_package.IsThisPackage(L"P"));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::IsThisPackage(p)", "OUT(1)"),
+                                Step("CQanhPackage::IsThisPackage(P)", "OUT(0)")}));
 }
 
 class PackageExcludeTest : public PackageTest
@@ -281,9 +242,9 @@ protected:
             EXPECT_EQ(m_package.AddApplication(std::move(probe)), S_OK);
         }
     }
-    ~PackageExcludeTest() override { m_package.DeleteAllApp(); }
 
-    CQanhPackage m_package{L"p", kVersion, FALSE, TRUE};
+    void Ask() { m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found); }
+
     std::vector<RecordProbe*> m_probes;
     ExcludeList m_list;
     BOOL m_found = 7;
@@ -296,7 +257,7 @@ TEST_F(PackageExcludeTest, AsksEveryApplicationInOrderWithAFlagOfItsOwn)
     m_probes[2]->addsItsName = true;
     m_package.AddAppNameToExcludeList(L"Wanted", &m_list, &m_found);
     EXPECT_THAT(m_events, ElementsAre(L"asked b", L"asked a", L"asked c"));
-    EXPECT_THAT(test::Names(m_list), ElementsAre(L"b", L"c"));
+    EXPECT_THAT(Names(m_list), ElementsAre(L"b", L"c"));
     EXPECT_EQ(m_found, 1);
     for (const RecordProbe* probe : m_probes) {
         EXPECT_EQ(probe->foundBefore, 0);
@@ -309,7 +270,7 @@ TEST_F(PackageExcludeTest, IsFoundWhenAnyApplicationIs)
     for (RecordProbe* probe : m_probes) {
         m_found = 0;
         probe->answersFound = TRUE;
-        m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+        Ask();
         EXPECT_EQ(m_found, 1);
         probe->answersFound = FALSE;
     }
@@ -317,10 +278,10 @@ TEST_F(PackageExcludeTest, IsFoundWhenAnyApplicationIs)
 
 TEST_F(PackageExcludeTest, LeavesFoundAloneWhenNoApplicationIs)
 {
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     EXPECT_EQ(m_found, 7);
     m_found = 1;
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     EXPECT_EQ(m_found, 1);
 }
 
@@ -329,7 +290,7 @@ TEST_F(PackageExcludeTest, IgnoresTheApplicationsResults)
     m_probes[0]->result = E_OUTOFMEMORY;
     m_probes[1]->result = E_FAIL;
     m_probes[2]->answersFound = TRUE;
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     EXPECT_EQ(m_events.size(), 3u);
     EXPECT_EQ(m_found, 1);
 }
@@ -340,7 +301,7 @@ TEST_F(PackageExcludeTest, DoesNothingWhenNotInstalled)
     m_package.IsInstalled = FALSE;
     for (const BOOL needReserve : {FALSE, TRUE}) {
         m_package.NeedReserve = needReserve;
-        m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+        Ask();
     }
     EXPECT_THAT(m_events, IsEmpty());
     EXPECT_EQ(m_found, 7);
@@ -359,18 +320,15 @@ TEST_F(PackageExcludeTest, DoesNothingForAnEmptyOrMissingArgument)
 
 TEST_F(PackageExcludeTest, LogsNoResultBehindAWantedName)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     m_probes[0]->result = E_FAIL;
     m_package.AddAppNameToExcludeList(L"", &m_list, &m_found);
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
+    Ask();
     m_package.IsInstalled = FALSE;
-    m_package.AddAppNameToExcludeList(L"wanted", &m_list, &m_found);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhPackage::AddAppNameToExcludeList() IN",
-                                         "CQanhPackage::AddAppNameToExcludeList OUT(0x80070057)",
-                                         "CQanhPackage::AddAppNameToExcludeList(wanted) IN",
-                                         "CQanhPackage::AddAppNameToExcludeList OUT",
-                                         "CQanhPackage::AddAppNameToExcludeList(wanted) IN",
-                                         "CQanhPackage::AddAppNameToExcludeList OUT"));
+    Ask();
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::AddAppNameToExcludeList()", "OUT(0x80070057)"),
+                                Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT"),
+                                Step("CQanhPackage::AddAppNameToExcludeList(wanted)", "OUT")}));
 }
 
 } // namespace

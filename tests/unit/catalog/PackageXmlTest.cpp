@@ -2,32 +2,22 @@
 
 #include "catalog/Package.h"
 
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
 #include "support/ReaderProbe.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
-#include "unit/catalog/XmlText.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 
 namespace {
 
-using test::RecordProbe;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test;
 
 constexpr RecordVersion kVersion{1, 2, 3, 4};
 
-std::string Written(const CQanhPackage& package)
+// A package of this version is written like this.
+void ExpectWritten(const RecordVersion& version, BOOL needReserve, BOOL isInstalled,
+                   const std::string& attributes)
 {
-    const test::XmlSink sink;
-    EXPECT_EQ(package.ToXmlNode(sink.Writer()), S_OK);
-    return sink.Text();
+    EXPECT_EQ(Written(CQanhPackage(L"a_1", version, needReserve, isInstalled)),
+              "<Package PackageFamilyName=\"a_1\" " + attributes + " />");
 }
 
 TEST(PackageToXmlNode, WritesFamilyNameAndVersionAlways)
@@ -45,25 +35,20 @@ TEST(PackageToXmlNode, WritesTheBuildBeforeTheRevision)
     version.Minor = 2;
     version.Build = 9200;
     version.Revision = 16384;
-    EXPECT_EQ(Written(CQanhPackage(L"a_1", version, FALSE, TRUE)),
-              R"(<Package PackageFamilyName="a_1" Version="6.2.9200.16384" />)");
-    EXPECT_EQ(Written(CQanhPackage(L"a_1", {65535, 65535, 65535, 65535}, FALSE, TRUE)),
-              R"(<Package PackageFamilyName="a_1" Version="65535.65535.65535.65535" />)");
+    ExpectWritten(version, FALSE, TRUE, R"(Version="6.2.9200.16384")");
+    ExpectWritten({65535, 65535, 65535, 65535}, FALSE, TRUE, R"(Version="65535.65535.65535.65535")");
 }
 
 TEST(PackageToXmlNode, WritesFlagsThatDifferFromTheirDefault)
 {
-    EXPECT_EQ(Written(CQanhPackage(L"a_1", kVersion, TRUE, TRUE)),
-              R"(<Package PackageFamilyName="a_1" Version="1.2.4.3" NeedReserve="1" />)");
-    EXPECT_EQ(Written(CQanhPackage(L"a_1", kVersion, TRUE, FALSE)),
-              R"(<Package PackageFamilyName="a_1" Version="1.2.4.3" NeedReserve="1" IsInstalled="0" />)");
-    EXPECT_EQ(Written(CQanhPackage(L"a_1", kVersion, -1, 5)),
-              R"(<Package PackageFamilyName="a_1" Version="1.2.4.3" NeedReserve="1" />)");
+    ExpectWritten(kVersion, TRUE, TRUE, R"(Version="1.2.4.3" NeedReserve="1")");
+    ExpectWritten(kVersion, TRUE, FALSE, R"(Version="1.2.4.3" NeedReserve="1" IsInstalled="0")");
+    ExpectWritten(kVersion, -1, 5, R"(Version="1.2.4.3" NeedReserve="1")");
 }
 
 TEST(PackageToXmlNode, WritesNothingWhenNeitherInstalledNorReserved)
 {
-    test::WriterProbe writer;
+    WriterProbe writer;
     CQanhPackage package(L"a_1", kVersion, FALSE, FALSE);
     RecordProbe::Events events;
     EXPECT_EQ(package.AddApplication(std::make_unique<RecordProbe>(L"a", &events)), S_OK);
@@ -93,7 +78,7 @@ TEST(PackageToXmlNode, StopsAtTheFirstApplicationThatFailsAndEndsTheElement)
         probe->result = *name == L'b' ? E_ABORT : S_FALSE; // a record that writes nothing is no failure
         EXPECT_EQ(package.AddApplication(std::move(probe)), S_OK);
     }
-    test::WriterProbe writer;
+    WriterProbe writer;
     EXPECT_EQ(package.ToXmlNode(&writer), E_ABORT);
     EXPECT_THAT(events, ElementsAre(L"written a", L"written b"));
     EXPECT_THAT(writer.calls,
@@ -101,46 +86,37 @@ TEST(PackageToXmlNode, StopsAtTheFirstApplicationThatFailsAndEndsTheElement)
     package.DeleteAllApp();
 }
 
-TEST(PackageToXmlNode, WritesNoApplicationBehindAFailingAttribute)
+TEST(PackageToXmlNode, WritesNoApplicationBehindAFailure)
 {
-    for (const std::size_t failing : {1u, 2u, 3u, 4u}) {
+    for (const std::size_t failing : {0u, 1u, 2u, 3u, 4u}) {
         RecordProbe::Events events;
         CQanhPackage package(L"a_1", kVersion, TRUE, FALSE);
         EXPECT_EQ(package.AddApplication(std::make_unique<RecordProbe>(L"a", &events)), S_OK);
-        test::WriterProbe writer;
+        WriterProbe writer;
         writer.failingCall = failing;
         EXPECT_EQ(package.ToXmlNode(&writer), writer.failure);
         EXPECT_THAT(events, IsEmpty());
-        EXPECT_EQ(writer.calls.size(), failing + 2);
-        EXPECT_EQ(writer.calls.back(), L"end");
+        // An element that was started is ended.
+        EXPECT_EQ(writer.calls.size(), failing == 0 ? 1u : failing + 2);
+        EXPECT_EQ(writer.calls.back(), failing == 0 ? L"start Package" : L"end");
         package.DeleteAllApp();
     }
-}
-
-TEST(PackageToXmlNode, ReturnsTheFailureToStartTheElement)
-{
-    test::WriterProbe writer;
-    writer.failingCall = 0;
-    EXPECT_EQ(CQanhPackage(L"a_1", kVersion, FALSE, TRUE).ToXmlNode(&writer), writer.failure);
-    EXPECT_THAT(writer.calls, ElementsAre(L"start Package"));
 }
 
 TEST(PackageToXmlNode, LogsItsResult)
 {
     CQanhPackage package(L"a_1", kVersion, FALSE, TRUE);
     EXPECT_EQ(package.AddApplication(L"a", nullptr), S_OK);
-    test::WriterProbe writer;
-    const test::LogCapture log;
+    WriterProbe writer;
+    const LogCapture log;
     EXPECT_EQ(package.ToXmlNode(nullptr), E_POINTER);
     EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
     package.IsInstalled = FALSE;
     EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhPackage::ToXmlNode IN", "CQanhPackage::ToXmlNode OUT(0x80004003)",
-                            "CQanhPackage::ToXmlNode IN", "CQanhMetroApp::ToXmlNode IN",
-                            "CQanhMetroApp::ToXmlNode OUT(0x00000000)",
-                            "CQanhPackage::ToXmlNode OUT(0x00000000)", "CQanhPackage::ToXmlNode IN",
-                            "CQanhPackage::ToXmlNode OUT(0x00000000)"));
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::ToXmlNode", "OUT(0x80004003)"),
+                                Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)",
+                                     {Step("CQanhMetroApp::ToXmlNode", "OUT(0x00000000)")}),
+                                Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)")}));
 }
 
 struct PackageRead
@@ -155,7 +131,7 @@ struct PackageRead
 // Reads the first package of the document.
 PackageRead Read(std::string_view text, std::size_t appLimit = kListSizeLimit)
 {
-    const test::XmlSource source(text, L"Package");
+    const XmlSource source(text, L"Package");
     PackageRead read;
     read.result = CQanhPackage::FromXmlNode(source.Reader(), &read.package, appLimit);
     read.next = source.Name();
@@ -185,78 +161,59 @@ TEST(PackageFromXmlNode, MakesADefaultRecordOfAnElementWithoutAttributes)
 {
     for (const char* text :
          {"<Package/>", "<Package></Package>", R"(<Package Unknown="1" Versions="1.2.3.4"/>)"}) {
-        const PackageRead read = Read(text);
-        ASSERT_NE(read.package, nullptr);
-        EXPECT_TRUE(read.package->PackageFamilyName.empty());
-        EXPECT_EQ(read.package->Version, RecordVersion());
-        EXPECT_EQ(read.package->NeedReserve, FALSE);
-        EXPECT_EQ(read.package->IsInstalled, TRUE);
-        EXPECT_EQ(read.package->Apps().Size(), 0u);
+        EXPECT_EQ(Read(text).Text(), R"(<Package PackageFamilyName="" Version="0.0.0.0" />)");
     }
 }
 
-struct VersionText
+void ExpectVersion(const std::string& text, const RecordVersion& version)
 {
-    const char* text;
-    RecordVersion version;
-};
+    SCOPED_TRACE(text);
+    const PackageRead read = Read("<Package Version=\"" + text + "\"/>");
+    ASSERT_NE(read.package, nullptr);
+    EXPECT_EQ(read.package->Version, version);
+}
 
 TEST(PackageFromXmlNode, ReadsTheVersionsNumbersIntoThePartsAsTheyAreHeld)
 {
-    const VersionText versions[] = {
-        {"1.2.3.4", {1, 2, 3, 4}}, // revision 3, build 4: the order in which they are held
-        {"6.2.9200.16384", {6, 2, 9200, 16384}},
-        {"65535.65535.65535.65535", {65535, 65535, 65535, 65535}},
-        {"1.2.3", {1, 2, 3, 0}},
-        {"1.2", {1, 2, 0, 0}},
-        {"1", {1, 0, 0, 0}},
-        {"1.", {1, 0, 0, 0}},
-        {"", {0, 0, 0, 0}},
-        {"yes", {0, 0, 0, 0}},
-        {"1.x.3.4", {1, 0, 0, 0}},
-        {"1.2.3.4.5", {1, 2, 3, 4}},
-        {"1.2.3.4beta", {1, 2, 3, 4}},
-        {"1,2,3,4", {1, 0, 0, 0}},
-        {" 1.2.3.4", {1, 2, 3, 4}},
-        {"007.08.09.010", {7, 8, 9, 10}},
-        {"1. 2.\t3. 4 ", {1, 2, 3, 4}},
-        {"1 .2.3.4", {1, 0, 0, 0}},
-        {".1.2.3", {0, 0, 0, 0}},
-        {"1..3.4", {1, 0, 0, 0}},
-        {"+1.+2.-0.-3", {1, 2, 0, 65533}},
-        {"99999.65536.65537.131071", {34463, 0, 1, 65535}},
-        {"0x10.1.2.3", {0, 0, 0, 0}},
-    };
-    for (const VersionText& version : versions) {
-        SCOPED_TRACE(version.text);
-        const PackageRead read = Read(std::string("<Package Version=\"") + version.text + "\"/>");
-        ASSERT_NE(read.package, nullptr);
-        EXPECT_EQ(read.package->Version, version.version);
-    }
+    ExpectVersion("1.2.3.4", {1, 2, 3, 4}); // revision 3, build 4: the order in which they are held
+    ExpectVersion("6.2.9200.16384", {6, 2, 9200, 16384});
+    ExpectVersion("65535.65535.65535.65535", {65535, 65535, 65535, 65535});
+    ExpectVersion("1.2.3", {1, 2, 3, 0});
+    ExpectVersion("1.2", {1, 2, 0, 0});
+    ExpectVersion("1", {1, 0, 0, 0});
+    ExpectVersion("1.", {1, 0, 0, 0});
+    ExpectVersion("", {0, 0, 0, 0});
+    ExpectVersion("yes", {0, 0, 0, 0});
+    ExpectVersion("1.x.3.4", {1, 0, 0, 0});
+    ExpectVersion("1.2.3.4.5", {1, 2, 3, 4});
+    ExpectVersion("1.2.3.4beta", {1, 2, 3, 4});
+    ExpectVersion("1,2,3,4", {1, 0, 0, 0});
+    ExpectVersion(" 1.2.3.4", {1, 2, 3, 4});
+    ExpectVersion("007.08.09.010", {7, 8, 9, 10});
+    ExpectVersion("1. 2.\t3. 4 ", {1, 2, 3, 4});
+    ExpectVersion("1 .2.3.4", {1, 0, 0, 0});
+    ExpectVersion(".1.2.3", {0, 0, 0, 0});
+    ExpectVersion("1..3.4", {1, 0, 0, 0});
+    ExpectVersion("+1.+2.-0.-3", {1, 2, 0, 65533});
+    ExpectVersion("99999.65536.65537.131071", {34463, 0, 1, 65535});
+    ExpectVersion("0x10.1.2.3", {0, 0, 0, 0});
 }
-
-struct FlagValue
-{
-    const char* value;
-    BOOL needReserve;
-    BOOL isInstalled;
-};
 
 TEST(PackageFromXmlNode, ReadsFlagsAsNumbersWithAPresetForWhatIsNone)
 {
-    const FlagValue values[] = {
-        {"1", TRUE, TRUE},  {"0", FALSE, FALSE},  {"-1", TRUE, TRUE},
-        {" 7", TRUE, TRUE}, {"7abc", TRUE, TRUE}, {"yes", TRUE, TRUE},
-        {"", TRUE, TRUE},   {"00", FALSE, FALSE}, {"no", TRUE, TRUE},
-    };
-    for (const FlagValue& flag : values) {
-        SCOPED_TRACE(flag.value);
-        const std::string value = flag.value;
+    const auto expectFlags = [](const std::string& value, BOOL flag) {
+        SCOPED_TRACE(value);
         const PackageRead read =
             Read("<Package NeedReserve=\"" + value + "\" IsInstalled=\"" + value + "\"/>");
         ASSERT_NE(read.package, nullptr);
-        EXPECT_EQ(read.package->NeedReserve, flag.needReserve);
-        EXPECT_EQ(read.package->IsInstalled, flag.isInstalled);
+        EXPECT_EQ(read.package->NeedReserve, flag);
+        EXPECT_EQ(read.package->IsInstalled, flag);
+    };
+    for (const char* value : {"1", "-1", " 7", "7abc", "yes", "", "no"}) {
+        expectFlags(value, TRUE);
+    }
+    for (const char* value : {"0", "00"}) {
+        expectFlags(value, FALSE);
     }
 }
 
@@ -270,61 +227,44 @@ TEST(PackageFromXmlNode, TakesAnyOrderAnyLetterCaseAndTheLastOfARepeatedAttribut
               R"(<Package PackageFamilyName="a_1" Version="5.6.0.0" NeedReserve="1" IsInstalled="0" />)");
 }
 
-TEST(PackageFromXmlNode, EndsAtItsEndTag)
+// The first package of the document has these applications; the reader stands on that element then.
+void ExpectApps(std::string_view document, const std::vector<std::wstring>& displayNames,
+                const wchar_t* next = L"", HRESULT result = S_OK)
 {
-    const PackageRead read =
-        Read("<r><Package><MetroApp DisplayName='a'/></Package><MetroApp DisplayName='b'/></r>");
-    EXPECT_EQ(read.result, S_OK);
-    EXPECT_EQ(read.package->Apps().Size(), 1u);
-    EXPECT_EQ(read.next, L"");
+    SCOPED_TRACE(document);
+    const PackageRead read = Read(document);
+    EXPECT_EQ(read.result, result);
+    EXPECT_EQ(read.next, next);
+    ASSERT_NE(read.package, nullptr);
+    EXPECT_EQ(DisplayNames(read.package->Apps()), displayNames);
 }
 
-TEST(PackageFromXmlNode, EndsAtTheNextElementThatIsNotDeeper)
+TEST(PackageFromXmlNode, EndsAtItsEndTagOrAtTheNextElementThatIsNotDeeper)
 {
-    const PackageRead beside = Read("<r><Package/><Package><MetroApp/></Package></r>");
-    EXPECT_EQ(beside.result, S_OK);
-    EXPECT_EQ(beside.package->Apps().Size(), 0u);
-    EXPECT_EQ(beside.next, L"Package");
-    const PackageRead app = Read("<r><Package/><MetroApp DisplayName='a'/></r>");
-    EXPECT_EQ(app.package->Apps().Size(), 0u);
-    EXPECT_EQ(app.next, L"MetroApp");
-}
-
-TEST(PackageFromXmlNode, EndsAtTheEndTagOfWhatItStandsIn)
-{
-    const PackageRead read = Read("<r><s><Package/></s><MetroApp DisplayName='a'/></r>");
-    EXPECT_EQ(read.result, S_OK);
-    EXPECT_EQ(read.package->Apps().Size(), 0u);
-}
-
-TEST(PackageFromXmlNode, EndsAtTheEndOfTheDocument)
-{
-    const PackageRead read = Read("<Package/>");
-    EXPECT_EQ(read.result, S_FALSE);
-    EXPECT_NE(read.package, nullptr);
+    ExpectApps("<r><Package><MetroApp DisplayName='a'/></Package><MetroApp DisplayName='b'/></r>", {L"a"});
+    ExpectApps("<r><Package/><Package><MetroApp/></Package></r>", {}, L"Package");
+    ExpectApps("<r><Package/><MetroApp DisplayName='a'/></r>", {}, L"MetroApp");
+    // The end tag of what it stands in.
+    ExpectApps("<r><s><Package/></s><MetroApp DisplayName='a'/></r>", {});
+    // The end of the document.
+    ExpectApps("<Package/>", {}, L"", S_FALSE);
 }
 
 TEST(PackageFromXmlNode, FindsApplicationsAtAnyDepth)
 {
-    const PackageRead read =
-        Read("<r><Package><x><y><MetroApp DisplayName='a'/></y></x><MetroApp DisplayName='b'>"
-             "<MetroApp DisplayName='c'/><z/></MetroApp><metroapp DISPLAYNAME='d'/>"
-             "<MetroApps DisplayName='x'/><MetroAp DisplayName='x'/><DesktopApp DisplayName='x'/>"
-             "<Package PackageFamilyName='inner'><MetroApp DisplayName='e'/></Package>"
-             "<MetroApp DisplayName='f'></MetroApp></Package></r>");
-    EXPECT_EQ(read.Text(),
-              R"(<Package PackageFamilyName="" Version="0.0.0.0"><MetroApp DisplayName="a" />)"
-              R"(<MetroApp DisplayName="b" /><MetroApp DisplayName="c" /><MetroApp DisplayName="d" />)"
-              R"(<MetroApp DisplayName="e" /><MetroApp DisplayName="f" /></Package>)");
+    ExpectApps("<r><Package><x><y><MetroApp DisplayName='a'/></y></x><MetroApp DisplayName='b'>"
+               "<MetroApp DisplayName='c'/><z/></MetroApp><metroapp DISPLAYNAME='d'/>"
+               "<MetroApps DisplayName='x'/><MetroAp DisplayName='x'/><DesktopApp DisplayName='x'/>"
+               "<Package PackageFamilyName='inner'><MetroApp DisplayName='e'/></Package>"
+               "<MetroApp DisplayName='f'></MetroApp></Package></r>",
+               {L"a", L"b", L"c", L"d", L"e", L"f"});
 }
 
 TEST(PackageFromXmlNode, PassesOverTextCommentsAndInstructions)
 {
-    const PackageRead read =
-        Read("<r><Package>text<!-- <MetroApp DisplayName='x'/> --><?MetroApp x?>"
-             "<![CDATA[<MetroApp/>]]><MetroApp DisplayName='a'>text</MetroApp></Package></r>");
-    EXPECT_EQ(read.Text(),
-              R"(<Package PackageFamilyName="" Version="0.0.0.0"><MetroApp DisplayName="a" /></Package>)");
+    ExpectApps("<r><Package>text<!-- <MetroApp DisplayName='x'/> --><?MetroApp x?>"
+               "<![CDATA[<MetroApp/>]]><MetroApp DisplayName='a'>text</MetroApp></Package></r>",
+               {L"a"});
 }
 
 TEST(PackageFromXmlNode, KeepsWhatItReadWhenTheDocumentBreaks)
@@ -339,10 +279,10 @@ TEST(PackageFromXmlNode, KeepsWhatItReadWhenTheDocumentBreaks)
 
 TEST(PackageFromXmlNode, SkipsAnApplicationThatCannotBeReadAndReadsOn)
 {
-    const test::XmlSource source("<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/>"
-                                 "<MetroApp DisplayName='b'/><MetroApp DisplayName='c'/></Package></r>",
-                                 L"Package");
-    test::ReaderProbe reader(source.Reader());
+    const XmlSource source("<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/>"
+                           "<MetroApp DisplayName='b'/><MetroApp DisplayName='c'/></Package></r>",
+                           L"Package");
+    ReaderProbe reader(source.Reader());
     reader.Answer("MoveToFirstAttribute", 2, E_ABORT); // 0 is the package, 1 its first application
     std::unique_ptr<CQanhPackage> package;
     EXPECT_EQ(CQanhPackage::FromXmlNode(&reader, &package), S_OK);
@@ -354,8 +294,8 @@ TEST(PackageFromXmlNode, SkipsAnApplicationThatCannotBeReadAndReadsOn)
 
 TEST(PackageFromXmlNode, PassesTheReadersFailureAtItsAttributesOn)
 {
-    const test::XmlSource source("<Package PackageFamilyName='a_1'/>", L"Package");
-    test::ReaderProbe reader(source.Reader());
+    const XmlSource source("<Package PackageFamilyName='a_1'/>", L"Package");
+    ReaderProbe reader(source.Reader());
     reader.Answer("MoveToFirstAttribute", 0, E_ABORT);
     std::unique_ptr<CQanhPackage> package;
     EXPECT_EQ(CQanhPackage::FromXmlNode(&reader, &package), E_ABORT);
@@ -364,63 +304,52 @@ TEST(PackageFromXmlNode, PassesTheReadersFailureAtItsAttributesOn)
 
 TEST(PackageFromXmlNode, ReadsOnWhenTheListOfApplicationsIsFull)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     const PackageRead read =
         Read("<r><Package><MetroApp DisplayName='a'/><MetroApp DisplayName='b'/></Package></r>", 1);
     EXPECT_EQ(read.result, S_OK);
     EXPECT_EQ(read.package->Apps().Size(), 1u);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhPackage::FromXmlNode IN", "CQanhMetroApp::FromXmlNode IN",
-                            "CQanhMetroApp::FromXmlNode OUT(0x00000000)", "CQanhPackage::AddApplication IN",
-                            "CQanhPackage::AddApplication OUT(0x00000000)", "CQanhMetroApp::FromXmlNode IN",
-                            "CQanhMetroApp::FromXmlNode OUT(0x00000000)", "CQanhPackage::AddApplication IN",
-                            "CQanhPackage::AddApplication OUT(0x8007000E)",
-                            "CQanhPackage::FromXmlNode OUT(0x00000000)"));
+    const auto app = Step("CQanhMetroApp::FromXmlNode", "OUT(0x00000000)");
+    EXPECT_EQ(log.Lines(), Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)",
+                                {app, Step("CQanhPackage::AddApplication", "OUT(0x00000000)"), app,
+                                 Step("CQanhPackage::AddApplication", "OUT(0x8007000E)")}));
 }
 
 TEST(PackageFromXmlNode, RefusesNull)
 {
-    const test::XmlSource source("<Package/>", L"Package");
+    const XmlSource source("<Package/>", L"Package");
     std::unique_ptr<CQanhPackage> package;
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhPackage::FromXmlNode(nullptr, &package), E_POINTER);
     EXPECT_EQ(CQanhPackage::FromXmlNode(source.Reader(), nullptr), E_POINTER);
     EXPECT_EQ(package, nullptr);
     EXPECT_EQ(CQanhPackage::FromXmlNode(source.Reader(), &package), S_FALSE);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhPackage::FromXmlNode IN", "CQanhPackage::FromXmlNode OUT(0x80004003)",
-                            "CQanhPackage::FromXmlNode IN", "CQanhPackage::FromXmlNode OUT(0x80004003)",
-                            "CQanhPackage::FromXmlNode IN", "CQanhPackage::FromXmlNode OUT(0x00000001)"));
+    const auto refused = Step("CQanhPackage::FromXmlNode", "OUT(0x80004003)");
+    EXPECT_EQ(log.Lines(), Log({refused, refused, Step("CQanhPackage::FromXmlNode", "OUT(0x00000001)")}));
 }
 
 TEST(PackageFromXmlNode, SurvivesThatMemoryRunsOut)
 {
     std::size_t withoutPackage = 0;
     std::size_t withoutApp = 0;
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
-        const test::XmlSource source(
+    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
+        const XmlSource source(
             "<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/></Package></r>", L"Package");
-        HRESULT result = E_UNEXPECTED;
         bool made = false;
-        bool failed = false;
         std::size_t apps = 0;
-        std::size_t left = 1;
-        {
-            const test::AllocationWatch watch(index);
+        const Attempt attempt = TryWithFailingAllocation(index, [&] {
             std::unique_ptr<CQanhPackage> package;
-            result = CQanhPackage::FromXmlNode(source.Reader(), &package);
+            const HRESULT result = CQanhPackage::FromXmlNode(source.Reader(), &package);
             made = package != nullptr;
             apps = made ? package->Apps().Size() : 0;
-            package.reset();
-            failed = watch.Failed();
-            left = watch.Live();
-        }
-        EXPECT_EQ(result, made ? S_OK : E_OUTOFMEMORY);
-        EXPECT_EQ(apps == 1, !failed);
-        EXPECT_EQ(left, 0u);
+            return result;
+        });
+        EXPECT_EQ(attempt.result, made ? S_OK : E_OUTOFMEMORY);
+        EXPECT_EQ(apps == 1, !attempt.failed);
+        EXPECT_EQ(attempt.left, 0u);
         withoutPackage += !made;
-        withoutApp += made && failed;
-        return failed;
+        withoutApp += made && attempt.failed;
+        return attempt.failed;
     });
     EXPECT_EQ(failures, withoutPackage + withoutApp);
     EXPECT_GE(withoutPackage, 2u);

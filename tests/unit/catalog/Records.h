@@ -1,17 +1,26 @@
 #pragma once
 
 #include "catalog/App.h"
+#include "catalog/AppNameList.h"
+#include "catalog/DesktopApp.h"
 #include "catalog/ExcludeList.h"
 #include "catalog/Package.h"
 #include "support/Allocations.h"
 #include "support/ImportPatch.h"
+#include "support/LogCapture.h"
+#include "support/LogSteps.h"
+#include "support/TemporaryFolder.h"
+#include "support/Text.h"
+#include "support/XmlText.h"
+#include "unit/catalog/CatalogFile.h"
 
 #include <windows.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cerrno>
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -19,14 +28,41 @@
 
 namespace test {
 
-// The entries of an exclude list, in order.
-inline std::vector<std::wstring> Names(const ExcludeList& list)
+using namespace testing;
+
+// Strings of the library, such as the entries of an exclude list, in order.
+template <typename Strings> std::vector<std::wstring> Names(const Strings& strings)
 {
     std::vector<std::wstring> names;
-    for (const WideString& name : list) {
+    for (const WideString& name : strings) {
         names.emplace_back(name.c_str());
     }
     return names;
+}
+
+inline std::vector<std::wstring> DisplayNames(const OwnedList<CQanhApp>& apps)
+{
+    std::vector<std::wstring> names;
+    for (const auto& app : apps) {
+        names.emplace_back(app->DisplayName.c_str());
+    }
+    return names;
+}
+
+inline void ExpectNames(const CQanhDesktopApp& app, const wchar_t* displayName, const wchar_t* lnkFileName,
+                        const wchar_t* localizeName, const wchar_t* rubyDisplayName)
+{
+    EXPECT_STREQ(app.DisplayName.c_str(), displayName);
+    EXPECT_STREQ(app.LnkFileName.c_str(), lnkFileName);
+    EXPECT_STREQ(app.LocalizeName.c_str(), localizeName);
+    EXPECT_STREQ(app.RubyDisplayName.c_str(), rubyDisplayName);
+}
+
+inline void ExpectFlags(const CQanhDesktopApp& app, BOOL needReserve, BOOL isInstalled, BOOL isDualMode)
+{
+    EXPECT_EQ(app.NeedReserve, needReserve);
+    EXPECT_EQ(app.IsInstalled, isInstalled);
+    EXPECT_EQ(app.IsDualMode, isDualMode);
 }
 
 // What a record made of one wanted name.
@@ -44,16 +80,6 @@ struct Answer
     }
 };
 
-// How a record with these names answers a search.
-template <typename Names> struct ExcludeCase
-{
-    const char* rule;
-    Names names;
-    const wchar_t* wantedName;
-    Answer answer;
-    std::vector<const wchar_t*> listed = {}; // before
-};
-
 inline const Answer kNothing{S_OK, 0, {}};
 inline const Answer kFound{S_OK, 1, {}};
 inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_OK)
@@ -61,7 +87,17 @@ inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_O
     return {result, 0, std::move(excluded)};
 }
 
-// Asks a record, or anything with its operation, with an exclude list that holds these names already.
+inline HRESULT Search(const CQanhApp& app, const wchar_t* wantedName, ExcludeList* pExcluded, BOOL* pFound)
+{
+    return app.AddToExcludeAppNameList(wantedName, pExcluded, pFound);
+}
+inline HRESULT Search(const CQanhAppNameList& list, const wchar_t* wantedName, ExcludeList* pExcluded,
+                      BOOL* pFound)
+{
+    return list.GetExcludeAppNameList(wantedName, pExcluded, pFound);
+}
+
+// Asks a record or a whole catalogue, with an exclude list that holds these names already.
 template <typename Record>
 Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<const wchar_t*>& listed = {})
 {
@@ -70,9 +106,24 @@ Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<co
         EXPECT_EQ(list.AddUnique(name), S_OK);
     }
     Answer answer;
-    answer.result = record.AddToExcludeAppNameList(wantedName, &list, &answer.found);
+    answer.result = Search(record, wantedName, &list, &answer.found);
     answer.excluded = Names(list);
     return answer;
+}
+
+// A search with an argument that is null or empty touches nothing.
+template <typename Record> void ExpectArgumentChecks(const Record& record)
+{
+    ExcludeList list;
+    BOOL found = 7;
+    EXPECT_EQ(Search(record, nullptr, &list, &found), E_POINTER);
+    EXPECT_EQ(Search(record, L"mail", nullptr, &found), E_POINTER);
+    EXPECT_EQ(Search(record, L"mail", &list, nullptr), E_POINTER);
+    EXPECT_EQ(Search(record, L"", nullptr, &found), E_POINTER);
+    EXPECT_EQ(Search(record, L"", &list, nullptr), E_POINTER);
+    EXPECT_EQ(Search(record, L"", &list, &found), E_INVALIDARG);
+    EXPECT_EQ(found, 7);
+    EXPECT_TRUE(list.IsEmpty());
 }
 
 // The first adding fails; then there is memory again.
@@ -99,6 +150,44 @@ struct NoLowering
 {
     ImportPatch<errno_t (*)(wchar_t*, std::size_t)> patch{
         "_wcslwr_s", [](wchar_t*, std::size_t) -> errno_t { return EINVAL; }};
+};
+
+// Watches the one copy of a wanted name that the library makes, until the end of the scope. One at a time.
+class CopyWatch
+{
+public:
+    CopyWatch() { s_copies = s_freed = 0; }
+
+    // The copy, when exactly one was made and freed once.
+    [[nodiscard]] static std::wstring Freed()
+    {
+        return s_copies == 1 && s_freed == 1 ? s_copy : L"not one copy that was freed";
+    }
+
+private:
+    static wchar_t* Duplicate(const wchar_t* text)
+    {
+        ++s_copies;
+        wcscpy_s(s_copy, std::size(s_copy), text);
+        return s_copy;
+    }
+    static void Free(void* block)
+    {
+        static const auto s_free = reinterpret_cast<void (*)(void*)>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
+        if (block == s_copy) {
+            ++s_freed;
+        } else {
+            s_free(block);
+        }
+    }
+
+    static inline wchar_t s_copy[64];
+    static inline int s_copies = 0;
+    static inline int s_freed = 0;
+
+    ImportPatch<wchar_t* (*)(const wchar_t*)> m_duplicate{"_wcsdup", Duplicate};
+    ImportPatch<void (*)(void*)> m_free{"free", Free};
 };
 
 // A record that tells its owner's test what is done with it.

@@ -2,7 +2,6 @@
 
 #include "catalog/DesktopApp.h"
 #include "support/Allocations.h"
-#include "support/ImportPatch.h"
 #include "support/Text.h"
 #include "unit/catalog/Records.h"
 
@@ -54,22 +53,11 @@ TEST(WantedName, ReportsThatItCannotBeMadeReady)
 
 TEST(WantedName, FreesItsCopy)
 {
-    static int s_freed = 0;
-    static const void* s_copy = nullptr;
-    static void (*s_free)(void*) = nullptr;
-    s_freed = 0;
-    std::optional<WantedName> name(std::in_place, L"mail");
-    s_copy = name->Lower().data();
-    s_free = reinterpret_cast<void (*)(void*)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
-    {
-        const test::ImportPatch<void (*)(void*)> patch("free", [](void* block) {
-            s_freed += block == s_copy;
-            s_free(block);
-        });
-        name.reset();
-    }
-    EXPECT_EQ(s_freed, 1);
+    const test::CopyWatch copies;
+    std::optional<WantedName> name(std::in_place, L"Mail");
+    EXPECT_NE(copies.Freed(), L"mail");
+    name.reset();
+    EXPECT_EQ(copies.Freed(), L"mail");
 }
 
 TEST(WantedName, EqualsANameIgnoringCase)

@@ -14,10 +14,12 @@
 
 namespace manifest_test {
 
-class FakeApplication : public test::FakeUnknown<platform::IAppxManifestApplication>
+using namespace test;
+
+class FakeApplication : public FakeUnknown<platform::IAppxManifestApplication>
 {
 public:
-    FakeApplication(test::FakeObjects& owner, std::wstring displayName)
+    FakeApplication(FakeObjects& owner, std::wstring displayName)
         : FakeUnknown(owner, "application"), m_displayName(std::move(displayName))
     {
     }
@@ -45,10 +47,10 @@ private:
     std::wstring m_displayName;
 };
 
-class FakeApplications : public test::FakeUnknown<platform::IAppxManifestApplicationsEnumerator>
+class FakeApplications : public FakeUnknown<platform::IAppxManifestApplicationsEnumerator>
 {
 public:
-    FakeApplications(test::FakeObjects& owner, const std::vector<std::wstring>& displayNames)
+    FakeApplications(FakeObjects& owner, const std::vector<std::wstring>& displayNames)
         : FakeUnknown(owner, "applications")
     {
         for (const std::wstring& displayName : displayNames) {
@@ -84,10 +86,10 @@ private:
     std::size_t m_position = 0;
 };
 
-class FakeManifestReader : public test::FakeUnknown<platform::IAppxManifestReader>
+class FakeManifestReader : public FakeUnknown<platform::IAppxManifestReader>
 {
 public:
-    FakeManifestReader(test::FakeObjects& owner, const std::vector<std::wstring>& displayNames)
+    FakeManifestReader(FakeObjects& owner, const std::vector<std::wstring>& displayNames)
         : FakeUnknown(owner, "manifest reader"), m_applications(owner.Make<FakeApplications>(displayNames))
     {
     }
@@ -119,10 +121,10 @@ private:
     FakeApplications* m_applications;
 };
 
-class FakeManifestFactory : public test::FakeUnknown<platform::IAppxFactory>
+class FakeManifestFactory : public FakeUnknown<platform::IAppxFactory>
 {
 public:
-    FakeManifestFactory(test::FakeObjects& owner, const std::vector<std::wstring>* displayNames)
+    FakeManifestFactory(FakeObjects& owner, const std::vector<std::wstring>* displayNames)
         : FakeUnknown(owner, "manifest factory"), m_displayNames(displayNames)
     {
     }
@@ -182,7 +184,7 @@ public:
         return leaks;
     }
 
-    test::FakeObjects objects;
+    FakeObjects objects;
     std::vector<std::wstring> displayNames;
     FakeManifestFactory* factory;
     // When set, COM is not entered and this is the answer.
@@ -215,7 +217,7 @@ private:
         if (FAILED(hr)) {
             return hr;
         }
-        if (test::ApartmentOfThread() == test::Apartment::kNone) {
+        if (ApartmentOfThread() == Apartment::kNone) {
             return CO_E_NOTINITIALIZED;
         }
         if (!IsEqualIID(interfaceId, __uuidof(platform::IAppxFactory))) {
@@ -245,11 +247,11 @@ private:
 
     static inline FakeManifest* s_current = nullptr;
 
-    test::ImportPatch<decltype(&CoInitializeEx)> m_initialize;
-    test::ImportPatch<decltype(&CoUninitialize)> m_uninitialize;
-    test::ImportPatch<decltype(&CoCreateInstance)> m_create;
-    test::ImportPatch<decltype(&SHCreateStreamOnFileEx)> m_openStream;
-    test::ImportPatch<decltype(&CoTaskMemFree)> m_free;
+    ImportPatch<decltype(&CoInitializeEx)> m_initialize;
+    ImportPatch<decltype(&CoUninitialize)> m_uninitialize;
+    ImportPatch<decltype(&CoCreateInstance)> m_create;
+    ImportPatch<decltype(&SHCreateStreamOnFileEx)> m_openStream;
+    ImportPatch<decltype(&CoTaskMemFree)> m_free;
 };
 
 } // namespace manifest_test

@@ -2,9 +2,12 @@
 
 #include "catalog/MetroApp.h"
 #include "catalog/Package.h"
+#include "common/Apartment.h"
 #include "manifest/ManifestReader.h"
+#include "support/FakePackages.h"
 #include "support/FakeResources.h"
 #include "support/LogCapture.h"
+#include "support/LogSteps.h"
 #include "support/Registry.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
@@ -18,12 +21,16 @@
 
 namespace manifest_test {
 
+using namespace test;
+using namespace testing;
+
 // The names of an application: display name and short name.
 using Names = std::pair<std::wstring, std::wstring>;
+using NameList = std::vector<Names>;
 
-inline std::vector<Names> NamesOf(const CQanhPackage& package)
+inline NameList NamesOf(const CQanhPackage& package)
 {
-    std::vector<Names> names;
+    NameList names;
     for (const auto& app : package.Apps()) {
         const auto& metroApp = dynamic_cast<const CQanhMetroApp&>(*app);
         EXPECT_TRUE(metroApp.RubyDisplayName.empty());
@@ -41,6 +48,12 @@ inline std::string Application(const std::string& displayName, const std::string
            "\" ShowName=\"allLogos\"/></VisualElements></Application>";
 }
 
+// An application without a tile.
+inline std::string Named(const std::string& displayName)
+{
+    return "<Application><VisualElements DisplayName=\"" + displayName + "\"/></Application>";
+}
+
 // A whole manifest around its applications.
 inline std::string Manifest(const std::string& applications)
 {
@@ -49,21 +62,52 @@ inline std::string Manifest(const std::string& applications)
            applications + "</Applications></Package>";
 }
 
+// What the steps of a walk log.
+
+inline std::vector<std::string> Found(const std::string& element)
+{
+    return Step("CQanhManifestReader::MoveToElementByName(" + element + ")", "OUT(0x00000000)");
+}
+inline std::vector<std::string> NotFound(const std::string& element)
+{
+    return Step("CQanhManifestReader::MoveToElementByName(" + element + ")", "OUT(0x00000001)");
+}
+inline std::vector<std::string> Value(const std::string& attribute)
+{
+    return Step("CQanhManifestReader::GetAttributeValueByName(" + attribute + ")", "OUT(0x00000000)");
+}
+inline std::vector<std::string> NoValue(const std::string& attribute)
+{
+    return Step("CQanhManifestReader::GetAttributeValueByName(" + attribute + ")", "OUT(0x00000001)");
+}
+// A reference of the package with full name "F" and name "N", which is looked for in these sources.
+inline std::vector<std::string> Converted(const std::string& reference,
+                                          const std::vector<std::string>& sources, const std::string& text)
+{
+    const std::string operation = "CQanhManifestReader::ConvertMsResourceToString";
+    std::vector<std::string> tries;
+    for (const std::string& source : sources) {
+        tries.push_back(operation + " ms-resource = " + source + ")");
+    }
+    return Step(operation + "(" + reference + ", F, N, , 256)", "OUT(pStr = " + text + ")", {tries});
+}
+
 // A manifest in a folder of its own, the record of its package, and the package's resources.
-class ManifestFile : public ::testing::Test
+class ManifestFile : public Test
 {
 protected:
-    void Write(std::string_view text) { test::WriteFileBytes(Path(), text); }
+    void Write(std::string_view text) { WriteFileBytes(Path(), text); }
     [[nodiscard]] std::wstring Path() const { return m_folder / L"AppxManifest.xml"; }
 
-    // Writes the text and reads it into the record.
+    // Reads the manifest into the record.
+    HRESULT Parse() { return CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package); }
     HRESULT Parse(std::string_view text)
     {
         Write(text);
-        return CQanhManifestReader::GetAppNameUsingXmlParser(Path().c_str(), &m_package);
+        return Parse();
     }
 
-    // True when nobody has the manifest open any more.
+    // True when nobody has the manifest open, which may not even be there.
     [[nodiscard]] bool IsClosed() const
     {
         const HANDLE file =
@@ -71,16 +115,59 @@ protected:
         if (file != INVALID_HANDLE_VALUE) {
             CloseHandle(file);
         }
-        return file != INVALID_HANDLE_VALUE;
+        return file != INVALID_HANDLE_VALUE || !Exists(Path());
+    }
+
+    // What stands in the log between brackets behind "OUT" when an operation ends with this result.
+    static HRESULT Result(const std::string& logged)
+    {
+        return static_cast<HRESULT>(std::stoul(logged, nullptr, 16));
     }
 
     static constexpr HRESULT kMismatchedTag = static_cast<HRESULT>(0xC00CEE3B);
     static constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80070002);
 
-    test::TemporaryFolder m_folder;
-    test::ScopedKey m_settings{HKEY_LOCAL_MACHINE, test::kSettingsKey};
-    test::FakeResources m_resources;
+    TemporaryFolder m_folder;
+    ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
+    FakeResources m_resources;
     CQanhPackage m_package{L"N_8wekyb3d8bbwe", L"F", L"N", {1, 2, 3, 4}};
+};
+
+// The same with the package of the system whose manifest it is, and its display name.
+class StoreManifest : public ManifestFile
+{
+protected:
+    StoreManifest() : m_store(m_objects.Make<FakePackage>(Facts())) { m_store->AddRef(); }
+    ~StoreManifest() override
+    {
+        LocalFree(m_name);
+        m_store->Release();
+        EXPECT_THAT(m_objects.Leaks(), IsEmpty());
+        EXPECT_TRUE(IsClosed());
+    }
+
+    // Frees the name that was got before.
+    HRESULT GetName()
+    {
+        LocalFree(m_name);
+        m_name = nullptr;
+        return CQanhManifestReader::GetAppDisplayName(m_store, &m_name);
+    }
+
+    const ComApartment m_apartment{CoInitialize(nullptr)}; // the package's
+    FakeObjects m_objects;
+    FakePackage* m_store;
+    wchar_t* m_name = nullptr;
+
+private:
+    PackageFacts Facts() const
+    {
+        PackageFacts facts;
+        facts.fullName = L"F";
+        facts.name = L"N";
+        facts.path = m_folder.Path();
+        return facts;
+    }
 };
 
 } // namespace manifest_test

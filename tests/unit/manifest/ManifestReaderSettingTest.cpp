@@ -3,20 +3,16 @@
 #include "unit/manifest/FakeManifest.h"
 #include "unit/manifest/ManifestFile.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 namespace {
 
 using namespace manifest_test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Pair;
 
 constexpr wchar_t kSetting[] = L"ManifestReaderSetting";
 
 // The two readers give different names, so that they can be told apart.
+const Names kOfTheXml = {L"from the xml", L"tile"};
+const Names kOfTheSystem = {L"From the system", L""};
+
 class ManifestReaderSetting : public ManifestFile
 {
 protected:
@@ -29,49 +25,58 @@ protected:
 
     HRESULT Add() { return CQanhManifestReader::AddAppsToPackage(Path().c_str(), &m_package); }
 
+    void ExpectTheXml()
+    {
+        m_package.DeleteAllApp();
+        EXPECT_EQ(CQanhManifestReader::LoadSetting(), 1u);
+        EXPECT_EQ(Add(), S_FALSE);
+        EXPECT_EQ(NamesOf(m_package), NameList{kOfTheXml});
+        EXPECT_THAT(m_manifest.objects.journal, IsEmpty());
+    }
+
+    // Adds with the reader that is set; the log has this loading of the setting, and this reader and result.
+    void ExpectLog(const std::vector<std::string>& loading, const std::string& reader,
+                   const std::string& exit)
+    {
+        const LogCapture log;
+        EXPECT_EQ(Add(), Result(exit));
+        EXPECT_THAT(NamesOf(m_package), IsEmpty());
+        EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::AddAppsToPackage", "OUT(" + exit + ")",
+                                    {loading, Step("CQanhManifestReader::" + reader, "OUT(" + exit + ")")}));
+    }
+
     FakeManifest m_manifest;
 };
 
-TEST_F(ManifestReaderSetting, AbsentIsTheXml)
+// The log of the loading of the setting.
+std::vector<std::string> Loading(const std::string& registry, const std::string& setting)
 {
-    EXPECT_EQ(CQanhManifestReader::LoadSetting(), 1u);
-    EXPECT_EQ(Add(), S_FALSE);
-    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"from the xml", L"tile")));
-    EXPECT_THAT(m_manifest.objects.journal, IsEmpty());
+    return Step(
+        "CQanhManifestReader::LoadSetting", "OUT",
+        {Step("CQanhReg::GetManifestReaderSetting", setting, {Step("CQanhReg::GetDWORDRegVal", registry)})});
+}
+
+TEST_F(ManifestReaderSetting, IsTheXmlUnlessItIsTheNumberZero)
+{
+    ExpectTheXml(); // when it is absent
+    for (const DWORD value : {1u, 2u, 3u, 0x80000000u, 0xFFFFFFFFu}) {
+        m_settings.SetDword(kSetting, value);
+        ExpectTheXml();
+    }
+    m_settings.SetText(kSetting, L"0");
+    ExpectTheXml();
+    m_settings.SetBytes(kSetting, REG_QWORD, std::vector<BYTE>(8, 0));
+    ExpectTheXml();
 }
 
 TEST_F(ManifestReaderSetting, ZeroIsTheSystem)
 {
     m_settings.SetDword(kSetting, 0);
+    const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::LoadSetting(), 0u);
+    EXPECT_EQ(log.Lines(), Loading("OUT(1)", "OUT(0)"));
     EXPECT_EQ(Add(), S_OK);
-    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"From the system", L"")));
-}
-
-TEST_F(ManifestReaderSetting, OneIsTheXml)
-{
-    m_settings.SetDword(kSetting, 1);
-    EXPECT_EQ(CQanhManifestReader::LoadSetting(), 1u);
-    EXPECT_EQ(Add(), S_FALSE);
-    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"from the xml", L"tile")));
-}
-
-TEST_F(ManifestReaderSetting, EveryOtherNumberIsTheXml)
-{
-    for (const DWORD value : {2u, 3u, 0x80000000u, 0xFFFFFFFFu}) {
-        m_settings.SetDword(kSetting, value);
-        EXPECT_EQ(CQanhManifestReader::LoadSetting(), 1u);
-        EXPECT_EQ(Add(), S_FALSE);
-    }
-    EXPECT_THAT(m_manifest.objects.journal, IsEmpty());
-}
-
-TEST_F(ManifestReaderSetting, AValueOfAnotherTypeIsTheXml)
-{
-    m_settings.SetText(kSetting, L"0");
-    EXPECT_EQ(CQanhManifestReader::LoadSetting(), 1u);
-    m_settings.SetBytes(kSetting, REG_QWORD, std::vector<BYTE>(8, 0));
-    EXPECT_EQ(CQanhManifestReader::LoadSetting(), 1u);
+    EXPECT_EQ(NamesOf(m_package), NameList{kOfTheSystem});
 }
 
 TEST_F(ManifestReaderSetting, IsReadAnewForEachPackage)
@@ -81,52 +86,16 @@ TEST_F(ManifestReaderSetting, IsReadAnewForEachPackage)
     Add();
     m_settings.DeleteValue(kSetting);
     Add();
-    EXPECT_THAT(NamesOf(m_package), ElementsAre(Pair(L"from the xml", L"tile"), Pair(L"From the system", L""),
-                                                Pair(L"from the xml", L"tile")));
+    EXPECT_EQ(NamesOf(m_package), (NameList{kOfTheXml, kOfTheSystem, kOfTheXml}));
 }
 
-TEST_F(ManifestReaderSetting, LogOfTheLoading)
-{
-    m_settings.SetDword(kSetting, 0);
-    const test::LogCapture log;
-    EXPECT_EQ(CQanhManifestReader::LoadSetting(), 0u);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhManifestReader::LoadSetting IN", "CQanhReg::GetManifestReaderSetting IN",
-                            "CQanhReg::GetDWORDRegVal IN", "CQanhReg::GetDWORDRegVal OUT(1)",
-                            "CQanhReg::GetManifestReaderSetting OUT(0)",
-                            "CQanhManifestReader::LoadSetting OUT"));
-}
-
-TEST_F(ManifestReaderSetting, ResultOfTheSystemsReaderIsPassedOn)
-{
-    m_settings.SetDword(kSetting, 0);
-    m_manifest.objects.Fail("CoCreateInstance", REGDB_E_CLASSNOTREG);
-    const test::LogCapture log;
-    EXPECT_EQ(Add(), REGDB_E_CLASSNOTREG);
-    EXPECT_THAT(NamesOf(m_package), IsEmpty());
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhManifestReader::AddAppsToPackage IN", "CQanhManifestReader::LoadSetting IN",
-                            "CQanhReg::GetManifestReaderSetting IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT(1)", "CQanhReg::GetManifestReaderSetting OUT(0)",
-                            "CQanhManifestReader::LoadSetting OUT",
-                            "CQanhManifestReader::GetAppNameUsingAPI IN",
-                            "CQanhManifestReader::GetAppNameUsingAPI OUT(0x80040154)",
-                            "CQanhManifestReader::AddAppsToPackage OUT(0x80040154)"));
-}
-
-TEST_F(ManifestReaderSetting, ResultOfTheXmlReaderIsPassedOn)
+TEST_F(ManifestReaderSetting, ResultOfTheReaderIsPassedOn)
 {
     DeleteFileW(Path().c_str());
-    const test::LogCapture log;
-    EXPECT_EQ(Add(), kNotFound);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhManifestReader::AddAppsToPackage IN", "CQanhManifestReader::LoadSetting IN",
-                            "CQanhReg::GetManifestReaderSetting IN", "CQanhReg::GetDWORDRegVal IN",
-                            "CQanhReg::GetDWORDRegVal OUT", "CQanhReg::GetManifestReaderSetting OUT(1)",
-                            "CQanhManifestReader::LoadSetting OUT",
-                            "CQanhManifestReader::GetAppNameUsingXmlParser IN",
-                            "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x80070002)",
-                            "CQanhManifestReader::AddAppsToPackage OUT(0x80070002)"));
+    ExpectLog(Loading("OUT", "OUT(1)"), "GetAppNameUsingXmlParser", "0x80070002");
+    m_settings.SetDword(kSetting, 0);
+    m_manifest.objects.Fail("CoCreateInstance", REGDB_E_CLASSNOTREG);
+    ExpectLog(Loading("OUT(1)", "OUT(0)"), "GetAppNameUsingAPI", "0x80040154");
 }
 
 TEST_F(ManifestReaderSetting, ArgumentsAreTheReadersBusiness)

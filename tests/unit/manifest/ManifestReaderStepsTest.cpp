@@ -1,23 +1,16 @@
 // The two steps that every walk over a manifest is made of.
 
 #include "support/ReaderProbe.h"
+#include "support/XmlText.h"
 #include "unit/manifest/ManifestFile.h"
-
-#include <shlwapi.h>
-
-#include <wrl/client.h>
-
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
-#include <string>
+#include <optional>
 
 namespace {
 
-using Microsoft::WRL::ComPtr;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace manifest_test;
 
 // Until the end of the scope a reader does not tell the name of the node at the call of this index (0 is the
 // first). One at a time.
@@ -59,25 +52,18 @@ private:
 };
 
 // A reader over a text.
-class ManifestSteps : public ::testing::Test
+class ManifestSteps : public Test
 {
 protected:
     void Read(std::string_view text)
     {
-        CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(m_reader.ReleaseAndGetAddressOf()),
-                        nullptr);
-        ComPtr<IStream> stream;
-        stream.Attach(
-            SHCreateMemStream(reinterpret_cast<const BYTE*>(text.data()), static_cast<UINT>(text.size())));
-        m_reader->SetInput(stream.Get());
+        m_source.emplace(text);
+        m_reader = m_source->Reader();
     }
-    HRESULT MoveTo(const wchar_t* name)
-    {
-        return CQanhManifestReader::MoveToElementByName(m_reader.Get(), name);
-    }
+    HRESULT MoveTo(const wchar_t* name) { return CQanhManifestReader::MoveToElementByName(m_reader, name); }
     HRESULT Attribute(const wchar_t* name)
     {
-        return CQanhManifestReader::GetAttributeValueByName(m_reader.Get(), name, m_value);
+        return CQanhManifestReader::GetAttributeValueByName(m_reader, name, m_value);
     }
     // What tells the node at hand from the others of the document.
     [[nodiscard]] std::wstring Id() const
@@ -97,172 +83,113 @@ protected:
         return type;
     }
 
-    ComPtr<IXmlReader> m_reader;
+    std::optional<XmlSource> m_source;
+    IXmlReader* m_reader = nullptr;
     std::wstring m_value = L"before";
 };
 
-TEST_F(ManifestSteps, MoveStopsAtTheNextElementOfTheName)
+struct Move
 {
-    Read("<r><a id='1'/><b id='2'><a id='3'/></b><a id='4'/></r>");
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-    EXPECT_EQ(Id(), L"1");
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-    EXPECT_EQ(Id(), L"3");
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-    EXPECT_EQ(Id(), L"4");
-    EXPECT_EQ(NodeType(), XmlNodeType_Element);
-    EXPECT_EQ(MoveTo(L"a"), S_FALSE);
-    EXPECT_EQ(MoveTo(L"a"), S_FALSE);
-}
+    const wchar_t* name;
+    const wchar_t* id; // of the element there; null: there is none
+};
 
-TEST_F(ManifestSteps, MoveGoesForwardOnly)
+TEST_F(ManifestSteps, MoveGoesToTheNextElementOfTheName)
 {
-    Read("<r><a id='1'/><b id='2'/></r>");
-    EXPECT_EQ(MoveTo(L"b"), S_OK);
-    EXPECT_EQ(MoveTo(L"a"), S_FALSE);
-}
-
-TEST_F(ManifestSteps, MoveStartsBehindTheElementAtHand)
-{
-    Read("<a id='1'><a id='2'/></a>");
-    MoveTo(L"a");
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-    EXPECT_EQ(Id(), L"2");
-}
-
-TEST_F(ManifestSteps, MovePassesTheEndsOfElements)
-{
-    Read("<r><x><y></y></x><z><a id='1'></a></z></r>");
-    EXPECT_EQ(MoveTo(L"y"), S_OK);
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-    EXPECT_EQ(Id(), L"1");
+    const auto expectMoves = [&](const char* what, const char* document, const std::vector<Move>& moves) {
+        SCOPED_TRACE(what);
+        Read(document);
+        for (const Move& move : moves) {
+            EXPECT_EQ(MoveTo(move.name), move.id ? S_OK : S_FALSE);
+            if (move.id) {
+                EXPECT_EQ(Id(), move.id);
+                EXPECT_EQ(NodeType(), XmlNodeType_Element);
+            }
+        }
+    };
+    expectMoves("stops at the next element of the name",
+                "<r><a id='1'/><b id='2'><a id='3'/></b><a id='4'/></r>",
+                {{L"a", L"1"}, {L"a", L"3"}, {L"a", L"4"}, {L"a", nullptr}, {L"a", nullptr}});
+    expectMoves("goes forward only", "<r><a id='1'/><b id='2'/></r>", {{L"b", L"2"}, {L"a", nullptr}});
+    expectMoves("starts behind the element at hand", "<a id='1'><a id='2'/></a>",
+                {{L"a", L"1"}, {L"a", L"2"}});
     // The end tag of the same name is no element.
-    EXPECT_EQ(MoveTo(L"a"), S_FALSE);
-}
-
-TEST_F(ManifestSteps, MoveLooksAtElementsOnly)
-{
-    Read("<r a='a'><!--a--><?a a?>a<![CDATA[a]]><A id='1'/></r>");
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-    EXPECT_EQ(Id(), L"1");
-}
-
-TEST_F(ManifestSteps, MoveComparesWholeLocalNamesIgnoringCase)
-{
-    Read("<r xmlns:p='u' xmlns:Tile='v'><TileX/><XTile/><Til/><p:X/><Tile:X/><p:tILE id='1'/></r>");
-    EXPECT_EQ(MoveTo(L"Tile"), S_OK);
-    EXPECT_EQ(Id(), L"1");
+    expectMoves("passes the ends of elements", "<r><x><y></y></x><z><a id='1'></a></z></r>",
+                {{L"y", L""}, {L"a", L"1"}, {L"a", nullptr}});
+    expectMoves("looks at elements only", "<r a='a'><!--a--><?a a?>a<![CDATA[a]]><A id='1'/></r>",
+                {{L"a", L"1"}});
+    expectMoves("compares whole local names ignoring case",
+                "<r xmlns:p='u' xmlns:Tile='v'><TileX/><XTile/><Til/><p:X/><Tile:X/><p:tILE id='1'/></r>",
+                {{L"Tile", L"1"}});
 }
 
 TEST_F(ManifestSteps, MoveSkipsAnElementWhoseNameCannotBeHad)
 {
     Read("<r><a id='1'/><a id='2'/></r>");
     {
-        const NamelessNode node(m_reader.Get(), 1); // behind the root
+        const NamelessNode node(m_reader, 1); // behind the root
         EXPECT_EQ(MoveTo(L"a"), S_OK);
     }
     EXPECT_EQ(Id(), L"2");
-}
-
-TEST_F(ManifestSteps, MoveReturnsTheReadersFailure)
-{
-    Read("<r><b></c></r>");
-    EXPECT_EQ(MoveTo(L"a"), static_cast<HRESULT>(0xC00CEE3B));
 }
 
 TEST_F(ManifestSteps, MoveEndsWithEveryResultOfTheReaderButSuccess)
 {
     for (const HRESULT result : {S_FALSE, E_PENDING, E_OUTOFMEMORY, HRESULT(2)}) {
         Read("<r><b/><a/></r>");
-        test::ReaderProbe probe(m_reader.Get());
+        ReaderProbe probe(m_reader);
         probe.Answer("Read", 1, result);
         EXPECT_EQ(CQanhManifestReader::MoveToElementByName(&probe, L"a"), result);
         EXPECT_EQ(probe.Calls("Read"), 2);
     }
 }
 
-TEST_F(ManifestSteps, MoveWithoutAReader)
-{
-    const test::LogCapture log;
-    EXPECT_EQ(CQanhManifestReader::MoveToElementByName(nullptr, L"a"), E_POINTER);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::MoveToElementByName(a) IN",
-                                         "CQanhManifestReader::MoveToElementByName OUT(0x80004003)"));
-}
-
 TEST_F(ManifestSteps, LogOfMoves)
 {
     Read("<r><b></c></r>");
-    const test::LogCapture log;
-    MoveTo(L"b");
-    MoveTo(L"b");
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::MoveToElementByName(b) IN",
-                                         "CQanhManifestReader::MoveToElementByName OUT(0x00000000)",
-                                         "CQanhManifestReader::MoveToElementByName(b) IN",
-                                         "CQanhManifestReader::MoveToElementByName OUT(0xC00CEE3B)"));
+    const LogCapture log;
+    EXPECT_EQ(MoveTo(L"b"), S_OK);
+    EXPECT_EQ(MoveTo(L"b"), static_cast<HRESULT>(0xC00CEE3B));
+    EXPECT_EQ(CQanhManifestReader::MoveToElementByName(nullptr, L"a"), E_POINTER);
+    EXPECT_EQ(log.Lines(), Log({Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0x00000000)"),
+                                Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0xC00CEE3B)"),
+                                Step("CQanhManifestReader::MoveToElementByName(a)", "OUT(0x80004003)")}));
 }
 
-TEST_F(ManifestSteps, AttributeCopiesTheValueAndComesBackToTheElement)
+TEST_F(ManifestSteps, AttributeIsTakenOfTheElementAtHand)
 {
-    Read("<r first='1' Second='2' third='3'><a/></r>");
-    MoveTo(L"r");
-    const test::LogCapture log;
-    EXPECT_EQ(Attribute(L"sECOND"), S_OK);
-    EXPECT_EQ(m_value, L"2");
-    EXPECT_EQ(NodeType(), XmlNodeType_Element);
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAttributeValueByName(sECOND) IN",
-                                         "CQanhManifestReader::GetAttributeValueByName OUT(0x00000000)"));
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-}
-
-TEST_F(ManifestSteps, AttributeThatIsMissingLeavesTheValueAlone)
-{
-    Read("<r first='1' second='2'><a/></r>");
-    MoveTo(L"r");
-    const test::LogCapture log;
-    EXPECT_EQ(Attribute(L"third"), S_FALSE);
-    EXPECT_EQ(m_value, L"before");
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAttributeValueByName(third) IN",
-                                         "CQanhManifestReader::GetAttributeValueByName OUT(0x00000001)"));
-    EXPECT_EQ(MoveTo(L"a"), S_OK);
-}
-
-TEST_F(ManifestSteps, AttributeOfAnElementWithoutAny)
-{
-    Read("<r><a/></r>");
-    MoveTo(L"a");
-    EXPECT_EQ(Attribute(L"first"), S_FALSE);
-    EXPECT_EQ(m_value, L"before");
-}
-
-TEST_F(ManifestSteps, AttributeAfterTheEndOfTheDocument)
-{
-    Read("<r first='1'/>");
-    EXPECT_EQ(MoveTo(L"no"), S_FALSE);
-    EXPECT_EQ(Attribute(L"first"), S_FALSE);
-    EXPECT_EQ(m_value, L"before");
-}
-
-TEST_F(ManifestSteps, AttributeIsTheFirstOfItsLocalName)
-{
-    Read("<r xmlns:p='u' firsts='no' p:FIRST='1' first='2'/>");
-    MoveTo(L"r");
-    EXPECT_EQ(Attribute(L"first"), S_OK);
-    EXPECT_EQ(m_value, L"1");
-}
-
-TEST_F(ManifestSteps, AttributeThatIsEmptyEmptiesTheValue)
-{
-    Read("<r first=''/>");
-    MoveTo(L"r");
-    EXPECT_EQ(Attribute(L"first"), S_OK);
-    EXPECT_THAT(m_value, IsEmpty());
+    const auto expectAttribute = [&](const char* what, const char* document, const wchar_t* element,
+                                     const std::string& attribute, HRESULT result, const wchar_t* value) {
+        SCOPED_TRACE(what);
+        Read(document);
+        const HRESULT moved = MoveTo(element);
+        const XmlNodeType nodeType = NodeType();
+        m_value = L"before";
+        const LogCapture log;
+        EXPECT_EQ(Attribute(FromUtf8(attribute).c_str()), result);
+        EXPECT_EQ(m_value, value);
+        EXPECT_EQ(log.Lines(), result == S_OK ? Value(attribute) : NoValue(attribute));
+        // The reader is on the element again.
+        EXPECT_EQ(NodeType(), nodeType);
+        EXPECT_EQ(MoveTo(L"a"), moved);
+    };
+    expectAttribute("is copied", "<r first='1' Second='2' third='3'><a/></r>", L"r", "sECOND", S_OK, L"2");
+    expectAttribute("that is missing leaves the value alone", "<r first='1' second='2'><a/></r>", L"r",
+                    "third", S_FALSE, L"before");
+    expectAttribute("of an element without any is missing", "<r><b/><a/></r>", L"b", "first", S_FALSE,
+                    L"before");
+    expectAttribute("after the end of the document is missing", "<r first='1'/>", L"no", "first", S_FALSE,
+                    L"before");
+    expectAttribute("is the first of its local name",
+                    "<r xmlns:p='u' firsts='no' p:FIRST='1' first='2'><a/></r>", L"r", "first", S_OK, L"1");
+    expectAttribute("that is empty empties the value", "<r first=''><a/></r>", L"r", "first", S_OK, L"");
 }
 
 TEST_F(ManifestSteps, AttributeReturnsTheReadersFailure)
 {
     Read("<r first='1' second='2'/>");
     MoveTo(L"r");
-    test::ReaderProbe probe(m_reader.Get());
+    ReaderProbe probe(m_reader);
     probe.Answer("MoveToFirstAttribute", 0, E_ABORT);
     EXPECT_EQ(CQanhManifestReader::GetAttributeValueByName(&probe, L"second", m_value), E_ABORT);
     probe.Answer("MoveToNextAttribute", 0, E_ACCESSDENIED);
@@ -272,11 +199,10 @@ TEST_F(ManifestSteps, AttributeReturnsTheReadersFailure)
 
 TEST_F(ManifestSteps, AttributeWithoutAReader)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::GetAttributeValueByName(nullptr, L"first", m_value), E_POINTER);
     EXPECT_EQ(m_value, L"before");
-    EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::GetAttributeValueByName(first) IN",
-                                         "CQanhManifestReader::GetAttributeValueByName OUT(0x80004003)"));
+    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAttributeValueByName(first)", "OUT(0x80004003)"));
 }
 
 } // namespace

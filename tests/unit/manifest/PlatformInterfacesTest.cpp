@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -51,7 +52,13 @@ TEST(PlatformInterfaces, HaveThePlatformsTypes)
 // arguments of the methods here travel in registers, so that one kind of function serves for them all.
 constexpr std::size_t kPlaces = 32;
 std::size_t g_place;
+using Arguments = std::vector<const void*>;
 std::array<const void*, 3> g_arguments;
+
+Arguments FirstArguments(std::size_t count)
+{
+    return Arguments(g_arguments.begin(), g_arguments.begin() + static_cast<std::ptrdiff_t>(count));
+}
 
 template <std::size_t Place>
 HRESULT STDMETHODCALLTYPE Called(void*, const void* first, const void* second, const void* third)
@@ -93,9 +100,11 @@ const void* AsPointer(std::size_t value)
     return reinterpret_cast<const void*>(value);
 }
 
-#define EXPECT_PLACE(call, place)                                                                            \
+// The method must be called at this place of the table, with these arguments.
+#define EXPECT_PLACE(place, call, ...)                                                                       \
     EXPECT_EQ(call, static_cast<HRESULT>(100 + (place)));                                                    \
-    EXPECT_EQ(g_place, static_cast<std::size_t>(place))
+    EXPECT_EQ(g_place, static_cast<std::size_t>(place));                                                     \
+    EXPECT_EQ(FirstArguments(Arguments{__VA_ARGS__}.size()), (Arguments{__VA_ARGS__}))
 
 // Three methods of IUnknown and three of IInspectable come first.
 
@@ -103,83 +112,66 @@ TEST(PlatformInterfaces, PackageManagerMethodsHaveTheirPlaces)
 {
     HandMade<platform::IPackageManager> manager;
     platform::IPackageIterable* packages = nullptr;
-    EXPECT_PLACE(manager->FindPackagesByUserSecurityId(AsString(1), &packages), 12);
-    EXPECT_EQ(g_arguments[0], AsPointer(1));
-    EXPECT_EQ(g_arguments[1], &packages);
-    EXPECT_PLACE(manager->FindPackagesByUserSecurityIdPackageFamilyName(AsString(1), AsString(2), &packages),
-                 20);
-    EXPECT_EQ(g_arguments[0], AsPointer(1));
-    EXPECT_EQ(g_arguments[1], AsPointer(2));
-    EXPECT_EQ(g_arguments[2], &packages);
+    EXPECT_PLACE(12, manager->FindPackagesByUserSecurityId(AsString(1), &packages), AsPointer(1), &packages);
+    EXPECT_PLACE(20,
+                 manager->FindPackagesByUserSecurityIdPackageFamilyName(AsString(1), AsString(2), &packages),
+                 AsPointer(1), AsPointer(2), &packages);
 }
 
 TEST(PlatformInterfaces, PackageMethodsHaveTheirPlaces)
 {
     HandMade<platform::IPackage> package;
     platform::IPackageId* id = nullptr;
-    EXPECT_PLACE(package->get_Id(&id), 6);
-    EXPECT_EQ(g_arguments[0], &id);
+    EXPECT_PLACE(6, package->get_Id(&id), &id);
     platform::IStorageFolder* folder = nullptr;
-    EXPECT_PLACE(package->get_InstalledLocation(&folder), 7);
-    EXPECT_EQ(g_arguments[0], &folder);
+    EXPECT_PLACE(7, package->get_InstalledLocation(&folder), &folder);
     platform::IPackageVectorView* dependencies = nullptr;
-    EXPECT_PLACE(package->get_Dependencies(&dependencies), 9);
-    EXPECT_EQ(g_arguments[0], &dependencies);
+    EXPECT_PLACE(9, package->get_Dependencies(&dependencies), &dependencies);
 }
 
 TEST(PlatformInterfaces, IdentityMethodsHaveTheirPlaces)
 {
     HandMade<platform::IPackageId> id;
     HSTRING text = nullptr;
-    EXPECT_PLACE(id->get_Name(&text), 6);
-    EXPECT_EQ(g_arguments[0], &text);
+    EXPECT_PLACE(6, id->get_Name(&text), &text);
     platform::PackageVersion version{};
-    EXPECT_PLACE(id->get_Version(&version), 7);
-    EXPECT_EQ(g_arguments[0], &version);
-    EXPECT_PLACE(id->get_FullName(&text), 12);
-    EXPECT_PLACE(id->get_FamilyName(&text), 13);
+    EXPECT_PLACE(7, id->get_Version(&version), &version);
+    EXPECT_PLACE(12, id->get_FullName(&text), &text);
+    EXPECT_PLACE(13, id->get_FamilyName(&text), &text);
 }
 
 TEST(PlatformInterfaces, StorageItemMethodsHaveTheirPlaces)
 {
     HandMade<platform::IStorageItem> item;
     HSTRING text = nullptr;
-    EXPECT_PLACE(item->get_Path(&text), 12);
-    EXPECT_EQ(g_arguments[0], &text);
+    EXPECT_PLACE(12, item->get_Path(&text), &text);
 }
 
 TEST(PlatformInterfaces, CollectionMethodsHaveTheirPlaces)
 {
     HandMade<platform::IPackageIterable> packages;
     platform::IPackageIterator* first = nullptr;
-    EXPECT_PLACE(packages->First(&first), 6);
-    EXPECT_EQ(g_arguments[0], &first);
+    EXPECT_PLACE(6, packages->First(&first), &first);
 
     HandMade<platform::IPackageIterator> iterator;
     platform::IPackage* package = nullptr;
     boolean has = 0;
-    EXPECT_PLACE(iterator->get_Current(&package), 6);
-    EXPECT_EQ(g_arguments[0], &package);
-    EXPECT_PLACE(iterator->get_HasCurrent(&has), 7);
-    EXPECT_EQ(g_arguments[0], &has);
-    EXPECT_PLACE(iterator->MoveNext(&has), 8);
-    EXPECT_EQ(g_arguments[0], &has);
+    EXPECT_PLACE(6, iterator->get_Current(&package), &package);
+    EXPECT_PLACE(7, iterator->get_HasCurrent(&has), &has);
+    EXPECT_PLACE(8, iterator->MoveNext(&has), &has);
 
     HandMade<platform::IPackageVectorView> view;
-    EXPECT_PLACE(view->GetAt(5, &package), 6);
+    EXPECT_PLACE(6, view->GetAt(5, &package), g_arguments[0], &package);
     EXPECT_EQ(static_cast<UINT32>(reinterpret_cast<std::size_t>(g_arguments[0])), 5u);
-    EXPECT_EQ(g_arguments[1], &package);
     UINT32 size = 0;
-    EXPECT_PLACE(view->get_Size(&size), 7);
-    EXPECT_EQ(g_arguments[0], &size);
+    EXPECT_PLACE(7, view->get_Size(&size), &size);
 }
 
 TEST(PlatformInterfaces, FactoryMethodHasItsPlace)
 {
     HandMade<IActivationFactory> factory;
     IInspectable* instance = nullptr;
-    EXPECT_PLACE(factory->ActivateInstance(&instance), 6);
-    EXPECT_EQ(g_arguments[0], &instance);
+    EXPECT_PLACE(6, factory->ActivateInstance(&instance), &instance);
 }
 
 // These follow IUnknown's methods at once.
@@ -189,30 +181,23 @@ TEST(PlatformInterfaces, ManifestMethodsHaveTheirPlaces)
     HandMade<platform::IAppxFactory> factory;
     auto* stream = reinterpret_cast<IStream*>(std::size_t{64});
     platform::IAppxManifestReader* madeReader = nullptr;
-    EXPECT_PLACE(factory->CreateManifestReader(stream, &madeReader), 5);
-    EXPECT_EQ(g_arguments[0], stream);
-    EXPECT_EQ(g_arguments[1], &madeReader);
+    EXPECT_PLACE(5, factory->CreateManifestReader(stream, &madeReader), stream, &madeReader);
 
     HandMade<platform::IAppxManifestReader> reader;
     platform::IAppxManifestApplicationsEnumerator* applications = nullptr;
-    EXPECT_PLACE(reader->GetApplications(&applications), 10);
-    EXPECT_EQ(g_arguments[0], &applications);
+    EXPECT_PLACE(10, reader->GetApplications(&applications), &applications);
 
     HandMade<platform::IAppxManifestApplicationsEnumerator> enumerator;
     platform::IAppxManifestApplication* current = nullptr;
     BOOL has = FALSE;
-    EXPECT_PLACE(enumerator->GetCurrent(&current), 3);
-    EXPECT_EQ(g_arguments[0], &current);
-    EXPECT_PLACE(enumerator->GetHasCurrent(&has), 4);
-    EXPECT_EQ(g_arguments[0], &has);
-    EXPECT_PLACE(enumerator->MoveNext(&has), 5);
-    EXPECT_EQ(g_arguments[0], &has);
+    EXPECT_PLACE(3, enumerator->GetCurrent(&current), &current);
+    EXPECT_PLACE(4, enumerator->GetHasCurrent(&has), &has);
+    EXPECT_PLACE(5, enumerator->MoveNext(&has), &has);
 
     HandMade<platform::IAppxManifestApplication> application;
     wchar_t* value = nullptr;
-    EXPECT_PLACE(application->GetStringValue(L"DisplayName", &value), 3);
-    EXPECT_STREQ(static_cast<const wchar_t*>(g_arguments[0]), L"DisplayName");
-    EXPECT_EQ(g_arguments[1], &value);
+    constexpr wchar_t name[] = L"DisplayName";
+    EXPECT_PLACE(3, application->GetStringValue(name, &value), name, &value);
 }
 
 } // namespace

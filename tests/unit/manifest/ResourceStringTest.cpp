@@ -1,29 +1,19 @@
 // How resource references of a manifest become text.
 
-#include "manifest/ManifestReader.h"
-
 #include "support/Allocations.h"
-#include "support/FakeResources.h"
-#include "support/LogCapture.h"
-
-#include <gmock/gmock.h>
+#include "unit/manifest/ManifestFile.h"
 
 #include <algorithm>
 #include <cwchar>
 #include <new>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
+using namespace manifest_test;
 
 using Sources = std::vector<std::wstring>;
 
-class ResourceString : public ::testing::Test
+class ResourceString : public Test
 {
 protected:
     BOOL Convert(const wchar_t* resource, const wchar_t* fullName = L"F", const wchar_t* name = L"N")
@@ -31,139 +21,76 @@ protected:
         return CQanhManifestReader::ConvertMsResourceToString(resource, fullName, name, m_buffer);
     }
 
-    test::FakeResources m_resources;
+    FakeResources m_resources;
     wchar_t m_buffer[256] = {};
 };
 
-struct SourcesCase
+// The two sources of a reference that is not rooted.
+Sources BothSources(const std::wstring& key)
 {
-    const char* name;
-    const wchar_t* resource;
-    Sources sources;
-};
-
-class ResourceSources : public ResourceString, public ::testing::WithParamInterface<SourcesCase>
-{
-};
-
-// Nothing can be loaded, so that the second source is asked for too.
-TEST_P(ResourceSources, AreMadeOfThePackagesNamesAndTheKey)
-{
-    EXPECT_FALSE(Convert(GetParam().resource));
-    EXPECT_THAT(m_resources.Sources(), ElementsAreArray(GetParam().sources));
+    return {L"@{F?ms-resource://N/resources/" + key + L"}", L"@{F? ms-resource://N/" + key + L"}"};
 }
 
-const SourcesCase kSources[] = {
-    {"APlainKey",
-     L"ms-resource:AppName",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
-    {"SlashesAroundTheKey",
-     L"ms-resource:/Strings/Title/",
-     {L"@{F?ms-resource://N/resources/strings/title}", L"@{F? ms-resource://N/strings/title}"}},
-    {"ThreeSlashesAndNoSecondTry",
-     L"ms-resource:///Resources/AppName",
-     {L"@{F?ms-resource://N/resources/appname}"}},
-    {"TwoSlashes",
-     L"ms-resource://appname",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
-    {"ManySlashesAtTheEnd",
-     L"ms-resource:AppName///",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
-    {"SlashesInsideStay",
-     L"ms-resource:/a//b/",
-     {L"@{F?ms-resource://N/resources/a//b}", L"@{F? ms-resource://N/a//b}"}},
-    {"ThePrefixAlone", L"ms-resource:", {L"@{F?ms-resource://N/resources/}", L"@{F? ms-resource://N/}"}},
-    {"NothingButTwoSlashes",
-     L"ms-resource://",
-     {L"@{F?ms-resource://N/resources/}", L"@{F? ms-resource://N/}"}},
-    {"NothingButThreeSlashes", L"ms-resource:///", {L"@{F?ms-resource://N/}"}},
-    {"FourSlashesKeepOne", L"ms-resource:////Title", {L"@{F?ms-resource://N//title}"}},
-    {"ASlashBehindARootedKeyStays", L"ms-resource:///Title/", {L"@{F?ms-resource://N/title/}"}},
-    {"UpperCase",
-     L"MS-RESOURCE:APPNAME",
-     {L"@{F?ms-resource://N/resources/appname}", L"@{F? ms-resource://N/appname}"}},
-    {"UpperCaseWithThreeSlashes", L"Ms-Resource:///App", {L"@{F?ms-resource://N/app}"}},
-    {"ABlankInTheKey",
-     L"ms-resource: App",
-     {L"@{F?ms-resource://N/resources/ app}", L"@{F? ms-resource://N/ app}"}},
-    {"ThePrefixTwice",
-     L"ms-resource:ms-resource:App",
-     {L"@{F?ms-resource://N/resources/ms-resource:app}", L"@{F? ms-resource://N/ms-resource:app}"}},
-    {"OtherScripts",
-     L"ms-resource:\u30e1\u30fc\u30eb",
-     {L"@{F?ms-resource://N/resources/\u30e1\u30fc\u30eb}", L"@{F? ms-resource://N/\u30e1\u30fc\u30eb}"}},
-    {"HalfOfASurrogatePair",
-     L"ms-resource:A\xD83D/B",
-     {L"@{F?ms-resource://N/resources/a\xD83D/b}", L"@{F? ms-resource://N/a\xD83D/b}"}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Of, ResourceSources, ::testing::ValuesIn(kSources),
-                         [](const auto& each) { return std::string(each.param.name); });
-
-TEST_F(ResourceString, TheFirstSourceIsEnoughWhenItLoads)
+// Nothing can be loaded, so that the second source is asked for too.
+TEST_F(ResourceString, SourcesAreMadeOfThePackagesNamesAndTheKey)
 {
-    m_resources.texts[L"@{F?ms-resource://N/resources/appname}"] = L"My App";
-    const test::LogCapture log;
-    EXPECT_TRUE(Convert(L"ms-resource:AppName"));
-    EXPECT_STREQ(m_buffer, L"My App");
-    EXPECT_EQ(m_resources.requests.size(), 1u);
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhManifestReader::ConvertMsResourceToString(ms-resource:AppName, F, N, , 256) IN",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F?ms-resource://N/resources/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = My App)"));
+    const auto expectSources = [&](const char* what, const wchar_t* resource, const Sources& sources) {
+        SCOPED_TRACE(what);
+        m_resources.requests.clear();
+        EXPECT_FALSE(Convert(resource));
+        EXPECT_EQ(m_resources.Sources(), sources);
+    };
+    expectSources("a plain key", L"ms-resource:AppName", BothSources(L"appname"));
+    expectSources("slashes around the key", L"ms-resource:/Strings/Title/", BothSources(L"strings/title"));
+    expectSources("three slashes and no second try", L"ms-resource:///Resources/AppName",
+                  {L"@{F?ms-resource://N/resources/appname}"});
+    expectSources("two slashes", L"ms-resource://appname", BothSources(L"appname"));
+    expectSources("many slashes at the end", L"ms-resource:AppName///", BothSources(L"appname"));
+    expectSources("slashes inside stay", L"ms-resource:/a//b/", BothSources(L"a//b"));
+    expectSources("the prefix alone", L"ms-resource:", BothSources(L""));
+    expectSources("nothing but two slashes", L"ms-resource://", BothSources(L""));
+    expectSources("nothing but three slashes", L"ms-resource:///", {L"@{F?ms-resource://N/}"});
+    expectSources("four slashes keep one", L"ms-resource:////Title", {L"@{F?ms-resource://N//title}"});
+    expectSources("a slash behind a rooted key stays", L"ms-resource:///Title/",
+                  {L"@{F?ms-resource://N/title/}"});
+    expectSources("upper case", L"MS-RESOURCE:APPNAME", BothSources(L"appname"));
+    expectSources("upper case with three slashes", L"Ms-Resource:///App", {L"@{F?ms-resource://N/app}"});
+    expectSources("a blank in the key", L"ms-resource: App", BothSources(L" app"));
+    expectSources("the prefix twice", L"ms-resource:ms-resource:App", BothSources(L"ms-resource:app"));
+    expectSources("other scripts", L"ms-resource:\u30e1\u30fc\u30eb", BothSources(L"\u30e1\u30fc\u30eb"));
+    expectSources("half of a surrogate pair", L"ms-resource:A\xD83D/B", BothSources(L"a\xD83D/b"));
 }
 
 TEST_F(ResourceString, TheSecondSourceIsTriedWhenTheFirstFails)
 {
-    m_resources.texts[L"@{F? ms-resource://N/appname}"] = L"My App";
-    const test::LogCapture log;
-    EXPECT_TRUE(Convert(L"ms-resource:AppName"));
-    EXPECT_STREQ(m_buffer, L"My App");
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhManifestReader::ConvertMsResourceToString(ms-resource:AppName, F, N, , 256) IN",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F?ms-resource://N/resources/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F? ms-resource://N/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = My App)"));
-}
-
-TEST_F(ResourceString, BothSourcesFailing)
-{
+    // The source loads as "My App"; all others leave "rest" in the buffer.
     m_resources.leftOver = L"rest";
-    const test::LogCapture log;
-    EXPECT_FALSE(Convert(L"ms-resource:AppName"));
-    EXPECT_STREQ(m_buffer, L"rest"); // as the system left it
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre("CQanhManifestReader::ConvertMsResourceToString(ms-resource:AppName, F, N, , 256) IN",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F?ms-resource://N/resources/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString ms-resource = "
-                    "@{F? ms-resource://N/appname})",
-                    "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = rest)"));
-}
-
-TEST_F(ResourceString, ARootedSourceLoads)
-{
-    m_resources.texts[L"@{F?ms-resource://N/files/title}"] = L"My App";
-    EXPECT_TRUE(Convert(L"ms-resource:///Files/Title"));
-    EXPECT_STREQ(m_buffer, L"My App");
-}
-
-TEST_F(ResourceString, ARootedSourceIsTriedOnce)
-{
-    const test::LogCapture log;
-    EXPECT_FALSE(Convert(L"ms-resource:///Files/Title"));
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre(
-            "CQanhManifestReader::ConvertMsResourceToString(ms-resource:///Files/Title, F, N, , 256) IN",
-            "CQanhManifestReader::ConvertMsResourceToString ms-resource = @{F?ms-resource://N/files/title})",
-            "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = )"));
+    const auto expectTries = [&](const char* what, const std::string& resource, const wchar_t* source,
+                                 const std::vector<std::string>& tried) {
+        SCOPED_TRACE(what);
+        m_resources.texts.clear();
+        if (source) {
+            m_resources.texts[source] = L"My App";
+        }
+        m_resources.requests.clear();
+        std::fill(std::begin(m_buffer), std::end(m_buffer), L'\0');
+        const LogCapture log;
+        EXPECT_EQ(Convert(FromUtf8(resource).c_str()), source ? TRUE : FALSE);
+        EXPECT_STREQ(m_buffer, source ? L"My App" : L"rest"); // as the system left it
+        EXPECT_EQ(m_resources.requests.size(), tried.size());
+        EXPECT_EQ(log.Lines(), Converted(resource, tried, source ? "My App" : "rest"));
+    };
+    const std::vector<std::string> both = {"@{F?ms-resource://N/resources/appname}",
+                                           "@{F? ms-resource://N/appname}"};
+    expectTries("the first source when it loads", "ms-resource:AppName",
+                L"@{F?ms-resource://N/resources/appname}", {"@{F?ms-resource://N/resources/appname}"});
+    expectTries("the second source when the first fails", "ms-resource:AppName",
+                L"@{F? ms-resource://N/appname}", both);
+    expectTries("both sources failing", "ms-resource:AppName", nullptr, both);
+    expectTries("a rooted source", "ms-resource:///Files/Title", L"@{F?ms-resource://N/files/title}",
+                {"@{F?ms-resource://N/files/title}"});
+    expectTries("a rooted source once only", "ms-resource:///Files/Title", nullptr,
+                {"@{F?ms-resource://N/files/title}"});
 }
 
 TEST_F(ResourceString, TheShellGetsTheCallersBufferAndItsSize)
@@ -177,19 +104,14 @@ TEST_F(ResourceString, TheShellGetsTheCallersBufferAndItsSize)
     }
 }
 
-TEST_F(ResourceString, ATextAsLongAsTheBufferFits)
+TEST_F(ResourceString, ATextIsCutToTheBuffer)
 {
-    m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = std::wstring(255, L'x');
-    EXPECT_TRUE(Convert(L"ms-resource:a"));
-    EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
-}
-
-TEST_F(ResourceString, ALongerTextIsCutToTheBuffer)
-{
-    for (const std::size_t size : {256u, 257u, 5000u}) {
-        m_resources.texts[L"@{F? ms-resource://N/a}"] = std::wstring(size, L'x');
-        EXPECT_TRUE(Convert(L"ms-resource:a"));
-        EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
+    for (const std::size_t size : {255u, 256u, 257u, 5000u}) {
+        for (const wchar_t* source : {L"@{F?ms-resource://N/resources/a}", L"@{F? ms-resource://N/a}"}) {
+            m_resources.texts = {{source, std::wstring(size, L'x')}};
+            EXPECT_TRUE(Convert(L"ms-resource:a"));
+            EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
+        }
     }
 }
 
@@ -218,7 +140,7 @@ TEST_F(ResourceString, TheBufferIsLoggedAsTheCallerGaveIt)
 {
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"after";
-    const test::LogCapture log;
+    const LogCapture log;
     EXPECT_TRUE(Convert(L"ms-resource:A"));
     ASSERT_EQ(log.Lines().size(), 3u);
     EXPECT_EQ(log.Lines()[0],
@@ -226,34 +148,23 @@ TEST_F(ResourceString, TheBufferIsLoggedAsTheCallerGaveIt)
     EXPECT_EQ(log.Lines()[2], "CQanhManifestReader::ConvertMsResourceToString OUT(pStr = after)");
 }
 
-class NoReference : public ResourceString, public ::testing::WithParamInterface<const wchar_t*>
-{
-};
-
-TEST_P(NoReference, IsLeftAlone)
+TEST_F(ResourceString, WhatIsNoReferenceIsLeftAlone)
 {
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
-    EXPECT_FALSE(Convert(GetParam()));
-    EXPECT_THAT(m_resources.requests, IsEmpty());
-    EXPECT_STREQ(m_buffer, L"before");
-}
-
-INSTANTIATE_TEST_SUITE_P(When, NoReference,
-                         ::testing::Values(L"", L"Weather", L" ms-resource:AppName", L"xms-resource:AppName",
-                                           L"ms-resource", L"ms-resourceAppName", L"ms_resource:AppName",
-                                           L"see ms-resource:///AppName"));
-
-TEST_F(ResourceString, NoReferenceHasNoLineButTheFirst)
-{
-    const test::LogCapture log;
-    EXPECT_FALSE(Convert(L"Weather"));
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("CQanhManifestReader::ConvertMsResourceToString(Weather, F, N, , 256) IN"));
+    for (const char* text : {"", "Weather", " ms-resource:AppName", "xms-resource:AppName", "ms-resource",
+                             "ms-resourceAppName", "ms_resource:AppName", "see ms-resource:///AppName"}) {
+        const LogCapture log;
+        EXPECT_FALSE(Convert(FromUtf8(text).c_str())) << text;
+        EXPECT_THAT(m_resources.requests, IsEmpty());
+        EXPECT_STREQ(m_buffer, L"before");
+        EXPECT_THAT(log.Lines(), ElementsAre("CQanhManifestReader::ConvertMsResourceToString(" +
+                                             std::string(text) + ", F, N, before, 256) IN"));
+    }
 }
 
 TEST_F(ResourceString, PackagesWithoutANameHaveNoResources)
 {
-    const test::LogCapture log;
+    const LogCapture log;
     wcscpy_s(m_buffer, std::size(m_buffer), L"before");
     EXPECT_FALSE(Convert(L"ms-resource:A", nullptr, L"N"));
     EXPECT_FALSE(Convert(L"ms-resource:A", L"F", nullptr));
@@ -300,12 +211,12 @@ TEST_F(ResourceString, RunningOutOfMemoryIsRaised)
     } catch (const std::bad_alloc&) {
     }
     const std::wstring resource = L"ms-resource:a key that is too long for the string itself";
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
         bool raised = false;
         std::size_t live = 0;
         bool failed = false;
         {
-            const test::AllocationWatch watch(index);
+            const AllocationWatch watch(index);
             try {
                 (void)CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
             } catch (const std::bad_alloc&) {

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace manifest_test {
+namespace test {
 
 // Notes how the library makes its XML readers and opens the files for them, until the end of the scope. One
 // at a time.
@@ -43,8 +43,8 @@ private:
 
     static inline XmlInputs* s_current = nullptr;
 
-    test::ImportPatch<decltype(&CreateXmlReader)> m_create;
-    test::ImportPatch<decltype(&SHCreateStreamOnFileW)> m_open;
+    ImportPatch<decltype(&CreateXmlReader)> m_create;
+    ImportPatch<decltype(&SHCreateStreamOnFileW)> m_open;
 };
 
-} // namespace manifest_test
+} // namespace test

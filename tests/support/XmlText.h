@@ -8,6 +8,7 @@
 
 #include <wrl/client.h>
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -48,6 +49,13 @@ private:
     Microsoft::WRL::ComPtr<IStream> m_stream;
     Microsoft::WRL::ComPtr<IXmlWriter> m_writer;
 };
+
+// What a record writes of itself.
+template <typename Record> std::string Written(const Record& record)
+{
+    const XmlSink sink;
+    return record.ToXmlNode(sink.Writer()) == S_OK ? sink.Text() : "the record cannot be written";
+}
 
 // The platform's reader over a text in UTF-8.
 class XmlSource
@@ -90,5 +98,18 @@ private:
     Microsoft::WRL::ComPtr<IStream> m_stream;
     Microsoft::WRL::ComPtr<IXmlReader> m_reader;
 };
+
+// The record that is made of the first element of this name.
+template <typename Record>
+std::unique_ptr<Record> ReadRecord(std::string_view text, std::wstring_view element)
+{
+    const XmlSource source(text, element);
+    std::unique_ptr<Record> record;
+    // The reader is left on the element.
+    if (Record::FromXmlNode(source.Reader(), &record) != S_OK || source.Name() != element) {
+        throw std::runtime_error("the record cannot be read");
+    }
+    return record;
+}
 
 } // namespace test

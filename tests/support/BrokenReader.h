@@ -13,7 +13,7 @@
 #include <memory>
 #include <optional>
 
-namespace manifest_test {
+namespace test {
 
 // Every XML reader that the library makes is one whose calls the test can make fail, until the end of the
 // scope. One at a time.
@@ -25,11 +25,11 @@ public:
     BrokenReader(const BrokenReader&) = delete;
     BrokenReader& operator=(const BrokenReader&) = delete;
 
-    std::optional<HRESULT> createResult;              // when set, there is no reader
-    std::function<void(test::ReaderProbe&)> prepares; // tells a new reader what to answer
+    std::optional<HRESULT> createResult;        // when set, there is no reader
+    std::function<void(ReaderProbe&)> prepares; // tells a new reader what to answer
 
     // The reader that was made last.
-    [[nodiscard]] const test::ReaderProbe& Reader() const { return *m_probe; }
+    [[nodiscard]] const ReaderProbe& Reader() const { return *m_probe; }
 
 private:
     static HRESULT WINAPI Create(REFIID id, void** object, IMalloc* allocator)
@@ -39,7 +39,7 @@ private:
         }
         const HRESULT hr = s_current->m_patch.Original()(
             id, reinterpret_cast<void**>(s_current->m_real.ReleaseAndGetAddressOf()), allocator);
-        s_current->m_probe = std::make_unique<test::ReaderProbe>(s_current->m_real.Get());
+        s_current->m_probe = std::make_unique<ReaderProbe>(s_current->m_real.Get());
         if (s_current->prepares) {
             s_current->prepares(*s_current->m_probe);
         }
@@ -51,8 +51,8 @@ private:
     static inline BrokenReader* s_current = nullptr;
 
     Microsoft::WRL::ComPtr<IXmlReader> m_real;
-    std::unique_ptr<test::ReaderProbe> m_probe;
-    test::ImportPatch<decltype(&CreateXmlReader)> m_patch;
+    std::unique_ptr<ReaderProbe> m_probe;
+    ImportPatch<decltype(&CreateXmlReader)> m_patch;
 };
 
-} // namespace manifest_test
+} // namespace test
