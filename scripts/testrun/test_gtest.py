@@ -9,6 +9,7 @@ import sys
 import tempfile
 import unittest
 
+import gtest
 from gtest import Broken, Outcome, Result, Run, list_tests
 from report import Report
 
@@ -120,6 +121,18 @@ class GtestTest(unittest.TestCase):
 
     def test_child_that_holds_the_output_does_not_hold_the_run(self):
         self.assertEqual(self.play("Child", "Good", limit=20.0), [("Child", "PASSED"), ("Good", "PASSED")])
+
+    def test_what_is_written_right_before_the_end_is_read(self):
+        real_select = gtest.select.select
+        self.addCleanup(setattr, gtest.select, "select", real_select)
+
+        def select_until_the_program_has_ended(*_):
+            os.waitid(os.P_ALL, 0, os.WEXITED | os.WNOWAIT)
+            gtest.select.select = real_select
+            return [], [], []
+
+        gtest.select.select = select_until_the_program_has_ended
+        self.assertEqual(self.play("Good"), [("Good", "PASSED")])
 
     def test_complaint_of_the_runtime_fails_its_test(self):
         self.assertEqual(self.play("Good", "Heap", "Skip"),
