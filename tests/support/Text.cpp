@@ -50,4 +50,12 @@ std::vector<std::string> Split(std::string_view text, std::string_view separator
     return pieces;
 }
 
+void ReplaceAll(std::string& text, std::string_view part, std::string_view replacement)
+{
+    for (std::size_t at = text.find(part); at != std::string::npos;
+         at = text.find(part, at + replacement.size())) {
+        text.replace(at, part.size(), replacement);
+    }
+}
+
 } // namespace test

@@ -18,4 +18,7 @@ void WriteFileBytes(const std::wstring& path, std::string_view bytes);
 // Pieces between the separators; a text without one is one piece.
 std::vector<std::string> Split(std::string_view text, std::string_view separator);
 
+// What is put in is not looked at again.
+void ReplaceAll(std::string& text, std::string_view part, std::string_view replacement);
+
 } // namespace test

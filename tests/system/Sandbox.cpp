@@ -17,14 +17,6 @@ namespace {
 
 constexpr wchar_t programsFolder[] = L"\\Microsoft\\Windows\\Start Menu\\Programs";
 
-void ReplaceAll(std::string& text, const std::string& part, const std::string& replacement)
-{
-    for (std::size_t at = text.find(part); at != std::string::npos;
-         at = text.find(part, at + replacement.size())) {
-        text.replace(at, part.size(), replacement);
-    }
-}
-
 // Processes in it end with it.
 HANDLE CreateClosingJob()
 {
