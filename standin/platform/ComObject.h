@@ -1,18 +1,28 @@
 #pragma once
 
+#include "platform/WinRtPackages.h"
+
 #include <windows.h>
 
 #include <unknwn.h>
 
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace standin {
 
-// True when the ID is the interface's own. Specialised for interfaces whose declarations carry no ID.
+// True when the ID is the interface's own. The collections of packages have none: they are always had from
+// another object, never asked for.
 template <typename Interface> [[nodiscard]] bool IsInterface(REFIID interfaceId) noexcept
 {
-    return IsEqualIID(interfaceId, __uuidof(Interface)) != FALSE;
+    if constexpr (std::is_same_v<Interface, platform::IPackageIterable> ||
+                  std::is_same_v<Interface, platform::IPackageIterator> ||
+                  std::is_same_v<Interface, platform::IPackageVectorView>) {
+        return false;
+    } else {
+        return IsEqualIID(interfaceId, __uuidof(Interface)) != FALSE;
+    }
 }
 
 #if defined(__GNUC__)
@@ -59,6 +69,9 @@ public:
 
 protected:
     virtual ~ComObject() = default;
+
+    // For Unserved.h.
+    static HRESULT NotImplemented(const char*) noexcept { return E_NOTIMPL; }
 
     // The interface, null when the object has none of that ID. Without a reference of its own.
     [[nodiscard]] virtual void* FindInterface(REFIID interfaceId) noexcept

@@ -2,32 +2,17 @@
 #include "standin/Settings.h"
 #include "standin/platform/PackageObjects.h"
 #include "standin/platform/RuntimeObject.h"
+#include "standin/platform/Unserved.h"
 
 #include <utility>
 
 namespace standin {
 
-// The collections are always had from another object, never asked for by an ID.
-template <> bool IsInterface<platform::IPackageIterable>(REFIID) noexcept
-{
-    return false;
-}
-
-template <> bool IsInterface<platform::IPackageIterator>(REFIID) noexcept
-{
-    return false;
-}
-
-template <> bool IsInterface<platform::IPackageVectorView>(REFIID) noexcept
-{
-    return false;
-}
-
 namespace {
 
 constexpr auto outOfBounds = static_cast<HRESULT>(0x8000000B); // E_BOUNDS
 
-class PackageIterator final : public RuntimeObject<platform::IPackageIterator>
+class PackageIterator final : public UnservedPackageIterator<RuntimeObject<platform::IPackageIterator>>
 {
 public:
     explicit PackageIterator(const StorePackages& packages) : m_packages(packages) {}
@@ -55,8 +40,6 @@ public:
         });
     }
 
-    HRESULT STDMETHODCALLTYPE GetMany(UINT32, platform::IPackage**, UINT32*) override { return E_NOTIMPL; }
-
 private:
     [[nodiscard]] bool Has() const noexcept { return m_place < m_packages.size(); }
 
@@ -79,7 +62,7 @@ private:
     StorePackages m_packages;
 };
 
-class PackageList final : public RuntimeObject<platform::IPackageVectorView>
+class PackageList final : public UnservedPackageList<RuntimeObject<platform::IPackageVectorView>>
 {
 public:
     explicit PackageList(StorePackages packages) noexcept : m_packages(std::move(packages)) {}
@@ -94,12 +77,6 @@ public:
     HRESULT STDMETHODCALLTYPE get_Size(UINT32* size) override
     {
         return Give(size, [&] { *size = static_cast<UINT32>(m_packages.size()); });
-    }
-
-    HRESULT STDMETHODCALLTYPE IndexOf(platform::IPackage*, UINT32*, boolean*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetMany(UINT32, UINT32, platform::IPackage**, UINT32*) override
-    {
-        return E_NOTIMPL;
     }
 
 private:

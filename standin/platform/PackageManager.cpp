@@ -4,6 +4,7 @@
 #include "standin/Text.h"
 #include "standin/platform/PackageObjects.h"
 #include "standin/platform/RuntimeObject.h"
+#include "standin/platform/Unserved.h"
 
 #include <utility>
 
@@ -31,44 +32,14 @@ HRESULT Find(HSTRING userSecurityId, Setting failureSetting, IsWanted isWanted,
     });
 }
 
-class PackageManager final : public RuntimeObject<platform::IPackageManager>
+class PackageManager final : public UnservedPackageManager<RuntimeObject<platform::IPackageManager>>
 {
 public:
-    HRESULT STDMETHODCALLTYPE AddPackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE UpdatePackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE RemovePackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE StagePackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE RegisterPackageAsync() override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE FindPackages(platform::IPackageIterable**) override { return E_NOTIMPL; }
-
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityId(HSTRING userSecurityId,
                                                            platform::IPackageIterable** packages) override
     {
         return Find(
             userSecurityId, Setting::FailFindAll, [](const StorePackage&) { return true; }, packages);
-    }
-
-    HRESULT STDMETHODCALLTYPE FindPackagesByNamePublisher(HSTRING, HSTRING,
-                                                          platform::IPackageIterable**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdNamePublisher(HSTRING, HSTRING, HSTRING,
-                                                                        platform::IPackageIterable**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindUsers(HSTRING, void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetPackageState(HSTRING, INT32) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE FindPackageByPackageFullName(HSTRING, platform::IPackage**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CleanupPackageForUserAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE FindPackagesByPackageFamilyName(HSTRING, platform::IPackageIterable**) override
-    {
-        return E_NOTIMPL;
     }
 
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdPackageFamilyName(
@@ -79,12 +50,6 @@ public:
             return EqualIgnoringCase(package.familyName, familyName);
         };
         return Find(userSecurityId, Setting::FailFindFamily, isOfFamily, packages);
-    }
-
-    HRESULT STDMETHODCALLTYPE FindPackageByUserSecurityIdPackageFullName(HSTRING, HSTRING,
-                                                                         platform::IPackage**) override
-    {
-        return E_NOTIMPL;
     }
 };
 

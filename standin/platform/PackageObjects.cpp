@@ -2,6 +2,7 @@
 
 #include "standin/Text.h"
 #include "standin/platform/RuntimeObject.h"
+#include "standin/platform/Unserved.h"
 
 namespace standin {
 
@@ -19,7 +20,7 @@ HRESULT GiveProperty(const StorePackage& package, const wchar_t* faultKey, const
     });
 }
 
-class PackageId final : public RuntimeObject<platform::IPackageId>
+class PackageId final : public UnservedPackageId<RuntimeObject<platform::IPackageId>>
 {
 public:
     explicit PackageId(PackagePointer package) noexcept : m_package(std::move(package)) {}
@@ -36,10 +37,6 @@ public:
             return m_package->Fault(L"fail_version");
         });
     }
-    HRESULT STDMETHODCALLTYPE get_Architecture(INT32*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_ResourceId(HSTRING*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Publisher(HSTRING*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_PublisherId(HSTRING*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_FullName(HSTRING* value) override
     {
         return GiveProperty(*m_package, L"fail_full_name", m_package->fullName, value);
@@ -54,27 +51,16 @@ private:
 };
 
 // The folder of an installed package, which need not be there.
-class InstalledFolder final : public RuntimeObject<platform::IStorageFolder, platform::IStorageItem>
+class InstalledFolder final
+    : public UnservedStorageItem<RuntimeObject<platform::IStorageFolder, platform::IStorageItem>>
 {
 public:
     explicit InstalledFolder(PackagePointer package) noexcept : m_package(std::move(package)) {}
 
-    HRESULT STDMETHODCALLTYPE RenameAsyncOverloadDefaultOptions(HSTRING, void**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE RenameAsync(HSTRING, INT32, void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE DeleteAsyncOverloadDefaultOptions(void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE DeleteAsync(INT32, void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetBasicPropertiesAsync(void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Name(HSTRING*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Path(HSTRING* value) override
     {
         return GiveProperty(*m_package, L"fail_path", m_package->installedPath, value);
     }
-    HRESULT STDMETHODCALLTYPE get_Attributes(UINT32*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_DateCreated(INT64*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE IsOfType(UINT32, boolean*) override { return E_NOTIMPL; }
 
 private:
     PackagePointer m_package;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/ImportPatch.h"
 
 #include <windows.h>
@@ -16,7 +17,7 @@ namespace test {
 
 // The resources of packages, as the shell finds them for the library in this program, until the end of the
 // scope. What is not in them cannot be loaded. One at a time.
-class FakeResources
+class FakeResources : private Current<FakeResources>
 {
 public:
     struct Request
@@ -28,10 +29,7 @@ public:
         void** reserved;
     };
 
-    FakeResources() : m_patch("SHLoadIndirectString", Load) { s_current = this; }
-    ~FakeResources() { s_current = nullptr; }
-    FakeResources(const FakeResources&) = delete;
-    FakeResources& operator=(const FakeResources&) = delete;
+    FakeResources() : m_patch("SHLoadIndirectString", Load) {}
 
     // The sources that were asked for, in order.
     [[nodiscard]] std::vector<std::wstring> Sources() const
@@ -78,7 +76,7 @@ private:
         return self.failure;
     }
 
-    static inline FakeResources* s_current = nullptr;
+    friend Current<FakeResources>;
     ImportPatch<decltype(&SHLoadIndirectString)> m_patch;
 };
 
