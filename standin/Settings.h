@@ -6,20 +6,30 @@
 
 // The switches of the stand-in desktop. They live in the registry under settingsKey, are read at the moment
 // of use by the desktop and by the platform library, and are written by tests only. Every value is a
-// REG_DWORD but three texts; an absent value counts as 0. All functions may be called on any thread.
+// REG_DWORD or a text (REG_SZ); an absent value counts as 0. All functions may be called on any thread.
 namespace standin {
 
 inline constexpr wchar_t settingsKey[] = L"Software\\StandInDesktop"; // below HKEY_CURRENT_USER
 
 inline constexpr wchar_t defaultLanguage[] = L"en-US";
 
-// The switches that are numbers. Switches.inc lists them.
+// The switches that are numbers, and those that are texts. Switches.inc lists them.
+#define STANDIN_SWITCH(name, meaning) name,
+#define STANDIN_TEXT(name, meaning)
 enum class Setting
 {
-#define STANDIN_SWITCH(name, meaning) name,
 #include "standin/Switches.inc"
-#undef STANDIN_SWITCH
 };
+#undef STANDIN_SWITCH
+#undef STANDIN_TEXT
+
+#define STANDIN_SWITCH(name, meaning)
+#define STANDIN_TEXT(name, meaning) name,
+enum class TextSetting
+{
+#include "standin/Switches.inc"
+};
+#undef STANDIN_TEXT
 
 struct SettingDescription
 {
@@ -27,12 +37,21 @@ struct SettingDescription
     const wchar_t* meaning;
 };
 
-// In the order of the enumeration.
-inline constexpr SettingDescription settings[] = {
-#define STANDIN_SWITCH(name, meaning) {L## #name, meaning},
+// In the order of the enumerations.
+#define STANDIN_TEXT(name, meaning) {L## #name, meaning},
+inline constexpr SettingDescription textSettings[] = {
 #include "standin/Switches.inc"
-#undef STANDIN_SWITCH
 };
+#undef STANDIN_SWITCH
+#undef STANDIN_TEXT
+
+#define STANDIN_SWITCH(name, meaning) {L## #name, meaning},
+#define STANDIN_TEXT(name, meaning)
+inline constexpr SettingDescription settings[] = {
+#include "standin/Switches.inc"
+};
+#undef STANDIN_SWITCH
+#undef STANDIN_TEXT
 
 // All switches and texts with what they mean, one a line, for people.
 [[nodiscard]] std::wstring DescribeSwitches();
@@ -50,22 +69,13 @@ bool SetSetting(Setting setting, DWORD value) noexcept;
 // fine.
 bool ClearSettings() noexcept;
 
-// The journal's path, empty when there is none.
-[[nodiscard]] std::wstring GetJournalPath();
+// Empty when the text is absent or of another type.
+[[nodiscard]] std::wstring GetText(TextSetting setting);
 
-// An empty path removes the value.
-bool SetJournalPath(const std::wstring& path) noexcept;
-
-// The folder of the installed packages, empty when there is none.
-[[nodiscard]] std::wstring GetPackageStorePath();
-
-// An empty path removes the value: there are no packages any more.
-bool SetPackageStorePath(const std::wstring& path) noexcept;
+// An empty text removes the value. Returns false when the registry refuses.
+bool SetText(TextSetting setting, const std::wstring& text) noexcept;
 
 // The language in which packages give their texts; defaultLanguage when none was chosen.
 [[nodiscard]] std::wstring GetLanguage();
-
-// An empty language removes the value.
-bool SetLanguage(const std::wstring& language) noexcept;
 
 } // namespace standin

@@ -1,28 +1,18 @@
 #pragma once
 
-#include "platform/WinRtPackages.h"
-
 #include <windows.h>
 
 #include <unknwn.h>
 
 #include <new>
-#include <type_traits>
 #include <utility>
 
 namespace standin {
 
-// True when the ID is the interface's own. The collections of packages have none: they are always had from
-// another object, never asked for.
+// True when the ID is the interface's own. Specialised for interfaces whose declarations carry no ID.
 template <typename Interface> [[nodiscard]] bool IsInterface(REFIID interfaceId) noexcept
 {
-    if constexpr (std::is_same_v<Interface, platform::IPackageIterable> ||
-                  std::is_same_v<Interface, platform::IPackageIterator> ||
-                  std::is_same_v<Interface, platform::IPackageVectorView>) {
-        return false;
-    } else {
-        return IsEqualIID(interfaceId, __uuidof(Interface)) != FALSE;
-    }
+    return IsEqualIID(interfaceId, __uuidof(Interface)) != FALSE;
 }
 
 #if defined(__GNUC__)

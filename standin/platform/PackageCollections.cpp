@@ -8,6 +8,22 @@
 
 namespace standin {
 
+// The collections are always had from another object, never asked for by an ID.
+template <> bool IsInterface<platform::IPackageIterable>(REFIID) noexcept
+{
+    return false;
+}
+
+template <> bool IsInterface<platform::IPackageIterator>(REFIID) noexcept
+{
+    return false;
+}
+
+template <> bool IsInterface<platform::IPackageVectorView>(REFIID) noexcept
+{
+    return false;
+}
+
 namespace {
 
 constexpr auto outOfBounds = static_cast<HRESULT>(0x8000000B); // E_BOUNDS

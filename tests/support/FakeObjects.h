@@ -238,6 +238,7 @@ inline bool FakeObjects::IsAnyHeld() const
 template <typename Interface> class FakeUnknown : public FakeObject, public Interface
 {
 public:
+    using Served = Interface;
     using FakeObject::FakeObject;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override

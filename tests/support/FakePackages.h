@@ -74,24 +74,27 @@ private:
     const PackageFacts* m_facts;
 };
 
-// The folder of a package, whose path only its storage item tells.
-class FakeFolder : public FakeInspectable<platform::IStorageFolder>
+// An object that has to be asked for another one's interface.
+template <typename Interface, typename Other> class FakeDoor : public FakeInspectable<Interface>
 {
 public:
-    FakeFolder(FakeObjects& owner, const PackageFacts* facts)
-        : FakeInspectable(owner, "folder"), m_item(owner.Make<FakeStorageItem>(facts))
+    FakeDoor(FakeObjects& owner, std::string label, Other* other)
+        : FakeInspectable<Interface>(owner, std::move(label)), m_other(other)
     {
     }
 
 protected:
     IUnknown* Ask(REFIID id) override
     {
-        return IsEqualIID(id, __uuidof(platform::IStorageItem)) ? m_item : nullptr;
+        return IsEqualIID(id, __uuidof(typename Other::Served)) ? m_other : nullptr;
     }
 
 private:
-    FakeStorageItem* m_item;
+    Other* m_other;
 };
+
+// The folder of a package, whose path only its storage item tells.
+using FakeFolder = FakeDoor<platform::IStorageFolder, FakeStorageItem>;
 
 class FakePackageList;
 
@@ -150,7 +153,8 @@ private:
 
 inline FakePackage::FakePackage(FakeObjects& owner, PackageFacts packageFacts, std::string label)
     : FakeInspectable(owner, std::move(label)), facts(std::move(packageFacts)),
-      m_id(owner.Make<FakePackageId>(&facts)), m_folder(owner.Make<FakeFolder>(&facts)),
+      m_id(owner.Make<FakePackageId>(&facts)),
+      m_folder(owner.Make<FakeFolder>("folder", owner.Make<FakeStorageItem>(&facts))),
       m_dependencies(owner.Make<FakePackageList>(facts.dependencies))
 {
 }
@@ -274,23 +278,7 @@ private:
 };
 
 // What the class's factory makes: an object that has to be asked for the package manager's interface.
-class FakeInstance : public FakeInspectable<IInspectable>
-{
-public:
-    FakeInstance(FakeObjects& owner, FakePackageManager* manager)
-        : FakeInspectable(owner, "instance"), m_manager(manager)
-    {
-    }
-
-protected:
-    IUnknown* Ask(REFIID id) override
-    {
-        return IsEqualIID(id, __uuidof(platform::IPackageManager)) ? m_manager : nullptr;
-    }
-
-private:
-    FakePackageManager* m_manager;
-};
+using FakeInstance = FakeDoor<IInspectable, FakePackageManager>;
 
 class FakeFactory : public FakeInspectable<IActivationFactory>
 {
@@ -303,7 +291,7 @@ public:
     HRESULT STDMETHODCALLTYPE ActivateInstance(IInspectable** instance) override
     {
         FakePackageManager* manager = m_owner.Make<FakePackageManager>(m_contents);
-        return Give("ActivateInstance", m_owner.Make<FakeInstance>(manager), instance);
+        return Give("ActivateInstance", m_owner.Make<FakeInstance>("instance", manager), instance);
     }
 
 private:

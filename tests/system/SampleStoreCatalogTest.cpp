@@ -97,7 +97,7 @@ TEST_F(SampleStoreCatalog, IsWrittenAnewByTheNextProcess)
 
 TEST_F(SampleStoreCatalog, HasTheTextsOfTheUsersLanguage)
 {
-    standin::SetLanguage(L"ja-JP");
+    standin::SetText(standin::TextSetting::Language, L"ja-JP");
     RunOnePass();
     ExpectCalendarAndPost({"カレンダー", "日付"}, {"ポスト", "ポスト"}, {"連絡先", "people"});
 }

@@ -51,7 +51,7 @@ namespace test {
 Sandbox::Sandbox() : m_settings(HKEY_LOCAL_MACHINE, kSettingsKey), m_job(CreateClosingJob())
 {
     standin::ClearSettings();
-    standin::SetPackageStorePath(Packages());
+    standin::SetText(standin::TextSetting::PackageStore, Packages());
     m_settings.SetDword(L"DebugLog", 1);
     MakeFolder(Local());
     MakeFolder(HostFolder());
@@ -189,7 +189,7 @@ void Sandbox::RemovePackage(const std::wstring& name) const
 
 void Sandbox::UseSamplePackages() const
 {
-    standin::SetPackageStorePath(SamplePackages());
+    standin::SetText(standin::TextSetting::PackageStore, SamplePackages());
 }
 
 void Sandbox::SetVariable(const std::wstring& name, std::optional<std::wstring> value)

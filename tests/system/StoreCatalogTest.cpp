@@ -210,14 +210,14 @@ TEST_F(StoreCatalog, OfAPassThatIsStoppedBetweenTwoPackagesIsNotWritten)
     test::SlowManifest slow;
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "location = " + slow.Folder());
     m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
-    standin::SetPackageStorePath(L"");
+    standin::SetText(standin::TextSetting::PackageStore, L"");
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     test::HostProcess host(m_sandbox);
     EXPECT_EQ(host.Command("init"), "0x00000000");
     test::WaitForFirstPass();
     const std::string before = Bytes();
 
-    standin::SetPackageStorePath(m_sandbox.Packages()); // both packages at once
+    standin::SetText(standin::TextSetting::PackageStore, m_sandbox.Packages()); // both packages at once
     slow.WaitForReader();
     host.Send("finalize");
     host.WaitForExitEvent();

@@ -192,7 +192,7 @@ TEST_P(StoreDisplayNameLog, IsWhole)
                            "");
     m_sandbox.WritePackage(L"B", "<Package><Identity Name=\"Vel.B\" Version=\"1.0.0.0\"/></Packages>", "");
     if (std::string(GetParam().family).ends_with("_0standin00000")) {
-        standin::SetPackageStorePath(m_sandbox.Packages());
+        standin::SetText(standin::TextSetting::PackageStore, m_sandbox.Packages());
     }
     ExpectDisplayName(
         GetParam().family, GetParam().answer,

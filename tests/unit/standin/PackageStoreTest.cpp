@@ -38,8 +38,8 @@ constexpr char manifest[] = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
 class StandInPackageStore : public testing::Test
 {
 protected:
-    StandInPackageStore() { standin::SetPackageStorePath(m_folder.Path()); }
-    ~StandInPackageStore() override { standin::SetPackageStorePath(L""); }
+    StandInPackageStore() { standin::SetText(standin::TextSetting::PackageStore, m_folder.Path()); }
+    ~StandInPackageStore() override { standin::SetText(standin::TextSetting::PackageStore, L""); }
 
     // The store with one package, in the folder "Post".
     standin::StorePackages ReadWith(std::string_view ini) const
@@ -65,9 +65,9 @@ std::wstring Value(const standin::StorePackage& package, size_t application, con
 
 TEST_F(StandInPackageStore, IsEmptyWithoutAFolder)
 {
-    standin::SetPackageStorePath(L"");
+    standin::SetText(standin::TextSetting::PackageStore, L"");
     EXPECT_TRUE(ReadPackageStore().empty());
-    standin::SetPackageStorePath(Folder(L"nowhere"));
+    standin::SetText(standin::TextSetting::PackageStore, Folder(L"nowhere"));
     EXPECT_TRUE(ReadPackageStore().empty());
 }
 

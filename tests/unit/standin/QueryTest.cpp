@@ -128,19 +128,22 @@ TEST(StandInSettings, AreDescribedEachOnALine)
         EXPECT_NE(text.find(std::wstring(L"\r\n") + setting.name + L' '), std::wstring::npos) << setting.name;
         EXPECT_NE(text.find(std::wstring(L" ") + setting.meaning + L"\r\n"), std::wstring::npos);
     }
-    for (const wchar_t* name : {L"Journal", L"PackageStore", L"Language"}) {
-        EXPECT_NE(text.find(std::wstring(L"\r\n") + name + L' '), std::wstring::npos) << name;
+    for (const wchar_t* line :
+         {L"\r\nJournal                   the journal's path; absent: no journal\r\n",
+          L"\r\nPackageStore              the folder of the packages; absent: there are no packages\r\n",
+          L"\r\nLanguage                  the language of the packages' texts; absent: en-US\r\n"}) {
+        EXPECT_NE(text.find(line), std::wstring::npos) << line;
     }
 }
 
 TEST(StandInSettings, JournalPathOfAnyLength)
 {
     ASSERT_TRUE(standin::ClearSettings());
-    EXPECT_EQ(standin::GetJournalPath(), L"");
+    EXPECT_EQ(standin::GetText(standin::TextSetting::Journal), L"");
     const std::wstring path = L"C:\\\u30e1\u30fc\u30eb\\" + std::wstring(500, L'x');
-    EXPECT_TRUE(standin::SetJournalPath(path));
-    EXPECT_EQ(standin::GetJournalPath(), path);
-    EXPECT_TRUE(standin::SetJournalPath(L""));
-    EXPECT_EQ(standin::GetJournalPath(), L"");
+    EXPECT_TRUE(standin::SetText(standin::TextSetting::Journal, path));
+    EXPECT_EQ(standin::GetText(standin::TextSetting::Journal), path);
+    EXPECT_TRUE(standin::SetText(standin::TextSetting::Journal, L""));
+    EXPECT_EQ(standin::GetText(standin::TextSetting::Journal), L"");
     EXPECT_TRUE(standin::ClearSettings());
 }

@@ -25,9 +25,9 @@ protected:
                                      "resources/Post/Title2 = Second title\n"
                                      "[ja-JP]\n"
                                      "resources/AppName = Meeru\n");
-        standin::SetLanguage(L"");
+        standin::SetText(standin::TextSetting::Language, L"");
     }
-    ~StandInResources() override { standin::SetLanguage(L""); }
+    ~StandInResources() override { standin::SetText(standin::TextSetting::Language, L""); }
 
     StorePackage m_package;
 };
@@ -80,10 +80,10 @@ TEST_F(StandInResources, KeyIsFoundWhateverItsLetterCase)
 
 TEST_F(StandInResources, ChosenLanguageGoesFirstAndEnglishStandsIn)
 {
-    ASSERT_TRUE(standin::SetLanguage(L"ja-JP"));
+    ASSERT_TRUE(standin::SetText(standin::TextSetting::Language, L"ja-JP"));
     EXPECT_EQ(*FindResource(m_package, L"resources/appname"), L"Meeru");
     EXPECT_EQ(*FindResource(m_package, L"post/title"), L"Post title");
-    ASSERT_TRUE(standin::SetLanguage(L"xx-XX"));
+    ASSERT_TRUE(standin::SetText(standin::TextSetting::Language, L"xx-XX"));
     EXPECT_EQ(*FindResource(m_package, L"resources/appname"), L"Mail");
 }
 
