@@ -14,22 +14,17 @@ inline constexpr wchar_t settingsKey[] = L"Software\\StandInDesktop"; // below H
 inline constexpr wchar_t defaultLanguage[] = L"en-US";
 
 // The switches that are numbers, and those that are texts. Switches.inc lists them.
-#define STANDIN_SWITCH(name, meaning) name,
-#define STANDIN_TEXT(name, meaning)
 enum class Setting
 {
+#define STANDIN_SWITCH(name, meaning) name,
 #include "standin/Switches.inc"
 };
-#undef STANDIN_SWITCH
-#undef STANDIN_TEXT
 
-#define STANDIN_SWITCH(name, meaning)
-#define STANDIN_TEXT(name, meaning) name,
 enum class TextSetting
 {
+#define STANDIN_TEXT(name, meaning) name,
 #include "standin/Switches.inc"
 };
-#undef STANDIN_TEXT
 
 struct SettingDescription
 {
@@ -38,20 +33,15 @@ struct SettingDescription
 };
 
 // In the order of the enumerations.
-#define STANDIN_TEXT(name, meaning) {L## #name, meaning},
-inline constexpr SettingDescription textSettings[] = {
-#include "standin/Switches.inc"
-};
-#undef STANDIN_SWITCH
-#undef STANDIN_TEXT
-
-#define STANDIN_SWITCH(name, meaning) {L## #name, meaning},
-#define STANDIN_TEXT(name, meaning)
 inline constexpr SettingDescription settings[] = {
+#define STANDIN_SWITCH(name, meaning) {L## #name, meaning},
 #include "standin/Switches.inc"
 };
-#undef STANDIN_SWITCH
-#undef STANDIN_TEXT
+
+inline constexpr SettingDescription textSettings[] = {
+#define STANDIN_TEXT(name, meaning) {L## #name, meaning},
+#include "standin/Switches.inc"
+};
 
 // All switches and texts with what they mean, one a line, for people.
 [[nodiscard]] std::wstring DescribeSwitches();

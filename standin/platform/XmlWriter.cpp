@@ -7,39 +7,25 @@
 #include <xmllite.h>
 
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace standin {
 
 namespace {
 
-// Appends what stands for the character in an attribute's value.
-void AppendEscaped(std::wstring& escaped, wchar_t character)
+// What stands for a character in an attribute's value; null: it stands for itself.
+const wchar_t* EscapedForm(wchar_t character) noexcept
 {
-    switch (character) {
-    case L'&':
-        escaped += L"&amp;";
-        break;
-    case L'<':
-        escaped += L"&lt;";
-        break;
-    case L'>':
-        escaped += L"&gt;";
-        break;
-    case L'"':
-        escaped += L"&quot;";
-        break;
-    case L'\t':
-        escaped += L"&#x9;";
-        break;
-    case L'\n':
-        escaped += L"&#xA;";
-        break;
-    case L'\r':
-        escaped += L"&#xD;";
-        break;
-    default:
-        escaped += character;
+    constexpr std::pair<wchar_t, const wchar_t*> forms[] = {
+        {L'&', L"&amp;"},  {L'<', L"&lt;"},   {L'>', L"&gt;"},  {L'"', L"&quot;"},
+        {L'\t', L"&#x9;"}, {L'\n', L"&#xA;"}, {L'\r', L"&#xD;"}};
+    for (const auto& [known, form] : forms) {
+        if (known == character) {
+            return form;
+        }
     }
+    return nullptr;
 }
 
 // Fails unless XML can hold the text, surrogates only in pairs.
@@ -72,8 +58,9 @@ HRESULT STDMETHODCALLTYPE WriteEscapedAttribute(IXmlWriter* writer, LPCWSTR pref
     return ResultOf([&] {
         CheckCharacters(value);
         std::wstring escaped;
-        for (const wchar_t* character = value; *character != L'\0'; ++character) {
-            AppendEscaped(escaped, *character);
+        for (const wchar_t character : std::wstring_view(value)) {
+            const wchar_t* const form = EscapedForm(character);
+            escaped += form ? std::wstring(form) : std::wstring(1, character);
         }
         return platformWriteAttribute(writer, prefix, name, uri, escaped.c_str());
     });

@@ -7,6 +7,7 @@
 
 #include <shlwapi.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <optional>
@@ -28,8 +29,6 @@ public:
         wchar_t* buffer;
         void** reserved;
     };
-
-    FakeResources() : m_patch("SHLoadIndirectString", Load) {}
 
     // The sources that were asked for, in order.
     [[nodiscard]] std::vector<std::wstring> Sources() const
@@ -58,10 +57,8 @@ private:
             self.onLoad();
         }
         if (!self.isQuiet) {
-            bool isEmpty = true;
-            for (UINT index = 0; index < size; ++index) {
-                isEmpty = isEmpty && buffer[index] == L'\0';
-            }
+            const bool isEmpty =
+                std::all_of(buffer, buffer + size, [](wchar_t character) { return character == L'\0'; });
             self.requests.push_back({source, size, isEmpty, buffer, reserved});
         }
         for (const auto& [known, text] : self.texts) {
@@ -77,7 +74,7 @@ private:
     }
 
     friend Current<FakeResources>;
-    ImportPatch<decltype(&SHLoadIndirectString)> m_patch;
+    ImportPatch<decltype(&SHLoadIndirectString)> m_patch{"SHLoadIndirectString", Load};
 };
 
 } // namespace test

@@ -127,9 +127,6 @@ private:
 // of the scope; one at a time, and a FakeShell may come over it.
 class NoShell : private Current<NoShell>
 {
-public:
-    NoShell() : m_create("CoCreateInstance", Create) {}
-
 private:
     static HRESULT WINAPI Create(REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId,
                                  void** object)
@@ -143,7 +140,7 @@ private:
 
     friend Current<NoShell>;
 
-    ImportPatch<decltype(&CoCreateInstance)> m_create;
+    ImportPatch<decltype(&CoCreateInstance)> m_create{"CoCreateInstance", Create};
 };
 
 } // namespace test

@@ -20,6 +20,9 @@ public:
     HRESULT STDMETHODCALLTYPE GetBaseUri(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetAttributeCount(UINT*) override { return E_NOTIMPL; }
     BOOL STDMETHODCALLTYPE IsDefault() override { return FALSE; }
+
+protected:
+    ~UnaskedReader() = default;
 };
 
 } // namespace test

@@ -60,7 +60,8 @@ TEST(Image, ImportsOnlyWhatWindows8Has)
 {
     const test::ImageFile image(LibraryPath());
     EXPECT_THAT(ForeignImports(image), IsEmpty());
-    EXPECT_THAT(image.Imports(), Contains(std::pair<std::string, std::string>("kernel32.dll", "CreateMutexW")));
+    EXPECT_THAT(image.Imports(),
+                Contains(std::pair<std::string, std::string>("kernel32.dll", "CreateMutexW")));
     EXPECT_FALSE(image.HasDelayedImports());
 }
 

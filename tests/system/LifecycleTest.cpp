@@ -102,8 +102,7 @@ TEST_F(Lifecycle, FinalizeDuringALaterPassStopsItSoon)
     test::HostProcess host(m_sandbox);
     host.Command("init");
     test::WaitForFirstPass();
-    m_sandbox.WaitForLogLine(test::passBegin,
-                             m_sandbox.LogLength());
+    m_sandbox.WaitForLogLine(test::passBegin, m_sandbox.LogLength());
     host.Do("finalize");
     EXPECT_FALSE(host.HasExitEvent());
     EXPECT_TRUE(HasCatalogue("Last.lnk"));

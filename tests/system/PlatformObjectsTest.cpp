@@ -37,9 +37,9 @@ protected:
     template <typename Interface> static ComPtr<Interface> Create(const CLSID& classId)
     {
         ComPtr<Interface> object;
-        EXPECT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER,
-                                   IID_PPV_ARGS(object.GetAddressOf())),
-                  S_OK);
+        EXPECT_EQ(
+            CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(object.GetAddressOf())),
+            S_OK);
         return object;
     }
 

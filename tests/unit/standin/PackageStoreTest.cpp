@@ -61,6 +61,12 @@ std::wstring Value(const standin::StorePackage& package, size_t application, con
     return value ? *value : L"(none)";
 }
 
+std::string Parts(const standin::PackageVersion& version)
+{
+    return std::to_string(version.major) + "." + std::to_string(version.minor) + "." +
+           std::to_string(version.build) + "." + std::to_string(version.revision);
+}
+
 } // namespace
 
 TEST_F(StandInPackageStore, IsEmptyWithoutAFolder)
@@ -101,9 +107,7 @@ TEST_F(StandInPackageStore, IniGoesBeforeTheManifest)
     EXPECT_EQ(package.name, L"Other");
     EXPECT_EQ(package.familyName, L"Fam_x");
     EXPECT_EQ(package.fullName, L"Full");
-    EXPECT_EQ(package.version.major, 9);
-    EXPECT_EQ(package.version.minor, 8);
-    EXPECT_EQ(package.version.build, 0);
+    EXPECT_EQ(Parts(package.version), "9.8.0.0");
     EXPECT_FALSE(package.isFramework);
     EXPECT_FALSE(package.isInstalled);
     EXPECT_EQ(package.dependencies, (std::vector<std::wstring>{L"A_x", L"B_y"}));
@@ -182,10 +186,7 @@ TEST_F(StandInPackageStore, PackagesAreCopiedAndDeleted)
 
 TEST(StandInPackageVersion, MissingPartsAreZero)
 {
-    const standin::PackageVersion version = standin::ParseVersion(L"1.20");
-    EXPECT_EQ(version.major, 1);
-    EXPECT_EQ(version.minor, 20);
-    EXPECT_EQ(version.build, 0);
-    EXPECT_EQ(standin::ParseVersion(L"").major, 0);
-    EXPECT_EQ(standin::ParseVersion(L"1.2.3.65535").revision, 65535);
+    EXPECT_EQ(Parts(standin::ParseVersion(L"1.20")), "1.20.0.0");
+    EXPECT_EQ(Parts(standin::ParseVersion(L"")), "0.0.0.0");
+    EXPECT_EQ(Parts(standin::ParseVersion(L"1.2.3.65535")), "1.2.3.65535");
 }
