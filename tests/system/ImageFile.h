@@ -19,8 +19,8 @@ public:
     [[nodiscard]] std::vector<std::string> ExportNames() const;
     // The number of exports, those without a name included.
     [[nodiscard]] std::size_t ExportCount() const;
-    // The functions that the image imports, each behind its library's name, which is in lower case; the name of
-    // a function that is imported by its number is "#" and the number.
+    // The functions that the image imports, each behind its library's name, which is in lower case; the name
+    // of a function that is imported by its number is "#" and the number.
     using Import = std::pair<std::string, std::string>;
     [[nodiscard]] std::vector<Import> Imports() const;
     // The IMAGE_DLLCHARACTERISTICS_ flags.
