@@ -6,6 +6,7 @@
 #include <shlwapi.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <string_view>
 
 namespace standin {
@@ -70,7 +71,8 @@ std::wstring PathToAddress(const std::wstring& path)
     std::wstring address(longestAddress, L'\0');
     DWORD length = longestAddress;
     Check(UrlCreateFromPathW(path.c_str(), address.data(), &length, 0));
-    return EscapeAddress(address.c_str());
+    address.resize(std::wcslen(address.c_str()));
+    return EscapeAddress(address);
 }
 
 // An escaped address is read here, since Wine's function takes escaped bytes for letters.
@@ -85,7 +87,8 @@ std::wstring AddressToPath(const std::wstring& address)
     std::wstring path(longestAddress, L'\0');
     DWORD length = longestAddress;
     Check(PathCreateFromUrlW(address.c_str(), path.data(), &length, 0));
-    return path.c_str();
+    path.resize(std::wcslen(path.c_str()));
+    return path;
 }
 
 } // namespace standin

@@ -71,7 +71,8 @@ std::wstring GetText(TextSetting setting)
         const LSTATUS status = RegGetValueW(HKEY_CURRENT_USER, settingsKey, NameOf(setting), RRF_RT_REG_SZ,
                                             nullptr, text.data(), &size);
         if (status == ERROR_SUCCESS) {
-            return text.c_str();
+            text.resize(wcsnlen(text.c_str(), text.size()));
+            return text;
         }
         if (status != ERROR_MORE_DATA) {
             return {};

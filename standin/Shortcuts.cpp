@@ -11,6 +11,8 @@
 #include <shlwapi.h>
 #include <wrl/client.h>
 
+#include <cwchar>
+
 namespace standin {
 
 namespace {
@@ -119,7 +121,8 @@ Shortcut ReadLink(const std::wstring& path)
     if (target.empty()) {
         CheckStatus(ERROR_FILE_NOT_FOUND); // a shortcut to something that is no file
     }
-    return {Expand(target), arguments.c_str(), Expand(folder)};
+    arguments.resize(std::wcslen(arguments.c_str()));
+    return {Expand(target), arguments, Expand(folder)};
 }
 
 // The object is declared without an identifier in some headers, hence no IID_PPV_ARGS.

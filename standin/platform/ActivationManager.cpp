@@ -90,7 +90,7 @@ public:
             Check(userModelId ? S_OK : E_POINTER);
             Check(GetFailure(Setting::FailActivation));
             const Found found = FindApplication(userModelId);
-            Check(found.package ? S_OK : notRegistered);
+            Check(found.package && found.application ? S_OK : notRegistered);
             try {
                 *processId = Start(found, arguments);
             } catch (const Failure&) {
