@@ -1,5 +1,6 @@
 #include "standin/Address.h"
 
+#include "standin/Result.h"
 #include "standin/Text.h"
 
 #include <shlwapi.h>
@@ -7,7 +8,6 @@
 #include <algorithm>
 #include <cwchar>
 #include <string_view>
-#include <utility>
 
 namespace standin {
 
@@ -66,35 +66,29 @@ std::wstring UnescapeAddress(const std::wstring& address)
 
 } // namespace
 
-HRESULT PathToAddress(const std::wstring& path, std::wstring& address)
+std::wstring PathToAddress(const std::wstring& path)
 {
-    std::wstring made(longestAddress, L'\0');
+    std::wstring address(longestAddress, L'\0');
     DWORD length = longestAddress;
-    const HRESULT hr = UrlCreateFromPathW(path.c_str(), made.data(), &length, 0);
-    if (SUCCEEDED(hr)) {
-        made.resize(std::wcslen(made.c_str()));
-        address = EscapeAddress(made);
-    }
-    return hr;
+    Check(UrlCreateFromPathW(path.c_str(), address.data(), &length, 0));
+    address.resize(std::wcslen(address.c_str()));
+    return EscapeAddress(address);
 }
 
 // An escaped address is read here, since Wine's function takes escaped bytes for letters.
-HRESULT AddressToPath(const std::wstring& address, std::wstring& path)
+std::wstring AddressToPath(const std::wstring& address)
 {
     constexpr std::wstring_view localFile = L"file:///";
-    if (IsAscii(address) && std::wstring_view(address).substr(0, localFile.size()) == localFile) {
-        path = UnescapeAddress(address.substr(localFile.size()));
+    if (IsAscii(address) && address.starts_with(localFile)) {
+        std::wstring path = UnescapeAddress(address.substr(localFile.size()));
         std::replace(path.begin(), path.end(), L'/', L'\\');
-        return S_OK;
+        return path;
     }
-    std::wstring file(longestAddress, L'\0');
+    std::wstring path(longestAddress, L'\0');
     DWORD length = longestAddress;
-    const HRESULT hr = PathCreateFromUrlW(address.c_str(), file.data(), &length, 0);
-    if (SUCCEEDED(hr)) {
-        file.resize(std::wcslen(file.c_str()));
-        path = std::move(file);
-    }
-    return hr;
+    Check(PathCreateFromUrlW(address.c_str(), path.data(), &length, 0));
+    path.resize(std::wcslen(path.c_str()));
+    return path;
 }
 
 } // namespace standin

@@ -35,7 +35,7 @@ std::wstring JoinFields(std::initializer_list<std::wstring_view> fields)
 void WriteJournal(std::initializer_list<std::wstring_view> fields) noexcept
 {
     try {
-        const std::wstring path = GetJournalPath();
+        const std::wstring path = GetText(TextSetting::Journal);
         if (path.empty()) {
             return;
         }

@@ -13,4 +13,11 @@ namespace standin {
 // The folder that it stands in, without a backslash at the end.
 [[nodiscard]] std::wstring ModuleFolder(HMODULE module = nullptr);
 
+// A function that a module exports; null without a module, or when it has none of that name.
+template <typename Function> [[nodiscard]] Function FunctionOf(HMODULE module, const char* name) noexcept
+{
+    return module ? reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)))
+                  : nullptr;
+}
+
 } // namespace standin

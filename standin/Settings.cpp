@@ -4,13 +4,6 @@ namespace standin {
 
 namespace {
 
-// Those that are texts (REG_SZ).
-constexpr SettingDescription journalSetting = {L"Journal", L"the journal's path; absent: no journal"};
-constexpr SettingDescription packageStoreSetting = {
-    L"PackageStore", L"the folder of the packages; absent: there are no packages"};
-constexpr SettingDescription languageSetting = {L"Language",
-                                                L"the language of the packages' texts; absent: en-US"};
-
 std::wstring Describe(const SettingDescription& setting)
 {
     constexpr size_t meaningColumn = 26;
@@ -24,32 +17,9 @@ const wchar_t* NameOf(Setting setting) noexcept
     return settings[static_cast<size_t>(setting)].name;
 }
 
-// Empty when the value is absent or of another type.
-std::wstring GetText(const wchar_t* name)
+const wchar_t* NameOf(TextSetting setting) noexcept
 {
-    for (DWORD size = MAX_PATH * sizeof(wchar_t);;) {
-        std::wstring text(size / sizeof(wchar_t), L'\0');
-        const LSTATUS status =
-            RegGetValueW(HKEY_CURRENT_USER, settingsKey, name, RRF_RT_REG_SZ, nullptr, text.data(), &size);
-        if (status == ERROR_SUCCESS) {
-            text.resize(size / sizeof(wchar_t));
-            text.resize(wcsnlen(text.c_str(), text.size()));
-            return text;
-        }
-        if (status != ERROR_MORE_DATA) {
-            return {};
-        }
-    }
-}
-
-bool SetText(const wchar_t* name, const std::wstring& text) noexcept
-{
-    if (text.empty()) {
-        const LSTATUS status = RegDeleteKeyValueW(HKEY_CURRENT_USER, settingsKey, name);
-        return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
-    }
-    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-    return RegSetKeyValueW(HKEY_CURRENT_USER, settingsKey, name, REG_SZ, text.c_str(), size) == ERROR_SUCCESS;
+    return textSettings[static_cast<size_t>(setting)].name;
 }
 
 } // namespace
@@ -61,7 +31,7 @@ std::wstring DescribeSwitches()
         text += Describe(setting);
     }
     text += L"\r\nREG_SZ:\r\n\r\n";
-    for (const SettingDescription& setting : {journalSetting, packageStoreSetting, languageSetting}) {
+    for (const SettingDescription& setting : textSettings) {
         text += Describe(setting);
     }
     return text;
@@ -94,35 +64,37 @@ bool ClearSettings() noexcept
     return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
 }
 
-std::wstring GetJournalPath()
+std::wstring GetText(TextSetting setting)
 {
-    return GetText(journalSetting.name);
+    for (DWORD size = MAX_PATH * sizeof(wchar_t);;) {
+        std::wstring text(size / sizeof(wchar_t), L'\0');
+        const LSTATUS status = RegGetValueW(HKEY_CURRENT_USER, settingsKey, NameOf(setting), RRF_RT_REG_SZ,
+                                            nullptr, text.data(), &size);
+        if (status == ERROR_SUCCESS) {
+            text.resize(wcsnlen(text.c_str(), text.size()));
+            return text;
+        }
+        if (status != ERROR_MORE_DATA) {
+            return {};
+        }
+    }
 }
 
-bool SetJournalPath(const std::wstring& path) noexcept
+bool SetText(TextSetting setting, const std::wstring& text) noexcept
 {
-    return SetText(journalSetting.name, path);
-}
-
-std::wstring GetPackageStorePath()
-{
-    return GetText(packageStoreSetting.name);
-}
-
-bool SetPackageStorePath(const std::wstring& path) noexcept
-{
-    return SetText(packageStoreSetting.name, path);
+    if (text.empty()) {
+        const LSTATUS status = RegDeleteKeyValueW(HKEY_CURRENT_USER, settingsKey, NameOf(setting));
+        return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
+    }
+    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    return RegSetKeyValueW(HKEY_CURRENT_USER, settingsKey, NameOf(setting), REG_SZ, text.c_str(), size) ==
+           ERROR_SUCCESS;
 }
 
 std::wstring GetLanguage()
 {
-    const std::wstring language = GetText(languageSetting.name);
+    const std::wstring language = GetText(TextSetting::Language);
     return language.empty() ? defaultLanguage : language;
-}
-
-bool SetLanguage(const std::wstring& language) noexcept
-{
-    return SetText(languageSetting.name, language);
 }
 
 } // namespace standin

@@ -6,19 +6,24 @@
 
 // The switches of the stand-in desktop. They live in the registry under settingsKey, are read at the moment
 // of use by the desktop and by the platform library, and are written by tests only. Every value is a
-// REG_DWORD but three texts; an absent value counts as 0. All functions may be called on any thread.
+// REG_DWORD or a text (REG_SZ); an absent value counts as 0. All functions may be called on any thread.
 namespace standin {
 
 inline constexpr wchar_t settingsKey[] = L"Software\\StandInDesktop"; // below HKEY_CURRENT_USER
 
 inline constexpr wchar_t defaultLanguage[] = L"en-US";
 
-// The switches that are numbers. Switches.inc lists them.
+// The switches that are numbers, and those that are texts. Switches.inc lists them.
 enum class Setting
 {
 #define STANDIN_SWITCH(name, meaning) name,
 #include "standin/Switches.inc"
-#undef STANDIN_SWITCH
+};
+
+enum class TextSetting
+{
+#define STANDIN_TEXT(name, meaning) name,
+#include "standin/Switches.inc"
 };
 
 struct SettingDescription
@@ -27,11 +32,15 @@ struct SettingDescription
     const wchar_t* meaning;
 };
 
-// In the order of the enumeration.
+// In the order of the enumerations.
 inline constexpr SettingDescription settings[] = {
 #define STANDIN_SWITCH(name, meaning) {L## #name, meaning},
 #include "standin/Switches.inc"
-#undef STANDIN_SWITCH
+};
+
+inline constexpr SettingDescription textSettings[] = {
+#define STANDIN_TEXT(name, meaning) {L## #name, meaning},
+#include "standin/Switches.inc"
 };
 
 // All switches and texts with what they mean, one a line, for people.
@@ -50,22 +59,13 @@ bool SetSetting(Setting setting, DWORD value) noexcept;
 // fine.
 bool ClearSettings() noexcept;
 
-// The journal's path, empty when there is none.
-[[nodiscard]] std::wstring GetJournalPath();
+// Empty when the text is absent or of another type.
+[[nodiscard]] std::wstring GetText(TextSetting setting);
 
-// An empty path removes the value.
-bool SetJournalPath(const std::wstring& path) noexcept;
-
-// The folder of the installed packages, empty when there is none.
-[[nodiscard]] std::wstring GetPackageStorePath();
-
-// An empty path removes the value: there are no packages any more.
-bool SetPackageStorePath(const std::wstring& path) noexcept;
+// An empty text removes the value. Returns false when the registry refuses.
+bool SetText(TextSetting setting, const std::wstring& text) noexcept;
 
 // The language in which packages give their texts; defaultLanguage when none was chosen.
 [[nodiscard]] std::wstring GetLanguage();
-
-// An empty language removes the value.
-bool SetLanguage(const std::wstring& language) noexcept;
 
 } // namespace standin

@@ -1,6 +1,8 @@
 #include "standin/Shortcuts.h"
 
 #include "standin/Address.h"
+#include "standin/Files.h"
+#include "standin/Result.h"
 
 #include <objbase.h> // what follows cannot do without it
 
@@ -10,7 +12,6 @@
 #include <wrl/client.h>
 
 #include <cwchar>
-#include <utility>
 
 namespace standin {
 
@@ -57,12 +58,6 @@ std::wstring FullPath(const std::wstring& path)
     return full;
 }
 
-std::wstring FolderOf(const std::wstring& path)
-{
-    const size_t end = path.find_last_of(L'\\');
-    return end == std::wstring::npos ? std::wstring() : path.substr(0, end);
-}
-
 std::wstring Expand(const std::wstring& text)
 {
     std::wstring expanded(longestPath, L'\0');
@@ -74,48 +69,32 @@ std::wstring Expand(const std::wstring& text)
     return expanded;
 }
 
-HRESULT MakeFolder(const std::wstring& folder)
-{
-    const int error = SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
-    if (error == ERROR_SUCCESS || error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS) {
-        return S_OK;
-    }
-    return HRESULT_FROM_WIN32(static_cast<DWORD>(error));
-}
-
-template <typename Object> HRESULT SaveTo(const ComPtr<Object>& object, const std::wstring& path)
+template <typename Object> ComPtr<IPersistFile> FileOf(const ComPtr<Object>& object)
 {
     ComPtr<IPersistFile> file;
-    const HRESULT hr = object.As(&file);
-    return SUCCEEDED(hr) ? file->Save(path.c_str(), TRUE) : hr;
+    Check(object.As(&file));
+    return file;
 }
 
-template <typename Object> HRESULT LoadFrom(const ComPtr<Object>& object, const std::wstring& path)
-{
-    ComPtr<IPersistFile> file;
-    const HRESULT hr = object.As(&file);
-    return SUCCEEDED(hr) ? file->Load(path.c_str(), STGM_READ) : hr;
-}
-
-HRESULT WriteLink(const std::wstring& path, const std::wstring& target, const std::wstring& arguments)
+ComPtr<IShellLinkW> CreateLink()
 {
     ComPtr<IShellLinkW> link;
-    HRESULT hr = CoCreateInstance(shellLinkClass, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&link));
-    if (SUCCEEDED(hr)) {
-        hr = link->SetPath(target.c_str());
-    }
-    if (SUCCEEDED(hr)) {
-        hr = link->SetArguments(arguments.c_str());
-    }
-    if (SUCCEEDED(hr)) {
-        hr = link->SetWorkingDirectory(FolderOf(target).c_str());
-    }
-    return SUCCEEDED(hr) ? SaveTo(link, path) : hr;
+    Check(CoCreateInstance(shellLinkClass, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&link)));
+    return link;
+}
+
+void WriteLink(const std::wstring& path, const std::wstring& target, const std::wstring& arguments)
+{
+    const ComPtr<IShellLinkW> link = CreateLink();
+    Check(link->SetPath(target.c_str()));
+    Check(link->SetArguments(arguments.c_str()));
+    Check(link->SetWorkingDirectory(FolderOf(target).c_str()));
+    Check(FileOf(link)->Save(path.c_str(), TRUE));
 }
 
 // The item that the link names is asked before the path: Wine keeps the path in the system's code page only,
 // which may not hold all its letters.
-HRESULT GetTarget(IShellLinkW& link, std::wstring& target)
+std::wstring TargetOf(IShellLinkW& link)
 {
     PIDLIST_ABSOLUTE item = nullptr;
     wchar_t path[MAX_PATH] = L"";
@@ -123,130 +102,92 @@ HRESULT GetTarget(IShellLinkW& link, std::wstring& target)
         const bool isFile = SHGetPathFromIDListW(item, path) && path[0] != L'\0';
         CoTaskMemFree(item);
         if (isFile) {
-            target = path;
-            return S_OK;
+            return path;
         }
     }
-    const HRESULT hr = link.GetPath(path, MAX_PATH, nullptr, 0);
-    if (SUCCEEDED(hr)) {
-        target = path;
-    }
-    return hr;
+    Check(link.GetPath(path, MAX_PATH, nullptr, 0));
+    return path;
 }
 
-HRESULT ReadLink(const std::wstring& path, Shortcut& shortcut)
+Shortcut ReadLink(const std::wstring& path)
 {
-    ComPtr<IShellLinkW> link;
-    HRESULT hr = CoCreateInstance(shellLinkClass, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&link));
-    if (SUCCEEDED(hr)) {
-        hr = LoadFrom(link, path);
-    }
-    std::wstring target;
-    wchar_t folder[MAX_PATH] = L"";
+    const ComPtr<IShellLinkW> link = CreateLink();
+    Check(FileOf(link)->Load(path.c_str(), STGM_READ));
+    const std::wstring target = TargetOf(*link.Get());
     std::wstring arguments(longestPath, L'\0');
-    if (SUCCEEDED(hr)) {
-        hr = GetTarget(*link.Get(), target);
-    }
-    if (SUCCEEDED(hr)) {
-        hr = link->GetArguments(arguments.data(), static_cast<int>(longestPath));
-    }
-    if (SUCCEEDED(hr)) {
-        hr = link->GetWorkingDirectory(folder, MAX_PATH);
-    }
-    if (FAILED(hr)) {
-        return hr;
-    }
+    Check(link->GetArguments(arguments.data(), static_cast<int>(longestPath)));
+    wchar_t folder[MAX_PATH] = L"";
+    Check(link->GetWorkingDirectory(folder, MAX_PATH));
     if (target.empty()) {
-        return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND); // a shortcut to something that is no file
+        CheckStatus(ERROR_FILE_NOT_FOUND); // a shortcut to something that is no file
     }
     arguments.resize(std::wcslen(arguments.c_str()));
-    shortcut = {Expand(target), std::move(arguments), Expand(folder)};
-    return S_OK;
+    return {Expand(target), arguments, Expand(folder)};
 }
 
 // The object is declared without an identifier in some headers, hence no IID_PPV_ARGS.
-HRESULT CreateInternetShortcut(ComPtr<IUniformResourceLocatorW>& locator)
-{
-    return CoCreateInstance(internetShortcutClass, nullptr, CLSCTX_INPROC_SERVER,
-                            uniformResourceLocatorInterface,
-                            reinterpret_cast<void**>(locator.GetAddressOf()));
-}
-
-HRESULT WriteAddress(const std::wstring& path, const std::wstring& target)
-{
-    std::wstring address = target;
-    HRESULT hr = PathIsURLW(target.c_str()) ? S_OK : PathToAddress(target, address);
-    if (FAILED(hr)) {
-        return hr;
-    }
-    ComPtr<IUniformResourceLocatorW> locator;
-    hr = CreateInternetShortcut(locator);
-    if (SUCCEEDED(hr)) {
-        hr = locator->SetURL(address.c_str(), 0);
-    }
-    return SUCCEEDED(hr) ? SaveTo(locator, path) : hr;
-}
-
-HRESULT ReadAddress(const std::wstring& path, Shortcut& shortcut)
+ComPtr<IUniformResourceLocatorW> CreateInternetShortcut()
 {
     ComPtr<IUniformResourceLocatorW> locator;
-    HRESULT hr = CreateInternetShortcut(locator);
-    if (SUCCEEDED(hr)) {
-        hr = LoadFrom(locator, path);
-    }
+    Check(CoCreateInstance(internetShortcutClass, nullptr, CLSCTX_INPROC_SERVER,
+                           uniformResourceLocatorInterface,
+                           reinterpret_cast<void**>(locator.GetAddressOf())));
+    return locator;
+}
+
+void WriteAddress(const std::wstring& path, const std::wstring& target)
+{
+    const std::wstring address = PathIsURLW(target.c_str()) ? target : PathToAddress(target);
+    const ComPtr<IUniformResourceLocatorW> locator = CreateInternetShortcut();
+    Check(locator->SetURL(address.c_str(), 0));
+    Check(FileOf(locator)->Save(path.c_str(), TRUE));
+}
+
+Shortcut ReadAddress(const std::wstring& path)
+{
+    const ComPtr<IUniformResourceLocatorW> locator = CreateInternetShortcut();
+    Check(FileOf(locator)->Load(path.c_str(), STGM_READ));
     wchar_t* text = nullptr;
-    if (SUCCEEDED(hr)) {
-        hr = locator->GetURL(&text);
-    }
-    if (FAILED(hr)) {
-        return hr;
-    }
-    Shortcut read;
-    read.target = text ? text : L"";
+    Check(locator->GetURL(&text));
+    const std::wstring address = text ? text : L"";
     CoTaskMemFree(text);
-    if (read.target.empty()) {
-        return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+    if (address.empty()) {
+        CheckStatus(ERROR_INVALID_DATA);
     }
-    if (UrlIsFileUrlW(read.target.c_str())) {
-        hr = AddressToPath(std::wstring(read.target), read.target);
-        if (FAILED(hr)) {
-            return hr;
-        }
-        read.workingFolder = FolderOf(read.target);
+    if (!UrlIsFileUrlW(address.c_str())) {
+        return {address, {}, {}};
     }
-    shortcut = std::move(read);
-    return S_OK;
+    const std::wstring target = AddressToPath(address);
+    return {target, {}, FolderOf(target)};
 }
 
 } // namespace
 
-HRESULT WriteShortcut(const std::wstring& path, const std::wstring& target, const std::wstring& arguments)
+void WriteShortcut(const std::wstring& path, const std::wstring& target, const std::wstring& arguments)
 {
-    if (!IsShortcut(path) || target.empty()) {
-        return E_INVALIDARG;
-    }
     const bool isLink = HasExtension(path, L".lnk");
-    if (!isLink && !arguments.empty()) {
-        return E_INVALIDARG;
+    if (!IsShortcut(path) || target.empty() || (!isLink && !arguments.empty())) {
+        throw Failure(E_INVALIDARG);
     }
     const ComScope com;
     const std::wstring full = FullPath(path);
     const std::wstring fullTarget = PathIsURLW(target.c_str()) ? target : FullPath(target);
-    const HRESULT hr = MakeFolder(FolderOf(full));
-    if (FAILED(hr)) {
-        return hr;
+    MakeFolder(FolderOf(full));
+    if (isLink) {
+        WriteLink(full, fullTarget, arguments);
+    } else {
+        WriteAddress(full, fullTarget);
     }
-    return isLink ? WriteLink(full, fullTarget, arguments) : WriteAddress(full, fullTarget);
 }
 
-HRESULT ReadShortcut(const std::wstring& path, Shortcut& shortcut)
+Shortcut ReadShortcut(const std::wstring& path)
 {
     if (!IsShortcut(path)) {
-        return E_INVALIDARG;
+        throw Failure(E_INVALIDARG);
     }
     const ComScope com;
     const std::wstring full = FullPath(path);
-    return HasExtension(full, L".lnk") ? ReadLink(full, shortcut) : ReadAddress(full, shortcut);
+    return HasExtension(full, L".lnk") ? ReadLink(full) : ReadAddress(full);
 }
 
 bool IsShortcut(const std::wstring& path) noexcept

@@ -1,5 +1,7 @@
 #include "standin/desktop/Applications.h"
 
+#include "standin/Files.h"
+#include "standin/Result.h"
 #include "standin/Shortcuts.h"
 #include "standin/desktop/Query.h"
 #include "standin/store/Resources.h"
@@ -67,34 +69,14 @@ bool IsProgram(const std::wstring& target) noexcept
     return CompareStringOrdinal(extension, -1, L".exe", -1, TRUE) == CSTR_EQUAL;
 }
 
-HRESULT LastError() noexcept
+void Open(const Shortcut& shortcut)
 {
-    const DWORD error = GetLastError();
-    return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
-}
-
-// Without the shell between, so that a program gets its arguments letter for letter.
-HRESULT StartProgram(const Shortcut& shortcut)
-{
-    std::wstring commandLine = L"\"" + shortcut.target + L"\"";
-    if (!shortcut.arguments.empty()) {
-        commandLine += L" " + shortcut.arguments;
-    }
     const bool hasFolder = PathIsDirectoryW(shortcut.workingFolder.c_str()) != FALSE;
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(shortcut.target.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                        hasFolder ? shortcut.workingFolder.c_str() : nullptr, &startup, &process)) {
-        return LastError();
+    if (IsProgram(shortcut.target)) {
+        StartProgram(shortcut.target, shortcut.arguments,
+                     hasFolder ? shortcut.workingFolder : std::wstring());
+        return;
     }
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return S_OK;
-}
-
-HRESULT OpenByShell(const Shortcut& shortcut)
-{
     SHELLEXECUTEINFOW execute = {};
     execute.cbSize = sizeof(execute);
     execute.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
@@ -102,17 +84,19 @@ HRESULT OpenByShell(const Shortcut& shortcut)
     execute.lpParameters = shortcut.arguments.c_str();
     execute.lpDirectory = shortcut.workingFolder.empty() ? nullptr : shortcut.workingFolder.c_str();
     execute.nShow = SW_SHOWNORMAL;
-    return ShellExecuteExW(&execute) ? S_OK : LastError();
+    if (!ShellExecuteExW(&execute)) {
+        throw Failure(LastError());
+    }
 }
 
-HRESULT ActivateStoreApplication(const std::wstring& id)
+void ActivateStoreApplication(const std::wstring& id)
 {
     Microsoft::WRL::ComPtr<IApplicationActivationManager> manager;
-    const HRESULT hr = CoCreateInstance(__uuidof(ApplicationActivationManager), nullptr, CLSCTX_INPROC_SERVER,
-                                        __uuidof(IApplicationActivationManager),
-                                        reinterpret_cast<void**>(manager.GetAddressOf()));
+    Check(CoCreateInstance(__uuidof(ApplicationActivationManager), nullptr, CLSCTX_INPROC_SERVER,
+                           __uuidof(IApplicationActivationManager),
+                           reinterpret_cast<void**>(manager.GetAddressOf())));
     DWORD processId = 0;
-    return SUCCEEDED(hr) ? manager->ActivateApplication(id.c_str(), nullptr, AO_NONE, &processId) : hr;
+    Check(manager->ActivateApplication(id.c_str(), nullptr, AO_NONE, &processId));
 }
 
 } // namespace
@@ -137,15 +121,13 @@ std::vector<Application> ListApplications()
 
 HRESULT StartApplication(const Application& application)
 {
-    if (application.kind == Application::Kind::Store) {
-        return ActivateStoreApplication(application.origin);
-    }
-    Shortcut shortcut;
-    const HRESULT hr = ReadShortcut(application.origin, shortcut);
-    if (FAILED(hr)) {
-        return hr;
-    }
-    return IsProgram(shortcut.target) ? StartProgram(shortcut) : OpenByShell(shortcut);
+    return ResultOf([&] {
+        if (application.kind == Application::Kind::Store) {
+            ActivateStoreApplication(application.origin);
+        } else {
+            Open(ReadShortcut(application.origin));
+        }
+    });
 }
 
 } // namespace standin

@@ -21,10 +21,10 @@ constexpr UINT_PTR paneTimer = 2;
 } // namespace
 
 Desktop::Desktop()
-    : m_startScreen(
-          {[this](const Application& application) { Start(application); }, [] { PostQuitMessage(0); }}),
-      m_pane({[this](const std::wstring& text, const Application* hit) { OnSubmitted(text, hit); },
-              [this](const Application& application) { Start(application); },
+    : m_startScreen([this](const Application& application) { Start(application); },
+                    [] { PostQuitMessage(0); }),
+      m_pane([this](const Application& application) { Start(application); },
+             {[this](const std::wstring& text, const Application* hit) { OnSubmitted(text, hit); },
               [this] {
                   ClosePane();
                   GiveUpForeground();
@@ -138,7 +138,7 @@ void Desktop::AfterDelay(UINT_PTR timer, DWORD milliseconds)
 void Desktop::ShowStartScreen()
 {
     m_startScreen.Show(ListApplications());
-    if (m_pane.IsOpen()) {
+    if (m_pane.IsShown()) {
         SetForegroundWindow(
             m_pane.Handle()); // it came first, and the Start screen late: the pane stays on top
     }
@@ -162,8 +162,8 @@ void Desktop::OpenPane()
 
 void Desktop::ClosePane()
 {
-    if (m_pane.IsOpen()) {
-        m_pane.Close();
+    if (m_pane.IsShown()) {
+        m_pane.Hide();
         WriteJournal({L"pane closed"});
     }
 }

@@ -4,8 +4,6 @@
 #include "standin/Settings.h"
 #include "standin/desktop/Query.h"
 
-#include <windowsx.h>
-
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -33,8 +31,8 @@ constexpr WPARAM pasteCharacter = 0x16; // Ctrl+V
 
 } // namespace
 
-SearchPane::SearchPane(Events events)
-    : m_events(std::move(events)), m_editBrush(CreateSolidBrush(white)),
+SearchPane::SearchPane(Chosen chosen, Events events)
+    : ApplicationWindow(std::move(chosen)), m_events(std::move(events)), m_editBrush(CreateSolidBrush(white)),
       m_heading(34, Typeface::Weight::Light), m_scope(19, Typeface::Weight::Light),
       m_text(16, Typeface::Weight::Regular)
 {
@@ -81,16 +79,6 @@ void SearchPane::Open(std::vector<Application> applications)
     UpdateWindow(Handle());
 }
 
-void SearchPane::Close()
-{
-    ShowWindow(Handle(), SW_HIDE);
-}
-
-bool SearchPane::IsOpen() const noexcept
-{
-    return IsWindowVisible(Handle()) != FALSE;
-}
-
 LRESULT SearchPane::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
@@ -106,23 +94,11 @@ LRESULT SearchPane::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
         SetTextColor(reinterpret_cast<HDC>(wParam), fieldText);
         SetBkColor(reinterpret_cast<HDC>(wParam), white);
         return reinterpret_cast<LRESULT>(m_editBrush);
-    case WM_PAINT:
-        Paint();
-        return 0;
-    case WM_ERASEBKGND:
-        return 1;
-    case WM_LBUTTONUP: {
-        const Application* hit = HitAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
-        if (hit) {
-            m_events.chosen(Application(*hit));
-        }
-        return 0;
-    }
     case WM_CLOSE:
         m_events.dismissed();
         return 0;
     default:
-        return Window::OnMessage(message, wParam, lParam);
+        return ApplicationWindow::OnMessage(message, wParam, lParam);
     }
 }
 
@@ -180,11 +156,11 @@ void SearchPane::Paste()
 
 void SearchPane::Submit()
 {
-    if (m_hits.empty()) {
+    if (m_shown.empty()) {
         m_events.submitted(Text(), nullptr);
         return;
     }
-    const Application hit = m_hits.front(); // the list may change while it is being started
+    const Application hit = m_shown.front(); // the list may change while it is being started
     m_events.submitted(Text(), &hit);
 }
 
@@ -192,8 +168,8 @@ void SearchPane::OnTextChanged()
 {
     const std::wstring text = Text();
     const Query query(text);
-    m_hits.clear();
-    std::copy_if(m_applications.begin(), m_applications.end(), std::back_inserter(m_hits),
+    m_shown.clear();
+    std::copy_if(m_applications.begin(), m_applications.end(), std::back_inserter(m_shown),
                  [&query](const Application& application) { return query.Hits(application.name); });
     UseFont(m_text.FontFor(text));
     InvalidateRect(Handle(), nullptr, FALSE);
@@ -223,8 +199,8 @@ void SearchPane::Paint()
     m_heading.Draw(context, headingPlace, L"Search", white, Align::Left);
     m_scope.Draw(context, scopePlace, L"Apps", pale, Align::Left);
     FillColour(context, fieldPlace, white);
-    for (size_t index = 0; index < m_hits.size(); ++index) {
-        RECT place = PlaceOfHit(index, client);
+    for (size_t index = 0; index < m_shown.size(); ++index) {
+        RECT place = PlaceOf(index, client);
         if (place.top >= client.bottom) {
             break;
         }
@@ -233,31 +209,18 @@ void SearchPane::Paint()
         }
         place.left = margin;
         place.right -= 16;
-        m_text.Draw(context, place, m_hits[index].name, white, Align::Left);
+        m_text.Draw(context, place, m_shown[index].name, white, Align::Left);
     }
-    if (m_hits.empty() && GetWindowTextLengthW(m_edit) > 0) {
+    if (m_shown.empty() && GetWindowTextLengthW(m_edit) > 0) {
         const RECT place = {margin, hitsTop, client.right - margin, hitsTop + hitHeight};
         m_text.Draw(context, place, L"No apps match your search.", pale, Align::Left);
     }
 }
 
-RECT SearchPane::PlaceOfHit(size_t index, const RECT& client) const
+RECT SearchPane::PlaceOf(size_t index, const RECT& client) const
 {
     const LONG top = hitsTop + static_cast<LONG>(index) * hitHeight;
     return {0, top, client.right, top + hitHeight};
-}
-
-const Application* SearchPane::HitAt(POINT point) const
-{
-    RECT client = {};
-    GetClientRect(Handle(), &client);
-    for (size_t index = 0; index < m_hits.size(); ++index) {
-        const RECT place = PlaceOfHit(index, client);
-        if (PtInRect(&place, point)) {
-            return &m_hits[index];
-        }
-    }
-    return nullptr;
 }
 
 } // namespace standin

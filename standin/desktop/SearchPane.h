@@ -1,8 +1,7 @@
 #pragma once
 
-#include "standin/desktop/Applications.h"
+#include "standin/desktop/ApplicationWindow.h"
 #include "standin/desktop/Drawing.h"
-#include "standin/desktop/Window.h"
 
 #include <functional>
 #include <string>
@@ -12,28 +11,26 @@ namespace standin {
 
 // The pane at the right edge with an edit field and the applications that its text hits, kept up to date
 // while the text changes. Owned by the desktop and used on its thread.
-class SearchPane : public Window
+class SearchPane : public ApplicationWindow
 {
 public:
     struct Events
     {
         // Enter was pressed; hit is the top one, null: there is none.
         std::function<void(const std::wstring& text, const Application* hit)> submitted;
-        std::function<void(const Application&)> chosen;       // a hit was clicked
         std::function<void()> dismissed;                      // Escape was pressed
         std::function<void(const std::wstring& text)> pasted; // text: the field's, after the paste
         std::function<void()> pasteLost;
     };
 
-    explicit SearchPane(Events events);
+    // chosen: a hit was clicked.
+    SearchPane(Chosen chosen, Events events);
     ~SearchPane() override;
 
     [[nodiscard]] bool Create(); // hidden at first
 
     // With an empty field, in the foreground, the field focused.
     void Open(std::vector<Application> applications);
-    void Close();
-    [[nodiscard]] bool IsOpen() const noexcept;
 
 protected:
     LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -48,13 +45,11 @@ private:
     void OnTextChanged();
     void UseFont(HFONT font);
     [[nodiscard]] std::wstring Text() const;
-    void Paint();
-    [[nodiscard]] RECT PlaceOfHit(size_t index, const RECT& client) const;
-    [[nodiscard]] const Application* HitAt(POINT point) const;
+    void Paint() override;
+    [[nodiscard]] RECT PlaceOf(size_t index, const RECT& client) const override;
 
     Events m_events;
     std::vector<Application> m_applications;
-    std::vector<Application> m_hits;
     HWND m_edit = nullptr;
     WNDPROC m_editProcedure = nullptr;
     HBRUSH m_editBrush;

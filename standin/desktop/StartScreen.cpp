@@ -2,8 +2,6 @@
 
 #include "standin/Names.h"
 
-#include <windowsx.h>
-
 #include <iterator>
 #include <utility>
 
@@ -35,9 +33,10 @@ std::wstring_view FirstLetter(const std::wstring& name)
 
 } // namespace
 
-StartScreen::StartScreen(Events events)
-    : m_events(std::move(events)), m_heading(54, Typeface::Weight::Light),
-      m_letter(48, Typeface::Weight::Light), m_name(15, Typeface::Weight::Regular)
+StartScreen::StartScreen(Chosen chosen, std::function<void()> closed)
+    : ApplicationWindow(std::move(chosen)), m_closed(std::move(closed)),
+      m_heading(54, Typeface::Weight::Light), m_letter(48, Typeface::Weight::Light),
+      m_name(15, Typeface::Weight::Regular)
 {
 }
 
@@ -47,46 +46,22 @@ bool StartScreen::Create()
     return CreateHandle(startScreenClass, L"Start", WS_POPUP, WS_EX_TOOLWINDOW, screen);
 }
 
-bool StartScreen::IsShown() const noexcept
-{
-    return IsWindowVisible(Handle()) != FALSE;
-}
-
 void StartScreen::Show(std::vector<Application> applications)
 {
-    m_applications = std::move(applications);
+    m_shown = std::move(applications);
     ShowWindow(Handle(), SW_SHOW);
     SetForegroundWindow(Handle());
     InvalidateRect(Handle(), nullptr, FALSE);
     UpdateWindow(Handle());
 }
 
-void StartScreen::Hide()
-{
-    ShowWindow(Handle(), SW_HIDE);
-}
-
 LRESULT StartScreen::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-    case WM_PAINT:
-        Paint();
-        return 0;
-    case WM_ERASEBKGND:
-        return 1;
-    case WM_LBUTTONUP: {
-        const Application* tile = TileAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
-        if (tile) {
-            m_events.chosen(Application(*tile));
-        }
+    if (message == WM_CLOSE) {
+        m_closed();
         return 0;
     }
-    case WM_CLOSE:
-        m_events.closed();
-        return 0;
-    default:
-        return Window::OnMessage(message, wParam, lParam);
-    }
+    return ApplicationWindow::OnMessage(message, wParam, lParam);
 }
 
 void StartScreen::Paint()
@@ -97,8 +72,8 @@ void StartScreen::Paint()
     FillColour(context, client, background);
     const RECT heading = {leftMargin, 52, client.right, 132};
     m_heading.Draw(context, heading, L"Start", white, Align::Left);
-    for (size_t index = 0; index < m_applications.size(); ++index) {
-        const RECT place = PlaceOfTile(index, client);
+    for (size_t index = 0; index < m_shown.size(); ++index) {
+        const RECT place = PlaceOf(index, client);
         if (place.left >= client.right) {
             break;
         }
@@ -108,7 +83,7 @@ void StartScreen::Paint()
 
 void StartScreen::PaintTile(HDC context, size_t index, const RECT& place) const
 {
-    const std::wstring& name = m_applications[index].name;
+    const std::wstring& name = m_shown[index].name;
     FillColour(context, place, tileColours[index % std::size(tileColours)]);
     const RECT letterPlace = {place.left, place.top + 8, place.right, place.bottom - 36};
     m_letter.Draw(context, letterPlace, FirstLetter(name), white, Align::Centre);
@@ -118,7 +93,7 @@ void StartScreen::PaintTile(HDC context, size_t index, const RECT& place) const
 }
 
 // Tiles fill columns from the top, the columns go to the right.
-RECT StartScreen::PlaceOfTile(size_t index, const RECT& client) const
+RECT StartScreen::PlaceOf(size_t index, const RECT& client) const
 {
     const int room = static_cast<int>(client.bottom) - topMargin - bottomMargin + tileGap;
     const int rows = room > tileHeight + tileGap ? room / (tileHeight + tileGap) : 1;
@@ -127,19 +102,6 @@ RECT StartScreen::PlaceOfTile(size_t index, const RECT& client) const
     const LONG left = leftMargin + column * (tileWidth + tileGap);
     const LONG top = topMargin + row * (tileHeight + tileGap);
     return {left, top, left + tileWidth, top + tileHeight};
-}
-
-const Application* StartScreen::TileAt(POINT point) const
-{
-    RECT client = {};
-    GetClientRect(Handle(), &client);
-    for (size_t index = 0; index < m_applications.size(); ++index) {
-        const RECT place = PlaceOfTile(index, client);
-        if (PtInRect(&place, point)) {
-            return &m_applications[index];
-        }
-    }
-    return nullptr;
 }
 
 } // namespace standin

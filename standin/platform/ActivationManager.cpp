@@ -1,5 +1,6 @@
 #include "standin/platform/ActivationManager.h"
 
+#include "standin/Files.h"
 #include "standin/Journal.h"
 #include "standin/ModulePath.h"
 #include "standin/Settings.h"
@@ -65,38 +66,18 @@ std::wstring Quoted(const std::wstring& argument)
     return quoted + L"\"";
 }
 
-bool StartProcess(const std::wstring& program, const std::wstring& arguments, const std::wstring& folder,
-                  DWORD* processId)
-{
-    std::wstring commandLine = L"\"" + program + L"\"";
-    if (!arguments.empty()) {
-        commandLine += L" " + arguments;
-    }
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                        folder.c_str(), &startup, &process)) {
-        return false;
-    }
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    *processId = process.dwProcessId;
-    return true;
-}
-
 // The package's own program, or a window with the application's name when the package brings none.
-bool StartApplication(const Found& found, const wchar_t* arguments, DWORD* processId)
+DWORD Start(const Found& found, const wchar_t* arguments)
 {
     const std::wstring* executable = found.application->Find(L"Executable");
     const std::wstring program = found.package->folder + L"\\" + (executable ? *executable : std::wstring());
     const DWORD attributes = GetFileAttributesW(program.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY)) {
-        return StartProcess(program, arguments ? arguments : L"", found.package->folder, processId);
+        return StartProgram(program, arguments ? arguments : L"", found.package->folder);
     }
     const std::wstring folder = OwnFolder();
-    return StartProcess(folder + L"\\" + ownApplication,
-                        Quoted(DisplayName(*found.package, *found.application)), folder, processId);
+    return StartProgram(folder + L"\\" + ownApplication,
+                        Quoted(DisplayName(*found.package, *found.application)), folder);
 }
 
 class ActivationManager final : public ServedObject<IApplicationActivationManager>
@@ -106,18 +87,13 @@ public:
                                                   DWORD* processId) override
     {
         return Give(processId, [&] {
-            if (!userModelId) {
-                return E_POINTER;
-            }
-            const HRESULT failure = GetFailure(Setting::FailActivation);
-            if (FAILED(failure)) {
-                return failure;
-            }
+            Check(userModelId ? S_OK : E_POINTER);
+            Check(GetFailure(Setting::FailActivation));
             const Found found = FindApplication(userModelId);
-            if (!found.package || !found.application) {
-                return notRegistered;
-            }
-            if (!StartApplication(found, arguments, processId)) {
+            Check(found.package && found.application ? S_OK : notRegistered);
+            try {
+                *processId = Start(found, arguments);
+            } catch (const Failure&) {
                 return cannotBeStarted;
             }
             WriteJournal({L"activated", userModelId, arguments ? arguments : L"(null)"});

@@ -23,23 +23,18 @@ public:
             if (!GetMonitorInfoW(monitor, &information)) {
                 return E_INVALIDARG;
             }
-            const HRESULT failure = GetFailure(Setting::FailMonitorQuery);
-            if (SUCCEEDED(failure)) {
-                *mode = Mode();
-            }
-            return failure;
+            Check(GetFailure(Setting::FailMonitorQuery));
+            *mode = Mode();
+            return S_OK;
         });
     }
 
     HRESULT STDMETHODCALLTYPE IsLauncherVisible(BOOL* visible) override
     {
         return Give(visible, [&] {
-            const HRESULT failure = GetFailure(Setting::FailLauncherQuery);
-            if (SUCCEEDED(failure)) {
-                const HWND startScreen = FindWindowW(startScreenClass, nullptr);
-                *visible = startScreen && IsWindowVisible(startScreen);
-            }
-            return failure;
+            Check(GetFailure(Setting::FailLauncherQuery));
+            const HWND startScreen = FindWindowW(startScreenClass, nullptr);
+            *visible = startScreen && IsWindowVisible(startScreen);
         });
     }
 
@@ -61,10 +56,7 @@ private:
 HRESULT CreateAppVisibility(REFIID interfaceId, void** object) noexcept
 {
     const HRESULT failure = GetFailure(Setting::FailCreate);
-    if (FAILED(failure)) {
-        return failure;
-    }
-    return CreateComObject<DesktopVisibility>(interfaceId, object);
+    return FAILED(failure) ? failure : CreateComObject<DesktopVisibility>(interfaceId, object);
 }
 
 } // namespace standin

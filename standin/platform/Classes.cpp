@@ -1,19 +1,33 @@
 #include "standin/platform/Classes.h"
 
 #include "platform/PackageManifest.h"
+#include "standin/Settings.h"
 #include "standin/platform/ActivationManager.h"
 #include "standin/platform/AppVisibility.h"
 #include "standin/platform/ManifestFactory.h"
-#include "standin/platform/ServedObject.h"
+#include "standin/platform/PackageManager.h"
+#include "standin/platform/RuntimeObject.h"
 
 #include <shobjidl.h>
 
-#include <exception>
+#include <cwchar>
+#include <iterator>
 #include <string>
 
 namespace standin {
 
 namespace {
+
+constexpr wchar_t packageManagerClass[] = L"Windows.Management.Deployment.PackageManager";
+constexpr wchar_t packageManagerKey[] =
+    L"Software\\Microsoft\\WindowsRuntime\\ActivatableClassId\\Windows.Management.Deployment.PackageManager";
+
+struct ServedClass
+{
+    CLSID classId;
+    const wchar_t* name;
+    HRESULT (*create)(REFIID interfaceId, void** object) noexcept;
+};
 
 const ServedClass servedClasses[] = {
     {__uuidof(::AppVisibility), L"Stand-in app visibility", &CreateAppVisibility},
@@ -40,6 +54,15 @@ private:
     const ServedClass& m_served;
 };
 
+class PackageManagerFactory final : public RuntimeObject<IActivationFactory>
+{
+public:
+    HRESULT STDMETHODCALLTYPE ActivateInstance(IInspectable** instance) override
+    {
+        return Give(instance, [&] { return CreatePackageManager(instance); });
+    }
+};
+
 std::wstring KeyOf(const ServedClass& served)
 {
     wchar_t text[40] = L"";
@@ -47,21 +70,16 @@ std::wstring KeyOf(const ServedClass& served)
     return std::wstring(L"Software\\Classes\\CLSID\\") + text;
 }
 
-LSTATUS SetText(const std::wstring& key, const wchar_t* name, const wchar_t* text) noexcept
+void SetText(const std::wstring& key, const wchar_t* name, const wchar_t* text)
 {
-    const auto size = static_cast<DWORD>((wcslen(text) + 1) * sizeof(wchar_t));
-    return RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, REG_SZ, text, size);
+    const auto size = static_cast<DWORD>((std::wcslen(text) + 1) * sizeof(wchar_t));
+    CheckStatus(RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, REG_SZ, text, size));
 }
 
-LSTATUS Register(const ServedClass& served, const wchar_t* path)
+void DeleteKey(const std::wstring& key)
 {
-    const std::wstring key = KeyOf(served);
-    const std::wstring serverKey = key + L"\\InprocServer32";
-    LSTATUS status = SetText(key, nullptr, served.name);
-    if (status == ERROR_SUCCESS) {
-        status = SetText(serverKey, nullptr, path);
-    }
-    return status == ERROR_SUCCESS ? SetText(serverKey, L"ThreadingModel", L"Both") : status;
+    const LSTATUS status = RegDeleteTreeW(HKEY_LOCAL_MACHINE, key.c_str());
+    CheckStatus(status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status);
 }
 
 } // namespace
@@ -80,34 +98,43 @@ HRESULT GetClassFactory(REFCLSID classId, REFIID interfaceId, void** object) noe
     return CLASS_E_CLASSNOTAVAILABLE;
 }
 
+HRESULT GetActivationFactory(HSTRING className, IActivationFactory** factory) noexcept
+{
+    if (!factory) {
+        return E_POINTER;
+    }
+    *factory = nullptr;
+    if (!HasOwnApartment()) {
+        return CO_E_NOTINITIALIZED; // the runtime enters one by itself, the real platform does not
+    }
+    return ResultOf([&] {
+        Check(GetFailure(Setting::FailPackageFactory));
+        return TextOf(className) == packageManagerClass ? MakeObject<PackageManagerFactory>(factory)
+                                                        : CLASS_E_CLASSNOTAVAILABLE;
+    });
+}
+
 HRESULT RegisterClasses(const wchar_t* path) noexcept
 {
-    try {
+    return ResultOf([&] {
         for (const ServedClass& served : servedClasses) {
-            const LSTATUS status = Register(served, path);
-            if (status != ERROR_SUCCESS) {
-                return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
-            }
+            const std::wstring serverKey = KeyOf(served) + L"\\InprocServer32";
+            SetText(KeyOf(served), nullptr, served.name);
+            SetText(serverKey, nullptr, path);
+            SetText(serverKey, L"ThreadingModel", L"Both");
         }
-        return S_OK;
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
+        SetText(packageManagerKey, L"DllPath", path);
+    });
 }
 
 HRESULT UnregisterClasses() noexcept
 {
-    try {
+    return ResultOf([] {
         for (const ServedClass& served : servedClasses) {
-            const LSTATUS status = RegDeleteTreeW(HKEY_LOCAL_MACHINE, KeyOf(served).c_str());
-            if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) {
-                return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
-            }
+            DeleteKey(KeyOf(served));
         }
-        return S_OK;
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
+        DeleteKey(packageManagerKey);
+    });
 }
 
 } // namespace standin

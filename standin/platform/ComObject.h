@@ -60,6 +60,9 @@ public:
 protected:
     virtual ~ComObject() = default;
 
+    // For Unserved.h.
+    static HRESULT NotImplemented(const char*) noexcept { return E_NOTIMPL; }
+
     // The interface, null when the object has none of that ID. Without a reference of its own.
     [[nodiscard]] virtual void* FindInterface(REFIID interfaceId) noexcept
     {

@@ -42,22 +42,6 @@ ULONGLONG Read(const BYTE* entry) noexcept
     return value;
 }
 
-// What stood in the slot before; null: it cannot be written.
-void* Replace(BYTE* slot, void* replacement) noexcept
-{
-    const auto value = reinterpret_cast<LONG64>(replacement);
-    const auto old = static_cast<LONG64>(Read(slot));
-    DWORD protection = 0;
-    if (old != value) {
-        if (!VirtualProtect(slot, sizeof(value), PAGE_READWRITE, &protection)) {
-            return nullptr;
-        }
-        InterlockedExchange64(reinterpret_cast<volatile LONG64*>(slot), value);
-        VirtualProtect(slot, sizeof(value), protection, &protection);
-    }
-    return reinterpret_cast<void*>(old);
-}
-
 void* PatchLibrary(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library, const ImportPatch& patch) noexcept
 {
     if (library.OriginalFirstThunk == 0) {
@@ -73,13 +57,28 @@ void* PatchLibrary(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library, const
         const auto* function =
             At<const char>(module, static_cast<DWORD>(Read(name)) + offsetof(IMAGE_IMPORT_BY_NAME, Name));
         if (std::strcmp(function, patch.function) == 0) {
-            old = Replace(slot, patch.replacement);
+            old = PatchSlot(slot, patch.replacement);
         }
     }
     return old;
 }
 
 } // namespace
+
+void* PatchSlot(void* slot, void* replacement) noexcept
+{
+    const auto value = reinterpret_cast<LONG64>(replacement);
+    const auto old = static_cast<LONG64>(Read(static_cast<const BYTE*>(slot)));
+    DWORD protection = 0;
+    if (old != value) {
+        if (!VirtualProtect(slot, sizeof(value), PAGE_READWRITE, &protection)) {
+            return nullptr;
+        }
+        InterlockedExchange64(reinterpret_cast<volatile LONG64*>(slot), value);
+        VirtualProtect(slot, sizeof(value), protection, &protection);
+    }
+    return reinterpret_cast<void*>(old);
+}
 
 void* PatchImport(HMODULE module, const ImportPatch& patch) noexcept
 {

@@ -18,9 +18,13 @@ struct ImportPatch
 // GetProcAddress is not reached. Allocates nothing; may be called on any thread, from DllMain too.
 void* PatchImport(HMODULE module, const ImportPatch& patch) noexcept;
 
-// The same for all modules of this process that are loaded now, the one at except left out. Returns how many
-// modules were changed, so the walk may be repeated whenever new modules may have come. The patches stay: the
-// module that holds the replacement must never be unloaded.
+// Points one place of a table of functions at the replacement, likewise. Returns what stood there; null: it
+// cannot be written.
+void* PatchSlot(void* slot, void* replacement) noexcept;
+
+// The same as PatchImport for all modules of this process that are loaded now, the one at except left out.
+// Returns how many modules were changed, so the walk may be repeated whenever new modules may have come. The
+// patches stay: the module that holds the replacement must never be unloaded.
 unsigned PatchImports(const ImportPatch& patch, HMODULE except) noexcept;
 
 } // namespace standin

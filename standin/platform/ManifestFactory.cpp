@@ -2,14 +2,14 @@
 
 #include "platform/PackageManifest.h"
 #include "standin/Settings.h"
-#include "standin/Text.h"
 #include "standin/platform/ServedObject.h"
 #include "standin/store/PackageStore.h"
 
 #include <algorithm>
-#include <cwchar>
+#include <iterator>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace standin {
@@ -21,7 +21,7 @@ using ManifestPointer = std::shared_ptr<const Manifest>;
 constexpr auto outOfBounds = static_cast<HRESULT>(0x8000000B); // E_BOUNDS
 
 // The names that the platform knows, to the letter; any other is refused.
-constexpr const wchar_t* valueNames[] = {
+constexpr std::wstring_view valueNames[] = {
     L"AppListEntry",
     L"BackgroundColor",
     L"DefaultSize",
@@ -50,31 +50,24 @@ constexpr const wchar_t* valueNames[] = {
     L"Wide310x150Logo",
 };
 
-bool IsValueName(const wchar_t* name) noexcept
+bool IsValueName(std::wstring_view name) noexcept
 {
-    for (const wchar_t* known : valueNames) {
-        if (std::wcscmp(known, name) == 0) {
-            return true;
-        }
-    }
-    return false;
+    return std::find(std::begin(valueNames), std::end(valueNames), name) != std::end(valueNames);
 }
 
 // In memory that the caller frees with CoTaskMemFree.
-HRESULT GiveCopy(const std::wstring& text, wchar_t** copy) noexcept
+wchar_t* CopyOf(const std::wstring& text)
 {
-    *copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
-    if (!*copy) {
-        return E_OUTOFMEMORY;
-    }
-    std::copy_n(text.c_str(), text.size() + 1, *copy);
-    return S_OK;
+    auto* const copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
+    Check(copy ? S_OK : E_OUTOFMEMORY);
+    std::copy_n(text.c_str(), text.size() + 1, copy);
+    return copy;
 }
 
 // The number of an application, from 1, is what the switches speak of.
-bool IsAsked(Setting setting, size_t place) noexcept
+void FailAt(Setting setting, size_t place)
 {
-    return GetSetting(setting) == place + 1;
+    Check(GetSetting(setting) == place + 1 ? E_FAIL : S_OK);
 }
 
 class Application final : public ServedObject<platform::IAppxManifestApplication>
@@ -88,34 +81,15 @@ public:
     HRESULT STDMETHODCALLTYPE GetStringValue(const wchar_t* name, wchar_t** value) override
     {
         return Give(value, [&] {
-            if (!name) {
-                return E_POINTER;
-            }
-            if (!IsValueName(name)) {
-                return E_INVALIDARG;
-            }
-            if (IsAsked(Setting::FailManifestStringAt, m_place)) {
-                return E_FAIL;
-            }
+            Check(name ? S_OK : E_POINTER);
+            Check(IsValueName(name) ? S_OK : E_INVALIDARG);
+            FailAt(Setting::FailManifestStringAt, m_place);
             const std::wstring* text = m_manifest->applications[m_place].Find(name);
-            return text ? GiveCopy(*text, value) : S_OK;
+            *value = text ? CopyOf(*text) : nullptr;
         });
     }
 
-    HRESULT STDMETHODCALLTYPE GetAppUserModelId(wchar_t** appUserModelId) override
-    {
-        return Give(appUserModelId, [&] {
-            // The family is made of the publisher, which only the store knows the short form of.
-            const ManifestApplication& application = m_manifest->applications[m_place];
-            for (const auto& package : ReadPackageStore()) {
-                if (EqualIgnoringCase(package->manifest.name, m_manifest->name) &&
-                    package->manifest.publisher == m_manifest->publisher) {
-                    return GiveCopy(package->UserModelId(application), appUserModelId);
-                }
-            }
-            return E_NOTIMPL;
-        });
-    }
+    HRESULT STDMETHODCALLTYPE GetAppUserModelId(wchar_t**) override { return E_NOTIMPL; }
 
 private:
     ManifestPointer m_manifest;
@@ -130,38 +104,31 @@ public:
     HRESULT STDMETHODCALLTYPE GetCurrent(platform::IAppxManifestApplication** application) override
     {
         return Give(application, [&] {
-            if (m_place >= m_manifest->applications.size()) {
-                return outOfBounds;
-            }
-            return IsAsked(Setting::FailManifestCurrentAt, m_place)
-                       ? E_FAIL
-                       : MakeObject<Application>(application, m_manifest, m_place);
+            CheckPlace();
+            FailAt(Setting::FailManifestCurrentAt, m_place);
+            return MakeObject<Application>(application, m_manifest, m_place);
         });
     }
 
     HRESULT STDMETHODCALLTYPE GetHasCurrent(BOOL* hasCurrent) override
     {
-        return Give(hasCurrent, [&] {
-            *hasCurrent = m_place < m_manifest->applications.size();
-            return S_OK;
-        });
+        return Give(hasCurrent, [&] { *hasCurrent = Has(); });
     }
 
     HRESULT STDMETHODCALLTYPE MoveNext(BOOL* hasNext) override
     {
         return Give(hasNext, [&] {
-            if (m_place >= m_manifest->applications.size()) {
-                return outOfBounds;
-            }
-            if (IsAsked(Setting::FailManifestMoveNextAt, m_place)) {
-                return E_FAIL;
-            }
+            CheckPlace();
+            FailAt(Setting::FailManifestMoveNextAt, m_place);
             ++m_place;
-            return GetHasCurrent(hasNext);
+            *hasNext = Has();
         });
     }
 
 private:
+    [[nodiscard]] bool Has() const noexcept { return m_place < m_manifest->applications.size(); }
+    void CheckPlace() const { Check(Has() ? S_OK : outOfBounds); }
+
     ManifestPointer m_manifest;
     size_t m_place = 0;
 };
@@ -169,11 +136,7 @@ private:
 class ManifestReader final : public ServedObject<platform::IAppxManifestReader>
 {
 public:
-    ManifestReader(ManifestPointer manifest, IStream* stream) noexcept
-        : m_manifest(std::move(manifest)), m_stream(stream)
-    {
-        m_stream->AddRef();
-    }
+    explicit ManifestReader(ManifestPointer manifest) noexcept : m_manifest(std::move(manifest)) {}
 
     HRESULT STDMETHODCALLTYPE GetPackageId(void**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetProperties(void**) override { return E_NOTIMPL; }
@@ -187,25 +150,15 @@ public:
     GetApplications(platform::IAppxManifestApplicationsEnumerator** applications) override
     {
         return Give(applications, [&] {
-            const HRESULT failure = GetFailure(Setting::FailManifestApplications);
-            return FAILED(failure) ? failure : MakeObject<Applications>(applications, m_manifest);
+            Check(GetFailure(Setting::FailManifestApplications));
+            return MakeObject<Applications>(applications, m_manifest);
         });
     }
 
-    HRESULT STDMETHODCALLTYPE GetStream(IStream** manifest) override
-    {
-        return Give(manifest, [&] {
-            m_stream->AddRef();
-            *manifest = m_stream;
-            return S_OK;
-        });
-    }
+    HRESULT STDMETHODCALLTYPE GetStream(IStream**) override { return E_NOTIMPL; }
 
 private:
-    ~ManifestReader() override { m_stream->Release(); }
-
     ManifestPointer m_manifest;
-    IStream* m_stream;
 };
 
 class ManifestFactory final : public ServedObject<platform::IAppxFactory>
@@ -218,16 +171,11 @@ public:
                                                    platform::IAppxManifestReader** reader) override
     {
         return Give(reader, [&] {
-            if (!stream) {
-                return E_POINTER;
-            }
-            const HRESULT failure = GetFailure(Setting::FailManifestReader);
-            if (FAILED(failure)) {
-                return failure;
-            }
+            Check(stream ? S_OK : E_POINTER);
+            Check(GetFailure(Setting::FailManifestReader));
             const auto manifest = std::make_shared<Manifest>();
-            const HRESULT hr = ReadManifest(stream, *manifest);
-            return SUCCEEDED(hr) ? MakeObject<ManifestReader>(reader, manifest, stream) : hr;
+            Check(ReadManifest(stream, *manifest));
+            return MakeObject<ManifestReader>(reader, manifest);
         });
     }
 

@@ -4,6 +4,7 @@
 #include "standin/Text.h"
 #include "standin/platform/PackageObjects.h"
 #include "standin/platform/RuntimeObject.h"
+#include "standin/platform/Unserved.h"
 
 #include <utility>
 
@@ -11,18 +12,19 @@ namespace standin {
 
 namespace {
 
-// The packages of the store that are wanted, in its order; the switch may ask for a failure.
+// The installed packages of the store that are wanted, in its order, for the current user only; the switch
+// may ask for a failure.
 template <typename IsWanted>
-HRESULT Find(Setting failureSetting, IsWanted isWanted, platform::IPackageIterable** packages) noexcept
+HRESULT Find(HSTRING userSecurityId, Setting failureSetting, IsWanted isWanted,
+             platform::IPackageIterable** packages) noexcept
 {
     return Give(packages, [&] {
-        const HRESULT failure = GetFailure(failureSetting);
-        if (FAILED(failure)) {
-            return failure;
-        }
+        Check(GetFailure(failureSetting));
+        Check(WindowsGetStringLen(userSecurityId) == 0 ? S_OK
+                                                       : E_ACCESSDENIED); // others: an administrator's affair
         StorePackages found;
         for (auto& package : ReadPackageStore()) {
-            if (isWanted(*package)) {
+            if (package->isInstalled && isWanted(*package)) {
                 found.push_back(package);
             }
         }
@@ -30,79 +32,24 @@ HRESULT Find(Setting failureSetting, IsWanted isWanted, platform::IPackageIterab
     });
 }
 
-class PackageManager final : public RuntimeObject<platform::IPackageManager>
+class PackageManager final : public UnservedPackageManager<RuntimeObject<platform::IPackageManager>>
 {
 public:
-    HRESULT STDMETHODCALLTYPE AddPackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE UpdatePackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE RemovePackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE StagePackageAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE RegisterPackageAsync() override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE FindPackages(platform::IPackageIterable** packages) override
-    {
-        return Find(
-            Setting::FailFindAll, [](const StorePackage&) { return true; }, packages);
-    }
-
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityId(HSTRING userSecurityId,
                                                            platform::IPackageIterable** packages) override
     {
-        if (!IsCurrentUser(userSecurityId)) {
-            return E_ACCESSDENIED;
-        }
         return Find(
-            Setting::FailFindAll, [](const StorePackage& package) { return package.isInstalled; }, packages);
-    }
-
-    HRESULT STDMETHODCALLTYPE FindPackagesByNamePublisher(HSTRING, HSTRING,
-                                                          platform::IPackageIterable**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdNamePublisher(HSTRING, HSTRING, HSTRING,
-                                                                        platform::IPackageIterable**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindUsers(HSTRING, void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetPackageState(HSTRING, INT32) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE FindPackageByPackageFullName(HSTRING, platform::IPackage**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE CleanupPackageForUserAsync() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE FindPackagesByPackageFamilyName(HSTRING, platform::IPackageIterable**) override
-    {
-        return E_NOTIMPL;
+            userSecurityId, Setting::FailFindAll, [](const StorePackage&) { return true; }, packages);
     }
 
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdPackageFamilyName(
         HSTRING userSecurityId, HSTRING packageFamilyName, platform::IPackageIterable** packages) override
     {
-        if (!IsCurrentUser(userSecurityId)) {
-            return E_ACCESSDENIED;
-        }
         const std::wstring_view familyName = TextOf(packageFamilyName);
-        return Find(
-            Setting::FailFindFamily,
-            [&](const StorePackage& package) {
-                return package.isInstalled && EqualIgnoringCase(package.familyName, familyName);
-            },
-            packages);
-    }
-
-    HRESULT STDMETHODCALLTYPE FindPackageByUserSecurityIdPackageFullName(HSTRING, HSTRING,
-                                                                         platform::IPackage**) override
-    {
-        return E_NOTIMPL;
-    }
-
-private:
-    // The packages of others are an administrator's affair.
-    static bool IsCurrentUser(HSTRING userSecurityId) noexcept
-    {
-        return WindowsGetStringLen(userSecurityId) == 0;
+        const auto isOfFamily = [familyName](const StorePackage& package) {
+            return EqualIgnoringCase(package.familyName, familyName);
+        };
+        return Find(userSecurityId, Setting::FailFindFamily, isOfFamily, packages);
     }
 };
 

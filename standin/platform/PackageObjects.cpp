@@ -2,6 +2,7 @@
 
 #include "standin/Text.h"
 #include "standin/platform/RuntimeObject.h"
+#include "standin/platform/Unserved.h"
 
 namespace standin {
 
@@ -14,29 +15,12 @@ HRESULT GiveProperty(const StorePackage& package, const wchar_t* faultKey, const
                      HSTRING* value) noexcept
 {
     return Give(value, [&] {
-        const HRESULT fault = package.Fault(faultKey);
-        return FAILED(fault) ? fault : GiveText(text, value);
+        Check(package.Fault(faultKey));
+        return GiveText(text, value);
     });
 }
 
-// As the platform numbers processors.
-INT32 ArchitectureNumber(const std::wstring& name) noexcept
-{
-    struct Architecture
-    {
-        const wchar_t* name;
-        INT32 number;
-    };
-    constexpr Architecture architectures[] = {{L"x86", 0}, {L"arm", 5}, {L"x64", 9}, {L"neutral", 11}};
-    for (const Architecture& architecture : architectures) {
-        if (EqualIgnoringCase(name, architecture.name)) {
-            return architecture.number;
-        }
-    }
-    return 0xFFFF; // unknown
-}
-
-class PackageId final : public RuntimeObject<platform::IPackageId>
+class PackageId final : public UnservedPackageId<RuntimeObject<platform::IPackageId>>
 {
 public:
     explicit PackageId(PackagePointer package) noexcept : m_package(std::move(package)) {}
@@ -53,25 +37,6 @@ public:
             return m_package->Fault(L"fail_version");
         });
     }
-    HRESULT STDMETHODCALLTYPE get_Architecture(INT32* value) override
-    {
-        return Give(value, [&] {
-            *value = ArchitectureNumber(m_package->architecture);
-            return S_OK;
-        });
-    }
-    HRESULT STDMETHODCALLTYPE get_ResourceId(HSTRING* value) override
-    {
-        return GiveProperty(*m_package, L"fail_resource_id", m_package->resourceId, value);
-    }
-    HRESULT STDMETHODCALLTYPE get_Publisher(HSTRING* value) override
-    {
-        return GiveProperty(*m_package, L"fail_publisher", m_package->publisher, value);
-    }
-    HRESULT STDMETHODCALLTYPE get_PublisherId(HSTRING* value) override
-    {
-        return GiveProperty(*m_package, L"fail_publisher_id", m_package->publisherId, value);
-    }
     HRESULT STDMETHODCALLTYPE get_FullName(HSTRING* value) override
     {
         return GiveProperty(*m_package, L"fail_full_name", m_package->fullName, value);
@@ -86,39 +51,16 @@ private:
 };
 
 // The folder of an installed package, which need not be there.
-class InstalledFolder final : public RuntimeObject<platform::IStorageFolder, platform::IStorageItem>
+class InstalledFolder final
+    : public UnservedStorageItem<RuntimeObject<platform::IStorageFolder, platform::IStorageItem>>
 {
 public:
     explicit InstalledFolder(PackagePointer package) noexcept : m_package(std::move(package)) {}
 
-    HRESULT STDMETHODCALLTYPE RenameAsyncOverloadDefaultOptions(HSTRING, void**) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE RenameAsync(HSTRING, INT32, void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE DeleteAsyncOverloadDefaultOptions(void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE DeleteAsync(INT32, void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetBasicPropertiesAsync(void**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override
-    {
-        return Give(value, [&] {
-            const std::wstring& path = m_package->installedPath;
-            return GiveText(path.substr(path.find_last_of(L'\\') + 1), value);
-        });
-    }
     HRESULT STDMETHODCALLTYPE get_Path(HSTRING* value) override
     {
         return GiveProperty(*m_package, L"fail_path", m_package->installedPath, value);
     }
-    HRESULT STDMETHODCALLTYPE get_Attributes(UINT32* value) override
-    {
-        return Give(value, [&] {
-            *value = FILE_ATTRIBUTE_DIRECTORY;
-            return S_OK;
-        });
-    }
-    HRESULT STDMETHODCALLTYPE get_DateCreated(INT64*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE IsOfType(UINT32, boolean*) override { return E_NOTIMPL; }
 
 private:
     PackagePointer m_package;
@@ -154,18 +96,12 @@ public:
     {
         return GiveObject<InstalledFolder>(L"fail_installed_location", value);
     }
-    HRESULT STDMETHODCALLTYPE get_IsFramework(boolean* value) override
-    {
-        return Give(value, [&] {
-            *value = m_package->isFramework ? 1 : 0;
-            return S_OK;
-        });
-    }
+    HRESULT STDMETHODCALLTYPE get_IsFramework(boolean*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_Dependencies(platform::IPackageVectorView** value) override
     {
         return Give(value, [&] {
-            const HRESULT fault = m_package->Fault(L"fail_dependencies");
-            return FAILED(fault) ? fault : MakePackageList(DependenciesOf(*m_package), value);
+            Check(m_package->Fault(L"fail_dependencies"));
+            return MakePackageList(DependenciesOf(*m_package), value);
         });
     }
 
@@ -174,8 +110,8 @@ private:
     HRESULT GiveObject(const wchar_t* faultKey, Interface** value) noexcept
     {
         return Give(value, [&] {
-            const HRESULT fault = m_package->Fault(faultKey);
-            return FAILED(fault) ? fault : MakeObject<Class>(value, m_package);
+            Check(m_package->Fault(faultKey));
+            return MakeObject<Class>(value, m_package);
         });
     }
 

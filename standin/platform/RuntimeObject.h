@@ -13,39 +13,15 @@
 
 namespace standin {
 
-// An object of the Windows Runtime: a served object that can be asked what it is. Agile: it may be used on
+// An object of the Windows Runtime: a served object. Agile: it may be used on
 // any thread that has an apartment, of whatever kind.
 template <typename Interface, typename... Others>
 class RuntimeObject : public ServedObject<Interface, Others...>
 {
 public:
-    HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** interfaceIds) override
-    {
-        if (!count || !interfaceIds) {
-            return E_POINTER;
-        }
-        *count = 0;
-        *interfaceIds = nullptr;
-        return E_NOTIMPL;
-    }
-
-    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* className) override
-    {
-        if (!className) {
-            return E_POINTER;
-        }
-        *className = nullptr;
-        return E_NOTIMPL;
-    }
-
-    HRESULT STDMETHODCALLTYPE GetTrustLevel(TrustLevel* level) override
-    {
-        if (!level) {
-            return E_POINTER;
-        }
-        *level = BaseTrust;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE GetIids(ULONG*, IID**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTrustLevel(TrustLevel*) override { return E_NOTIMPL; }
 
 protected:
     [[nodiscard]] void* FindInterface(REFIID interfaceId) noexcept override

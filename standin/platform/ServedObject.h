@@ -1,13 +1,12 @@
 #pragma once
 
 #include "standin/Faults.h"
+#include "standin/Result.h"
 #include "standin/platform/ComObject.h"
 
 #include <windows.h>
 
 #include <objbase.h>
-
-#include <exception>
 
 // Objects that live in an apartment, as the real platform's do. There an object that is called on a thread
 // without one does not work, and one that is released after the last apartment of the process has ended may
@@ -22,28 +21,22 @@ namespace standin {
     return SUCCEEDED(CoGetApartmentType(&type, &qualifier)) && qualifier != APTTYPEQUALIFIER_IMPLICIT_MTA;
 }
 
-// What a method of such an object answers: the body's result; CO_E_NOTINITIALIZED, and a fault, on a thread
-// without an apartment; E_OUTOFMEMORY when the body throws.
+// What a method of such an object answers: the body's result (ResultOf in Result.h); CO_E_NOTINITIALIZED, and
+// a fault, on a thread without an apartment.
 template <typename Body> [[nodiscard]] HRESULT Answer(Body body) noexcept
 {
     if (!HasOwnApartment()) {
         CountFault(Fault::UseOutsideApartment);
         return CO_E_NOTINITIALIZED;
     }
-    try {
-        return body();
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
+    return ResultOf(body);
 }
 
 // The same for a method with a place for what it gives: E_POINTER without one, and nothing in it at first.
 template <typename Value, typename Body> [[nodiscard]] HRESULT Give(Value* place, Body body) noexcept
 {
     return Answer([&] {
-        if (!place) {
-            return E_POINTER;
-        }
+        Check(place ? S_OK : E_POINTER);
         *place = Value{};
         return body();
     });

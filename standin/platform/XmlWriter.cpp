@@ -1,200 +1,85 @@
 #include "standin/platform/XmlWriter.h"
 
-#include "standin/platform/ComObject.h"
+#include "standin/ModulePath.h"
+#include "standin/Result.h"
 #include "standin/platform/ImportPatch.h"
 
 #include <xmllite.h>
 
-#include <exception>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace standin {
 
 namespace {
 
-// Appends what stands for the character in an attribute's value.
-void AppendEscaped(std::wstring& escaped, wchar_t character)
+// What stands for a character in an attribute's value; null: it stands for itself.
+const wchar_t* EscapedForm(wchar_t character) noexcept
 {
-    switch (character) {
-    case L'&':
-        escaped += L"&amp;";
-        break;
-    case L'<':
-        escaped += L"&lt;";
-        break;
-    case L'>':
-        escaped += L"&gt;";
-        break;
-    case L'"':
-        escaped += L"&quot;";
-        break;
-    case L'\t':
-        escaped += L"&#x9;";
-        break;
-    case L'\n':
-        escaped += L"&#xA;";
-        break;
-    case L'\r':
-        escaped += L"&#xD;";
-        break;
-    default:
-        escaped += character;
+    constexpr std::pair<wchar_t, const wchar_t*> forms[] = {
+        {L'&', L"&amp;"},  {L'<', L"&lt;"},   {L'>', L"&gt;"},  {L'"', L"&quot;"},
+        {L'\t', L"&#x9;"}, {L'\n', L"&#xA;"}, {L'\r', L"&#xD;"}};
+    for (const auto& [known, form] : forms) {
+        if (known == character) {
+            return form;
+        }
     }
+    return nullptr;
 }
 
-// S_OK when XML can hold the text, surrogates only in pairs.
-HRESULT CheckCharacters(const wchar_t* text) noexcept
+// Fails unless XML can hold the text, surrogates only in pairs.
+void CheckCharacters(const wchar_t* text)
 {
     for (; *text != L'\0'; ++text) {
-        if (IS_HIGH_SURROGATE(*text)) {
-            if (!IS_LOW_SURROGATE(text[1])) {
-                return static_cast<HRESULT>(WR_E_INVALIDSURROGATEPAIR);
-            }
+        if (IS_SURROGATE_PAIR(*text, text[1])) {
             ++text;
-        } else if (IS_LOW_SURROGATE(*text)) {
-            return static_cast<HRESULT>(WR_E_INVALIDSURROGATEPAIR);
+        } else if (IS_HIGH_SURROGATE(*text) || IS_LOW_SURROGATE(*text)) {
+            throw Failure(static_cast<HRESULT>(WR_E_INVALIDSURROGATEPAIR));
         } else if (*text == 0xFFFE || *text == 0xFFFF ||
                    (*text < L' ' && *text != L'\t' && *text != L'\n' && *text != L'\r')) {
-            return static_cast<HRESULT>(WC_E_XMLCHARACTER);
+            throw Failure(static_cast<HRESULT>(WC_E_XMLCHARACTER));
         }
     }
-    return S_OK;
 }
 
-// Hands everything on to the platform's own writer, attribute values escaped.
-class EscapingXmlWriter final : public ComObject<IXmlWriter>
+using WriteAttribute = HRESULT(STDMETHODCALLTYPE*)(IXmlWriter*, LPCWSTR prefix, LPCWSTR name, LPCWSTR uri,
+                                                   LPCWSTR value);
+constexpr size_t writeAttributePlace = 7; // of WriteAttributeString in a writer's table of methods
+
+WriteAttribute platformWriteAttribute = nullptr;
+
+HRESULT STDMETHODCALLTYPE WriteEscapedAttribute(IXmlWriter* writer, LPCWSTR prefix, LPCWSTR name, LPCWSTR uri,
+                                                LPCWSTR value)
 {
-public:
-    explicit EscapingXmlWriter(IXmlWriter* writer) noexcept : m_writer(writer) { m_writer->AddRef(); }
-
-    HRESULT STDMETHODCALLTYPE WriteAttributeString(LPCWSTR prefix, LPCWSTR name, LPCWSTR uri,
-                                                   LPCWSTR value) override
-    {
-        if (!value) {
-            return m_writer->WriteAttributeString(prefix, name, uri, value);
+    if (!value) {
+        return platformWriteAttribute(writer, prefix, name, uri, value);
+    }
+    return ResultOf([&] {
+        CheckCharacters(value);
+        std::wstring escaped;
+        for (const wchar_t character : std::wstring_view(value)) {
+            const wchar_t* const form = EscapedForm(character);
+            escaped += form ? std::wstring(form) : std::wstring(1, character);
         }
-        const HRESULT hr = CheckCharacters(value);
-        if (FAILED(hr)) {
-            return hr;
-        }
-        try {
-            std::wstring escaped;
-            for (const wchar_t* character = value; *character != L'\0'; ++character) {
-                AppendEscaped(escaped, *character);
-            }
-            return m_writer->WriteAttributeString(prefix, name, uri, escaped.c_str());
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
-    }
-
-    HRESULT STDMETHODCALLTYPE SetOutput(IUnknown* output) override { return m_writer->SetOutput(output); }
-    HRESULT STDMETHODCALLTYPE GetProperty(UINT property, LONG_PTR* value) override
-    {
-        return m_writer->GetProperty(property, value);
-    }
-    HRESULT STDMETHODCALLTYPE SetProperty(UINT property, LONG_PTR value) override
-    {
-        return m_writer->SetProperty(property, value);
-    }
-    HRESULT STDMETHODCALLTYPE WriteAttributes(IXmlReader* reader, BOOL writeDefaults) override
-    {
-        return m_writer->WriteAttributes(reader, writeDefaults);
-    }
-    HRESULT STDMETHODCALLTYPE WriteCData(LPCWSTR text) override { return m_writer->WriteCData(text); }
-    HRESULT STDMETHODCALLTYPE WriteCharEntity(WCHAR character) override
-    {
-        return m_writer->WriteCharEntity(character);
-    }
-    HRESULT STDMETHODCALLTYPE WriteChars(const WCHAR* text, UINT length) override
-    {
-        return m_writer->WriteChars(text, length);
-    }
-    HRESULT STDMETHODCALLTYPE WriteComment(LPCWSTR text) override { return m_writer->WriteComment(text); }
-    HRESULT STDMETHODCALLTYPE WriteDocType(LPCWSTR name, LPCWSTR publicId, LPCWSTR systemId,
-                                           LPCWSTR subset) override
-    {
-        return m_writer->WriteDocType(name, publicId, systemId, subset);
-    }
-    HRESULT STDMETHODCALLTYPE WriteElementString(LPCWSTR prefix, LPCWSTR name, LPCWSTR uri,
-                                                 LPCWSTR value) override
-    {
-        return m_writer->WriteElementString(prefix, name, uri, value);
-    }
-    HRESULT STDMETHODCALLTYPE WriteEndDocument() override { return m_writer->WriteEndDocument(); }
-    HRESULT STDMETHODCALLTYPE WriteEndElement() override { return m_writer->WriteEndElement(); }
-    HRESULT STDMETHODCALLTYPE WriteEntityRef(LPCWSTR name) override { return m_writer->WriteEntityRef(name); }
-    HRESULT STDMETHODCALLTYPE WriteFullEndElement() override { return m_writer->WriteFullEndElement(); }
-    HRESULT STDMETHODCALLTYPE WriteName(LPCWSTR name) override { return m_writer->WriteName(name); }
-    HRESULT STDMETHODCALLTYPE WriteNmToken(LPCWSTR token) override { return m_writer->WriteNmToken(token); }
-    HRESULT STDMETHODCALLTYPE WriteNode(IXmlReader* reader, BOOL writeDefaults) override
-    {
-        return m_writer->WriteNode(reader, writeDefaults);
-    }
-    HRESULT STDMETHODCALLTYPE WriteNodeShallow(IXmlReader* reader, BOOL writeDefaults) override
-    {
-        return m_writer->WriteNodeShallow(reader, writeDefaults);
-    }
-    HRESULT STDMETHODCALLTYPE WriteProcessingInstruction(LPCWSTR name, LPCWSTR text) override
-    {
-        return m_writer->WriteProcessingInstruction(name, text);
-    }
-    HRESULT STDMETHODCALLTYPE WriteQualifiedName(LPCWSTR name, LPCWSTR uri) override
-    {
-        return m_writer->WriteQualifiedName(name, uri);
-    }
-    HRESULT STDMETHODCALLTYPE WriteRaw(LPCWSTR text) override { return m_writer->WriteRaw(text); }
-    HRESULT STDMETHODCALLTYPE WriteRawChars(const WCHAR* text, UINT length) override
-    {
-        return m_writer->WriteRawChars(text, length);
-    }
-    HRESULT STDMETHODCALLTYPE WriteStartDocument(XmlStandalone standalone) override
-    {
-        return m_writer->WriteStartDocument(standalone);
-    }
-    HRESULT STDMETHODCALLTYPE WriteStartElement(LPCWSTR prefix, LPCWSTR name, LPCWSTR uri) override
-    {
-        return m_writer->WriteStartElement(prefix, name, uri);
-    }
-    HRESULT STDMETHODCALLTYPE WriteString(LPCWSTR text) override { return m_writer->WriteString(text); }
-    HRESULT STDMETHODCALLTYPE WriteSurrogateCharEntity(WCHAR low, WCHAR high) override
-    {
-        return m_writer->WriteSurrogateCharEntity(low, high);
-    }
-    HRESULT STDMETHODCALLTYPE WriteWhitespace(LPCWSTR text) override
-    {
-        return m_writer->WriteWhitespace(text);
-    }
-    HRESULT STDMETHODCALLTYPE Flush() override { return m_writer->Flush(); }
-
-private:
-    ~EscapingXmlWriter() override { m_writer->Release(); }
-
-    IXmlWriter* m_writer;
-};
+        return platformWriteAttribute(writer, prefix, name, uri, escaped.c_str());
+    });
+}
 
 using CreateFunction = HRESULT(STDMETHODCALLTYPE*)(REFIID, void**, IMalloc*);
 
-// Asked for by name, so that this module has no import of its own that could lead back here.
-CreateFunction PlatformCreateXmlWriter() noexcept
-{
-    const HMODULE library = LoadLibraryW(L"xmllite.dll");
-    return library ? reinterpret_cast<CreateFunction>(
-                         reinterpret_cast<void*>(GetProcAddress(library, "CreateXmlWriter")))
-                   : nullptr;
-}
-
+// All writers share one table of methods: it is changed once, with the first of them.
 HRESULT STDMETHODCALLTYPE CreateEscapingXmlWriter(REFIID interfaceId, void** object, IMalloc* allocator)
 {
-    static const CreateFunction create = PlatformCreateXmlWriter();
-    if (!create) {
-        return E_UNEXPECTED;
-    }
-    IXmlWriter* writer = nullptr;
-    HRESULT hr = create(__uuidof(IXmlWriter), reinterpret_cast<void**>(&writer), allocator);
+    // Asked for by name, so that this module has no import of its own that could lead back here.
+    static const auto create = FunctionOf<CreateFunction>(LoadLibraryW(L"xmllite.dll"), "CreateXmlWriter");
+    const HRESULT hr = create ? create(interfaceId, object, allocator) : E_UNEXPECTED;
     if (SUCCEEDED(hr)) {
-        hr = CreateComObject<EscapingXmlWriter>(interfaceId, object, writer);
-        writer->Release();
+        void** const slot = *static_cast<void***>(*object) + writeAttributePlace;
+        [[maybe_unused]] static const void* const patched = [slot] {
+            platformWriteAttribute = reinterpret_cast<WriteAttribute>(*slot);
+            return PatchSlot(slot, reinterpret_cast<void*>(&WriteEscapedAttribute));
+        }();
     }
     return hr;
 }

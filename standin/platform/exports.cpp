@@ -1,16 +1,15 @@
 // The doors of the platform library: COM finds its classes here, regsvr32 registers it here. Nothing calls it
 // by name otherwise.
 #include "standin/ModulePath.h"
+#include "standin/Result.h"
 #include "standin/platform/Classes.h"
 #include "standin/platform/IndirectString.h"
-#include "standin/platform/RuntimeClasses.h"
 #include "standin/platform/XmlWriter.h"
 
 #include <windows.h>
 
 #include <olectl.h>
 
-#include <exception>
 #include <string>
 
 namespace {
@@ -59,20 +58,13 @@ STDAPI DllCanUnloadNow()
 
 STDAPI DllRegisterServer()
 {
-    try {
+    return standin::ResultOf([] {
         const std::wstring path = standin::ModulePath(ownModule);
-        if (path.empty()) {
-            return SELFREG_E_CLASS;
-        }
-        const HRESULT hr = standin::RegisterClasses(path.c_str());
-        return SUCCEEDED(hr) ? standin::RegisterRuntimeClasses(path.c_str()) : hr;
-    } catch (const std::exception&) {
-        return E_OUTOFMEMORY;
-    }
+        return path.empty() ? SELFREG_E_CLASS : standin::RegisterClasses(path.c_str());
+    });
 }
 
 STDAPI DllUnregisterServer()
 {
-    const HRESULT hr = standin::UnregisterClasses();
-    return SUCCEEDED(hr) ? standin::UnregisterRuntimeClasses() : hr;
+    return standin::UnregisterClasses();
 }

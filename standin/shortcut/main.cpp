@@ -1,4 +1,5 @@
 // Writes a shortcut file from the command line; the work is in Shortcuts.h.
+#include "standin/Result.h"
 #include "standin/Shortcuts.h"
 
 #include <cstdio>
@@ -21,7 +22,8 @@ int wmain(int count, wchar_t** arguments)
         const bool needsQuotes = argument.empty() || argument.find_first_of(L" \t") != std::wstring::npos;
         shortcutArguments += needsQuotes ? L"\"" + argument + L"\"" : argument;
     }
-    const HRESULT hr = standin::WriteShortcut(arguments[1], arguments[2], shortcutArguments);
+    const HRESULT hr =
+        standin::ResultOf([&] { standin::WriteShortcut(arguments[1], arguments[2], shortcutArguments); });
     if (FAILED(hr)) {
         std::fprintf(stderr, "The shortcut cannot be written: 0x%08lX\n", static_cast<unsigned long>(hr));
         return 1;

@@ -1,12 +1,16 @@
 #include "standin/store/Manifest.h"
 
+#include "standin/Files.h"
+#include "standin/Result.h"
 #include "standin/Text.h"
-#include "standin/store/PackageFiles.h"
 
 #include <shlwapi.h>
 #include <xmllite.h>
 
 #include <wrl/client.h>
+
+#include <algorithm>
+#include <utility>
 
 using Microsoft::WRL::ComPtr;
 
@@ -19,19 +23,22 @@ constexpr auto inputEnds = static_cast<HRESULT>(0xC00CEE01); // the XML reader's
 
 using Value = ManifestApplication::Value;
 
+// What a method of the reader gives of the place where it stands.
+std::wstring TextAt(IXmlReader* reader, HRESULT (STDMETHODCALLTYPE IXmlReader::*get)(const wchar_t**, UINT*))
+{
+    const wchar_t* text = nullptr;
+    UINT length = 0;
+    return SUCCEEDED((reader->*get)(&text, &length)) && text ? std::wstring(text, length) : std::wstring();
+}
+
 std::wstring LocalName(IXmlReader* reader)
 {
-    const wchar_t* name = nullptr;
-    UINT length = 0;
-    return SUCCEEDED(reader->GetLocalName(&name, &length)) && name ? std::wstring(name, length)
-                                                                   : std::wstring();
+    return TextAt(reader, &IXmlReader::GetLocalName);
 }
 
 std::wstring NodeText(IXmlReader* reader)
 {
-    const wchar_t* text = nullptr;
-    UINT length = 0;
-    return SUCCEEDED(reader->GetValue(&text, &length)) && text ? std::wstring(text, length) : std::wstring();
+    return TextAt(reader, &IXmlReader::GetValue);
 }
 
 std::vector<Value> Attributes(IXmlReader* reader)
@@ -99,16 +106,10 @@ private:
     // True when the reader's place is in exactly these elements, from the root on.
     [[nodiscard]] bool IsAt(std::initializer_list<std::wstring_view> path) const noexcept
     {
-        if (m_open.size() != path.size()) {
-            return false;
-        }
-        size_t depth = 0;
-        for (const std::wstring_view name : path) {
-            if (!EqualIgnoringCase(m_open[depth++].name, name)) {
-                return false;
-            }
-        }
-        return true;
+        return std::equal(m_open.begin(), m_open.end(), path.begin(), path.end(),
+                          [](const OpenElement& element, std::wstring_view name) {
+                              return EqualIgnoringCase(element.name, name);
+                          });
     }
 
     void OnElement()
@@ -132,17 +133,18 @@ private:
 
     void ReadIdentity()
     {
+        const std::pair<const wchar_t*, std::wstring*> places[] = {
+            {L"Name", &m_manifest.name},
+            {L"Publisher", &m_manifest.publisher},
+            {L"Version", &m_manifest.version},
+            {L"ProcessorArchitecture", &m_manifest.architecture},
+            {L"ResourceId", &m_manifest.resourceId},
+        };
         for (Value& attribute : Attributes(m_reader)) {
-            if (EqualIgnoringCase(attribute.name, L"Name")) {
-                m_manifest.name = std::move(attribute.text);
-            } else if (EqualIgnoringCase(attribute.name, L"Publisher")) {
-                m_manifest.publisher = std::move(attribute.text);
-            } else if (EqualIgnoringCase(attribute.name, L"Version")) {
-                m_manifest.version = std::move(attribute.text);
-            } else if (EqualIgnoringCase(attribute.name, L"ProcessorArchitecture")) {
-                m_manifest.architecture = std::move(attribute.text);
-            } else if (EqualIgnoringCase(attribute.name, L"ResourceId")) {
-                m_manifest.resourceId = std::move(attribute.text);
+            for (const auto& [name, text] : places) {
+                if (EqualIgnoringCase(attribute.name, name)) {
+                    *text = std::move(attribute.text);
+                }
             }
         }
     }
@@ -188,26 +190,24 @@ const std::wstring* ManifestApplication::Find(std::wstring_view name) const noex
 HRESULT ReadManifest(IStream* stream, Manifest& manifest)
 {
     manifest = {};
-    ComPtr<IXmlReader> reader;
-    HRESULT hr =
-        CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(reader.GetAddressOf()), nullptr);
-    if (SUCCEEDED(hr)) {
-        hr = reader->SetInput(stream);
-    }
-    return SUCCEEDED(hr) ? Walk(reader.Get(), manifest).Run() : hr;
+    return ResultOf([&] {
+        ComPtr<IXmlReader> reader;
+        Check(
+            CreateXmlReader(__uuidof(IXmlReader), reinterpret_cast<void**>(reader.GetAddressOf()), nullptr));
+        Check(reader->SetInput(stream));
+        return Walk(reader.Get(), manifest).Run();
+    });
 }
 
 HRESULT ReadManifestFile(const std::wstring& path, Manifest& manifest)
 {
-    std::string bytes;
-    const HRESULT hr = ReadFileBytes(path, bytes);
-    if (FAILED(hr)) {
-        return hr;
-    }
-    ComPtr<IStream> stream;
-    stream.Attach(
-        SHCreateMemStream(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<UINT>(bytes.size())));
-    return stream ? ReadManifest(stream.Get(), manifest) : E_OUTOFMEMORY;
+    return ResultOf([&] {
+        const std::string bytes = ReadFileBytes(path);
+        ComPtr<IStream> stream;
+        stream.Attach(
+            SHCreateMemStream(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<UINT>(bytes.size())));
+        return stream ? ReadManifest(stream.Get(), manifest) : E_OUTOFMEMORY;
+    });
 }
 
 } // namespace standin

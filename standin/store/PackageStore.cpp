@@ -118,7 +118,7 @@ std::wstring StorePackage::UserModelId(const ManifestApplication& application) c
 StorePackages ReadPackageStore()
 {
     StorePackages packages;
-    const std::wstring store = GetPackageStorePath();
+    const std::wstring store = GetText(TextSetting::PackageStore);
     if (store.empty()) {
         return packages;
     }

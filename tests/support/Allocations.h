@@ -1,5 +1,6 @@
 #pragma once
 
+#include "standin/ModulePath.h"
 #include "support/ImportPatch.h"
 
 #include <windows.h>
@@ -60,8 +61,8 @@ private:
     static void* Allocate(std::size_t size)
     {
         // Other threads may come here before the patch knows the function that it stands in for.
-        static const auto s_malloc = reinterpret_cast<AllocateFunction>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
+        static const auto s_malloc =
+            standin::FunctionOf<AllocateFunction>(GetModuleHandleW(L"msvcrt.dll"), "malloc");
         if (GetCurrentThreadId() != s_state.thread) {
             return s_malloc(size);
         }
@@ -76,8 +77,7 @@ private:
 
     static void Free(void* block)
     {
-        static const auto s_free = reinterpret_cast<FreeFunction>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
+        static const auto s_free = standin::FunctionOf<FreeFunction>(GetModuleHandleW(L"msvcrt.dll"), "free");
         if (block && GetCurrentThreadId() == s_state.thread) {
             Replace(block, nullptr);
         }

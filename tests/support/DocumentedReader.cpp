@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 namespace test {
 
@@ -36,20 +37,12 @@ std::wstring Character(const std::string& reference)
                               : std::wstring{static_cast<wchar_t>(0xD7C0 + (code >> 10)),
                                              static_cast<wchar_t>(0xDC00 + (code & 0x3FF))};
     }
-    if (reference == "amp") {
-        return L"&";
-    }
-    if (reference == "lt") {
-        return L"<";
-    }
-    if (reference == "gt") {
-        return L">";
-    }
-    if (reference == "quot") {
-        return L"\"";
-    }
-    if (reference == "apos") {
-        return L"'";
+    constexpr std::pair<std::string_view, const wchar_t*> names[] = {
+        {"amp", L"&"}, {"lt", L"<"}, {"gt", L">"}, {"quot", L"\""}, {"apos", L"'"}};
+    for (const auto& [name, character] : names) {
+        if (reference == name) {
+            return character;
+        }
     }
     throw std::runtime_error("unknown reference: " + reference);
 }
@@ -285,18 +278,17 @@ HRESULT DocumentedReader::MoveToElement()
 
 HRESULT DocumentedReader::GetLocalName(LPCWSTR* name, UINT* length)
 {
-    const std::wstring& text = m_attribute > 0 ? m_attributes[m_attribute - 1].name : m_name;
-    *name = text.c_str();
-    if (length) {
-        *length = static_cast<UINT>(text.size());
-    }
-    return S_OK;
+    return Give(m_attribute > 0 ? m_attributes[m_attribute - 1].name : m_name, name, length);
 }
 
 HRESULT DocumentedReader::GetValue(LPCWSTR* value, UINT* length)
 {
-    const std::wstring& text = m_attribute > 0 ? m_attributes[m_attribute - 1].value : m_value;
-    *value = text.c_str();
+    return Give(m_attribute > 0 ? m_attributes[m_attribute - 1].value : m_value, value, length);
+}
+
+HRESULT DocumentedReader::Give(const std::wstring& text, LPCWSTR* given, UINT* length)
+{
+    *given = text.c_str();
     if (length) {
         *length = static_cast<UINT>(text.size());
     }
@@ -319,26 +311,6 @@ HRESULT DocumentedReader::GetLinePosition(UINT* position)
 {
     *position = m_linePosition;
     return S_OK;
-}
-
-HRESULT DocumentedReader::QueryInterface(REFIID iid, void** object)
-{
-    *object = nullptr;
-    if (!IsEqualIID(iid, __uuidof(IXmlReader)) && !IsEqualIID(iid, __uuidof(IUnknown))) {
-        return E_NOINTERFACE;
-    }
-    AddRef();
-    *object = static_cast<IXmlReader*>(this);
-    return S_OK;
-}
-
-ULONG DocumentedReader::Release()
-{
-    const ULONG references = --m_references;
-    if (references == 0) {
-        delete this;
-    }
-    return references;
 }
 
 } // namespace test

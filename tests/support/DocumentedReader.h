@@ -1,6 +1,8 @@
 #pragma once
 
+#include "standin/platform/ComObject.h"
 #include "support/ImportPatch.h"
+#include "support/UnaskedReader.h"
 
 #include <windows.h>
 
@@ -11,6 +13,11 @@
 #include <string_view>
 #include <vector>
 
+template <> inline bool standin::IsInterface<test::UnaskedReader>(REFIID interfaceId) noexcept
+{
+    return IsEqualIID(interfaceId, __uuidof(IXmlReader)) != FALSE;
+}
+
 namespace test {
 
 // An XML reader that ends as the platform's is documented to, where the one of a runtime may not: a document
@@ -18,13 +25,9 @@ namespace test {
 // behind the end there is no node to ask about. It reads what catalogues and manifests consist of: UTF-8
 // with elements, attributes, texts, comments, CDATA sections and instructions. It does not look for other
 // faults of a document.
-class DocumentedReader final : public IXmlReader
+class DocumentedReader final : public standin::ComObject<UnaskedReader>
 {
 public:
-    DocumentedReader() = default;
-    DocumentedReader(const DocumentedReader&) = delete;
-    DocumentedReader& operator=(const DocumentedReader&) = delete;
-
     static constexpr HRESULT kInputEnds = static_cast<HRESULT>(0xC00CEE01);
 
     // The input is an IStream.
@@ -45,30 +48,12 @@ public:
     BOOL STDMETHODCALLTYPE IsEmptyElement() override { return m_isEmptyElement; }
     BOOL STDMETHODCALLTYPE IsEOF() override { return m_position == m_text.size(); }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override;
-
-    // What the library does not ask for.
-    HRESULT STDMETHODCALLTYPE GetProperty(UINT, LONG_PTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetProperty(UINT, LONG_PTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MoveToAttributeByName(LPCWSTR, LPCWSTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetQualifiedName(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetNamespaceUri(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetPrefix(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ReadValueChunk(WCHAR*, UINT, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetBaseUri(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetAttributeCount(UINT*) override { return E_NOTIMPL; }
-    BOOL STDMETHODCALLTYPE IsDefault() override { return FALSE; }
-
 private:
     struct Attribute
     {
         std::wstring name;
         std::wstring value;
     };
-
-    ~DocumentedReader() = default; // Release() deletes it
 
     // The steps of Read(). Each throws kInputEnds when the text ends in it.
     bool ReadNode();
@@ -84,6 +69,7 @@ private:
     std::string TakeName();
     void PassOverBlanks();
     void NotePlace();
+    static HRESULT Give(const std::wstring& text, LPCWSTR* given, UINT* length);
 
     std::string m_text;
     std::size_t m_position = 0;
@@ -100,8 +86,6 @@ private:
     UINT m_linePosition = 0;
     std::vector<Attribute> m_attributes;
     std::size_t m_attribute = 0; // its number from 1 on; 0: the reader stands on the node itself
-
-    ULONG m_references = 1;
 };
 
 // Lets the library read with readers of that kind, until the end of the scope.
@@ -111,12 +95,7 @@ private:
     using Create = HRESULT(WINAPI*)(REFIID, void**, IMalloc*);
 
     ImportPatch<Create> m_patch{"CreateXmlReader", [](REFIID iid, void** reader, IMalloc*) -> HRESULT {
-                                    *reader = nullptr;
-                                    if (!IsEqualIID(iid, __uuidof(IXmlReader))) {
-                                        return E_NOINTERFACE;
-                                    }
-                                    *reader = static_cast<IXmlReader*>(new DocumentedReader);
-                                    return S_OK;
+                                    return standin::CreateComObject<DocumentedReader>(iid, reader);
                                 }};
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/Apartments.h"
+#include "support/Current.h"
 #include "support/ImportPatch.h"
 #include "support/Text.h"
 
@@ -33,15 +34,12 @@ class FakeObject;
 // this, so that a reference given back twice, or used after that, is seen and does no harm. They live in
 // apartments: on a thread that has entered none itself calls fail with CO_E_NOTINITIALIZED, and neither they
 // nor what is done with references there is forgiven. One at a time; one thread at a time.
-class FakeObjects
+class FakeObjects : private Current<FakeObjects>
 {
 public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    FakeObjects() { s_current = this; }
-    ~FakeObjects() { s_current = nullptr; }
-    FakeObjects(const FakeObjects&) = delete;
-    FakeObjects& operator=(const FakeObjects&) = delete;
+    FakeObjects() = default;
 
     template <typename Class, typename... Arguments> Class* Make(Arguments&&... arguments)
     {
@@ -131,7 +129,7 @@ private:
         return s_current ? s_current->m_deleteString->Original()(string) : S_OK;
     }
 
-    static inline FakeObjects* s_current = nullptr;
+    friend Current<FakeObjects>;
 
     std::optional<ImportPatch<decltype(&WindowsDeleteString)>> m_deleteString;
     std::vector<std::unique_ptr<FakeObject>> m_objects;
@@ -240,6 +238,7 @@ inline bool FakeObjects::IsAnyHeld() const
 template <typename Interface> class FakeUnknown : public FakeObject, public Interface
 {
 public:
+    using Served = Interface;
     using FakeObject::FakeObject;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/WinRtPackages.h"
+#include "standin/platform/Unserved.h"
+#include "support/Current.h"
 #include "support/FakeObjects.h"
 
 #include <activation.h>
@@ -26,11 +28,11 @@ struct PackageFacts
     bool isListed = true;                     // false: it is found by its family only
 };
 
-class FakePackageId : public FakeInspectable<platform::IPackageId>
+class FakePackageId : public standin::UnservedPackageId<FakeInspectable<platform::IPackageId>>
 {
 public:
     FakePackageId(FakeObjects& owner, const PackageFacts* facts)
-        : FakeInspectable(owner, "identity"), m_facts(facts)
+        : UnservedPackageId(owner, "identity"), m_facts(facts)
     {
     }
 
@@ -42,10 +44,6 @@ public:
     {
         return GiveValue("Version", m_facts->version, value);
     }
-    HRESULT STDMETHODCALLTYPE get_Architecture(INT32*) override { return NotImplemented("Architecture"); }
-    HRESULT STDMETHODCALLTYPE get_ResourceId(HSTRING*) override { return NotImplemented("ResourceId"); }
-    HRESULT STDMETHODCALLTYPE get_Publisher(HSTRING*) override { return NotImplemented("Publisher"); }
-    HRESULT STDMETHODCALLTYPE get_PublisherId(HSTRING*) override { return NotImplemented("PublisherId"); }
     HRESULT STDMETHODCALLTYPE get_FullName(HSTRING* value) override
     {
         return GiveText("FullName", m_facts->fullName, value);
@@ -59,62 +57,44 @@ private:
     const PackageFacts* m_facts;
 };
 
-class FakeStorageItem : public FakeInspectable<platform::IStorageItem>
+class FakeStorageItem : public standin::UnservedStorageItem<FakeInspectable<platform::IStorageItem>>
 {
 public:
     FakeStorageItem(FakeObjects& owner, const PackageFacts* facts)
-        : FakeInspectable(owner, "storage item"), m_facts(facts)
+        : UnservedStorageItem(owner, "storage item"), m_facts(facts)
     {
     }
 
-    HRESULT STDMETHODCALLTYPE RenameAsyncOverloadDefaultOptions(HSTRING, void**) override
-    {
-        return NotImplemented("RenameAsync");
-    }
-    HRESULT STDMETHODCALLTYPE RenameAsync(HSTRING, INT32, void**) override
-    {
-        return NotImplemented("RenameAsync");
-    }
-    HRESULT STDMETHODCALLTYPE DeleteAsyncOverloadDefaultOptions(void**) override
-    {
-        return NotImplemented("DeleteAsync");
-    }
-    HRESULT STDMETHODCALLTYPE DeleteAsync(INT32, void**) override { return NotImplemented("DeleteAsync"); }
-    HRESULT STDMETHODCALLTYPE GetBasicPropertiesAsync(void**) override
-    {
-        return NotImplemented("GetBasicPropertiesAsync");
-    }
-    HRESULT STDMETHODCALLTYPE get_Name(HSTRING*) override { return NotImplemented("Name of the folder"); }
     HRESULT STDMETHODCALLTYPE get_Path(HSTRING* value) override
     {
         return GiveText("Path", m_facts->path, value);
     }
-    HRESULT STDMETHODCALLTYPE get_Attributes(UINT32*) override { return NotImplemented("Attributes"); }
-    HRESULT STDMETHODCALLTYPE get_DateCreated(INT64*) override { return NotImplemented("DateCreated"); }
-    HRESULT STDMETHODCALLTYPE IsOfType(UINT32, boolean*) override { return NotImplemented("IsOfType"); }
 
 private:
     const PackageFacts* m_facts;
 };
 
-// The folder of a package, whose path only its storage item tells.
-class FakeFolder : public FakeInspectable<platform::IStorageFolder>
+// An object that has to be asked for another one's interface.
+template <typename Interface, typename Other> class FakeDoor : public FakeInspectable<Interface>
 {
 public:
-    FakeFolder(FakeObjects& owner, const PackageFacts* facts)
-        : FakeInspectable(owner, "folder"), m_item(owner.Make<FakeStorageItem>(facts))
+    FakeDoor(FakeObjects& owner, std::string label, Other* other)
+        : FakeInspectable<Interface>(owner, std::move(label)), m_other(other)
     {
     }
 
 protected:
     IUnknown* Ask(REFIID id) override
     {
-        return IsEqualIID(id, __uuidof(platform::IStorageItem)) ? m_item : nullptr;
+        return IsEqualIID(id, __uuidof(typename Other::Served)) ? m_other : nullptr;
     }
 
 private:
-    FakeStorageItem* m_item;
+    Other* m_other;
 };
+
+// The folder of a package, whose path only its storage item tells.
+using FakeFolder = FakeDoor<platform::IStorageFolder, FakeStorageItem>;
 
 class FakePackageList;
 
@@ -142,11 +122,11 @@ private:
     FakePackageList* m_dependencies;
 };
 
-class FakePackageList : public FakeInspectable<platform::IPackageVectorView>
+class FakePackageList : public standin::UnservedPackageList<FakeInspectable<platform::IPackageVectorView>>
 {
 public:
     FakePackageList(FakeObjects& owner, const std::vector<std::wstring>& familyNames)
-        : FakeInspectable(owner, "list of dependencies")
+        : UnservedPackageList(owner, "list of dependencies")
     {
         for (const std::wstring& familyName : familyNames) {
             PackageFacts facts;
@@ -166,14 +146,6 @@ public:
     {
         return GiveValue("Size", static_cast<UINT32>(m_packages.size()), size);
     }
-    HRESULT STDMETHODCALLTYPE IndexOf(platform::IPackage*, UINT32*, boolean*) override
-    {
-        return NotImplemented("IndexOf");
-    }
-    HRESULT STDMETHODCALLTYPE GetMany(UINT32, UINT32, platform::IPackage**, UINT32*) override
-    {
-        return NotImplemented("GetMany");
-    }
 
 private:
     std::vector<FakePackage*> m_packages;
@@ -181,7 +153,8 @@ private:
 
 inline FakePackage::FakePackage(FakeObjects& owner, PackageFacts packageFacts, std::string label)
     : FakeInspectable(owner, std::move(label)), facts(std::move(packageFacts)),
-      m_id(owner.Make<FakePackageId>(&facts)), m_folder(owner.Make<FakeFolder>(&facts)),
+      m_id(owner.Make<FakePackageId>(&facts)),
+      m_folder(owner.Make<FakeFolder>("folder", owner.Make<FakeStorageItem>(&facts))),
       m_dependencies(owner.Make<FakePackageList>(facts.dependencies))
 {
 }
@@ -191,11 +164,11 @@ inline HRESULT FakePackage::get_Dependencies(platform::IPackageVectorView** valu
     return Give("Dependencies", m_dependencies, value);
 }
 
-class FakeIterator : public FakeInspectable<platform::IPackageIterator>
+class FakeIterator : public standin::UnservedPackageIterator<FakeInspectable<platform::IPackageIterator>>
 {
 public:
     FakeIterator(FakeObjects& owner, std::vector<FakePackage*> packages)
-        : FakeInspectable(owner, "iterator"), m_packages(std::move(packages))
+        : UnservedPackageIterator(owner, "iterator"), m_packages(std::move(packages))
     {
     }
 
@@ -218,10 +191,6 @@ public:
             *hasCurrent = Has();
         }
         return hr;
-    }
-    HRESULT STDMETHODCALLTYPE GetMany(UINT32, platform::IPackage**, UINT32*) override
-    {
-        return NotImplemented("GetMany");
     }
 
 private:
@@ -257,59 +226,20 @@ struct StoreContents
     std::function<void(const std::wstring&)> onFamily = [](const std::wstring&) {};
 };
 
-class FakePackageManager : public FakeInspectable<platform::IPackageManager>
+class FakePackageManager : public standin::UnservedPackageManager<FakeInspectable<platform::IPackageManager>>
 {
 public:
     FakePackageManager(FakeObjects& owner, const StoreContents* contents)
-        : FakeInspectable(owner, "package manager"), m_contents(contents)
+        : UnservedPackageManager(owner, "package manager"), m_contents(contents)
     {
     }
 
-    HRESULT STDMETHODCALLTYPE AddPackageAsync() override { return NotImplemented("AddPackageAsync"); }
-    HRESULT STDMETHODCALLTYPE UpdatePackageAsync() override { return NotImplemented("UpdatePackageAsync"); }
-    HRESULT STDMETHODCALLTYPE RemovePackageAsync() override { return NotImplemented("RemovePackageAsync"); }
-    HRESULT STDMETHODCALLTYPE StagePackageAsync() override { return NotImplemented("StagePackageAsync"); }
-    HRESULT STDMETHODCALLTYPE RegisterPackageAsync() override
-    {
-        return NotImplemented("RegisterPackageAsync");
-    }
-    HRESULT STDMETHODCALLTYPE FindPackages(platform::IPackageIterable**) override
-    {
-        return NotImplemented("FindPackages");
-    }
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityId(HSTRING user,
                                                            platform::IPackageIterable** packages) override
     {
         return Give("FindPackagesByUserSecurityId",
                     Collect([](const PackageFacts& facts) { return facts.isListed; }), packages,
                     L"(" + Text(user) + L")");
-    }
-    HRESULT STDMETHODCALLTYPE FindPackagesByNamePublisher(HSTRING, HSTRING,
-                                                          platform::IPackageIterable**) override
-    {
-        return NotImplemented("FindPackagesByNamePublisher");
-    }
-    HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdNamePublisher(HSTRING, HSTRING, HSTRING,
-                                                                        platform::IPackageIterable**) override
-    {
-        return NotImplemented("FindPackagesByUserSecurityIdNamePublisher");
-    }
-    HRESULT STDMETHODCALLTYPE FindUsers(HSTRING, void**) override { return NotImplemented("FindUsers"); }
-    HRESULT STDMETHODCALLTYPE SetPackageState(HSTRING, INT32) override
-    {
-        return NotImplemented("SetPackageState");
-    }
-    HRESULT STDMETHODCALLTYPE FindPackageByPackageFullName(HSTRING, platform::IPackage**) override
-    {
-        return NotImplemented("FindPackageByPackageFullName");
-    }
-    HRESULT STDMETHODCALLTYPE CleanupPackageForUserAsync() override
-    {
-        return NotImplemented("CleanupPackageForUserAsync");
-    }
-    HRESULT STDMETHODCALLTYPE FindPackagesByPackageFamilyName(HSTRING, platform::IPackageIterable**) override
-    {
-        return NotImplemented("FindPackagesByPackageFamilyName");
     }
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdPackageFamilyName(
         HSTRING user, HSTRING familyName, platform::IPackageIterable** packages) override
@@ -322,11 +252,6 @@ public:
         return Give("FindPackagesByUserSecurityIdPackageFamilyName",
                     Collect([&](const PackageFacts& facts) { return facts.familyName == name; }), packages,
                     L"(" + Text(user) + L", " + name + L")");
-    }
-    HRESULT STDMETHODCALLTYPE FindPackageByUserSecurityIdPackageFullName(HSTRING, HSTRING,
-                                                                         platform::IPackage**) override
-    {
-        return NotImplemented("FindPackageByUserSecurityIdPackageFullName");
     }
 
 private:
@@ -353,23 +278,7 @@ private:
 };
 
 // What the class's factory makes: an object that has to be asked for the package manager's interface.
-class FakeInstance : public FakeInspectable<IInspectable>
-{
-public:
-    FakeInstance(FakeObjects& owner, FakePackageManager* manager)
-        : FakeInspectable(owner, "instance"), m_manager(manager)
-    {
-    }
-
-protected:
-    IUnknown* Ask(REFIID id) override
-    {
-        return IsEqualIID(id, __uuidof(platform::IPackageManager)) ? m_manager : nullptr;
-    }
-
-private:
-    FakePackageManager* m_manager;
-};
+using FakeInstance = FakeDoor<IInspectable, FakePackageManager>;
 
 class FakeFactory : public FakeInspectable<IActivationFactory>
 {
@@ -382,7 +291,7 @@ public:
     HRESULT STDMETHODCALLTYPE ActivateInstance(IInspectable** instance) override
     {
         FakePackageManager* manager = m_owner.Make<FakePackageManager>(m_contents);
-        return Give("ActivateInstance", m_owner.Make<FakeInstance>(manager), instance);
+        return Give("ActivateInstance", m_owner.Make<FakeInstance>("instance", manager), instance);
     }
 
 private:
@@ -392,18 +301,14 @@ private:
 // The system's package manager for the library in this program, until the end of the scope: holds these
 // packages in this order. The thread's way into the Windows Runtime and out of it is the real one, and noted
 // in the journal with the rest. One at a time.
-class FakeStore
+class FakeStore : private Current<FakeStore>
 {
 public:
     FakeStore()
         : m_initialize("RoInitialize", Initialize), m_uninitialize("RoUninitialize", Uninitialize),
           m_getFactory("RoGetActivationFactory", GetFactory)
     {
-        s_current = this;
     }
-    ~FakeStore() { s_current = nullptr; }
-    FakeStore(const FakeStore&) = delete;
-    FakeStore& operator=(const FakeStore&) = delete;
 
     FakePackage* Add(PackageFacts facts)
     {
@@ -464,7 +369,7 @@ private:
         return S_OK;
     }
 
-    static inline FakeStore* s_current = nullptr;
+    friend Current<FakeStore>;
 
     ImportPatch<decltype(&RoInitialize)> m_initialize;
     ImportPatch<decltype(&RoUninitialize)> m_uninitialize;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/ImportPatch.h"
 
 #include <windows.h>
 
 #include <shlwapi.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <optional>
@@ -16,7 +18,7 @@ namespace test {
 
 // The resources of packages, as the shell finds them for the library in this program, until the end of the
 // scope. What is not in them cannot be loaded. One at a time.
-class FakeResources
+class FakeResources : private Current<FakeResources>
 {
 public:
     struct Request
@@ -27,11 +29,6 @@ public:
         wchar_t* buffer;
         void** reserved;
     };
-
-    FakeResources() : m_patch("SHLoadIndirectString", Load) { s_current = this; }
-    ~FakeResources() { s_current = nullptr; }
-    FakeResources(const FakeResources&) = delete;
-    FakeResources& operator=(const FakeResources&) = delete;
 
     // The sources that were asked for, in order.
     [[nodiscard]] std::vector<std::wstring> Sources() const
@@ -60,10 +57,8 @@ private:
             self.onLoad();
         }
         if (!self.isQuiet) {
-            bool isEmpty = true;
-            for (UINT index = 0; index < size; ++index) {
-                isEmpty = isEmpty && buffer[index] == L'\0';
-            }
+            const bool isEmpty =
+                std::all_of(buffer, buffer + size, [](wchar_t character) { return character == L'\0'; });
             self.requests.push_back({source, size, isEmpty, buffer, reserved});
         }
         for (const auto& [known, text] : self.texts) {
@@ -78,8 +73,8 @@ private:
         return self.failure;
     }
 
-    static inline FakeResources* s_current = nullptr;
-    ImportPatch<decltype(&SHLoadIndirectString)> m_patch;
+    friend Current<FakeResources>;
+    ImportPatch<decltype(&SHLoadIndirectString)> m_patch{"SHLoadIndirectString", Load};
 };
 
 } // namespace test

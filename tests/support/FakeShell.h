@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/FakeObjects.h"
 #include "support/ImportPatch.h"
 
@@ -75,16 +76,10 @@ private:
 };
 
 // A shell that has this object, until the end of the scope. One at a time.
-class FakeShell
+class FakeShell : private Current<FakeShell>
 {
 public:
-    FakeShell() : visibility(objects.Make<FakeVisibility>()), m_create("CoCreateInstance", Create)
-    {
-        s_current = this;
-    }
-    ~FakeShell() { s_current = nullptr; }
-    FakeShell(const FakeShell&) = delete;
-    FakeShell& operator=(const FakeShell&) = delete;
+    FakeShell() : visibility(objects.Make<FakeVisibility>()), m_create("CoCreateInstance", Create) {}
 
     [[nodiscard]] std::size_t Created() const { return objects.Calls("CoCreateInstance"); }
 
@@ -123,21 +118,15 @@ private:
     static constexpr GUID kInterface = {
         0x2246EA2D, 0xCAEA, 0x4444, {0xA3, 0xC4, 0x6D, 0xE8, 0x27, 0xE4, 0x43, 0x13}};
 
-    static inline FakeShell* s_current = nullptr;
+    friend Current<FakeShell>;
 
     ImportPatch<decltype(&CoCreateInstance)> m_create;
 };
 
 // A session without a shell: nobody serves the object, whatever is registered on the machine. Until the end
 // of the scope; one at a time, and a FakeShell may come over it.
-class NoShell
+class NoShell : private Current<NoShell>
 {
-public:
-    NoShell() : m_create("CoCreateInstance", Create) { s_current = this; }
-    ~NoShell() { s_current = nullptr; }
-    NoShell(const NoShell&) = delete;
-    NoShell& operator=(const NoShell&) = delete;
-
 private:
     static HRESULT WINAPI Create(REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId,
                                  void** object)
@@ -149,9 +138,9 @@ private:
         return REGDB_E_CLASSNOTREG;
     }
 
-    static inline NoShell* s_current = nullptr;
+    friend Current<NoShell>;
 
-    ImportPatch<decltype(&CoCreateInstance)> m_create;
+    ImportPatch<decltype(&CoCreateInstance)> m_create{"CoCreateInstance", Create};
 };
 
 } // namespace test

@@ -1,5 +1,7 @@
 #include "support/HeapCheck.h"
 
+#include "standin/ModulePath.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -11,8 +13,8 @@ bool AreHeapsChecked()
 {
     constexpr ULONG kTailCheck = 0x10; // FLG_HEAP_ENABLE_TAIL_CHECK
     using GlobalFlags = ULONG(WINAPI*)();
-    static const auto s_globalFlags = reinterpret_cast<GlobalFlags>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetNtGlobalFlags")));
+    static const auto s_globalFlags =
+        standin::FunctionOf<GlobalFlags>(GetModuleHandleW(L"ntdll.dll"), "RtlGetNtGlobalFlags");
     return s_globalFlags && (s_globalFlags() & kTailCheck);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/ImportPatch.h"
 
 #include <windows.h>
@@ -12,17 +13,13 @@ namespace test {
 
 // Makes the library believe that its host is this executable, until the end of the scope. The file need not
 // exist. One at a time.
-class HostExecutable
+class HostExecutable : private Current<HostExecutable>
 {
 public:
-    explicit HostExecutable(std::wstring path) : m_patch("GetModuleFileNameW", GetPath)
+    explicit HostExecutable(std::wstring path)
+        : m_patch("GetModuleFileNameW", GetPath), m_path(std::move(path))
     {
-        s_current = this;
-        Set(std::move(path));
     }
-    ~HostExecutable() { s_current = nullptr; }
-    HostExecutable(const HostExecutable&) = delete;
-    HostExecutable& operator=(const HostExecutable&) = delete;
 
     // For FailNext: until the end of the scope.
     static constexpr int kAlways = 1000000;
@@ -59,7 +56,7 @@ private:
         return size;
     }
 
-    static inline HostExecutable* s_current = nullptr;
+    friend Current<HostExecutable>;
     ImportPatch<decltype(&GetModuleFileNameW)> m_patch;
     std::wstring m_path;
     int m_failures = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/ImportPatch.h"
 
 #include <windows.h>
@@ -11,7 +12,7 @@ namespace test {
 
 // Sees which threads of this program have to wait for a reader/writer lock, until the end of the scope: each
 // one that finds its lock taken says so right before it waits for it. One at a time.
-class LockWatch
+class LockWatch : private Current<LockWatch>
 {
 public:
     LockWatch()
@@ -22,11 +23,8 @@ public:
               Acquire(lock, TryAcquireSRWLockExclusive, s_current->m_exclusive);
           })
     {
-        s_current = this;
     }
     ~LockWatch() { CloseHandle(m_blocked); }
-    LockWatch(const LockWatch&) = delete;
-    LockWatch& operator=(const LockWatch&) = delete;
 
     // Waits until a thread has found a lock taken; a thread that waits is told of once. False when none has
     // for long, which only a failing test waits for.
@@ -50,7 +48,7 @@ private:
         }
     }
 
-    static inline LockWatch* s_current = nullptr;
+    friend Current<LockWatch>;
     HANDLE m_blocked;
     ImportPatch<Function> m_shared;
     ImportPatch<Function> m_exclusive;
@@ -59,7 +57,7 @@ private:
 // Runs an action after each change that is made under a reader/writer lock, when the lock is free again,
 // until the end of the scope: so it sees all that another thread could see between the changes. It must not
 // change anything itself. One at a time.
-class AfterEachChange
+class AfterEachChange : private Current<AfterEachChange>
 {
 public:
     explicit AfterEachChange(std::function<void()> action)
@@ -68,13 +66,10 @@ public:
               s_current->m_action();
           })
     {
-        s_current = this;
     }
-    AfterEachChange(const AfterEachChange&) = delete;
-    AfterEachChange& operator=(const AfterEachChange&) = delete;
 
 private:
-    static inline AfterEachChange* s_current = nullptr;
+    friend Current<AfterEachChange>;
     std::function<void()> m_action;
     ImportPatch<void(WINAPI*)(SRWLOCK*)> m_release;
 };

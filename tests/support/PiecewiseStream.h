@@ -1,5 +1,7 @@
 #pragma once
 
+#include "standin/platform/ComObject.h"
+
 #include <windows.h>
 
 #include <objidl.h>
@@ -8,45 +10,16 @@
 #include <functional>
 #include <utility>
 
-// The interfaces of COM have no virtual destructor: their objects are never deleted through them.
-#if defined(__GNUC__)
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
-
 namespace test {
 
 // A stream over another one, which it takes over, that writes in small pieces: a disk that is slow, full or
 // gone in the middle of a file. beforePiece() is called before each piece, and its failure is the writing's.
-class PiecewiseStream final : public IStream
+class PiecewiseStream final : public standin::ComObject<IStream>
 {
 public:
     PiecewiseStream(IStream* stream, ULONG pieceSize, std::function<HRESULT()> beforePiece)
         : m_stream(stream), m_pieceSize(pieceSize), m_beforePiece(std::move(beforePiece))
     {
-    }
-    PiecewiseStream(const PiecewiseStream&) = delete;
-    PiecewiseStream& operator=(const PiecewiseStream&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** ppObject) override
-    {
-        const bool isKnown =
-            id == __uuidof(IUnknown) || id == __uuidof(ISequentialStream) || id == __uuidof(IStream);
-        *ppObject = isKnown ? this : nullptr;
-        if (!isKnown) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const ULONG left = --m_references;
-        if (left == 0) {
-            m_stream->Release();
-            delete this;
-        }
-        return left;
     }
 
     HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG size, ULONG* pWritten) override
@@ -94,12 +67,16 @@ public:
     HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
 
 private:
-    ~PiecewiseStream() = default;
+    void* FindInterface(REFIID id) noexcept override
+    {
+        return id == __uuidof(ISequentialStream) ? static_cast<IStream*>(this) : ComObject::FindInterface(id);
+    }
+
+    ~PiecewiseStream() override { m_stream->Release(); }
 
     IStream* m_stream;
     ULONG m_pieceSize;
     std::function<HRESULT()> m_beforePiece;
-    ULONG m_references = 1;
 };
 
 } // namespace test

@@ -50,14 +50,6 @@ TemporaryFolder::~TemporaryFolder()
     DeleteTree(m_path);
 }
 
-void MakeFolder(const std::wstring& path)
-{
-    for (std::size_t end = path.find(L'\\', 3); end != std::wstring::npos; end = path.find(L'\\', end + 1)) {
-        CreateDirectoryW(path.substr(0, end).c_str(), nullptr);
-    }
-    CreateDirectoryW(path.c_str(), nullptr);
-}
-
 void MakeFile(const std::wstring& path)
 {
     MakeFolder(path.substr(0, path.rfind(L'\\')));

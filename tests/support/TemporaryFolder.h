@@ -1,5 +1,7 @@
 #pragma once
 
+#include "standin/Files.h"
+
 #include <optional>
 #include <string>
 
@@ -23,8 +25,7 @@ private:
     std::wstring m_path;
 };
 
-// Makes the folder and its parents.
-void MakeFolder(const std::wstring& path);
+using standin::MakeFolder;
 // Makes the folders above the file and an empty file.
 void MakeFile(const std::wstring& path);
 bool Exists(const std::wstring& path);

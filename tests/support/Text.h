@@ -1,5 +1,6 @@
 #pragma once
 
+#include "standin/Files.h"
 #include "standin/Text.h"
 
 #include <string>
@@ -9,13 +10,14 @@
 namespace test {
 
 using standin::FromUtf8;
+using standin::ReadFileBytes;
 using standin::ToUtf8;
-
-// The file's bytes; throws std::runtime_error when it cannot be read.
-std::string ReadFileBytes(const std::wstring& path);
-void WriteFileBytes(const std::wstring& path, std::string_view bytes);
+using standin::WriteFileBytes;
 
 // Pieces between the separators; a text without one is one piece.
 std::vector<std::string> Split(std::string_view text, std::string_view separator);
+
+// What is put in is not looked at again.
+void ReplaceAll(std::string& text, std::string_view part, std::string_view replacement);
 
 } // namespace test

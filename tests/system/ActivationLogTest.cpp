@@ -9,7 +9,6 @@ namespace {
 
 using standin::SetSetting;
 using standin::Setting;
-using test::IsGolden;
 
 constexpr char ok[] = "0x00000000";
 
@@ -24,11 +23,11 @@ protected:
         sandbox.UseSamplePackages();
     }
 
-    std::vector<std::string> Activate(const std::string& command, const std::string& result)
+    void Expect(const std::string& command, const std::string& result, std::string_view golden)
     {
         const std::size_t offset = sandbox.LogLength();
         EXPECT_EQ(host.Command(command), result);
-        return sandbox.Log(offset);
+        EXPECT_TRUE(test::IsGolden(sandbox.Log(offset), golden)) << command;
     }
 
     test::Sandbox sandbox;
@@ -38,50 +37,39 @@ protected:
 TEST_F(StoreActivationLog, ApplicationThatStarts)
 {
     Start();
-    EXPECT_TRUE(IsGolden(Activate("activate\tVel.Post_1vel7kq0n3rta!Post\t-open \"a b\"", ok), R"(
-        QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!Post, -open "a b") IN
-    )"));
-    EXPECT_TRUE(IsGolden(Activate("activate\tVel.Post_1vel7kq0n3rta!Post\t(null)", ok), R"(
-        QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!Post, (null)) IN
-    )"));
-    EXPECT_TRUE(IsGolden(Activate("mta\tactivate\tVel.Post_1vel7kq0n3rta!People\t-x", ok), R"(
-        QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!People, -x) IN
-    )"));
+    Expect("activate\tVel.Post_1vel7kq0n3rta!Post\t-open \"a b\"", ok,
+           "QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!Post, -open \"a b\") IN");
+    Expect("activate\tVel.Post_1vel7kq0n3rta!Post\t(null)", ok,
+           "QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!Post, (null)) IN");
+    Expect("mta\tactivate\tVel.Post_1vel7kq0n3rta!People\t-x", ok,
+           "QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!People, -x) IN");
 }
 
 TEST_F(StoreActivationLog, FailuresOfThePlatform)
 {
     Start();
-    EXPECT_TRUE(IsGolden(Activate("activate\tNobody.App_0123456789abc!App\t(null)", "0x80270254"), R"(
-        QanhLaunchByManager(Nobody.App_0123456789abc!App, (null)) IN
-    )"));
+    Expect("activate\tNobody.App_0123456789abc!App\t(null)", "0x80270254",
+           "QanhLaunchByManager(Nobody.App_0123456789abc!App, (null)) IN");
+    constexpr char post[] = "activate\tVel.Post_1vel7kq0n3rta!Post\t-open";
+    constexpr char postIn[] = "QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!Post, -open) IN";
     SetSetting(Setting::FailActivation, 0x8027025B);
-    EXPECT_TRUE(IsGolden(Activate("activate\tVel.Post_1vel7kq0n3rta!Post\t-open", "0x8027025B"), R"(
-        QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!Post, -open) IN
-    )"));
+    Expect(post, "0x8027025B", postIn);
     SetSetting(Setting::FailActivationManager, 0x80040154);
-    EXPECT_TRUE(IsGolden(Activate("activate\tVel.Post_1vel7kq0n3rta!Post\t-open", "0x80040154"), R"(
-        QanhLaunchByManager(Vel.Post_1vel7kq0n3rta!Post, -open) IN
-    )"));
+    Expect(post, "0x80040154", postIn);
 }
 
 TEST_F(StoreActivationLog, ArgumentsThatAreRefused)
 {
     Start();
-    EXPECT_TRUE(IsGolden(Activate("activate\t(null)\t-open", "0x80004003"), R"(
-        QanhLaunchByManager((null), -open) IN
-        QanhLaunchByManager OUT(0x80004003)
-    )"));
-    EXPECT_TRUE(IsGolden(Activate("activate\t\t(null)", "0x80070057"), R"(
-        QanhLaunchByManager(, (null)) IN
-        QanhLaunchByManager OUT(0x80070057)
-    )"));
+    Expect("activate\t(null)\t-open", "0x80004003",
+           "QanhLaunchByManager((null), -open) IN ... OUT(0x80004003)");
+    Expect("activate\t\t(null)", "0x80070057", "QanhLaunchByManager(, (null)) IN ... OUT(0x80070057)");
 }
 
 TEST_F(StoreActivationLog, NothingIsLoggedBeforeTheStart)
 {
-    EXPECT_TRUE(Activate("activate\tNobody.App_0123456789abc!App\t(null)", "0x80270254").empty());
-    EXPECT_TRUE(Activate("activate\t(null)\t(null)", "0x80004003").empty());
+    Expect("activate\tNobody.App_0123456789abc!App\t(null)", "0x80270254", "");
+    Expect("activate\t(null)\t(null)", "0x80004003", "");
 }
 
 } // namespace

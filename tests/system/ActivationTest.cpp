@@ -33,7 +33,7 @@ protected:
     StoreActivation() : m_journal(sandbox.Folder() + L"\\journal.txt")
     {
         sandbox.UseSamplePackages();
-        standin::SetJournalPath(m_journal);
+        standin::SetText(standin::TextSetting::Journal, m_journal);
     }
 
     // What was started, since the last time.

@@ -3,6 +3,7 @@
 #include "system/FirstPassOfAnother.h"
 #include "system/HostProcess.h"
 #include "system/QueryFor.h"
+#include "system/StoreCatalog.h"
 
 #include <gtest/gtest.h>
 
@@ -10,41 +11,18 @@
 
 namespace {
 
-class CatalogFile : public testing::Test
+class CatalogFile : public test::StoreCatalog
 {
-protected:
-    std::string Bytes() const
-    {
-        return m_sandbox.WithPlaceholders(test::ReadFileBytes(m_sandbox.CatalogFile()));
-    }
-
-    test::Sandbox m_sandbox;
 };
 
 TEST_F(CatalogFile, HoldsTheShortcutsInTheOrderInWhichTheyWereFound)
 {
-    m_sandbox.AddCommonShortcut(L"B.url");
-    m_sandbox.AddCommonShortcut(L"A.lnk");
-    m_sandbox.AddCommonShortcut(L"Sub\\C.lnk");
-    m_sandbox.AddUserShortcut(L"メール.lnk");
+    test::AddSmallStartMenu(m_sandbox);
     test::HostProcess host(m_sandbox);
     host.Command("init");
     EXPECT_FALSE(test::Exists(m_sandbox.CatalogFile())) << "not before the first pass";
     test::WaitForFirstPass();
-    EXPECT_EQ(Bytes(),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
-              "<Applications>\r\n"
-              "  <MetroApps />\r\n"
-              "  <DesktopApps>\r\n"
-              "    <DesktopApp DisplayName=\"A\" LnkFileName=\"<allusers>\\Microsoft\\Windows\\Start "
-              "Menu\\Programs\\A.lnk\" />\r\n"
-              "    <DesktopApp DisplayName=\"B\" LnkFileName=\"<allusers>\\Microsoft\\Windows\\Start "
-              "Menu\\Programs\\B.url\" />\r\n"
-              "    <DesktopApp DisplayName=\"C\" LnkFileName=\"<allusers>\\Microsoft\\Windows\\Start "
-              "Menu\\Programs\\Sub\\C.lnk\" />\r\n"
-              "    <DesktopApp DisplayName=\"メール\" LnkFileName=\"<roaming>\\Microsoft\\Windows\\Start "
-              "Menu\\Programs\\メール.lnk\" />\r\n"
-              "  </DesktopApps>");
+    EXPECT_EQ(Bytes(), test::CatalogWith("", test::SmallStartMenu()));
 }
 
 TEST_F(CatalogFile, HoldsWhatAPresetBroughtIn)
@@ -93,16 +71,9 @@ TEST_F(CatalogFile, IsWrittenAnewWithTheSameBytesByTheNextProcess)
 {
     m_sandbox.AddCommonShortcut(L"A.lnk");
     m_sandbox.AddCommonShortcut(L"B.url");
-    std::string before;
-    {
-        test::HostProcess host(m_sandbox);
-        host.Command("init");
-        host.Do("finalize");
-        before = Bytes();
-    }
-    test::HostProcess host(m_sandbox);
-    host.Command("init");
-    host.Do("finalize");
+    RunOnePass();
+    const std::string before = Bytes();
+    RunOnePass();
     EXPECT_EQ(Bytes(), before) << "no record came twice";
 }
 
@@ -131,12 +102,8 @@ TEST_F(CatalogFile, HeldByAnotherProgramAtTheNextStartItCostsNoRecord)
 TEST_F(CatalogFile, NamesWithMarkupAreEscapedAndReadBack)
 {
     m_sandbox.AddCommonShortcut(L"rock & roll.lnk");
-    {
-        test::HostProcess host(m_sandbox);
-        host.Command("init");
-        host.Do("finalize");
-        EXPECT_NE(Bytes().find("DisplayName=\"rock &amp; roll\""), std::string::npos) << Bytes();
-    }
+    RunOnePass();
+    EXPECT_NE(Bytes().find("DisplayName=\"rock &amp; roll\""), std::string::npos) << Bytes();
     test::HostProcess host(m_sandbox);
     EXPECT_EQ(host.Command("init"), "0x00000000");
     // From the file: the first pass is a second away.
@@ -197,10 +164,9 @@ TEST_F(CatalogFile, CutOffItIsReplacedByTheFirstPass)
          {std::size_t(0), std::size_t(45), whole.find("Version"), whole.find("<MetroApp "),
           whole.find(" mail"), whole.find("</DesktopApps>")}) {
         test::WriteFileBytes(m_sandbox.CatalogFile(), whole.substr(0, length));
-        test::HostProcess host(m_sandbox);
-        EXPECT_EQ(host.Command("init"), "0x00000000") << "cut at " << length;
-        host.Do("finalize");
-        EXPECT_NE(Bytes().find("A.lnk"), std::string::npos) << "cut at " << length;
+        SCOPED_TRACE("cut at " + std::to_string(length));
+        RunOnePass();
+        EXPECT_NE(Bytes().find("A.lnk"), std::string::npos);
     }
 }
 

@@ -1,7 +1,7 @@
 // Saves that are cut off, and saves of two processes at once: the next start has every record.
 #include "support/Text.h"
-#include "system/HostProcess.h"
 #include "system/Passes.h"
+#include "system/StoreCatalog.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ constexpr char shortPause[] = "slow-disk\t5";
 constexpr char longPause[] = "slow-disk\t200";
 
 // The records are the preset's alone: no refresh pass would find them again.
-class CatalogSave : public testing::Test
+class CatalogSave : public test::StoreCatalog
 {
 protected:
     CatalogSave()
@@ -47,9 +47,7 @@ protected:
     // The first pass of the next start has all of them still.
     void ExpectEveryRecordAtTheNextStart()
     {
-        test::HostProcess host(m_sandbox);
-        EXPECT_EQ(host.Command("init"), ok);
-        host.Do("finalize");
+        RunOnePass();
         ExpectEveryRecord();
     }
 
@@ -67,16 +65,11 @@ protected:
     }
 
     static constexpr const char* names[] = {"one", "two", "three", "four", "five", "six"};
-    test::Sandbox m_sandbox;
 };
 
 TEST_F(CatalogSave, CutOffByTheEndOfTheProcessLeavesTheOldCatalog)
 {
-    {
-        test::HostProcess host(m_sandbox);
-        EXPECT_EQ(host.Command("init"), ok);
-        host.Do("finalize");
-    }
+    RunOnePass();
     const std::string old = test::ReadFileBytes(m_sandbox.CatalogFile());
     {
         test::HostProcess host(m_sandbox);

@@ -35,7 +35,7 @@ namespace test {
 
 DesktopProcess::DesktopProcess(Sandbox& sandbox) : m_journal(sandbox.Folder() + L"\\journal.txt")
 {
-    standin::SetJournalPath(m_journal);
+    standin::SetText(standin::TextSetting::Journal, m_journal);
     m_process = sandbox.Start(BuildFolder() + L"\\StandInDesktop.exe");
     if (!WaitUntil(&IsReady, 10000)) {
         throw std::runtime_error("the stand-in desktop does not start");

@@ -8,6 +8,8 @@ namespace {
 
 constexpr std::string_view address = "<address>";
 constexpr std::string_view end = "<end>";
+constexpr std::string_view entry = " IN";
+constexpr std::string_view entryAndExit = " IN ...";
 
 bool IsAddress(std::string_view digits)
 {
@@ -44,6 +46,30 @@ std::string Excerpt(const std::vector<std::string>& lines, std::size_t index)
     return text;
 }
 
+// The lines of a golden text, blanks and <end> taken away and the two of a call put apart.
+std::vector<std::string> GoldenLines(std::string_view golden)
+{
+    std::vector<std::string> lines;
+    for (const std::string& text : test::Split(golden, "\n")) {
+        const std::size_t start = text.find_first_not_of(' ');
+        if (start == std::string::npos) {
+            continue;
+        }
+        std::string line = text.substr(start);
+        if (line.ends_with(end)) {
+            line.resize(line.size() - end.size());
+        }
+        const std::size_t call = line.find(entryAndExit);
+        if (call != std::string::npos) {
+            lines.push_back(line.substr(0, call).append(entry));
+            line.erase(0, call + entryAndExit.size())
+                .insert(0, lines.back(), 0, lines.back().find_first_of("( "));
+        }
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
 } // namespace
 
 namespace test {
@@ -68,28 +94,25 @@ testing::AssertionResult IsGolden(const std::vector<std::string>& log, std::stri
 testing::AssertionResult IsGolden(const std::vector<std::string>& log,
                                   std::initializer_list<std::string_view> pieces)
 {
+    return IsGolden(log, Joined(pieces));
+}
+
+std::string Filled(std::string golden, std::initializer_list<std::string_view> values)
+{
+    int number = 0;
+    for (const std::string_view value : values) {
+        ReplaceAll(golden, "<" + std::to_string(++number) + ">", value);
+    }
+    return golden;
+}
+
+std::string Joined(std::initializer_list<std::string_view> pieces)
+{
     std::string golden;
     for (const std::string_view piece : pieces) {
         golden.append(piece).append("\n");
     }
-    return IsGolden(log, golden);
-}
-
-std::vector<std::string> GoldenLines(std::string_view golden)
-{
-    std::vector<std::string> lines;
-    for (const std::string& text : Split(golden, "\n")) {
-        const std::size_t start = text.find_first_not_of(' ');
-        if (start == std::string::npos) {
-            continue;
-        }
-        std::string line = text.substr(start);
-        if (line.ends_with(end)) {
-            line.resize(line.size() - end.size());
-        }
-        lines.push_back(std::move(line));
-    }
-    return lines;
+    return golden;
 }
 
 void CollapseRepeats(std::vector<std::string>& log, std::string_view block)

@@ -114,40 +114,33 @@ DWORD HostProcess::Exit(int code)
 
 bool HostProcess::HasExitEvent() const
 {
-    const HANDLE event = OpenExitEvent(SYNCHRONIZE);
-    if (event) {
-        CloseHandle(event);
-    }
-    return event != nullptr;
+    return OpenExitEvent() != nullptr;
 }
 
 void HostProcess::SetExitEvent()
 {
-    const HANDLE event = OpenExitEvent(EVENT_MODIFY_STATE);
+    const Event event = OpenExitEvent();
     if (!event) {
         Fail("has no exit event");
     }
-    SetEvent(event);
-    CloseHandle(event);
+    SetEvent(event.get());
 }
 
 void HostProcess::WaitForExitEvent()
 {
-    const HANDLE event = OpenExitEvent(SYNCHRONIZE);
+    const Event event = OpenExitEvent();
     if (!event) {
         Fail("has no exit event");
     }
-    const DWORD waited = WaitForSingleObject(event, 10000);
-    CloseHandle(event);
-    if (waited != WAIT_OBJECT_0) {
+    if (WaitForSingleObject(event.get(), 10000) != WAIT_OBJECT_0) {
         Fail("does not set its exit event");
     }
 }
 
-HANDLE HostProcess::OpenExitEvent(DWORD access) const
+HostProcess::Event HostProcess::OpenExitEvent() const
 {
     const std::wstring name = L"Local\\PYX_Event_Exit_RefreshThread" + std::to_wstring(m_process.id);
-    return OpenEventW(access, FALSE, name.c_str());
+    return Event(OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name.c_str()), &CloseHandle);
 }
 
 void HostProcess::Fail(const std::string& what)

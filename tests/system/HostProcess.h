@@ -2,6 +2,7 @@
 
 #include "system/Sandbox.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,7 +49,10 @@ public:
     void WaitForExitEvent();
 
 private:
-    [[nodiscard]] HANDLE OpenExitEvent(DWORD access) const;
+    using Event = std::unique_ptr<void, decltype(&CloseHandle)>;
+
+    // Null: there is none.
+    [[nodiscard]] Event OpenExitEvent() const;
     [[noreturn]] void Fail(const std::string& what);
 
     StartedProcess m_process;

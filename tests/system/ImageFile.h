@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace test {
@@ -18,13 +19,9 @@ public:
     [[nodiscard]] std::vector<std::string> ExportNames() const;
     // The number of exports, those without a name included.
     [[nodiscard]] std::size_t ExportCount() const;
-    // A function that the image imports. The library's name is in lower case; the name of a function that is
-    // imported by its number is "#" and the number.
-    struct Import
-    {
-        std::string library;
-        std::string function;
-    };
+    // The functions that the image imports, each behind its library's name, which is in lower case; the name
+    // of a function that is imported by its number is "#" and the number.
+    using Import = std::pair<std::string, std::string>;
     [[nodiscard]] std::vector<Import> Imports() const;
     // The IMAGE_DLLCHARACTERISTICS_ flags.
     [[nodiscard]] WORD Characteristics() const { return Headers().OptionalHeader.DllCharacteristics; }

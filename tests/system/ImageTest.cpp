@@ -18,10 +18,8 @@
 
 namespace {
 
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::Field;
 using testing::IsEmpty;
 
 std::wstring LibraryPath()
@@ -62,8 +60,8 @@ TEST(Image, ImportsOnlyWhatWindows8Has)
 {
     const test::ImageFile image(LibraryPath());
     EXPECT_THAT(ForeignImports(image), IsEmpty());
-    EXPECT_THAT(image.Imports(), Contains(AllOf(Field(&test::ImageFile::Import::library, "kernel32.dll"),
-                                                Field(&test::ImageFile::Import::function, "CreateMutexW"))));
+    EXPECT_THAT(image.Imports(),
+                Contains(std::pair<std::string, std::string>("kernel32.dll", "CreateMutexW")));
     EXPECT_FALSE(image.HasDelayedImports());
 }
 
@@ -95,6 +93,14 @@ protected:
         ASSERT_TRUE(GetFileVersionInfoW(LibraryPath().c_str(), 0, size, m_data.data()));
     }
 
+    VS_FIXEDFILEINFO Numbers() const
+    {
+        void* block = nullptr;
+        UINT length = 0;
+        EXPECT_TRUE(VerQueryValueW(m_data.data(), L"\\", &block, &length));
+        return block ? *static_cast<const VS_FIXEDFILEINFO*>(block) : VS_FIXEDFILEINFO();
+    }
+
     std::wstring Text(const std::wstring& name) const
     {
         void* text = nullptr;
@@ -109,14 +115,11 @@ protected:
 
 TEST_F(VersionResource, HoldsTheVersionAsNumbers)
 {
-    void* block = nullptr;
-    UINT length = 0;
-    ASSERT_TRUE(VerQueryValueW(m_data.data(), L"\\", &block, &length));
-    const auto* version = static_cast<const VS_FIXEDFILEINFO*>(block);
-    EXPECT_EQ(version->dwFileVersionMS, static_cast<DWORD>(MAKELONG(0, 1)));
-    EXPECT_EQ(version->dwFileVersionLS, 0u);
-    EXPECT_EQ(version->dwProductVersionMS, static_cast<DWORD>(MAKELONG(0, 1)));
-    EXPECT_EQ(version->dwFileType, static_cast<DWORD>(VFT_DLL));
+    const VS_FIXEDFILEINFO version = Numbers();
+    EXPECT_EQ(version.dwFileVersionMS, static_cast<DWORD>(MAKELONG(0, 1)));
+    EXPECT_EQ(version.dwFileVersionLS, 0u);
+    EXPECT_EQ(version.dwProductVersionMS, static_cast<DWORD>(MAKELONG(0, 1)));
+    EXPECT_EQ(version.dwFileType, static_cast<DWORD>(VFT_DLL));
 }
 
 TEST_F(VersionResource, HoldsTheNamesAndTheVersionAsText)
@@ -130,12 +133,9 @@ TEST_F(VersionResource, HoldsTheNamesAndTheVersionAsText)
 
 TEST_F(VersionResource, IsTheVersionOfTheHeader)
 {
-    void* block = nullptr;
-    UINT length = 0;
-    ASSERT_TRUE(VerQueryValueW(m_data.data(), L"\\", &block, &length));
-    const auto* version = static_cast<const VS_FIXEDFILEINFO*>(block);
-    EXPECT_EQ(version->dwFileVersionMS, static_cast<DWORD>(MAKELONG(QANH_VERSION_MINOR, QANH_VERSION_MAJOR)));
-    EXPECT_EQ(version->dwFileVersionLS, static_cast<DWORD>(MAKELONG(0, QANH_VERSION_PATCH)));
+    const VS_FIXEDFILEINFO version = Numbers();
+    EXPECT_EQ(version.dwFileVersionMS, static_cast<DWORD>(MAKELONG(QANH_VERSION_MINOR, QANH_VERSION_MAJOR)));
+    EXPECT_EQ(version.dwFileVersionLS, static_cast<DWORD>(MAKELONG(0, QANH_VERSION_PATCH)));
     EXPECT_EQ(test::ToUtf8(Text(L"FileVersion")), QANH_VERSION_STRING);
 }
 

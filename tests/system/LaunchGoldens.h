@@ -1,54 +1,73 @@
 #pragma once
 
+#include "system/Golden.h"
 #include "system/KeyGoldens.h"
 
 #include <string>
+#include <string_view>
 
 // What a launch by search leaves in the log: pieces of goldens, in the order of a launch.
 namespace test {
 
-// No application is in the catalogue.
-inline std::string NothingIsExcluded(const std::string& name)
+// The catalogue is asked what to exclude, and looks at its applications.
+inline std::string Excluded(std::string_view name, std::string_view applications)
 {
-    return "\nCQanhPackageManager::GetExcludeAppNameList(" + name +
-           ") IN\nCQanhAppNameList::GetExcludeAppNameList(" + name + R"() IN
+    return Filled(R"(
+        CQanhPackageManager::GetExcludeAppNameList(<1>) IN
+        CQanhAppNameList::GetExcludeAppNameList(<1>) IN
+        <2>
         CQanhAppNameList::GetExcludeAppNameList OUT(0x00000000)
         CQanhPackageManager::GetExcludeAppNameList OUT(0x00000000)
-        )";
+    )",
+                  {name, applications});
 }
 
-inline std::string KeywordIs(const std::string& keyword)
+inline std::string KeywordIs(std::string_view keyword)
 {
-    return "\nQanhLaunchBySearch szKeyword = " + keyword + " <end>\n";
+    return Filled("QanhLaunchBySearch szKeyword = <1> <end>\n", {keyword});
 }
 
 // On the Start screen.
-inline const std::string searchPaneOpens = std::string(R"(
-    CQanhMonitorMode::OpenAppSearchUI IN
-    CQanhMonitorMode::GetMonitorState IN
-    CQanhMonitorMode::GetMonitorState OUT(0) dwMode(1)
-    )") + windowsQIsPressed + "CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)\n";
-
-// Where the shell does not tell what the screen shows. It ends the launch.
-inline constexpr char launcherQueryFails[] = R"(
-    CQanhMonitorMode::OpenAppSearchUI IN
-    CQanhMonitorMode::GetMonitorState IN
-    CQanhMonitorMode::GetMonitorState OUT(-2) IsLauncherVisible Err <end>
-    CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
-    QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
-)";
-
-inline std::string TextIsCopied(const std::string& text)
+inline std::string SearchPaneOpens()
 {
-    return "\nCQanhClipboard::SetClipboardData(" + text +
-           ") IN\nCQanhClipboard::SetClipboardData OUT(0x00000000)\n";
+    return Filled(R"(
+        CQanhMonitorMode::OpenAppSearchUI IN
+        CQanhMonitorMode::GetMonitorState IN ... OUT(0) dwMode(1)
+        <1>
+        CQanhMonitorMode::OpenAppSearchUI OUT(0x00000000)
+    )",
+                  {windowsQIsPressed});
+}
+
+// Where the screen's state cannot be had. It ends the launch.
+inline std::string ScreenIsUnknown(std::string_view cause)
+{
+    return Filled(R"(
+        CQanhMonitorMode::OpenAppSearchUI IN
+        CQanhMonitorMode::GetMonitorState IN ... OUT(-2) <1>
+        CQanhMonitorMode::OpenAppSearchUI OUT(GetMonitorState : ret=0x80004005)
+        QanhLaunchBySearch OUT(SwitchToStartScreen : ret=0x80004005)
+    )",
+                  {cause});
+}
+
+inline constexpr char launcherQueryFails[] = "IsLauncherVisible Err <end>";
+
+inline std::string TextIsCopied(std::string_view text)
+{
+    return Filled("CQanhClipboard::SetClipboardData(<1>) IN ... OUT(0x00000000)\n", {text});
 }
 
 // Shift is released.
 inline constexpr char launchEnds[] = R"(
-    CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN
-    CQanhKeyEmulate::Sendinput_Key OUT
+    CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000002) IN ... OUT
     QanhLaunchBySearch OUT(0x00000000)
 )";
+
+// From the search pane on: the text is pasted and the top hit started.
+inline std::string TextIsSearched(std::string_view text)
+{
+    return Joined({SearchPaneOpens(), TextIsCopied(text), shiftInsertIsPressed, enterIsPressed, launchEnds});
+}
 
 } // namespace test

@@ -36,6 +36,14 @@ protected:
         EXPECT_TRUE(IsClipboardEmpty()) << "the clipboard was not emptied";
     }
 
+    // The log of a command alone.
+    std::vector<std::string> LogOf(const std::string& command, const std::string& result)
+    {
+        const std::size_t offset = sandbox.LogLength();
+        EXPECT_EQ(host->Command(command, 30000), result);
+        return sandbox.Log(offset);
+    }
+
     static bool IsShiftDown() { return (GetAsyncKeyState(VK_SHIFT) & 0x8000) != 0; }
 
     Sandbox sandbox;

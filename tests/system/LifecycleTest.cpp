@@ -2,8 +2,11 @@
 #include "support/HeapCheck.h"
 #include "support/Text.h"
 #include "system/HostProcess.h"
+#include "system/Passes.h"
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 namespace {
 
@@ -30,6 +33,20 @@ protected:
     {
         return test::Exists(m_sandbox.CatalogFile()) &&
                test::ReadFileBytes(m_sandbox.CatalogFile()).find(text) != std::string::npos;
+    }
+
+    // What the process holds before and after a command; so many handles are the runtime's.
+    static void ExpectNothingLeft(test::HostProcess& host, const char* command, std::size_t runtimeHandles)
+    {
+        const std::size_t handles = host.Measure("handles");
+        const std::size_t threads = host.Measure("threads");
+        const std::size_t heap = host.Measure("heap");
+        EXPECT_EQ(host.Command(command, 30000), ok);
+        EXPECT_EQ(host.Measure("handles"), handles + runtimeHandles);
+        EXPECT_EQ(host.Measure("threads"), threads);
+        if (!test::AreHeapsChecked()) {
+            EXPECT_LE(host.Measure("heap"), heap + heapSlack);
+        }
     }
 
     test::Sandbox m_sandbox;
@@ -71,7 +88,7 @@ TEST_F(Lifecycle, FinalizeDuringTheFirstPassLetsItEnd)
     MakePassesLong();
     test::HostProcess host(m_sandbox);
     host.Command("init");
-    m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread Refresh app name list!");
+    m_sandbox.WaitForLogLine(test::passBegin);
     EXPECT_TRUE(test::IsFirstPassRunning());
     host.Do("finalize");
     EXPECT_FALSE(host.HasExitEvent());
@@ -85,8 +102,7 @@ TEST_F(Lifecycle, FinalizeDuringALaterPassStopsItSoon)
     test::HostProcess host(m_sandbox);
     host.Command("init");
     test::WaitForFirstPass();
-    m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread Refresh app name list!",
-                             m_sandbox.LogLength());
+    m_sandbox.WaitForLogLine(test::passBegin, m_sandbox.LogLength());
     host.Do("finalize");
     EXPECT_FALSE(host.HasExitEvent());
     EXPECT_TRUE(HasCatalogue("Last.lnk"));
@@ -106,24 +122,16 @@ TEST_F(Lifecycle, FinalizeAfterThePassIsQuick)
 TEST_F(Lifecycle, ProcessMayEndWithoutFinalizeAtAnyMoment)
 {
     MakePassesLong();
-    {
-        test::HostProcess host(m_sandbox); // while the thread waits for its first pass
+    const auto endAfter = [this](int code, const std::function<void()>& wait) {
+        test::HostProcess host(m_sandbox);
         host.Command("init");
-        EXPECT_EQ(host.Exit(3), 3u);
-    }
-    {
-        test::HostProcess host(m_sandbox); // in the first pass
-        host.Command("init");
-        m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread Refresh app name list!");
-        EXPECT_EQ(host.Exit(), 0u);
-    }
+        wait();
+        EXPECT_EQ(host.Exit(code), static_cast<DWORD>(code));
+    };
+    endAfter(3, [] {}); // while the thread waits for its first pass
+    endAfter(0, [this] { m_sandbox.WaitForLogLine(test::passBegin); });
     EXPECT_FALSE(test::IsFirstPassRunning()) << "the mutex went with the process";
-    {
-        test::HostProcess host(m_sandbox); // between two passes
-        host.Command("init");
-        test::WaitForFirstPass();
-        EXPECT_EQ(host.Exit(), 0u);
-    }
+    endAfter(0, [] { test::WaitForFirstPass(); }); // between two passes
 }
 
 TEST_F(Lifecycle, UnloadedWithoutFinalizeItStaysInMemoryUntilTheThreadEnds)
@@ -172,16 +180,8 @@ TEST_F(Lifecycle, CyclesInTheFirstProcessLeaveNothingBehind)
     EXPECT_EQ(host.Command("cycles\t2"), ok); // what the platform keeps for good comes with the first ones
     const std::size_t before = host.Measure("handles");
     host.Do("look-up\t5");
-    const std::size_t handles = host.Measure("handles");
-    const std::size_t threads = host.Measure("threads");
-    const std::size_t heap = host.Measure("heap");
-    EXPECT_EQ(host.Command("cycles\t5", 30000), ok);
     // Each cycle's pass looks the package manager's class up, for which Wine keeps a handle each time.
-    EXPECT_EQ(host.Measure("handles"), handles + (handles - before));
-    EXPECT_EQ(host.Measure("threads"), threads);
-    if (!test::AreHeapsChecked()) {
-        EXPECT_LE(host.Measure("heap"), heap + heapSlack);
-    }
+    ExpectNothingLeft(host, "cycles\t5", host.Measure("handles") - before);
 }
 
 TEST_F(Lifecycle, CyclesInAnotherProcessLeaveNothingBehind)
@@ -198,15 +198,7 @@ TEST_F(Lifecycle, CyclesInAnotherProcessLeaveNothingBehind)
     EXPECT_EQ(host.Command("init"), "0x00000001");
     host.Do("finalize");
     EXPECT_EQ(host.Command("cycles\t20"), ok);
-    const std::size_t handles = host.Measure("handles");
-    const std::size_t threads = host.Measure("threads");
-    const std::size_t heap = host.Measure("heap");
-    EXPECT_EQ(host.Command("cycles\t300"), ok);
-    EXPECT_EQ(host.Measure("handles"), handles);
-    EXPECT_EQ(host.Measure("threads"), threads);
-    if (!test::AreHeapsChecked()) {
-        EXPECT_LE(host.Measure("heap"), heap + heapSlack);
-    }
+    ExpectNothingLeft(host, "cycles\t300", 0);
 }
 
 TEST_F(Lifecycle, SecondProcessOfTheExecutableStartsNoThreadDuringTheFirstPass)

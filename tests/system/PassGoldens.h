@@ -1,7 +1,10 @@
 #pragma once
 
+#include "system/Golden.h"
+
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 // What refresh passes leave in the log: pieces of goldens, in the order of a pass.
 namespace test {
@@ -9,121 +12,136 @@ namespace test {
 inline constexpr char commonPrograms[] = R"(<allusers>\Microsoft\Windows\Start Menu\Programs)";
 inline constexpr char userPrograms[] = R"(<roaming>\Microsoft\Windows\Start Menu\Programs)";
 
-inline std::string PackageIsInstalled(const std::string& family, bool is)
+inline std::string PackageIsInstalled(std::string_view family, bool is)
 {
-    return "\nQanhIsInstalled(" + family + ") IN\nCQanhPackageManager::IsInstalled(" + family +
-           ") IN\nCQanhPackageManager::FindPackageByName(" + family + R"() IN
-        CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager OUT(0x00000000)
+    return Filled(R"(
+        QanhIsInstalled(<1>) IN
+        CQanhPackageManager::IsInstalled(<1>) IN
+        CQanhPackageManager::FindPackageByName(<1>) IN
+        CQanhPackageManager::GetPackageManager IN ... OUT(0x00000000)
         CQanhPackageManager::FindPackageByName OUT
-        CQanhPackageManager::IsInstalled OUT(*pIsInstalled = )" +
-           (is ? "1" : "0") + ")\nQanhIsInstalled OUT(0x00000000)\n";
+        CQanhPackageManager::IsInstalled OUT(*pIsInstalled = <2>)
+        QanhIsInstalled OUT(0x00000000)
+    )",
+                  {family, is ? "1" : "0"});
 }
 
-inline constexpr char packagesBegin[] = R"(
-    CQanhPackageManager::RefreshMetroApps IN
-    CQanhPackageManager::GetPackageManager IN
-    CQanhPackageManager::GetPackageManager OUT(0x00000000)
-)";
-
-inline constexpr char packagesEnd[] = "\nCQanhPackageManager::RefreshMetroApps OUT(0x00000000)\n";
-
-inline const std::string noPackages = std::string(packagesBegin) + packagesEnd;
-
-inline std::string FolderBegins(const std::string& folder)
+// How the packages of the Store are walked through; the result of the last one is the pass's.
+inline std::string Packages(std::initializer_list<std::string_view> packages,
+                            std::string_view result = "0x00000000")
 {
-    return "\nCQanhPackageManager::RefreshDesktopApps(" + folder + ") IN\n";
+    return Filled(R"(
+        CQanhPackageManager::RefreshMetroApps IN
+        CQanhPackageManager::GetPackageManager IN ... OUT(0x00000000)
+        <1>
+        CQanhPackageManager::RefreshMetroApps OUT(<2>)
+    )",
+                  {Joined(packages), result});
 }
 
-inline constexpr char folderEnds[] = "\nCQanhPackageManager::RefreshDesktopApps OUT(0x00000000)\n";
+// A folder with what is in it.
+inline std::string FolderWith(std::string_view folder, std::initializer_list<std::string_view> contents)
+{
+    return Filled(R"(
+        CQanhPackageManager::RefreshDesktopApps(<1>) IN
+        <2>
+        CQanhPackageManager::RefreshDesktopApps OUT(0x00000000)
+    )",
+                  {folder, Joined(contents)});
+}
 
 // A folder's shortcuts of one kind, which the pattern stands for: none of them, for a reason of the system's.
-inline std::string NoShortcuts(const std::string& folder, const std::string& pattern, int error = 2)
+inline std::string NoShortcuts(std::string_view folder, std::string_view pattern,
+                               std::string_view error = "2")
 {
-    return "\nCQanhPackageManager::AddLinkFileToList(" + folder + ") IN\n" + folder + "\\" + pattern +
-           " Errcode = " + std::to_string(error) + " <end>\n";
+    return Filled(R"(
+        CQanhPackageManager::AddLinkFileToList(<1>) IN
+        <1>\<2> Errcode = <3> <end>
+    )",
+                  {folder, pattern, error});
 }
 
-// The same: one of them.
-inline std::string OneShortcut(const std::string& folder, const std::string& shortcut)
-{
-    return "\nCQanhPackageManager::AddLinkFileToList(" + folder + ") IN\n" + shortcut +
-           "\nCQanhPackageManager::AddLinkFileToList OUT\n";
-}
-
-// What a shortcut is compared with on its way into the catalogue.
-inline std::string RecordsAreCompared(const std::string& path, std::size_t others, bool isFound)
-{
-    std::string golden = "\nCQanhAppNameList::IsInDesktopAppList(" + path + ") IN\n";
-    for (std::size_t record = 0; record < others + (isFound ? 1 : 0); ++record) {
-        golden += "CQanhDesktopApp::IsSameShortcut IN(" + path + ")\nCQanhDesktopApp::IsSameShortcut OUT(" +
-                  (record == others ? "1" : "0") + ")\n";
-    }
-    return golden + "CQanhAppNameList::IsInDesktopAppList OUT(" + (isFound ? "1" : "0") + ")\n";
-}
-
-inline std::string ShortcutIs(const std::string& folder, const std::string& file, std::size_t others,
-                              bool isKnown)
+// The only shortcut of its folder and kind: compared with so many other records, and new or then found.
+inline std::string OneShortcut(const std::string& folder, const std::string& file, std::size_t others,
+                               bool isKnown)
 {
     const std::string path = folder + "\\" + file;
-    return "\nCQanhAppNameList::AddDesktopApp(" + file.substr(0, file.size() - 4) + ", " + path + ") IN\n" +
-           RecordsAreCompared(path, others, isKnown) + "CQanhAppNameList::AddDesktopApp OUT(0x0000000" +
-           (isKnown ? "1" : "0") + ")\n";
+    std::string comparisons;
+    for (std::size_t record = 0; record < others; ++record) {
+        comparisons += Filled(
+            "CQanhDesktopApp::IsSameShortcut IN(<1>)\nCQanhDesktopApp::IsSameShortcut OUT(0)\n", {path});
+    }
+    if (isKnown) {
+        comparisons += Filled(
+            "CQanhDesktopApp::IsSameShortcut IN(<1>)\nCQanhDesktopApp::IsSameShortcut OUT(1)\n", {path});
+    }
+    return Filled(R"(
+        CQanhPackageManager::AddLinkFileToList(<1>) IN
+        CQanhAppNameList::AddDesktopApp(<2>, <3>) IN
+        CQanhAppNameList::IsInDesktopAppList(<3>) IN
+        <4>
+        CQanhAppNameList::IsInDesktopAppList OUT(<5>)
+        CQanhAppNameList::AddDesktopApp OUT(0x0000000<5>)
+        CQanhPackageManager::AddLinkFileToList OUT
+    )",
+                  {folder, file.substr(0, file.size() - 4), path, comparisons, isKnown ? "1" : "0"});
 }
 
-// The only shortcut of its folder and kind: one that is new among so many other records, or one that is known
-// and stands behind so many others.
 inline std::string NewShortcut(const std::string& folder, const std::string& file, std::size_t others)
 {
-    return OneShortcut(folder, ShortcutIs(folder, file, others, false));
+    return OneShortcut(folder, file, others, false);
 }
 
 inline std::string KnownShortcut(const std::string& folder, const std::string& file, std::size_t others)
 {
-    return OneShortcut(folder, ShortcutIs(folder, file, others, true));
+    return OneShortcut(folder, file, others, true);
 }
 
-inline std::string EmptyFolder(const std::string& folder)
+inline std::string EmptyFolder(std::string_view folder)
 {
-    return FolderBegins(folder) + NoShortcuts(folder, "*.lnk") + NoShortcuts(folder, "*.url") + folderEnds;
+    return FolderWith(folder, {NoShortcuts(folder, "*.lnk"), NoShortcuts(folder, "*.url")});
 }
 
-inline std::string MissingFolder(const std::string& folder)
+inline std::string MissingFolder(std::string_view folder)
 {
-    return FolderBegins(folder) + NoShortcuts(folder, "*.lnk", 3) + NoShortcuts(folder, "*.url", 3) + R"(
+    return Filled(R"(
+        CQanhPackageManager::RefreshDesktopApps(<1>) IN
+        <2>
+        <3>
         Errcode = 3 <end>
         CQanhPackageManager::RefreshThread pPyxPackageManager->RefreshDesktopApps(C) failed. ErrCode = 0x80004005 <end>
-        )";
+    )",
+                  {folder, NoShortcuts(folder, "*.lnk", "3"), NoShortcuts(folder, "*.url", "3")});
 }
 
-inline const std::string noShortcuts = EmptyFolder(commonPrograms) + EmptyFolder(userPrograms);
+// Two empty folders.
+inline std::string EmptyStartMenu()
+{
+    return EmptyFolder(commonPrograms) + EmptyFolder(userPrograms);
+}
 
-inline constexpr char saveBegin[] =
-    "\nCQanhAppNameList::Save(<local>\\Vel\\QanHelper\\TestHost\\AppNameList.xml) IN\n";
+// The catalogue file with its records.
+inline std::string Saved(std::initializer_list<std::string_view> records)
+{
+    return Filled(R"(
+        CQanhAppNameList::Save(<local>\Vel\QanHelper\TestHost\AppNameList.xml) IN
+        <1>
+        CQanhAppNameList::Save OUT(0x00000000)
+    )",
+                  {Joined(records)});
+}
 
-inline constexpr char emptyPackageIsWritten[] = R"(
+inline constexpr char emptyPackage[] = "CQanhPackage::ToXmlNode IN ... OUT(0x00000000)";
+
+inline constexpr char packageWithOneApplication[] = R"(
     CQanhPackage::ToXmlNode IN
+    CQanhMetroApp::ToXmlNode IN ... OUT(0x00000000)
     CQanhPackage::ToXmlNode OUT(0x00000000)
 )";
 
-inline constexpr char packageIsWritten[] = R"(
-    CQanhPackage::ToXmlNode IN
-    CQanhMetroApp::ToXmlNode IN
-    CQanhMetroApp::ToXmlNode OUT(0x00000000)
-    CQanhPackage::ToXmlNode OUT(0x00000000)
-)";
-
-inline constexpr char shortcutIsWritten[] = R"(
-    CQanhDesktopApp::ToXmlNode IN
-    CQanhDesktopApp::ToXmlNode OUT(0x00000000)
-)";
+inline constexpr char shortcut[] = "CQanhDesktopApp::ToXmlNode IN ... OUT(0x00000000)";
 
 // It is neither installed nor reserved.
-inline constexpr char shortcutIsLeftOut[] = R"(
-    CQanhDesktopApp::ToXmlNode IN
-    CQanhDesktopApp::ToXmlNode OUT(0x00000001)
-)";
-
-inline constexpr char saveEnd[] = "\nCQanhAppNameList::Save OUT(0x00000000)\n";
+inline constexpr char shortcutThatIsLeftOut[] = "CQanhDesktopApp::ToXmlNode IN ... OUT(0x00000001)";
 
 } // namespace test

@@ -1,5 +1,6 @@
 // What all system tests need of the machine: the stand-in's classes, registered once for each run of this
 // program.
+#include "standin/ModulePath.h"
 #include "system/Sandbox.h"
 
 #include <gtest/gtest.h>
@@ -13,8 +14,8 @@ public:
     {
         const HMODULE platform = LoadLibraryW((test::BuildFolder() + L"\\StandInPlatform.dll").c_str());
         ASSERT_NE(platform, nullptr) << "StandInPlatform.dll does not load";
-        const auto registerServer = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
-            reinterpret_cast<void*>(GetProcAddress(platform, "DllRegisterServer")));
+        const auto registerServer =
+            standin::FunctionOf<HRESULT(STDAPICALLTYPE*)()>(platform, "DllRegisterServer");
         ASSERT_NE(registerServer, nullptr);
         ASSERT_EQ(registerServer(), S_OK);
         FreeLibrary(platform);

@@ -34,6 +34,15 @@ protected:
     static DWORD Uses() { return standin::GetFaults(Fault::UseOutsideApartment); }
     static DWORD Releases() { return standin::GetFaults(Fault::ReleaseOutsideApartment); }
 
+    template <typename Interface> static ComPtr<Interface> Create(const CLSID& classId)
+    {
+        ComPtr<Interface> object;
+        EXPECT_EQ(
+            CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(object.GetAddressOf())),
+            S_OK);
+        return object;
+    }
+
     // A reference that was taken in an apartment that has been left since.
     static platform::IPackage* PackageFromAnotherTime()
     {
@@ -117,8 +126,7 @@ TEST_F(PlatformObjects, OfEveryClassNeedAnApartment)
             IUnknown* object = nullptr;
             {
                 const ComApartment apartment(CoInitialize(nullptr));
-                ASSERT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object)),
-                          S_OK);
+                object = Create<IUnknown>(classId).Detach();
             }
             const DWORD releases = Releases();
             object->Release();
@@ -130,10 +138,7 @@ TEST_F(PlatformObjects, OfEveryClassNeedAnApartment)
 TEST_F(PlatformObjects, TheManifestReaderKnowsNamesToTheLetter)
 {
     const ComApartment apartment(CoInitialize(nullptr));
-    ComPtr<platform::IAppxFactory> factory;
-    ASSERT_EQ(CoCreateInstance(platform::kAppxFactoryClass, nullptr, CLSCTX_INPROC_SERVER,
-                               IID_PPV_ARGS(factory.GetAddressOf())),
-              S_OK);
+    const auto factory = Create<platform::IAppxFactory>(platform::kAppxFactoryClass);
     ComPtr<IStream> stream;
     const std::wstring path = test::SamplePackages() + L"\\Lumen.Photos\\AppxManifest.xml";
     ASSERT_EQ(SHCreateStreamOnFileEx(path.c_str(), STGM_READ, 0, FALSE, nullptr, stream.GetAddressOf()),
@@ -158,10 +163,7 @@ TEST_F(PlatformObjects, TheManifestReaderKnowsNamesToTheLetter)
 TEST_F(PlatformObjects, TheVisibilityObjectKnowsMonitors)
 {
     const ComApartment apartment(CoInitialize(nullptr));
-    ComPtr<IAppVisibility> visibility;
-    ASSERT_EQ(CoCreateInstance(__uuidof(AppVisibility), nullptr, CLSCTX_INPROC_SERVER,
-                               IID_PPV_ARGS(visibility.GetAddressOf())),
-              S_OK);
+    const auto visibility = Create<IAppVisibility>(__uuidof(AppVisibility));
     MONITOR_APP_VISIBILITY mode = MAV_UNKNOWN;
     EXPECT_EQ(
         visibility->GetAppVisibilityOnMonitor(MonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &mode),

@@ -17,14 +17,6 @@ namespace {
 
 constexpr wchar_t programsFolder[] = L"\\Microsoft\\Windows\\Start Menu\\Programs";
 
-void ReplaceAll(std::string& text, const std::string& part, const std::string& replacement)
-{
-    for (std::size_t at = text.find(part); at != std::string::npos;
-         at = text.find(part, at + replacement.size())) {
-        text.replace(at, part.size(), replacement);
-    }
-}
-
 // Processes in it end with it.
 HANDLE CreateClosingJob()
 {
@@ -59,7 +51,7 @@ namespace test {
 Sandbox::Sandbox() : m_settings(HKEY_LOCAL_MACHINE, kSettingsKey), m_job(CreateClosingJob())
 {
     standin::ClearSettings();
-    standin::SetPackageStorePath(Packages());
+    standin::SetText(standin::TextSetting::PackageStore, Packages());
     m_settings.SetDword(L"DebugLog", 1);
     MakeFolder(Local());
     MakeFolder(HostFolder());
@@ -162,25 +154,19 @@ void Sandbox::AddApplication(const std::wstring& relativePath) const
         program = copy;
         arguments.clear();
     }
-    if (FAILED(standin::WriteShortcut(CommonPrograms() + L"\\" + relativePath, program, arguments))) {
-        throw std::runtime_error("cannot write the shortcut " + ToUtf8(relativePath));
-    }
+    standin::WriteShortcut(CommonPrograms() + L"\\" + relativePath, program, arguments);
 }
 
 void Sandbox::AddSamplePackage(const std::wstring& name) const
 {
-    if (FAILED(standin::CopyPackage(SamplePackages() + L"\\" + name, Packages() + L"\\" + name))) {
-        throw std::runtime_error("cannot copy the package " + ToUtf8(name));
-    }
+    standin::CopyPackage(SamplePackages() + L"\\" + name, Packages() + L"\\" + name);
 }
 
 void Sandbox::WritePackage(const std::wstring& name, std::string_view manifest, std::string_view ini) const
 {
     const std::wstring folder = Packages() + L"\\" + name;
     const std::wstring complete = Folder() + L"\\package in the making";
-    if (FAILED(standin::WritePackage(complete, manifest, ini))) {
-        throw std::runtime_error("cannot write the package " + ToUtf8(name));
-    }
+    standin::WritePackage(complete, manifest, ini);
     if (!Exists(folder)) {
         MakeFolder(Packages());
         MoveOrThrow(complete, folder);
@@ -196,14 +182,14 @@ void Sandbox::RemovePackage(const std::wstring& name) const
     const std::wstring removed = Folder() + L"\\package on its way out";
     MoveOrThrow(Packages() + L"\\" + name, removed);
     // Who began to read it before may still have its files open.
-    if (!WaitUntil([&] { return SUCCEEDED(standin::DeletePackage(removed)); }, 5000)) {
+    if (!WaitUntil([&] { return standin::DeletePackage(removed); }, 5000)) {
         throw std::runtime_error("cannot delete the package " + ToUtf8(name));
     }
 }
 
 void Sandbox::UseSamplePackages() const
 {
-    standin::SetPackageStorePath(SamplePackages());
+    standin::SetText(standin::TextSetting::PackageStore, SamplePackages());
 }
 
 void Sandbox::SetVariable(const std::wstring& name, std::optional<std::wstring> value)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "system/Golden.h"
+
 #include <string>
+#include <string_view>
 
 // What bringing the library up and down leaves in the log: pieces of goldens, in the order of the log. The
 // catalogue's folder is there already.
@@ -14,38 +17,38 @@ inline constexpr char folderIsThere[] = R"(
 
 inline constexpr char initializeBegins[] = R"(
     QanhInitialize IN
-    CQanhMonitorMode::Initialize IN
-    CQanhMonitorMode::Initialize OUT(0)
+    CQanhMonitorMode::Initialize IN ... OUT(0)
     CQanhPackageManager::Initialize IN
-    CQanhPackageManager::GetModuleName IN
-    CQanhPackageManager::GetModuleName OUT(T)
+    CQanhPackageManager::GetModuleName IN ... OUT(T)
 )";
 
 // Up to the choice of the file: in the first process of the executable, and in another one.
-inline const std::string firstProcessBegins = std::string(initializeBegins) +
-                                              "CQanhPackageManager::Initialize CreateMutex() success. <end>" +
-                                              folderIsThere;
+inline std::string FirstProcessBegins()
+{
+    return Joined(
+        {initializeBegins, "CQanhPackageManager::Initialize CreateMutex() success. <end>", folderIsThere});
+}
 
 // The line of the mutex that exists has no end, so the next one continues it.
-inline const std::string otherProcessBegins = std::string(initializeBegins) + R"(
-    CQanhPackageManager::Initialize CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTSCQanhPackageManager::CreateAppNameListFolder IN
-    CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (183)
-    CQanhPackageManager::CreateAppNameListFolder OUT(C)
-)";
+inline std::string OtherProcessBegins()
+{
+    return Joined({initializeBegins, R"(
+        CQanhPackageManager::Initialize CreateMutex()  GetLastError() : ERROR_ALREADY_EXISTSCQanhPackageManager::CreateAppNameListFolder IN
+        CQanhPackageManager::CreateAppNameListFolder SHCreateDirectoryEx failed. ErrCode = (183)
+        CQanhPackageManager::CreateAppNameListFolder OUT(C)
+    )"});
+}
 
-inline constexpr char presetIsChosen[] = R"(
-    CQanhPackageManager::GetPresetAppNameFullPath IN
-    CQanhPackageManager::GetPresetAppNameFullPath OUT(C)
+inline constexpr char presetIsOpened[] = R"(
+    CQanhPackageManager::GetPresetAppNameFullPath IN ... OUT(C)
+    CQanhAppNameList::Load(<host>\PresetAppNameList.xml) IN
 )";
-
-inline constexpr char presetIsOpened[] = "CQanhAppNameList::Load(<host>\\PresetAppNameList.xml) IN";
 inline constexpr char catalogIsOpened[] =
     "CQanhAppNameList::Load(<local>\\Vel\\QanHelper\\TestHost\\AppNameList.xml) IN";
 
 // The rest of a file without records.
 inline constexpr char nothingIsRead[] = R"(
-    CQanhAppNameList::ReadDesktopApps IN
-    CQanhAppNameList::ReadDesktopApps OUT(0x00000000)
+    CQanhAppNameList::ReadDesktopApps IN ... OUT(0x00000000)
     CQanhAppNameList::Load OUT(0x00000001)
 )";
 
@@ -64,16 +67,19 @@ inline constexpr char otherProcessIsUp[] = R"(
     QanhInitialize OUT(1) : s_nCount(1)
 )";
 
-inline const std::string threadBegins =
-    std::string("CQanhPackageManager::RefreshThread IN\n") + folderIsThere;
-
-inline std::string IntervalIsRead(bool isSet, int minutes)
+inline std::string ThreadBegins()
 {
-    return std::string(R"(
+    return Joined({"CQanhPackageManager::RefreshThread IN", folderIsThere});
+}
+
+inline std::string IntervalIsRead(bool isSet, std::string_view minutes)
+{
+    return Filled(R"(
         CQanhReg::GetRefreshInterval IN
-        CQanhReg::GetDWORDRegVal IN
-        CQanhReg::GetDWORDRegVal OUT()") +
-           (isSet ? "1" : "0") + ")\nCQanhReg::GetRefreshInterval OUT(" + std::to_string(minutes) + ")\n";
+        CQanhReg::GetDWORDRegVal IN ... OUT(<1>)
+        CQanhReg::GetRefreshInterval OUT(<2>)
+    )",
+                  {isSet ? "1" : "0", minutes});
 }
 
 inline constexpr char finalizeBegins[] = R"(
@@ -87,8 +93,7 @@ inline constexpr char threadEnds[] = "CQanhPackageManager::RefreshThread OUT : n
 
 inline constexpr char finalizeEnds[] = R"(
     CQanhPackageManager::Finalize OUT
-    CQanhMonitorMode::Finalize IN
-    CQanhMonitorMode::Finalize OUT
+    CQanhMonitorMode::Finalize IN ... OUT
     QanhFinalize OUT : s_nCount(0)
 )";
 

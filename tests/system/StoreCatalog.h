@@ -5,7 +5,75 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace test {
+
+// The packages of a catalogue file as they stand in it, with the lines of their applications; further
+// attributes stand behind the version.
+struct AppElement
+{
+    std::string displayName;
+    std::string shortName;
+};
+
+inline std::string PackageElement(const std::string& family, const std::string& version,
+                                  const std::vector<AppElement>& applications,
+                                  const std::string& attributes = "")
+{
+    std::string element =
+        "    <Package PackageFamilyName=\"" + family + "\" Version=\"" + version + "\"" + attributes;
+    if (applications.empty()) {
+        return element + " />\r\n";
+    }
+    element += ">\r\n";
+    for (const AppElement& application : applications) {
+        element += "      <MetroApp";
+        if (!application.displayName.empty()) {
+            element += " DisplayName=\"" + application.displayName + "\"";
+        }
+        if (!application.shortName.empty()) {
+            element += " ShortName=\"" + application.shortName + "\"";
+        }
+        element += " />\r\n";
+    }
+    return element + "    </Package>\r\n";
+}
+
+// The catalogue file with these lines between the ends of its lists.
+inline std::string CatalogWith(const std::string& packages, const std::string& shortcuts)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<Applications>\r\n" +
+           (packages.empty() ? std::string("  <MetroApps />\r\n")
+                             : "  <MetroApps>\r\n" + packages + "  </MetroApps>\r\n") +
+           (shortcuts.empty() ? std::string("  <DesktopApps />")
+                              : "  <DesktopApps>\r\n" + shortcuts + "  </DesktopApps>");
+}
+
+inline std::string ShortcutElement(const std::string& name, const std::string& path)
+{
+    return "    <DesktopApp DisplayName=\"" + name + "\" LnkFileName=\"" + path + "\" />\r\n";
+}
+
+inline std::string CommonShortcut(const std::string& name, const std::string& file)
+{
+    return ShortcutElement(name, "<allusers>\\Microsoft\\Windows\\Start Menu\\Programs\\" + file);
+}
+
+// A Start menu with shortcuts in two folders, and how it stands in the file.
+inline void AddSmallStartMenu(const Sandbox& sandbox)
+{
+    sandbox.AddCommonShortcut(L"B.url");
+    sandbox.AddCommonShortcut(L"A.lnk");
+    sandbox.AddCommonShortcut(L"Sub\\C.lnk");
+    sandbox.AddUserShortcut(L"メール.lnk");
+}
+
+inline std::string SmallStartMenu()
+{
+    return CommonShortcut("A", "A.lnk") + CommonShortcut("B", "B.url") + CommonShortcut("C", "Sub\\C.lnk") +
+           ShortcutElement("メール", "<roaming>\\Microsoft\\Windows\\Start Menu\\Programs\\メール.lnk");
+}
 
 // The catalogue file that a host in a sandbox writes.
 class StoreCatalog : public testing::Test
@@ -25,19 +93,13 @@ protected:
         return m_sandbox.WithPlaceholders(bytes);
     }
 
-    // The packages of the file, without indentation and line ends; shortcuts are not looked at.
+    // The lines of the packages; shortcuts are not looked at.
     std::string Packages() const
     {
-        std::string packages;
-        for (const std::string& line : Split(Bytes(), "\r\n")) {
-            const std::size_t start = line.find_first_not_of(' ');
-            const std::string element = start == std::string::npos ? "" : line.substr(start);
-            if (element.starts_with("<Package ") || element.starts_with("<MetroApp ") ||
-                element == "</Package>") {
-                packages += element;
-            }
-        }
-        return packages;
+        const std::string bytes = Bytes();
+        const std::size_t begin = std::min(bytes.find("    <Package "), bytes.size());
+        const std::size_t end = std::max(bytes.find("  </MetroApps>"), begin);
+        return bytes.substr(begin, end - begin);
     }
 
     // A host that is up for one pass.

@@ -12,12 +12,10 @@ namespace {
 
 using standin::SetSetting;
 using standin::Setting;
+using test::AppElement;
 using test::Manifest;
+using test::PackageElement;
 using test::StoreCatalog;
-
-// The file's lines up to the packages and behind them, when there are no shortcuts.
-constexpr char fileBegin[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<Applications>\r\n  <MetroApps";
-constexpr char fileEnd[] = "\r\n  <DesktopApps />";
 
 // Whatever the platform fails at, the rest of the pass is done.
 TEST_F(StoreCatalog, OfAPassThatFindsNoPackagesHasTheShortcuts)
@@ -28,11 +26,7 @@ TEST_F(StoreCatalog, OfAPassThatFindsNoPackagesHasTheShortcuts)
          {Setting::FailPackageFactory, Setting::FailPackageManager, Setting::FailFindAll}) {
         SetSetting(fault, static_cast<DWORD>(E_ACCESSDENIED));
         RunOnePass();
-        EXPECT_EQ(Bytes(),
-                  std::string(fileBegin) +
-                      " />\r\n  <DesktopApps>\r\n    <DesktopApp DisplayName=\"A\" "
-                      "LnkFileName=\"<allusers>\\Microsoft\\Windows\\Start Menu\\Programs\\A.lnk\" />"
-                      "\r\n  </DesktopApps>");
+        EXPECT_EQ(Bytes(), test::CatalogWith("", test::CommonShortcut("A", "A.lnk")));
         SetSetting(fault, 0);
         DeleteFileW(m_sandbox.CatalogFile().c_str()); // what the next pass writes is its own
     }
@@ -46,16 +40,10 @@ TEST_F(StoreCatalog, HasThePackagesBeforeTheOneThatCouldNotBeReached)
     SetSetting(Setting::FailMoveNextAt, 2);
     RunOnePass();
     EXPECT_EQ(Bytes(),
-              std::string(fileBegin) +
-                  ">\r\n"
-                  "    <Package PackageFamilyName=\"Lumen.Photos_5lum2d8xw4yhe\" Version=\"1.0.3.0\">\r\n"
-                  "      <MetroApp DisplayName=\"photo album\" ShortName=\"photos\" />\r\n"
-                  "    </Package>\r\n"
-                  "    <Package PackageFamilyName=\"Vel.Calendar_1vel7kq0n3rta\" Version=\"2.1.0.14\">\r\n"
-                  "      <MetroApp DisplayName=\"Calendar\" ShortName=\"Days\" />\r\n"
-                  "    </Package>\r\n"
-                  "  </MetroApps>" +
-                  fileEnd);
+              test::CatalogWith(
+                  PackageElement("Lumen.Photos_5lum2d8xw4yhe", "1.0.3.0", {{"photo album", "photos"}}) +
+                      PackageElement("Vel.Calendar_1vel7kq0n3rta", "2.1.0.14", {{"Calendar", "Days"}}),
+                  ""));
 }
 
 // One package each whose one property cannot be had, between two good ones.
@@ -70,10 +58,8 @@ TEST_P(FaultyPackageCatalog, GoesOnWithTheNextPackage)
                            std::string(GetParam()) + " = 0x80070005");
     m_sandbox.WritePackage(L"C", Manifest("Vel.C", "1.0.0.0", "Third", "3"), "");
     RunOnePass();
-    EXPECT_EQ(Packages(), "<Package PackageFamilyName=\"Vel.A_0standin00000\" Version=\"1.0.0.0\">"
-                          "<MetroApp DisplayName=\"first\" ShortName=\"1\" /></Package>"
-                          "<Package PackageFamilyName=\"Vel.C_0standin00000\" Version=\"1.0.0.0\">"
-                          "<MetroApp DisplayName=\"third\" ShortName=\"3\" /></Package>");
+    EXPECT_EQ(Packages(), PackageElement("Vel.A_0standin00000", "1.0.0.0", {{"first", "1"}}) +
+                              PackageElement("Vel.C_0standin00000", "1.0.0.0", {{"third", "3"}}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Properties, FaultyPackageCatalog,
@@ -86,7 +72,7 @@ struct ManifestFault
     const char* name;
     Setting setting;
     DWORD value;
-    const char* applications; // that are in the file all the same
+    std::vector<AppElement> applications; // that are in the file all the same
 };
 
 void PrintTo(const ManifestFault& fault, std::ostream* stream)
@@ -105,23 +91,20 @@ TEST_P(ManifestFaultCatalog, HasThePackageWithWhatCouldBeRead)
     m_sandbox.AddSamplePackage(L"Test.NoTile");
     SetSetting(GetParam().setting, GetParam().value);
     RunOnePass();
-    const std::string package =
-        "<Package PackageFamilyName=\"Test.NoTile_9test0p6zjcqm\" Version=\"1.0.0.0\"";
-    const std::string applications = GetParam().applications;
-    EXPECT_EQ(Packages(), package + (applications.empty() ? " />" : ">" + applications + "</Package>"));
+    EXPECT_EQ(Packages(), PackageElement("Test.NoTile_9test0p6zjcqm", "1.0.0.0", GetParam().applications));
 }
 
-constexpr char firstApplication[] = "<MetroApp DisplayName=\"First without tile\" />";
-constexpr char secondApplication[] = "<MetroApp DisplayName=\"Second with tile\" />";
+const AppElement firstApplication{"First without tile", ""};
+const AppElement secondApplication{"Second with tile", ""};
 
 INSTANTIATE_TEST_SUITE_P(
     Of, ManifestFaultCatalog,
-    testing::Values(ManifestFault{"Factory", Setting::FailManifestFactory, 0x80040154, ""},
-                    ManifestFault{"Reader", Setting::FailManifestReader, 0x80080204, ""},
-                    ManifestFault{"Applications", Setting::FailManifestApplications, 0x80004005, ""},
-                    ManifestFault{"FirstApplication", Setting::FailManifestCurrentAt, 1, secondApplication},
-                    ManifestFault{"SecondName", Setting::FailManifestStringAt, 2, firstApplication},
-                    ManifestFault{"NextApplication", Setting::FailManifestMoveNextAt, 1, firstApplication}),
+    testing::Values(ManifestFault{"Factory", Setting::FailManifestFactory, 0x80040154, {}},
+                    ManifestFault{"Reader", Setting::FailManifestReader, 0x80080204, {}},
+                    ManifestFault{"Applications", Setting::FailManifestApplications, 0x80004005, {}},
+                    ManifestFault{"FirstApplication", Setting::FailManifestCurrentAt, 1, {secondApplication}},
+                    ManifestFault{"SecondName", Setting::FailManifestStringAt, 2, {firstApplication}},
+                    ManifestFault{"NextApplication", Setting::FailManifestMoveNextAt, 1, {firstApplication}}),
     [](const auto& fault) { return std::string(fault.param.name); });
 
 class ChangingStoreCatalog : public StoreCatalog
@@ -137,10 +120,16 @@ protected:
         EXPECT_EQ(Packages(), package1 + package2);
     }
 
-    const std::string package1 = "<Package PackageFamilyName=\"Vel.A_0standin00000\" Version=\"1.2.3.4\">"
-                                 "<MetroApp DisplayName=\"first\" ShortName=\"1\" /></Package>";
-    const std::string package2 = "<Package PackageFamilyName=\"Vel.B_0standin00000\" Version=\"1.0.0.0\">"
-                                 "<MetroApp DisplayName=\"second\" ShortName=\"2\" /></Package>";
+    // After a pass that begins from now on; the last one.
+    std::string PackagesAtLast()
+    {
+        test::WaitForWholePass(m_sandbox);
+        m_host.Do("finalize");
+        return Packages();
+    }
+
+    const std::string package1 = PackageElement("Vel.A_0standin00000", "1.2.3.4", {{"first", "1"}});
+    const std::string package2 = PackageElement("Vel.B_0standin00000", "1.0.0.0", {{"second", "2"}});
     test::HostProcess m_host{m_sandbox};
 };
 
@@ -152,10 +141,8 @@ TEST_P(ChangedVersionCatalog, HasTheNewVersionsNames)
 {
     const std::string version = GetParam();
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", version, "Primary", "I"), "");
-    test::WaitForWholePass(m_sandbox);
-    m_host.Do("finalize");
-    EXPECT_EQ(Packages(), "<Package PackageFamilyName=\"Vel.A_0standin00000\" Version=\"" + version +
-                              "\"><MetroApp DisplayName=\"primary\" ShortName=\"i\" /></Package>" + package2);
+    EXPECT_EQ(PackagesAtLast(),
+              PackageElement("Vel.A_0standin00000", version, {{"primary", "i"}}) + package2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Parts, ChangedVersionCatalog,
@@ -164,9 +151,7 @@ INSTANTIATE_TEST_SUITE_P(Parts, ChangedVersionCatalog,
 TEST_F(ChangingStoreCatalog, KeepsThePackageWhoseVersionIsTheSame)
 {
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.2.3.4", "Primary", "I"), "");
-    test::WaitForWholePass(m_sandbox);
-    m_host.Do("finalize");
-    EXPECT_EQ(Packages(), package1 + package2);
+    EXPECT_EQ(PackagesAtLast(), package1 + package2);
 }
 
 TEST_F(ChangingStoreCatalog, KeepsTheOldVersionUntilTheNewNamesCanBeRead)
@@ -176,11 +161,8 @@ TEST_F(ChangingStoreCatalog, KeepsTheOldVersionUntilTheNewNamesCanBeRead)
     test::WaitForWholePass(m_sandbox);
     EXPECT_EQ(Packages(), package1 + package2);
     m_sandbox.WritePackage(L"A", unresolved, "[en-US]\nresources/Name = At Last\n");
-    test::WaitForWholePass(m_sandbox);
-    m_host.Do("finalize");
-    EXPECT_EQ(Packages(), "<Package PackageFamilyName=\"Vel.A_0standin00000\" Version=\"2.0.0.0\">"
-                          "<MetroApp DisplayName=\"At Last\" ShortName=\"i\" /></Package>" +
-                              package2);
+    EXPECT_EQ(PackagesAtLast(),
+              PackageElement("Vel.A_0standin00000", "2.0.0.0", {{"At Last", "i"}}) + package2);
 }
 
 TEST_F(ChangingStoreCatalog, LosesThePackageThatIsGoneUntilItComesBack)
@@ -189,18 +171,14 @@ TEST_F(ChangingStoreCatalog, LosesThePackageThatIsGoneUntilItComesBack)
     test::WaitForWholePass(m_sandbox);
     EXPECT_EQ(Packages(), package2);
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.2.3.4", "Other names", "X"), "");
-    test::WaitForWholePass(m_sandbox);
-    m_host.Do("finalize");
-    EXPECT_EQ(Packages(), package1 + package2) << "the record was kept, with its place";
+    EXPECT_EQ(PackagesAtLast(), package1 + package2) << "the record was kept, with its place";
 }
 
 TEST_F(ChangingStoreCatalog, KeepsThePackageWhoseStateCannotBeAsked)
 {
     SetSetting(Setting::FailFindFamily, static_cast<DWORD>(E_ACCESSDENIED));
     m_sandbox.RemovePackage(L"A");
-    test::WaitForWholePass(m_sandbox);
-    m_host.Do("finalize");
-    EXPECT_EQ(Packages(), package1 + package2);
+    EXPECT_EQ(PackagesAtLast(), package1 + package2);
 }
 
 TEST_F(ChangingStoreCatalog, TakesNewPackagesInBehindTheOthers)
@@ -208,9 +186,8 @@ TEST_F(ChangingStoreCatalog, TakesNewPackagesInBehindTheOthers)
     m_sandbox.WritePackage(L"0", Manifest("Vel.0", "1.0.0.0", "Zeroth", "0"), "");
     test::WaitForWholePass(m_sandbox);
     m_host.Do("finalize");
-    EXPECT_EQ(Packages(), package1 + package2 +
-                              "<Package PackageFamilyName=\"Vel.0_0standin00000\" Version=\"1.0.0.0\">"
-                              "<MetroApp DisplayName=\"zeroth\" ShortName=\"0\" /></Package>");
+    EXPECT_EQ(Packages(),
+              package1 + package2 + PackageElement("Vel.0_0standin00000", "1.0.0.0", {{"zeroth", "0"}}));
 }
 
 TEST_F(StoreCatalog, ReservedPackageIsNeverRefreshed)
@@ -224,8 +201,7 @@ TEST_F(StoreCatalog, ReservedPackageIsNeverRefreshed)
         "</MetroApps><DesktopApps></DesktopApps></Applications>");
     RunOnePass();
     EXPECT_EQ(Packages(),
-              "<Package PackageFamilyName=\"Vel.A_0standin00000\" Version=\"1.2.4.3\" NeedReserve=\"1\">"
-              "<MetroApp DisplayName=\"Kept\" /></Package>");
+              PackageElement("Vel.A_0standin00000", "1.2.4.3", {{"Kept", ""}}, " NeedReserve=\"1\""));
 }
 
 // Finalize in the middle of a pass: the thread stops before the next package and the file is not written.
@@ -234,14 +210,14 @@ TEST_F(StoreCatalog, OfAPassThatIsStoppedBetweenTwoPackagesIsNotWritten)
     test::SlowManifest slow;
     m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "location = " + slow.Folder());
     m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
-    standin::SetPackageStorePath(L"");
+    standin::SetText(standin::TextSetting::PackageStore, L"");
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     test::HostProcess host(m_sandbox);
     EXPECT_EQ(host.Command("init"), "0x00000000");
     test::WaitForFirstPass();
     const std::string before = Bytes();
 
-    standin::SetPackageStorePath(m_sandbox.Packages()); // both packages at once
+    standin::SetText(standin::TextSetting::PackageStore, m_sandbox.Packages()); // both packages at once
     slow.WaitForReader();
     host.Send("finalize");
     host.WaitForExitEvent();

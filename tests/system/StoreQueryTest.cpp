@@ -22,7 +22,7 @@ protected:
     // The family's second package becomes the installed one.
     void InstallTheOneWithDependencies()
     {
-        standin::SetPackageStorePath(m_sandbox.Packages());
+        standin::SetText(standin::TextSetting::PackageStore, m_sandbox.Packages());
         m_sandbox.AddSamplePackage(L"Office.Desktop.WithMail");
         const std::wstring ini = m_sandbox.Packages() + L"\\Office.Desktop.WithMail\\package.ini";
         std::string text = test::ReadFileBytes(ini);
@@ -103,7 +103,7 @@ TEST_F(StoreQuery, GivesTheDisplayNameOfAPackageWithOneApplication)
 
 TEST_F(StoreQuery, GivesTheDisplayNameInTheUsersLanguage)
 {
-    standin::SetLanguage(L"ja-JP");
+    standin::SetText(standin::TextSetting::Language, L"ja-JP");
     EXPECT_EQ(DisplayName("Vel.Calendar_1vel7kq0n3rta"), "0x00000000\tカレンダー");
 }
 

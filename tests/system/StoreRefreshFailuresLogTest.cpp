@@ -6,11 +6,16 @@
 
 namespace {
 
-using namespace store_refresh_log;
+using namespace test;
 using standin::SetSetting;
 using standin::Setting;
-using test::IsGolden;
-using test::Manifest;
+
+constexpr auto denied = static_cast<DWORD>(E_ACCESSDENIED);
+
+std::string FirstIsNew()
+{
+    return PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1"));
+}
 
 class StoreWithoutManagerLog : public StoreRefreshLog, public testing::WithParamInterface<Setting>
 {
@@ -18,14 +23,14 @@ class StoreWithoutManagerLog : public StoreRefreshLog, public testing::WithParam
 
 TEST_P(StoreWithoutManagerLog, SaysWhyAndGoesOn)
 {
-    SetSetting(GetParam(), static_cast<DWORD>(E_ACCESSDENIED));
-    EXPECT_TRUE(IsGolden(FirstPass(), std::string(R"(
+    SetSetting(GetParam(), denied);
+    EXPECT_TRUE(IsGolden(FirstPass(), {R"(
         CQanhPackageManager::RefreshMetroApps IN
-        CQanhPackageManager::GetPackageManager IN
-        CQanhPackageManager::GetPackageManager Access denied.
+        CQanhPackageManager::GetPackageManager IN ... Access denied.
         CQanhPackageManager::RefreshMetroApps OUT(GetPackageManager Failed.)
         CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 <end>
-        )") + noShortcuts + saveBegin + saveEnd));
+    )",
+                                       EmptyStartMenu(), Saved({})}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, StoreWithoutManagerLog,
@@ -36,59 +41,52 @@ INSTANTIATE_TEST_SUITE_P(Of, StoreWithoutManagerLog,
 
 TEST_F(StoreRefreshLog, PackagesThatCannotBeFound)
 {
-    SetSetting(Setting::FailFindAll, static_cast<DWORD>(E_ACCESSDENIED));
-    EXPECT_TRUE(IsGolden(FirstPass(), std::string(packagesBegin) + R"(
-        CQanhPackageManager::RefreshMetroApps OUT(Access denied.)
-        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
-        )" + noShortcuts + saveBegin + saveEnd));
+    SetSetting(Setting::FailFindAll, denied);
+    EXPECT_TRUE(
+        IsGolden(FirstPass(), {Packages({"CQanhPackageManager::RefreshMetroApps OUT(Access denied.)"}),
+                               EmptyStartMenu(), Saved({})}));
 }
 
 TEST_F(StoreRefreshLog, PackageThatCannotBeReached)
 {
     SetSetting(Setting::FailMoveNextAt, 1);
-    SetSetting(Setting::FailMoveNext, static_cast<DWORD>(E_ACCESSDENIED));
-    m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "");
-    m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
-    EXPECT_TRUE(IsGolden(FirstPass(), packagesBegin +
-                                          PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) + R"(
-        CQanhPackageManager::RefreshMetroApps OUT(Access denied.)
-        CQanhPackageManager::RefreshMetroApps OUT(0x00000000)
-        )" + noShortcuts + saveBegin + packageIsWritten +
-                                          saveEnd));
+    SetSetting(Setting::FailMoveNext, denied);
+    WriteA();
+    WriteB();
+    EXPECT_TRUE(IsGolden(
+        FirstPass(), {Packages({FirstIsNew(), "CQanhPackageManager::RefreshMetroApps OUT(Access denied.)"}),
+                      EmptyStartMenu(), Saved({packageWithOneApplication})}));
 }
 
 TEST_F(StoreRefreshLog, LastPackageDecidesTheResult)
 {
-    m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "");
-    m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "fail_version = 0x80070005");
-    EXPECT_TRUE(IsGolden(FirstPass(), packagesBegin +
-                                          PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) + R"(
-        CQanhAppNameList::AddMetroPackage IN
-        CQanhAppNameList::AddMetroPackage OUT(Access denied.)
-        CQanhPackageManager::RefreshMetroApps OUT(0x80004005)
-        CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 <end>
-        )" + noShortcuts + saveBegin + packageIsWritten +
-                                          saveEnd));
+    WriteA();
+    WriteB("fail_version = 0x80070005");
+    EXPECT_TRUE(
+        IsGolden(FirstPass(),
+                 {Packages({FirstIsNew(), "CQanhAppNameList::AddMetroPackage IN ... OUT(Access denied.)"},
+                           "0x80004005"),
+                  "CQanhPackageManager::RefreshThread RefreshMetroApps() failed. ErrCode = 0x80004005 <end>",
+                  EmptyStartMenu(), Saved({packageWithOneApplication})}));
 }
 
 // Told to stop while the first of two packages is read: that one is taken in, nothing else is done.
 TEST_F(StoreRefreshLog, PassThatIsStoppedBetweenTwoPackages)
 {
-    test::SlowManifest slow;
-    m_sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "First", "1"), "location = " + slow.Folder());
-    m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
+    SlowManifest slow;
+    WriteA("location = " + slow.Folder());
+    WriteB();
     EXPECT_EQ(m_host.Command("init"), "0x00000000");
     slow.WaitForReader();
     m_host.SetExitEvent();
-    slow.Answer(Manifest("Vel.A", "1.0.0.0", "First", "1"));
+    slow.Answer(manifestOfA);
     m_sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)");
-    EXPECT_TRUE(IsGolden(Passes().at(0),
-                         packagesBegin + PackageIsNew(familyA, 0, PlainNamesAreAdded("first", "1")) +
-                             packagesEnd + "CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)\n"));
-    EXPECT_FALSE(test::Exists(m_sandbox.CatalogFile()));
-    EXPECT_FALSE(test::IsFirstPassRunning());
-    EXPECT_EQ(test::QueryFor(m_sandbox, m_host, "fir"), "\"fir\" NOT(\"first\")");
-    EXPECT_EQ(test::QueryFor(m_sandbox, m_host, "sec"), "\"sec\"");
+    EXPECT_TRUE(IsGolden(Passes().at(0), {Packages({FirstIsNew()}),
+                                          "CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)"}));
+    EXPECT_FALSE(Exists(m_sandbox.CatalogFile()));
+    EXPECT_FALSE(IsFirstPassRunning());
+    EXPECT_EQ(QueryFor(m_sandbox, m_host, "fir"), "\"fir\" NOT(\"first\")");
+    EXPECT_EQ(QueryFor(m_sandbox, m_host, "sec"), "\"sec\"");
 }
 
 } // namespace

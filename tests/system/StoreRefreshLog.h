@@ -3,139 +3,157 @@
 #include "system/Golden.h"
 #include "system/HostProcess.h"
 #include "system/Manifest.h"
+#include "system/ManifestGoldens.h"
 #include "system/PassGoldens.h"
 #include "system/Passes.h"
 
 #include <gtest/gtest.h>
 
-namespace store_refresh_log {
-
-// Pieces of the goldens, beside those of every pass.
-
-using test::emptyPackageIsWritten;
-using test::noShortcuts;
-using test::PackageIsInstalled;
-using test::packageIsWritten;
-using test::packagesBegin;
-using test::packagesEnd;
-using test::saveBegin;
-using test::saveEnd;
-
-inline constexpr char settingIsRead[] = R"(
-    CQanhManifestReader::LoadSetting IN
-    CQanhReg::GetManifestReaderSetting IN
-    CQanhReg::GetDWORDRegVal IN
-    CQanhReg::GetDWORDRegVal OUT(0)
-    CQanhReg::GetManifestReaderSetting OUT(1)
-    CQanhManifestReader::LoadSetting OUT
-)";
-
-inline constexpr char applicationIsFound[] = R"(
-    CQanhManifestReader::MoveToElementByName(Applications) IN
-    CQanhManifestReader::MoveToElementByName OUT(0x00000000)
-    CQanhManifestReader::MoveToElementByName(Application) IN
-    CQanhManifestReader::MoveToElementByName OUT(0x00000000)
-)";
-
-inline constexpr char displayNameIsTaken[] = R"(
-    CQanhManifestReader::MoveToElementByName(VisualElements) IN
-    CQanhManifestReader::MoveToElementByName OUT(0x00000000)
-    CQanhManifestReader::GetAttributeValueByName(DisplayName) IN
-    CQanhManifestReader::GetAttributeValueByName OUT(0x00000000)
-)";
-
-inline constexpr char shortNameIsTaken[] = R"(
-    CQanhManifestReader::MoveToElementByName(DefaultTile) IN
-    CQanhManifestReader::MoveToElementByName OUT(0x00000000)
-    CQanhManifestReader::GetAttributeValueByName(ShortName) IN
-    CQanhManifestReader::GetAttributeValueByName OUT(0x00000000)
-)";
-
-inline constexpr char noFurtherApplication[] = R"(
-    CQanhManifestReader::MoveToElementByName(Application) IN
-    CQanhManifestReader::MoveToElementByName OUT(0x00000001)
-)";
-
-inline std::string PackageIsLookedUp(const std::string& family, std::size_t others, bool isFound)
-{
-    std::string golden = "\nCQanhAppNameList::GetPackage(" + family + ") IN\n";
-    for (std::size_t record = 0; record < others + (isFound ? 1 : 0); ++record) {
-        golden += "CQanhPackage::IsThisPackage(" + family + ") IN\nCQanhPackage::IsThisPackage OUT(" +
-                  (record == others ? "1" : "0") + ")\n";
-    }
-    return golden + "CQanhAppNameList::GetPackage OUT\n";
-}
-
-// A manifest with one application whose names are plain.
-inline std::string PlainNamesAreAdded(const std::string& displayName, const std::string& shortName)
-{
-    return std::string("\nCQanhManifestReader::AddAppsToPackage IN\n") + settingIsRead +
-           "CQanhManifestReader::GetAppNameUsingXmlParser IN\n" + applicationIsFound + displayNameIsTaken +
-           shortNameIsTaken + "CQanhPackage::AddApplication(" + displayName + ", " + shortName + R"() IN
-        CQanhPackage::AddApplication OUT(0x00000000)
-        )" +
-           noFurtherApplication +
-           R"(CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)
-        CQanhManifestReader::AddAppsToPackage OUT(0x00000001)
-        )";
-}
-
-inline std::string PackageIsNew(const std::string& family, std::size_t others,
-                                const std::string& applications)
-{
-    return "\nCQanhAppNameList::AddMetroPackage IN\n" + PackageIsLookedUp(family, others, false) +
-           applications + R"(
-        CQanhAppNameList::AddMetroPackage IN
-        CQanhAppNameList::AddMetroPackage OUT(0x00000000)
-        CQanhAppNameList::AddMetroPackage OUT(0x00000000)
-        )";
-}
-
-inline std::string PackageIsUnchanged(const std::string& family, std::size_t others)
-{
-    return "\nCQanhAppNameList::AddMetroPackage IN\n" + PackageIsLookedUp(family, others, true) +
-           "CQanhAppNameList::AddMetroPackage OUT(0x00000000)\n";
-}
+namespace test {
 
 inline constexpr char familyA[] = "Vel.A_0standin00000";
 inline constexpr char familyB[] = "Vel.B_0standin00000";
+
+// Pieces of the goldens, beside those of every pass and of every manifest.
+
+// A manifest that is read here, or by the platform, with its result.
+inline std::string ManifestIsRead(std::string_view reading, std::string_view result, bool isHere = true)
+{
+    return Filled(R"(
+        CQanhManifestReader::AddAppsToPackage IN
+        CQanhManifestReader::LoadSetting IN
+        CQanhReg::GetManifestReaderSetting IN
+        CQanhReg::GetDWORDRegVal IN ... OUT(<4>)
+        CQanhReg::GetManifestReaderSetting OUT(<5>)
+        CQanhManifestReader::LoadSetting OUT
+        CQanhManifestReader::<1> IN
+        <2>
+        CQanhManifestReader::<1> OUT(<3>)
+        CQanhManifestReader::AddAppsToPackage OUT(<3>)
+    )",
+                  {isHere ? "GetAppNameUsingXmlParser" : "GetAppNameUsingAPI", reading, result,
+                   isHere ? "0" : "1", isHere ? "1" : "0"});
+}
+
+// A manifest that cannot be.
+inline std::string ManifestIsRefused(std::string_view reading, std::string_view result, bool isHere = true)
+{
+    return ManifestIsRead(reading, result, isHere) +
+           Filled("CQanhAppNameList::AddMetroPackage Error (<1>)", {result});
+}
+
+// A manifest with one application whose names are plain.
+inline std::string PlainNamesAreAdded(std::string_view displayName, std::string_view shortName)
+{
+    return ManifestIsRead(Joined({applicationIsFound, displayNameIsTaken, shortNameIsTaken,
+                                  ApplicationIsAdded(displayName, shortName), noFurtherApplication}),
+                          "0x00000001");
+}
+
+inline std::string PackageIsLookedUp(std::string_view family, std::size_t others, bool isFound)
+{
+    std::string records;
+    for (std::size_t record = 0; record < others; ++record) {
+        records += "CQanhPackage::IsThisPackage(<1>) IN ... OUT(0)\n";
+    }
+    if (isFound) {
+        records += "CQanhPackage::IsThisPackage(<1>) IN ... OUT(1)\n";
+    }
+    return Filled("CQanhAppNameList::GetPackage(<1>) IN\n" + records + "CQanhAppNameList::GetPackage OUT",
+                  {family});
+}
+
+inline std::string PackageIsNew(std::string_view family, std::size_t others, std::string_view manifest)
+{
+    return Filled(R"(
+        CQanhAppNameList::AddMetroPackage IN
+        <1>
+        <2>
+        CQanhAppNameList::AddMetroPackage IN ... OUT(0x00000000)
+        CQanhAppNameList::AddMetroPackage OUT(0x00000000)
+    )",
+                  {PackageIsLookedUp(family, others, false), manifest});
+}
+
+inline std::string PackageIsUnchanged(std::string_view family, std::size_t others)
+{
+    return Filled(R"(
+        CQanhAppNameList::AddMetroPackage IN
+        <1>
+        CQanhAppNameList::AddMetroPackage OUT(0x00000000)
+    )",
+                  {PackageIsLookedUp(family, others, true)});
+}
+
+// A package whose version is another one: whether its names can be read is seen first.
+inline std::string PackageIsChanged(std::string_view family, std::string_view look, bool canBeRead,
+                                    std::string_view change)
+{
+    return Filled(R"(
+        CQanhAppNameList::AddMetroPackage IN
+        <1>
+        CQanhManifestReader::IsCanGetAppNameFromManifest IN
+        <2>
+        CQanhManifestReader::IsCanGetAppNameFromManifest OUT(0x0000000<3>)
+        <4>
+        CQanhAppNameList::AddMetroPackage OUT(0x0000000<3>)
+    )",
+                  {PackageIsLookedUp(family, 0, true), look, canBeRead ? "1" : "0", change});
+}
+
+// Two packages that are written to the file with their application.
+inline std::string BothAreSaved()
+{
+    return Saved({packageWithOneApplication, packageWithOneApplication});
+}
 
 class StoreRefreshLog : public testing::Test
 {
 protected:
     StoreRefreshLog()
     {
-        test::MakeFolder(m_sandbox.CommonPrograms());
-        test::MakeFolder(m_sandbox.UserPrograms());
+        MakeFolder(m_sandbox.CommonPrograms());
+        MakeFolder(m_sandbox.UserPrograms());
     }
 
     // The lines of the first pass, up to where the file is saved.
     std::vector<std::string> FirstPass()
     {
         EXPECT_EQ(m_host.Command("init"), "0x00000000");
-        m_sandbox.WaitForLogLine(test::passEnd);
+        m_sandbox.WaitForLogLine(passEnd);
         return Passes().at(0);
     }
 
-    std::vector<std::vector<std::string>> Passes() const { return test::PassesOf(m_sandbox.Log()); }
+    std::vector<std::vector<std::string>> Passes() const { return PassesOf(m_sandbox.Log()); }
 
-    std::vector<std::string> PassWith(const std::string& line) const
+    // Packages of the families A and B.
+    void WriteA(const std::string& ini = "") { m_sandbox.WritePackage(L"A", manifestOfA, ini); }
+    void WriteB(const std::string& ini = "")
     {
-        return test::PassWith(line, m_sandbox.Log());
+        m_sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Second", "2"), ini);
     }
 
-    // Passes without a pause over two packages, the first two of them done.
+    // Passes without a pause over these two, two of them done.
     void KeepPassing()
     {
         m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
-        m_sandbox.WritePackage(L"A", test::Manifest("Vel.A", "1.0.0.0", "First", "1"), "");
-        m_sandbox.WritePackage(L"B", test::Manifest("Vel.B", "1.0.0.0", "Second", "2"), "");
+        WriteA();
+        WriteB();
         EXPECT_EQ(m_host.Command("init"), "0x00000000");
-        test::WaitForWholePass(m_sandbox);
+        WaitForWholePass(m_sandbox);
     }
 
-    test::Sandbox m_sandbox;
-    test::HostProcess m_host{m_sandbox};
+    // The first pass with such a line, of those up to one that begins from now on.
+    std::vector<std::string> PassWith(const std::string& line)
+    {
+        WaitForWholePass(m_sandbox);
+        m_host.Do("finalize");
+        return test::PassWith(line, m_sandbox.Log());
+    }
+
+    const std::string manifestOfA = Manifest("Vel.A", "1.0.0.0", "First", "1");
+    Sandbox m_sandbox;
+    HostProcess m_host{m_sandbox};
 };
 
-} // namespace store_refresh_log
+} // namespace test

@@ -33,6 +33,11 @@ DWORD Number(const Fields& command, std::size_t index)
     return static_cast<DWORD>(std::stoul(Field(command, index)));
 }
 
+BOOL Flag(const Fields& command, std::size_t index)
+{
+    return static_cast<BOOL>(Number(command, index));
+}
+
 bool HasNull(const Fields& command, std::size_t index)
 {
     return index < command.size() && command[index] == "null";
@@ -78,7 +83,7 @@ std::string AskForDisplayName(const Fields& command)
     return Show(hr) + "\t" + text;
 }
 
-void Release(const Fields& command)
+std::string Release(const Fields& command)
 {
     const Text text(command, 1);
     wchar_t* copy = nullptr;
@@ -88,6 +93,7 @@ void Release(const Fields& command)
         std::memcpy(copy, text.Get(), size);
     }
     g_library.releaseString(copy);
+    return "ok";
 }
 
 HRESULT RunCycles(DWORD count)
@@ -154,45 +160,30 @@ std::string Commands::CarryOutHere(const Fields& command)
 
 std::string Commands::Call(const Fields& command)
 {
-    const std::string& name = command[0];
-    if (name == "init") {
-        return Show(g_library.initialize());
-    }
-    if (name == "finalize") {
-        g_library.finalize();
-        return "ok";
-    }
-    if (name == "search") {
-        return Show(g_library.launchBySearch(Text(command, 3).Get(), Number(command, 1),
-                                             static_cast<BOOL>(Number(command, 2))));
-    }
-    if (name == "browser") {
-        return Show(g_library.launchBrowser(Number(command, 1), Number(command, 2),
-                                            static_cast<BOOL>(Number(command, 3))));
-    }
-    if (name == "activate") {
-        return Show(g_library.launchByManager(Text(command, 1).Get(), Text(command, 2).Get()));
-    }
-    if (name == "installed") {
-        return AskWhetherInstalled(g_library.isInstalled, command);
-    }
-    if (name == "installed-by-id") {
-        return AskWhetherInstalled(g_library.isInstalledById, command);
-    }
-    if (name == "display-name") {
-        return AskForDisplayName(command);
-    }
-    if (name == "release") {
-        Release(command);
-        return "ok";
-    }
-    if (name == "cycles") {
-        return Show(RunCycles(Number(command, 1)));
-    }
-    if (name == "searches") {
-        return Show(RunSearches(Number(command, 1), Text(command, 2).Get()));
-    }
-    return "error\tunknown command";
+    using Answer = std::string (*)(const Fields&);
+    static const std::map<std::string, Answer> s_answers = {
+        {"init", [](const Fields&) { return Show(g_library.initialize()); }},
+        {"finalize", [](const Fields&) { return g_library.finalize(), std::string("ok"); }},
+        {"search",
+         [](const Fields& c) {
+             return Show(g_library.launchBySearch(Text(c, 3).Get(), Number(c, 1), Flag(c, 2)));
+         }},
+        {"browser",
+         [](const Fields& c) {
+             return Show(g_library.launchBrowser(Number(c, 1), Number(c, 2), Flag(c, 3)));
+         }},
+        {"activate",
+         [](const Fields& c) { return Show(g_library.launchByManager(Text(c, 1).Get(), Text(c, 2).Get())); }},
+        {"installed", [](const Fields& c) { return AskWhetherInstalled(g_library.isInstalled, c); }},
+        {"installed-by-id",
+         [](const Fields& c) { return AskWhetherInstalled(g_library.isInstalledById, c); }},
+        {"display-name", AskForDisplayName},
+        {"release", Release},
+        {"cycles", [](const Fields& c) { return Show(RunCycles(Number(c, 1))); }},
+        {"searches", [](const Fields& c) { return Show(RunSearches(Number(c, 1), Text(c, 2).Get())); }},
+    };
+    const auto answer = s_answers.find(command[0]);
+    return answer == s_answers.end() ? "error\tunknown command" : answer->second(command);
 }
 
 // The commands that need no library; an empty answer: it is none of them.

@@ -10,7 +10,7 @@ constexpr wchar_t libraryName[] = L"QanHelper.dll";
 
 template <typename Function> void Find(HMODULE module, const char* name, Function& function)
 {
-    function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    function = standin::FunctionOf<Function>(module, name);
     if (!function) {
         throw std::runtime_error(std::string("no export ") + name);
     }

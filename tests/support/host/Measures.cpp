@@ -1,5 +1,7 @@
 #include "support/host/Measures.h"
 
+#include "standin/ModulePath.h"
+
 #include <windows.h>
 
 #include <activation.h>
@@ -73,8 +75,8 @@ namespace host {
 
 std::size_t CountHandles()
 {
-    const auto query = reinterpret_cast<QueryFunction>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+    const auto query =
+        standin::FunctionOf<QueryFunction>(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation");
     if (!query) {
         Fail("the platform lists no handles");
     }

@@ -4,6 +4,17 @@
 
 using standin::Ini;
 
+namespace {
+
+// "(none)" when there is none.
+std::wstring Value(const Ini& ini, const wchar_t* section, const wchar_t* key)
+{
+    const std::wstring* value = ini.Find(section, key);
+    return value ? *value : L"(none)";
+}
+
+} // namespace
+
 TEST(StandInIni, EmptyTextHasNothing)
 {
     const Ini ini("");
@@ -16,24 +27,21 @@ TEST(StandInIni, ValuesAboveTheFirstHeadingHaveNoSection)
 {
     const Ini ini("name = Vel.Post\n[en-US]\nname = Mail\n");
     EXPECT_EQ(ini.Text(L"name"), L"Vel.Post");
-    ASSERT_NE(ini.Find(L"en-US", L"name"), nullptr);
-    EXPECT_EQ(*ini.Find(L"en-US", L"name"), L"Mail");
+    EXPECT_EQ(Value(ini, L"en-US", L"name"), L"Mail");
     EXPECT_EQ(ini.Find(L"ja-JP", L"name"), nullptr);
 }
 
 TEST(StandInIni, LetterCaseOfSectionsAndKeysDoesNotCount)
 {
     const Ini ini("[EN-us]\nResources/AppName = Mail\n");
-    ASSERT_NE(ini.Find(L"en-US", L"resources/appname"), nullptr);
-    EXPECT_EQ(*ini.Find(L"en-US", L"resources/appname"), L"Mail");
+    EXPECT_EQ(Value(ini, L"en-US", L"resources/appname"), L"Mail");
 }
 
 TEST(StandInIni, BlanksAroundPartsAreCutOffAndThoseWithinStay)
 {
     const Ini ini("\t name \t=  Two  words \t\r\n[ ja-JP ]\r\n key= value");
     EXPECT_EQ(ini.Text(L"name"), L"Two  words");
-    ASSERT_NE(ini.Find(L"ja-JP", L"key"), nullptr);
-    EXPECT_EQ(*ini.Find(L"ja-JP", L"key"), L"value");
+    EXPECT_EQ(Value(ini, L"ja-JP", L"key"), L"value");
 }
 
 TEST(StandInIni, CommentsAndOtherLinesSayNothing)
@@ -51,8 +59,7 @@ TEST(StandInIni, ValueMayHoldWhatTheFormatIsMadeOf)
 TEST(StandInIni, EmptyValueIsAValue)
 {
     const Ini ini("[en-US]\nkey =\n");
-    ASSERT_NE(ini.Find(L"en-US", L"key"), nullptr);
-    EXPECT_EQ(*ini.Find(L"en-US", L"key"), L"");
+    EXPECT_EQ(Value(ini, L"en-US", L"key"), L"");
 }
 
 TEST(StandInIni, FirstOfTwoEqualKeysHolds)

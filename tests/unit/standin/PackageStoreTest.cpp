@@ -1,5 +1,6 @@
 #include "standin/store/PackageStore.h"
 
+#include "standin/Result.h"
 #include "standin/Settings.h"
 #include "standin/store/PackageFiles.h"
 #include "support/TemporaryFolder.h"
@@ -37,8 +38,17 @@ constexpr char manifest[] = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
 class StandInPackageStore : public testing::Test
 {
 protected:
-    StandInPackageStore() { standin::SetPackageStorePath(m_folder.Path()); }
-    ~StandInPackageStore() override { standin::SetPackageStorePath(L""); }
+    StandInPackageStore() { standin::SetText(standin::TextSetting::PackageStore, m_folder.Path()); }
+    ~StandInPackageStore() override { standin::SetText(standin::TextSetting::PackageStore, L""); }
+
+    // The store with one package, in the folder "Post".
+    standin::StorePackages ReadWith(std::string_view ini) const
+    {
+        WritePackage(Folder(L"Post"), manifest, ini);
+        standin::StorePackages packages = ReadPackageStore();
+        EXPECT_EQ(packages.size(), 1u);
+        return packages;
+    }
 
     [[nodiscard]] std::wstring Folder(const wchar_t* name) const { return m_folder.Path() + L"\\" + name; }
 
@@ -51,22 +61,26 @@ std::wstring Value(const standin::StorePackage& package, size_t application, con
     return value ? *value : L"(none)";
 }
 
+std::string Parts(const standin::PackageVersion& version)
+{
+    return std::to_string(version.major) + "." + std::to_string(version.minor) + "." +
+           std::to_string(version.build) + "." + std::to_string(version.revision);
+}
+
 } // namespace
 
 TEST_F(StandInPackageStore, IsEmptyWithoutAFolder)
 {
-    standin::SetPackageStorePath(L"");
+    standin::SetText(standin::TextSetting::PackageStore, L"");
     EXPECT_TRUE(ReadPackageStore().empty());
-    standin::SetPackageStorePath(Folder(L"nowhere"));
+    standin::SetText(standin::TextSetting::PackageStore, Folder(L"nowhere"));
     EXPECT_TRUE(ReadPackageStore().empty());
 }
 
 TEST_F(StandInPackageStore, ReadsTheManifest)
 {
-    ASSERT_EQ(WritePackage(Folder(L"Post"), manifest, "publisher_id = abc"), S_OK);
-    const auto packages = ReadPackageStore();
-    ASSERT_EQ(packages.size(), 1u);
-    const standin::StorePackage& package = *packages[0];
+    const auto packages = ReadWith("publisher_id = abc");
+    const standin::StorePackage& package = *packages.at(0);
     EXPECT_EQ(package.name, L"Vel.Post");
     EXPECT_EQ(package.publisher, L"CN=Vel");
     EXPECT_EQ(package.familyName, L"Vel.Post_abc");
@@ -85,21 +99,15 @@ TEST_F(StandInPackageStore, ReadsTheManifest)
 
 TEST_F(StandInPackageStore, IniGoesBeforeTheManifest)
 {
-    ASSERT_EQ(
-        WritePackage(Folder(L"Post"), manifest,
-                     "name = Other\nfamily_name = Fam_x\nfull_name = Full\nversion = 9.8\nframework = 0\n"
-                     "installed = 0\ndependencies = A_x, B_y\nlocation = C:\\far\\away\n"
-                     "fail_id = 0x80070005\nfail_name = 7\n"),
-        S_OK);
-    const auto packages = ReadPackageStore();
-    ASSERT_EQ(packages.size(), 1u);
-    const standin::StorePackage& package = *packages[0];
+    const auto packages =
+        ReadWith("name = Other\nfamily_name = Fam_x\nfull_name = Full\nversion = 9.8\nframework = 0\n"
+                 "installed = 0\ndependencies = A_x, B_y\nlocation = C:\\far\\away\n"
+                 "fail_id = 0x80070005\nfail_name = 7\n");
+    const standin::StorePackage& package = *packages.at(0);
     EXPECT_EQ(package.name, L"Other");
     EXPECT_EQ(package.familyName, L"Fam_x");
     EXPECT_EQ(package.fullName, L"Full");
-    EXPECT_EQ(package.version.major, 9);
-    EXPECT_EQ(package.version.minor, 8);
-    EXPECT_EQ(package.version.build, 0);
+    EXPECT_EQ(Parts(package.version), "9.8.0.0");
     EXPECT_FALSE(package.isFramework);
     EXPECT_FALSE(package.isInstalled);
     EXPECT_EQ(package.dependencies, (std::vector<std::wstring>{L"A_x", L"B_y"}));
@@ -111,14 +119,13 @@ TEST_F(StandInPackageStore, IniGoesBeforeTheManifest)
 
 TEST_F(StandInPackageStore, RelativeLocationIsBelowThePackage)
 {
-    ASSERT_EQ(WritePackage(Folder(L"Post"), manifest, "location = deep\\down"), S_OK);
-    EXPECT_EQ(ReadPackageStore().at(0)->installedPath, Folder(L"Post\\deep\\down"));
+    EXPECT_EQ(ReadWith("location = deep\\down").at(0)->installedPath, Folder(L"Post\\deep\\down"));
 }
 
 TEST_F(StandInPackageStore, OrderIsThatOfTheFoldersAndOthersAreLeftOut)
 {
     for (const wchar_t* name : {L"b", L"C", L"A"}) {
-        ASSERT_EQ(WritePackage(Folder(name), std::nullopt, ""), S_OK);
+        WritePackage(Folder(name), std::nullopt, "");
     }
     ASSERT_TRUE(CreateDirectoryW(Folder(L"empty").c_str(), nullptr));
     const auto packages = ReadPackageStore();
@@ -146,7 +153,7 @@ TEST(StandInManifest, CutOffDocumentFailsAndKeepsWhatStoodBefore)
 // Whoever moves a file has it open for a moment, for deleting, under its new name too.
 TEST_F(StandInPackageStore, ManifestThatIsBeingMovedIsRead)
 {
-    ASSERT_EQ(WritePackage(Folder(L"Post"), manifest, ""), S_OK);
+    WritePackage(Folder(L"Post"), manifest, "");
     const std::wstring path = Folder(L"Post\\AppxManifest.xml");
     const HANDLE mover = CreateFileW(path.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                      OPEN_EXISTING, 0, nullptr);
@@ -160,29 +167,26 @@ TEST_F(StandInPackageStore, ManifestThatIsBeingMovedIsRead)
 TEST_F(StandInPackageStore, DocumentsOfOthersAreRefused)
 {
     standin::Manifest read;
-    ASSERT_EQ(WritePackage(Folder(L"Post"), "<a><Identity Name=\"Vel.Post\" /></a>", ""), S_OK);
+    WritePackage(Folder(L"Post"), "<a><Identity Name=\"Vel.Post\" /></a>", "");
     EXPECT_EQ(standin::ReadManifestFile(Folder(L"Post\\AppxManifest.xml"), read),
               static_cast<HRESULT>(0x80080204));
 }
 
 TEST_F(StandInPackageStore, PackagesAreCopiedAndDeleted)
 {
-    ASSERT_EQ(WritePackage(Folder(L"deep\\Post"), manifest, "publisher_id = abc"), S_OK);
-    ASSERT_EQ(standin::CopyPackage(Folder(L"deep\\Post"), Folder(L"Copy")), S_OK);
+    WritePackage(Folder(L"deep\\Post"), manifest, "publisher_id = abc");
+    standin::CopyPackage(Folder(L"deep\\Post"), Folder(L"Copy"));
     ASSERT_EQ(ReadPackageStore().size(), 1u);
     EXPECT_EQ(ReadPackageStore().at(0)->familyName, L"Vel.Post_abc");
-    EXPECT_LT(standin::CopyPackage(Folder(L"nowhere"), Folder(L"Other")), 0);
-    EXPECT_EQ(DeletePackage(Folder(L"Copy")), S_OK);
+    EXPECT_THROW(standin::CopyPackage(Folder(L"nowhere"), Folder(L"Other")), standin::Failure);
+    EXPECT_TRUE(DeletePackage(Folder(L"Copy")));
     EXPECT_TRUE(ReadPackageStore().empty());
     EXPECT_EQ(GetFileAttributesW(Folder(L"Copy").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
 TEST(StandInPackageVersion, MissingPartsAreZero)
 {
-    const standin::PackageVersion version = standin::ParseVersion(L"1.20");
-    EXPECT_EQ(version.major, 1);
-    EXPECT_EQ(version.minor, 20);
-    EXPECT_EQ(version.build, 0);
-    EXPECT_EQ(standin::ParseVersion(L"").major, 0);
-    EXPECT_EQ(standin::ParseVersion(L"1.2.3.65535").revision, 65535);
+    EXPECT_EQ(Parts(standin::ParseVersion(L"1.20")), "1.20.0.0");
+    EXPECT_EQ(Parts(standin::ParseVersion(L"")), "0.0.0.0");
+    EXPECT_EQ(Parts(standin::ParseVersion(L"1.2.3.65535")), "1.2.3.65535");
 }

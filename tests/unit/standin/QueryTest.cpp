@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 using standin::CompareNames;
 using standin::ContainsName;
@@ -18,88 +19,53 @@ TEST(StandInQuery, EmptyTextHitsNothing)
     }
 }
 
-TEST(StandInQuery, PhraseHitsNameThatContainsIt)
+TEST(StandInQuery, HitsTheNamesThatItAsksFor)
 {
-    const Query query(L"\"Mail Box\"");
-    EXPECT_TRUE(query.Hits(L"Mail Box"));
-    EXPECT_TRUE(query.Hits(L"My Mail Boxes"));
-    EXPECT_FALSE(query.Hits(L"Mail"));
-    EXPECT_FALSE(query.Hits(L"Box Mail"));
-}
-
-TEST(StandInQuery, AllWordsMustHit)
-{
-    const Query query(L"box mail");
-    EXPECT_TRUE(query.Hits(L"Mail Box"));
-    EXPECT_FALSE(query.Hits(L"Mail"));
-}
-
-TEST(StandInQuery, ExcludedNamesAreNotHit)
-{
-    const Query query(L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")");
-    EXPECT_TRUE(query.Hits(L"Mail"));
-    EXPECT_TRUE(query.Hits(L"Mailer"));
-    EXPECT_FALSE(query.Hits(L"Mail Box"));
-    EXPECT_FALSE(query.Hits(L"Gmail"));
-    EXPECT_FALSE(query.Hits(L"Calendar"));
-}
-
-TEST(StandInQuery, OneExcludedName)
-{
-    const Query query(L"\"Mail\" NOT(\"Gmail\")");
-    EXPECT_TRUE(query.Hits(L"Mail"));
-    EXPECT_FALSE(query.Hits(L"Gmail"));
-}
-
-TEST(StandInQuery, NotWithoutParentheses)
-{
-    const Query query(L"mail NOT box");
-    EXPECT_TRUE(query.Hits(L"Gmail"));
-    EXPECT_FALSE(query.Hits(L"Mail Box"));
-}
-
-TEST(StandInQuery, OrBindsTighterThanStandingSideBySide)
-{
-    const Query query(L"mail box OR cube");
-    EXPECT_TRUE(query.Hits(L"Mail Box"));
-    EXPECT_TRUE(query.Hits(L"Mail Cube"));
-    EXPECT_FALSE(query.Hits(L"Cube"));
-    EXPECT_FALSE(query.Hits(L"Mail"));
-}
-
-TEST(StandInQuery, OperatorsWithNothingToWorkOnAreWords)
-{
-    EXPECT_TRUE(Query(L"OR").Hits(L"Word"));
-    EXPECT_TRUE(Query(L"NOT").Hits(L"Notes"));
-    EXPECT_TRUE(Query(L"mail OR").Hits(L"Mail Order"));
-    EXPECT_FALSE(Query(L"mail OR").Hits(L"Mail"));
-    EXPECT_TRUE(Query(L"\"OR\" \"NOT\"").Hits(L"Or not"));
-    EXPECT_TRUE(Query(L"this or that").Hits(L"That or this"));
-    EXPECT_FALSE(Query(L"this or that").Hits(L"This"));
-}
-
-TEST(StandInQuery, Groups)
-{
-    const Query query(L"(mail box) OR cube");
-    EXPECT_TRUE(query.Hits(L"Mail Box"));
-    EXPECT_TRUE(query.Hits(L"Cube"));
-    EXPECT_FALSE(query.Hits(L"Mail"));
-}
-
-TEST(StandInQuery, QuotedParenthesesAreText)
-{
-    const Query query(L"\"Mail (x64)\" NOT(\"Mail (x86)\")");
-    EXPECT_TRUE(query.Hits(L"Mail (x64)"));
-    EXPECT_FALSE(query.Hits(L"Mail (x86)"));
-}
-
-TEST(StandInQuery, UnbalancedTextIsReadToItsEnd)
-{
-    EXPECT_TRUE(Query(L"\"Mail").Hits(L"Mail"));
-    EXPECT_FALSE(Query(L"\"Mail\" NOT(\"Gmail").Hits(L"Gmail"));
-    EXPECT_FALSE(Query(L"\"Mail\" NOT(\"Gmail\"").Hits(L"Gmail"));
-    EXPECT_TRUE(Query(L"))) mail ) )").Hits(L"Mail"));
-    EXPECT_FALSE(Query(L")NOT)(mail").Hits(L"Calendar"));
+    struct Case
+    {
+        const wchar_t* text;
+        std::vector<const wchar_t*> hit;
+        std::vector<const wchar_t*> missed;
+    };
+    const Case cases[] = {
+        {L"\"Mail Box\"", {L"Mail Box", L"My Mail Boxes"}, {L"Mail", L"Box Mail"}},
+        {L"box mail", {L"Mail Box"}, {L"Mail"}},
+        {L"\"Mail\" NOT(\"Mail Box\" OR \"Gmail\")",
+         {L"Mail", L"Mailer"},
+         {L"Mail Box", L"Gmail", L"Calendar"}},
+        {L"\"Mail\" NOT(\"Gmail\")", {L"Mail"}, {L"Gmail"}},
+        {L"mail NOT box", {L"Gmail"}, {L"Mail Box"}},
+        // OR binds tighter than standing side by side.
+        {L"mail box OR cube", {L"Mail Box", L"Mail Cube"}, {L"Cube", L"Mail"}},
+        // Operators with nothing to work on are words.
+        {L"OR", {L"Word"}, {}},
+        {L"NOT", {L"Notes"}, {}},
+        {L"mail OR", {L"Mail Order"}, {L"Mail"}},
+        {L"\"OR\" \"NOT\"", {L"Or not"}, {}},
+        {L"this or that", {L"That or this"}, {L"This"}},
+        {L"(mail box) OR cube", {L"Mail Box", L"Cube"}, {L"Mail"}},
+        {L"\"Mail (x64)\" NOT(\"Mail (x86)\")", {L"Mail (x64)"}, {L"Mail (x86)"}},
+        // Unbalanced text is read to its end.
+        {L"\"Mail", {L"Mail"}, {}},
+        {L"\"Mail\" NOT(\"Gmail", {}, {L"Gmail"}},
+        {L"\"Mail\" NOT(\"Gmail\"", {}, {L"Gmail"}},
+        {L"))) mail ) )", {L"Mail"}, {}},
+        {L")NOT)(mail", {}, {L"Calendar"}},
+        // Case is ignored beyond ASCII.
+        {L"\"\u00e4pfel\"", {L"\u00c4PFEL"}, {}},
+        {L"\"\u043f\u043e\u0447\u0442\u0430\"", {L"\u041f\u041e\u0427\u0422\u0410"}, {}},
+        {L"\"\u30e1\u30fc\u30eb\"", {L"\u65b0\u30e1\u30fc\u30eb"}, {L"\u30e1\u30e2"}},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.text);
+        const Query query(each.text);
+        for (const wchar_t* name : each.hit) {
+            EXPECT_TRUE(query.Hits(name)) << name;
+        }
+        for (const wchar_t* name : each.missed) {
+            EXPECT_FALSE(query.Hits(name)) << name;
+        }
+    }
 }
 
 TEST(StandInQuery, DeepNestingEnds)
@@ -113,14 +79,6 @@ TEST(StandInQuery, DeepNestingEnds)
     const Query query(nots + L"\"mail\"");
     EXPECT_FALSE(query.IsEmpty());
     (void)query.Hits(L"Mail");
-}
-
-TEST(StandInQuery, CaseIsIgnoredBeyondAscii)
-{
-    EXPECT_TRUE(Query(L"\"\u00e4pfel\"").Hits(L"\u00c4PFEL"));
-    EXPECT_TRUE(Query(L"\"\u043f\u043e\u0447\u0442\u0430\"").Hits(L"\u041f\u041e\u0427\u0422\u0410"));
-    EXPECT_TRUE(Query(L"\"\u30e1\u30fc\u30eb\"").Hits(L"\u65b0\u30e1\u30fc\u30eb"));
-    EXPECT_FALSE(Query(L"\"\u30e1\u30fc\u30eb\"").Hits(L"\u30e1\u30e2"));
 }
 
 TEST(StandInQuery, OrderOfNamesIgnoresCase)
@@ -170,19 +128,22 @@ TEST(StandInSettings, AreDescribedEachOnALine)
         EXPECT_NE(text.find(std::wstring(L"\r\n") + setting.name + L' '), std::wstring::npos) << setting.name;
         EXPECT_NE(text.find(std::wstring(L" ") + setting.meaning + L"\r\n"), std::wstring::npos);
     }
-    for (const wchar_t* name : {L"Journal", L"PackageStore", L"Language"}) {
-        EXPECT_NE(text.find(std::wstring(L"\r\n") + name + L' '), std::wstring::npos) << name;
+    for (const wchar_t* line :
+         {L"\r\nJournal                   the journal's path; absent: no journal\r\n",
+          L"\r\nPackageStore              the folder of the packages; absent: there are no packages\r\n",
+          L"\r\nLanguage                  the language of the packages' texts; absent: en-US\r\n"}) {
+        EXPECT_NE(text.find(line), std::wstring::npos) << line;
     }
 }
 
 TEST(StandInSettings, JournalPathOfAnyLength)
 {
     ASSERT_TRUE(standin::ClearSettings());
-    EXPECT_EQ(standin::GetJournalPath(), L"");
+    EXPECT_EQ(standin::GetText(standin::TextSetting::Journal), L"");
     const std::wstring path = L"C:\\\u30e1\u30fc\u30eb\\" + std::wstring(500, L'x');
-    EXPECT_TRUE(standin::SetJournalPath(path));
-    EXPECT_EQ(standin::GetJournalPath(), path);
-    EXPECT_TRUE(standin::SetJournalPath(L""));
-    EXPECT_EQ(standin::GetJournalPath(), L"");
+    EXPECT_TRUE(standin::SetText(standin::TextSetting::Journal, path));
+    EXPECT_EQ(standin::GetText(standin::TextSetting::Journal), path);
+    EXPECT_TRUE(standin::SetText(standin::TextSetting::Journal, L""));
+    EXPECT_EQ(standin::GetText(standin::TextSetting::Journal), L"");
     EXPECT_TRUE(standin::ClearSettings());
 }

@@ -25,9 +25,9 @@ protected:
                                      "resources/Post/Title2 = Second title\n"
                                      "[ja-JP]\n"
                                      "resources/AppName = Meeru\n");
-        standin::SetLanguage(L"");
+        standin::SetText(standin::TextSetting::Language, L"");
     }
-    ~StandInResources() override { standin::SetLanguage(L""); }
+    ~StandInResources() override { standin::SetText(standin::TextSetting::Language, L""); }
 
     StorePackage m_package;
 };
@@ -36,36 +36,28 @@ protected:
 
 TEST(StandInResourceSource, NamesPackageNameAndKey)
 {
-    const auto source =
-        ParseResourceSource(L"@{Vel.Post_1.0.0.0_x64__abc?ms-resource://Vel.Post/resources/appname}");
-    ASSERT_TRUE(source);
-    EXPECT_EQ(source->fullName, L"Vel.Post_1.0.0.0_x64__abc");
-    EXPECT_EQ(source->name, L"Vel.Post");
-    EXPECT_EQ(source->key, L"resources/appname");
-}
-
-TEST(StandInResourceSource, BlankBehindTheQuestionMarkDoesNotCount)
-{
-    const auto source = ParseResourceSource(L"@{F? ms-resource://N/key}");
-    ASSERT_TRUE(source);
-    EXPECT_EQ(source->fullName, L"F");
-    EXPECT_EQ(source->name, L"N");
-    EXPECT_EQ(source->key, L"key");
-}
-
-TEST(StandInResourceSource, NameAndKeyMayBeMissing)
-{
-    const auto withoutKey = ParseResourceSource(L"@{F?ms-resource://N/}");
-    ASSERT_TRUE(withoutKey);
-    EXPECT_EQ(withoutKey->key, L"");
-    const auto withoutSlash = ParseResourceSource(L"@{F?ms-resource://N}");
-    ASSERT_TRUE(withoutSlash);
-    EXPECT_EQ(withoutSlash->name, L"N");
-    EXPECT_EQ(withoutSlash->key, L"");
-    const auto withoutName = ParseResourceSource(L"@{F?ms-resource:///resources/key}");
-    ASSERT_TRUE(withoutName);
-    EXPECT_EQ(withoutName->name, L"");
-    EXPECT_EQ(withoutName->key, L"resources/key");
+    struct Case
+    {
+        const wchar_t* text;
+        const wchar_t* fullName;
+        const wchar_t* name;
+        const wchar_t* key;
+    };
+    for (const Case& each : {
+             Case{L"@{Vel.Post_1.0.0.0_x64__abc?ms-resource://Vel.Post/resources/appname}",
+                  L"Vel.Post_1.0.0.0_x64__abc", L"Vel.Post", L"resources/appname"},
+             Case{L"@{F? ms-resource://N/key}", L"F", L"N", L"key"}, // the blank does not count
+             Case{L"@{F?ms-resource://N/}", L"F", L"N", L""},
+             Case{L"@{F?ms-resource://N}", L"F", L"N", L""},
+             Case{L"@{F?ms-resource:///resources/key}", L"F", L"", L"resources/key"},
+         }) {
+        SCOPED_TRACE(each.text);
+        const auto source = ParseResourceSource(each.text);
+        ASSERT_TRUE(source);
+        EXPECT_EQ(source->fullName, each.fullName);
+        EXPECT_EQ(source->name, each.name);
+        EXPECT_EQ(source->key, each.key);
+    }
 }
 
 TEST(StandInResourceSource, OtherTextsAreNoReferences)
@@ -88,10 +80,10 @@ TEST_F(StandInResources, KeyIsFoundWhateverItsLetterCase)
 
 TEST_F(StandInResources, ChosenLanguageGoesFirstAndEnglishStandsIn)
 {
-    ASSERT_TRUE(standin::SetLanguage(L"ja-JP"));
+    ASSERT_TRUE(standin::SetText(standin::TextSetting::Language, L"ja-JP"));
     EXPECT_EQ(*FindResource(m_package, L"resources/appname"), L"Meeru");
     EXPECT_EQ(*FindResource(m_package, L"post/title"), L"Post title");
-    ASSERT_TRUE(standin::SetLanguage(L"xx-XX"));
+    ASSERT_TRUE(standin::SetText(standin::TextSetting::Language, L"xx-XX"));
     EXPECT_EQ(*FindResource(m_package, L"resources/appname"), L"Mail");
 }
 
