@@ -80,7 +80,9 @@ bool Measure(Session& session, const std::string& measure, std::size_t shownSize
 
 void MeasureExcludeNames(Session& session)
 {
-    for (const std::size_t size : Sizes{1000, 3000, 10000, 30000, 100000}) {
+    const Sizes sizes =
+        session.isShort ? Sizes{1000, 3000, 10000, 30000} : Sizes{1000, 3000, 10000, 30000, 100000};
+    for (const std::size_t size : sizes) {
         if (!Measure(session, "exclude", size, size, kFewHits)) {
             break;
         }

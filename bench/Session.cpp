@@ -122,18 +122,22 @@ bool Session::Take(std::vector<Series>& series) const
 {
     const Effort& effort = isShort ? kShort : kFull;
     const double begin = Now();
-    // The first round brings files and code into memory; it counts only when there is no time for another.
+    // The first round brings files and code into memory, and tells how often to repeat what takes little. It
+    // counts only when there is no time for another.
     for (Series& one : series) {
         TakeSample(one);
+        const double time = std::max(one.samples.front(), 1e-7);
+        if (time < kShortestSample) {
+            one = {one.contender, static_cast<std::size_t>(kShortestSample / time) + 1};
+            TakeSample(one);
+        }
     }
     const double firstRound = Now() - begin;
     if (firstRound > effort.longest) {
         return false;
     }
     for (Series& one : series) {
-        one.repetitions = static_cast<std::size_t>(kShortestSample / std::max(one.samples.front(), 1e-7)) + 1;
-        one.samples.clear();
-        one.processorTime = 0;
+        one = {one.contender, one.repetitions};
     }
     for (std::size_t round = 0; round < effort.mostRounds; ++round) {
         const double spent = Now() - begin;

@@ -30,10 +30,6 @@ class Figure:
         ours, bare = self.processor.get(OURS), self.processor.get(baseline)
         return ours / bare if ours and bare else None
 
-    def undisturbed(self, contender=OURS):
-        """What other work on the machine disturbs least: the processor time, or else the shortest time."""
-        return self.processor.get(contender) or min(self.samples[contender])
-
 
 class Run:
     """Figures by measure, each list in the order of the sizes."""
@@ -62,13 +58,21 @@ def quartiles(values):
     return low, high
 
 
+def undisturbed_times(figures, contender=OURS):
+    """Of each size the time that other work on the machine disturbs least: the processor time, or where the platform
+    has not counted any for some size, the shortest one."""
+    if all(figure.processor.get(contender) for figure in figures):
+        return [figure.processor[contender] for figure in figures]
+    return [min(figure.samples[contender]) for figure in figures]
+
+
 def growth(figures, contender=OURS):
     """The exponent of n with which the time grows: least squares over the logarithms. None for fewer than three
     sizes."""
     if len(figures) < 3:
         return None
     sizes = [math.log(figure.size) for figure in figures]
-    times = [math.log(figure.undisturbed(contender)) for figure in figures]
+    times = [math.log(time) for time in undisturbed_times(figures, contender)]
     mean_size, mean_time = statistics.fmean(sizes), statistics.fmean(times)
     return (sum((size - mean_size) * (time - mean_time) for size, time in zip(sizes, times))
             / sum((size - mean_size) ** 2 for size in sizes))

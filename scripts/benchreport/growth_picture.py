@@ -4,7 +4,7 @@ rises like the dotted line."""
 import math
 from xml.sax.saxutils import escape
 
-from figures import OURS, growth
+from figures import OURS, growth, undisturbed_times
 from measures import MEASURES
 
 COLUMNS = 3
@@ -56,7 +56,7 @@ class Panel:
         self.sizes = [figure.size for figure in figures]
         self.contenders = [name for name in (OURS, measure.baseline) if name]
         # Those that the exponents are taken from.
-        self.times = {name: [figure.undisturbed(name) for figure in figures] for name in self.contenders}
+        self.times = {name: undisturbed_times(figures, name) for name in self.contenders}
         self.growth = growth(figures)
         every = [time for times in self.times.values() for time in times]
         self.x_range = decades(min(self.sizes), max(self.sizes))
