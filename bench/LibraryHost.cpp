@@ -81,7 +81,7 @@ Library::Library()
       m_common(L"ALLUSERSPROFILE", (m_folder / L"common").c_str())
 {
     RegisterPlatform();
-    standin::SetPackageStorePath(m_folder / L"packages");
+    standin::SetText(standin::TextSetting::PackageStore, m_folder / L"packages");
     test::MakeFolder(m_folder / L"packages");
     test::MakeFolder(m_folder / (L"local\\Vel\\QanHelper\\" + HostName()));
     m_module = LoadBeside(L"QanHelper.dll");
@@ -90,7 +90,7 @@ Library::Library()
 Library::~Library()
 {
     FreeLibrary(m_module);
-    standin::SetPackageStorePath(L"");
+    standin::SetText(standin::TextSetting::PackageStore, L"");
 }
 
 ULONGLONG Library::FileSize()
