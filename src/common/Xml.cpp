@@ -7,6 +7,18 @@
 
 using Microsoft::WRL::ComPtr;
 
+namespace {
+
+constexpr wchar_t kCaseBit = 0x20;
+
+[[nodiscard]] constexpr bool IsAsciiLetter(wchar_t character) noexcept
+{
+    const int letter = character | kCaseBit;
+    return L'a' <= letter && letter <= L'z';
+}
+
+} // namespace
+
 namespace Xml {
 
 HRESULT MakeReader(ComPtr<IXmlReader>& reader)
@@ -60,9 +72,17 @@ bool IsElement(IXmlReader* reader)
 
 bool NamesEqual(std::wstring_view name, std::wstring_view expected)
 {
-    // Nearly all names are as expected to the letter, or differ in length.
-    return name.size() == expected.size() &&
-           (name == expected || _wcsnicmp(name.data(), expected.data(), expected.size()) == 0);
+    if (name.size() != expected.size()) {
+        return false;
+    }
+    // Nearly all names are as expected to the letter, or begin otherwise: that takes no look at the locale.
+    if (name == expected) {
+        return true;
+    }
+    if (IsAsciiLetter(name.front()) && ((name.front() ^ expected.front()) & ~kCaseBit) != 0) {
+        return false;
+    }
+    return _wcsnicmp(name.data(), expected.data(), expected.size()) == 0;
 }
 
 bool HasLocalName(IXmlReader* reader, std::wstring_view expected)
