@@ -81,7 +81,7 @@ inline constexpr Windows8Library windows8Libraries[] = {
         PathFileExistsW SHCreateStreamOnFileEx SHCreateStreamOnFileW SHLoadIndirectString
     )"},
     {"user32.dll", R"(
-        CharUpperBuffW CloseClipboard CountClipboardFormats EmptyClipboard GetClassNameW GetForegroundWindow
+        CharLowerBuffW CharUpperBuffW CloseClipboard CountClipboardFormats EmptyClipboard GetClassNameW GetForegroundWindow
         GetMessageExtraInfo MapVirtualKeyW MonitorFromPoint OpenClipboard SendInput SetClipboardData
     )"},
     {"xmllite.dll", R"(
