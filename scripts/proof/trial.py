@@ -92,7 +92,7 @@ class Trial:
         failure = self._failure(program)
         if failure:
             raise Unusable(f"{failure} fails without a change")
-        self._limits[program] = 30 + 5 * (time.monotonic() - begin)
+        self._limits[program] = 15 + 5 * (time.monotonic() - begin)
 
     def _build(self, program):
         return self._run(["cmake", "--build", "--preset", "release", "--target", program])

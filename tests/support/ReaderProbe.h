@@ -83,7 +83,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetLocalName(LPCWSTR* name, UINT* length) override
     {
-        return m_pReader->GetLocalName(name, length);
+        return Call("GetLocalName", [&] { return m_pReader->GetLocalName(name, length); });
     }
     HRESULT STDMETHODCALLTYPE GetPrefix(LPCWSTR* prefix, UINT* length) override
     {
@@ -91,7 +91,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetValue(LPCWSTR* value, UINT* length) override
     {
-        return m_pReader->GetValue(value, length);
+        return Call("GetValue", [&] { return m_pReader->GetValue(value, length); });
     }
     HRESULT STDMETHODCALLTYPE ReadValueChunk(WCHAR* buffer, UINT size, UINT* read) override
     {
