@@ -2,6 +2,7 @@
 
 import argparse
 import collections
+import fcntl
 import os
 import pathlib
 import queue
@@ -157,6 +158,12 @@ def main():
         files.put(sorted(changes, key=lambda change: change.line))
 
     FOLDER.mkdir(parents=True, exist_ok=True)
+    lock = open(FOLDER / "lock", "w", encoding="utf-8")
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except OSError:
+        print("Another run is at work.")
+        return 2
     with open("scripts/wine-prefix.sh", encoding="utf-8") as file:
         settings = Settings(arguments.folder, os.path.abspath("build/wine-prefix"), file.read(), 0, False)
     known = {entry[:2] for entry in read_known(KNOWN, 3)}

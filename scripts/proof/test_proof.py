@@ -2,10 +2,11 @@
 
 import tempfile
 import unittest
+from collections import Counter
 
 from changes import find_changes
 from known import read_known
-from uncovered import compare, find_uncovered
+from uncovered import compare, find_uncovered, table
 
 
 def afters(text, first=1):
@@ -71,12 +72,14 @@ class KnownTest(unittest.TestCase):
 
 class UncoveredTest(unittest.TestCase):
     @staticmethod
-    def find(*lines):
-        report = {"files": [{"file": "src/A.cpp",
-                             "lines": [{"line_number": number, "count": count,
-                                        "branches": [{"count": branch} for branch in branches]}
-                                       for number, count, branches in lines]}]}
-        return find_uncovered(report, lambda path, number: f"text {number}")
+    def report(*lines):
+        return {"files": [{"file": "src/A.cpp",
+                           "lines": [{"line_number": number, "count": count,
+                                      "branches": [{"count": branch} for branch in branches]}
+                                     for number, count, branches in lines]}]}
+
+    def find(self, *lines):
+        return find_uncovered(self.report(*lines), lambda path, number: f"text {number}")
 
     def test_lines_and_branches(self):
         self.assertEqual(self.find((1, 2, [1, 1]), (2, 0, []), (3, 4, [0, 4])),
@@ -86,10 +89,17 @@ class UncoveredTest(unittest.TestCase):
     def test_line_of_several_functions_counts_once(self):
         self.assertEqual(self.find((1, 0, [0, 0]), (1, 2, [0, 2]), (1, 2, [2, 0])), {})
 
+    def test_table(self):
+        rows = [line.split() for line in table(self.report((1, 2, [1, 0]), (2, 0, []), (2, 1, []), (3, 0, [])))]
+        self.assertEqual(rows[1:], [[name, "2", "of", "3", "66.7", "%", "1", "of", "2", "50.0", "%"]
+                                    for name in ("src/A.cpp", "all")])
+
     def test_complaints(self):
-        self.assertEqual(list(compare({"a": ["line 1: not run"]}, {"a"})), [])
-        self.assertEqual(len(list(compare({"a": ["line 1: not run"]}, set()))), 1)
-        self.assertEqual(len(list(compare({}, {"a"}))), 1)
+        place = "line 1: not run"
+        self.assertEqual(list(compare({"a": [place]}, Counter("a"))), [])
+        self.assertEqual(len(list(compare({"a": [place]}, Counter()))), 1)
+        self.assertEqual(len(list(compare({}, Counter("a")))), 1)
+        self.assertEqual(len(list(compare({"a": [place, place]}, Counter("a")))), 1)
 
 
 if __name__ == "__main__":

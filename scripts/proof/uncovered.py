@@ -1,4 +1,5 @@
-"""Compares what the tests did not reach with the list of what cannot be reached. Called by scripts/coverage.
+"""Tells what the tests reached, and compares what they did not with the list of what cannot be reached. Called by
+scripts/coverage.
 
     uncovered.py JSON LIST     JSON: what gcovr writes
 """
@@ -26,6 +27,24 @@ def find_uncovered(report, text_of):
     return dict(uncovered)
 
 
+def table(report):
+    """Lines of text: for each file and in total how many lines and branches were taken."""
+    rows = []
+    for file in report["files"]:
+        counts = _counts(file["lines"]).values()
+        branches = [taken for _, all_of_line in counts for taken in all_of_line]
+        rows.append((file["file"], [count for count, _ in counts], branches))
+    rows.append(("all", sum((row[1] for row in rows), []), sum((row[2] for row in rows), [])))
+    yield f"{'':<40}{'lines':>14}{'branches':>24}"
+    for name, *columns in rows:
+        cells = []
+        for counts in columns:
+            taken = sum(1 for count in counts if count)
+            share = f"{100 * taken / len(counts):.1f} %" if counts else ""
+            cells.append(f"{taken:>6} of {len(counts):>5} {share:>8}")
+        yield f"{name:<40}{cells[0]}{cells[1]}"
+
+
 def _counts(lines):
     """{line: (how often it ran, how often each of its branches was taken)}. Newer versions of gcovr tell of a line
     once for each function that is made of it."""
@@ -41,13 +60,14 @@ def _counts(lines):
 
 
 def compare(uncovered, known):
-    """The complaints."""
+    """The complaints. `known`: how many places of each text are named."""
     for key, places in uncovered.items():
-        if key not in known:
-            yield f"{key}\n    {', '.join(places)}"
+        if len(places) != known[key]:
+            named = f"; {known[key]} named" if known[key] else ""
+            yield f"{key}\n    {', '.join(places)}{named}"
     for key in known:
         if key not in uncovered:
-            yield f"{key}\n    is named as unreachable, and was reached or is gone"
+            yield f"{key}\n    is named as out of reach, and was reached or is gone"
 
 
 def main():
@@ -61,12 +81,13 @@ def main():
                 lines[path] = source.read().split("\n")
         return " ".join(lines[path][number - 1].split())
 
+    print("\n".join(table(report)))
     uncovered = find_uncovered(report, text_of)
-    known = {entry[0] for entry in read_known(sys.argv[2], 2)}
+    known = collections.Counter(entry[0] for entry in read_known(sys.argv[2], 2))
     complaints = list(compare(uncovered, known))
     for complaint in complaints:
         print(complaint)
-    print(f"{len(known)} places are named as out of reach, {len(complaints)} complaints")
+    print(f"{sum(known.values())} places are named in {sys.argv[2]}; {len(complaints)} are not as they should be")
     return 1 if complaints else 0
 
 

@@ -1,3 +1,4 @@
+#include "catalog/ExcludeList.h"
 #include "discovery/PackageManager.h"
 
 #include "support/LogCapture.h"

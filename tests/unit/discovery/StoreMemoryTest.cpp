@@ -21,8 +21,8 @@ TEST(StoreMemory, RunningOutWhileTheManagersFailureIsNamedIsToldInstead)
     const test::ImportPatch<decltype(&RoGetActivationFactory)> activate(
         "RoGetActivationFactory", [](HSTRING, REFIID, void**) -> HRESULT { return REGDB_E_CLASSNOTREG; });
     const test::LogCapture log;
-    const std::string name = "CQanhPackageManager::GetPackageManager ";
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+    std::size_t told = 0; // how often the log says that memory ran out
+    (void)test::ForEachFailingAllocation([&](std::size_t index) {
         BOOL needsUninitialize = FALSE;
         bool isFailed = false;
         {
@@ -31,12 +31,18 @@ TEST(StoreMemory, RunningOutWhileTheManagersFailureIsNamedIsToldInstead)
             isFailed = watch.Failed();
         }
         EXPECT_EQ(needsUninitialize, 1);
-        EXPECT_EQ(
-            log.Lines().back(),
-            name + (isFailed ? "OUT(0x8007000E)" : test::ToUtf8(WinRtError(REGDB_E_CLASSNOTREG).Message())));
+        const std::string line = log.Lines().back();
+        if (line == "CQanhPackageManager::GetPackageManager OUT(0x8007000E)") {
+            EXPECT_TRUE(isFailed);
+            ++told;
+        } else {
+            // The C++ runtime keeps memory for an exception by itself.
+            EXPECT_EQ(line, "CQanhPackageManager::GetPackageManager " +
+                                test::ToUtf8(WinRtError(REGDB_E_CLASSNOTREG).Message()));
+        }
         return isFailed;
     });
-    EXPECT_GT(failures, 0u);
+    EXPECT_GT(told, 0u);
 }
 
 } // namespace
