@@ -165,7 +165,8 @@ class Run:
                 *lines, rest = (rest + data).split(b"\n")
                 for line in lines:
                     yield line.decode("utf-8", "replace").rstrip("\r")
-            elif self._process.poll() is not None:
+            elif self._process.poll() is not None and not select.select([pipe], [], [], 0)[0]:
+                # It wrote nothing between the two looks either.
                 break
         if rest:
             yield rest.decode("utf-8", "replace")

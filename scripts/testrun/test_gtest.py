@@ -37,6 +37,8 @@ for test in tests:
         while True:
             print("still here", flush=True)
             time.sleep(0.01)
+    if kind == "Slow":
+        time.sleep(1)
     if kind == "Child":
         # Holds the output open when this program has ended.
         os.system("sleep 60 &")
@@ -117,6 +119,12 @@ class GtestTest(unittest.TestCase):
             self.assertEqual(self.play("Good", kind, "Bad", limit=1.0), [("Good", "PASSED"), (kind, "FAILED")])
             self.assertIn("hung", self.outcomes[1].reason)
             self.assertEqual(self.run_of.left, ["Suite.Bad"])
+
+    def test_what_is_written_right_before_the_end_is_read(self):
+        run = Run("program", self.command, dict(os.environ), self.folder, ["Suite.Slow"], 30.0)
+        # The program ends between a look at its output and the look whether it has ended.
+        run._process.poll = run._process.wait
+        self.assertEqual([outcome.result.name for outcome in run.outcomes()], ["PASSED"])
 
     def test_child_that_holds_the_output_does_not_hold_the_run(self):
         self.assertEqual(self.play("Child", "Good", limit=20.0), [("Child", "PASSED"), ("Good", "PASSED")])

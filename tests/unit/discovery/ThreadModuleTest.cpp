@@ -15,24 +15,25 @@ struct Asked
 std::vector<Asked> g_asked;
 std::vector<HMODULE> g_given;
 
+using ExitFunction = void(WINAPI*)(HMODULE, DWORD);
+
 // Whoever starts the thread takes the one reference that it gives back at its end.
 TEST_F(ThreadModule, IsGivenBackOnceAndNotTakenAgain)
 {
     g_asked.clear();
     g_given.clear();
     static const test::ImportPatch<decltype(&GetModuleHandleExW)>* s_get;
-    static const test::ImportPatch<decltype(&FreeLibraryAndExitThread)>* s_exit;
+    static const test::ImportPatch<ExitFunction>* s_exit;
     const test::ImportPatch<decltype(&GetModuleHandleExW)> get(
         "GetModuleHandleExW", [](DWORD flags, const wchar_t* address, HMODULE* module) -> BOOL {
             const BOOL done = s_get->Original()(flags, address, module);
             g_asked.push_back({flags, *module});
             return done;
         });
-    const test::ImportPatch<decltype(&FreeLibraryAndExitThread)> exit("FreeLibraryAndExitThread",
-                                                                      [](HMODULE module, DWORD code) {
-                                                                          g_given.push_back(module);
-                                                                          s_exit->Original()(module, code);
-                                                                      });
+    const test::ImportPatch<ExitFunction> exit("FreeLibraryAndExitThread", [](HMODULE module, DWORD code) {
+        g_given.push_back(module);
+        s_exit->Original()(module, code);
+    });
     s_get = &get;
     s_exit = &exit;
     EXPECT_EQ(Run(), 0u);
