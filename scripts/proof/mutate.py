@@ -7,6 +7,7 @@ import os
 import pathlib
 import queue
 import random
+import re
 import signal
 import sys
 import threading
@@ -30,6 +31,8 @@ def parse_arguments():
     parser.add_argument("places", nargs="*", default=["src"], metavar="PLACE", help="folders and files below src/")
     parser.add_argument("-n", type=int, default=300, metavar="N", help="how many changes")
     parser.add_argument("--seed", type=int, default=1, metavar="S", help="which ones")
+    parser.add_argument("--only", metavar="TEXT", type=re.compile, default=re.compile(""),
+                        help="only changes whose place or text matches this regular expression")
     parser.add_argument("--jobs", type=int, default=len(os.sched_getaffinity(0)), metavar="N",
                         help="how many at a time")
     parser.add_argument("--quick", action="store_true", help="without the system tests")
@@ -37,13 +40,14 @@ def parse_arguments():
     return parser.parse_intermixed_args()
 
 
-def choose_changes(places, count, seed):
+def choose_changes(places, only, count, seed):
     """The sample, and how many there are to choose from."""
     changes = []
     for place in map(pathlib.Path, places):
         for path in sorted(place.rglob("*.cpp")) if place.is_dir() else [place]:
             if path not in LEFT_OUT:
-                changes += find_changes(str(path), path.read_text(encoding="utf-8"))
+                found = find_changes(str(path), path.read_text(encoding="utf-8"))
+                changes += [change for change in found if only.search(" ".join(change.key()))]
     chosen = random.Random(seed).sample(changes, min(count, len(changes)))
     return chosen, len(changes)
 
@@ -141,7 +145,7 @@ class Worker(threading.Thread):
 def main():
     arguments = parse_arguments()
     signal.signal(signal.SIGTERM, signal.default_int_handler)
-    chosen, total = choose_changes(arguments.places, arguments.n, arguments.seed)
+    chosen, total = choose_changes(arguments.places, arguments.only, arguments.n, arguments.seed)
     if arguments.list:
         for change in chosen:
             print(change)
