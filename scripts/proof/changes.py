@@ -99,7 +99,7 @@ def find_changes(path, text):
             continue
         for after in dict.fromkeys(_changed_lines(line)):
             yield Change(path, index + 1, line, after)
-        if code.endswith(";"):
+        if code.endswith(";") and not code.endswith(("= delete;", "= default;")):
             statement = "\n".join(lines[first : index + 1])
             if (_DROPPED.fullmatch(statement) and not _DECLARATION.match(statement) and
                     _is_whole("\n".join(_without_texts(part) for part in lines[first : index + 1]))):
