@@ -158,6 +158,8 @@ class Run:
             if not self._hung and time.monotonic() - self._started > self._limit:
                 self._hung = True
                 self._process.kill()
+            # Asked first: what it wrote before it ended is in the pipe then.
+            has_ended = self._process.poll() is not None
             if select.select([pipe], [], [], 0.2)[0]:
                 data = os.read(pipe, 65536)
                 if not data:
@@ -165,8 +167,7 @@ class Run:
                 *lines, rest = (rest + data).split(b"\n")
                 for line in lines:
                     yield line.decode("utf-8", "replace").rstrip("\r")
-            elif self._process.poll() is not None and not select.select([pipe], [], [], 0)[0]:
-                # It wrote nothing between the two looks either.
+            elif has_ended:
                 break
         if rest:
             yield rest.decode("utf-8", "replace")
