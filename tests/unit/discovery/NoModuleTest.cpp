@@ -12,7 +12,7 @@ TEST_F(NoModule, StartsNoThread)
                                                                      SetLastError(ERROR_MOD_NOT_FOUND);
                                                                      return FALSE;
                                                                  });
-    WriteEmptyCatalog();
+    test::WriteFileBytes(CatalogFile(), "<Applications />");
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
     EXPECT_THAT(m_threadStarts, ::testing::IsEmpty());
     EXPECT_THAT(m_log.Lines(), ::testing::Contains("CreateThread() failed. ErrCode = 126 "));
