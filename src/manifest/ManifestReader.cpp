@@ -44,8 +44,8 @@ bool IsUnresolved(const std::wstring& name)
     return ToLowerCase(name).starts_with(CQanhManifestReader::kResourcePrefix);
 }
 
-// Moves to an element, takes one of its attributes and makes a name of it. A missing element does not end the
-// search at its parent: the next one in the document is taken.
+// Moves to an element, takes one of its attributes and makes a name of it; `name` is empty before. A missing
+// element does not end the search at its parent: the next one in the document is taken.
 HRESULT ReadName(IXmlReader* reader, const wchar_t* element, const wchar_t* attribute,
                  const CQanhPackage& package, std::wstring& name)
 {
@@ -53,7 +53,6 @@ HRESULT ReadName(IXmlReader* reader, const wchar_t* element, const wchar_t* attr
     if (FAILED(hr)) {
         return hr;
     }
-    name.clear();
     hr = CQanhManifestReader::GetAttributeValueByName(reader, attribute, name);
     if (SUCCEEDED(hr)) {
         name = PostProcessName(std::move(name), package);

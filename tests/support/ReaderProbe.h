@@ -61,11 +61,11 @@ public:
     HRESULT STDMETHODCALLTYPE MoveToElement() override { return m_pReader->MoveToElement(); }
     HRESULT STDMETHODCALLTYPE GetLocalName(LPCWSTR* name, UINT* length) override
     {
-        return m_pReader->GetLocalName(name, length);
+        return Call("GetLocalName", [&] { return m_pReader->GetLocalName(name, length); });
     }
     HRESULT STDMETHODCALLTYPE GetValue(LPCWSTR* value, UINT* length) override
     {
-        return m_pReader->GetValue(value, length);
+        return Call("GetValue", [&] { return m_pReader->GetValue(value, length); });
     }
     BOOL STDMETHODCALLTYPE IsEmptyElement() override { return m_pReader->IsEmptyElement(); }
     HRESULT STDMETHODCALLTYPE GetLineNumber(UINT* line) override { return m_pReader->GetLineNumber(line); }

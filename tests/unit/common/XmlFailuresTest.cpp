@@ -1,0 +1,105 @@
+// Readers that give no answer about the node at hand.
+
+#include "common/Xml.h"
+
+#include "support/ReaderProbe.h"
+
+#include <gmock/gmock.h>
+
+#include <shlwapi.h>
+
+#include <string>
+#include <vector>
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+using ::testing::ElementsAre;
+
+class XmlFailures : public ::testing::Test
+{
+protected:
+    // Stands on the root element.
+    XmlFailures()
+    {
+        static constexpr char kDocument[] = "<r a='1' b='2' c='3'><x/><x/></r>";
+        m_stream.Attach(SHCreateMemStream(reinterpret_cast<const BYTE*>(kDocument), sizeof kDocument - 1));
+        EXPECT_EQ(m_reader->SetInput(m_stream.Get()), S_OK);
+        EXPECT_EQ(m_reader->Read(nullptr), S_OK);
+    }
+
+    static ComPtr<IXmlReader> MakeReader()
+    {
+        ComPtr<IXmlReader> reader;
+        EXPECT_EQ(Xml::MakeReader(reader), S_OK);
+        return reader;
+    }
+
+    std::vector<std::wstring> Attributes()
+    {
+        std::vector<std::wstring> names;
+        m_result = Xml::ForEachAttribute(&m_probe, [&](std::wstring_view name, const wchar_t*) {
+            names.emplace_back(name);
+            return false;
+        });
+        return names;
+    }
+    int Elements()
+    {
+        int count = 0;
+        m_result = Xml::ForEachElementBelow(&m_probe, L"x", [&] { ++count; });
+        return count;
+    }
+
+    ComPtr<IStream> m_stream;
+    ComPtr<IXmlReader> m_reader = MakeReader();
+    test::ReaderProbe m_probe{m_reader.Get()};
+    HRESULT m_result = E_UNEXPECTED;
+};
+
+TEST_F(XmlFailures, AttributeWithoutAValueIsPassedOver)
+{
+    m_probe.Answer("GetValue", 1, E_FAIL);
+    EXPECT_THAT(Attributes(), ElementsAre(L"a", L"c"));
+    EXPECT_EQ(m_result, S_FALSE);
+}
+
+TEST_F(XmlFailures, AttributeWithoutANameIsPassedOver)
+{
+    m_probe.Answer("GetLocalName", 0, E_FAIL);
+    EXPECT_THAT(Attributes(), ElementsAre(L"b", L"c"));
+    EXPECT_EQ(m_result, S_FALSE);
+}
+
+TEST_F(XmlFailures, NodeOfNoTypeIsNoElement)
+{
+    EXPECT_TRUE(Xml::IsElement(&m_probe));
+    m_probe.Answer("GetNodeType", 1, E_FAIL);
+    EXPECT_FALSE(Xml::IsElement(&m_probe));
+}
+
+TEST_F(XmlFailures, WalkCannotBeginWhereTheDepthIsUnknown)
+{
+    m_probe.Answer("GetDepth", 0, E_FAIL);
+    EXPECT_EQ(Elements(), 0);
+    EXPECT_EQ(m_result, E_FAIL);
+    EXPECT_EQ(m_probe.Calls("Read"), 0);
+}
+
+TEST_F(XmlFailures, ElementOfUnknownDepthIsPassedOver)
+{
+    m_probe.Answer("GetDepth", 1, E_FAIL);
+    EXPECT_EQ(Elements(), 1);
+    EXPECT_EQ(m_result, S_OK);
+}
+
+TEST_F(XmlFailures, NodeOfUnknownTypeIsPassedOver)
+{
+    // Each step asks for the type twice, to see that it moved on, before the walk itself does.
+    m_probe.Answer("GetNodeType", 2, E_FAIL);
+    EXPECT_EQ(Elements(), 1);
+    EXPECT_EQ(m_result, S_OK);
+}
+
+} // namespace
