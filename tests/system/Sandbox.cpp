@@ -280,6 +280,9 @@ bool IsFirstPassRunning(const std::wstring& base)
     const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + base).c_str());
     if (mutex) {
         CloseHandle(mutex);
+    } else if (GetLastError() != ERROR_FILE_NOT_FOUND) {
+        throw std::runtime_error("the mutex of the first pass cannot be opened: " +
+                                 std::to_string(GetLastError()));
     }
     return mutex != nullptr;
 }
