@@ -106,21 +106,21 @@ TEST(DesktopAppFromXmlNode, MakesADefaultRecordOfAnElementWithoutAttributes)
 
 TEST(DesktopAppFromXmlNode, ReadsFlagsAsNumbersWithAPresetForWhatIsNone)
 {
-    const auto read = [](const std::string& value) {
+    const auto readFlags = [](const std::string& value) {
         return Read("<DesktopApp NeedReserve=\"" + value + "\" IsInstalled=\"" + value + "\" IsDualMode=\"" +
                     value + "\"/>");
     };
     for (const char* value : {"1", "2", "-1", "+1", " 7", "7abc"}) {
         SCOPED_TRACE(value);
-        ExpectFlags(*read(value), TRUE, TRUE, TRUE);
+        ExpectFlags(*readFlags(value), TRUE, TRUE, TRUE);
     }
     for (const char* value : {"0", " 0", "0abc", "00", "0x1"}) {
         SCOPED_TRACE(value);
-        ExpectFlags(*read(value), FALSE, FALSE, FALSE);
+        ExpectFlags(*readFlags(value), FALSE, FALSE, FALSE);
     }
     for (const char* value : {"", " ", "yes", "no", "true", "false", "-"}) {
         SCOPED_TRACE(value);
-        ExpectFlags(*read(value), TRUE, TRUE, FALSE);
+        ExpectFlags(*readFlags(value), TRUE, TRUE, FALSE);
     }
 }
 

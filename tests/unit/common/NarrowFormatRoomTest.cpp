@@ -42,7 +42,7 @@ TEST(NarrowFormatRoom, TextWithoutRoomIsTooLongWhateverTheConversionLeft)
             SetLastError(ERROR_INSUFFICIENT_BUFFER);
             return 0;
         });
-    const test::ImportPatch<decltype(&GiveToCRuntime)> write("_sprintf_s_l", GiveToCRuntime);
+    const test::ImportPatch<decltype(&GiveToCRuntime)> copy("_sprintf_s_l", GiveToCRuntime);
     g_given = 0;
     char buffer[kLargestMessage] = {};
     EXPECT_EQ(Format(buffer, sizeof buffer, "ab%S", L"x"), 0);
