@@ -9,6 +9,7 @@
 
 namespace {
 
+constexpr std::size_t kFirstSlots = 16; // a power of two
 constexpr wchar_t kFirstNonAscii = 0x80;
 constexpr wchar_t kFirstOfTwoBytes = 0x100;
 
@@ -61,11 +62,47 @@ void Fold(wchar_t* text, std::size_t length) noexcept
 
 void CaseInsensitiveSet::Add(const wchar_t* text)
 {
-    m_texts.emplace(HashIgnoringCase(text), text);
+    // A quarter of the slots stays free, so that a search soon comes to one.
+    if (m_used + 1 > m_slots.size() / 4 * 3) {
+        Grow();
+    }
+    const std::size_t hash = HashIgnoringCase(text);
+    std::size_t slot = FirstSlot(hash);
+    for (; m_slots[slot].text; slot = NextSlot(slot)) {
+        // The same to the letter is the same in every locale.
+        if (m_slots[slot].hash == hash && std::wcscmp(m_slots[slot].text, text) == 0) {
+            return;
+        }
+    }
+    m_slots[slot] = {hash, text};
+    ++m_used;
 }
 
 bool CaseInsensitiveSet::Contains(const wchar_t* text) const noexcept
 {
-    const auto [first, last] = m_texts.equal_range(HashIgnoringCase(text));
-    return std::any_of(first, last, [text](const auto& entry) { return _wcsicmp(entry.second, text) == 0; });
+    if (m_used == 0) {
+        return false;
+    }
+    const std::size_t hash = HashIgnoringCase(text);
+    for (std::size_t slot = FirstSlot(hash); m_slots[slot].text; slot = NextSlot(slot)) {
+        if (m_slots[slot].hash == hash && _wcsicmp(m_slots[slot].text, text) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void CaseInsensitiveSet::Grow()
+{
+    std::vector<Slot> old(std::max<std::size_t>(kFirstSlots, m_slots.size() * 2));
+    old.swap(m_slots);
+    for (const Slot& moved : old) {
+        if (moved.text) {
+            std::size_t slot = FirstSlot(moved.hash);
+            while (m_slots[slot].text) {
+                slot = NextSlot(slot);
+            }
+            m_slots[slot] = moved;
+        }
+    }
 }

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 // Texts of which two are the same when _wcsicmp says so. That depends on the locale of the thread that asks,
 // which the host may change at any time: so the texts are sorted by what they share in every locale, and
 // _wcsicmp decides among those. It borrows the texts, which must live until Clear(). Not synchronised.
+//
+// A hash table without a block of memory for each text: the catalogue adds one for each record that it reads.
 class CaseInsensitiveSet
 {
 public:
@@ -14,9 +17,36 @@ public:
 
     [[nodiscard]] bool Contains(const wchar_t* text) const noexcept;
 
-    void Clear() noexcept { m_texts = decltype(m_texts)(); } // gives its memory back too
-    void Swap(CaseInsensitiveSet& other) noexcept { m_texts.swap(other.m_texts); }
+    // Gives the memory back too.
+    void Clear() noexcept
+    {
+        m_slots = std::vector<Slot>();
+        m_used = 0;
+    }
+    void Swap(CaseInsensitiveSet& other) noexcept
+    {
+        m_slots.swap(other.m_slots);
+        std::swap(m_used, other.m_used);
+    }
 
 private:
-    std::unordered_multimap<std::size_t, const wchar_t*> m_texts; // by a hash that ignores case
+    struct Slot
+    {
+        std::size_t hash = 0; // ignores case
+        const wchar_t* text = nullptr;
+    };
+
+    [[nodiscard]] std::size_t FirstSlot(std::size_t hash) const noexcept
+    {
+        return hash & (m_slots.size() - 1);
+    }
+    [[nodiscard]] std::size_t NextSlot(std::size_t slot) const noexcept
+    {
+        return (slot + 1) & (m_slots.size() - 1);
+    }
+    void Grow();
+
+    // A power of two, or none; a text stands in the first free slot from that of its hash on.
+    std::vector<Slot> m_slots;
+    std::size_t m_used = 0;
 };
