@@ -33,8 +33,11 @@ class Broken(Exception):
 
 def list_tests(command, environment, folder):
     """Names of all tests of a program, "Suite.Test"."""
-    done = subprocess.run(command + ["--gtest_list_tests"], env=environment, cwd=folder, timeout=60,
-                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    for _ in range(3):  # see `again` below
+        done = subprocess.run(command + ["--gtest_list_tests"], env=environment, cwd=folder, timeout=60,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        if done.stdout or done.returncode == 0:
+            break
     text = done.stdout.decode("utf-8", "replace").replace("\r", "")
     tests = []
     suite = ""
@@ -58,10 +61,15 @@ class Run:
     """One process of a program, from its start to its end.
 
     `complaint`: a regular expression; a test that passes and whose output holds it counts as failed.
+    `again`: when it ends with a failure before it has said a word, its tests are left to another process: about once
+    in a thousand starts Wine gives a program up before it has begun.
     """
 
-    def __init__(self, program, command, environment, folder, tests, limit, complaint=None):
+    def __init__(self, program, command, environment, folder, tests, limit, complaint=None, again=False):
         self.crashed = False  # ended in the middle, or killed: what it was in the midst of may linger
+        self.never_began = False
+        self._again = again
+        self._has_spoken = False
         self._program = program
         self._tests = tests
         self._limit = limit
@@ -93,6 +101,7 @@ class Run:
         not come to are in `left` afterwards."""
         missing = dict.fromkeys(self._tests)
         for line in self._lines():
+            self._has_spoken = True
             outcome = self._read(line)
             if outcome:
                 missing.pop(outcome.test, None)
@@ -104,6 +113,9 @@ class Run:
             missing.pop(self._current, None)
             self.left = list(missing)
             yield self._finish(Result.FAILED, self._why(code))
+        elif not self._last and self._again and code != 0 and not self._has_spoken and not self._hung:
+            self.crashed = self.never_began = True
+            self.left = list(missing)
         elif not self._last:
             self.crashed = True
             for test in missing:

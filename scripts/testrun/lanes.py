@@ -123,15 +123,19 @@ class Lane(threading.Thread):
     def _do(self, job):
         tests = job.tests
         complaint = HEAP_COMPLAINT if self._settings.heap else None
+        starts = 3  # of a program that ends before it begins
         while tests and not self._is_stopped:
             if not self._prefix:
                 self._prefix = Prefix(self._settings, self._surroundings)
             self._run = Run(job.program, self._prefix.command(job.program), self._prefix.environment,
-                            self._prefix.work, tests, self._settings.limit, complaint)
+                            self._prefix.work, tests, self._settings.limit, complaint, again=starts > 1)
             for outcome in self._run.outcomes():
                 if not self._is_stopped:
                     self._report.add(outcome, self._surroundings.name)
             tests = self._run.left
+            if self._run.never_began:
+                starts -= 1
+                self._report.say(f"{job.program} ended before it began, and is started again: {tests[0]}")
             if self._run.crashed:
                 self._replace_prefix()
             self._run = None

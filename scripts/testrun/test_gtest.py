@@ -63,10 +63,10 @@ class GtestTest(unittest.TestCase):
             file.write(PROGRAM)
         self.command = [sys.executable, os.path.join(self.folder, "program.py")]
 
-    def play(self, *kinds, limit=30.0):
+    def play(self, *kinds, limit=30.0, again=False):
         """Outcomes of the tests, as (name, result), and the run."""
         run = Run("program", self.command, dict(os.environ), self.folder, ["Suite." + kind for kind in kinds], limit,
-                  re.compile("err:heap:"))
+                  re.compile("err:heap:"), again)
         self.outcomes = list(run.outcomes())
         self.run_of = run
         return [(outcome.test[len("Suite."):], outcome.result.name) for outcome in self.outcomes]
@@ -102,6 +102,17 @@ class GtestTest(unittest.TestCase):
         self.command = ["false"]
         self.assertEqual(self.play("Good", "Bad"), [("Good", "FAILED"), ("Bad", "FAILED")])
         self.assertEqual(self.run_of.left, [])
+
+    def test_program_that_ends_before_it_begins_leaves_its_tests_to_another(self):
+        self.command = ["false"]
+        self.assertEqual(self.play("Good", "Bad", again=True), [])
+        self.assertTrue(self.run_of.never_began)
+        self.assertEqual(self.run_of.left, ["Suite.Good", "Suite.Bad"])
+        # One that has said something has begun, and one that ends well is no program of tests.
+        for command in ("echo word; exit 1", "exit 0"):
+            self.command = ["bash", "-c", command]
+            self.assertEqual(self.play("Good", again=True), [("Good", "FAILED")])
+            self.assertFalse(self.run_of.never_began)
 
     def test_failure_behind_the_last_test_is_seen(self):
         self.assertEqual(self.play("Good", "Late"), [("Good", "PASSED"), ("Late", "PASSED"), ("Late", "FAILED")])
