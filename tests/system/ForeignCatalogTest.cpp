@@ -10,9 +10,7 @@
 
 namespace {
 
-using testing::Contains;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 class ForeignCatalog : public test::LaunchTest
 {
@@ -144,14 +142,6 @@ TEST_F(ForeignCatalog, TheProgramOfARecordIsNeitherStartedNorOpened)
                 HasSubstr("\\Planted.exe\" LocalizeName=\"Mail\""))
         << "it was found to be there";
     CloseHandle(held);
-}
-
-TEST_F(ForeignCatalog, ANameWithALineEndMakesALineOfTheLog)
-{
-    WriteName("x mail&#13;&#10;[2014/03/01 09:05:07.042]forged");
-    Start({L"Mail.lnk"});
-    EXPECT_THAT(LogOf("search\t0\t1\tMail", "0x00000000"), Contains(StartsWith("forged")));
-    EXPECT_EQ(desktop->Started(), "Mail");
 }
 
 // Who makes a package chooses its names.
