@@ -39,19 +39,41 @@ private:
     HANDLE m_object;
 };
 
+// Others may see that the object is there, and nothing else.
+class SightOnly
+{
+public:
+    SightOnly()
+    {
+        SID everyone{SID_REVISION, 1, SECURITY_WORLD_SID_AUTHORITY, {SECURITY_WORLD_RID}};
+        InitializeAcl(Rights(), sizeof m_rights, ACL_REVISION);
+        AddAccessAllowedAce(Rights(), ACL_REVISION, SYNCHRONIZE, &everyone);
+        InitializeSecurityDescriptor(&m_descriptor, SECURITY_DESCRIPTOR_REVISION);
+        SetSecurityDescriptorDacl(&m_descriptor, TRUE, Rights(), FALSE);
+    }
+    SECURITY_ATTRIBUTES* Get() { return &m_attributes; }
+
+private:
+    ACL* Rights() { return reinterpret_cast<ACL*>(m_rights); }
+
+    alignas(ACL) BYTE m_rights[64]{};
+    SECURITY_DESCRIPTOR m_descriptor{};
+    SECURITY_ATTRIBUTES m_attributes{sizeof(SECURITY_ATTRIBUTES), &m_descriptor, FALSE};
+};
+
 class Squatting : public testing::Test
 {
 protected:
     Squatting() { sandbox.AddCommonShortcut(L"my mail.lnk"); }
 
-    // A catalogue with one record that counts as long as nobody refreshes it.
-    void WriteCatalog()
+    // Each with one record, which counts as long as nobody refreshes it.
+    void WriteCatalog() const
     {
         test::MakeFolder(sandbox.CatalogFolder());
-        test::WriteFileBytes(sandbox.CatalogFile(),
-                             "<Applications><DesktopApps><DesktopApp DisplayName=\"old mail\" "
-                             "LnkFileName=\"C:\\nowhere\"/></DesktopApps></Applications>");
+        Write(sandbox.CatalogFile(), "old mail");
     }
+    void WritePreset() const { Write(sandbox.PresetFile(), "preset mail"); }
+
     std::string Query() { return test::QueryFor(sandbox, host, "Mail"); }
 
     // How many passes the log tells of.
@@ -78,6 +100,13 @@ protected:
 
     test::Sandbox sandbox;
     test::HostProcess host{sandbox};
+
+private:
+    static void Write(const std::wstring& file, const std::string& name)
+    {
+        test::WriteFileBytes(file, "<Applications><DesktopApps><DesktopApp DisplayName=\"" + name +
+                                       "\" LnkFileName=\"C:\\nowhere\"/></DesktopApps></Applications>");
+    }
 };
 
 using SquattedMutex = Squatting;
@@ -87,9 +116,7 @@ using SquattedTurn = Squatting;
 TEST_F(SquattedMutex, KeepsTheRefreshOffAndNothingElse)
 {
     WriteCatalog();
-    test::WriteFileBytes(sandbox.PresetFile(),
-                         "<Applications><DesktopApps><DesktopApp DisplayName=\"preset mail\" "
-                         "LnkFileName=\"C:\\nowhere\"/></DesktopApps></Applications>");
+    WritePreset();
     Squatter squatter(CreateMutexW(nullptr, TRUE, L"QanHelper_TestHost")); // owned, too
     EXPECT_EQ(host.Command("init"), "0x00000001");
     EXPECT_FALSE(host.HasExitEvent());
@@ -126,6 +153,18 @@ TEST_F(SquattedMutex, OfAnotherKindKeepsTheRefreshOffAndTheCatalogueIsLoaded)
     squatter.Leave();
     EXPECT_EQ(host.Command("init"), "0x00000000");
     EXPECT_TRUE(host.HasExitEvent());
+}
+
+TEST_F(SquattedMutex, ThatMayNotBeHadKeepsTheRefreshOff)
+{
+    WriteCatalog();
+    WritePreset();
+    SightOnly rights;
+    const Squatter squatter(CreateMutexW(rights.Get(), FALSE, L"QanHelper_TestHost"));
+    EXPECT_EQ(host.Command("init"), "0x00000001");
+    EXPECT_THAT(sandbox.Log(), Contains(mutexCannotBeMade));
+    EXPECT_FALSE(host.HasExitEvent());
+    EXPECT_EQ(Query(), R"("Mail" NOT("preset mail"))");
 }
 
 TEST_F(SquattedMutex, DoesNotConcernAHostThatRefreshesAlready)
@@ -205,6 +244,20 @@ TEST_F(SquattedTurn, DelaysTheStartAndKeepsTheCatalogueFromBeingSaved)
     squatter.Leave();
     sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
     EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), HasSubstr("my mail"));
+}
+
+TEST_F(SquattedTurn, ThatMayNotBeHadKeepsTheCatalogueFromBeingSaved)
+{
+    WriteCatalog();
+    const std::string before = test::ReadFileBytes(sandbox.CatalogFile());
+    SightOnly rights;
+    const Squatter squatter(CreateMutexW(rights.Get(), FALSE, TurnName().c_str()));
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(host.Command("init"), "0x00000000");
+    EXPECT_LT(GetTickCount64() - start, 4000u);
+    test::WaitForFirstPass();
+    EXPECT_EQ(test::ReadFileBytes(sandbox.CatalogFile()), before);
+    EXPECT_EQ(Query(), R"("Mail" NOT("my mail"))");
 }
 
 TEST_F(SquattedTurn, OfAnotherKindIsDoneWithout)
