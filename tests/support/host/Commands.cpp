@@ -10,9 +10,12 @@
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <latch>
 #include <map>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
+#include <thread>
 
 namespace {
 
@@ -51,11 +54,22 @@ public:
     {
         if (Field(command, index) != "(null)") {
             m_text = test::FromUtf8(command[index]);
+            Replace(L"(long)", std::wstring(70000, L'x'));
+            Replace(L"(high)", L"\xD83D");
+            Replace(L"(low)", L"\xDE00");
         }
     }
     [[nodiscard]] const wchar_t* Get() const { return m_text ? m_text->c_str() : nullptr; }
 
 private:
+    void Replace(std::wstring_view notation, const std::wstring& meaning)
+    {
+        for (std::size_t at = 0; (at = m_text->find(notation, at)) != std::wstring::npos;
+             at += meaning.size()) {
+            m_text->replace(at, notation.size(), meaning);
+        }
+    }
+
     std::optional<std::wstring> m_text;
 };
 
@@ -127,6 +141,9 @@ std::string Commands::CarryOut(const Fields& command)
         {"thread", test::Apartment::kNone},
         {"sta", test::Apartment::kSingleThreaded},
         {"mta", test::Apartment::kMultithreaded}};
+    if (Field(command, 0) == "at-once") {
+        return CarryOutAtOnce(command);
+    }
     const auto thread = s_threads.find(Field(command, 0));
     if (thread == s_threads.end()) {
         return CarryOutHere(command);
@@ -135,6 +152,51 @@ std::string Commands::CarryOut(const Fields& command)
     const bool isKept = test::KeepsApartment(
         thread->second, [&] { answer = CarryOutHere(Fields(command.begin() + 1, command.end())); });
     return isKept ? answer : "apartment changed\t" + answer;
+}
+
+std::string Commands::CarryOutAtOnce(const Fields& command)
+{
+    const DWORD count = Number(command, 1);
+    std::vector<Fields> commands(1);
+    for (std::size_t index = 2; index < command.size(); ++index) {
+        if (command[index] == "and") {
+            commands.emplace_back();
+        } else {
+            commands.back().push_back(command[index]);
+        }
+    }
+    const Fields kinds = {"thread", "sta", "mta"};
+    // Each thread's own answers.
+    std::vector<Fields> answers(commands.size() * kinds.size(), Fields(count));
+    std::latch start(static_cast<std::ptrdiff_t>(answers.size()));
+    std::vector<std::thread> threads;
+    for (std::size_t index = 0; index < answers.size(); ++index) {
+        threads.emplace_back([&, index] {
+            Fields onThread = {kinds[index % kinds.size()]};
+            const Fields& own = commands[index / kinds.size()];
+            onThread.insert(onThread.end(), own.begin(), own.end());
+            start.arrive_and_wait();
+            for (std::string& answer : answers[index]) {
+                answer = CarryOut(onThread);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    std::string all;
+    for (std::size_t index = 0; index < commands.size(); ++index) {
+        std::string common = answers[index * kinds.size()].front();
+        for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+            for (const std::string& answer : answers[index * kinds.size() + kind]) {
+                if (answer != common && !common.starts_with("differs")) {
+                    common = "differs\t" + common + "\t" + answer;
+                }
+            }
+        }
+        all += (index == 0 ? "" : " and ") + common;
+    }
+    return all;
 }
 
 std::string Commands::CarryOutHere(const Fields& command)
@@ -192,6 +254,8 @@ std::string Commands::Manage(const Fields& command)
     const std::string& name = command[0];
     if (name == "load") {
         Load(g_library);
+    } else if (name == "load-strictly") {
+        Load(g_library, LOAD_LIBRARY_SEARCH_SYSTEM32);
     } else if (name == "unload") {
         return Unload(g_library) ? "1" : "0";
     } else if (name == "in-memory") {

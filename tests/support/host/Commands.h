@@ -6,9 +6,15 @@
 namespace host {
 
 // Carries out one command and returns its answer, without a line end. Commands are lists of fields; "(null)"
-// in the place of a text stands for a null pointer. The commands:
+// in the place of a text stands for a null pointer, and in a text
+//
+//   (long)                      stands for 70,000 letters, more than the platform's own strings hold
+//   (high), (low)               for the halves of a surrogate pair, which UTF-8 cannot hold by themselves
+//
+// The commands:
 //
 //   load                        LoadLibrary of QanHelper.dll and look-up of its exports: "ok"
+//   load-strictly               likewise, with LOAD_LIBRARY_SEARCH_SYSTEM32 for what it needs: "ok"
 //   unload                      FreeLibrary: 1 or 0
 //   in-memory                   1 when the library is still mapped, else 0
 //   init, finalize              the HRESULT; "ok"
@@ -33,6 +39,10 @@ namespace host {
 //   thread COMMAND...           the rest is carried out on a thread of its own
 //   sta COMMAND..., mta COMMAND...
 //                               likewise, in a single-threaded or the multithreaded apartment
+//   at-once COUNT COMMAND... [and COMMAND...]
+//                               each of the commands so many times on three threads, one for each kind of
+//                               apartment, all of them at the same time; for each command the one answer that
+//                               all gave, or "differs" and two of them; joined by " and "
 //
 // An HRESULT is written as 0x%08X. An exception that left the library is answered with "exception", a command
 // that could not be carried out with "error" and the reason. In front of the answer of a thread whose
@@ -47,6 +57,7 @@ public:
 
 private:
     std::string CarryOutHere(const std::vector<std::string>& command);
+    std::string CarryOutAtOnce(const std::vector<std::string>& command);
     std::string Call(const std::vector<std::string>& command);
     std::string Manage(const std::vector<std::string>& command);
 

@@ -20,9 +20,9 @@ template <typename Function> void Find(HMODULE module, const char* name, Functio
 
 namespace host {
 
-void Load(Library& library)
+void Load(Library& library, DWORD flags)
 {
-    library.module = LoadLibraryW((standin::ModuleFolder() + L"\\" + libraryName).c_str());
+    library.module = LoadLibraryExW((standin::ModuleFolder() + L"\\" + libraryName).c_str(), nullptr, flags);
     if (!library.module) {
         throw std::runtime_error("not loaded, error " + std::to_string(GetLastError()));
     }

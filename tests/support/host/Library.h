@@ -22,8 +22,8 @@ struct Library
     decltype(&QanhLaunchByManager) launchByManager = nullptr;
 };
 
-// Throws std::runtime_error with the name of what is missing.
-void Load(Library& library);
+// The flags are LoadLibraryEx's. Throws std::runtime_error with the name of what is missing.
+void Load(Library& library, DWORD flags = 0);
 
 // FreeLibrary's result. The functions stay set: the library may still be in memory.
 bool Unload(Library& library);

@@ -34,6 +34,7 @@ const QueryCase kQueries[] = {
      {L"Gmail", L"Mail Box", L"E-mail"},
      L"\"Mail\" NOT(\"Gmail\" OR \"Mail Box\" OR \"E-mail\")"},
     {"QuotesThatAreNotEscaped", L"a\"b", {L"\"", L"c)d"}, L"\"a\"b\" NOT(\"\"\" OR \"c)d\")"},
+    {"LineEndsThatStay", L"Mail", {L"x mail\r\ny"}, L"\"Mail\" NOT(\"x mail\r\ny\")"},
     {"FormatsThatAreText", L"100%s", {L"%s %d", L"%"}, L"\"100%s\" NOT(\"%s %d\" OR \"%\")"},
     {"AnyLetters",
      L"\u30e1\u30fc\u30eb",

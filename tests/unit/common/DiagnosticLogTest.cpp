@@ -195,6 +195,13 @@ TEST_F(DiagnosticLog, NullStringPrintsAsSuchAndPercentSignsInArgumentsAreText)
                                            testing::StartsWith("QanhIsInstalled(100% %s%n%S ")));
 }
 
+// A name can make lines of its own.
+TEST_F(DiagnosticLog, LineEndsInArgumentsAreText)
+{
+    ::DiagnosticLog::WriteLine("%S(%S) IN\r\n", L"QanhIsInstalled", L"x\r\n[2014/03/01 09:05:07.042]forged");
+    EXPECT_THAT(m_log.Lines(), ElementsAre("QanhIsInstalled(x", "forged) IN"));
+}
+
 TEST_F(DiagnosticLog, MessageOf1023BytesIsWrittenWhole)
 {
     const std::string message(1023, 'x');

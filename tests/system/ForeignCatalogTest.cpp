@@ -1,0 +1,189 @@
+// What a catalogue does that somebody else has written: it changes the names in a query, and with them what
+// the search finds, and nothing else. The same goes for a Store package's names.
+#include "standin/Names.h"
+#include "support/Text.h"
+#include "system/LaunchTest.h"
+#include "system/Manifest.h"
+#include "system/QueryFor.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::HasSubstr;
+
+class ForeignCatalog : public test::LaunchTest
+{
+protected:
+    // A catalogue with one record, which counts as installed as long as the path exists. What XML escapes
+    // must be escaped.
+    void WriteCatalog(const std::string& attributes, const std::wstring& path) const
+    {
+        test::MakeFolder(sandbox.CatalogFolder());
+        test::WriteFileBytes(sandbox.CatalogFile(),
+                             "<Applications><MetroApps/><DesktopApps><DesktopApp LnkFileName=\"" +
+                                 test::ToUtf8(path) + "\" NeedReserve=\"1\" " + attributes +
+                                 "/></DesktopApps></Applications>");
+    }
+    void WriteName(const std::string& name) const
+    {
+        WriteCatalog("DisplayName=\"" + name + "\"", sandbox.HostFolder());
+    }
+
+    // The query for "Mail" with this name in the catalogue.
+    std::string Query(const std::string& name)
+    {
+        WriteName(name);
+        test::HostProcess asked(sandbox);
+        EXPECT_EQ(asked.Command("init"), "0x00000000");
+        return test::QueryFor(sandbox, asked, "Mail");
+    }
+};
+
+TEST_F(ForeignCatalog, NamesArePastedAsTheyStand)
+{
+    const struct
+    {
+        const char* name;
+        const char* query;
+    } cases[] = {
+        {"x mail", R"("Mail" NOT("x mail"))"},
+        // Words and signs of the query language, inside the quotes of the name
+        {"x mail NOT(y) OR z", R"("Mail" NOT("x mail NOT(y) OR z"))"},
+        {"(x mail", R"("Mail" NOT("(x mail"))"},
+        {"%s%n mail %d", R"("Mail" NOT("%s%n mail %d"))"},
+        // Quotes, which end the phrase
+        {"the &quot;x&quot; mail", R"("Mail" NOT("the "x" mail"))"},
+        {"x mail&quot; OR &quot;y", R"("Mail" NOT("x mail" OR "y"))"},
+        {"x mail&quot;) OR (&quot;y", R"("Mail" NOT("x mail") OR ("y"))"},
+        // All of its words stand in the wanted name: it is taken for it.
+        {"&quot;mail&quot;", R"("Mail")"},
+        // No word of the wanted name
+        {"&quot;) OR (&quot;y", R"("Mail")"},
+    };
+    for (const auto& [name, query] : cases) {
+        EXPECT_EQ(Query(name), query);
+    }
+}
+
+// Whatever there is, a folder as well.
+TEST_F(ForeignCatalog, ARecordStaysAsLongAsItsPathExists)
+{
+    WriteName("x mail");
+    Start({L"Mail.lnk"});
+    EXPECT_EQ(test::QueryFor(sandbox, *host, "Mail"), R"("Mail" NOT("x mail"))") << "after the first pass";
+    EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), HasSubstr("\"x mail\""));
+}
+
+TEST_F(ForeignCatalog, WordsOfTheQueryLanguageAreWordsOfTheName)
+{
+    WriteName("x mail NOT(Mail) OR Reader");
+    Start({L"Mail.lnk", L"Mail Reader.lnk"});
+    EXPECT_EQ(host->Search("Mail", 0, true), "0x00000000");
+    EXPECT_EQ(desktop->Started(), "Mail");
+    EXPECT_EQ(desktop->Count("query\t\"Mail\" NOT(\"x mail NOT(Mail) OR Reader\")"), 1u);
+}
+
+TEST_F(ForeignCatalog, ANameWithQuotesCanChooseAmongTheApplicationsThatThereAre)
+{
+    WriteName("x mail&quot; OR &quot;y&quot;) Reader NOT(&quot;z");
+    Start({L"Mail.lnk", L"Mail Reader.lnk"});
+    EXPECT_EQ(host->Search("Mail", 0, true), "0x00000000");
+    EXPECT_EQ(desktop->Started(), "Mail Reader");
+    EXPECT_EQ(desktop->Count("query\t\"Mail\" NOT(\"x mail\" OR \"y\") Reader NOT(\"z\")"), 1u);
+}
+
+TEST_F(ForeignCatalog, ANameWithQuotesCanHideTheWantedApplication)
+{
+    constexpr char query[] = R"("Mail" NOT("x mail" OR "Mail"))";
+    WriteName("x mail&quot; OR &quot;Mail");
+    Start({L"Mail.lnk"});
+    host->Send("search\t0\t1\tMail");
+    desktop->WaitFor(std::string("no hit\t") + query);
+    desktop->ClosePane();
+    EXPECT_EQ(host->Answer(30000), "0x00000000");
+    EXPECT_EQ(desktop->Started(), "");
+}
+
+TEST_F(ForeignCatalog, WithoutExclusionsItHasNoPartInALaunch)
+{
+    WriteName("x mail&quot; OR &quot;Mail");
+    Start({L"Mail.lnk"});
+    EXPECT_EQ(host->Search("Mail", 0, false), "0x00000000");
+    EXPECT_EQ(desktop->Started(), "Mail");
+    EXPECT_EQ(desktop->Count("query\t\"Mail\""), 1u);
+}
+
+// By what counts as the wanted application in mode 2: its name is pasted without quotes and exclusions then.
+TEST_F(ForeignCatalog, ANameCanTakeTheExclusionsFromModeTwo)
+{
+    WriteName("mail");
+    Start({L"Big Mail.lnk"});
+    EXPECT_EQ(host->Search("Mail", 2, true), "0x00000000");
+    EXPECT_EQ(desktop->Started(), "Big Mail");
+    EXPECT_EQ(desktop->Count("query\tMail"), 1u);
+}
+
+// The path is looked for, and that is all: not even when the record's name is the one that is launched.
+TEST_F(ForeignCatalog, TheProgramOfARecordIsNeitherStartedNorOpened)
+{
+    const std::wstring program = sandbox.Folder() + L"\\Planted.exe";
+    ASSERT_TRUE(CopyFileW((test::BuildFolder() + L"\\StandInApp.exe").c_str(), program.c_str(), FALSE));
+    // Nobody can open it meanwhile.
+    const HANDLE held = CreateFileW(program.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    WriteCatalog("DisplayName=\"Planted\" LocalizeName=\"Mail\"", program);
+    Start({L"Mail.lnk"});
+    EXPECT_EQ(host->Search("Mail", 0, true), "0x00000000");
+    EXPECT_EQ(desktop->Started(), "Mail");
+    EXPECT_EQ(FindWindowW(standin::appClass, L"Planted"), nullptr);
+    host->Do("finalize");
+    EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()),
+                HasSubstr("\\Planted.exe\" LocalizeName=\"Mail\""))
+        << "it was found to be there";
+    CloseHandle(held);
+}
+
+// Who makes a package chooses its names.
+TEST_F(ForeignCatalog, APackageWithQuotesInItsNameCanHideAnotherApplication)
+{
+    sandbox.WritePackage(L"A", test::Manifest("Vel.A", "1.0.0.0", "x mail&quot; OR &quot;Mail", ""), "");
+    Start({L"Mail.lnk"});
+    EXPECT_EQ(test::QueryFor(sandbox, *host, "Mail"), R"("Mail" NOT("x mail" or "mail"))")
+        << "in small letters, as they are kept";
+}
+
+// The settings are those of the machine.
+TEST_F(ForeignCatalog, SettingsOfAUserAreNotLookedAt)
+{
+    sandbox.Settings().Delete();
+    test::ScopedKey user(HKEY_CURRENT_USER, test::kSettingsKey);
+    user.SetDword(L"DebugLog", 1);
+    user.SetDword(L"RefreshInterval", 0);
+    sandbox.AddCommonShortcut(L"A.lnk");
+    test::HostProcess asked(sandbox);
+    EXPECT_EQ(asked.Command("init"), "0x00000000");
+    test::WaitForFirstPass();
+    sandbox.AddCommonShortcut(L"B.lnk");
+    Sleep(500); // many passes
+    asked.Do("finalize");
+    EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), HasSubstr("A.lnk"));
+    EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), testing::Not(HasSubstr("B.lnk")));
+    EXPECT_FALSE(test::Exists(sandbox.LogFile()));
+}
+
+// Of a shortcut only its name and its path are taken.
+TEST_F(ForeignCatalog, ShortcutsAreNotOpened)
+{
+    sandbox.AddCommonShortcut(L"A.lnk");
+    const HANDLE held = CreateFileW((sandbox.CommonPrograms() + L"\\A.lnk").c_str(), GENERIC_READ, 0, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    test::HostProcess asked(sandbox);
+    EXPECT_EQ(asked.Command("init"), "0x00000000");
+    test::WaitForFirstPass();
+    EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), HasSubstr("DisplayName=\"A\""));
+    CloseHandle(held);
+}
+
+} // namespace
