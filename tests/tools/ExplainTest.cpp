@@ -123,19 +123,19 @@ TEST_F(ToolExplain, TellsWhenTheQueryIsTooLongForTheLog)
 {
     // A query of 984 bytes still has room: 6 for the wanted name, 6 for " NOT()", 2 for the quotes of one
     // name.
-    const auto write = [this](std::size_t length) {
+    const auto writeRival = [this](std::size_t length) {
         WriteCatalogue("<DesktopApps><DesktopApp DisplayName=\"Mail\" LnkFileName=\"C:\\1.lnk\"/><DesktopApp "
                        "DisplayName=\"" +
                        std::string(length - 4, 'x') + "mail\" LnkFileName=\"C:\\2.lnk\"/></DesktopApps>");
     };
-    write(970);
+    writeRival(970);
     EXPECT_THAT(Output({L"explain", L"Mail"}), HasSubstr("\nLog line: 1023 of 1023 bytes\n"));
-    write(971);
+    writeRival(971);
     const ToolResult result = Run({L"explain", L"Mail"});
     EXPECT_THAT(result.output,
                 HasSubstr("\nLog line: 1024 of 1023 bytes: with the log on, it ends the host\n"));
     EXPECT_EQ(result.status, 1u);
-    write(5000);
+    writeRival(5000);
     EXPECT_THAT(Run({L"explain", L"Mail"}).output, HasSubstr("\nLog line: 5053 of 1023 bytes: "));
 }
 

@@ -109,7 +109,7 @@ TEST_F(ToolList, RefusesWrongUse)
     }
 }
 
-TEST_F(ToolList, KeepsNamesFromSteeringTheConsole)
+TEST_F(ToolList, ReplacesControlCharactersInNames)
 {
     WriteCatalogue(
         "<DesktopApps><DesktopApp DisplayName=\"a&#x7F;b&#x9B;c\" LnkFileName=\"C:\\a.lnk\"/></DesktopApps>");
