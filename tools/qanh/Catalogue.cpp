@@ -46,6 +46,13 @@ std::wstring CataloguePath(const CommandLine& line)
     return line.catalogue;
 }
 
+void RefuseCatalogue(const CommandLine& line)
+{
+    if (!line.catalogue.empty() || !line.host.empty()) {
+        throw WrongUse{L"a FILE was given, and --catalogue or --host as well"};
+    }
+}
+
 void LoadCatalogue(const std::wstring& path, CQanhAppNameList& list)
 {
     const HRESULT hr = list.Load(path.c_str());

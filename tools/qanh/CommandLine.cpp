@@ -13,7 +13,8 @@ namespace {
 constexpr char kTool[] = "qanh";
 constexpr char kAbout[] =
     "Tells what the library knows of the applications of a machine, and what it makes of it. Only looks.";
-constexpr char kEnd[] = "Every command takes --catalogue FILE or --host NAME, and --json. See docs/qanh.md.";
+constexpr char kEnd[] =
+    "--catalogue FILE or --host NAME says which catalogue to look at, --json asks for JSON. See docs/qanh.md.";
 
 // What the parser fills in; it speaks UTF-8.
 struct Values
@@ -24,6 +25,9 @@ struct Values
     std::string kind;
     std::string match;
     std::string name;
+    std::string file;
+    std::string otherFile;
+    bool isHere = false;
     std::string helpCommand;
 };
 
@@ -69,6 +73,20 @@ void Describe(CLI::App& tool, Values& values)
                    "excluded, and which names are left in and may be started instead.",
                    "qanh explain Mail --host Launcher");
     explain->add_option("NAME", values.name, "The name as the launcher would give it")->required();
+
+    CLI::App* check =
+        AddCommand(tool, "check",
+                   "Checks a catalogue file: what the library skips, what reads otherwise than it "
+                   "looks, what stands twice, and whether it is fit as a preset.",
+                   "qanh check PresetAppNameList.xml");
+    check->add_option("FILE", values.file, "The file; without one, the catalogue");
+    check->add_flag("--here", values.isHere, "Look for the shortcuts on this machine; --host does so too");
+
+    CLI::App* diff = AddCommand(
+        tool, "diff", "Compares two catalogue files: what was removed (-), added (+) and changed (~).",
+        "qanh diff old.xml new.xml");
+    diff->add_option("A", values.file, "The one from before")->required();
+    diff->add_option("B", values.otherFile, "The one from after")->required();
 
     CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
     help->add_option("COMMAND", values.helpCommand, "The command");
@@ -121,5 +139,8 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     line.kind = FromUtf8(values.kind);
     line.match = FromUtf8(values.match);
     line.name = FromUtf8(values.name);
+    line.file = FromUtf8(values.file);
+    line.otherFile = FromUtf8(values.otherFile);
+    line.isHere = values.isHere;
     return line;
 }

@@ -13,7 +13,10 @@ struct CommandLine
     std::wstring kind;
     std::wstring match;
     std::wstring name;
-    std::wstring help; // the text that was asked for, by "help" or "--help"
+    std::wstring file;
+    std::wstring otherFile;
+    bool isHere = false; // what the catalogue names is on this machine
+    std::wstring help;   // the text that was asked for, by "help" or "--help"
 };
 
 // Takes the arguments of the process, without its name, apart. Throws WrongUse.

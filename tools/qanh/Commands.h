@@ -14,6 +14,8 @@ struct Answer
 };
 
 // The commands, each in a file of its own. They throw WrongUse and Failure.
+[[nodiscard]] Answer Check(const CommandLine& line);
+[[nodiscard]] Answer Diff(const CommandLine& line);
 [[nodiscard]] Answer Explain(const CommandLine& line);
 [[nodiscard]] Answer List(const CommandLine& line);
 [[nodiscard]] Answer Show(const CommandLine& line);
