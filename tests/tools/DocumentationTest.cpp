@@ -16,12 +16,15 @@ struct Example
     std::string expected;
 };
 
-// The text of the first block of this kind.
-std::string BlockOf(const std::string& page, const std::string& kind)
+// The texts of the blocks of this kind.
+std::vector<std::string> BlocksOf(const std::string& page, const std::string& kind)
 {
-    const std::string start = "```" + kind + "\n";
-    const std::size_t begin = page.find(start) + start.size();
-    return page.substr(begin, page.find("```", begin) - begin);
+    std::vector<std::string> blocks = Split(page, "```" + kind + "\n");
+    blocks.erase(blocks.begin());
+    for (std::string& block : blocks) {
+        block.resize(block.find("```"));
+    }
+    return blocks;
 }
 
 // Every block of the kind "console": a command behind "> ", and what it prints up to the next.
@@ -41,6 +44,23 @@ std::vector<Example> ExamplesOf(const std::string& page)
     return examples;
 }
 
+// The tool is run in this folder, until the end of the scope.
+class WorkingFolder
+{
+public:
+    explicit WorkingFolder(const std::wstring& path)
+    {
+        GetCurrentDirectoryW(MAX_PATH, m_before);
+        SetCurrentDirectoryW(path.c_str());
+    }
+    ~WorkingFolder() { SetCurrentDirectoryW(m_before); }
+    WorkingFolder(const WorkingFolder&) = delete;
+    WorkingFolder& operator=(const WorkingFolder&) = delete;
+
+private:
+    wchar_t m_before[MAX_PATH] = {};
+};
+
 TEST(ToolDocumentation, ShowsWhatTheToolPrints)
 {
     std::string page = ReadFileBytes(standin::ModuleFolder() + L"\\qanh.md");
@@ -48,14 +68,19 @@ TEST(ToolDocumentation, ShowsWhatTheToolPrints)
     const TemporaryFolder folder;
     const ScopedEnvironment localAppData(L"LOCALAPPDATA", folder.Path().c_str());
     MakeFolder(folder / L"Vel\\QanHelper\\Launcher");
-    WriteFileBytes(folder / L"Vel\\QanHelper\\Launcher\\AppNameList.xml", BlockOf(page, "xml"));
+    const std::vector<std::string> files = BlocksOf(page, "xml");
+    ASSERT_EQ(files.size(), 2u);
+    WriteFileBytes(folder / L"Vel\\QanHelper\\Launcher\\AppNameList.xml", files[0]);
+    WriteFileBytes(folder / L"AppNameList.xml", files[0]);
+    WriteFileBytes(folder / L"PresetAppNameList.xml", files[1]);
+    const WorkingFolder here(folder.Path());
     std::string jsonFolder = ToUtf8(folder.Path());
     ReplaceAll(jsonFolder, "\\", "\\\\");
     std::string jsonUserFolder = kUserFolder;
     ReplaceAll(jsonUserFolder, "\\", "\\\\");
 
     const std::vector<Example> examples = ExamplesOf(page);
-    EXPECT_GE(examples.size(), 4u);
+    EXPECT_GE(examples.size(), 8u);
     for (const Example& example : examples) {
         const ToolResult result = RunCommandLine(FromUtf8(example.commandLine));
         std::string printed = result.output + result.problems;
