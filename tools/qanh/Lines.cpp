@@ -82,7 +82,10 @@ std::wstring BlockOf(const Application& application)
         if (!value.empty()) {
             std::wstring name = field.name;
             name.resize(std::max(name.size() + 1, kFieldWidth), L' ');
-            block += L"  " + name + value + L"\n";
+            block += L"  ";
+            block += name;
+            block += value;
+            block += L"\n";
         }
     }
     return block;
