@@ -82,6 +82,20 @@ public:
     [[nodiscard]] HRESULT GetExcludeAppNameList(const wchar_t* wantedName, ExcludeList* pExcludeList,
                                                 BOOL* pFound) const noexcept;
 
+    // Calls visitPackage(package) for each package, then visitDesktopApp(app) for each desktop application,
+    // in the order of the lists. Under the lock: neither may call the list.
+    template <typename VisitPackage, typename VisitDesktopApp>
+    void ForEachRecord(VisitPackage visitPackage, VisitDesktopApp visitDesktopApp) const
+    {
+        const auto lists = m_lists.Read();
+        for (const auto& package : lists->packages) {
+            visitPackage(*package);
+        }
+        for (const auto& app : lists->desktopApps) {
+            visitDesktopApp(*app);
+        }
+    }
+
     // For the refresh pass, which asks the system about each record without the lock: the keys of all
     // records, and the new states of the records in the same order. Both throw std::bad_alloc.
     [[nodiscard]] std::vector<WideString> PackageFamilyNames() const;

@@ -117,6 +117,19 @@ TEST_F(AppNameList, FindsTheFirstPackageOfExactlyThisFamilyName)
     }
 }
 
+TEST_F(AppNameList, ShowsEveryRecordInOrder)
+{
+    AddDesktopApps({L"d", L"c"});
+    AddPackages({L"b_1", L"a_1", L"b_1", L""});
+    std::vector<std::wstring> records;
+    m_list.ForEachRecord(
+        [&](const CQanhPackage& package) { records.emplace_back(package.PackageFamilyName.c_str()); },
+        [&](const CQanhDesktopApp& app) { records.emplace_back(app.DisplayName.c_str()); });
+    EXPECT_THAT(records, ElementsAre(L"b_1", L"a_1", L"b_1", L"", L"d", L"c"));
+    // Nothing is left locked.
+    m_list.Clear();
+}
+
 TEST_F(AppNameList, HandsOutNothingThatCouldBeChangedWithoutTheLock)
 {
     static_assert(

@@ -1,0 +1,112 @@
+// Which catalogue the tool looks at, and what it says of one that it cannot read.
+
+#include "tools/ToolTest.h"
+
+namespace {
+
+using namespace test;
+
+constexpr char kCatalogue[] =
+    R"(<Applications><DesktopApps><DesktopApp DisplayName="Mail" LnkFileName="C:\1.lnk"/></DesktopApps></Applications>)";
+constexpr char kMail[] = "desktop\tMail\tC:\\1.lnk\n";
+
+class ToolCatalogue : public Test
+{
+protected:
+    ToolResult RunAt(const std::wstring& path) const { return RunTool({L"list", L"--catalogue", path}); }
+    ToolResult ReadText(std::string_view text) const
+    {
+        WriteFileBytes(m_path, text);
+        return RunAt(m_path);
+    }
+
+    const TemporaryFolder m_folder;
+    const std::wstring m_path = m_folder / L"カタログ.xml";
+};
+
+TEST_F(ToolCatalogue, IsFoundForAHost)
+{
+    const ScopedEnvironment localAppData(L"LOCALAPPDATA", m_folder.Path().c_str());
+    MakeFolder(m_folder / L"Vel\\QanHelper\\ランチャー");
+    WriteFileBytes(m_folder / L"Vel\\QanHelper\\ランチャー\\AppNameList.xml", kCatalogue);
+    for (const wchar_t* host : {L"ランチャー", L"ランチャー.exe", L"C:\\Tools\\ランチャー.exe"}) {
+        EXPECT_EQ(RunTool({L"list", L"--host", host}), (ToolResult{kMail, "", 0}));
+    }
+    // Before the command too, and with a backslash at the end of the folder.
+    const ScopedEnvironment withBackslash(L"LOCALAPPDATA", (m_folder.Path() + L"\\").c_str());
+    EXPECT_EQ(RunTool({L"--host", L"ランチャー", L"list"}), (ToolResult{kMail, "", 0}));
+}
+
+TEST_F(ToolCatalogue, OfAHostThatIsNotThereIsAFailureAndMakesNoFolder)
+{
+    const ScopedEnvironment localAppData(L"LOCALAPPDATA", m_folder.Path().c_str());
+    EXPECT_EQ(
+        RunTool({L"list", L"--host", L"Launcher"}),
+        (ToolResult{
+            "",
+            "qanh: cannot read " + ToUtf8(m_folder.Path()) +
+                "\\Vel\\QanHelper\\Launcher\\AppNameList.xml: 0x80070003 ERROR_PATH_NOT_FOUND (there is "
+                "no such folder)\n",
+            3}));
+    EXPECT_FALSE(Exists(m_folder / L"Vel"));
+}
+
+TEST_F(ToolCatalogue, CannotBeToldWithoutTheFolderOfTheUser)
+{
+    const ScopedEnvironment localAppData(L"LOCALAPPDATA", nullptr);
+    EXPECT_EQ(
+        RunTool({L"list", L"--host", L"Launcher"}),
+        (ToolResult{"",
+                    "qanh: cannot tell where the catalogues are: LOCALAPPDATA is not set: 0x80004005 E_FAIL "
+                    "(the system does not say why)\n",
+                    3}));
+}
+
+TEST_F(ToolCatalogue, MustBeNamedOnce)
+{
+    EXPECT_EQ(RunTool({L"list"}), (ToolResult{"",
+                                              "qanh: which catalogue? Give --catalogue FILE or --host NAME\n"
+                                              "\"qanh help\" tells what there is.\n",
+                                              2}));
+    EXPECT_EQ(RunTool({L"list", L"--host", L"a", L"--catalogue", m_path}).status, 2u);
+}
+
+TEST_F(ToolCatalogue, ThatCannotBeOpenedIsAFailure)
+{
+    EXPECT_EQ(RunAt(m_path), (ToolResult{"",
+                                         "qanh: cannot read " + ToUtf8(m_path) +
+                                             ": 0x80070002 ERROR_FILE_NOT_FOUND (there is no such file)\n",
+                                         3}));
+    const HANDLE file = CreateFileW(m_path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    const ToolResult held = RunAt(m_path);
+    CloseHandle(file);
+    EXPECT_EQ(held, (ToolResult{"",
+                                "qanh: cannot read " + ToUtf8(m_path) +
+                                    ": 0x80070020 ERROR_SHARING_VIOLATION (another program holds the file)\n",
+                                3}));
+}
+
+TEST_F(ToolCatalogue, IsWholeForTheLibraryWithoutTheEndOfItsRoot)
+{
+    const std::string text = kCatalogue;
+    EXPECT_EQ(ReadText(text.substr(0, text.find("</Applications>"))), (ToolResult{kMail, "", 0}));
+}
+
+TEST_F(ToolCatalogue, IsReadUpToThePlaceWhereItBreaksOff)
+{
+    std::string text = kCatalogue;
+    ReplaceAll(text, "</DesktopApps>", "</Desktop>");
+    EXPECT_EQ(ReadText(text),
+              (ToolResult{kMail,
+                          "qanh: " + ToUtf8(m_path) +
+                              " is read in part only: 0xC00CEE3B WC_E_ELEMENTMATCH (an end tag of "
+                              "another element)\n",
+                          0}));
+}
+
+TEST_F(ToolCatalogue, ThatIsEmptyHasNoApplication)
+{
+    EXPECT_EQ(ReadText(""), (ToolResult{"", "qanh: no application in " + ToUtf8(m_path) + "\n", 1}));
+}
+
+} // namespace

@@ -1,0 +1,66 @@
+// What the tool makes of its command line as a whole.
+
+#include "tools/ToolTest.h"
+
+namespace {
+
+using namespace test;
+
+TEST(ToolCommandLine, NeedsACommand)
+{
+    for (const wchar_t* commandLine : {L"", L"--json", L"nothing", L"LIST --host a"}) {
+        const ToolResult result = RunCommandLine(commandLine);
+        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.problems, StartsWith("qanh: "));
+        EXPECT_THAT(result.problems, HasSubstr("\n\"qanh help\" tells what there is.\n"));
+        EXPECT_EQ(result.status, 2u);
+    }
+}
+
+TEST(ToolCommandLine, HelpTellsOfEveryCommandAndOfTheStatuses)
+{
+    for (const wchar_t* commandLine : {L"help", L"--help", L"-h"}) {
+        const ToolResult result = RunCommandLine(commandLine);
+        for (const char* part :
+             {"\n  list ", "\n  show ", "\n  explain ", "\n  check ", "\n  diff ", "\n  help ",
+              "--catalogue ", "--host ", "--json ",
+              "Exit status: 0 done, 1 the answer is no or problems were found, 2 wrong use, 3 failed."}) {
+            EXPECT_THAT(result.output, HasSubstr(part));
+        }
+        EXPECT_EQ(result.problems, "");
+        EXPECT_EQ(result.status, 0u);
+    }
+}
+
+TEST(ToolCommandLine, HelpExplainsACommandWithAnExample)
+{
+    for (const std::wstring command : {L"list", L"show", L"explain", L"check", L"diff", L"help"}) {
+        const ToolResult result = RunCommandLine(L"help " + command);
+        EXPECT_THAT(result.output, HasSubstr("Usage: qanh " + ToUtf8(command) + " "));
+        EXPECT_THAT(result.output, HasSubstr("\nExample:\n  qanh " + ToUtf8(command) + " "));
+        EXPECT_EQ(result.problems, "");
+        EXPECT_EQ(result.status, 0u);
+        EXPECT_EQ(RunCommandLine(command + L" --help"), result);
+    }
+}
+
+TEST(ToolCommandLine, HelpDoesNotKnowWhatIsNoCommand)
+{
+    EXPECT_EQ(RunCommandLine(L"help メール"), (ToolResult{"",
+                                                          "qanh: there is no command \"メール\"\n"
+                                                          "\"qanh help\" tells what there is.\n",
+                                                          2}));
+    EXPECT_EQ(RunCommandLine(L"help list show").status, 2u);
+}
+
+TEST(ToolCommandLine, TakesANameThatLooksLikeAnOption)
+{
+    const TemporaryFolder folder;
+    const std::wstring path = folder / L"a.xml";
+    WriteFileBytes(path, R"(<DesktopApps><DesktopApp DisplayName="/kind" LnkFileName="C:\1.lnk"/>
+        <DesktopApp DisplayName="--kind" LnkFileName="C:\2.lnk"/></DesktopApps>)");
+    EXPECT_THAT(RunTool({L"show", L"/kind", L"--catalogue", path}).output, HasSubstr("C:\\1.lnk"));
+    EXPECT_THAT(RunTool({L"--catalogue", path, L"show", L"--", L"--kind"}).output, HasSubstr("C:\\2.lnk"));
+}
+
+} // namespace

@@ -1,0 +1,127 @@
+#include "tools/ToolRun.h"
+
+#include "standin/ModulePath.h"
+#include "support/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <thread>
+
+namespace test {
+
+namespace {
+
+constexpr DWORD kTimeout = 60000; // milliseconds
+
+using Handle = std::unique_ptr<void, decltype(&CloseHandle)>;
+
+struct Pipe
+{
+    Handle readEnd{nullptr, &CloseHandle};
+    Handle writeEnd{nullptr, &CloseHandle}; // inherited
+
+    Pipe()
+    {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        HANDLE readHandle = nullptr;
+        HANDLE writeHandle = nullptr;
+        CreatePipe(&readHandle, &writeHandle, &inherited, 0);
+        SetHandleInformation(readHandle, HANDLE_FLAG_INHERIT, 0);
+        readEnd.reset(readHandle);
+        writeEnd.reset(writeHandle);
+    }
+
+    [[nodiscard]] std::string ReadAll() const
+    {
+        std::string text;
+        char piece[4096];
+        DWORD read = 0;
+        while (ReadFile(readEnd.get(), piece, sizeof piece, &read, nullptr) && read > 0) {
+            text.append(piece, read);
+        }
+        return text;
+    }
+};
+
+Handle Start(const std::wstring& arguments, HANDLE output, HANDLE problems)
+{
+    const std::wstring program = standin::ModuleFolder() + L"\\qanh.exe";
+    std::wstring commandLine = L"\"" + program + L"\" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = output;
+    startup.hStdError = problems;
+    PROCESS_INFORMATION process{};
+    BOOL isStarted = FALSE;
+    // Once in some hundred starts Wine gives up on a process before it has begun: with this error alone.
+    do {
+        isStarted = CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                   nullptr, &startup, &process);
+    } while (!isStarted && GetLastError() == ERROR_INTERNAL_ERROR);
+    if (!isStarted) {
+        throw std::runtime_error("the tool cannot be started: error " + std::to_string(GetLastError()));
+    }
+    CloseHandle(process.hThread);
+    return Handle(process.hProcess, &CloseHandle);
+}
+
+DWORD WaitForEnd(HANDLE process)
+{
+    if (WaitForSingleObject(process, kTimeout) != WAIT_OBJECT_0) {
+        TerminateProcess(process, 1);
+        throw std::runtime_error("the tool does not end");
+    }
+    DWORD status = 0;
+    GetExitCodeProcess(process, &status);
+    return status;
+}
+
+} // namespace
+
+void PrintTo(const ToolResult& result, std::ostream* out)
+{
+    *out << "status " << result.status << ", output:\n" << result.output << "problems:\n" << result.problems;
+}
+
+std::string WithPlainLineEnds(std::string text)
+{
+    ReplaceAll(text, "\r\n", "\r");
+    ReplaceAll(text, "\n", "<LF alone>");
+    ReplaceAll(text, "\r", "\n");
+    return text;
+}
+
+ToolResult RunCommandLine(const std::wstring& commandLine)
+{
+    Pipe output;
+    Pipe problems;
+    const Handle process = Start(commandLine, output.writeEnd.get(), problems.writeEnd.get());
+    output.writeEnd.reset();
+    problems.writeEnd.reset();
+    ToolResult result;
+    std::thread reader([&] { result.problems = WithPlainLineEnds(problems.ReadAll()); });
+    result.output = WithPlainLineEnds(output.ReadAll());
+    reader.join();
+    result.status = WaitForEnd(process.get());
+    return result;
+}
+
+ToolResult RunTool(const std::vector<std::wstring>& arguments)
+{
+    std::wstring commandLine;
+    for (const std::wstring& argument : arguments) {
+        commandLine += L" \"" + argument + L"\"";
+    }
+    return RunCommandLine(commandLine);
+}
+
+DWORD RunToolWith(const std::wstring& commandLine, HANDLE output, HANDLE problems)
+{
+    return WaitForEnd(Start(commandLine, output, problems).get());
+}
+
+} // namespace test

@@ -1,0 +1,67 @@
+#include "Catalogue.h"
+
+#include "Failure.h"
+#include "Output.h"
+#include "Text.h"
+#include "common/FormatText.h"
+#include "common/HostEnvironment.h"
+
+#include <xmllite.h>
+
+namespace {
+
+constexpr wchar_t kCatalogueFormat[] = L"%s\\Vel\\QanHelper%s\\AppNameList.xml";
+
+// The file that the library keeps for a host; the library itself makes the folder when it asks for the path.
+std::wstring PathForHost(const std::wstring& host)
+{
+    wchar_t localAppData[MAX_PATH];
+    if (!ReadEnvironmentVariable(L"LOCALAPPDATA", localAppData)) {
+        throw Failure{L"cannot tell where the catalogues are: LOCALAPPDATA is not set", E_FAIL};
+    }
+    std::wstring_view folder(localAppData);
+    if (!folder.empty() && folder.back() == L'\\') {
+        folder.remove_suffix(1);
+    }
+    // "Launcher", "Launcher.exe" and the executable's path name the same host.
+    std::wstring executable = L"\\" + host;
+    return FormatText(kCatalogueFormat, {folder, CutHostName(executable.data())});
+}
+
+bool IsXmlError(HRESULT hr) noexcept
+{
+    return static_cast<unsigned>(hr) >> 8 == static_cast<unsigned>(MX_E_MX) >> 8;
+}
+
+} // namespace
+
+std::wstring CataloguePath(const CommandLine& line)
+{
+    if (!line.host.empty()) {
+        return PathForHost(line.host);
+    }
+    if (line.catalogue.empty()) {
+        throw WrongUse{L"which catalogue? Give --catalogue FILE or --host NAME"};
+    }
+    return line.catalogue;
+}
+
+void RefuseCatalogue(const CommandLine& line)
+{
+    if (!line.catalogue.empty() || !line.host.empty()) {
+        throw WrongUse{L"a FILE was given, and --catalogue or --host as well"};
+    }
+}
+
+void LoadCatalogue(const std::wstring& path, CQanhAppNameList& list)
+{
+    const HRESULT hr = list.Load(path.c_str());
+    if (SUCCEEDED(hr) || hr == static_cast<HRESULT>(MX_E_INPUTEND)) {
+        return;
+    }
+    if (!IsXmlError(hr)) {
+        throw Failure{L"cannot read " + path, hr};
+    }
+    WriteText(STD_ERROR_HANDLE,
+              FormatText(L"qanh: %s is read in part only: %s\n", {Shown(path), Described(hr)}));
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "CommandLine.h"
+#include "catalog/AppNameList.h"
+
+#include <string>
+
+// Where the catalogue is that the command line names. Throws WrongUse when it names none.
+[[nodiscard]] std::wstring CataloguePath(const CommandLine& line);
+
+// For a command that was given files of its own: throws WrongUse when the command line names a catalogue too.
+void RefuseCatalogue(const CommandLine& line);
+
+// Reads a catalogue file as the library does. Of a file that is no whole document every record up to the
+// place where it breaks off is read, and that is said on standard error; but for a root that is not closed,
+// which is how the library writes it. Throws Failure when the file cannot be opened.
+void LoadCatalogue(const std::wstring& path, CQanhAppNameList& list);

@@ -1,0 +1,146 @@
+#include "CommandLine.h"
+
+#include "Failure.h"
+#include "Text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr char kTool[] = "qanh";
+constexpr char kAbout[] =
+    "Tells what the library knows of the applications of a machine, and what it makes of it. Only looks.";
+constexpr char kEnd[] =
+    "--catalogue FILE or --host NAME says which catalogue to look at, --json asks for JSON. See docs/qanh.md.";
+
+// What the parser fills in; it speaks UTF-8.
+struct Values
+{
+    std::string catalogue;
+    std::string host;
+    bool isJson = false;
+    std::string kind;
+    std::string match;
+    std::string name;
+    std::string file;
+    std::string otherFile;
+    bool isHere = false;
+    std::string helpCommand;
+};
+
+CLI::App* AddCommand(CLI::App& tool, const char* name, const char* description, const std::string& example)
+{
+    CLI::App* command = tool.add_subcommand(name, description);
+    command->fallthrough(); // so that the options of every command may stand behind it too
+    command->footer("Example:\n  " + example + "\n\n" + kEnd);
+    return command;
+}
+
+void Describe(CLI::App& tool, Values& values)
+{
+    tool.allow_windows_style_options(false); // a name may begin with "/"
+    tool.require_subcommand(1);
+    tool.footer(
+        "qanh help COMMAND explains a command.\nExit status: 0 done, 1 the answer is no or problems were "
+        "found, 2 wrong use, 3 failed.");
+    CLI::Option* catalogue =
+        tool.add_option("--catalogue", values.catalogue, "The catalogue file to look at");
+    tool.add_option("--host", values.host, "Look at the catalogue of the host of this name, of this user")
+        ->excludes(catalogue);
+    tool.add_flag("--json", values.isJson, "Answer in JSON");
+
+    CLI::App* list =
+        AddCommand(tool, "list",
+                   "Lists the applications of the catalogue: kind, name, package or shortcut, and what is "
+                   "special, with tabs between.",
+                   "qanh list --host Launcher --match mail");
+    list->add_option("--kind", values.kind, "Only applications of this kind: store or desktop")
+        ->check(CLI::IsMember({"store", "desktop"}));
+    list->add_option("--match", values.match,
+                     "Only applications with this text in a name, reading, package or shortcut");
+
+    CLI::App* show = AddCommand(tool, "show", "Shows all that the catalogue holds of an application.",
+                                "qanh show \"Web mail\" --host Launcher");
+    show->add_option("NAME", values.name, "A name of it, its package family name or the path of its shortcut")
+        ->required();
+
+    CLI::App* explain =
+        AddCommand(tool, "explain",
+                   "Explains a launch by search: the query that it pastes, why each name in it is "
+                   "excluded, and which names are left in and may be started instead.",
+                   "qanh explain Mail --host Launcher");
+    explain->add_option("NAME", values.name, "The name as the launcher would give it")->required();
+
+    CLI::App* check =
+        AddCommand(tool, "check",
+                   "Checks a catalogue file: what the library skips, what reads otherwise than it "
+                   "looks, what stands twice, and whether it is fit as a preset.",
+                   "qanh check PresetAppNameList.xml");
+    check->add_option("FILE", values.file, "The file; without one, the catalogue");
+    check->add_flag("--here", values.isHere, "Look for the shortcuts on this machine; --host does so too");
+
+    CLI::App* diff = AddCommand(
+        tool, "diff", "Compares two catalogue files: what was removed (-), added (+) and changed (~).",
+        "qanh diff old.xml new.xml");
+    diff->add_option("A", values.file, "The one from before")->required();
+    diff->add_option("B", values.otherFile, "The one from after")->required();
+
+    CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
+    help->add_option("COMMAND", values.helpCommand, "The command");
+}
+
+// Of a parser that has parsed nothing: another one would speak of the command that it has met.
+std::wstring HelpText(const std::string& command)
+{
+    CLI::App tool(kAbout, kTool);
+    Values values;
+    Describe(tool, values);
+    if (command.empty()) {
+        return FromUtf8(tool.help());
+    }
+    try {
+        return FromUtf8(tool.get_subcommand(command)->help(kTool));
+    } catch (const CLI::OptionNotFound&) {
+        throw WrongUse{L"there is no command \"" + FromUtf8(command) + L"\""};
+    }
+}
+
+} // namespace
+
+CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
+{
+    CLI::App tool(
+        "Looks at what the library knows of the applications and at what it makes of it; changes nothing.",
+        "qanh");
+    Values values;
+    Describe(tool, values);
+    std::vector<std::string> reversed;
+    std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed), ToUtf8);
+    CommandLine line;
+    try {
+        tool.parse(reversed);
+    } catch (const CLI::CallForHelp&) {
+        const auto commands = tool.get_subcommands();
+        line.help = HelpText(commands.empty() ? "" : commands.front()->get_name());
+        return line;
+    } catch (const CLI::ParseError& error) {
+        throw WrongUse{FromUtf8(error.what())};
+    }
+    line.command = FromUtf8(tool.get_subcommands().front()->get_name());
+    if (line.command == L"help") {
+        line.help = HelpText(values.helpCommand);
+    }
+    line.catalogue = FromUtf8(values.catalogue);
+    line.host = FromUtf8(values.host);
+    line.isJson = values.isJson;
+    line.kind = FromUtf8(values.kind);
+    line.match = FromUtf8(values.match);
+    line.name = FromUtf8(values.name);
+    line.file = FromUtf8(values.file);
+    line.otherFile = FromUtf8(values.otherFile);
+    line.isHere = values.isHere;
+    return line;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// What the tool was asked for. Texts that were not given are empty.
+struct CommandLine
+{
+    std::wstring command; // "list"
+    std::wstring catalogue;
+    std::wstring host;
+    bool isJson = false;
+    std::wstring kind;
+    std::wstring match;
+    std::wstring name;
+    std::wstring file;
+    std::wstring otherFile;
+    bool isHere = false; // what the catalogue names is on this machine
+    std::wstring help;   // the text that was asked for, by "help" or "--help"
+};
+
+// Takes the arguments of the process, without its name, apart. Throws WrongUse.
+[[nodiscard]] CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments);

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "CommandLine.h"
+#include "Failure.h"
+
+#include <string>
+
+// What a command answers.
+struct Answer
+{
+    std::wstring text; // for standard output
+    Status status = Status::Done;
+    std::wstring problem = L""; // for standard error, one line without its end
+};
+
+// The commands, each in a file of its own. They throw WrongUse and Failure.
+[[nodiscard]] Answer Check(const CommandLine& line);
+[[nodiscard]] Answer Diff(const CommandLine& line);
+[[nodiscard]] Answer Explain(const CommandLine& line);
+[[nodiscard]] Answer List(const CommandLine& line);
+[[nodiscard]] Answer Show(const CommandLine& line);

@@ -1,0 +1,69 @@
+#include "Failure.h"
+
+#include "common/FormatText.h"
+
+#include <xmllite.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+namespace {
+
+struct KnownResult
+{
+    HRESULT result;
+    const wchar_t* name;
+    const wchar_t* meaning;
+};
+
+// HRESULT_FROM_WIN32() as a constant.
+constexpr HRESULT OfSystem(unsigned error)
+{
+    return static_cast<HRESULT>(0x80070000u | error);
+}
+
+constexpr KnownResult kKnownResults[] = {
+    {E_FAIL, L"E_FAIL", L"the system does not say why"},
+    {E_OUTOFMEMORY, L"E_OUTOFMEMORY", L"there is not enough memory"},
+    {E_INVALIDARG, L"E_INVALIDARG", L"an empty or impossible value"},
+    {OfSystem(ERROR_FILE_NOT_FOUND), L"ERROR_FILE_NOT_FOUND", L"there is no such file"},
+    {OfSystem(ERROR_PATH_NOT_FOUND), L"ERROR_PATH_NOT_FOUND", L"there is no such folder"},
+    {OfSystem(ERROR_ACCESS_DENIED), L"ERROR_ACCESS_DENIED", L"this user may not, or it is a folder"},
+    {OfSystem(ERROR_SHARING_VIOLATION), L"ERROR_SHARING_VIOLATION", L"another program holds the file"},
+    {OfSystem(ERROR_INVALID_NAME), L"ERROR_INVALID_NAME", L"no file can have this name"},
+    {OfSystem(ERROR_BROKEN_PIPE), L"ERROR_BROKEN_PIPE", L"who read the output has ended"},
+    {OfSystem(ERROR_NO_DATA), L"ERROR_NO_DATA", L"who read the output has ended"},
+    {OfSystem(ERROR_DISK_FULL), L"ERROR_DISK_FULL", L"the disk is full"},
+    {static_cast<HRESULT>(MX_E_INPUTEND), L"MX_E_INPUTEND", L"the document ends too early"},
+    {static_cast<HRESULT>(MX_E_ENCODING), L"MX_E_ENCODING", L"bytes that are no text in its encoding"},
+    {static_cast<HRESULT>(WC_E_WHITESPACE), L"WC_E_WHITESPACE", L"a blank is missing"},
+    {static_cast<HRESULT>(WC_E_SEMICOLON), L"WC_E_SEMICOLON", L"a semicolon is missing, as behind \"&amp\""},
+    {static_cast<HRESULT>(WC_E_GREATERTHAN), L"WC_E_GREATERTHAN", L"a \">\" is missing"},
+    {static_cast<HRESULT>(WC_E_QUOTE), L"WC_E_QUOTE", L"a quotation mark is missing"},
+    {static_cast<HRESULT>(WC_E_EQUAL), L"WC_E_EQUAL", L"a \"=\" is missing"},
+    {static_cast<HRESULT>(WC_E_LESSTHAN), L"WC_E_LESSTHAN", L"a \"<\" inside a value is to be \"&lt;\""},
+    {static_cast<HRESULT>(WC_E_XMLCHARACTER), L"WC_E_XMLCHARACTER", L"a character that XML cannot hold"},
+    {static_cast<HRESULT>(WC_E_SYNTAX), L"WC_E_SYNTAX", L"this is no XML"},
+    {static_cast<HRESULT>(WC_E_NAME), L"WC_E_NAME", L"no name of an element or attribute"},
+    {static_cast<HRESULT>(WC_E_ROOTELEMENT), L"WC_E_ROOTELEMENT", L"there is no root element"},
+    {static_cast<HRESULT>(WC_E_ELEMENTMATCH), L"WC_E_ELEMENTMATCH", L"an end tag of another element"},
+    {static_cast<HRESULT>(WC_E_UNIQUEATTRIBUTE), L"WC_E_UNIQUEATTRIBUTE", L"an attribute stands twice"},
+    {static_cast<HRESULT>(WC_E_ENCNAME), L"WC_E_ENCNAME", L"an encoding that the reader does not know"},
+    {static_cast<HRESULT>(WC_E_UNDECLAREDENTITY), L"WC_E_UNDECLAREDENTITY",
+     L"an entity that XML does not know"},
+    {static_cast<HRESULT>(WC_E_DTDPROHIBITED), L"WC_E_DTDPROHIBITED", L"a DOCTYPE is not allowed"},
+};
+
+} // namespace
+
+std::wstring Described(HRESULT result)
+{
+    wchar_t number[16];
+    _snwprintf_s(number, 16, _TRUNCATE, L"0x%08X", static_cast<unsigned>(result));
+    const auto known = std::find_if(std::begin(kKnownResults), std::end(kKnownResults),
+                                    [result](const KnownResult& entry) { return entry.result == result; });
+    return known == std::end(kKnownResults)
+               ? number
+               : FormatText(L"%s %s (%s)", {number, known->name, known->meaning});
+}

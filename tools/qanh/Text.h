@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// What the tool does with text. Inside of it all text is wide; UTF-8 stands at its edges: arguments, JSON,
+// files and pipes. Pure functions.
+
+// What is no UTF-8, or half a surrogate pair, becomes U+FFFD.
+[[nodiscard]] std::wstring FromUtf8(std::string_view bytes);
+[[nodiscard]] std::string ToUtf8(std::wstring_view text);
+
+// Capitals of every script that has them as small letters.
+[[nodiscard]] std::wstring Folded(std::wstring_view text);
+[[nodiscard]] bool EqualsIgnoringCase(std::wstring_view left, std::wstring_view right);
+
+// As a person sees it in a line of its own: without characters that would steer the console or end the line.
+[[nodiscard]] std::wstring Shown(std::wstring_view text);

@@ -1,0 +1,87 @@
+// The companion tool: tells what the library knows of the applications of a machine, and what it makes of it.
+// It only looks: it presses no key, and changes no file, no setting and nothing of a host that runs.
+
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Output.h"
+#include "Text.h"
+#include "common/FormatText.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+// The system's own copy: the C runtime's has come through the code page.
+std::vector<std::wstring> Arguments()
+{
+    int count = 0;
+    const std::unique_ptr<wchar_t*, decltype(&LocalFree)> all(CommandLineToArgvW(GetCommandLineW(), &count),
+                                                              &LocalFree);
+    if (!all) {
+        throw Failure{L"cannot read the command line", HRESULT_FROM_WIN32(GetLastError())};
+    }
+    return std::vector<std::wstring>(all.get() + 1, all.get() + count);
+}
+
+Answer Run(const CommandLine& line)
+{
+    static constexpr std::pair<const wchar_t*, Answer (*)(const CommandLine&)> kCommands[] = {
+        {L"check", Check}, {L"diff", Diff}, {L"explain", Explain}, {L"list", List}, {L"show", Show},
+    };
+    if (!line.help.empty()) {
+        return {line.help};
+    }
+    for (const auto& [name, command] : kCommands) {
+        if (line.command == name) {
+            return command(line);
+        }
+    }
+    throw WrongUse{L"no command was given"};
+}
+
+void Tell(std::wstring_view problem)
+{
+    WriteText(STD_ERROR_HANDLE, FormatText(L"qanh: %s\n", {Shown(problem)}));
+}
+
+Status AnswerCommandLine()
+{
+    try {
+        const Answer answer = Run(ParseCommandLine(Arguments()));
+        WriteText(STD_OUTPUT_HANDLE, answer.text);
+        if (!answer.problem.empty()) {
+            Tell(answer.problem);
+        }
+        return answer.status;
+    } catch (const WrongUse& error) {
+        Tell(error.what);
+        WriteText(STD_ERROR_HANDLE, L"\"qanh help\" tells what there is.\n");
+        return Status::WrongUse;
+    } catch (const Failure& failure) {
+        Tell(failure.what + L": " + Described(failure.result));
+    } catch (const std::bad_alloc&) {
+        Tell(Described(E_OUTOFMEMORY));
+    }
+    return Status::Failed;
+}
+
+} // namespace
+
+int main()
+{
+    try {
+        return static_cast<int>(AnswerCommandLine());
+    } catch (...) {
+        // Not even standard error can be written.
+        return static_cast<int>(Status::Failed);
+    }
+}
