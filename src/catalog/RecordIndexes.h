@@ -6,6 +6,7 @@
 
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 // The catalogue's packages by their family names, to the letter. A package without one cannot be found. Of
 // several of one name it knows the first.
@@ -29,8 +30,7 @@ public:
     }
     [[nodiscard]] CQanhPackage* Find(std::wstring_view packageFamilyName) noexcept
     {
-        const auto found = m_packages.find(packageFamilyName);
-        return found != m_packages.end() ? found->second : nullptr;
+        return const_cast<CQanhPackage*>(std::as_const(*this).Find(packageFamilyName));
     }
 
 private:

@@ -46,7 +46,7 @@ std::size_t LengthOfFirst(std::wstring_view text) noexcept
     if (end != text.begin()) {
         return static_cast<std::size_t>(end - text.begin());
     }
-    return !text.empty() && IsInRanges(text.front(), kSingleRanges) ? 1 : 0;
+    return IsInRanges(text.front(), kSingleRanges) ? 1 : 0;
 }
 
 } // namespace SearchTokens

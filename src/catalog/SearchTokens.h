@@ -9,7 +9,8 @@
 // backslash are a token each; everything else is passed over.
 namespace SearchTokens {
 
-// The length of the token that the text begins with; 0 when it begins with something else.
+// The length of the token that the text, which is not empty, begins with; 0 when it begins with something
+// else.
 [[nodiscard]] std::size_t LengthOfFirst(std::wstring_view text) noexcept;
 
 // Calls visit(token) for one token after the other until it returns false. Returns false then, otherwise

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <windows.h>
-
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <new>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -52,8 +51,8 @@ private:
     // Stands before the characters, which end with a null character.
     struct Block
     {
-        std::atomic<UINT32> references;
-        UINT32 length;
+        std::atomic<std::uint32_t> references;
+        std::size_t length;
     };
 
     [[nodiscard]] static wchar_t* Characters(Block* block) noexcept
@@ -63,11 +62,8 @@ private:
 
     [[nodiscard]] static Block* MakeBlock(std::wstring_view text)
     {
-        if (text.size() >= UINT32_MAX) {
-            throw std::length_error("string too long");
-        }
         void* memory = ::operator new(sizeof(Block) + (text.size() + 1) * sizeof(wchar_t));
-        auto* block = new (memory) Block{{1}, static_cast<UINT32>(text.size())};
+        auto* block = new (memory) Block{{1}, text.size()};
         wchar_t* characters = Characters(block);
         text.copy(characters, text.size());
         characters[text.size()] = L'\0';
