@@ -112,13 +112,13 @@ HRESULT CQanhAppNameList::GetExcludeAppNameList(const wchar_t* wantedName, Exclu
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::GetExcludeAppNameList";
     LogIn(kName, wantedName);
-    const HRESULT hr = CheckExcludeArguments(wantedName, pExcludeList, pFound);
+    const WantedName wanted(wantedName);
+    const HRESULT hr = CheckExcludeArguments(wanted, pExcludeList, pFound);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
     *pFound = 0;
     {
-        const WantedName wanted(wantedName);
         const auto lists = m_lists.Read();
         for (const auto& package : lists->packages) {
             package->AddAppNameToExcludeList(wanted, pExcludeList, pFound);

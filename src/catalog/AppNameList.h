@@ -22,7 +22,7 @@ struct IXmlReader;
 // thread: its lists stand behind one reader/writer lock, shared while names are looked up or the file is
 // written, exclusive around each change. So a launch during a refresh pass sees each record as it was before
 // a change or as it is after it, and it sees at once what the pass has found. Records that are handed out
-// stay alive until Clear(), DeleteAll(), Reload() and destruction, which must not run while one is in use.
+// stay alive until Clear(), Reload() and destruction, which must not run while one is in use.
 //
 // AppNameList.cpp holds look-ups and changes, AppNameListFile.cpp the reading and writing of the file,
 // AppNameListStore.cpp the way in which Store packages of the system enter the lists.

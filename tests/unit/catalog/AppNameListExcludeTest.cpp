@@ -130,4 +130,17 @@ TEST_F(AppNameListExclude, LogsItsEarlyExits)
                                 Step("CQanhAppNameList::GetExcludeAppNameList()", "OUT(0x80070057)")}));
 }
 
+// It is the work that grows with the catalogue otherwise.
+TEST_F(AppNameListExclude, MakesTheWantedNameReadyOnce)
+{
+    CQanhAppNameList list;
+    ASSERT_EQ(list.AddDesktopApp(L"Web mail", L"C:\\a.lnk"), S_OK);
+    ASSERT_EQ(list.AddDesktopApp(L"My mail", L"C:\\b.lnk"), S_OK);
+    ExcludeList excluded;
+    BOOL found = FALSE;
+    const test::CopyWatch copies;
+    EXPECT_EQ(list.GetExcludeAppNameList(L"Mail", &excluded, &found), S_OK);
+    EXPECT_EQ(copies.Freed(), L"mail");
+}
+
 } // namespace
