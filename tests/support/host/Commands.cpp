@@ -2,11 +2,13 @@
 
 #include "support/Apartments.h"
 #include "support/Text.h"
+#include "support/host/ClipboardOwner.h"
 #include "support/host/Library.h"
 #include "support/host/LogGate.h"
 #include "support/host/Measures.h"
 #include "support/host/SlowDisk.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
@@ -72,6 +74,20 @@ private:
 
     std::optional<std::wstring> m_text;
 };
+
+// The commands that stand one after the other, separated by "and".
+std::vector<Fields> CommandsOf(Fields::const_iterator begin, Fields::const_iterator end)
+{
+    std::vector<Fields> commands(1);
+    for (auto field = begin; field != end; ++field) {
+        if (*field == "and") {
+            commands.emplace_back();
+        } else {
+            commands.back().push_back(*field);
+        }
+    }
+    return commands;
+}
 
 std::string Show(HRESULT hr)
 {
@@ -144,6 +160,9 @@ std::string Commands::CarryOut(const Fields& command)
     if (Field(command, 0) == "at-once") {
         return CarryOutAtOnce(command);
     }
+    if (Field(command, 0) == "re-enter") {
+        return CarryOutFromWithin(command);
+    }
     const auto thread = s_threads.find(Field(command, 0));
     if (thread == s_threads.end()) {
         return CarryOutHere(command);
@@ -157,14 +176,7 @@ std::string Commands::CarryOut(const Fields& command)
 std::string Commands::CarryOutAtOnce(const Fields& command)
 {
     const DWORD count = Number(command, 1);
-    std::vector<Fields> commands(1);
-    for (std::size_t index = 2; index < command.size(); ++index) {
-        if (command[index] == "and") {
-            commands.emplace_back();
-        } else {
-            commands.back().push_back(command[index]);
-        }
-    }
+    const std::vector<Fields> commands = CommandsOf(command.begin() + 2, command.end());
     const Fields kinds = {"thread", "sta", "mta"};
     // Each thread's own answers.
     std::vector<Fields> answers(commands.size() * kinds.size(), Fields(count));
@@ -197,6 +209,19 @@ std::string Commands::CarryOutAtOnce(const Fields& command)
         all += (index == 0 ? "" : " and ") + common;
     }
     return all;
+}
+
+std::string Commands::CarryOutFromWithin(const Fields& command)
+{
+    const auto into = std::find(command.begin(), command.end(), "into");
+    const std::vector<Fields> inner = CommandsOf(command.begin() + 1, into);
+    std::string answers;
+    const ClipboardOwner owner([&] {
+        for (const Fields& each : inner) {
+            answers += CarryOut(each) + " and ";
+        }
+    });
+    return answers += CarryOut(Fields(into + 1, command.end()));
 }
 
 std::string Commands::CarryOutHere(const Fields& command)

@@ -43,6 +43,11 @@ namespace host {
 //                               each of the commands so many times on three threads, one for each kind of
 //                               apartment, all of them at the same time; for each command the one answer that
 //                               all gave, or "differs" and two of them; joined by " and "
+//   re-enter COMMAND... [and COMMAND...] into COMMAND...
+//                               the rest is carried out while a window of this thread owns the clipboard;
+//                               when the clipboard is taken from it, its procedure carries out the commands
+//                               before "into", separated by "and"; all answers, the last command's at the
+//                               end, joined by " and "
 //
 // An HRESULT is written as 0x%08X. An exception that left the library is answered with "exception", a command
 // that could not be carried out with "error" and the reason. In front of the answer of a thread whose
@@ -58,6 +63,7 @@ public:
 private:
     std::string CarryOutHere(const std::vector<std::string>& command);
     std::string CarryOutAtOnce(const std::vector<std::string>& command);
+    std::string CarryOutFromWithin(const std::vector<std::string>& command);
     std::string Call(const std::vector<std::string>& command);
     std::string Manage(const std::vector<std::string>& command);
 
