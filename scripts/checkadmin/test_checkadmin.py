@@ -9,6 +9,8 @@ import tempfile
 import unittest
 import xml.etree.ElementTree as ElementTree
 
+from registry import parse_reg
+
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(os.path.dirname(HERE))
 ADMIN = os.path.join(ROOT, "admin")
@@ -39,27 +41,6 @@ def settings_in_source():
 def key_in_source():
     source = read(os.path.join(ROOT, "src", "common", "Reg.cpp"))
     return re.search(r'kSettingsKey\[\] = L"([^"]+)"', source)[1].replace("\\\\", "\\")
-
-
-def parse_reg(text):
-    """The keys of a registry file with their values; raises ValueError for what is none."""
-    lines = text.split("\r\n")
-    if lines[0] != "Windows Registry Editor Version 5.00" or lines[1] or "\n" in "".join(lines):
-        raise ValueError("no registry file, or not with the line ends of Windows")
-    keys = {}
-    values = None
-    for line in lines[2:]:
-        if not line or line.startswith(";"):
-            continue
-        key = re.fullmatch(r"\[(HKEY_[A-Z_]+\\[^\]]+)\]", line)
-        value = re.fullmatch(r'"(\w+)"=(-|dword:[0-9a-f]{8})', line)
-        if key:
-            values = keys.setdefault(key[1], {})
-        elif value and values is not None:
-            values[value[1]] = value[2]
-        else:
-            raise ValueError(f"not understood: {line}")
-    return keys
 
 
 class RegistryFiles(unittest.TestCase):

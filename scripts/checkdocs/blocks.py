@@ -10,7 +10,7 @@ class Block:
     line: int  # of its first line of text
     kind: str  # the word behind the fence, such as "c"; "" when there is none
     text: str
-    before: str  # the last line of text in front of it
+    before: str  # the last line of text between it and the block before it
 
     @property
     def place(self):
@@ -38,6 +38,7 @@ def blocks_of(page, text):
             raise ValueError(f"{page}:{index + 1}: this block does not end")
         inside = [line.removeprefix(indent) for line in lines[index + 1:end]]
         blocks.append(Block(page, index + 2, kind, "\n".join(inside) + "\n", before))
+        before = ""
         index = end + 1
     return blocks
 
