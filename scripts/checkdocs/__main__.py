@@ -45,7 +45,7 @@ def main():
     arguments = parser.parse_args()
     if arguments.links:
         problems = check_links(arguments.links)
-        sys.exit("\n".join(problems))
+        sys.exit("\n".join(problems) or 0)
     problems = []
     left_out = []
     count = 0
@@ -58,7 +58,7 @@ def main():
     for place in left_out:
         print(f"not checked: {place}")
     print(f"{count} code blocks on {len(pages())} pages, {len(problems)} problems")
-    sys.exit("\n".join(problems))
+    sys.exit("\n".join(problems) or 0)
 
 
 if __name__ == "__main__":
