@@ -1,6 +1,6 @@
-# Run by CPack when the files of the package stand in a folder: writes SHA256SUMS and makes the zip. Two builds give the
-# same bytes: the files stand in the order of their names, with the time of the variable SOURCE_DATE_EPOCH (seconds since
-# 1970), the same rights, and no owners.
+# Run by CPack when the files of the package stand in a folder: writes SHA256SUMS and makes the zip. Two builds give
+# the same bytes: the files stand in the order of their names, with the time of the variable SOURCE_DATE_EPOCH (seconds
+# since 1970), the same rights, and no owners.
 set(name ${CPACK_PACKAGE_FILE_NAME})
 set(folder ${CPACK_TEMPORARY_DIRECTORY})
 set(zip ${CPACK_PACKAGE_DIRECTORY}/${name}.zip)

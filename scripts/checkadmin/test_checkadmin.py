@@ -27,7 +27,8 @@ def read(path, encoding="utf-8"):
 
 def complaints(schema, path):
     """What the validator says of a file; nothing when it accepts it."""
-    result = subprocess.run(["xmllint", "--noout", "--schema", schema, path], capture_output=True, text=True, check=False)
+    result = subprocess.run(["xmllint", "--noout", "--schema", schema, path], stderr=subprocess.PIPE, text=True,
+                            check=False)
     return "" if result.returncode == 0 else result.stderr or "refused"
 
 

@@ -1,5 +1,5 @@
-"""Checks the pages of the project: every link leads somewhere, every code block is what it says. Called by
-scripts/check-docs."""
+"""Checks the pages of the project: every link leads somewhere, every code block is what it says, and what the text names
+is there. Called by scripts/check-docs."""
 
 import argparse
 import glob
@@ -8,7 +8,7 @@ import sys
 
 from blocks import read_blocks
 from checks import CHECKS, UNCHECKED, NoCompiler, check_csharp, read
-from pages import PACKAGE_PAGE, broken_links, pages
+from pages import PACKAGE_PAGE, broken_links, pages, unknown_names
 
 
 def check_links(folder):
@@ -49,9 +49,11 @@ def main():
     problems = []
     left_out = []
     count = 0
+    source = "".join(read(path) for path in glob.glob("src/**/*.cpp", recursive=True))
     for page in pages():
         if page != PACKAGE_PAGE:  # its links are those of the zip
             problems += broken_links(page, os.path.dirname(page), read)
+        problems += unknown_names(page, read(page), source)
         number, found = check_blocks(page, left_out)
         count += number
         problems += found

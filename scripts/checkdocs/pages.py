@@ -47,3 +47,11 @@ def broken_links(page, folder, read):
         elif anchor and anchor not in anchors_of(read(file)):
             broken.append(f"{page}: {target}: there is no such heading")
     return broken
+
+
+def unknown_names(page, text, source):
+    """Operations of the library and scripts that a page speaks of, and that are not there."""
+    operations = sorted(set(re.findall(r"\bCQanh\w+::\w+", text)))
+    unknown = [f"{page}: the library has no {name}" for name in operations if name not in source]
+    scripts = sorted(set(re.findall(r"`(scripts/[\w.-]+)", text)))
+    return unknown + [f"{page}: there is no {name}" for name in scripts if not os.path.exists(name)]

@@ -5,6 +5,7 @@ import tempfile
 import unittest
 
 import checks
+import console
 import pages
 import walkthrough
 from blocks import Block, blocks_of
@@ -49,6 +50,13 @@ class Links(unittest.TestCase):
                              ["#b: there is no such heading", "c.md leads nowhere"])
 
 
+class Names(unittest.TestCase):
+    def test_operations_and_scripts_that_are_not_there(self):
+        text = "`CQanhA::B IN` and `CQanhA::C` and `scripts/none`"
+        self.assertEqual(pages.unknown_names("p", text, 'L"CQanhA::B"'),
+                         ["p: the library has no CQanhA::C", "p: there is no scripts/none"])
+
+
 class Checks(unittest.TestCase):
     def setUp(self):
         self.before = os.getcwd()
@@ -68,12 +76,20 @@ class Checks(unittest.TestCase):
     def test_c(self):
         self.assert_good(checks.check_c, "HRESULT QanhInitialize(void);\n", "HMODULE m = LoadLibraryW(path);\n",
                          "#include <QanHelper.h>\nint main(void) { return QanhInitialize(); }\n")
-        self.assert_bad(checks.check_c, "int QanhInitialize(int);\n", "return nothing;\n", "#include <QanHelper2.h>\n",
+        self.assert_bad(checks.check_c, "int QanhInitialize(int);\n", "return nothing;\n",
                         "#include <windows.h>\nint main(void) { return QanhInitialize(); }\n")
 
     def test_cpp(self):
         self.assert_good(checks.check_cpp, "auto result = [] { return QanhInitialize(); }();\n")
         self.assert_bad(checks.check_cpp, "auto result = QanhInitialise();\n")
+
+    def test_other_languages(self):
+        unit = "unit A;\ninterface\n%simplementation\nend.\n"
+        self.assert_good(checks.check_pascal, unit % "function F: HRESULT; stdcall; external 'A.dll';\n")
+        self.assert_bad(checks.check_pascal, unit % "function F: Hr; stdcall; external 'A.dll';\n", "end.\n")
+        sharp = [block("class A { public int B; }\n"), block("class C { int D = new A().B; }\n")]
+        self.assertEqual(checks.check_csharp(sharp), "")
+        self.assertNotEqual(checks.check_csharp(sharp[1:]), "")
 
     def test_parsed_kinds(self):
         self.assert_good(checks.check_python, "a = 1\n")
@@ -116,6 +132,12 @@ class Walkthrough(unittest.TestCase):
         self.assertEqual(steps[0], ("1", ["x"]))
         self.assertEqual(walkthrough.missing_lines(steps, [[], ["x", "y"], []]), [])
         self.assertEqual(walkthrough.missing_lines(steps, [[], ["y"], ["x"]]), ["3: not printed: x"])
+
+
+class Examples(unittest.TestCase):
+    def test_command_lines_and_what_stands_below_them(self):
+        found = blocks_of("p.md", "```console\n> qanh list\na\n\nb\n> qanh show A\n```\n```\n> qanh no\n```\n")
+        self.assertEqual(console.examples_of(found), [("list", "a\n\nb"), ("show A", "")])
 
 
 if __name__ == "__main__":
