@@ -135,6 +135,12 @@ class PolicyTemplate(unittest.TestCase):
             self.assertEqual(int(box.get("defaultValue")), default)
             self.assertTrue(int(field.get("minValue")) <= default <= int(field.get("maxValue")))
 
+    def test_the_fields_take_what_the_page_calls_sensible(self):
+        page = read(os.path.join(ROOT, "docs", "settings.md")).replace(",", "")
+        for field in self.policies.iterfind(f".//{NAMESPACE}elements/*"):
+            sensible = re.search(rf"^\| `{field.get('valueName')}` \| \d+ \| (\d+) to (\d+) \|", page, re.MULTILINE)
+            self.assertEqual(sensible.groups(), (field.get("minValue"), field.get("maxValue")))
+
     def test_both_files_have_one_revision(self):
         required = next(self.all(self.policies, "resources")).get("minRequiredRevision")
         self.assertEqual(required, self.texts.get("revision"))
