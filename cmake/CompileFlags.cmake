@@ -37,7 +37,9 @@ else()
   target_link_options(qanhelper_flags INTERFACE -static
     -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
     $<$<CONFIG:Debug>:-fstack-protector-strong>
-    $<$<CONFIG:Release>:-s>)
+    $<$<CONFIG:Release>:-s>
+    # A hash in the place of the time of the build.
+    $<$<CXX_COMPILER_ID:Clang>:-Wl,-Xlink=-Brepro>)
 endif()
 target_compile_options(qanhelper_flags INTERFACE
   $<$<COMPILE_LANGUAGE:C,CXX>:${options}>

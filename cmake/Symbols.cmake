@@ -23,8 +23,8 @@ function(qanhelper_symbols library code)
     endforeach()
     set(pdb ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library}.pdb)
     target_link_options(${library} PRIVATE -Wl,--pdb=${pdb} -Wl,-Xlink=-pdbaltpath:${library}.pdb
-      # The root of all paths in the PDB, and a hash in the place of the time.
-      -Wl,-Xlink=-pdbsourcepath:/${library} -Wl,-Xlink=-Brepro)
+      # The root of all paths in the PDB.
+      -Wl,-Xlink=-pdbsourcepath:/${library})
     # Objects of the toolchain bring symbols in its own format.
     add_custom_command(TARGET ${library} POST_BUILD COMMAND ${CMAKE_STRIP} $<TARGET_FILE:${library}> VERBATIM)
     install(FILES ${pdb} DESTINATION symbols)
