@@ -33,6 +33,13 @@ protected:
         return window;
     }
 
+    // Its own thread does it, as that of a program that wants attention.
+    static void BringToFront(HWND window)
+    {
+        SendMessageW(window, WM_SYSCOMMAND, SC_MINIMIZE, 0);
+        SendMessageW(window, WM_SYSCOMMAND, SC_RESTORE, 0);
+    }
+
     void ExpectStarted(const Outcome& outcome, const std::wstring& title)
     {
         EXPECT_EQ(outcome.kind, OutcomeKind::Started);
@@ -104,7 +111,7 @@ TEST_F(LauncherOutcome, WindowThatWasInFrontBeforeIsNotStarted)
     const HWND before = StartAnother();
     const qanh::Pending outcome = LaunchNobody();
     desktop->ClosePane();
-    SetForegroundWindow(before);
+    BringToFront(before);
     EXPECT_EQ(outcome.Get().kind, OutcomeKind::NothingStarted);
     EXPECT_EQ(GetForegroundWindow(), before);
 }
@@ -128,7 +135,7 @@ TEST_F(LauncherOutcome, AnotherProgramThatTakesTheKeyboardFromThePane)
     desktop->ShowStartScreen();
     const qanh::Pending outcome = launcher->Launch(Search(L"Mail"));
     desktop->WaitFor("pasted\t\"Mail\""); // a second before Enter
-    SetForegroundWindow(another);
+    BringToFront(another);
     const Outcome known = outcome.Get();
     EXPECT_EQ(known.kind, OutcomeKind::FocusTaken);
     EXPECT_EQ(known.window.handle, another);

@@ -49,7 +49,7 @@ protected:
     {
         qanh::Request request = Search(L"Nobody");
         request.limit = limit;
-        request.windowLimit = std::chrono::milliseconds(300);
+        request.windowLimit = std::chrono::milliseconds(1000);
         qanh::Pending outcome = launcher->Launch(request);
         desktop->WaitFor("no hit\t\"Nobody\"");
         return outcome;
