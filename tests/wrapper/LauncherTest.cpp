@@ -19,17 +19,15 @@ constexpr wchar_t calendarId[] = L"Vel.Calendar_1vel7kq0n3rta!Calendar";
 class LauncherOutcome : public test::WrapperTest
 {
 protected:
-    // The window of another program, which has come to the front.
+    // The window of another program, which has come to the front and stays as it is.
     HWND StartAnother()
     {
-        sandbox.Start(test::BuildFolder() + L"\\StandInApp.exe");
-        HWND window = nullptr;
-        EXPECT_TRUE(test::WaitUntil(
-            [&] {
-                window = FindWindowW(standin::appClass, L"StandInApp");
-                return window && GetForegroundWindow() == window;
-            },
-            15000));
+        const test::StartedProcess process = sandbox.Start(test::BuildFolder() + L"\\StandInApp.exe");
+        // It comes to the front more than once while it starts.
+        EXPECT_EQ(WaitForInputIdle(process.process, 15000), 0u);
+        CloseHandle(process.process);
+        const HWND window = FindWindowW(standin::appClass, L"StandInApp");
+        EXPECT_TRUE(test::WaitUntil([window] { return window && GetForegroundWindow() == window; }, 15000));
         return window;
     }
 
@@ -111,6 +109,9 @@ TEST_F(LauncherOutcome, WindowThatWasInFrontBeforeIsNotStarted)
     const HWND before = StartAnother();
     const qanh::Pending outcome = LaunchNobody();
     desktop->ClosePane();
+    // The desktop has done its part.
+    const HWND startScreen = FindWindowW(standin::startScreenClass, nullptr);
+    EXPECT_TRUE(test::WaitUntil([&] { return GetForegroundWindow() == startScreen; }, 5000));
     BringToFront(before);
     EXPECT_EQ(outcome.Get().kind, OutcomeKind::NothingStarted);
     EXPECT_EQ(GetForegroundWindow(), before);
@@ -133,6 +134,7 @@ TEST_F(LauncherOutcome, AnotherProgramThatTakesTheKeyboardFromThePane)
     Start({L"Mail.lnk"});
     const HWND another = StartAnother();
     desktop->ShowStartScreen();
+    ASSERT_NE(GetForegroundWindow(), another);
     const qanh::Pending outcome = launcher->Launch(Search(L"Mail"));
     desktop->WaitFor("pasted\t\"Mail\""); // a second before Enter
     BringToFront(another);
