@@ -7,6 +7,7 @@
 // The exit code is 0 when everything was started.
 #include "QanHelper.hpp"
 
+#include <clocale>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -91,6 +92,7 @@ int LaunchAll(std::vector<std::wstring> arguments)
 
 int wmain(int argc, wchar_t** argv)
 {
+    std::setlocale(LC_CTYPE, ""); // names may have any letters; those that the console lacks are lost
     try {
         return LaunchAll(std::vector<std::wstring>(argv + 1, argv + argc));
     } catch (const std::exception& error) {

@@ -195,7 +195,7 @@ class Launcher
 public:
     // Brings the library up and starts the threads; may take up to 5 s. Throws Error as Library does,
     // std::system_error when there is no thread to be had, std::bad_alloc.
-    explicit Launcher(const Source& source) : m_state(std::make_shared<detail::LauncherState>())
+    explicit Launcher(const Source& source) : m_state(new detail::LauncherState)
     {
         m_watching = std::thread([state = m_state] { detail::WatchLaunches(state); });
         try {
@@ -222,7 +222,9 @@ public:
     // back. Throws Error (ERROR_CANCELLED) when the launcher was stopped, std::bad_alloc.
     Pending Launch(Request request)
     {
-        const auto slot = std::make_shared<detail::OutcomeSlot>();
+        // (Not make_shared: its comparison of types is there twice for clang with the libraries of a mingw
+        // gcc.)
+        const std::shared_ptr<detail::OutcomeSlot> slot(new detail::OutcomeSlot);
         const Ticket ticket = Launch(std::move(request), [slot](const Outcome& outcome) {
             slot->outcome = outcome;
             slot->known.Set();
