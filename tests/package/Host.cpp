@@ -1,9 +1,7 @@
 // A host in C++ that is built against the unpacked package: starts the library, asks it, and stops it.
 
 #include <QanHelper.h>
-#if __has_include(<QanHelper.hpp>)
 #include <QanHelper.hpp> // that it can be compiled is all that is asked of it here
-#endif
 
 #include <cstdio>
 

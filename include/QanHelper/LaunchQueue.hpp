@@ -1,0 +1,305 @@
+// What the threads of a Launcher share: the waiting launches, the one at hand, and who is told. Part of
+// QanHelper.hpp; not for hosts.
+#ifndef QANHELPER_LAUNCHQUEUE_HPP
+#define QANHELPER_LAUNCHQUEUE_HPP
+
+#include "Foreground.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace qanh {
+
+// Is told the outcome.
+using Callback = std::function<void(const Outcome&)>;
+
+// Names a launch of one launcher; never used again, never 0.
+using Ticket = std::uint64_t;
+
+namespace detail {
+
+// An event of the system, not set at first.
+class Event
+{
+public:
+    explicit Event(bool isManual) : m_handle(CreateEventW(nullptr, isManual, FALSE, nullptr))
+    {
+        ThrowIfFailed(m_handle ? S_OK : HRESULT_FROM_WIN32(GetLastError()), "CreateEventW");
+    }
+    ~Event() { CloseHandle(m_handle); }
+    Event(const Event&) = delete;
+    Event& operator=(const Event&) = delete;
+
+    void Set() const noexcept { SetEvent(m_handle); }
+    bool Wait(DWORD milliseconds) const noexcept
+    {
+        return WaitForSingleObject(m_handle, milliseconds) == WAIT_OBJECT_0;
+    }
+    HANDLE Handle() const noexcept { return m_handle; }
+
+private:
+    HANDLE m_handle;
+};
+
+struct Answer
+{
+    Callback callback;
+    Outcome outcome;
+};
+
+// Any thread. Nobody is called while the lock is held: answers are collected, and given by whoever takes
+// them.
+class LaunchQueue
+{
+public:
+    static constexpr DWORD kLook = 15; // milliseconds between two looks at the window in front
+
+    Ticket Add(Request request, Callback callback)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_isStopped) {
+            throw Error(ToResult(0x800704C7), "Launcher::Launch"); // ERROR_CANCELLED
+        }
+        m_waiting.push_back({++m_lastTicket, std::move(request), std::move(callback), Clock::now()});
+        m_work.Set();
+        m_watch.Set();
+        return m_lastTicket;
+    }
+
+    bool Cancel(Ticket ticket)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto place = std::find_if(m_waiting.begin(), m_waiting.end(),
+                                        [ticket](const Entry& entry) { return entry.ticket == ticket; });
+        if (place == m_waiting.end()) {
+            return false;
+        }
+        AnswerUnbegun(*place, OutcomeKind::Cancelled);
+        m_waiting.erase(place);
+        m_watch.Set();
+        return true;
+    }
+
+    void Stop() noexcept
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isStopped = true;
+        m_work.Set();
+        m_watch.Set();
+    }
+
+    // Something is waiting or at hand.
+    bool IsBusy() const
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_current.has_value() || !m_waiting.empty();
+    }
+
+    // Launching thread, in this order.
+
+    // The next launch, which is the one at hand from now on; none: nothing is waiting.
+    std::optional<Request> Begin()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_isStopped || m_waiting.empty()) {
+            return std::nullopt;
+        }
+        const bool isSearch = m_waiting.front().request.kind != Request::Kind::Activation;
+        Request request = m_waiting.front().request;
+        m_current.emplace(std::move(m_waiting.front()), isSearch);
+        m_waiting.pop_front();
+        m_watch.Set();
+        return request;
+    }
+
+    // The library has returned.
+    void Return(HRESULT result, ClipboardState clipboard) noexcept
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_current->outcome.result = result;
+        m_current->outcome.clipboard = clipboard;
+        m_current->returned = Clock::now();
+        m_watch.Set();
+    }
+
+    // False: the outcome is not known yet.
+    bool End() noexcept
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_current->isAnswered && !m_isStopped) {
+            return false;
+        }
+        if (m_current->isAnswered) {
+            m_current.reset();
+        }
+        return true;
+    }
+
+    bool IsStopped() const noexcept
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_isStopped;
+    }
+    const Event& Work() const noexcept { return m_work; }
+
+    // Watching thread.
+
+    // Looks at everything once. Gives the answers to hand out, and the milliseconds until the next look;
+    // nothing: it is stopped, and these were the last answers.
+    std::optional<DWORD> Tick(std::vector<Answer>& answers)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const Clock::time_point now = Clock::now();
+        for (auto entry = m_waiting.begin(); entry != m_waiting.end();) {
+            if (m_isStopped || now >= entry->Deadline()) {
+                AnswerUnbegun(*entry, m_isStopped ? OutcomeKind::Cancelled : OutcomeKind::TimedOut);
+                entry = m_waiting.erase(entry);
+            } else {
+                ++entry;
+            }
+        }
+        const bool isWatching = m_current && !m_current->isAnswered;
+        if (isWatching) {
+            m_current->watch.Look();
+            if (const std::optional<OutcomeKind> kind = Judge(now)) {
+                AnswerCurrent(*kind);
+                m_work.Set();
+            }
+        }
+        answers.swap(m_answers);
+        if (m_isStopped) {
+            return std::nullopt;
+        }
+        return isWatching ? kLook : UntilDeadline(now);
+    }
+
+    const Event& Watch() const noexcept { return m_watch; }
+
+private:
+    struct Entry
+    {
+        Ticket ticket;
+        Request request;
+        Callback callback;
+        Clock::time_point queued;
+
+        Clock::time_point Deadline() const noexcept
+        {
+            // A longer one would not fit the clock.
+            const std::chrono::milliseconds limit =
+                (std::min)(request.limit, std::chrono::milliseconds(std::chrono::hours(24 * 365)));
+            return limit.count() > 0 ? queued + limit : (Clock::time_point::max)();
+        }
+    };
+
+    // The launch at hand.
+    struct Current
+    {
+        Current(Entry taken, bool isSearch) : entry(std::move(taken)), watch(isSearch)
+        {
+            outcome.isBegun = true;
+            outcome.clipboard = ClipboardState::Pending;
+        }
+
+        Entry entry;
+        ForegroundWatch watch;
+        Outcome outcome;
+        std::optional<Clock::time_point> returned;
+        bool isAnswered = false;
+    };
+
+    static std::chrono::milliseconds Since(Clock::time_point begin) noexcept
+    {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    }
+
+    void AnswerUnbegun(Entry& entry, OutcomeKind kind)
+    {
+        Outcome outcome;
+        outcome.kind = kind;
+        outcome.duration = Since(entry.queued);
+        m_answers.push_back({std::move(entry.callback), std::move(outcome)});
+    }
+
+    void AnswerCurrent(OutcomeKind kind)
+    {
+        Outcome& outcome = m_current->outcome;
+        outcome.kind = kind;
+        outcome.hasPaneCome = m_current->watch.HasPaneCome();
+        outcome.duration = Since(m_current->entry.queued);
+        if (kind == OutcomeKind::Started || kind == OutcomeKind::FocusTaken) {
+            outcome.window = m_current->watch.Describe(m_current->watch.Found());
+        } else if (kind == OutcomeKind::TimedOut) {
+            outcome.window = m_current->watch.Describe(GetForegroundWindow());
+        }
+        m_answers.push_back({std::move(m_current->entry.callback), outcome});
+        m_current->isAnswered = true;
+    }
+
+    // What came of the launch at hand; nothing: that is not known yet.
+    std::optional<OutcomeKind> Judge(Clock::time_point now) const noexcept
+    {
+        const Request& request = m_current->entry.request;
+        const ForegroundWatch& watch = m_current->watch;
+        if (m_isStopped) {
+            return OutcomeKind::Cancelled;
+        }
+        if (m_current->returned) {
+            if (m_current->outcome.result != S_OK) {
+                return OutcomeKind::Failed;
+            }
+            if (request.kind != Request::Kind::Activation) {
+                if (!watch.HasPaneCome()) {
+                    return OutcomeKind::PaneNeverCame;
+                }
+                if (request.mode == SearchMode::Show) {
+                    return OutcomeKind::Shown;
+                }
+            }
+            if (watch.Found()) {
+                return watch.IsFocusTaken() ? OutcomeKind::FocusTaken : OutcomeKind::Started;
+            }
+            if (now - *m_current->returned >= request.windowLimit) {
+                return OutcomeKind::NothingStarted;
+            }
+        }
+        if (now >= m_current->entry.Deadline()) {
+            return OutcomeKind::TimedOut;
+        }
+        return std::nullopt;
+    }
+
+    // Milliseconds until the first of the waiting launches is too old.
+    DWORD UntilDeadline(Clock::time_point now) const noexcept
+    {
+        Clock::time_point first = (Clock::time_point::max)();
+        for (const Entry& entry : m_waiting) {
+            first = (std::min)(first, entry.Deadline());
+        }
+        if (first == (Clock::time_point::max)()) {
+            return INFINITE;
+        }
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(first - now).count() + 1;
+        return static_cast<DWORD>((std::min)(left, decltype(left){60000}));
+    }
+
+    mutable std::mutex m_mutex;
+    Event m_work{false};  // the launching thread has something to look at
+    Event m_watch{false}; // the watching thread has
+    std::deque<Entry> m_waiting;
+    std::optional<Current> m_current;
+    std::vector<Answer> m_answers;
+    Ticket m_lastTicket = 0;
+    bool m_isStopped = false;
+};
+
+} // namespace detail
+} // namespace qanh
+
+#endif
