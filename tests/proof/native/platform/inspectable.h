@@ -1,0 +1,11 @@
+#pragma once
+
+#include <hstring.h>
+#include <unknwn.h>
+
+struct IInspectable : public IUnknown
+{
+    virtual HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** ids) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* name) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetTrustLevel(int* level) = 0;
+};
