@@ -64,12 +64,12 @@ constexpr DWORD ERROR_ENVVAR_NOT_FOUND = 203;
 DWORD GetLastError() noexcept;
 void SetLastError(DWORD error) noexcept;
 
-// The lock of the catalogue.
+// The lock of the catalogue. Who waits to write goes first, or nobody would ever write beside busy readers.
 struct SRWLOCK
 {
     pthread_rwlock_t lock;
 };
-#define SRWLOCK_INIT {PTHREAD_RWLOCK_INITIALIZER}
+#define SRWLOCK_INIT {PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP}
 void AcquireSRWLockShared(SRWLOCK* lock) noexcept;
 void ReleaseSRWLockShared(SRWLOCK* lock) noexcept;
 void AcquireSRWLockExclusive(SRWLOCK* lock) noexcept;
