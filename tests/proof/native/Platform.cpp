@@ -169,6 +169,11 @@ Hooks& TheHooks()
     return hooks;
 }
 
+HRESULT MakeSoundReader(REFIID id, void** reader)
+{
+    return standin::CreateComObject<FailingReader>(id, reader);
+}
+
 void SetFile(const std::wstring& path, std::string bytes)
 {
     const std::lock_guard lock(s_mutex);
@@ -217,7 +222,7 @@ HRESULT SHCreateStreamOnFileEx(const wchar_t* path, DWORD mode, DWORD, BOOL, ISt
 HRESULT CreateXmlReader(REFIID id, void** reader, IMalloc*)
 {
     return TheHooks().makeReader ? TheHooks().makeReader(id, reader)
-                                 : standin::CreateComObject<native::FailingReader>(id, reader);
+                                 : native::MakeSoundReader(id, reader);
 }
 
 HRESULT CreateXmlWriter(REFIID id, void** writer, IMalloc*)

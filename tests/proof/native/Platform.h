@@ -29,6 +29,9 @@ struct Hooks
 };
 Hooks& TheHooks();
 
+// The reader that there is without a hook.
+HRESULT MakeSoundReader(REFIID id, void** reader);
+
 void SetFile(const std::wstring& path, std::string bytes);
 std::string FileBytes(const std::wstring& path);
 
