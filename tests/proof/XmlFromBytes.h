@@ -1,5 +1,6 @@
-// Makes the inputs of the proofs: documents that look like catalogues and manifests, and mostly are, out of any bytes. The
-// same bytes make the same document everywhere, so that a fuzzer can steer it and a failure can be repeated.
+// Makes the inputs of the proofs: documents that look like catalogues and manifests, and mostly are, out of
+// any bytes. The same bytes make the same document everywhere, so that a fuzzer can steer it and a failure
+// can be repeated.
 #pragma once
 
 #include <cstddef>
@@ -30,7 +31,8 @@ public:
     // What is left.
     std::string_view Rest()
     {
-        const std::string_view rest(reinterpret_cast<const char*>(m_next), static_cast<std::size_t>(m_end - m_next));
+        const std::string_view rest(reinterpret_cast<const char*>(m_next),
+                                    static_cast<std::size_t>(m_end - m_next));
         m_next = m_end;
         return rest;
     }
@@ -57,18 +59,19 @@ public:
 
     std::string Catalogue()
     {
-        static const Words elements = {
-            "Applications", "MetroApps", "Package", "MetroApp", "DesktopApps", "DesktopApp", "Other", "Package2", "p:Package"};
-        static const Words attributes = {"DisplayName",  "ShortName",         "RubyDisplayName", "RubyShortName",
-                                             "LnkFileName",  "LocalizeName",      "NeedReserve",     "IsInstalled",
-                                             "IsDualMode",   "PackageFamilyName", "Version",         "Other"};
+        static const Words elements = {"Applications", "MetroApps", "Package",  "MetroApp", "DesktopApps",
+                                       "DesktopApp",   "Other",     "Package2", "p:Package"};
+        static const Words attributes = {"DisplayName",       "ShortName",   "RubyDisplayName",
+                                         "RubyShortName",     "LnkFileName", "LocalizeName",
+                                         "NeedReserve",       "IsInstalled", "IsDualMode",
+                                         "PackageFamilyName", "Version",     "Other"};
         return Document("Applications", elements, attributes);
     }
 
     std::string Manifest()
     {
-        static const Words elements = {"Package",    "Applications", "Application", "VisualElements",
-                                           "DefaultTile", "Other",       "m2:VisualElements", "Applications2"};
+        static const Words elements = {"Package",     "Applications", "Application",       "VisualElements",
+                                       "DefaultTile", "Other",        "m2:VisualElements", "Applications2"};
         static const Words attributes = {"DisplayName", "ShortName", "Id", "m2:DisplayName"};
         return Document("Package", elements, attributes);
     }
@@ -157,13 +160,53 @@ private:
 
     void Value()
     {
-        static constexpr std::string_view values[] = {
-            "", "Mail", "mail and calendar", "1.2.3.4", "6.2.9200.16384", "0", "1", "-1", "yes", " 7", "7abc", "+1",
-            "99999", "4294967295", "99999999999999999999", "1.2", "1..2", ".", "1.2.3.4.5", "00", "%ProgramData%\\a.lnk",
-            "%ProgramData%", "C:\\Start\\A.LNK", "%", "%%", "%NoSuchVariable%\\b.lnk", "&amp;", "&lt;b&gt;", "&quot;x&apos;",
-            "&#65;", "&#x30E1;", "\xE3\x83\xA1\xE3\x83\xBC\xE3\x83\xAB", "\xC3\xA9t\xC3\xA9", "\xF0\x9F\x98\x80",
-            "ms-resource:Name", "MS-RESOURCE:///Files/a", "ms-resource:", "ms-resource:///", "ms-resource:/a/b/", "Word 2013",
-            "a/b", "Contoso.Mail_8wekyb3d8bbwe", "\t", "a\tb", "-", "-0", "&#x9;"};
+        static constexpr std::string_view values[] = {"",
+                                                      "Mail",
+                                                      "mail and calendar",
+                                                      "1.2.3.4",
+                                                      "6.2.9200.16384",
+                                                      "0",
+                                                      "1",
+                                                      "-1",
+                                                      "yes",
+                                                      " 7",
+                                                      "7abc",
+                                                      "+1",
+                                                      "99999",
+                                                      "4294967295",
+                                                      "99999999999999999999",
+                                                      "1.2",
+                                                      "1..2",
+                                                      ".",
+                                                      "1.2.3.4.5",
+                                                      "00",
+                                                      "%ProgramData%\\a.lnk",
+                                                      "%ProgramData%",
+                                                      "C:\\Start\\A.LNK",
+                                                      "%",
+                                                      "%%",
+                                                      "%NoSuchVariable%\\b.lnk",
+                                                      "&amp;",
+                                                      "&lt;b&gt;",
+                                                      "&quot;x&apos;",
+                                                      "&#65;",
+                                                      "&#x30E1;",
+                                                      "\xE3\x83\xA1\xE3\x83\xBC\xE3\x83\xAB",
+                                                      "\xC3\xA9t\xC3\xA9",
+                                                      "\xF0\x9F\x98\x80",
+                                                      "ms-resource:Name",
+                                                      "MS-RESOURCE:///Files/a",
+                                                      "ms-resource:",
+                                                      "ms-resource:///",
+                                                      "ms-resource:/a/b/",
+                                                      "Word 2013",
+                                                      "a/b",
+                                                      "Contoso.Mail_8wekyb3d8bbwe",
+                                                      "\t",
+                                                      "a\tb",
+                                                      "-",
+                                                      "-0",
+                                                      "&#x9;"};
         const unsigned kind = m_bytes.Take();
         if (kind < 2 * std::size(values)) {
             m_text += values[kind % std::size(values)];

@@ -1,5 +1,5 @@
-// Any file can be read as a catalogue, with readers that fail or stand still at any call too. What was read can be saved
-// and is read back as it was.
+// Any file can be read as a catalogue, with readers that fail or stand still at any call too. What was read
+// can be saved and is read back as it was.
 
 #include "FaultyReader.h"
 #include "Fuzzing.h"
@@ -31,13 +31,15 @@ void Ask(const CQanhAppNameList& list)
     for (const wchar_t* wanted : {L"mail", L"A", L"-", L"\u30E1"}) {
         ExcludeList excluded;
         BOOL found = FALSE;
-        fuzz::Check(list.GetExcludeAppNameList(wanted, &excluded, &found) == S_OK, "there is an exclude list");
+        fuzz::Check(list.GetExcludeAppNameList(wanted, &excluded, &found) == S_OK,
+                    "there is an exclude list");
     }
     for (const WideString& name : list.PackageFamilyNames()) {
         fuzz::Check(name.empty() || list.GetPackage(name.c_str()), "each package is found by its name");
     }
     for (const WideString& path : list.DesktopShortcuts()) {
-        fuzz::Check(path.empty() || list.IsInDesktopAppList(path.c_str()), "each shortcut is found by its path");
+        fuzz::Check(path.empty() || list.IsInDesktopAppList(path.c_str()),
+                    "each shortcut is found by its path");
     }
 }
 
@@ -63,7 +65,8 @@ void fuzz::Run(proof::Bytes bytes)
     const std::string first = Saved(list);
     const std::string second = SavedAgain(first);
     // Build and revision trade places each time.
-    Check(second.size() == first.size() && SavedAgain(second) == first, "saving, reading and saving is stable");
+    Check(second.size() == first.size() && SavedAgain(second) == first,
+          "saving, reading and saving is stable");
 
     CQanhAppNameList reloaded;
     const HRESULT hr = reloaded.Reload(L"file");

@@ -9,8 +9,8 @@
 
 namespace native {
 
-// An XML reader that goes wrong at one of its calls, and from there on: fails, or says that all is well and does not
-// move. It must never hold the library up.
+// An XML reader that goes wrong at one of its calls, and from there on: fails, or says that all is well and
+// does not move. It must never hold the library up.
 struct Fault
 {
     unsigned call = 0; // 0: none
@@ -20,7 +20,10 @@ struct Fault
 class FaultyReader final : public standin::ComObject<IXmlReader>
 {
 public:
-    FaultyReader(Microsoft::WRL::ComPtr<IXmlReader> reader, Fault fault) : m_reader(std::move(reader)), m_fault(fault) {}
+    FaultyReader(Microsoft::WRL::ComPtr<IXmlReader> reader, Fault fault)
+        : m_reader(std::move(reader)), m_fault(fault)
+    {
+    }
 
     HRESULT STDMETHODCALLTYPE SetInput(IUnknown* input) override { return m_reader->SetInput(input); }
     HRESULT STDMETHODCALLTYPE Read(XmlNodeType* type) override
@@ -53,7 +56,10 @@ public:
         return IsFaulty() && FAILED(m_fault.result) ? m_fault.result : m_reader->GetDepth(depth);
     }
     HRESULT STDMETHODCALLTYPE GetLineNumber(UINT* line) override { return m_reader->GetLineNumber(line); }
-    HRESULT STDMETHODCALLTYPE GetLinePosition(UINT* position) override { return m_reader->GetLinePosition(position); }
+    HRESULT STDMETHODCALLTYPE GetLinePosition(UINT* position) override
+    {
+        return m_reader->GetLinePosition(position);
+    }
     BOOL STDMETHODCALLTYPE IsEmptyElement() override { return m_reader->IsEmptyElement(); }
     BOOL STDMETHODCALLTYPE IsEOF() override { return m_reader->IsEOF(); }
 
@@ -84,7 +90,8 @@ inline void SetReaderFault(Fault fault)
         TheHooks().makeReader = [fault](REFIID id, void** reader) {
             Microsoft::WRL::ComPtr<IXmlReader> sound;
             const HRESULT hr = MakeSoundReader(IID_PPV_ARGS(sound.GetAddressOf()));
-            return FAILED(hr) ? hr : standin::CreateComObject<FaultyReader>(id, reader, std::move(sound), fault);
+            return FAILED(hr) ? hr
+                              : standin::CreateComObject<FaultyReader>(id, reader, std::move(sound), fault);
         };
     }
 }

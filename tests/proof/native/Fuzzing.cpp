@@ -56,7 +56,9 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
     pointers.push_back(nullptr);
     *argc = static_cast<int>(arguments.size());
     *argv = pointers.data();
-    std::atexit([] { proof::Figure((std::string("runs of ") + fuzz::kName).c_str(), static_cast<double>(s_runs), "runs"); });
+    std::atexit([] {
+        proof::Figure((std::string("runs of ") + fuzz::kName).c_str(), static_cast<double>(s_runs), "runs");
+    });
     return 0;
 }
 

@@ -221,8 +221,7 @@ HRESULT SHCreateStreamOnFileEx(const wchar_t* path, DWORD mode, DWORD, BOOL, ISt
 
 HRESULT CreateXmlReader(REFIID id, void** reader, IMalloc*)
 {
-    return TheHooks().makeReader ? TheHooks().makeReader(id, reader)
-                                 : native::MakeSoundReader(id, reader);
+    return TheHooks().makeReader ? TheHooks().makeReader(id, reader) : native::MakeSoundReader(id, reader);
 }
 
 HRESULT CreateXmlWriter(REFIID id, void** writer, IMalloc*)
@@ -298,7 +297,7 @@ void ReleaseSRWLockExclusive(SRWLOCK* lock) noexcept
 
 void GetLocalTime(SYSTEMTIME* time) noexcept
 {
-    *time = {2013, 5, 4, 16, 9, 8, 7, 6};
+    *time = {2013, 4, 2, 16, 9, 8, 7, 6};
 }
 
 DWORD GetEnvironmentVariableW(const wchar_t*, wchar_t*, DWORD) noexcept

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-// What stands behind the platform's names in the native proofs. The hooks and the files are set before the library is
-// called; the library may then be called from several threads.
+// What stands behind the platform's names in the native proofs. The hooks and the files are set before the
+// library is called; the library may then be called from several threads.
 namespace native {
 
 struct Hooks
