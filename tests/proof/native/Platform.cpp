@@ -226,7 +226,8 @@ HRESULT CreateXmlReader(REFIID id, void** reader, IMalloc*)
 
 HRESULT CreateXmlWriter(REFIID id, void** writer, IMalloc*)
 {
-    return standin::CreateComObject<native::Writer>(id, writer);
+    return TheHooks().makeWriter ? TheHooks().makeWriter(id, writer)
+                                 : standin::CreateComObject<native::Writer>(id, writer);
 }
 
 HANDLE CreateFileW(const wchar_t*, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) noexcept

@@ -14,6 +14,8 @@ struct Hooks
 {
     // Makes XML readers; none: the tests' reader that ends as the platform's is documented to.
     std::function<HRESULT(REFIID id, void** reader)> makeReader;
+    // Makes XML writers; none: one that writes as the platform's is documented to.
+    std::function<HRESULT(REFIID id, void** writer)> makeWriter;
     // Makes the system's manifest reader; none: there is no such class.
     std::function<HRESULT(void** factory)> makeAppxFactory;
     // Looks up a resource; none: it is not found.
