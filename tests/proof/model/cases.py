@@ -1,12 +1,13 @@
 """Makes catalogue files, and what the model makes of each, for a program that reads them with the library.
 
-  cases.py COUNT SEED [--simple]     --simple: only files that every reader takes: not cut off, and less than 8,000 bytes
+  cases.py COUNT SEED [--simple]
 
-(Wine's reader loses a letter of several bytes that lies across the end of the piece that it reads first, at 8,188 bytes.)
+  --simple   only files that every reader takes: not cut off, and less than 8,000 bytes (Wine's reader loses a letter of
+             several bytes that lies across the end of the piece that it reads first, at 8,188 bytes)
 
-A case is four blocks, each a number of bytes in a line of its own, and so many bytes: the file; "1" when it is read to its
-end, else "0"; the calls of its saving; and those with every record marked as installed. Calls are lines, with a backslash
-before "n", "r" and itself."""
+A case is four blocks, each a number of bytes in a line of its own, and so many bytes: the file; "1" when it is read to
+its end, else "0"; the calls of its saving; and those with every record marked as installed. Calls are lines, with a
+backslash before "n", "r" and itself."""
 
 import itertools
 import random
@@ -19,12 +20,12 @@ BELOW = {"Applications": ["MetroApps", "DesktopApps"], "MetroApps": ["Package"],
          "DesktopApps": ["DesktopApp"]}
 ATTRIBUTES = {"Package": ["PackageFamilyName", "Version", "NeedReserve", "IsInstalled"],
               "MetroApp": ["DisplayName", "ShortName", "RubyDisplayName", "RubyShortName"],
-              "DesktopApp": ["DisplayName", "LnkFileName", "LocalizeName", "RubyDisplayName", "NeedReserve", "IsInstalled",
-                             "IsDualMode"]}
+              "DesktopApp": ["DisplayName", "LnkFileName", "LocalizeName", "RubyDisplayName", "NeedReserve",
+                             "IsInstalled", "IsDualMode"]}
 FLAGS = ["0", "1", "", "yes", " 1", "-1", "+0", "00", "2", "7abc", "0x1", "-", "false", "  0", "4294967295"]
-VERSIONS = ["1.2.3.4", "6.2.9200.16384", "1.2", "", "1..3", "a.b", "1.2.3.4.5", " 1. 2.3.4", "99999.0.0.1", "-1.0.65536.70000",
-            "1.2.3.4abc", "1,2", "0.0.0.0", "+3.4"]
-PATHS = ["C:\\Start\\Mail.lnk", "%ProgramData%\\Mail.lnk", "%PROGRAMDATA%\\a.lnk", "%", "%%", "%NoSuchVariable1%\\b", "",
+VERSIONS = ["1.2.3.4", "6.2.9200.16384", "1.2", "", "1..3", "a.b", "1.2.3.4.5", " 1. 2.3.4", "99999.0.0.1",
+            "-1.0.65536.70000", "1.2.3.4abc", "1,2", "0.0.0.0", "+3.4"]
+PATHS = ["C:\\Start\\Mail.lnk", "%ProgramData%\\Mail.lnk", "%PROGRAMDATA%\\a.lnk", "%", "%%", "", "%NoSuchVariable1%\\b",
          "%ProgramData%" + "x" * 245, "%ProgramData%" + "y" * 246, "%ProgramData%" + "z" * 247, "C:\\" + "w" * 300]
 LETTERS = "abcxyzABCXYZ0189 _/\\-.&<>\"';=\u00e9\u30e1\u30fc\u4e00\uff21\U0001f600"
 
@@ -58,7 +59,8 @@ class Maker:
         chance = self._random.random
         names = [name for name in ATTRIBUTES.get(element, ["DisplayName"]) if chance() < 0.6]
         if chance() < 0.2:
-            names.append(self._random.choice([name for names in ATTRIBUTES.values() for name in names] + ["Other", "x:Version"]))
+            known = [name for names in ATTRIBUTES.values() for name in names]
+            names.append(self._random.choice(known + ["Other", "x:Version"]))
         if names and chance() < 0.1:
             # Another attribute to XML, the same one to the catalogue.
             names.append(self._random.choice(names).upper())
@@ -84,11 +86,12 @@ class Maker:
             return self._random.choice(VERSIONS)
         if name.lower() == "lnkfilename":
             return self._random.choice(PATHS)
-        return "".join(self._random.choice(LETTERS) for _ in range(self._random.choice([1, 3, 8] if self._random.random() < 0.99 else [300])))
+        length = self._random.choice([1, 3, 8]) if self._random.random() < 0.99 else 300
+        return "".join(self._random.choice(LETTERS) for _ in range(length))
 
     def _filling(self):
-        return self._random.choice(["", "", "", "\r\n  ", "<!-- <Package/> -->", "text &amp; more", "<![CDATA[<DesktopApp/>]]>",
-                                    "<?target words?>"])
+        return self._random.choice(["", "", "", "\r\n  ", "<!-- <Package/> -->", "text &amp; more",
+                                    "<![CDATA[<DesktopApp/>]]>", "<?target words?>"])
 
     def _cased(self, name):
         if self._random.random() < 0.9 or ":" in name:
