@@ -66,14 +66,17 @@ private:
     std::thread m_thread; // the last: it uses the others
 };
 
-// The runtime's own reader ends the process at an XML declaration that does not end.
+// The runtime's own reader ends the process at an XML declaration or another instruction that is cut off.
 bool IsForThisReader(const std::string& text)
 {
-    return !text.starts_with("<?") || text.find("?>\r\n<") < 60;
+    const std::size_t last = text.rfind("<?");
+    const bool isCutOff = last != std::string::npos && text.find("?>", last) == std::string::npos;
+    const bool isDeclarationWhole = !text.starts_with("<?") || text.find("?>\r\n<") < 60;
+    return !isCutOff && isDeclarationWhole;
 }
 
-// Calls read(path, text) with so many documents.
-template <typename Make, typename Read> void ForEachDocument(const char* what, Make make, Read read)
+// Calls tryFile(path) with so many documents.
+template <typename Make, typename Try> void ForEachDocument(const char* what, Make make, Try tryFile)
 {
     const TemporaryFolder folder;
     const std::wstring path = folder / L"file.xml";
@@ -93,11 +96,11 @@ template <typename Make, typename Read> void ForEachDocument(const char* what, M
         WriteFileBytes(path, text);
         watchdog.Begin(text);
         SCOPED_TRACE("seed " + std::to_string(proof::Seed()) + ":\n" + text);
-        read(path);
+        tryFile(path);
         proof::Progress(done, count);
     }
     proof::Figure((std::string(what) + " read by the runtime's reader").c_str(), count - left, "files");
-    proof::Figure((std::string(what) + " left out: cut off inside their declaration").c_str(), left, "files");
+    proof::Figure((std::string(what) + " left out: cut off inside an instruction").c_str(), left, "files");
 }
 
 std::string Calls(const CQanhAppNameList& list)
@@ -154,7 +157,7 @@ TEST(Inputs, CataloguesHoldWhatTheModelReads)
     const TemporaryFolder folder;
     const std::wstring path = folder / L"file.xml";
     Watchdog watchdog;
-    const int count = proof::Count(300, 5000);
+    const int count = proof::Count(300, 2000);
     int done = 0;
     for (proof::CatalogueCase tried; done < count && !HasFailure() && proof::ReadCase(cases, tried); ++done) {
         WriteFileBytes(path, tried.document);

@@ -25,7 +25,8 @@ ATTRIBUTES = {"Package": ["PackageFamilyName", "Version", "NeedReserve", "IsInst
 FLAGS = ["0", "1", "", "yes", " 1", "-1", "+0", "00", "2", "7abc", "0x1", "-", "false", "  0", "4294967295"]
 VERSIONS = ["1.2.3.4", "6.2.9200.16384", "1.2", "", "1..3", "a.b", "1.2.3.4.5", " 1. 2.3.4", "99999.0.0.1",
             "-1.0.65536.70000", "1.2.3.4abc", "1,2", "0.0.0.0", "+3.4"]
-PATHS = ["C:\\Start\\Mail.lnk", "%ProgramData%\\Mail.lnk", "%PROGRAMDATA%\\a.lnk", "%", "%%", "", "%NoSuchVariable1%\\b",
+PATHS = ["C:\\Start\\Mail.lnk", "%ProgramData%\\Mail.lnk", "%PROGRAMDATA%\\a.lnk", "%", "%%", "",
+         "%NoSuchVariable1%\\b",
          "%ProgramData%" + "x" * 245, "%ProgramData%" + "y" * 246, "%ProgramData%" + "z" * 247, "C:\\" + "w" * 300]
 LETTERS = "abcxyzABCXYZ0189 _/\\-.&<>\"';=\u00e9\u30e1\u30fc\u4e00\uff21\U0001f600"
 
@@ -100,12 +101,15 @@ class Maker:
 
 
 def escaped(calls):
-    return "".join(call.replace("\\", "\\\\").replace("\n", "\\n").replace("\r", "\\r") + "\n" for call in calls).encode()
+    def line(call):
+        return call.replace("\\", "\\\\").replace("\n", "\\n").replace("\r", "\\r") + "\n"
+    return "".join(line(call) for call in calls).encode()
 
 
 def case(document):
     catalogue = Catalogue(document)
-    blocks = [document, b"1" if catalogue.is_whole else b"0", escaped(catalogue.calls(False)), escaped(catalogue.calls(True))]
+    blocks = [document, b"1" if catalogue.is_whole else b"0",
+              escaped(catalogue.calls(False)), escaped(catalogue.calls(True))]
     return b"".join(b"%d\n%s" % (len(block), block) for block in blocks)
 
 
