@@ -14,6 +14,7 @@
 #include <vector>
 
 class ExcludeList;
+class MemoryPool;
 struct StoreIdentity;
 struct IXmlReader;
 
@@ -62,16 +63,18 @@ public:
     // tell its identity; E_OUTOFMEMORY; the manifest reader's status for a changed package; otherwise S_OK.
     [[nodiscard]] HRESULT AddMetroPackage(platform::IPackage* pStorePackage) noexcept;
 
-    // Takes a package record over: S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before.
-    [[nodiscard]] HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept;
+    // Takes a package record over: S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before. One of a file
+    // has its place in the list in the file's pool, and waits for the first look-up to come into the index.
+    [[nodiscard]] HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package,
+                                          MemoryPool* pool = nullptr) noexcept;
 
     // Appends a desktop application for a shortcut that is not in the list yet. S_OK; S_FALSE when it is;
     // E_POINTER; E_INVALIDARG when one of the texts is empty; E_OUTOFMEMORY.
     [[nodiscard]] HRESULT AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept;
 
     // Appends the desktop applications below the element at hand. E_POINTER, otherwise as
-    // ForEachElementBelow().
-    [[nodiscard]] HRESULT ReadDesktopApps(IXmlReader* pReader) noexcept;
+    // ForEachElementBelow(). The records are blocks of the pool, when there is one.
+    [[nodiscard]] HRESULT ReadDesktopApps(IXmlReader* pReader, MemoryPool* pool = nullptr) noexcept;
 
     // True when a desktop application has this shortcut, ignoring case.
     [[nodiscard]] BOOL IsInDesktopAppList(const wchar_t* path) const noexcept;
@@ -109,9 +112,20 @@ private:
         explicit Lists(std::size_t limit) : packages(limit), desktopApps(limit) {}
         IndexedList<CQanhPackage, PackageIndex> packages;
         IndexedList<CQanhDesktopApp, ShortcutIndex> desktopApps;
+
+        [[nodiscard]] bool AreIndexesComplete() const noexcept
+        {
+            return packages.IsIndexComplete() && desktopApps.IsIndexComplete();
+        }
     };
 
-    // The look-ups as the log tells them, record by record. While nothing is logged, the indexes answer.
+    // What look(lists) returns, with indexes that are complete, unless memory runs out or records of a file
+    // are just being added.
+    template <typename Look> auto LookUp(Look look) const noexcept;
+    // Out of memory, the indexes stay as they are.
+    void CompleteIndexes() const noexcept;
+    // The look-ups as the log tells them, record by record. While nothing is logged, the indexes answer, when
+    // they are complete.
     [[nodiscard]] static const CQanhPackage* FindPackage(const Lists& lists,
                                                          const wchar_t* packageFamilyName) noexcept;
     [[nodiscard]] static bool HasShortcut(const Lists& lists, const wchar_t* path) noexcept;
@@ -119,7 +133,8 @@ private:
     [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
     // Calls change(record) with a record of the list, under the lock for changes.
     template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
-    [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
+    // Appends one of a file, as AddMetroPackage() does.
+    [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app, MemoryPool* pool) noexcept;
     // What Load() and Reload() have in common; readWith(reader) is called once the file is open, and its
     // status is the result.
     template <typename ReadWith>
@@ -127,5 +142,5 @@ private:
     [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader);
 
     const std::size_t m_listLimit;
-    Guarded<Lists> m_lists;
+    mutable Guarded<Lists> m_lists; // a look-up may have to complete the indexes
 };

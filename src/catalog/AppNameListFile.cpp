@@ -104,6 +104,7 @@ HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
 
 HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
 {
+    MemoryPool pool;
     Xml::NodePlace place = Xml::PlaceOf(pReader);
     HRESULT hr = Xml::ReadNode(pReader, place);
     while (hr == S_OK) {
@@ -118,14 +119,14 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
         if (type == XmlNodeType_Element) {
             if (Xml::HasLocalName(pReader, CatalogXml::kPackage)) {
                 std::unique_ptr<CQanhPackage> package;
-                hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit);
+                hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit, &pool);
                 readOn = package == nullptr;
                 if (package) {
                     // One that finds no place is left out; it is in the log.
-                    (void)AddMetroPackage(std::move(package));
+                    (void)AddMetroPackage(std::move(package), &pool);
                 }
             } else if (Xml::HasLocalName(pReader, CatalogXml::kDesktopApps)) {
-                hr = ReadDesktopApps(pReader);
+                hr = ReadDesktopApps(pReader, &pool);
                 readOn = false;
             }
         }
@@ -138,7 +139,7 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
     return hr;
 }
 
-HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader) noexcept
+HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader, MemoryPool* pool) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::ReadDesktopApps";
     LogIn(kName);
@@ -147,8 +148,8 @@ HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader) noexcept
     }
     return LogOut(kName, Xml::ForEachElementBelow(pReader, CatalogXml::kDesktopApp, [&] {
                       std::unique_ptr<CQanhDesktopApp> app;
-                      if (SUCCEEDED(CQanhDesktopApp::FromXmlNode(pReader, &app)) &&
-                          FAILED(AppendDesktopApp(std::move(app)))) {
+                      if (SUCCEEDED(CQanhDesktopApp::FromXmlNode(pReader, &app, pool)) &&
+                          FAILED(AppendDesktopApp(std::move(app), pool))) {
                           DiagnosticLog::WriteLine("%S Error (0x%08X)\r\n", kName,
                                                    static_cast<unsigned>(E_OUTOFMEMORY));
                       }
