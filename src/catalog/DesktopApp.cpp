@@ -3,6 +3,7 @@
 #include "catalog/CatalogXml.h"
 #include "catalog/ExcludeList.h"
 #include "common/DiagnosticLog.h"
+#include "common/FindCharacter.h"
 #include "common/Xml.h"
 
 #include <cwchar>
@@ -15,7 +16,7 @@ namespace {
 WideString ExpandPath(Xml::Value text, MemoryPool* pool)
 {
     wchar_t path[MAX_PATH];
-    if (text.find(L'%') != Xml::Value::npos) {
+    if (FindCharacter(text, L'%') != Xml::Value::npos) {
         const DWORD size = ExpandEnvironmentStringsW(text.c_str(), path, MAX_PATH); // with the terminator
         if (size != 0 && size <= MAX_PATH) {
             return WideString(path, pool);

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -57,7 +58,7 @@ private:
     struct Block
     {
         std::atomic<std::uint32_t> references;
-        std::size_t length;
+        std::uint32_t length;
     };
 
     [[nodiscard]] static wchar_t* Characters(Block* block) noexcept
@@ -67,8 +68,11 @@ private:
 
     [[nodiscard]] static Block* MakeBlock(std::wstring_view text, MemoryPool* pool)
     {
+        if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
+            throw std::bad_alloc();
+        }
         void* memory = MemoryPool::Allocate(pool, sizeof(Block) + (text.size() + 1) * sizeof(wchar_t));
-        auto* block = new (memory) Block{{1}, text.size()};
+        auto* block = new (memory) Block{{1}, static_cast<std::uint32_t>(text.size())};
         wchar_t* characters = Characters(block);
         text.copy(characters, text.size());
         characters[text.size()] = L'\0';
