@@ -6,7 +6,10 @@
 
 #include <algorithm>
 
-CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimit), m_lists(listLimit) {}
+CQanhAppNameList::CQanhAppNameList(std::size_t listLimit)
+    : m_listLimit(listLimit), m_lists(listLimit, listLimit)
+{
+}
 
 void CQanhAppNameList::Clear() noexcept
 {
@@ -70,7 +73,7 @@ const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyNam
     return found;
 }
 
-HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package, MemoryPool* pool) noexcept
+HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::AddMetroPackage";
     LogIn(kName);
@@ -78,22 +81,9 @@ HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package,
         return LogOut(kName, E_POINTER);
     }
     return LogOut(kName, CatchOutOfMemory([&] {
-                      const auto lists = m_lists.Write();
-                      if (pool) {
-                          lists->packages.AppendUnindexed(std::move(package), pool);
-                      } else {
-                          lists->packages.Append(std::move(package));
-                      }
+                      m_lists.Write()->packages.Append(std::move(package));
                       return S_OK;
                   }));
-}
-
-HRESULT CQanhAppNameList::AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app, MemoryPool* pool) noexcept
-{
-    return CatchOutOfMemory([&] {
-        m_lists.Write()->desktopApps.AppendUnindexed(std::move(app), pool);
-        return S_OK;
-    });
 }
 
 HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept

@@ -63,18 +63,16 @@ public:
     // tell its identity; E_OUTOFMEMORY; the manifest reader's status for a changed package; otherwise S_OK.
     [[nodiscard]] HRESULT AddMetroPackage(platform::IPackage* pStorePackage) noexcept;
 
-    // Takes a package record over: S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before. One of a file
-    // has its place in the list in the file's pool, and waits for the first look-up to come into the index.
-    [[nodiscard]] HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package,
-                                          MemoryPool* pool = nullptr) noexcept;
+    // Takes a package record over: S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before.
+    [[nodiscard]] HRESULT AddMetroPackage(std::unique_ptr<CQanhPackage> package) noexcept;
 
     // Appends a desktop application for a shortcut that is not in the list yet. S_OK; S_FALSE when it is;
     // E_POINTER; E_INVALIDARG when one of the texts is empty; E_OUTOFMEMORY.
     [[nodiscard]] HRESULT AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept;
 
     // Appends the desktop applications below the element at hand. E_POINTER, otherwise as
-    // ForEachElementBelow(). The records are blocks of the pool, when there is one.
-    [[nodiscard]] HRESULT ReadDesktopApps(IXmlReader* pReader, MemoryPool* pool = nullptr) noexcept;
+    // ForEachElementBelow().
+    [[nodiscard]] HRESULT ReadDesktopApps(IXmlReader* pReader) noexcept;
 
     // True when a desktop application has this shortcut, ignoring case.
     [[nodiscard]] BOOL IsInDesktopAppList(const wchar_t* path) const noexcept;
@@ -109,7 +107,10 @@ public:
 private:
     struct Lists
     {
-        explicit Lists(std::size_t limit) : packages(limit), desktopApps(limit) {}
+        Lists(std::size_t packageLimit, std::size_t desktopAppLimit)
+            : packages(packageLimit), desktopApps(desktopAppLimit)
+        {
+        }
         IndexedList<CQanhPackage, PackageIndex> packages;
         IndexedList<CQanhDesktopApp, ShortcutIndex> desktopApps;
 
@@ -133,13 +134,18 @@ private:
     [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
     // Calls change(record) with a record of the list, under the lock for changes.
     template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
-    // Appends one of a file, as AddMetroPackage() does.
-    [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app, MemoryPool* pool) noexcept;
     // What Load() and Reload() have in common; readWith(reader) is called once the file is open, and its
     // status is the result.
     template <typename ReadWith>
     [[nodiscard]] HRESULT LoadWith(const wchar_t* path, ReadWith readWith) noexcept;
-    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader);
+    // What a file holds is read into lists of its own, which take no lock, and whose records wait for the
+    // first look-up to come into the indexes. Its records and their places are blocks of the pool.
+    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader, Lists& lists) const;
+    static void AppendPackage(std::unique_ptr<CQanhPackage> package, Lists& lists, MemoryPool& pool) noexcept;
+    [[nodiscard]] static HRESULT ReadDesktopApps(IXmlReader* pReader, Lists& lists,
+                                                 MemoryPool& pool) noexcept;
+    // Calls readInto(lists) and appends what the lists hold then, whatever the result.
+    template <typename ReadInto> [[nodiscard]] HRESULT AppendRead(ReadInto readInto) noexcept;
 
     const std::size_t m_listLimit;
     mutable Guarded<Lists> m_lists; // a look-up may have to complete the indexes

@@ -2,6 +2,7 @@
 
 #include "catalog/OwnedList.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <memory>
@@ -41,6 +42,20 @@ public:
     {
         m_list.Append(std::move(element), pool);
         ++m_unindexed;
+    }
+
+    // Takes over what the other list holds; the size limit does not count. The index lags behind.
+    void AppendAll(IndexedList& other) noexcept
+    {
+        m_unindexed += other.m_list.Size();
+        m_list.AppendAll(other.m_list);
+        other.Clear();
+    }
+
+    // How many more elements the list takes.
+    [[nodiscard]] std::size_t Room() const noexcept
+    {
+        return m_list.SizeLimit() - std::min(m_list.Size(), m_list.SizeLimit());
     }
 
     [[nodiscard]] bool IsIndexComplete() const noexcept { return m_unindexed == 0; }

@@ -50,6 +50,9 @@ public:
         m_elements.splice(m_elements.end(), appended);
     }
 
+    // Takes over what the other list holds; the size limit does not count.
+    void AppendAll(OwnedList& other) noexcept { m_elements.splice(m_elements.end(), other.m_elements); }
+
     // The list must not be empty.
     void RemoveLast() noexcept { m_elements.pop_back(); }
 

@@ -46,7 +46,11 @@ struct NodePlace
 [[nodiscard]] bool IsElement(IXmlReader* reader);
 
 // Names match as a whole, ignoring the case of letters.
-[[nodiscard]] bool NamesEqual(std::wstring_view name, std::wstring_view expected);
+[[nodiscard]] bool NamesOfOneLengthEqual(std::wstring_view name, std::wstring_view expected);
+[[nodiscard]] inline bool NamesEqual(std::wstring_view name, std::wstring_view expected)
+{
+    return name.size() == expected.size() && NamesOfOneLengthEqual(name, expected);
+}
 
 // True when the local name of the node at hand (prefixes do not count) is the expected one.
 [[nodiscard]] bool HasLocalName(IXmlReader* reader, std::wstring_view expected);
