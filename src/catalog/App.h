@@ -1,6 +1,7 @@
 #pragma once
 
 #include "catalog/WantedName.h"
+#include "common/MemoryPool.h"
 #include "common/WideString.h"
 
 #include <windows.h>
@@ -29,7 +30,7 @@ struct ExcludeSearch
 
 // The names under which the Start screen's search finds one application. Records live in the catalogue, which
 // deletes them through this base and guards them with its lock: fields are changed only under it.
-class CQanhApp
+class CQanhApp : public PoolObject
 {
 public:
     CQanhApp(const wchar_t* displayName, const wchar_t* rubyDisplayName);

@@ -6,7 +6,10 @@
 
 #include <algorithm>
 
-CQanhAppNameList::CQanhAppNameList(std::size_t listLimit) : m_listLimit(listLimit), m_lists(listLimit) {}
+CQanhAppNameList::CQanhAppNameList(std::size_t listLimit)
+    : m_listLimit(listLimit), m_lists(listLimit, listLimit)
+{
+}
 
 void CQanhAppNameList::Clear() noexcept
 {
@@ -20,10 +23,34 @@ void CQanhAppNameList::Clear() noexcept
     LogOut(kName);
 }
 
+void CQanhAppNameList::CompleteIndexes() const noexcept
+{
+    // Records that an index does not know are still found, by a walk.
+    (void)CatchOutOfMemory([&] {
+        const auto lists = m_lists.Write();
+        lists->packages.CompleteIndex();
+        lists->desktopApps.CompleteIndex();
+        return S_OK;
+    });
+}
+
+template <typename Look> auto CQanhAppNameList::LookUp(Look look) const noexcept
+{
+    {
+        const auto lists = m_lists.Read();
+        if (lists->AreIndexesComplete()) {
+            return look(*lists);
+        }
+    }
+    CompleteIndexes();
+    const auto lists = m_lists.Read();
+    return look(*lists);
+}
+
 const CQanhPackage* CQanhAppNameList::FindPackage(const Lists& lists,
                                                   const wchar_t* packageFamilyName) noexcept
 {
-    if (!DiagnosticLog::IsEnabled()) {
+    if (!DiagnosticLog::IsEnabled() && lists.packages.IsIndexComplete()) {
         return lists.packages.Index().Find(packageFamilyName);
     }
     for (const auto& package : lists.packages) {
@@ -40,8 +67,7 @@ const CQanhPackage* CQanhAppNameList::GetPackage(const wchar_t* packageFamilyNam
     LogIn(kName, packageFamilyName);
     const CQanhPackage* found = nullptr;
     if (packageFamilyName && *packageFamilyName != L'\0') {
-        const auto lists = m_lists.Read();
-        found = FindPackage(*lists, packageFamilyName);
+        found = LookUp([=](const Lists& lists) { return FindPackage(lists, packageFamilyName); });
     }
     LogOut(kName);
     return found;
@@ -60,14 +86,6 @@ HRESULT CQanhAppNameList::AddMetroPackage(std::unique_ptr<CQanhPackage> package)
                   }));
 }
 
-HRESULT CQanhAppNameList::AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept
-{
-    return CatchOutOfMemory([&] {
-        m_lists.Write()->desktopApps.Append(std::move(app));
-        return S_OK;
-    });
-}
-
 HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_t* lnkFileName) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::AddDesktopApp";
@@ -82,13 +100,15 @@ HRESULT CQanhAppNameList::AddDesktopApp(const wchar_t* displayName, const wchar_
         return LogOut(kName, S_FALSE);
     }
     return LogOut(kName, CatchOutOfMemory([&] {
-                      return AppendDesktopApp(std::make_unique<CQanhDesktopApp>(displayName, lnkFileName));
+                      auto app = std::make_unique<CQanhDesktopApp>(displayName, lnkFileName);
+                      m_lists.Write()->desktopApps.Append(std::move(app));
+                      return S_OK;
                   }));
 }
 
 bool CQanhAppNameList::HasShortcut(const Lists& lists, const wchar_t* path) noexcept
 {
-    if (!DiagnosticLog::IsEnabled()) {
+    if (!DiagnosticLog::IsEnabled() && lists.desktopApps.IsIndexComplete()) {
         return lists.desktopApps.Index().Contains(path);
     }
     return std::any_of(lists.desktopApps.begin(), lists.desktopApps.end(),
@@ -101,8 +121,7 @@ BOOL CQanhAppNameList::IsInDesktopAppList(const wchar_t* path) const noexcept
     LogIn(kName, path);
     BOOL found = FALSE;
     if (path && *path != L'\0') {
-        const auto lists = m_lists.Read();
-        found = HasShortcut(*lists, path) ? TRUE : FALSE;
+        found = LookUp([=](const Lists& lists) { return HasShortcut(lists, path) ? TRUE : FALSE; });
     }
     return LogOutNumber(kName, found);
 }

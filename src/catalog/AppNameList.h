@@ -14,6 +14,7 @@
 #include <vector>
 
 class ExcludeList;
+class MemoryPool;
 struct StoreIdentity;
 struct IXmlReader;
 
@@ -106,12 +107,26 @@ public:
 private:
     struct Lists
     {
-        explicit Lists(std::size_t limit) : packages(limit), desktopApps(limit) {}
+        Lists(std::size_t packageLimit, std::size_t desktopAppLimit)
+            : packages(packageLimit), desktopApps(desktopAppLimit)
+        {
+        }
         IndexedList<CQanhPackage, PackageIndex> packages;
         IndexedList<CQanhDesktopApp, ShortcutIndex> desktopApps;
+
+        [[nodiscard]] bool AreIndexesComplete() const noexcept
+        {
+            return packages.IsIndexComplete() && desktopApps.IsIndexComplete();
+        }
     };
 
-    // The look-ups as the log tells them, record by record. While nothing is logged, the indexes answer.
+    // What look(lists) returns, with indexes that are complete, unless memory runs out or records of a file
+    // are just being added.
+    template <typename Look> auto LookUp(Look look) const noexcept;
+    // Out of memory, the indexes stay as they are.
+    void CompleteIndexes() const noexcept;
+    // The look-ups as the log tells them, record by record. While nothing is logged, the indexes answer, when
+    // they are complete.
     [[nodiscard]] static const CQanhPackage* FindPackage(const Lists& lists,
                                                          const wchar_t* packageFamilyName) noexcept;
     [[nodiscard]] static bool HasShortcut(const Lists& lists, const wchar_t* path) noexcept;
@@ -119,13 +134,19 @@ private:
     [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
     // Calls change(record) with a record of the list, under the lock for changes.
     template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
-    [[nodiscard]] HRESULT AppendDesktopApp(std::unique_ptr<CQanhDesktopApp> app) noexcept;
     // What Load() and Reload() have in common; readWith(reader) is called once the file is open, and its
     // status is the result.
     template <typename ReadWith>
     [[nodiscard]] HRESULT LoadWith(const wchar_t* path, ReadWith readWith) noexcept;
-    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader);
+    // What a file holds is read into lists of its own, which take no lock, and whose records wait for the
+    // first look-up to come into the indexes. Its records and their places are blocks of the pool.
+    [[nodiscard]] HRESULT ReadNodes(IXmlReader* pReader, Lists& lists) const;
+    static void AppendPackage(std::unique_ptr<CQanhPackage> package, Lists& lists, MemoryPool& pool) noexcept;
+    [[nodiscard]] static HRESULT ReadDesktopApps(IXmlReader* pReader, Lists& lists,
+                                                 MemoryPool& pool) noexcept;
+    // Calls readInto(lists) and appends what the lists hold then, whatever the result.
+    template <typename ReadInto> [[nodiscard]] HRESULT AppendRead(ReadInto readInto) noexcept;
 
     const std::size_t m_listLimit;
-    Guarded<Lists> m_lists;
+    mutable Guarded<Lists> m_lists; // a look-up may have to complete the indexes
 };

@@ -85,25 +85,40 @@ HRESULT CQanhAppNameList::LoadWith(const wchar_t* path, ReadWith readWith) noexc
 
 HRESULT CQanhAppNameList::Load(const wchar_t* path) noexcept
 {
-    return LoadWith(path, [this](IXmlReader* reader) { return ReadNodes(reader); });
+    return LoadWith(path, [this](IXmlReader* reader) {
+        return AppendRead([&](Lists& lists) { return ReadNodes(reader, lists); });
+    });
 }
 
 HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
 {
     return LoadWith(path, [this](IXmlReader* reader) {
-        CQanhAppNameList fresh(m_listLimit);
-        const HRESULT hr = fresh.ReadNodes(reader);
-        // The old records go with the other list, when the lock is free again.
+        Lists fresh(m_listLimit, m_listLimit);
+        const HRESULT hr = ReadNodes(reader, fresh);
+        // The old records go with the other lists, when the lock is free again.
         const auto lists = m_lists.Write();
-        const auto freshLists = fresh.m_lists.Write();
-        lists->packages.Swap(freshLists->packages);
-        lists->desktopApps.Swap(freshLists->desktopApps);
+        lists->packages.Swap(fresh.packages);
+        lists->desktopApps.Swap(fresh.desktopApps);
         return hr;
     });
 }
 
-HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
+template <typename ReadInto> HRESULT CQanhAppNameList::AppendRead(ReadInto readInto) noexcept
 {
+    Lists read = [this] {
+        const auto lists = m_lists.Read();
+        return Lists(lists->packages.Room(), lists->desktopApps.Room());
+    }();
+    const HRESULT hr = CatchOutOfMemory([&] { return readInto(read); });
+    const auto lists = m_lists.Write();
+    lists->packages.AppendAll(read.packages);
+    lists->desktopApps.AppendAll(read.desktopApps);
+    return hr;
+}
+
+HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader, Lists& lists) const
+{
+    MemoryPool pool;
     Xml::NodePlace place = Xml::PlaceOf(pReader);
     HRESULT hr = Xml::ReadNode(pReader, place);
     while (hr == S_OK) {
@@ -118,14 +133,13 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
         if (type == XmlNodeType_Element) {
             if (Xml::HasLocalName(pReader, CatalogXml::kPackage)) {
                 std::unique_ptr<CQanhPackage> package;
-                hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit);
+                hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit, &pool);
                 readOn = package == nullptr;
                 if (package) {
-                    // One that finds no place is left out; it is in the log.
-                    (void)AddMetroPackage(std::move(package));
+                    AppendPackage(std::move(package), lists, pool);
                 }
             } else if (Xml::HasLocalName(pReader, CatalogXml::kDesktopApps)) {
-                hr = ReadDesktopApps(pReader);
+                hr = ReadDesktopApps(pReader, lists, pool);
                 readOn = false;
             }
         }
@@ -138,17 +152,43 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader)
     return hr;
 }
 
+void CQanhAppNameList::AppendPackage(std::unique_ptr<CQanhPackage> package, Lists& lists,
+                                     MemoryPool& pool) noexcept
+{
+    static constexpr wchar_t kName[] = L"CQanhAppNameList::AddMetroPackage";
+    LogIn(kName);
+    // One that finds no place is left out; it is in the log.
+    LogOut(kName, CatchOutOfMemory([&] {
+               lists.packages.AppendUnindexed(std::move(package), &pool);
+               return S_OK;
+           }));
+}
+
 HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader) noexcept
+{
+    return AppendRead([pReader](Lists& lists) {
+        MemoryPool pool;
+        return ReadDesktopApps(pReader, lists, pool);
+    });
+}
+
+HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader, Lists& lists, MemoryPool& pool) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhAppNameList::ReadDesktopApps";
     LogIn(kName);
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }
+    const auto append = [&](std::unique_ptr<CQanhDesktopApp> app) {
+        return CatchOutOfMemory([&] {
+            lists.desktopApps.AppendUnindexed(std::move(app), &pool);
+            return S_OK;
+        });
+    };
     return LogOut(kName, Xml::ForEachElementBelow(pReader, CatalogXml::kDesktopApp, [&] {
                       std::unique_ptr<CQanhDesktopApp> app;
-                      if (SUCCEEDED(CQanhDesktopApp::FromXmlNode(pReader, &app)) &&
-                          FAILED(AppendDesktopApp(std::move(app)))) {
+                      if (SUCCEEDED(CQanhDesktopApp::FromXmlNode(pReader, &app, &pool)) &&
+                          FAILED(append(std::move(app)))) {
                           DiagnosticLog::WriteLine("%S Error (0x%08X)\r\n", kName,
                                                    static_cast<unsigned>(E_OUTOFMEMORY));
                       }

@@ -86,6 +86,7 @@ HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
 template <typename Change> void CQanhAppNameList::ChangePackage(const CQanhPackage& package, Change change)
 {
     const auto lists = m_lists.Write();
+    lists->packages.CompleteIndex();
     if (CQanhPackage* record = lists->packages.Index().Find(package.PackageFamilyName.View())) {
         change(*record);
     }

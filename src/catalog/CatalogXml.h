@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/MemoryPool.h"
 #include "common/OutOfMemory.h"
 #include "common/WideString.h"
 #include "common/Xml.h"
@@ -85,16 +86,17 @@ struct FlagAttribute
 // number.
 [[nodiscard]] BOOL ReadFlag(const wchar_t* text, BOOL unreadable) noexcept;
 
-// Makes a record of the element at hand: setAttribute(record, name, value) is called for each attribute. S_OK
-// with the record passed out, E_OUTOFMEMORY, or the reader's failure.
+// Makes a record of the element at hand, in the pool when there is one: setAttribute(record, name, value,
+// pool) is called for each attribute. S_OK with the record passed out, E_OUTOFMEMORY, or the reader's
+// failure.
 template <typename Record, typename SetAttribute>
-[[nodiscard]] HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out,
-                                 SetAttribute setAttribute) noexcept
+[[nodiscard]] HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribute setAttribute,
+                                 MemoryPool* pool) noexcept
 {
     return CatchOutOfMemory([&] {
-        auto record = std::make_unique<Record>();
-        const HRESULT hr = Xml::ForEachAttribute(reader, [&](std::wstring_view name, const wchar_t* value) {
-            setAttribute(*record, name, value);
+        std::unique_ptr<Record> record(new (pool) Record());
+        const HRESULT hr = Xml::ForEachAttribute(reader, [&](std::wstring_view name, Xml::Value value) {
+            setAttribute(*record, name, value, pool);
             return false;
         });
         if (FAILED(hr)) {

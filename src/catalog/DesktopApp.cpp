@@ -3,6 +3,7 @@
 #include "catalog/CatalogXml.h"
 #include "catalog/ExcludeList.h"
 #include "common/DiagnosticLog.h"
+#include "common/FindCharacter.h"
 #include "common/Xml.h"
 
 #include <cwchar>
@@ -12,33 +13,35 @@ namespace {
 // A shortcut's path as the file may hold it, with environment variables such as %ProgramData%. What cannot be
 // expanded stays as it is, and so does what would be too long for a path then: cut, it would be the path of
 // another file.
-WideString ExpandPath(const wchar_t* text)
+WideString ExpandPath(Xml::Value text, MemoryPool* pool)
 {
-    if (!std::wcschr(text, L'%')) {
-        return text;
-    }
     wchar_t path[MAX_PATH];
-    const DWORD size = ExpandEnvironmentStringsW(text, path, MAX_PATH); // with the terminator
-    return size == 0 || size > MAX_PATH ? text : path;
+    if (FindCharacter(text, L'%') != Xml::Value::npos) {
+        const DWORD size = ExpandEnvironmentStringsW(text.c_str(), path, MAX_PATH); // with the terminator
+        if (size != 0 && size <= MAX_PATH) {
+            return WideString(path, pool);
+        }
+    }
+    return WideString(text, pool);
 }
 
-void SetAttribute(CQanhDesktopApp& app, std::wstring_view name, const wchar_t* value)
+void SetAttribute(CQanhDesktopApp& app, std::wstring_view name, Xml::Value value, MemoryPool* pool)
 {
     if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
-        app.DisplayName = value;
+        app.DisplayName = WideString(value, pool);
     } else if (Xml::NamesEqual(name, CatalogXml::kLnkFileName)) {
-        app.LnkFileName = ExpandPath(value);
+        app.LnkFileName = ExpandPath(value, pool);
     } else if (Xml::NamesEqual(name, CatalogXml::kLocalizeName)) {
-        app.LocalizeName = value;
+        app.LocalizeName = WideString(value, pool);
     } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
-        app.RubyDisplayName = value;
+        app.RubyDisplayName = WideString(value, pool);
     } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
         // Deliberate: a value that is no number reserves.
-        app.NeedReserve = CatalogXml::ReadFlag(value, TRUE);
+        app.NeedReserve = CatalogXml::ReadFlag(value.c_str(), TRUE);
     } else if (Xml::NamesEqual(name, CatalogXml::kIsInstalled)) {
-        app.IsInstalled = CatalogXml::ReadFlag(value, TRUE);
+        app.IsInstalled = CatalogXml::ReadFlag(value.c_str(), TRUE);
     } else if (Xml::NamesEqual(name, CatalogXml::kIsDualMode)) {
-        app.IsDualMode = CatalogXml::ReadFlag(value, FALSE);
+        app.IsDualMode = CatalogXml::ReadFlag(value.c_str(), FALSE);
     }
 }
 
@@ -115,12 +118,13 @@ HRESULT CQanhDesktopApp::ToXmlNode(IXmlWriter* pWriter) const
                   }));
 }
 
-HRESULT CQanhDesktopApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhDesktopApp>* ppApp) noexcept
+HRESULT CQanhDesktopApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhDesktopApp>* ppApp,
+                                     MemoryPool* pool) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhDesktopApp::FromXmlNode";
     LogIn(kName);
     if (!pReader || !ppApp) {
         return LogOut(kName, E_POINTER);
     }
-    return LogOut(kName, CatalogXml::ReadRecord(pReader, ppApp, SetAttribute));
+    return LogOut(kName, CatalogXml::ReadRecord(pReader, ppApp, SetAttribute, pool));
 }

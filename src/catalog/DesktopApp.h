@@ -20,9 +20,9 @@ public:
     [[nodiscard]] HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
 
     // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure;
-    // the record is passed out on S_OK only.
-    [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader,
-                                             std::unique_ptr<CQanhDesktopApp>* ppApp) noexcept;
+    // the record is passed out on S_OK only. It and its texts are blocks of the pool, when there is one.
+    [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhDesktopApp>* ppApp,
+                                             MemoryPool* pool = nullptr) noexcept;
 
     // True when the path is not empty and is that of the record's shortcut, ignoring case.
     [[nodiscard]] BOOL IsSameShortcut(const wchar_t* path) const noexcept;

@@ -9,16 +9,16 @@
 
 namespace {
 
-void SetAttribute(CQanhMetroApp& app, std::wstring_view name, const wchar_t* value)
+void SetAttribute(CQanhMetroApp& app, std::wstring_view name, Xml::Value value, MemoryPool* pool)
 {
     if (Xml::NamesEqual(name, CatalogXml::kDisplayName)) {
-        app.DisplayName = value;
+        app.DisplayName = WideString(value, pool);
     } else if (Xml::NamesEqual(name, CatalogXml::kShortName)) {
-        app.ShortName = value;
+        app.ShortName = WideString(value, pool);
     } else if (Xml::NamesEqual(name, CatalogXml::kRubyDisplayName)) {
-        app.RubyDisplayName = value;
+        app.RubyDisplayName = WideString(value, pool);
     } else if (Xml::NamesEqual(name, CatalogXml::kRubyShortName)) {
-        app.RubyShortName = value;
+        app.RubyShortName = WideString(value, pool);
     }
 }
 
@@ -71,12 +71,13 @@ HRESULT CQanhMetroApp::ToXmlNode(IXmlWriter* pWriter) const
                   }));
 }
 
-HRESULT CQanhMetroApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp) noexcept
+HRESULT CQanhMetroApp::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp,
+                                   MemoryPool* pool) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhMetroApp::FromXmlNode";
     LogIn(kName);
     if (!pReader || !ppApp) {
         return LogOut(kName, E_POINTER);
     }
-    return LogOut(kName, CatalogXml::ReadRecord(pReader, ppApp, SetAttribute));
+    return LogOut(kName, CatalogXml::ReadRecord(pReader, ppApp, SetAttribute, pool));
 }

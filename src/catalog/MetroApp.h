@@ -17,9 +17,9 @@ public:
     [[nodiscard]] HRESULT ToXmlNode(IXmlWriter* pWriter) const override;
 
     // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure;
-    // the record is passed out on S_OK only.
-    [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader,
-                                             std::unique_ptr<CQanhMetroApp>* ppApp) noexcept;
+    // the record is passed out on S_OK only. It and its texts are blocks of the pool, when there is one.
+    [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp,
+                                             MemoryPool* pool = nullptr) noexcept;
 
     WideString ShortName;
     WideString RubyShortName; // the reading of the short name, may be empty

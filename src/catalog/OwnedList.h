@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/MemoryPool.h"
+
 #include <cstddef>
 #include <list>
 #include <memory>
@@ -35,15 +37,21 @@ template <typename Element> class OwnedList
 public:
     explicit OwnedList(std::size_t sizeLimit = kListSizeLimit) : m_sizeLimit(sizeLimit) {}
 
-    // Takes the element over. Throws std::length_error at the size limit and std::bad_alloc; the list is then
-    // as before and the element is gone.
-    void Append(std::unique_ptr<Element> element)
+    // Takes the element over; its place in the list is a block of the pool, when there is one. Throws
+    // std::length_error at the size limit and std::bad_alloc; the list is then as before and the element is
+    // gone.
+    void Append(std::unique_ptr<Element> element, MemoryPool* pool = nullptr)
     {
         if (m_elements.size() >= m_sizeLimit) {
             throw std::length_error("list too long");
         }
-        m_elements.emplace_back(std::move(element));
+        Elements appended(PoolAllocator<OwnedElement<Element>>{pool});
+        appended.emplace_back(std::move(element));
+        m_elements.splice(m_elements.end(), appended);
     }
+
+    // Takes over what the other list holds; the size limit does not count.
+    void AppendAll(OwnedList& other) noexcept { m_elements.splice(m_elements.end(), other.m_elements); }
 
     // The list must not be empty.
     void RemoveLast() noexcept { m_elements.pop_back(); }
@@ -66,6 +74,8 @@ public:
     auto end() noexcept { return m_elements.end(); }
 
 private:
+    using Elements = std::list<OwnedElement<Element>, PoolAllocator<OwnedElement<Element>>>;
+
     std::size_t m_sizeLimit;
-    std::list<OwnedElement<Element>> m_elements;
+    Elements m_elements;
 };

@@ -40,17 +40,17 @@ struct PackageAttributes
     BOOL needReserve = FALSE;
     BOOL isInstalled = TRUE;
 
-    void Set(std::wstring_view name, const wchar_t* value)
+    void Set(std::wstring_view name, Xml::Value value, MemoryPool* pool)
     {
         if (Xml::NamesEqual(name, CatalogXml::kPackageFamilyName)) {
-            packageFamilyName = value;
+            packageFamilyName = WideString(value, pool);
         } else if (Xml::NamesEqual(name, CatalogXml::kVersion)) {
-            version = ReadVersion(value);
+            version = ReadVersion(value.c_str());
         } else if (Xml::NamesEqual(name, CatalogXml::kNeedReserve)) {
             // Deliberate: a value that is no number reserves.
-            needReserve = CatalogXml::ReadFlag(value, TRUE);
+            needReserve = CatalogXml::ReadFlag(value.c_str(), TRUE);
         } else if (Xml::NamesEqual(name, CatalogXml::kIsInstalled)) {
-            isInstalled = CatalogXml::ReadFlag(value, TRUE);
+            isInstalled = CatalogXml::ReadFlag(value.c_str(), TRUE);
         }
     }
 };
@@ -72,9 +72,9 @@ CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const wchar_t* full
 {
 }
 
-CQanhPackage::CQanhPackage(const wchar_t* packageFamilyName, const RecordVersion& version, BOOL needReserve,
+CQanhPackage::CQanhPackage(WideString packageFamilyName, const RecordVersion& version, BOOL needReserve,
                            BOOL isInstalled, std::size_t appLimit)
-    : PackageFamilyName(packageFamilyName), Version(version), NeedReserve(needReserve),
+    : PackageFamilyName(std::move(packageFamilyName)), Version(version), NeedReserve(needReserve),
       IsInstalled(isInstalled), m_apps(appLimit)
 {
 }
@@ -84,7 +84,7 @@ CQanhPackage::~CQanhPackage()
     m_apps.Clear();
 }
 
-HRESULT CQanhPackage::AddApplication(std::unique_ptr<CQanhApp> app) noexcept
+HRESULT CQanhPackage::AddApplication(std::unique_ptr<CQanhApp> app, MemoryPool* pool) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::AddApplication";
     LogIn(kName);
@@ -92,7 +92,7 @@ HRESULT CQanhPackage::AddApplication(std::unique_ptr<CQanhApp> app) noexcept
         return LogOut(kName, E_POINTER);
     }
     return LogOut(kName, CatchOutOfMemory([&] {
-                      m_apps.Append(std::move(app));
+                      m_apps.Append(std::move(app), pool);
                       return S_OK;
                   }));
 }
@@ -177,7 +177,7 @@ HRESULT CQanhPackage::ToXmlNode(IXmlWriter* pWriter) const
 }
 
 HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,
-                                  std::size_t appLimit) noexcept
+                                  std::size_t appLimit, MemoryPool* pool) noexcept
 {
     static constexpr wchar_t kName[] = L"CQanhPackage::FromXmlNode";
     LogIn(kName);
@@ -187,15 +187,13 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
     std::unique_ptr<CQanhPackage> package;
     HRESULT hr = CatchOutOfMemory([&] {
         PackageAttributes attributes;
-        const HRESULT read =
-            Xml::ForEachAttribute(pReader, [&](std::wstring_view name, const wchar_t* value) {
-                attributes.Set(name, value);
-                return false;
-            });
+        const HRESULT read = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, Xml::Value value) {
+            attributes.Set(name, value, pool);
+            return false;
+        });
         if (SUCCEEDED(read)) {
-            package =
-                std::make_unique<CQanhPackage>(attributes.packageFamilyName.c_str(), attributes.version,
-                                               attributes.needReserve, attributes.isInstalled, appLimit);
+            package.reset(new (pool) CQanhPackage(std::move(attributes.packageFamilyName), attributes.version,
+                                                  attributes.needReserve, attributes.isInstalled, appLimit));
         }
         return read;
     });
@@ -204,9 +202,9 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
     }
     hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
         std::unique_ptr<CQanhMetroApp> app;
-        if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app))) {
+        if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app, pool))) {
             // One that finds no place is left out; it is in the log.
-            (void)package->AddApplication(std::move(app));
+            (void)package->AddApplication(std::move(app), pool);
         }
     });
     *ppPackage = std::move(package);

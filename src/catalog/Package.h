@@ -3,6 +3,7 @@
 #include "catalog/App.h"
 #include "catalog/MetroApp.h"
 #include "catalog/OwnedList.h"
+#include "common/MemoryPool.h"
 #include "common/WideString.h"
 
 #include <windows.h>
@@ -23,22 +24,22 @@ struct RecordVersion
 
 // A Store package, installed or reserved, with the applications that its manifest declares. Owned by the
 // catalogue, whose lock guards it; made on the thread that reads the file or refreshes.
-class CQanhPackage
+class CQanhPackage : public PoolObject
 {
 public:
     // A package as the system's package manager knows it: installed, not reserved.
     CQanhPackage(const wchar_t* packageFamilyName, const wchar_t* fullName, const wchar_t* name,
                  const RecordVersion& version, std::size_t appLimit = kListSizeLimit);
     // A package as the file knows it: without full name and name.
-    CQanhPackage(const wchar_t* packageFamilyName, const RecordVersion& version, BOOL needReserve,
+    CQanhPackage(WideString packageFamilyName, const RecordVersion& version, BOOL needReserve,
                  BOOL isInstalled, std::size_t appLimit = kListSizeLimit);
     virtual ~CQanhPackage();
     CQanhPackage(const CQanhPackage&) = delete;
     CQanhPackage& operator=(const CQanhPackage&) = delete;
 
     // Appends an application. S_OK, E_POINTER, or E_OUTOFMEMORY with the list as before (also at its size
-    // limit).
-    [[nodiscard]] HRESULT AddApplication(std::unique_ptr<CQanhApp> app) noexcept;
+    // limit). Its place in the list is a block of the pool, when there is one.
+    [[nodiscard]] HRESULT AddApplication(std::unique_ptr<CQanhApp> app, MemoryPool* pool = nullptr) noexcept;
     // The same with a new record of these two names; a null name is empty. No test for duplicates.
     [[nodiscard]] HRESULT AddApplication(const wchar_t* displayName, const wchar_t* shortName) noexcept;
     void DeleteAllApp() noexcept;
@@ -61,9 +62,10 @@ public:
 
     // Reads the element at hand and the applications below it into a new record, which is passed out also
     // when the document ends early. Returns the last status of the reader (S_FALSE at the end of the
-    // document), E_POINTER or E_OUTOFMEMORY.
+    // document), E_POINTER or E_OUTOFMEMORY. All of the record are blocks of the pool, when there is one.
     [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,
-                                             std::size_t appLimit = kListSizeLimit) noexcept;
+                                             std::size_t appLimit = kListSizeLimit,
+                                             MemoryPool* pool = nullptr) noexcept;
 
     [[nodiscard]] const OwnedList<CQanhApp>& Apps() const noexcept { return m_apps; }
 

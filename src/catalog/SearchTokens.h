@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/FindCharacter.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
@@ -31,12 +33,14 @@ template <typename Visit> bool ForEach(std::wstring_view text, Visit visit)
 // letters has found it before a cleverer one has begun.
 [[nodiscard]] inline bool IsIn(std::wstring_view token, std::wstring_view text) noexcept
 {
-    if (text.size() < token.size()) {
-        return false;
-    }
-    const wchar_t* const end = text.data() + (text.size() - token.size()) + 1;
-    for (const wchar_t* at = text.data(); (at = std::find(at, end, token.front())) != end; ++at) {
-        if (std::equal(token.begin() + 1, token.end(), at + 1)) {
+    for (; text.size() >= token.size(); text.remove_prefix(1)) {
+        const std::size_t begins = text.size() - token.size() + 1;
+        const std::size_t at = FindCharacter(text.substr(0, begins), token.front());
+        if (at == std::wstring_view::npos) {
+            return false;
+        }
+        text.remove_prefix(at);
+        if (std::equal(token.begin() + 1, token.end(), text.begin() + 1)) {
             return true;
         }
     }

@@ -1,21 +1,27 @@
 #pragma once
 
+#include "common/MemoryPool.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <new>
 #include <string_view>
 #include <utility>
 
-// An immutable UTF-16 string whose copies share one reference-counted text, which is one block of memory. A
-// null pointer makes an empty string. One object belongs to one thread at a time; copies of it may live on
-// any thread.
+// An immutable UTF-16 string whose copies share one reference-counted text, which is one block of memory, of
+// a pool when it is told one. A null pointer makes an empty string. One object belongs to one thread at a
+// time; copies of it may live on any thread.
 class WideString
 {
 public:
     WideString() noexcept = default;
     WideString(const wchar_t* text) : WideString(text ? std::wstring_view(text) : std::wstring_view()) {}
-    explicit WideString(std::wstring_view text) : m_block(text.empty() ? nullptr : MakeBlock(text)) {}
+    explicit WideString(std::wstring_view text, MemoryPool* pool = nullptr)
+        : m_block(text.empty() ? nullptr : MakeBlock(text, pool))
+    {
+    }
     WideString(const WideString& other) noexcept : m_block(other.m_block)
     {
         if (m_block) {
@@ -31,7 +37,7 @@ public:
     ~WideString()
     {
         if (m_block && m_block->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            ::operator delete(m_block);
+            MemoryPool::Free(m_block);
         }
     }
 
@@ -52,7 +58,7 @@ private:
     struct Block
     {
         std::atomic<std::uint32_t> references;
-        std::size_t length;
+        std::uint32_t length;
     };
 
     [[nodiscard]] static wchar_t* Characters(Block* block) noexcept
@@ -60,10 +66,13 @@ private:
         return reinterpret_cast<wchar_t*>(block + 1);
     }
 
-    [[nodiscard]] static Block* MakeBlock(std::wstring_view text)
+    [[nodiscard]] static Block* MakeBlock(std::wstring_view text, MemoryPool* pool)
     {
-        void* memory = ::operator new(sizeof(Block) + (text.size() + 1) * sizeof(wchar_t));
-        auto* block = new (memory) Block{{1}, text.size()};
+        if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
+            throw std::bad_alloc();
+        }
+        void* memory = MemoryPool::Allocate(pool, sizeof(Block) + (text.size() + 1) * sizeof(wchar_t));
+        auto* block = new (memory) Block{{1}, static_cast<std::uint32_t>(text.size())};
         wchar_t* characters = Characters(block);
         text.copy(characters, text.size());
         characters[text.size()] = L'\0';

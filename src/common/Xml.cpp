@@ -70,11 +70,8 @@ bool IsElement(IXmlReader* reader)
     return reader->GetNodeType(&type) == S_OK && type == XmlNodeType_Element;
 }
 
-bool NamesEqual(std::wstring_view name, std::wstring_view expected)
+bool NamesOfOneLengthEqual(std::wstring_view name, std::wstring_view expected)
 {
-    if (name.size() != expected.size()) {
-        return false;
-    }
     // Nearly all names are as expected to the letter, or begin otherwise: that takes no look at the locale.
     if (name == expected) {
         return true;

@@ -46,10 +46,23 @@ struct NodePlace
 [[nodiscard]] bool IsElement(IXmlReader* reader);
 
 // Names match as a whole, ignoring the case of letters.
-[[nodiscard]] bool NamesEqual(std::wstring_view name, std::wstring_view expected);
+[[nodiscard]] bool NamesOfOneLengthEqual(std::wstring_view name, std::wstring_view expected);
+[[nodiscard]] inline bool NamesEqual(std::wstring_view name, std::wstring_view expected)
+{
+    return name.size() == expected.size() && NamesOfOneLengthEqual(name, expected);
+}
 
 // True when the local name of the node at hand (prefixes do not count) is the expected one.
 [[nodiscard]] bool HasLocalName(IXmlReader* reader, std::wstring_view expected);
+
+// A text of the reader, behind which stands a null character.
+class Value : public std::wstring_view
+{
+public:
+    Value(const wchar_t* text, std::size_t length) noexcept : std::wstring_view(text, length) {}
+    [[nodiscard]] const wchar_t* c_str() const noexcept { return data(); }
+    operator const wchar_t*() const noexcept { return data(); }
+};
 
 // Calls visit(name, value) for each attribute of the element at hand, in document order, until there are no
 // more or visit returns true; then the reader stands on the element again. Both texts end with a null
@@ -61,9 +74,11 @@ template <typename Visit> [[nodiscard]] HRESULT ForEachAttribute(IXmlReader* rea
     while (hr == S_OK) {
         const wchar_t* value = nullptr;
         const wchar_t* name = nullptr;
-        UINT length = 0;
-        if (SUCCEEDED(reader->GetValue(&value, nullptr)) && SUCCEEDED(reader->GetLocalName(&name, &length)) &&
-            visit(std::wstring_view(name, length), value)) {
+        UINT valueLength = 0;
+        UINT nameLength = 0;
+        if (SUCCEEDED(reader->GetValue(&value, &valueLength)) &&
+            SUCCEEDED(reader->GetLocalName(&name, &nameLength)) &&
+            visit(std::wstring_view(name, nameLength), Value(value, valueLength))) {
             break;
         }
         hr = reader->MoveToNextAttribute();

@@ -98,10 +98,11 @@ protected:
         return answers;
     }
 
+    test::TemporaryFolder m_folder;
+
 private:
     std::wstring Any(std::vector<std::wstring> texts) { return texts[Below(texts.size())]; }
 
-    test::TemporaryFolder m_folder;
     test::LogCapture m_log; // where the lines go
     std::mt19937 m_random{1};
 };
@@ -121,6 +122,69 @@ TEST_F(AppNameListIndex, AnswersAsTheRecordsDoAfterAnyChange)
         }
     }
     EXPECT_GT(known, 100u);
+}
+
+// Nobody asks between the changes: records of a file still wait for their place in the index when the next
+// ones come.
+TEST_F(AppNameListIndex, AnswersAsTheRecordsDoAfterSeveralChanges)
+{
+    std::size_t known = 0;
+    for (int round = 0; round < 60; ++round) {
+        CQanhAppNameList list;
+        for (std::size_t changes = 2 + Below(4); changes > 0; --changes) {
+            DiagnosticLog::SetEnabled(Below(2) != 0);
+            ChangeSomething(list);
+        }
+        const Answers answers = Ask(list, false);
+        ASSERT_EQ(answers, Ask(list, true)) << "round " << round;
+        known += static_cast<std::size_t>(
+            std::count(answers.hasShortcut.begin(), answers.hasShortcut.end(), TRUE));
+    }
+    EXPECT_GT(known, 30u);
+}
+
+TEST_F(AppNameListIndex, KnowsThePackageOfAFileBeforeALaterOneOfItsName)
+{
+    CQanhAppNameList list;
+    DiagnosticLog::SetEnabled(false);
+    const std::wstring file = m_folder / L"packages.xml";
+    test::WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/><Package PackageFamilyName='b_1'/></r>");
+    ASSERT_EQ(list.Load(file.c_str()), S_FALSE);
+    auto later = Package(L"a_1");
+    const CQanhPackage* pLater = later.get();
+    ASSERT_EQ(list.AddMetroPackage(std::move(later)), S_OK);
+    const CQanhPackage* found = list.GetPackage(L"a_1");
+    EXPECT_NE(found, nullptr);
+    EXPECT_NE(found, pLater);
+    EXPECT_NE(list.GetPackage(L"b_1"), nullptr);
+}
+
+TEST_F(AppNameListIndex, AnswersWhenThereIsNoMemoryForTheIndexOfAFile)
+{
+    DiagnosticLog::SetEnabled(false);
+    const std::wstring file = m_folder / L"records.xml";
+    test::WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/><DesktopApps>"
+                               "<DesktopApp LnkFileName='C:\\a.lnk'/></DesktopApps></r>");
+    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+        CQanhAppNameList list;
+        EXPECT_EQ(list.Load(file.c_str()), S_FALSE);
+        BOOL hasShortcut = FALSE;
+        const CQanhPackage* package = nullptr;
+        const test::Attempt attempt = test::TryWithFailingAllocation(index, [&] {
+            hasShortcut = list.IsInDesktopAppList(L"c:\\A.LNK");
+            package = list.GetPackage(L"a_1");
+            return S_OK;
+        });
+        EXPECT_EQ(hasShortcut, TRUE);
+        EXPECT_NE(package, nullptr);
+        // When there is memory again, the index answers.
+        EXPECT_EQ(list.AddDesktopApp(L"name", L"C:\\b.lnk"), S_OK);
+        EXPECT_EQ(Ask(list, false), Ask(list, true));
+        EXPECT_EQ(list.IsInDesktopAppList(L"C:\\a.lnk"), TRUE);
+        EXPECT_EQ(list.IsInDesktopAppList(L"C:\\B.lnk"), TRUE);
+        return attempt.failed;
+    });
+    EXPECT_GE(failures, 2u);
 }
 
 TEST_F(AppNameListIndex, KnowsTheFirstOfSeveralPackagesOfOneName)
