@@ -1,0 +1,234 @@
+// Every allocation of each operation of the library is made to fail in turn: alone, and with all that come
+// after it.
+#include "proof/Proof.h"
+#include "proof/Stage.h"
+
+#include "support/Text.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+using namespace proof;
+using testing::AnyOf;
+using testing::Eq;
+using testing::IsEmpty;
+
+// By which the library can ask for memory itself, whichever of them it imports. What the platform's objects
+// need is theirs: to the library it is a call that fails.
+const std::set<std::string> kAllocators = {"malloc",
+                                           "calloc",
+                                           "realloc",
+                                           "_strdup",
+                                           "_wcsdup",
+                                           "_aligned_malloc",
+                                           "LocalAlloc",
+                                           "HeapAlloc",
+                                           "GlobalAlloc",
+                                           "HeapReAlloc",
+                                           "LocalReAlloc",
+                                           "GlobalReAlloc",
+                                           "CoTaskMemAlloc",
+                                           "CoTaskMemRealloc",
+                                           "SysAllocString",
+                                           "SysAllocStringLen",
+                                           "VirtualAlloc",
+                                           "WindowsCreateString",
+                                           "WindowsDuplicateString",
+                                           "WindowsConcatString"};
+
+ULONG_PTR RefuseMemory(const GateCall&, void*)
+{
+    _set_errno(ENOMEM);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return 0;
+}
+
+using Names = std::multiset<std::string>;
+
+// The names of a query, the wanted one left out.
+Names NamesIn(const std::string& query)
+{
+    const std::vector<std::string> pieces = test::Split(query, "\"");
+    Names names;
+    for (std::size_t piece = 3; piece < pieces.size(); piece += 2) {
+        names.insert(pieces[piece]);
+    }
+    return names;
+}
+
+bool Includes(const Names& whole, const Names& part)
+{
+    return std::includes(whole.begin(), whole.end(), part.begin(), part.end());
+}
+
+Names Union(const Names& first, const Names& second)
+{
+    Names all;
+    std::set_union(first.begin(), first.end(), second.begin(), second.end(), std::inserter(all, all.end()));
+    return all;
+}
+
+Names Intersection(const Names& first, const Names& second)
+{
+    Names common;
+    std::set_intersection(first.begin(), first.end(), second.begin(), second.end(),
+                          std::inserter(common, common.end()));
+    return common;
+}
+
+bool TellsOfFailure(const std::vector<std::string>& log)
+{
+    return std::any_of(log.begin(), log.end(), [](const std::string& line) {
+        return line.find("0x8007000E") != std::string::npos || line.find("0x80004005") != std::string::npos;
+    });
+}
+
+class Memory : public testing::TestWithParam<Operation>
+{
+protected:
+    // What holds whichever allocation failed.
+    void ExpectUnharmed(const Outcome& outcome) const
+    {
+        EXPECT_EQ(outcome.held, m_whole.held) << "is still held";
+        EXPECT_TRUE(outcome.isUnloaded) << "the library stays in memory";
+        EXPECT_TRUE(outcome.isApartmentKept);
+        EXPECT_EQ(outcome.namesBefore, m_whole.namesBefore);
+    }
+
+    void ExpectDocumented(const Outcome& outcome) const
+    {
+        const Names before = NamesIn(m_whole.namesBefore);
+        const Names whole = NamesIn(m_whole.namesAfter);
+        const Names after = NamesIn(outcome.namesAfter);
+        switch (GetParam()) {
+        case Operation::Start:
+        case Operation::StartBeside:
+            // A record that finds no memory is left out, and the log says so. The owner's start succeeds: its
+            // thread finds the catalogue again.
+            EXPECT_THAT(outcome.result,
+                        AnyOf(m_whole.result, GetParam() == Operation::Start ? S_OK : E_OUTOFMEMORY));
+            EXPECT_TRUE(Includes(whole, after)) << outcome.namesAfter;
+            EXPECT_TRUE(outcome.namesAfter == m_whole.namesAfter || TellsOfFailure(outcome.log));
+            EXPECT_EQ(outcome.namesAtNextStart, m_whole.namesAtNextStart);
+            break;
+        case Operation::Pass:
+        case Operation::PassOfPlatform:
+            EXPECT_EQ(outcome.result, 0);
+            // Each record is as it was or as it is to be; of the names of a new one some may be missing.
+            EXPECT_TRUE(Includes(Union(before, whole), after)) << outcome.namesAfter;
+            EXPECT_TRUE(Includes(after, Intersection(before, whole))) << outcome.namesAfter;
+            EXPECT_TRUE(Includes(Union(whole, before), NamesIn(outcome.again))) << outcome.again;
+            // The save has failed, or the file holds what the list does after the next pass or this one.
+            EXPECT_THAT(outcome.namesAtNextStart,
+                        AnyOf(m_whole.namesBefore, outcome.namesAfter, outcome.again));
+            break;
+        case Operation::IsInstalledById:
+            if (outcome.hasThrown) {
+                EXPECT_EQ(outcome.answer, "7");
+            } else {
+                ExpectQueryFails(outcome, "7");
+            }
+            break;
+        case Operation::IsInstalled:
+            ExpectQueryFails(outcome, "7");
+            break;
+        case Operation::DisplayName:
+            ExpectQueryFails(outcome, "(null)");
+            break;
+        case Operation::Search:
+        case Operation::Browser:
+            // Memory that runs out for a name to exclude costs that name.
+            EXPECT_THAT(outcome.result, AnyOf(Eq(S_OK), Eq(E_OUTOFMEMORY)));
+            if (outcome.result == S_OK) {
+                EXPECT_TRUE(Includes(NamesIn(m_whole.answer), NamesIn(outcome.answer))) << outcome.answer;
+                EXPECT_TRUE(outcome.answer == m_whole.answer || TellsOfFailure(outcome.log));
+            }
+            break;
+        default:
+            EXPECT_EQ(outcome.result, m_whole.result);
+            break;
+        }
+        ExpectListStays(outcome);
+    }
+
+    // The result says so, and the line of exit says the same.
+    void ExpectQueryFails(const Outcome& outcome, const std::string& untouched) const
+    {
+        if (outcome.result == m_whole.result) {
+            EXPECT_EQ(outcome.answer, m_whole.answer);
+            return;
+        }
+        EXPECT_THAT(outcome.result, AnyOf(Eq(E_OUTOFMEMORY), Eq(E_FAIL)));
+        EXPECT_THAT(outcome.answer, AnyOf(Eq(untouched), Eq("")));
+        EXPECT_TRUE(TellsOfFailure(outcome.log));
+    }
+
+    // An operation that does not change the catalogue leaves it, and works when memory is there again.
+    void ExpectListStays(const Outcome& outcome) const
+    {
+        const bool changes = GetParam() == Operation::Start || GetParam() == Operation::StartBeside ||
+                             GetParam() == Operation::Pass || GetParam() == Operation::PassOfPlatform;
+        if (!changes) {
+            EXPECT_EQ(outcome.namesAfter, m_whole.namesAfter);
+            EXPECT_EQ(outcome.again, m_whole.again);
+            EXPECT_EQ(outcome.namesAtNextStart, m_whole.namesAtNextStart);
+        }
+    }
+
+    void FailInTurn(bool isLasting)
+    {
+        CallGate::Fault fault{kAllocators, 0, isLasting, RefuseMemory};
+        std::size_t step = 1;
+        std::size_t failed = 0;
+        std::size_t missing = 0;
+        for (;; fault.index += step) {
+            const std::string attempt = std::string(NameOf(GetParam())) + ", allocation " +
+                                        std::to_string(fault.index) + (isLasting ? " and all after it" : "");
+            SCOPED_TRACE(attempt);
+            Stage::Say(attempt);
+            const Outcome outcome = m_stage.Run(GetParam(), &fault);
+            ExpectUnharmed(outcome);
+            if (!outcome.hasFailed) {
+                break;
+            }
+            ++failed;
+            ExpectDocumented(outcome);
+            if (!outcome.again.empty() && NamesIn(outcome.again) != NamesIn(m_whole.again)) {
+                ++missing;
+            }
+            if (HasFailure() && failed > 400) {
+                break;
+            }
+            // The short form takes some of many.
+            step = failed < 8 ? 1 : Count<std::size_t>(1 + failed, 1);
+        }
+        const std::string name = std::string("allocations of ") + NameOf(GetParam()) + " that failed " +
+                                 (isLasting ? "with all after them" : "in turn");
+        Figure(name.c_str(), static_cast<double>(failed));
+        if (missing != 0) {
+            Figure((name + ", after which a name stays missing").c_str(), static_cast<double>(missing));
+        }
+    }
+
+    Stage m_stage;
+    const Outcome m_whole = m_stage.Run(GetParam(), nullptr);
+};
+
+TEST_P(Memory, EachFails)
+{
+    FailInTurn(false);
+}
+
+TEST_P(Memory, EachFailsWithAllAfterIt)
+{
+    FailInTurn(true);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Memory, testing::ValuesIn(kOperations),
+                         [](const auto& operation) { return NameOf(operation.param); });
+
+} // namespace
