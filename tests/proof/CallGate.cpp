@@ -51,6 +51,7 @@ extern "C" void* QanhProofDecide(proof::GateCall* call) noexcept;
 namespace {
 
 using proof::CallGate;
+using proof::Import;
 
 static_assert(offsetof(proof::GateCall, vectors) == 0x30 && offsetof(proof::GateCall, result) == 0x70);
 
@@ -58,7 +59,7 @@ static_assert(offsetof(proof::GateCall, vectors) == 0x30 && offsetof(proof::Gate
 constexpr std::size_t kEntrySize = 32;
 constexpr std::size_t kMostImports = 512;
 
-std::vector<CallGate::Import> g_imports;
+std::vector<Import> g_imports;
 BYTE* g_entries = nullptr;
 DWORD g_watchedThread = 0;
 const CallGate::Fault* g_fault = nullptr;
@@ -105,16 +106,18 @@ void HideName(char* name)
 void* QanhProofDecide(proof::GateCall* call) noexcept
 {
     const DWORD error = GetLastError();
-    CallGate::Import& import = g_imports[call->index];
+    proof::Import& import = g_imports[call->index];
     if (GetCurrentThreadId() == g_watchedThread) {
         ++import.calls;
         if (g_fault && g_faulty.contains(call->index)) {
             const std::size_t number = g_faultyCalls++;
             if (number == g_fault->index || (g_fault->isLasting && number > g_fault->index)) {
-                g_hasRefused = true;
                 SetLastError(error);
-                call->result = g_fault->refusal(*call, import.function);
-                return nullptr;
+                if (const auto result = g_fault->refusal(*call, import)) {
+                    g_hasRefused = true;
+                    call->result = *result;
+                    return nullptr;
+                }
             }
         }
     }
@@ -156,7 +159,7 @@ void CallGate::Install(HMODULE module, const std::map<std::string, void*>& repla
     }
 }
 
-const std::vector<CallGate::Import>& CallGate::Imports()
+const std::vector<Import>& Imports()
 {
     return g_imports;
 }

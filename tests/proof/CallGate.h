@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,9 +28,18 @@ struct GateCall
     }
 };
 
+// A function of the library's import table.
+struct Import
+{
+    std::string library; // in lower case
+    std::string name;
+    void* function;    // what is called
+    std::size_t calls; // of the watched thread since CallGate::Watch()
+};
+
 // Stands in for a call that is to fail: gives the call's result, does to the arguments what such a failure
-// does, and sets the last error. The function is the one that was called.
-using Refusal = std::function<ULONG_PTR(const GateCall& call, void* function)>;
+// does, and sets the last error; or nothing, when this call is not to fail.
+using Refusal = std::function<std::optional<ULONG_PTR>(const GateCall& call, const Import& import)>;
 
 // Every function that the library's import table names, called through one place: the calls of one thread are
 // counted there, and any of them can be made to fail. That takes no knowledge of a function's arguments:
@@ -37,14 +47,6 @@ using Refusal = std::function<ULONG_PTR(const GateCall& call, void* function)>;
 class CallGate
 {
 public:
-    struct Import
-    {
-        std::string library; // in lower case
-        std::string name;
-        void* function;    // what is called
-        std::size_t calls; // of the watched thread since Watch()
-    };
-
     // Points the imports of a module, just loaded, at the gate. Functions that are named here are replaced
     // under it.
     static void Install(HMODULE module, const std::map<std::string, void*>& replacements);

@@ -79,7 +79,7 @@ template <typename Function> void* Pointer(Function function)
 
 template <int kNumber> [[noreturn]] void End()
 {
-    constexpr const char* kNames[] = {"abort", "exit", "_amsg_exit"};
+    constexpr const char* kNames[] = {"abort", "exit", "_amsg_exit", "_endthreadex"};
     FakeDesk::onEnd(kNames[kNumber]);
     TerminateProcess(GetCurrentProcess(), 3);
     Sleep(INFINITE);
@@ -147,6 +147,7 @@ std::map<std::string, void*> FakeDesk::Functions()
         {"abort", Pointer(End<0>)},
         {"exit", Pointer(End<1>)},
         {"_amsg_exit", Pointer(End<2>)},
+        {"_endthreadex", Pointer(End<3>)},
     };
 }
 

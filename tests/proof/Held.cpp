@@ -3,6 +3,9 @@
 #include <objbase.h>
 #include <roapi.h>
 
+#include <malloc.h>
+
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -16,6 +19,8 @@ using Kind = Held::Kind;
 SRWLOCK g_lock = SRWLOCK_INIT;
 // Each with the name of the function that gave it. Apartments and the clipboard are not told apart.
 std::multimap<std::pair<Kind, const void*>, const char*> g_held;
+
+std::atomic<std::size_t> g_freedBytes = 0;
 
 template <typename Value> Value Taken(Kind kind, Value value, const char* function)
 {
@@ -59,6 +64,7 @@ std::map<std::string, void*> MemoryFunctions()
          Pointer([](const wchar_t* text) { return Taken(Kind::Memory, _wcsdup(text), "_wcsdup"); })},
         {"free", Pointer([](void* block) {
              Held::GiveBack(Kind::Memory, block);
+             g_freedBytes += block ? _msize(block) : 0;
              std::free(block);
          })},
         {"LocalAlloc", Pointer([](UINT flags, SIZE_T size) {
@@ -175,6 +181,12 @@ std::map<std::string, void*> Held::Functions()
 void Held::Clear()
 {
     g_held.clear();
+    g_freedBytes = 0;
+}
+
+std::size_t Held::FreedBytes()
+{
+    return g_freedBytes;
 }
 
 std::string Held::Describe()

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -18,6 +19,9 @@ public:
     static void Clear();
     // What is held, in words; empty: nothing.
     [[nodiscard]] static std::string Describe();
+
+    // Bytes of memory that were given back to the C runtime since Clear().
+    [[nodiscard]] static std::size_t FreedBytes();
 
     enum class Kind
     {

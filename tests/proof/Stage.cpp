@@ -55,7 +55,7 @@ LONG WINAPI OnCrash(EXCEPTION_POINTERS* exception)
 // Ends the process when an attempt hangs.
 void WatchForHang()
 {
-    constexpr ULONGLONG kLongest = 60000; // milliseconds
+    constexpr ULONGLONG kLongest = 30000; // milliseconds
     for (;;) {
         Sleep(500);
         const ULONGLONG saidAt = g_saidAt;
@@ -258,19 +258,27 @@ void Stage::Load()
     RaiseFirst();
 }
 
-// The first exception of a process makes the C++ runtime in the library ask for what it keeps for the next
-// ones, and never gives back: that is counted with what it has asked for while it was loaded.
+// The first exception makes the C++ runtime in the library ask for what it keeps for the next ones: some for
+// the process, some for each thread, to be used again by later threads, and none of it is given back. That is
+// counted with what it has asked for while it was loaded. Two threads of an operation raise at most. (The
+// very first allocation is the reserve's, whose failing raises nothing.)
 void Stage::RaiseFirst()
 {
-    const CallGate::Fault fault{{"malloc"}, 0, false, [](const GateCall&, void*) { return ULONG_PTR{0}; }};
-    BOOL isInstalled = FALSE;
-    CallGate::Watch(&fault);
-    try {
-        (void)m_library.isInstalledById(L"Vel.LongerThanAStringHoldsItself_0standin00000!App", &isInstalled);
-    } catch (const std::bad_alloc&) {
-        Held::Clear();
-    }
-    CallGate::Ignore();
+    const auto raise = [this] {
+        const CallGate::Fault fault{
+            {"malloc"}, 1, false, [](const GateCall&, const Import&) { return ULONG_PTR{0}; }};
+        BOOL isInstalled = FALSE;
+        CallGate::Watch(&fault);
+        try {
+            (void)m_library.isInstalledById(L"Vel.LongerThanAStringHoldsItself_0standin00000!App",
+                                            &isInstalled);
+        } catch (const std::bad_alloc&) {
+            Held::Clear();
+        }
+        CallGate::Ignore();
+    };
+    raise();
+    std::thread(raise).join();
 }
 
 void Stage::Unload(Outcome& outcome)
@@ -301,6 +309,7 @@ HRESULT Stage::Carry(Operation operation, const CallGate::Fault* fault, Outcome&
     if (operation == Operation::Release) {
         (void)m_library.getDisplayName(kKept, &name);
     }
+    FakeDesk::pasted.clear();
     CallGate::Watch(fault);
     try {
         switch (operation) {
@@ -411,7 +420,7 @@ std::string Stage::Names()
     constexpr std::string_view kStart = "QanhLaunchBySearch szKeyword = ";
     for (const std::string& line : Log(begin)) {
         if (line.starts_with(kStart)) {
-            return line.substr(kStart.size());
+            return line.substr(kStart.size(), line.size() - kStart.size() - 1); // a blank ends it
         }
     }
     return "no names";
