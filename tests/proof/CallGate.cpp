@@ -159,7 +159,7 @@ void CallGate::Install(HMODULE module, const std::map<std::string, void*>& repla
     }
 }
 
-const std::vector<Import>& Imports()
+const std::vector<Import>& CallGate::Imports()
 {
     return g_imports;
 }

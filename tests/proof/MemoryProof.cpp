@@ -1,14 +1,14 @@
 // Every allocation of each operation of the library is made to fail in turn: alone, and with all that come
 // after it.
 #include "proof/Held.h"
+#include "proof/NamesInQuery.h"
 #include "proof/Proof.h"
 #include "proof/Stage.h"
-
-#include "support/Text.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <cwchar>
 #include <set>
@@ -97,39 +97,6 @@ private:
 // The query of an empty catalogue.
 constexpr char kNothingKnown[] = "\"x\"";
 
-using Names = std::multiset<std::string>;
-
-// The names of a query, the wanted one left out.
-Names NamesIn(const std::string& query)
-{
-    const std::vector<std::string> pieces = test::Split(query, "\"");
-    Names names;
-    for (std::size_t piece = 3; piece < pieces.size(); piece += 2) {
-        names.insert(pieces[piece]);
-    }
-    return names;
-}
-
-bool Includes(const Names& whole, const Names& part)
-{
-    return std::includes(whole.begin(), whole.end(), part.begin(), part.end());
-}
-
-Names Union(const Names& first, const Names& second)
-{
-    Names all;
-    std::set_union(first.begin(), first.end(), second.begin(), second.end(), std::inserter(all, all.end()));
-    return all;
-}
-
-Names Intersection(const Names& first, const Names& second)
-{
-    Names common;
-    std::set_intersection(first.begin(), first.end(), second.begin(), second.end(),
-                          std::inserter(common, common.end()));
-    return common;
-}
-
 bool TellsOfFailure(const std::vector<std::string>& log)
 {
     return std::any_of(log.begin(), log.end(), [](const std::string& line) {
@@ -151,9 +118,9 @@ protected:
 
     void ExpectDocumented(const Outcome& outcome) const
     {
-        const Names before = NamesIn(m_whole.namesBefore);
-        const Names whole = NamesIn(m_whole.namesAfter);
-        const Names after = NamesIn(outcome.namesAfter);
+        const NameSet before = NamesIn(m_whole.namesBefore);
+        const NameSet whole = NamesIn(m_whole.namesAfter);
+        const NameSet after = NamesIn(outcome.namesAfter);
         switch (GetParam()) {
         case Operation::Start:
         case Operation::StartBeside:

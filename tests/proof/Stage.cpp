@@ -127,6 +127,7 @@ Stage::Stage() : m_settings(HKEY_LOCAL_MACHINE, test::kSettingsKey)
     };
     write(L"Kept", "1.0.0.0", {"x kept"}, "");
     write(L"Changed", "2.0.0.0", {"x new", "x newer"}, "");
+    write(L"Amiss", "1.0.0.0", {"x amiss"}, "fail_version = 0x80070005\n");
     write(L"Fresh", "1.0.0.0", {"ms-resource:Name"}, "[en-US]\nresources/Name = x resolved\n");
     write(L"Suite", "1.0.0.0", {"x suite"},
           "family_name = Microsoft.Office.Desktop_8wekyb3d8bbwe\n"
@@ -218,6 +219,7 @@ void Stage::RunOnThread(Operation operation, const CallGate::Fault* fault, Outco
     }
     const std::size_t logBegin = LogBytes().size();
     outcome.result = Carry(operation, fault, outcome);
+    outcome.imports = CallGate::Imports();
     outcome.log = Log(logBegin);
     if (isStart) {
         m_isUp = SUCCEEDED(outcome.result);

@@ -53,6 +53,7 @@ struct Outcome
     std::string answer;           // what a query found, what a launch pasted
     std::vector<std::string> log; // its lines, without time stamps
     bool hasFailed = false;       // a call was refused
+    std::vector<Import> imports;  // with the calls of the operation
     // The names of the catalogue in its order, as a launch sees them, before and after.
     std::string namesBefore;
     std::string namesAfter;

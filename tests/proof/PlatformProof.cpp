@@ -1,0 +1,220 @@
+// Every function that the library imports is made to fail in turn, at each of its calls, with each failure
+// that its documentation names.
+#include "proof/NamesInQuery.h"
+#include "proof/PlatformExpectations.h"
+#include "proof/PlatformFailures.h"
+#include "proof/Proof.h"
+#include "proof/Stage.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <set>
+
+namespace {
+
+using namespace proof;
+
+bool HasLine(const std::vector<std::string>& log, std::string_view part)
+{
+    return std::any_of(log.begin(), log.end(),
+                       [&](const std::string& line) { return line.find(part) != std::string::npos; });
+}
+
+bool IsPass(Operation operation)
+{
+    return operation == Operation::Pass || operation == Operation::PassOfPlatform;
+}
+
+bool IsStart(Operation operation)
+{
+    return operation == Operation::Start || operation == Operation::StartBeside;
+}
+
+// Those that lines of the log are written with: one that fails costs a line, or a part of it. When the log's
+// setting or path cannot be read, a start writes none, or elsewhere.
+bool CostsLines(Operation operation, const std::string& function)
+{
+    static const std::set<std::string> s_writing = {"CreateFileW", "SetFilePointer", "WideCharToMultiByte",
+                                                    "WriteFile", "_sprintf_s_l"};
+    static const std::set<std::string> s_switching = {
+        "RegOpenKeyExW", "RegQueryValueExW", "GetModuleFileNameW", "GetEnvironmentVariableW", "swprintf_s"};
+    return s_writing.contains(function) || (IsStart(operation) && s_switching.contains(function));
+}
+
+// Those on which it hangs what a launch pastes.
+bool ChangesPaste(const std::string& function)
+{
+    static const std::set<std::string> s_functions = {"OpenClipboard",    "GlobalAlloc", "GlobalLock",
+                                                      "SetClipboardData", "_wcsdup",     "_wcslwr_s"};
+    return s_functions.contains(function);
+}
+
+// Those whose failure a pass takes for "it is not there any more", until the next pass.
+bool ChangesMarks(const std::string& function)
+{
+    static const std::set<std::string> s_functions = {
+        "PathFileExistsW", "RoInitialize", "RoGetActivationFactory", "WindowsCreateStringReference"};
+    return s_functions.contains(function);
+}
+
+std::string ResultText(HRESULT hr, const char* format)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, format, static_cast<unsigned>(hr));
+    return text;
+}
+
+struct Attempt
+{
+    std::string function;
+    const Failure* failure;
+    std::size_t call;
+};
+
+class Platform : public testing::TestWithParam<Operation>
+{
+protected:
+    const Expectation* Expected(const Attempt& attempt) const
+    {
+        // Who is in an apartment of another kind is in an apartment.
+        if (attempt.function == "RoInitialize" && attempt.failure->result == RPC_E_CHANGED_MODE) {
+            return nullptr;
+        }
+        return FindExpectation(GetParam(), attempt.function, attempt.call);
+    }
+
+    void ExpectResult(const Attempt& attempt, const Outcome& outcome) const
+    {
+        const Expectation* const expectation = Expected(attempt);
+        HRESULT result = m_whole.result;
+        std::string answer = m_whole.answer;
+        if (expectation) {
+            result = expectation->result.value_or(attempt.failure->result.value_or(result));
+            const bool isQuery = GetParam() == Operation::IsInstalled ||
+                                 GetParam() == Operation::IsInstalledById ||
+                                 GetParam() == Operation::DisplayName;
+            answer = isQuery ? std::string(expectation->answer) : answer;
+            EXPECT_TRUE(HasLine(outcome.log, expectation->line)) << expectation->line;
+        }
+        EXPECT_EQ(outcome.result, result) << std::hex << outcome.result;
+        if (!ChangesPaste(attempt.function)) {
+            EXPECT_EQ(outcome.answer, answer);
+        }
+    }
+
+    // The line of exit tells the result.
+    void ExpectExitLine(const Attempt& attempt, const Outcome& outcome) const
+    {
+        static const std::map<Operation, std::string> s_exits = {
+            {Operation::IsInstalled, "QanhIsInstalled OUT("},
+            {Operation::IsInstalledById, "QanhIsInstalledByAppUserModeID OUT("},
+            {Operation::DisplayName, "QanhGetAppDisplayNameByPFN OUT("},
+            {Operation::Search, "QanhLaunchBySearch OUT("},
+            {Operation::SearchToShow, "QanhLaunchBySearch OUT("},
+            {Operation::Browser, "QanhLaunchIEBySearch OUT("}};
+        if (CostsLines(GetParam(), attempt.function)) {
+            return;
+        }
+        if (const auto exit = s_exits.find(GetParam()); exit != s_exits.end()) {
+            const std::string line = exit->second + ResultText(outcome.result, "0x%08X") + ")";
+            EXPECT_TRUE(HasLine(outcome.log, line)) << line;
+        } else if (IsStart(GetParam())) {
+            const std::string end = "QanhInitialize OUT(";
+            EXPECT_TRUE(HasLine(outcome.log, SUCCEEDED(outcome.result)
+                                                 ? end + std::to_string(outcome.result) + ") : s_nCount(1)"
+                                                 : "Initialize : hr=" + std::to_string(outcome.result)));
+        } else if (GetParam() == Operation::Stop || GetParam() == Operation::StopOfHung) {
+            EXPECT_TRUE(HasLine(outcome.log, "QanhFinalize OUT : s_nCount(0)"));
+        }
+    }
+
+    void ExpectCatalogue(const Attempt& attempt, const Outcome& outcome) const
+    {
+        const NameSet before = NamesIn(m_whole.namesBefore);
+        const NameSet whole = NamesIn(m_whole.namesAfter);
+        const NameSet known = Union(before, whole);
+        const NameSet kept = ChangesMarks(attempt.function) ? NameSet() : Intersection(before, whole);
+        if (IsPass(GetParam())) {
+            for (const std::string& names : {outcome.namesAfter, outcome.again, outcome.namesAtNextStart}) {
+                EXPECT_TRUE(Includes(known, NamesIn(names))) << names;
+                EXPECT_TRUE(Includes(NamesIn(names), kept)) << names;
+            }
+            return;
+        }
+        if (IsStart(GetParam())) {
+            EXPECT_TRUE(Includes(whole, NamesIn(outcome.namesAfter))) << outcome.namesAfter;
+        } else {
+            EXPECT_EQ(outcome.namesAfter, m_whole.namesAfter);
+            EXPECT_EQ(outcome.again, m_whole.again);
+        }
+        EXPECT_EQ(outcome.namesAtNextStart, m_whole.namesAtNextStart);
+    }
+
+    void ExpectNothingHeld(const Attempt& attempt, const Outcome& outcome) const
+    {
+        EXPECT_TRUE(outcome.isApartmentKept);
+        if (attempt.function == "GetModuleHandleExW" && IsPass(GetParam())) {
+            // The thread ends without knowing which library it is to give back.
+            EXPECT_EQ(outcome.held, "1 of GetModuleHandleExW");
+            return;
+        }
+        EXPECT_EQ(outcome.held, m_whole.held) << "is still held";
+        EXPECT_TRUE(outcome.isUnloaded) << "the library stays in memory";
+    }
+
+    void Fail(const Attempt& attempt)
+    {
+        const std::string text = std::string(NameOf(GetParam())) + ", " + attempt.function + ", call " +
+                                 std::to_string(attempt.call) + ", " + attempt.failure->name;
+        SCOPED_TRACE(text);
+        Stage::Say(text);
+        const CallGate::Fault fault{{attempt.function}, attempt.call, false, attempt.failure->refusal};
+        const Outcome outcome = m_stage.Run(GetParam(), &fault);
+        ASSERT_TRUE(outcome.hasFailed) << "the call did not come";
+        EXPECT_FALSE(outcome.hasThrown);
+        ExpectResult(attempt, outcome);
+        ExpectExitLine(attempt, outcome);
+        ExpectCatalogue(attempt, outcome);
+        ExpectNothingHeld(attempt, outcome);
+    }
+
+    // The short form takes the first call and the last one, and one failure of each function.
+    static bool IsTaken(std::size_t call, std::size_t calls, std::size_t failure)
+    {
+        return IsFull() || ((call == 0 || call + 1 == calls) && failure == 0);
+    }
+
+    Stage m_stage;
+    const Outcome m_whole = m_stage.Run(GetParam(), nullptr);
+};
+
+TEST_P(Platform, EveryCallFails)
+{
+    EXPECT_EQ(m_whole.held, GetParam() == Operation::StopOfHung ? m_whole.held : "");
+    std::size_t functions = 0;
+    std::size_t attempts = 0;
+    for (const Import& import : m_whole.imports) {
+        const PlatformFunction* const function = FindPlatformFunction(import.name);
+        ASSERT_TRUE(function) << import.name << " is not in the list of failures";
+        functions += import.calls > 0 && !function->failures.empty() ? 1 : 0;
+        for (std::size_t call = 0; call < import.calls; ++call) {
+            for (std::size_t failure = 0; failure < function->failures.size(); ++failure) {
+                if (IsTaken(call, import.calls, failure)) {
+                    Fail({import.name, &function->failures[failure], call});
+                    ++attempts;
+                }
+            }
+        }
+    }
+    const std::string name = NameOf(GetParam());
+    Figure(("functions of the platform that failed in " + name).c_str(), static_cast<double>(functions));
+    Figure(("calls times failures in " + name).c_str(), static_cast<double>(attempts));
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Platform, testing::ValuesIn(kOperations),
+                         [](const auto& operation) { return NameOf(operation.param); });
+
+} // namespace
