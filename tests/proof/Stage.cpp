@@ -26,6 +26,7 @@ using proof::Held;
 using proof::Operation;
 using test::ToUtf8;
 
+constexpr wchar_t kTileSetting[] = L"ApplicationTileImmersiveActivation";
 constexpr wchar_t kPrograms[] = L"\\Microsoft\\Windows\\Start Menu\\Programs";
 // Every name of the stage's catalogue holds this, so that a launch for it excludes them all.
 constexpr wchar_t kWanted[] = L"x";
@@ -65,6 +66,14 @@ void WatchForHang()
     }
 }
 
+// A catalogue whose folder cannot be had lands in the root of the drive.
+void DeleteStrayCatalog()
+{
+    for (const wchar_t* file : {L"\\AppNameList.xml", L"\\AppNameList.xml.bak", L"\\AppNameList.xml.tmp"}) {
+        DeleteFileW(file);
+    }
+}
+
 std::string Manifest(const std::string& name, const std::string& version,
                      const std::vector<std::string>& displayNames)
 {
@@ -92,10 +101,21 @@ namespace proof {
 
 const char* NameOf(Operation operation)
 {
-    constexpr const char* kNames[] = {"Start",        "StartBeside",     "Stop",        "StopOfHung",
-                                      "IsInstalled",  "IsInstalledById", "DisplayName", "Search",
-                                      "SearchToShow", "Browser",         "Activate",    "Release",
-                                      "Pass",         "PassOfPlatform"};
+    constexpr const char* kNames[] = {"Start",
+                                      "StartBeside",
+                                      "Stop",
+                                      "StopOfHung",
+                                      "IsInstalled",
+                                      "IsInstalledById",
+                                      "DisplayName",
+                                      "Search",
+                                      "SearchToShow",
+                                      "Browser",
+                                      "BrowserWithoutSetting",
+                                      "Activate",
+                                      "Release",
+                                      "Pass",
+                                      "PassOfPlatform"};
     return kNames[static_cast<std::size_t>(operation)];
 }
 
@@ -147,6 +167,7 @@ Stage::Stage() : m_settings(HKEY_LOCAL_MACHINE, test::kSettingsKey)
 
 Stage::~Stage()
 {
+    DeleteStrayCatalog();
     DestroyWindow(m_startScreen);
     SetCurrentDirectoryW(standin::ModuleFolder().c_str());
     standin::ClearSettings();
@@ -167,6 +188,7 @@ void Stage::Reset(Operation operation)
         DeleteFileW((folder + file).c_str());
     }
     DeleteFileW((m_folder / L"QanHelperLog.txt").c_str());
+    DeleteStrayCatalog();
     const std::string menu = ToUtf8(m_folder / (std::wstring(L"allusers") + kPrograms));
     const std::string catalog =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<Applications><MetroApps>" +
@@ -189,7 +211,11 @@ Outcome Stage::Run(Operation operation, const CallGate::Fault* fault)
 {
     Reset(operation);
     test::ScopedKey browser(HKEY_CURRENT_USER, test::kBrowserKey);
-    browser.SetDword(L"ApplicationTileImmersiveActivation", 1);
+    if (operation == Operation::BrowserWithoutSetting) {
+        browser.Create();
+    } else {
+        browser.SetDword(kTileSetting, 1);
+    }
     HANDLE other = nullptr; // that another process is in its first pass
     if (operation == Operation::StartBeside) {
         other = CreateMutexW(nullptr, FALSE, L"QanHelper_Proof");
@@ -202,6 +228,7 @@ Outcome Stage::Run(Operation operation, const CallGate::Fault* fault)
     if (other) {
         CloseHandle(other);
     }
+    outcome.tileSetting = browser.Dword(kTileSetting);
     outcome.held = Held::Describe();
     outcome.handles = host::CountHandles();
     return outcome;
@@ -340,6 +367,7 @@ HRESULT Stage::Carry(Operation operation, const CallGate::Fault* fault, Outcome&
             hr = m_library.launchBySearch(kWanted, QANH_SEARCH_SHOW, FALSE);
             break;
         case Operation::Browser:
+        case Operation::BrowserWithoutSetting:
             hr = m_library.launchBrowser(QANH_TILE_DESKTOP, QANH_SEARCH_LAUNCH, TRUE);
             break;
         case Operation::Activate:

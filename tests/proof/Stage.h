@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,17 +28,28 @@ enum class Operation
     Search,       // in mode 0, with exclusions, from the Start screen
     SearchToShow, // in mode 1, without them, from a desktop whose Start screen never comes
     Browser,
+    BrowserWithoutSetting, // its tile setting is absent
     Activate,
     Release,
     Pass,
     PassOfPlatform // the manifests are read by the platform's own interfaces
 };
 
-inline constexpr Operation kOperations[] = {
-    Operation::Start,        Operation::StartBeside,     Operation::Stop,        Operation::StopOfHung,
-    Operation::IsInstalled,  Operation::IsInstalledById, Operation::DisplayName, Operation::Search,
-    Operation::SearchToShow, Operation::Browser,         Operation::Activate,    Operation::Release,
-    Operation::Pass,         Operation::PassOfPlatform};
+inline constexpr Operation kOperations[] = {Operation::Start,
+                                            Operation::StartBeside,
+                                            Operation::Stop,
+                                            Operation::StopOfHung,
+                                            Operation::IsInstalled,
+                                            Operation::IsInstalledById,
+                                            Operation::DisplayName,
+                                            Operation::Search,
+                                            Operation::SearchToShow,
+                                            Operation::Browser,
+                                            Operation::BrowserWithoutSetting,
+                                            Operation::Activate,
+                                            Operation::Release,
+                                            Operation::Pass,
+                                            Operation::PassOfPlatform};
 
 [[nodiscard]] const char* NameOf(Operation operation);
 inline void PrintTo(Operation operation, std::ostream* stream)
@@ -61,7 +73,8 @@ struct Outcome
     std::string again;
     // The names that the next start finds in the file.
     std::string namesAtNextStart;
-    std::string held; // that was never given back
+    std::optional<DWORD> tileSetting; // of the browser
+    std::string held;                 // that was never given back
     bool isApartmentKept = false;
     bool isUnloaded = false;
     std::size_t handles = 0; // of the whole process
