@@ -225,11 +225,8 @@ protected:
             if (!outcome.again.empty() && NamesIn(outcome.again) != NamesIn(m_whole.again)) {
                 ++missing;
             }
-            if (HasFailure() && failed > 400) {
-                break;
-            }
             // The short form takes some of many.
-            step = failed < 8 ? 1 : Count<std::size_t>(1 + failed, 1);
+            step = failed < 5 ? 1 : Count<std::size_t>(2 * failed, 1);
         }
         const std::string name = std::string("allocations of ") + NameOf(GetParam()) + " that failed " +
                                  (isLasting ? "with all after them" : "in turn");
