@@ -10,6 +10,7 @@
 #include <cstring>
 #include <cwchar>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -21,6 +22,7 @@ SRWLOCK g_lock = SRWLOCK_INIT;
 std::multimap<std::pair<Kind, const void*>, const char*> g_held;
 
 std::atomic<std::size_t> g_freedBytes = 0;
+std::vector<DWORD> g_threadPlaces;
 
 template <typename Value> Value Taken(Kind kind, Value value, const char* function)
 {
@@ -140,6 +142,13 @@ std::map<std::string, void*> OtherFunctions()
              }
              return found;
          })},
+        {"TlsAlloc", Pointer([] {
+             const DWORD place = TlsAlloc();
+             AcquireSRWLockExclusive(&g_lock);
+             g_threadPlaces.push_back(place);
+             ReleaseSRWLockExclusive(&g_lock);
+             return place;
+         })},
         {"FreeLibrary", Pointer([](HMODULE module) {
              Held::GiveBack(Kind::Module, module);
              return FreeLibrary(module);
@@ -182,6 +191,16 @@ void Held::Clear()
 {
     g_held.clear();
     g_freedBytes = 0;
+}
+
+std::size_t Held::FreeThreadPlaces()
+{
+    const std::size_t count = g_threadPlaces.size();
+    for (const DWORD place : g_threadPlaces) {
+        TlsFree(place);
+    }
+    g_threadPlaces.clear();
+    return count;
 }
 
 std::size_t Held::FreedBytes()

@@ -20,6 +20,11 @@ public:
     // What is held, in words; empty: nothing.
     [[nodiscard]] static std::string Describe();
 
+    // The C++ runtime in the library takes one of the process's 1,088 places for threads' values when it
+    // raises its first exception, and keeps it when the library is unloaded: gives it back, so that the
+    // library can be loaded any number of times. Call when it is gone. Returns how many there were.
+    static std::size_t FreeThreadPlaces();
+
     // Bytes of memory that were given back to the C runtime since Clear().
     [[nodiscard]] static std::size_t FreedBytes();
 

@@ -322,6 +322,7 @@ void Stage::Unload(Outcome& outcome)
     while (host::IsInMemory()) {
         FreeLibrary(m_library.module);
     }
+    (void)Held::FreeThreadPlaces();
 }
 
 HRESULT Stage::Carry(Operation operation, const CallGate::Fault* fault, Outcome& outcome)
