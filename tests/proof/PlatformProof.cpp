@@ -66,10 +66,10 @@ bool ReadsSetting(const std::string& function)
     return function == "RegOpenKeyExW" || function == "RegQueryValueExW";
 }
 
-std::string ResultText(HRESULT hr, const char* format)
+std::string ResultText(HRESULT hr)
 {
     char text[32];
-    std::snprintf(text, sizeof text, format, static_cast<unsigned>(hr));
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(hr));
     return text;
 }
 
@@ -141,7 +141,7 @@ protected:
             return;
         }
         if (const auto exit = s_exits.find(GetParam()); exit != s_exits.end()) {
-            const std::string line = exit->second + ResultText(outcome.result, "0x%08X") + ")";
+            const std::string line = exit->second + ResultText(outcome.result) + ")";
             EXPECT_TRUE(HasLine(outcome.log, line)) << line;
         } else if (IsStart(GetParam())) {
             const std::string end = "QanhInitialize OUT(";
