@@ -6,6 +6,7 @@
 #include "api/Statics.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
+#include "common/MemoryReserve.h"
 #include "common/Reg.h"
 #include "launch/Clipboard.h"
 #include "launch/KeyEmulate.h"
@@ -91,7 +92,7 @@ HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL use
         return LogOut(kName, hr);
     }
     Keyword keyword;
-    hr = BuildKeyword(appName, useExcludeList, keyword);
+    hr = MemoryReserve::Take() ? BuildKeyword(appName, useExcludeList, keyword) : E_OUTOFMEMORY;
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }

@@ -1,0 +1,256 @@
+// Every allocation of each operation of the library is made to fail in turn: alone, and with all that come
+// after it.
+#include "proof/Held.h"
+#include "proof/NamesInQuery.h"
+#include "proof/Proof.h"
+#include "proof/Stage.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <cwchar>
+#include <set>
+
+namespace {
+
+using namespace proof;
+using testing::AnyOf;
+using testing::Eq;
+using testing::IsEmpty;
+
+// By which the library can ask for memory itself, whichever of them it imports. What the platform's objects
+// need is theirs: to the library it is a call that fails.
+const std::set<std::string> kAllocators = {"malloc",
+                                           "calloc",
+                                           "realloc",
+                                           "_strdup",
+                                           "_wcsdup",
+                                           "_aligned_malloc",
+                                           "LocalAlloc",
+                                           "HeapAlloc",
+                                           "GlobalAlloc",
+                                           "HeapReAlloc",
+                                           "LocalReAlloc",
+                                           "GlobalReAlloc",
+                                           "CoTaskMemAlloc",
+                                           "CoTaskMemRealloc",
+                                           "SysAllocString",
+                                           "SysAllocStringLen",
+                                           "VirtualAlloc",
+                                           "WindowsCreateString",
+                                           "WindowsDuplicateString",
+                                           "WindowsConcatString"};
+
+// How many bytes a call asks for; nothing for functions that are not known here.
+std::size_t SizeOf(const GateCall& call, const std::string& function)
+{
+    if (function == "calloc") {
+        return call.arguments[0] * call.arguments[1];
+    }
+    if (function == "_wcsdup") {
+        return (std::wcslen(reinterpret_cast<const wchar_t*>(call.arguments[0])) + 1) * sizeof(wchar_t);
+    }
+    if (function == "_strdup") {
+        return std::strlen(reinterpret_cast<const char*>(call.arguments[0])) + 1;
+    }
+    return call.arguments[function == "malloc" ? 0 : 1];
+}
+
+ULONG_PTR Refuse()
+{
+    _set_errno(ENOMEM);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return 0;
+}
+
+// One allocation fails.
+class OneFails
+{
+public:
+    std::optional<ULONG_PTR> operator()(const GateCall&, const Import&) const { return Refuse(); }
+};
+
+// From one allocation on there is no memory but what the library itself has given back since.
+class MemoryIsUsedUp
+{
+public:
+    std::optional<ULONG_PTR> operator()(const GateCall& call, const Import& import)
+    {
+        const std::size_t size = SizeOf(call, import.name);
+        if (!m_isUsedUp) {
+            m_isUsedUp = true;
+            m_taken = Held::FreedBytes();
+        } else if (size <= Held::FreedBytes() - m_taken) {
+            m_taken += size;
+            return std::nullopt;
+        }
+        return Refuse();
+    }
+
+private:
+    bool m_isUsedUp = false;
+    std::size_t m_taken = 0; // of the bytes given back
+};
+
+// The query of an empty catalogue.
+constexpr char kNothingKnown[] = "\"x\"";
+
+bool TellsOfFailure(const std::vector<std::string>& log)
+{
+    return std::any_of(log.begin(), log.end(), [](const std::string& line) {
+        return line.find("0x8007000E") != std::string::npos || line.find("0x80004005") != std::string::npos;
+    });
+}
+
+class Memory : public testing::TestWithParam<Operation>
+{
+protected:
+    // What holds whichever allocation failed.
+    void ExpectUnharmed(const Outcome& outcome) const
+    {
+        // A thread that does not end keeps the catalogue.
+        EXPECT_EQ(outcome.held, GetParam() == Operation::StopOfHung ? m_whole.held : "") << "is still held";
+        EXPECT_TRUE(outcome.isUnloaded) << "the library stays in memory";
+        EXPECT_TRUE(outcome.isApartmentKept);
+        EXPECT_EQ(outcome.namesBefore, m_whole.namesBefore);
+    }
+
+    void ExpectDocumented(const Outcome& outcome) const
+    {
+        const NameSet before = NamesIn(m_whole.namesBefore);
+        const NameSet whole = NamesIn(m_whole.namesAfter);
+        const NameSet after = NamesIn(outcome.namesAfter);
+        switch (GetParam()) {
+        case Operation::Start:
+        case Operation::StartBeside:
+            // A record that finds no memory is left out, and the log says so. The owner's start succeeds: its
+            // thread finds the catalogue again.
+            EXPECT_THAT(outcome.result, AnyOf(Eq(m_whole.result), Eq(E_OUTOFMEMORY)));
+            EXPECT_TRUE(Includes(whole, after)) << outcome.namesAfter;
+            // The first allocation is the reserve's: without that there is no start.
+            EXPECT_TRUE(outcome.result == m_whole.result || GetParam() == Operation::StartBeside ||
+                        outcome.namesAfter == kNothingKnown)
+                << outcome.namesAfter;
+            EXPECT_TRUE(outcome.namesAfter == m_whole.namesAfter || TellsOfFailure(outcome.log));
+            EXPECT_EQ(outcome.namesAtNextStart, m_whole.namesAtNextStart);
+            break;
+        case Operation::Pass:
+        case Operation::PassOfPlatform:
+            EXPECT_EQ(outcome.result, 0);
+            // Each record is as it was or as it is to be; of the names of a new one some may be missing.
+            EXPECT_TRUE(Includes(Union(before, whole), after)) << outcome.namesAfter;
+            EXPECT_TRUE(Includes(after, Intersection(before, whole))) << outcome.namesAfter;
+            EXPECT_TRUE(Includes(Union(whole, before), NamesIn(outcome.again))) << outcome.again;
+            // The save has failed, or the file holds what the list does after the next pass or this one.
+            EXPECT_THAT(outcome.namesAtNextStart,
+                        AnyOf(m_whole.namesBefore, outcome.namesAfter, outcome.again));
+            break;
+        case Operation::IsInstalledById:
+            if (outcome.hasThrown) {
+                EXPECT_EQ(outcome.answer, "7");
+            } else {
+                ExpectQueryFails(outcome, "7");
+            }
+            break;
+        case Operation::IsInstalled:
+            ExpectQueryFails(outcome, "7");
+            break;
+        case Operation::DisplayName:
+            ExpectQueryFails(outcome, "(null)");
+            break;
+        case Operation::Search:
+        case Operation::Browser:
+        case Operation::BrowserWithoutSetting:
+            // Memory that runs out for a name to exclude costs that name.
+            EXPECT_THAT(outcome.result, AnyOf(Eq(S_OK), Eq(E_OUTOFMEMORY)));
+            if (outcome.result == S_OK) {
+                EXPECT_TRUE(Includes(NamesIn(m_whole.answer), NamesIn(outcome.answer))) << outcome.answer;
+                EXPECT_TRUE(outcome.answer == m_whole.answer || TellsOfFailure(outcome.log));
+            }
+            break;
+        default:
+            EXPECT_EQ(outcome.result, m_whole.result);
+            break;
+        }
+        ExpectListStays(outcome);
+    }
+
+    // The result says so, and the line of exit says the same.
+    void ExpectQueryFails(const Outcome& outcome, const std::string& untouched) const
+    {
+        if (outcome.result == m_whole.result) {
+            EXPECT_EQ(outcome.answer, m_whole.answer);
+            return;
+        }
+        EXPECT_THAT(outcome.result, AnyOf(Eq(E_OUTOFMEMORY), Eq(E_FAIL)));
+        EXPECT_THAT(outcome.answer, AnyOf(Eq(untouched), Eq("")));
+        EXPECT_TRUE(TellsOfFailure(outcome.log));
+    }
+
+    // An operation that does not change the catalogue leaves it, and works when memory is there again.
+    void ExpectListStays(const Outcome& outcome) const
+    {
+        const bool changes = GetParam() == Operation::Start || GetParam() == Operation::StartBeside ||
+                             GetParam() == Operation::Pass || GetParam() == Operation::PassOfPlatform;
+        if (!changes) {
+            EXPECT_EQ(outcome.namesAfter, m_whole.namesAfter);
+            EXPECT_EQ(outcome.again, m_whole.again);
+            EXPECT_EQ(outcome.namesAtNextStart, m_whole.namesAtNextStart);
+        }
+    }
+
+    void FailInTurn(bool isLasting)
+    {
+        CallGate::Fault fault{kAllocators, 0, isLasting, OneFails()};
+        std::size_t step = 1;
+        std::size_t failed = 0;
+        std::size_t missing = 0;
+        for (;; fault.index += step) {
+            const std::string attempt = std::string(NameOf(GetParam())) + ", allocation " +
+                                        std::to_string(fault.index) + (isLasting ? " and all after it" : "");
+            SCOPED_TRACE(attempt);
+            Stage::Say(attempt);
+            if (isLasting) {
+                fault.refusal = MemoryIsUsedUp();
+            }
+            const Outcome outcome = m_stage.Run(GetParam(), &fault);
+            ExpectUnharmed(outcome);
+            if (!outcome.hasFailed) {
+                break;
+            }
+            ++failed;
+            ExpectDocumented(outcome);
+            if (!outcome.again.empty() && NamesIn(outcome.again) != NamesIn(m_whole.again)) {
+                ++missing;
+            }
+            // The short form takes some of many.
+            step = failed < 5 ? 1 : Count<std::size_t>(2 * failed, 1);
+        }
+        const std::string name = std::string("allocations of ") + NameOf(GetParam()) + " that failed " +
+                                 (isLasting ? "with all after them" : "in turn");
+        Figure(name.c_str(), static_cast<double>(failed));
+        if (missing != 0) {
+            Figure((name + ", after which a name stays missing").c_str(), static_cast<double>(missing));
+        }
+    }
+
+    Stage m_stage;
+    const Outcome m_whole = m_stage.Run(GetParam(), nullptr);
+};
+
+TEST_P(Memory, EachFails)
+{
+    FailInTurn(false);
+}
+
+TEST_P(Memory, EachFailsWithAllAfterIt)
+{
+    FailInTurn(true);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Memory, testing::ValuesIn(kOperations),
+                         [](const auto& operation) { return NameOf(operation.param); });
+
+} // namespace

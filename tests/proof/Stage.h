@@ -1,0 +1,123 @@
+#pragma once
+
+#include "proof/CallGate.h"
+#include "support/Registry.h"
+#include "support/TemporaryFolder.h"
+#include "support/host/Library.h"
+
+#include <windows.h>
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace proof {
+
+// What the library can be asked to do. The first two bring it up; the passes are those of its refresh thread;
+// all others are called while it is up.
+enum class Operation
+{
+    Start,       // as the owner of the catalogue
+    StartBeside, // while another process is in its first pass: with the preset, without a refresh thread
+    Stop,
+    StopOfHung, // the refresh thread does not end by itself
+    IsInstalled,
+    IsInstalledById,
+    DisplayName,
+    Search,       // in mode 0, with exclusions, from the Start screen
+    SearchToShow, // in mode 1, without them, from a desktop whose Start screen never comes
+    Browser,
+    BrowserWithoutSetting, // its tile setting is absent
+    Activate,
+    Release,
+    Pass,
+    PassOfPlatform // the manifests are read by the platform's own interfaces
+};
+
+inline constexpr Operation kOperations[] = {Operation::Start,
+                                            Operation::StartBeside,
+                                            Operation::Stop,
+                                            Operation::StopOfHung,
+                                            Operation::IsInstalled,
+                                            Operation::IsInstalledById,
+                                            Operation::DisplayName,
+                                            Operation::Search,
+                                            Operation::SearchToShow,
+                                            Operation::Browser,
+                                            Operation::BrowserWithoutSetting,
+                                            Operation::Activate,
+                                            Operation::Release,
+                                            Operation::Pass,
+                                            Operation::PassOfPlatform};
+
+[[nodiscard]] const char* NameOf(Operation operation);
+inline void PrintTo(Operation operation, std::ostream* stream)
+{
+    *stream << NameOf(operation);
+}
+
+// How an operation went of which a call was made to fail, and what it left behind.
+struct Outcome
+{
+    HRESULT result = S_OK; // a pass has its thread's exit code
+    bool hasThrown = false;
+    std::string answer;           // what a query found, what a launch pasted
+    std::vector<std::string> log; // its lines, without time stamps
+    bool hasFailed = false;       // a call was refused
+    std::vector<Import> imports;  // with the calls of the operation
+    // The names of the catalogue in its order, as a launch sees them, before and after.
+    std::string namesBefore;
+    std::string namesAfter;
+    // The same operation again, with nothing in its way; passes: the names after that.
+    std::string again;
+    // The names that the next start finds in the file.
+    std::string namesAtNextStart;
+    std::optional<DWORD> tileSetting; // of the browser
+    std::string held;                 // that was never given back
+    bool isApartmentKept = false;
+    bool isUnloaded = false;
+    std::size_t handles = 0; // of the whole process
+};
+
+// A process for the library: folders, settings, packages and shortcuts of its own, a keyboard, a clipboard
+// and pauses that are only looked at, all of it put in from outside, by the imports of the loaded library.
+// One in the process.
+class Stage
+{
+public:
+    Stage();
+    ~Stage();
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+
+    // Loads the library, brings it to where the operation can begin, runs that with the fault (none for
+    // null), looks at what it left, takes the library down and unloads it: all of that on a thread of its
+    // own.
+    [[nodiscard]] Outcome Run(Operation operation, const CallGate::Fault* fault);
+
+    // Named when the process crashes or hangs.
+    static void Say(std::string_view what);
+
+private:
+    void Reset(Operation operation);
+    void RunOnThread(Operation operation, const CallGate::Fault* fault, Outcome& outcome);
+    void Load();
+    void RaiseFirst();
+    void Unload(Outcome& outcome);
+    [[nodiscard]] HRESULT Carry(Operation operation, const CallGate::Fault* fault, Outcome& outcome);
+    [[nodiscard]] DWORD RunPass(const CallGate::Fault* fault);
+    [[nodiscard]] std::string Names();
+    [[nodiscard]] std::string LogBytes() const;
+    // The lines from this offset on.
+    [[nodiscard]] std::vector<std::string> Log(std::size_t begin) const;
+
+    test::TemporaryFolder m_folder;
+    test::ScopedKey m_settings;
+    host::Library m_library;
+    HWND m_startScreen = nullptr;
+    bool m_isUp = false;
+};
+
+} // namespace proof
