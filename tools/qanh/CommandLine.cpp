@@ -120,6 +120,11 @@ void Describe(CLI::App& tool, Values& values)
     log->add_flag("--errors", values.isErrors, "Only what failed");
     AddCodePage(log, values);
 
+    AddCommand(tool, "doctor",
+               "Looks at the system, the settings and, of a host, its catalogue, log, processes and objects: "
+               "each is ok, a warning or a problem, with what to do.",
+               "qanh doctor --host Launcher");
+
     CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
     help->add_option("COMMAND", values.helpCommand, "The command");
 }

@@ -35,7 +35,7 @@ std::vector<std::wstring> Arguments()
 Answer Run(const CommandLine& line)
 {
     static constexpr std::pair<const wchar_t*, Answer (*)(const CommandLine&)> kCommands[] = {
-        {L"check", Check}, {L"diff", Diff}, {L"explain", Explain},
+        {L"check", Check}, {L"diff", Diff}, {L"doctor", Doctor}, {L"explain", Explain},
         {L"list", List},   {L"log", Log},   {L"show", Show},
     };
     if (!line.help.empty()) {
