@@ -20,4 +20,5 @@ struct Answer
 [[nodiscard]] Answer Explain(const CommandLine& line);
 [[nodiscard]] Answer List(const CommandLine& line);
 [[nodiscard]] Answer Log(const CommandLine& line);
+[[nodiscard]] Answer Preset(const CommandLine& line);
 [[nodiscard]] Answer Show(const CommandLine& line);

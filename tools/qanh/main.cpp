@@ -36,7 +36,7 @@ Answer Run(const CommandLine& line)
 {
     static constexpr std::pair<const wchar_t*, Answer (*)(const CommandLine&)> kCommands[] = {
         {L"check", Check}, {L"diff", Diff}, {L"doctor", Doctor}, {L"explain", Explain},
-        {L"list", List},   {L"log", Log},   {L"show", Show},
+        {L"list", List},   {L"log", Log},   {L"preset", Preset}, {L"show", Show},
     };
     if (!line.help.empty()) {
         return {line.help};
