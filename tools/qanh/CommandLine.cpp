@@ -144,6 +144,14 @@ void Describe(CLI::App& tool, Values& values)
         "stand for any text and any letter");
     preset->add_option("-o,--output", values.output, "The file to make");
 
+    CLI::App* report =
+        AddCommand(tool, "report",
+                   "Puts catalogue, settings, problems and log into one page for a browser, with a "
+                   "search field that shows the query of a launch. For a support case.",
+                   "qanh report --host Launcher -o report.html");
+    report->add_option("-o,--output", values.output, "The file to make")->required();
+    AddCodePage(report, values);
+
     CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
     help->add_option("COMMAND", values.helpCommand, "The command");
 }

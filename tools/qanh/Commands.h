@@ -21,4 +21,5 @@ struct Answer
 [[nodiscard]] Answer List(const CommandLine& line);
 [[nodiscard]] Answer Log(const CommandLine& line);
 [[nodiscard]] Answer Preset(const CommandLine& line);
+[[nodiscard]] Answer Report(const CommandLine& line);
 [[nodiscard]] Answer Show(const CommandLine& line);
