@@ -160,7 +160,7 @@ def main(executable, folder):
     typed = page.replace("showQuery();\n</script>", 'document.getElementById("name").value = "Mail"; showQuery();\n</script>')
     with open(path("typed.html"), "w", encoding="utf-8") as file:
         file.write(typed)
-    run_browser(path("typed.html"), "--hide-scrollbars", "--window-size=1200,2200",
+    run_browser(path("typed.html"), "--hide-scrollbars", "--window-size=1200,3000",
                 "--screenshot=" + os.path.abspath(path("report.png")))
     if os.path.getsize(path("report.png")) < 20000:
         problems.append("the screenshot is next to empty")
