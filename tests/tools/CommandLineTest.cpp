@@ -34,8 +34,8 @@ TEST(ToolCommandLine, HelpTellsOfEveryCommandAndOfTheStatuses)
 
 TEST(ToolCommandLine, HelpExplainsACommandWithAnExample)
 {
-    for (const std::wstring command :
-         {L"list", L"show", L"explain", L"check", L"diff", L"log", L"doctor", L"preset", L"report", L"help"}) {
+    for (const std::wstring command : {L"list", L"show", L"explain", L"check", L"diff", L"log", L"doctor",
+                                       L"preset", L"report", L"help"}) {
         const ToolResult result = RunCommandLine(L"help " + command);
         EXPECT_THAT(result.output, HasSubstr("Usage: qanh " + ToUtf8(command) + " "));
         EXPECT_THAT(result.output, HasSubstr("\nExample:\n  qanh " + ToUtf8(command) + " "));
