@@ -48,6 +48,9 @@ struct Pipe
 
 Handle Start(const std::wstring& arguments, HANDLE output, HANDLE problems)
 {
+    // Wine starts a process for the desktop when the first one asks for it. Were that the tool, its pipes
+    // would be inherited and never end.
+    (void)GetDesktopWindow();
     const std::wstring program = standin::ModuleFolder() + L"\\qanh.exe";
     std::wstring commandLine = L"\"" + program + L"\" " + arguments;
     STARTUPINFOW startup{};
