@@ -220,8 +220,8 @@ protected:
     }
 
     // The full form takes every failure at every call. Of functions that are called very often, as those that
-    // write the log, each call fails in one of the ways, in turn. The short form takes the first call and the last
-    // one; of a pass, which takes its time, the last one of functions that it seldom calls.
+    // write the log, each call fails in one of the ways, in turn. The short form takes the first call and the
+    // last one; of a pass, which takes its time, the last one of functions that it seldom calls.
     static bool IsTaken(std::size_t call, std::size_t calls, std::size_t failure, std::size_t failures)
     {
         constexpr std::size_t kOften = 40;

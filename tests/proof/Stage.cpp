@@ -118,18 +118,18 @@ Stage::Stage() : m_settings(HKEY_LOCAL_MACHINE, test::kSettingsKey)
     FakeDesk::executable = m_folder / L"host\\Proof.exe";
     SetCurrentDirectoryW(m_folder.Path().c_str());
 
-    const auto write = [&](const wchar_t* name, const std::string& version,
-                           const std::vector<std::string>& displayNames, std::string_view ini) {
+    const auto addPackage = [&](const wchar_t* name, const std::string& version,
+                                const std::vector<std::string>& displayNames, std::string_view ini) {
         standin::WritePackage(m_folder / (std::wstring(L"packages\\") + name),
                               Manifest("Vel." + ToUtf8(name), version, displayNames), ini);
     };
-    write(L"Kept", "1.0.0.0", {"x kept"}, "");
-    write(L"Changed", "2.0.0.0", {"x new", "x newer"}, "");
-    write(L"Amiss", "1.0.0.0", {"x amiss"}, "fail_version = 0x80070005\n");
-    write(L"Fresh", "1.0.0.0", {"ms-resource:Name"}, "[en-US]\nresources/Name = x resolved\n");
-    write(L"Suite", "1.0.0.0", {"x suite"},
-          "family_name = Microsoft.Office.Desktop_8wekyb3d8bbwe\n"
-          "dependencies = Vel.Other_0standin00000, Vel.Mail_0standin00000\n");
+    addPackage(L"Kept", "1.0.0.0", {"x kept"}, "");
+    addPackage(L"Changed", "2.0.0.0", {"x new", "x newer"}, "");
+    addPackage(L"Amiss", "1.0.0.0", {"x amiss"}, "fail_version = 0x80070005\n");
+    addPackage(L"Fresh", "1.0.0.0", {"ms-resource:Name"}, "[en-US]\nresources/Name = x resolved\n");
+    addPackage(L"Suite", "1.0.0.0", {"x suite"},
+               "family_name = Microsoft.Office.Desktop_8wekyb3d8bbwe\n"
+               "dependencies = Vel.Other_0standin00000, Vel.Mail_0standin00000\n");
     test::MakeFolder(m_folder / L"host");
     test::MakeFile(m_folder / (std::wstring(L"allusers") + kPrograms + L"\\x old menu.lnk"));
     test::MakeFile(m_folder / (std::wstring(L"allusers") + kPrograms + L"\\x web.url"));

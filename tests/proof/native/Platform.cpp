@@ -301,6 +301,12 @@ void GetLocalTime(SYSTEMTIME* time) noexcept
     *time = {2013, 4, 2, 16, 9, 8, 7, 6};
 }
 
+DWORD GetEnvironmentVariableA(const char* name, char* value, DWORD size) noexcept
+{
+    const char* found = std::getenv(name);
+    return found ? static_cast<DWORD>(std::snprintf(value, size, "%s", found)) : 0;
+}
+
 DWORD GetEnvironmentVariableW(const wchar_t*, wchar_t*, DWORD) noexcept
 {
     SetLastError(ERROR_ENVVAR_NOT_FOUND);

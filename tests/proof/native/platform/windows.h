@@ -109,6 +109,7 @@ struct SYSTEMTIME
 };
 void GetLocalTime(SYSTEMTIME* time) noexcept;
 
+DWORD GetEnvironmentVariableA(const char* name, char* value, DWORD size) noexcept;
 DWORD GetEnvironmentVariableW(const wchar_t* name, wchar_t* value, DWORD size) noexcept;
 DWORD ExpandEnvironmentStringsW(const wchar_t* text, wchar_t* expanded, DWORD size) noexcept;
 DWORD GetModuleFileNameW(void* module, wchar_t* path, DWORD size) noexcept;
