@@ -1,7 +1,6 @@
 #include "common/MemoryReserve.h"
 
-#include <windows.h>
-
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -20,15 +19,12 @@ public:
     Reserve(const Reserve&) = delete;
     Reserve& operator=(const Reserve&) = delete;
 
-    [[nodiscard]] bool IsThere() noexcept
-    {
-        return InterlockedCompareExchangePointer(&m_block, nullptr, nullptr) != nullptr;
-    }
+    [[nodiscard]] bool IsThere() const noexcept { return m_block != nullptr; }
     // Frees what was there.
-    void Put(void* block) noexcept { std::free(InterlockedExchangePointer(&m_block, block)); }
+    void Put(void* block) noexcept { std::free(m_block.exchange(block)); }
 
 private:
-    void* m_block = nullptr;
+    std::atomic<void*> m_block = nullptr;
 };
 
 Reserve s_reserve;
