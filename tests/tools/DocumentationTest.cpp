@@ -71,6 +71,9 @@ TEST(ToolDocumentation, ShowsWhatTheToolPrints)
     const std::vector<std::string> files = BlocksOf(page, "xml");
     ASSERT_EQ(files.size(), 2u);
     WriteFileBytes(folder / L"Vel\\QanHelper\\Launcher\\AppNameList.xml", files[0]);
+    const std::vector<std::string> logs = BlocksOf(page, "log");
+    ASSERT_EQ(logs.size(), 1u);
+    WriteFileBytes(folder / L"Vel\\QanHelper\\Launcher\\QanHelperLog.txt", logs[0]);
     WriteFileBytes(folder / L"AppNameList.xml", files[0]);
     WriteFileBytes(folder / L"PresetAppNameList.xml", files[1]);
     const WorkingFolder here(folder.Path());

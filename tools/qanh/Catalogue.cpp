@@ -10,10 +10,17 @@
 
 namespace {
 
-constexpr wchar_t kCatalogueFormat[] = L"%s\\Vel\\QanHelper%s\\AppNameList.xml";
+constexpr wchar_t kFileFormat[] = L"%s\\Vel\\QanHelper%s\\%s";
 
-// The file that the library keeps for a host; the library itself makes the folder when it asks for the path.
-std::wstring PathForHost(const std::wstring& host)
+bool IsXmlError(HRESULT hr) noexcept
+{
+    return static_cast<unsigned>(hr) >> 8 == static_cast<unsigned>(MX_E_MX) >> 8;
+}
+
+} // namespace
+
+// The library itself makes the folder when it asks for the path.
+std::wstring FileOfHost(const std::wstring& host, const wchar_t* file)
 {
     wchar_t localAppData[MAX_PATH];
     if (!ReadEnvironmentVariable(L"LOCALAPPDATA", localAppData)) {
@@ -25,20 +32,13 @@ std::wstring PathForHost(const std::wstring& host)
     }
     // "Launcher", "Launcher.exe" and the executable's path name the same host.
     std::wstring executable = L"\\" + host;
-    return FormatText(kCatalogueFormat, {folder, CutHostName(executable.data())});
+    return FormatText(kFileFormat, {folder, CutHostName(executable.data()), file});
 }
-
-bool IsXmlError(HRESULT hr) noexcept
-{
-    return static_cast<unsigned>(hr) >> 8 == static_cast<unsigned>(MX_E_MX) >> 8;
-}
-
-} // namespace
 
 std::wstring CataloguePath(const CommandLine& line)
 {
     if (!line.host.empty()) {
-        return PathForHost(line.host);
+        return FileOfHost(line.host, L"AppNameList.xml");
     }
     if (line.catalogue.empty()) {
         throw WrongUse{L"which catalogue? Give --catalogue FILE or --host NAME"};

@@ -8,6 +8,10 @@
 // Where the catalogue is that the command line names. Throws WrongUse when it names none.
 [[nodiscard]] std::wstring CataloguePath(const CommandLine& line);
 
+// A file in the folder that the library keeps for a host of this user. The host's name, its executable's and
+// that one's path will do. Throws Failure.
+[[nodiscard]] std::wstring FileOfHost(const std::wstring& host, const wchar_t* file);
+
 // For a command that was given files of its own: throws WrongUse when the command line names a catalogue too.
 void RefuseCatalogue(const CommandLine& line);
 

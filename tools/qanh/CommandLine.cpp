@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace {
 
@@ -14,13 +15,14 @@ constexpr char kTool[] = "qanh";
 constexpr char kAbout[] =
     "Tells what the library knows of the applications of a machine, and what it makes of it. Only looks.";
 constexpr char kEnd[] =
-    "--catalogue FILE or --host NAME says which catalogue to look at, --json asks for JSON. See docs/qanh.md.";
+    "--catalogue FILE, --log FILE or --host NAME says what to look at, --json asks for JSON. See docs/qanh.md.";
 
 // What the parser fills in; it speaks UTF-8.
 struct Values
 {
     std::string catalogue;
     std::string host;
+    std::string log;
     bool isJson = false;
     std::string kind;
     std::string match;
@@ -28,6 +30,11 @@ struct Values
     std::string file;
     std::string otherFile;
     bool isHere = false;
+    bool isTree = false;
+    bool isTimes = false;
+    bool isErrors = false;
+    std::optional<unsigned> slow;
+    std::optional<unsigned> codePage;
     std::string helpCommand;
 };
 
@@ -39,6 +46,15 @@ CLI::App* AddCommand(CLI::App& tool, const char* name, const char* description, 
     return command;
 }
 
+// For the commands that read a log.
+void AddCodePage(CLI::App* command, Values& values)
+{
+    command
+        ->add_option("--code-page", values.codePage,
+                     "The code page of the log's text, such as 932, when it comes from another machine")
+        ->check(CLI::Range(1, 65535));
+}
+
 void Describe(CLI::App& tool, Values& values)
 {
     tool.allow_windows_style_options(false); // a name may begin with "/"
@@ -48,8 +64,10 @@ void Describe(CLI::App& tool, Values& values)
         "found, 2 wrong use, 3 failed.");
     CLI::Option* catalogue =
         tool.add_option("--catalogue", values.catalogue, "The catalogue file to look at");
-    tool.add_option("--host", values.host, "Look at the catalogue of the host of this name, of this user")
+    tool.add_option("--host", values.host,
+                    "Look at the catalogue and the log of the host of this name, of this user")
         ->excludes(catalogue);
+    tool.add_option("--log", values.log, "The diagnostic log to look at");
     tool.add_flag("--json", values.isJson, "Answer in JSON");
 
     CLI::App* list =
@@ -87,6 +105,20 @@ void Describe(CLI::App& tool, Values& values)
         "qanh diff old.xml new.xml");
     diff->add_option("A", values.file, "The one from before")->required();
     diff->add_option("B", values.otherFile, "The one from after")->required();
+
+    CLI::App* log = AddCommand(
+        tool, "log",
+        "Reads the diagnostic log: launches and refresh passes with where their time went, what failed and "
+        "what that means, and what took longest.",
+        "qanh log --host Launcher --errors");
+    CLI::Option* tree =
+        log->add_flag("--tree", values.isTree, "All calls as a tree, with how long each took");
+    log->add_flag("--times", values.isTimes, "Only the launches and the refresh passes")->excludes(tree);
+    log->add_option("--slow", values.slow,
+                    "Only that many of the operations that took the most time of their own")
+        ->check(CLI::Range(1, 100000));
+    log->add_flag("--errors", values.isErrors, "Only what failed");
+    AddCodePage(log, values);
 
     CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
     help->add_option("COMMAND", values.helpCommand, "The command");
@@ -142,5 +174,11 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     line.file = FromUtf8(values.file);
     line.otherFile = FromUtf8(values.otherFile);
     line.isHere = values.isHere;
+    line.log = FromUtf8(values.log);
+    line.isTree = values.isTree;
+    line.isTimes = values.isTimes;
+    line.isErrors = values.isErrors;
+    line.slow = values.slow;
+    line.codePage = values.codePage;
     return line;
 }

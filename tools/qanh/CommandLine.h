@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@ struct CommandLine
     std::wstring command; // "list"
     std::wstring catalogue;
     std::wstring host;
+    std::wstring log;
     bool isJson = false;
     std::wstring kind;
     std::wstring match;
@@ -16,7 +18,12 @@ struct CommandLine
     std::wstring file;
     std::wstring otherFile;
     bool isHere = false; // what the catalogue names is on this machine
-    std::wstring help;   // the text that was asked for, by "help" or "--help"
+    bool isTree = false;
+    bool isTimes = false;
+    bool isErrors = false;
+    std::optional<unsigned> slow;     // so many of the slowest operations
+    std::optional<unsigned> codePage; // of the log's text
+    std::wstring help;                // the text that was asked for, by "help" or "--help"
 };
 
 // Takes the arguments of the process, without its name, apart. Throws WrongUse.

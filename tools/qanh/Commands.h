@@ -18,4 +18,5 @@ struct Answer
 [[nodiscard]] Answer Diff(const CommandLine& line);
 [[nodiscard]] Answer Explain(const CommandLine& line);
 [[nodiscard]] Answer List(const CommandLine& line);
+[[nodiscard]] Answer Log(const CommandLine& line);
 [[nodiscard]] Answer Show(const CommandLine& line);

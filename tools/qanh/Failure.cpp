@@ -1,5 +1,6 @@
 #include "Failure.h"
 
+#include "QanHelper.h"
 #include "common/FormatText.h"
 
 #include <xmllite.h>
@@ -27,6 +28,12 @@ constexpr KnownResult kKnownResults[] = {
     {E_FAIL, L"E_FAIL", L"the system does not say why"},
     {E_OUTOFMEMORY, L"E_OUTOFMEMORY", L"there is not enough memory"},
     {E_INVALIDARG, L"E_INVALIDARG", L"an empty or impossible value"},
+    {E_POINTER, L"E_POINTER", L"nothing was handed over where something must be"},
+    {REGDB_E_CLASSNOTREG, L"REGDB_E_CLASSNOTREG", L"this system has no such object"},
+    {RPC_E_CHANGED_MODE, L"RPC_E_CHANGED_MODE", L"the thread is in an apartment of the other kind"},
+    {CO_E_NOTINITIALIZED, L"CO_E_NOTINITIALIZED", L"the thread is in no apartment"},
+    {QANH_E_NO_PACKAGE, L"QANH_E_NO_PACKAGE", L"no package of this family is installed"},
+    {QANH_E_SEVERAL_APPLICATIONS, L"QANH_E_SEVERAL_APPLICATIONS", L"the package has several applications"},
     {OfSystem(ERROR_FILE_NOT_FOUND), L"ERROR_FILE_NOT_FOUND", L"there is no such file"},
     {OfSystem(ERROR_PATH_NOT_FOUND), L"ERROR_PATH_NOT_FOUND", L"there is no such folder"},
     {OfSystem(ERROR_ACCESS_DENIED), L"ERROR_ACCESS_DENIED", L"this user may not, or it is a folder"},
@@ -34,6 +41,8 @@ constexpr KnownResult kKnownResults[] = {
     {OfSystem(ERROR_INVALID_NAME), L"ERROR_INVALID_NAME", L"no file can have this name"},
     {OfSystem(ERROR_BROKEN_PIPE), L"ERROR_BROKEN_PIPE", L"who read the output has ended"},
     {OfSystem(ERROR_NO_DATA), L"ERROR_NO_DATA", L"who read the output has ended"},
+    {OfSystem(ERROR_NOT_ENOUGH_MEMORY), L"ERROR_NOT_ENOUGH_MEMORY", L"there is not enough memory"},
+    {OfSystem(1295), L"ERROR_DISK_QUOTA_EXCEEDED", L"the user's quota is used up"},
     {OfSystem(ERROR_DISK_FULL), L"ERROR_DISK_FULL", L"the disk is full"},
     {static_cast<HRESULT>(MX_E_INPUTEND), L"MX_E_INPUTEND", L"the document ends too early"},
     {static_cast<HRESULT>(MX_E_ENCODING), L"MX_E_ENCODING", L"bytes that are no text in its encoding"},

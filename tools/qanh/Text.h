@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -16,3 +19,11 @@
 
 // As a person sees it in a line of its own: without characters that would steer the console or end the line.
 [[nodiscard]] std::wstring Shown(std::wstring_view text);
+
+// Whether it begins with one of these.
+template <std::size_t count>
+[[nodiscard]] bool BeginsWithOne(std::wstring_view text, const std::wstring_view (&beginnings)[count])
+{
+    return std::any_of(std::begin(beginnings), std::end(beginnings),
+                       [text](std::wstring_view beginning) { return text.starts_with(beginning); });
+}

@@ -35,7 +35,8 @@ std::vector<std::wstring> Arguments()
 Answer Run(const CommandLine& line)
 {
     static constexpr std::pair<const wchar_t*, Answer (*)(const CommandLine&)> kCommands[] = {
-        {L"check", Check}, {L"diff", Diff}, {L"explain", Explain}, {L"list", List}, {L"show", Show},
+        {L"check", Check}, {L"diff", Diff}, {L"explain", Explain},
+        {L"list", List},   {L"log", Log},   {L"show", Show},
     };
     if (!line.help.empty()) {
         return {line.help};
