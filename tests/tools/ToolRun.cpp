@@ -46,9 +46,13 @@ struct Pipe
     }
 };
 
-Handle Start(const std::wstring& arguments, HANDLE output, HANDLE problems)
+std::wstring Tool()
 {
-    const std::wstring program = standin::ModuleFolder() + L"\\qanh.exe";
+    return standin::ModuleFolder() + L"\\qanh.exe";
+}
+
+Handle Start(const std::wstring& program, const std::wstring& arguments, HANDLE output, HANDLE problems)
+{
     std::wstring commandLine = L"\"" + program + L"\" " + arguments;
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
@@ -95,11 +99,11 @@ std::string WithPlainLineEnds(std::string text)
     return text;
 }
 
-ToolResult RunCommandLine(const std::wstring& commandLine)
+ToolResult RunProgram(const std::wstring& program, const std::wstring& commandLine)
 {
     Pipe output;
     Pipe problems;
-    const Handle process = Start(commandLine, output.writeEnd.get(), problems.writeEnd.get());
+    const Handle process = Start(program, commandLine, output.writeEnd.get(), problems.writeEnd.get());
     output.writeEnd.reset();
     problems.writeEnd.reset();
     ToolResult result;
@@ -108,6 +112,11 @@ ToolResult RunCommandLine(const std::wstring& commandLine)
     reader.join();
     result.status = WaitForEnd(process.get());
     return result;
+}
+
+ToolResult RunCommandLine(const std::wstring& commandLine)
+{
+    return RunProgram(Tool(), commandLine);
 }
 
 ToolResult RunTool(const std::vector<std::wstring>& arguments)
@@ -121,7 +130,7 @@ ToolResult RunTool(const std::vector<std::wstring>& arguments)
 
 DWORD RunToolWith(const std::wstring& commandLine, HANDLE output, HANDLE problems)
 {
-    return WaitForEnd(Start(commandLine, output, problems).get());
+    return WaitForEnd(Start(Tool(), commandLine, output, problems).get());
 }
 
 } // namespace test

@@ -22,6 +22,9 @@ struct ToolResult
 // output and standard error are pipes. Throws std::runtime_error when it cannot be started or hangs.
 ToolResult RunCommandLine(const std::wstring& commandLine);
 
+// The same with a copy of the tool.
+ToolResult RunProgram(const std::wstring& program, const std::wstring& commandLine);
+
 // The same with arguments, each of them in quotes; none of them may hold any.
 ToolResult RunTool(const std::vector<std::wstring>& arguments);
 

@@ -20,3 +20,7 @@ struct Answer
 [[nodiscard]] Answer List(const CommandLine& line);
 [[nodiscard]] Answer Log(const CommandLine& line);
 [[nodiscard]] Answer Show(const CommandLine& line);
+
+// Those that drive the library.
+[[nodiscard]] Answer Installed(const CommandLine& line);
+[[nodiscard]] Answer DisplayName(const CommandLine& line);
