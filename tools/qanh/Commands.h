@@ -22,5 +22,8 @@ struct Answer
 [[nodiscard]] Answer Show(const CommandLine& line);
 
 // Those that drive the library.
+[[nodiscard]] Answer Activate(const CommandLine& line);
+[[nodiscard]] Answer Browser(const CommandLine& line);
 [[nodiscard]] Answer Installed(const CommandLine& line);
 [[nodiscard]] Answer DisplayName(const CommandLine& line);
+[[nodiscard]] Answer Launch(const CommandLine& line);

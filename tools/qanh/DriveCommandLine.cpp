@@ -24,10 +24,55 @@ CLI::App* AddCommand(CLI::App& tool, DriveValues& values, const char* name, cons
     return command;
 }
 
+// For the launches by search: the names of the modes, or their numbers.
+void AddSearch(CLI::App* command, DriveValues& values)
+{
+    static const std::map<std::string, DWORD> kModes = {
+        {"launch", QANH_SEARCH_LAUNCH}, {"show", QANH_SEARCH_SHOW}, {"plain", QANH_SEARCH_LAUNCH_PLAIN}};
+    command
+        ->add_option(
+            "--mode", values.options.searchMode,
+            "launch: the query and Enter; show: the plain name, and the choice is yours; plain: as launch, "
+            "but the plain name when the catalogue knows it. Or the number of the mode")
+        ->transform(CLI::CheckedTransformer(kModes).description(""))
+        ->type_name("MODE");
+    command->add_flag("--exclude", values.options.isExcluding,
+                      "Exclude the other applications of the catalogue that the search would hit, too");
+}
+
 } // namespace
 
 void DescribeDriving(CLI::App& tool, DriveValues& values, std::string& name)
 {
+    CLI::App* launch = AddCommand(
+        tool, values, "launch",
+        "Launches an application by the Start screen's search, as a launcher would, and tells what came "
+        "to the front.",
+        "qanh launch Mail --exclude");
+    launch->add_option("NAME", name, "The name that the search shows")->required();
+    AddSearch(launch, values);
+
+    CLI::App* browser =
+        AddCommand(tool, values, "browser",
+                   "Launches Internet Explorer by the Start screen's search, and tells what came to "
+                   "the front.",
+                   "qanh browser --tile desktop");
+    static const std::map<std::string, DWORD> kTiles = {{"desktop", QANH_TILE_DESKTOP},
+                                                        {"immersive", QANH_TILE_IMMERSIVE},
+                                                        {"unchanged", QANH_TILE_UNCHANGED}};
+    browser
+        ->add_option("--tile", values.options.tileMode,
+                     "What its tile setting is during the launch: desktop (0), immersive (1) or unchanged")
+        ->transform(CLI::CheckedTransformer(kTiles).description(""))
+        ->type_name("TILE");
+    AddSearch(browser, values);
+
+    CLI::App* activate =
+        AddCommand(tool, values, "activate", "Starts a Store application by its ID, without the search.",
+                   "qanh activate Vel.Calendar_0a1b2c3d4e5f6!App");
+    activate->add_option("ID", name, "Its application user model ID")->required();
+    activate->add_option("--arguments", values.arguments, "What is handed to the application");
+
     CLI::App* installed = AddCommand(tool, values, "installed",
                                      "Asks whether a Store package is installed for the current user.",
                                      "qanh installed Vel.Calendar_0a1b2c3d4e5f6");

@@ -64,8 +64,8 @@ Answer Installed(const CommandLine& line)
     if (line.drive.isDryRun) {
         return DryRun(line, {what});
     }
-    Announce(what);
     const Library library(line.drive.dll);
+    Announce(what);
     BOOL isInstalled = FALSE;
     const HRESULT hr = library.isInstalledByAppUserModeId(line.name.c_str(), &isInstalled);
     if (hr == E_INVALIDARG) {
@@ -91,8 +91,8 @@ Answer DisplayName(const CommandLine& line)
     if (line.drive.isDryRun) {
         return DryRun(line, {what});
     }
-    Announce(what);
     const Library library(line.drive.dll);
+    Announce(what);
     const NameAnswer found = AskName(library, line.name);
     const std::optional<std::wstring> reason = ReasonOf(found.result, line.name);
     if (!reason && FAILED(found.result)) {

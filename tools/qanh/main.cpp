@@ -43,7 +43,10 @@ Answer Run(const CommandLine& line)
         {L"log", Log},
         {L"show", Show},
         // Those that drive the library.
+        {L"activate", Activate},
+        {L"browser", Browser},
         {L"installed", Installed},
+        {L"launch", Launch},
         {L"name", DisplayName},
     };
     if (!line.help.empty()) {

@@ -18,9 +18,6 @@ class DrivingTest : public Test
 protected:
     DrivingTest()
     {
-        // The first process with windows starts the one that draws the desktop, which would inherit the
-        // tool's pipes and keep them open: here it is this one.
-        (void)GetDesktopWindow();
         sandbox.Settings().DeleteValue(L"DebugLog");
         Copy(L"qanh.exe", L"qanh.exe");
         Copy(L"QanHelper.dll", L"QanHelper.dll");
@@ -42,6 +39,13 @@ protected:
     ToolResult Run(const std::wstring& commandLine) const
     {
         return RunProgram(InHostFolder(L"qanh.exe"), commandLine);
+    }
+
+    // What is announced when the library is brought up, up to the end of the line.
+    [[nodiscard]] std::string StartLine() const
+    {
+        return "qanh: starts the library as the host qanh, which refreshes " +
+               ToUtf8(sandbox.CatalogFile(L"qanh"));
     }
 
     // A text as a literal of JSON holds it.

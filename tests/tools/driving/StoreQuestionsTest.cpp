@@ -111,7 +111,7 @@ TEST_F(ToolInstalled, TakesNoLibraryButTheOneBesideIt)
     SetCurrentDirectoryW(before);
     EXPECT_EQ(result,
               (ToolResult{"",
-                          std::string(kAsks) + "qanh: cannot load " + ToUtf8(library) +
+                          "qanh: cannot load " + ToUtf8(library) +
                               ": 0x8007007E ERROR_MOD_NOT_FOUND (there is no such DLL, or one that it "
                               "needs)\n",
                           3}));
