@@ -134,7 +134,13 @@ ToolResult RunTool(const std::vector<std::wstring>& arguments)
 
 DWORD RunToolWith(const std::wstring& commandLine, HANDLE output, HANDLE problems)
 {
-    return WaitForEnd(Start(Tool(), commandLine, output, problems).get(), kTimeout);
+    return RunToolWith(Tool(), commandLine, output, problems);
+}
+
+DWORD RunToolWith(const std::wstring& program, const std::wstring& commandLine, HANDLE output,
+                  HANDLE problems)
+{
+    return WaitForEnd(Start(program, commandLine, output, problems).get(), kTimeout);
 }
 
 } // namespace test

@@ -30,6 +30,8 @@ ToolResult RunTool(const std::vector<std::wstring>& arguments);
 
 // The same with other handles, which must be inheritable, in the place of the pipes; returns the exit status.
 DWORD RunToolWith(const std::wstring& commandLine, HANDLE output, HANDLE problems);
+DWORD RunToolWith(const std::wstring& program, const std::wstring& commandLine, HANDLE output,
+                  HANDLE problems);
 
 // Lines with "\r\n" become lines with "\n"; a line that ended otherwise becomes one that shows it.
 std::string WithPlainLineEnds(std::string text);

@@ -27,3 +27,4 @@ struct Answer
 [[nodiscard]] Answer Installed(const CommandLine& line);
 [[nodiscard]] Answer DisplayName(const CommandLine& line);
 [[nodiscard]] Answer Launch(const CommandLine& line);
+[[nodiscard]] Answer Refresh(const CommandLine& line);

@@ -82,6 +82,16 @@ void DescribeDriving(CLI::App& tool, DriveValues& values, std::string& name)
     CLI::App* displayName = AddCommand(tool, values, "name", "Asks for the display name of a Store package.",
                                        "qanh name Vel.Calendar_0a1b2c3d4e5f6");
     displayName->add_option("FAMILY", name, "Its package family name")->required();
+
+    CLI::App* refresh =
+        AddCommand(tool, values, "refresh",
+                   "Starts the library, lets it refresh the catalogue of this program once, stops it, "
+                   "and tells what changed.",
+                   "qanh refresh --watch");
+    refresh->add_flag(
+        "--watch", values.options.isWatching,
+        "Show progress, and tell how long the pass took and, when the diagnostic log is on, each of its "
+        "sources");
 }
 
 DriveOptions OptionsOf(const DriveValues& values)

@@ -48,6 +48,7 @@ Answer Run(const CommandLine& line)
         {L"installed", Installed},
         {L"launch", Launch},
         {L"name", DisplayName},
+        {L"refresh", Refresh},
     };
     if (!line.help.empty()) {
         return {line.help};
