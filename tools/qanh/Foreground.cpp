@@ -4,6 +4,8 @@
 
 #include <wrl/client.h>
 
+#include <cwchar>
+
 namespace {
 
 constexpr DWORD kPoll = 100; // milliseconds
@@ -17,6 +19,15 @@ bool IsStartScreenShown(IAppVisibility* visibility)
 }
 
 } // namespace
+
+// The library's own function for this would bring along what presses keys.
+bool IsSearchPaneInFront()
+{
+    const HWND window = GetForegroundWindow();
+    wchar_t className[MAX_PATH] = {};
+    return window && GetClassNameW(window, className, MAX_PATH) > 0 &&
+           std::wcscmp(className, L"SearchPane") == 0;
+}
 
 std::wstring WaitForApplication(HWND before)
 {

@@ -10,7 +10,6 @@
 #include "Text.h"
 #include "Tile.h"
 #include "common/FormatText.h"
-#include "launch/MonitorMode.h"
 
 #include <functional>
 #include <iterator>
@@ -91,7 +90,7 @@ Answer Outcome(const CommandLine& line, Search search, const std::wstring& paste
 {
     const bool isShown = line.drive.searchMode == QANH_SEARCH_SHOW;
     const std::wstring started = isShown ? L"" : WaitForApplication(before);
-    const bool isDone = isShown ? CQanhMonitorMode::IsSearchPaneForeground() != FALSE : !started.empty();
+    const bool isDone = isShown ? IsSearchPaneInFront() : !started.empty();
     Answer answer;
     if (line.isJson) {
         search.json["Mode"] = JsonOf(ModeName(line.drive.searchMode));
