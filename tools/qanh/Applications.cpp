@@ -76,7 +76,11 @@ std::vector<Field> FieldsOf(const Application& application)
     const auto addText = [&](const wchar_t* name, const WideString& text) {
         fields.push_back({name, Text(text)});
     };
-    const auto addFlag = [&](const wchar_t* name, BOOL flag) { fields.push_back({name, flag != FALSE}); };
+    const auto addFlag = [&](const wchar_t* name, BOOL flag) {
+        // In two steps: gcc takes the text that the flag's place could hold for one that is moved.
+        fields.push_back({name, {}});
+        fields.back().value = flag != FALSE;
+    };
     if (const CQanhMetroApp* app = application.storeApp) {
         addText(kDisplayName, app->DisplayName);
         addText(kShortName, app->ShortName);

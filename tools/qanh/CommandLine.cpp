@@ -32,6 +32,10 @@ struct Values
     std::string file;
     std::string otherFile;
     bool isHere = false;
+    std::string action;
+    std::string from;
+    std::string reserve;
+    std::string output;
     bool isTree = false;
     bool isTimes = false;
     bool isErrors = false;
@@ -123,6 +127,34 @@ void Describe(CLI::App& tool, Values& values)
     log->add_flag("--errors", values.isErrors, "Only what failed");
     AddCodePage(log, values);
 
+    AddCommand(tool, "doctor",
+               "Looks at the system, the settings and, of a host, its catalogue, log, processes and objects: "
+               "each is ok, a warning or a problem, with what to do.",
+               "qanh doctor --host Launcher");
+
+    CLI::App* preset = AddCommand(
+        tool, "preset",
+        "Makes a preset of a catalogue, or of this machine's Start menu when none is named. It goes to "
+        "standard output, or to a new file.",
+        "qanh preset make --host Launcher --reserve \"Contoso*\" -o PresetAppNameList.xml");
+    preset->add_option("ACTION", values.action, "What is to be done: make")
+        ->required()
+        ->check(CLI::IsMember({"make"}));
+    preset->add_option("--from", values.from, "The catalogue file to make it of");
+    preset->add_option(
+        "--reserve", values.reserve,
+        "Keep those with such a name, package or shortcut in the catalogue, installed or not; * and ? "
+        "stand for any text and any letter");
+    preset->add_option("-o,--output", values.output, "The file to make");
+
+    CLI::App* report =
+        AddCommand(tool, "report",
+                   "Puts catalogue, settings, problems and log into one page for a browser, with a "
+                   "search field that shows the query of a launch. For a support case.",
+                   "qanh report --host Launcher -o report.html");
+    report->add_option("-o,--output", values.output, "The file to make")->required();
+    AddCodePage(report, values);
+
     DescribeDriving(tool, values.drive, values.name);
 
     CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
@@ -180,6 +212,9 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     line.otherFile = FromUtf8(values.otherFile);
     line.isHere = values.isHere;
     line.log = FromUtf8(values.log);
+    line.from = FromUtf8(values.from);
+    line.reserve = FromUtf8(values.reserve);
+    line.output = FromUtf8(values.output);
     line.isTree = values.isTree;
     line.isTimes = values.isTimes;
     line.isErrors = values.isErrors;

@@ -20,6 +20,9 @@ struct CommandLine
     std::wstring file;
     std::wstring otherFile;
     bool isHere = false; // what the catalogue names is on this machine
+    std::wstring from;
+    std::wstring reserve;
+    std::wstring output;
     bool isTree = false;
     bool isTimes = false;
     bool isErrors = false;

@@ -16,9 +16,12 @@ struct Answer
 // The commands, each in a file of its own. They throw WrongUse and Failure.
 [[nodiscard]] Answer Check(const CommandLine& line);
 [[nodiscard]] Answer Diff(const CommandLine& line);
+[[nodiscard]] Answer Doctor(const CommandLine& line);
 [[nodiscard]] Answer Explain(const CommandLine& line);
 [[nodiscard]] Answer List(const CommandLine& line);
 [[nodiscard]] Answer Log(const CommandLine& line);
+[[nodiscard]] Answer Preset(const CommandLine& line);
+[[nodiscard]] Answer Report(const CommandLine& line);
 [[nodiscard]] Answer Show(const CommandLine& line);
 
 // Those that drive the library.

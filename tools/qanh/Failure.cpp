@@ -39,6 +39,7 @@ constexpr KnownResult kKnownResults[] = {
     {OfSystem(ERROR_ACCESS_DENIED), L"ERROR_ACCESS_DENIED", L"this user may not, or it is a folder"},
     {OfSystem(ERROR_SHARING_VIOLATION), L"ERROR_SHARING_VIOLATION", L"another program holds the file"},
     {OfSystem(ERROR_INVALID_NAME), L"ERROR_INVALID_NAME", L"no file can have this name"},
+    {OfSystem(ERROR_FILE_EXISTS), L"ERROR_FILE_EXISTS", L"there is a file of this name"},
     {OfSystem(ERROR_BROKEN_PIPE), L"ERROR_BROKEN_PIPE", L"who read the output has ended"},
     {OfSystem(ERROR_NO_DATA), L"ERROR_NO_DATA", L"who read the output has ended"},
     {OfSystem(ERROR_NOT_ENOUGH_MEMORY), L"ERROR_NOT_ENOUGH_MEMORY", L"there is not enough memory"},

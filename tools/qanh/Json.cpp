@@ -31,6 +31,18 @@ Json JsonOf(const std::vector<Application>& applications)
     return json;
 }
 
+Json JsonOf(const Diagnoses& diagnoses)
+{
+    Json json = Json::array();
+    for (const Diagnosis& diagnosis : diagnoses) {
+        json.push_back({{"Level", JsonOf(NameOf(diagnosis.level))},
+                        {"Subject", JsonOf(diagnosis.subject)},
+                        {"Text", JsonOf(diagnosis.text)},
+                        {"Advice", JsonOf(diagnosis.advice)}});
+    }
+    return json;
+}
+
 std::wstring TextOf(const Json& json)
 {
     return FromUtf8(json.dump(2)) + L"\n";

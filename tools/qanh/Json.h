@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Applications.h"
+#include "Diagnosis.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,6 +16,7 @@ using Json = nlohmann::ordered_json;
 // Its kind and its fields.
 [[nodiscard]] Json JsonOf(const Application& application);
 [[nodiscard]] Json JsonOf(const std::vector<Application>& applications);
+[[nodiscard]] Json JsonOf(const Diagnoses& diagnoses);
 
 // The document as it is written, with a line end.
 [[nodiscard]] std::wstring TextOf(const Json& json);

@@ -38,9 +38,12 @@ Answer Run(const CommandLine& line)
     static constexpr std::pair<const wchar_t*, Answer (*)(const CommandLine&)> kCommands[] = {
         {L"check", Check},
         {L"diff", Diff},
+        {L"doctor", Doctor},
         {L"explain", Explain},
         {L"list", List},
         {L"log", Log},
+        {L"preset", Preset},
+        {L"report", Report},
         {L"show", Show},
         // Those that drive the library.
         {L"activate", Activate},
