@@ -22,8 +22,25 @@ TEST(ToolCommandLine, HelpTellsOfEveryCommandAndOfTheStatuses)
     for (const wchar_t* commandLine : {L"help", L"--help", L"-h"}) {
         const ToolResult result = RunCommandLine(commandLine);
         for (const char* part :
-             {"\n  list ", "\n  show ", "\n  explain ", "\n  check ", "\n  diff ", "\n  log ", "\n  doctor ",
-              "\n  preset ", "\n  report ", "\n  help ", "--catalogue ", "--host ", "--json ",
+             {"\n  list ",
+              "\n  show ",
+              "\n  explain ",
+              "\n  check ",
+              "\n  diff ",
+              "\n  log ",
+              "\n  doctor ",
+              "\n  preset ",
+              "\n  report ",
+              "\n  help ",
+              "\n  launch ",
+              "\n  browser ",
+              "\n  activate ",
+              "\n  installed ",
+              "\n  name ",
+              "\n  refresh ",
+              "--catalogue ",
+              "--host ",
+              "--json ",
               "Exit status: 0 done, 1 the answer is no or problems were found, 2 wrong use, 3 failed."}) {
             EXPECT_THAT(result.output, HasSubstr(part));
         }
@@ -34,8 +51,9 @@ TEST(ToolCommandLine, HelpTellsOfEveryCommandAndOfTheStatuses)
 
 TEST(ToolCommandLine, HelpExplainsACommandWithAnExample)
 {
-    for (const std::wstring command : {L"list", L"show", L"explain", L"check", L"diff", L"log", L"doctor",
-                                       L"preset", L"report", L"help"}) {
+    for (const std::wstring command :
+         {L"list", L"show", L"explain", L"check", L"diff", L"log", L"doctor", L"preset", L"report", L"help",
+          L"launch", L"browser", L"activate", L"installed", L"name", L"refresh"}) {
         const ToolResult result = RunCommandLine(L"help " + command);
         EXPECT_THAT(result.output, HasSubstr("Usage: qanh " + ToUtf8(command) + " "));
         EXPECT_THAT(result.output, HasSubstr("\nExample:\n  qanh " + ToUtf8(command) + " "));

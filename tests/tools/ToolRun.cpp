@@ -8,7 +8,6 @@
 #include <memory>
 #include <ostream>
 #include <stdexcept>
-#include <thread>
 
 namespace test {
 
@@ -34,24 +33,25 @@ struct Pipe
         writeEnd.reset(writeHandle);
     }
 
-    [[nodiscard]] std::string ReadAll() const
+    // What is in it now.
+    void ReadTo(std::string& text) const
     {
-        std::string text;
         char piece[4096];
         DWORD read = 0;
-        while (ReadFile(readEnd.get(), piece, sizeof piece, &read, nullptr) && read > 0) {
+        while (PeekNamedPipe(readEnd.get(), nullptr, 0, nullptr, &read, nullptr) && read > 0 &&
+               ReadFile(readEnd.get(), piece, sizeof piece, &read, nullptr)) {
             text.append(piece, read);
         }
-        return text;
     }
 };
 
-Handle Start(const std::wstring& arguments, HANDLE output, HANDLE problems)
+std::wstring Tool()
 {
-    // Wine starts a process for the desktop when the first one asks for it. Were that the tool, its pipes
-    // would be inherited and never end.
-    (void)GetDesktopWindow();
-    const std::wstring program = standin::ModuleFolder() + L"\\qanh.exe";
+    return standin::ModuleFolder() + L"\\qanh.exe";
+}
+
+Handle Start(const std::wstring& program, const std::wstring& arguments, HANDLE output, HANDLE problems)
+{
     std::wstring commandLine = L"\"" + program + L"\" " + arguments;
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
@@ -72,9 +72,9 @@ Handle Start(const std::wstring& arguments, HANDLE output, HANDLE problems)
     return Handle(process.hProcess, &CloseHandle);
 }
 
-DWORD WaitForEnd(HANDLE process)
+DWORD WaitForEnd(HANDLE process, DWORD timeout)
 {
-    if (WaitForSingleObject(process, kTimeout) != WAIT_OBJECT_0) {
+    if (WaitForSingleObject(process, timeout) != WAIT_OBJECT_0) {
         TerminateProcess(process, 1);
         throw std::runtime_error("the tool does not end");
     }
@@ -98,19 +98,29 @@ std::string WithPlainLineEnds(std::string text)
     return text;
 }
 
-ToolResult RunCommandLine(const std::wstring& commandLine)
+ToolResult RunProgram(const std::wstring& program, const std::wstring& commandLine)
 {
     Pipe output;
     Pipe problems;
-    const Handle process = Start(commandLine, output.writeEnd.get(), problems.writeEnd.get());
-    output.writeEnd.reset();
-    problems.writeEnd.reset();
+    const Handle process = Start(program, commandLine, output.writeEnd.get(), problems.writeEnd.get());
     ToolResult result;
-    std::thread reader([&] { result.problems = WithPlainLineEnds(problems.ReadAll()); });
-    result.output = WithPlainLineEnds(output.ReadAll());
-    reader.join();
-    result.status = WaitForEnd(process.get());
+    // The pipes stay open for longer than the tool lives when it has started others.
+    const ULONGLONG end = GetTickCount64() + kTimeout;
+    while (WaitForSingleObject(process.get(), 1) == WAIT_TIMEOUT && GetTickCount64() < end) {
+        output.ReadTo(result.output);
+        problems.ReadTo(result.problems);
+    }
+    result.status = WaitForEnd(process.get(), 0);
+    output.ReadTo(result.output);
+    problems.ReadTo(result.problems);
+    result.output = WithPlainLineEnds(result.output);
+    result.problems = WithPlainLineEnds(result.problems);
     return result;
+}
+
+ToolResult RunCommandLine(const std::wstring& commandLine)
+{
+    return RunProgram(Tool(), commandLine);
 }
 
 ToolResult RunTool(const std::vector<std::wstring>& arguments)
@@ -124,7 +134,13 @@ ToolResult RunTool(const std::vector<std::wstring>& arguments)
 
 DWORD RunToolWith(const std::wstring& commandLine, HANDLE output, HANDLE problems)
 {
-    return WaitForEnd(Start(commandLine, output, problems).get());
+    return RunToolWith(Tool(), commandLine, output, problems);
+}
+
+DWORD RunToolWith(const std::wstring& program, const std::wstring& commandLine, HANDLE output,
+                  HANDLE problems)
+{
+    return WaitForEnd(Start(program, commandLine, output, problems).get(), kTimeout);
 }
 
 } // namespace test

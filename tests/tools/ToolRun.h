@@ -22,11 +22,16 @@ struct ToolResult
 // output and standard error are pipes. Throws std::runtime_error when it cannot be started or hangs.
 ToolResult RunCommandLine(const std::wstring& commandLine);
 
+// The same with a copy of the tool.
+ToolResult RunProgram(const std::wstring& program, const std::wstring& commandLine);
+
 // The same with arguments, each of them in quotes; none of them may hold any.
 ToolResult RunTool(const std::vector<std::wstring>& arguments);
 
 // The same with other handles, which must be inheritable, in the place of the pipes; returns the exit status.
 DWORD RunToolWith(const std::wstring& commandLine, HANDLE output, HANDLE problems);
+DWORD RunToolWith(const std::wstring& program, const std::wstring& commandLine, HANDLE output,
+                  HANDLE problems);
 
 // Lines with "\r\n" become lines with "\n"; a line that ended otherwise becomes one that shows it.
 std::string WithPlainLineEnds(std::string text);

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "DriveCommandLine.h"
 #include "Failure.h"
 #include "Text.h"
 
@@ -13,7 +14,8 @@ namespace {
 
 constexpr char kTool[] = "qanh";
 constexpr char kAbout[] =
-    "Tells what the library knows of the applications of a machine, and what it makes of it. Only looks.";
+    "Tells what the library knows of the applications of a machine, and what it makes of it. "
+    "Only looks, but for the commands that drive the library.";
 constexpr char kEnd[] =
     "--catalogue FILE, --log FILE or --host NAME says what to look at, --json asks for JSON. See docs/qanh.md.";
 
@@ -39,6 +41,7 @@ struct Values
     bool isErrors = false;
     std::optional<unsigned> slow;
     std::optional<unsigned> codePage;
+    DriveValues drive;
     std::string helpCommand;
 };
 
@@ -152,6 +155,8 @@ void Describe(CLI::App& tool, Values& values)
     report->add_option("-o,--output", values.output, "The file to make")->required();
     AddCodePage(report, values);
 
+    DescribeDriving(tool, values.drive, values.name);
+
     CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
     help->add_option("COMMAND", values.helpCommand, "The command");
 }
@@ -215,5 +220,6 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     line.isErrors = values.isErrors;
     line.slow = values.slow;
     line.codePage = values.codePage;
+    line.drive = OptionsOf(values.drive);
     return line;
 }

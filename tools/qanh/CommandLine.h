@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DriveOptions.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,7 +28,8 @@ struct CommandLine
     bool isErrors = false;
     std::optional<unsigned> slow;     // so many of the slowest operations
     std::optional<unsigned> codePage; // of the log's text
-    std::wstring help;                // the text that was asked for, by "help" or "--help"
+    DriveOptions drive;
+    std::wstring help; // the text that was asked for, by "help" or "--help"
 };
 
 // Takes the arguments of the process, without its name, apart. Throws WrongUse.

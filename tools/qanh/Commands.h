@@ -23,3 +23,11 @@ struct Answer
 [[nodiscard]] Answer Preset(const CommandLine& line);
 [[nodiscard]] Answer Report(const CommandLine& line);
 [[nodiscard]] Answer Show(const CommandLine& line);
+
+// Those that drive the library.
+[[nodiscard]] Answer Activate(const CommandLine& line);
+[[nodiscard]] Answer Browser(const CommandLine& line);
+[[nodiscard]] Answer Installed(const CommandLine& line);
+[[nodiscard]] Answer DisplayName(const CommandLine& line);
+[[nodiscard]] Answer Launch(const CommandLine& line);
+[[nodiscard]] Answer Refresh(const CommandLine& line);

@@ -1,5 +1,6 @@
 // The companion tool: tells what the library knows of the applications of a machine, and what it makes of it.
-// It only looks: it presses no key, and changes no file, no setting and nothing of a host that runs.
+// It only looks: it presses no key, and changes no file, no setting and nothing of a host that runs. A few
+// commands drive the library as a host does, and say so before.
 
 #include "CommandLine.h"
 #include "Commands.h"
@@ -35,8 +36,22 @@ std::vector<std::wstring> Arguments()
 Answer Run(const CommandLine& line)
 {
     static constexpr std::pair<const wchar_t*, Answer (*)(const CommandLine&)> kCommands[] = {
-        {L"check", Check}, {L"diff", Diff},     {L"doctor", Doctor}, {L"explain", Explain}, {L"list", List},
-        {L"log", Log},     {L"preset", Preset}, {L"report", Report}, {L"show", Show},
+        {L"check", Check},
+        {L"diff", Diff},
+        {L"doctor", Doctor},
+        {L"explain", Explain},
+        {L"list", List},
+        {L"log", Log},
+        {L"preset", Preset},
+        {L"report", Report},
+        {L"show", Show},
+        // Those that drive the library.
+        {L"activate", Activate},
+        {L"browser", Browser},
+        {L"installed", Installed},
+        {L"launch", Launch},
+        {L"name", DisplayName},
+        {L"refresh", Refresh},
     };
     if (!line.help.empty()) {
         return {line.help};
