@@ -77,6 +77,7 @@ class Run:
         self._current = None
         self._started = time.monotonic()
         self._output = []
+        self._said = ""
         self._last = None
         self._has_failed = False
         self._hung = False
@@ -93,6 +94,10 @@ class Run:
     def current(self):
         return self._current
 
+    def said(self):
+        """The last line that the program has written."""
+        return self._said
+
     def kill(self):
         self._process.kill()
 
@@ -102,6 +107,7 @@ class Run:
         missing = dict.fromkeys(self._tests)
         for line in self._lines():
             self._has_spoken = True
+            self._said = line
             outcome = self._read(line)
             if outcome:
                 missing.pop(outcome.test, None)

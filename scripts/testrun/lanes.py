@@ -103,6 +103,11 @@ class Lane(threading.Thread):
         """The test that runs now, for the progress line."""
         return self._run.current() if self._run else None
 
+    def said(self):
+        """The last line of that test."""
+        run = self._run
+        return run.said() if run else ""
+
     def stop(self):
         """To be called until the lane is no longer alive."""
         self._is_stopped = True

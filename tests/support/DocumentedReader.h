@@ -1,7 +1,6 @@
 #pragma once
 
 #include "standin/platform/ComObject.h"
-#include "support/ImportPatch.h"
 #include "support/UnaskedReader.h"
 
 #include <windows.h>
@@ -25,7 +24,7 @@ namespace test {
 // behind the end there is no node to ask about. It reads what catalogues and manifests consist of: UTF-8
 // with elements, attributes, texts, comments, CDATA sections and instructions. It does not look for other
 // faults of a document.
-class DocumentedReader final : public standin::ComObject<UnaskedReader>
+class DocumentedReader : public standin::ComObject<UnaskedReader>
 {
 public:
     static constexpr HRESULT kInputEnds = static_cast<HRESULT>(0xC00CEE01);
@@ -86,17 +85,6 @@ private:
     UINT m_linePosition = 0;
     std::vector<Attribute> m_attributes;
     std::size_t m_attribute = 0; // its number from 1 on; 0: the reader stands on the node itself
-};
-
-// Lets the library read with readers of that kind, until the end of the scope.
-class DocumentedReaderInstead
-{
-private:
-    using Create = HRESULT(WINAPI*)(REFIID, void**, IMalloc*);
-
-    ImportPatch<Create> m_patch{"CreateXmlReader", [](REFIID iid, void** reader, IMalloc*) -> HRESULT {
-                                    return standin::CreateComObject<DocumentedReader>(iid, reader);
-                                }};
 };
 
 } // namespace test

@@ -3,7 +3,7 @@
 
 #include "catalog/AppNameList.h"
 
-#include "support/DocumentedReader.h"
+#include "support/DocumentedReaderInstead.h"
 #include "unit/catalog/Records.h"
 
 #include <windows.h>

@@ -1,7 +1,7 @@
 // How the package manager starts from a file that this library has saved, with a reader that ends as the
 // platform's is documented to: the file's root is open, so its end is a failure.
 
-#include "support/DocumentedReader.h"
+#include "support/DocumentedReaderInstead.h"
 #include "unit/discovery/Start.h"
 
 namespace {
