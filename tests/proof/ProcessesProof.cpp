@@ -1,0 +1,1 @@
+#include "proof/Hosts.h"

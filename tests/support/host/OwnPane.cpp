@@ -1,0 +1,78 @@
+#include "support/host/OwnPane.h"
+
+#include "standin/Names.h"
+#include "standin/platform/ImportPatch.h"
+
+#include <cwchar>
+#include <stdexcept>
+
+namespace {
+
+bool g_isOpen = false;
+std::wstring g_query;
+
+// No window has this handle.
+HWND Pane()
+{
+    return reinterpret_cast<HWND>(ULONG_PTR{0x5EA2C});
+}
+
+UINT WINAPI TakeKeys(UINT count, INPUT* inputs, int)
+{
+    for (UINT index = 0; index < count; ++index) {
+        const KEYBDINPUT& key = inputs[index].ki;
+        if ((key.dwFlags & KEYEVENTF_KEYUP) == 0 && (key.wVk == 'Q' || key.wVk == VK_RETURN)) {
+            g_isOpen = key.wVk == 'Q';
+        }
+    }
+    return count;
+}
+
+HWND WINAPI Foreground()
+{
+    return g_isOpen ? Pane() : GetDesktopWindow();
+}
+
+int WINAPI ClassName(HWND window, wchar_t* name, int size)
+{
+    if (window != Pane()) {
+        return GetClassNameW(window, name, size);
+    }
+    wcsncpy_s(name, static_cast<std::size_t>(size), standin::searchPaneClass, _TRUNCATE);
+    return static_cast<int>(std::wcslen(name));
+}
+
+HANDLE WINAPI TakeText(UINT format, HANDLE block)
+{
+    if (const auto* text = static_cast<const wchar_t*>(GlobalLock(block))) {
+        g_query = text;
+        GlobalUnlock(block);
+    }
+    return SetClipboardData(format, block);
+}
+
+template <typename Function> void Patch(HMODULE library, const char* name, Function replacement)
+{
+    if (!standin::PatchImport(library, {nullptr, name, reinterpret_cast<void*>(replacement)})) {
+        throw std::runtime_error(std::string("the library does not import ") + name);
+    }
+}
+
+} // namespace
+
+namespace host {
+
+void OwnPane::Install(HMODULE library)
+{
+    Patch(library, "SendInput", &TakeKeys);
+    Patch(library, "GetForegroundWindow", &Foreground);
+    Patch(library, "GetClassNameW", &ClassName);
+    Patch(library, "SetClipboardData", &TakeText);
+}
+
+const std::wstring& OwnPane::Query()
+{
+    return g_query;
+}
+
+} // namespace host

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace host {
+
+// A search pane of the host's own for the library's launches, so that they reach nobody and say what was put
+// on the clipboard: the Q of Windows+Q opens it, Enter closes it, and no key is really pressed. The clipboard
+// is the real one. Done from outside, by the library's imports. Main thread.
+class OwnPane
+{
+public:
+    static void Install(HMODULE library);
+
+    // What the clipboard was given last.
+    [[nodiscard]] static const std::wstring& Query();
+};
+
+} // namespace host
