@@ -89,15 +89,17 @@ TEST_F(LifecycleUnderLoad, LoadsLeaveNothing)
     const int count = proof::Count(40, 1000);
     test::HostProcess host(m_sandbox);
     host.Do("pace\t20");
-    host.Do("loads\t5\t1");
+    EXPECT_EQ(host.Command("loads\t5\t0"), proof::ok);
     const Holdings before = proof::HoldingsOf(host);
-    host.Do("loads\t" + std::to_string(count) + "\t0", 1000000);
+    EXPECT_EQ(host.Command("loads\t" + std::to_string(count) + "\t0", 1000000), proof::ok);
     const Holdings after = proof::HoldingsOf(host);
     ExpectNothingLeft("loads", before, after, {});
     TellOf("loads and unloads", count, before, after, {});
+
+    EXPECT_EQ(host.Command("loads\t5\t1"), proof::ok);
     const Holdings platforms = LeftByLookUps(host, count);
     const Holdings middle = proof::HoldingsOf(host);
-    host.Do("loads\t" + std::to_string(count) + "\t1", 1000000);
+    EXPECT_EQ(host.Command("loads\t" + std::to_string(count) + "\t1", 1000000), proof::ok);
     const Holdings end = proof::HoldingsOf(host);
     ExpectNothingLeft("loads with a start and a stop", middle, end, platforms);
     TellOf("loads with a start and a stop", count, middle, end, platforms);

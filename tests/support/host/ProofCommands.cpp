@@ -87,7 +87,7 @@ std::string InitializeAt(const Fields& command)
     return Show(hr) + "\t" + std::to_string(GetTickCount64() - begin);
 }
 
-std::string LoadAgainAndAgain(host::Library& library, const Fields& command)
+std::string LoadRepeatedly(host::Library& library, const Fields& command)
 {
     for (DWORD count = Number(command, 1); count > 0; --count) {
         if (!host::Unload(library) || host::IsInMemory()) {
@@ -105,7 +105,7 @@ std::string LoadAgainAndAgain(host::Library& library, const Fields& command)
             library.finalize();
         }
     }
-    return "ok";
+    return Show(S_OK);
 }
 
 } // namespace
@@ -137,7 +137,7 @@ std::optional<std::string> CarryOutForProof(Library& library, const Fields& comm
         {"queries", [](Library&, const Fields& c) { return Queries(c); }},
         {"launches", [](Library&, const Fields& c) { return Launches(c); }},
         {"init-at", [](Library&, const Fields& c) { return InitializeAt(c); }},
-        {"loads", LoadAgainAndAgain},
+        {"loads", LoadRepeatedly},
         {"disk", [](Library&, const Fields& c) { return FillDisk(std::stoll(c.at(1))), std::string("ok"); }},
         {"dead-share",
          [](Library& l, const Fields& c) { return HangShare(l.module, Number(c, 1)), std::string("ok"); }},

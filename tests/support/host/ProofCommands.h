@@ -20,7 +20,8 @@ namespace host {
 //   0x00000000 init-at EVENT               waits for the named event, then QanhInitialize: the HRESULT and
 //   the milliseconds loads COUNT INITIALISES     so many LoadLibrary and FreeLibrary in turn, up and down
 //   between them when
-//                               INITIALISES is 1; "ok", with the library loaded at the end
+//                               INITIALISES is 1: the first failure or 0x00000000, with the library
+//                               loaded at the end
 //   disk BYTES                  the space that files still have (Trouble.h): "ok"
 //   dead-share MILLISECONDS     what lies on \\dead\ takes that long (Trouble.h): "ok"
 //   finalize-in-pass            the refresh thread calls QanhFinalize in its next pass (Trouble.h): "ok"
