@@ -34,9 +34,9 @@ std::string CatalogOf(const std::string& packages, const std::string& desktopRec
 Holdings HoldingsOf(test::HostProcess& host)
 {
     Holdings holdings{};
-    // These first: at its first question about windows the platform makes ready what it needs for them.
-    holdings.gdiObjects = host.Measure("gdi");
+    // First: at its first question about windows the platform makes ready what it needs for them.
     holdings.windows = host.Measure("windows");
+    holdings.gdiObjects = host.Measure("gdi");
     holdings.handles = host.Measure("handles");
     holdings.threads = host.Measure("threads");
     holdings.heap = host.Measure("heap");
