@@ -79,9 +79,10 @@ namespace host {
 void FillDisk(LONGLONG bytesLeft)
 {
     g_bytesLeft = bytesLeft;
-    // Not this program's, whose answers go through it.
-    if (standin::PatchImports({nullptr, "WriteFile", reinterpret_cast<void*>(&WriteToFullDisk)},
-                              GetModuleHandleW(nullptr)) == 0) {
+    // Not this program's, whose answers go through it, nor that by which kernel32.dll itself gets it.
+    static const unsigned s_patched = standin::PatchImports(
+        {"kernel32.dll", "WriteFile", reinterpret_cast<void*>(&WriteToFullDisk)}, GetModuleHandleW(nullptr));
+    if (s_patched == 0) {
         throw std::runtime_error("no module imports WriteFile");
     }
 }
