@@ -127,6 +127,34 @@ TEST_F(LifecycleUnderLoad, LaunchesLeaveNothing)
     EXPECT_EQ(host.Exit(), 0u);
 }
 
+// The rule is that a launch ends with the pane. What it does meanwhile must not add up.
+TEST_F(LifecycleUnderLoad, ALaunchWhosePaneStaysTakesTimeAndNothingElse)
+{
+    const int count = proof::Count(1000, 100000);
+    test::HostProcess host(m_sandbox);
+    host.Do("pane");
+    EXPECT_EQ(host.Command("init"), proof::ok);
+    test::WaitForFirstPass();
+    const auto launch = [&](int presses) {
+        const std::vector<std::string> fields =
+            test::Split(host.Command("stubborn\t" + std::to_string(presses) + "\tMail", 1000000), "\t");
+        EXPECT_EQ(fields[0], proof::ok);
+        return std::stoull(fields.at(1));
+    };
+    const auto usual = launch(0);
+    const Holdings before = proof::HoldingsOf(host);
+    const auto stubborn = launch(count);
+    const Holdings after = proof::HoldingsOf(host);
+    ExpectNothingLeft("a pane that stays", before, after, {});
+    // Ten looks at the pane take a second, the paste 1.1 seconds, and Enter the rest.
+    EXPECT_EQ(stubborn - usual, static_cast<unsigned long long>(count) * 2200);
+    proof::Figure("presses of Enter that a pane outlived", count);
+    proof::Figure("what a launch takes", static_cast<double>(usual), "ms");
+    proof::Figure("what each of these adds", static_cast<double>(stubborn - usual) / count, "ms");
+    host.Do("finalize");
+    EXPECT_EQ(host.Exit(), 0u);
+}
+
 // What a host can do when it has had enough of the library, each at a moment of chance.
 TEST_F(LifecycleUnderLoad, AnyEndAtAnyMoment)
 {

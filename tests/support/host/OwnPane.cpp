@@ -9,6 +9,7 @@
 namespace {
 
 bool g_isOpen = false;
+DWORD g_stays = 0; // presses of Enter
 std::wstring g_query;
 
 // No window has this handle.
@@ -21,8 +22,15 @@ UINT WINAPI TakeKeys(UINT count, INPUT* inputs, int)
 {
     for (UINT index = 0; index < count; ++index) {
         const KEYBDINPUT& key = inputs[index].ki;
-        if ((key.dwFlags & KEYEVENTF_KEYUP) == 0 && (key.wVk == 'Q' || key.wVk == VK_RETURN)) {
-            g_isOpen = key.wVk == 'Q';
+        if ((key.dwFlags & KEYEVENTF_KEYUP) != 0) {
+            continue;
+        }
+        if (key.wVk == 'Q') {
+            g_isOpen = true;
+        } else if (key.wVk == VK_RETURN && g_stays > 0) {
+            --g_stays;
+        } else if (key.wVk == VK_RETURN) {
+            g_isOpen = false;
         }
     }
     return count;
@@ -68,6 +76,11 @@ void OwnPane::Install(HMODULE library)
     Patch(library, "GetForegroundWindow", &Foreground);
     Patch(library, "GetClassNameW", &ClassName);
     Patch(library, "SetClipboardData", &TakeText);
+}
+
+void OwnPane::Stay(DWORD presses)
+{
+    g_stays = presses;
 }
 
 const std::wstring& OwnPane::Query()

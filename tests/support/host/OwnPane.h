@@ -14,6 +14,9 @@ class OwnPane
 public:
     static void Install(HMODULE library);
 
+    // So many presses of Enter leave the pane open from here on.
+    static void Stay(DWORD presses);
+
     // What the clipboard was given last.
     [[nodiscard]] static const std::wstring& Query();
 };

@@ -15,6 +15,7 @@ DWORD volatile g_divisor = 1;
 bool volatile g_isHeld = false;
 HANDLE g_go = nullptr; // manual-reset event
 thread_local bool t_hasPauses = true;
+thread_local ULONGLONG t_left = 0; // milliseconds of pauses that were left out
 
 DWORD Shortened(DWORD milliseconds)
 {
@@ -26,6 +27,8 @@ void WINAPI Pause(DWORD milliseconds)
 {
     if (t_hasPauses) {
         Sleep(Shortened(milliseconds));
+    } else {
+        t_left += milliseconds;
     }
 }
 
@@ -80,6 +83,12 @@ void Pace::Go()
 NoPauses::NoPauses()
 {
     t_hasPauses = false;
+    t_left = 0;
+}
+
+ULONGLONG NoPauses::Total()
+{
+    return t_left;
 }
 
 NoPauses::~NoPauses()

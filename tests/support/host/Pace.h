@@ -21,11 +21,13 @@ public:
     static void Go();
 };
 
-// As long as it lasts, pauses of the calling thread take no time at all.
+// As long as it lasts, pauses of the calling thread take no time at all. One at a time on a thread.
 class NoPauses
 {
 public:
     NoPauses();
+    // What the pauses would have taken so far, in milliseconds.
+    [[nodiscard]] static ULONGLONG Total();
     ~NoPauses();
     NoPauses(const NoPauses&) = delete;
     NoPauses& operator=(const NoPauses&) = delete;

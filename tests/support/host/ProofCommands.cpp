@@ -75,6 +75,15 @@ std::string Launches(const Fields& command)
     return Show(S_OK);
 }
 
+std::string LaunchIntoStubbornPane(const Fields& command)
+{
+    const host::NoPauses noPauses;
+    host::OwnPane::Stay(Number(command, 1));
+    const std::wstring name = test::FromUtf8(command.at(2));
+    const HRESULT hr = g_library->launchBySearch(name.c_str(), QANH_SEARCH_LAUNCH, TRUE);
+    return Show(hr) + "\t" + std::to_string(host::NoPauses::Total());
+}
+
 std::string InitializeAt(const Fields& command)
 {
     const HANDLE start = OpenEventW(SYNCHRONIZE, FALSE, test::FromUtf8(command.at(1)).c_str());
@@ -136,6 +145,7 @@ std::optional<std::string> CarryOutForProof(Library& library, const Fields& comm
         {"query", [](Library&, const Fields& c) { return Query(test::FromUtf8(c.at(1))); }},
         {"queries", [](Library&, const Fields& c) { return Queries(c); }},
         {"launches", [](Library&, const Fields& c) { return Launches(c); }},
+        {"stubborn", [](Library&, const Fields& c) { return LaunchIntoStubbornPane(c); }},
         {"init-at", [](Library&, const Fields& c) { return InitializeAt(c); }},
         {"loads", LoadRepeatedly},
         {"disk", [](Library&, const Fields& c) { return FillDisk(std::stoll(c.at(1))), std::string("ok"); }},
