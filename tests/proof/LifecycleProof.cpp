@@ -3,6 +3,7 @@
 #include "proof/Hosts.h"
 #include "system/Passes.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -125,6 +126,53 @@ TEST_F(LifecycleUnderLoad, LaunchesLeaveNothing)
     TellOf("launches", count, before, after, {});
     host.Do("finalize");
     EXPECT_EQ(host.Exit(), 0u);
+}
+
+// A thread that does not end in its 30 s is terminated, wherever it is. Here it gets a millisecond.
+TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
+{
+    const int count = proof::Count(8, 300);
+    m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
+    for (int index = 0; index < 1000; ++index) {
+        m_sandbox.AddUserShortcut(L"tool " + std::to_wstring(index) + L".lnk");
+    }
+    {
+        test::HostProcess host(m_sandbox); // makes the catalogue
+        EXPECT_EQ(host.Command("cycles\t1"), proof::ok);
+    }
+    proof::Random random;
+    int terminated = 0;
+    int hung = 0;
+    for (int round = 0; round < count && !HasFailure(); ++round) {
+        const unsigned moment = random.UpTo(150);
+        SCOPED_TRACE("round " + std::to_string(round) + ", after " + std::to_string(moment) + " ms, seed " +
+                     std::to_string(proof::Seed()));
+        test::HostProcess host(m_sandbox);
+        host.Do("own-clipboard");
+        host.Do("pace\t50");
+        ASSERT_EQ(host.Command("init"), proof::ok);
+        ASSERT_TRUE(test::WaitUntil([] { return !test::IsFirstPassRunning(); }, 20000));
+        Sleep(moment);
+        host.Do("pace\t30000");
+        try {
+            host.Do("finalize");
+            host.Do("pace\t50");
+            EXPECT_FALSE(host.HasExitEvent());
+            EXPECT_EQ(host.Command("init"), proof::ok);
+            EXPECT_EQ(proof::NamesIn(host.Command("query\tMail")).size(), 10u);
+            host.Do("finalize");
+            EXPECT_EQ(host.Command("unload"), "1");
+            terminated += host.Command("in-memory") == "1";
+            EXPECT_EQ(host.Exit(), 0u);
+        } catch (const std::runtime_error& error) {
+            ASSERT_THAT(error.what(), testing::HasSubstr("hung"));
+            ++hung;
+        }
+        proof::Progress(round + 1, count);
+    }
+    proof::Figure("threads that got a millisecond to end", count);
+    proof::Figure("of these terminated", terminated + hung);
+    proof::Figure("of these whose host hung afterwards", hung);
 }
 
 // The rule is that a launch ends with the pane. What it does meanwhile must not add up.

@@ -189,6 +189,73 @@ TEST_F(TenHosts, StartAtTheSameMoment)
     proof::Figure("longest QanhInitialize of another process", m_longestOther, "ms");
 }
 
+using HostsThatComeAndGo = Processes;
+
+// Starts, saves and stops of several processes meet in every way.
+TEST_F(HostsThatComeAndGo, LoseNoRecord)
+{
+    constexpr unsigned hostCount = 4;
+    constexpr std::size_t keptCount = 30;
+    const int count = proof::Count(10, 300);
+    m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
+    std::string records;
+    for (std::size_t index = 0; index < keptCount; ++index) {
+        records += Kept(L"kept mail " + std::to_wstring(index));
+    }
+    test::WriteFileBytes(m_sandbox.PresetFile(), proof::CatalogOf("", records));
+    std::vector<std::unique_ptr<test::HostProcess>> hosts;
+    const auto file = [this](std::size_t index) {
+        return m_sandbox.Folder() + L"\\queries " + std::to_wstring(index) + L".txt";
+    };
+    for (unsigned index = 0; index < hostCount; ++index) {
+        hosts.push_back(std::make_unique<test::HostProcess>(m_sandbox));
+        hosts.back()->Do("own-clipboard");
+        hosts.back()->Do("pace\t20");
+        hosts.back()->Do("slow-disk\t1");
+    }
+    for (unsigned index = 0; index < hostCount; ++index) {
+        hosts[index]->Send("come-and-go\t" + std::to_string(count) + "\t" +
+                           std::to_string(proof::Seed() * hostCount + index) + "\tmail\t" +
+                           test::ToUtf8(file(index)));
+    }
+    int owners = 0;
+    int others = 0;
+    int partly = 0;
+    int refused = 0;
+    for (std::size_t index = 0; index < hosts.size(); ++index) {
+        EXPECT_EQ(hosts[index]->Answer(1200000), "ok");
+        std::vector<std::string> lines = test::Split(test::ReadFileBytes(file(index)), "\n");
+        lines.pop_back();
+        for (const std::string& line : lines) {
+            const std::vector<std::string> fields = test::Split(line, "\t");
+            if (fields[0] == ok) {
+                ++owners;
+                EXPECT_EQ(proof::NamesIn(fields.at(1)).size(), keptCount) << line;
+            } else if (fields[0] == proof::readToItsEnd) {
+                ++others;
+                partly += proof::NamesIn(fields.at(1)).size() != keptCount;
+            } else {
+                ++refused;
+                std::printf("%s\n", line.c_str());
+            }
+        }
+        EXPECT_EQ(hosts[index]->Exit(), 0u);
+        proof::Progress(static_cast<long long>(index) + 1, hostCount);
+    }
+    EXPECT_GT(owners, 0);
+    proof::ExpectNoNamedObjects(m_sandbox);
+    test::HostProcess last(m_sandbox);
+    last.Do("pane");
+    last.Do("hold");
+    EXPECT_EQ(last.Command("init"), ok);
+    EXPECT_EQ(NamesOf(last).size(), keptCount);
+    proof::Figure("starts of processes that come and go", owners + others + refused);
+    proof::Figure("of these as the one that refreshes", owners);
+    proof::Figure("of these beside another one's first pass", others);
+    proof::Figure("of these with a part of the catalogue", partly);
+    proof::Figure("of these refused", refused);
+}
+
 // A catalogue with records that only the file knows, and with those of a Start menu to which each round adds
 // one.
 class KilledOwner : public Processes

@@ -11,6 +11,7 @@ namespace {
 bool g_isOpen = false;
 DWORD g_stays = 0; // presses of Enter
 std::wstring g_query;
+bool g_hasOwnClipboard = false;
 
 // No window has this handle.
 HWND Pane()
@@ -56,7 +57,17 @@ HANDLE WINAPI TakeText(UINT format, HANDLE block)
         g_query = text;
         GlobalUnlock(block);
     }
-    return SetClipboardData(format, block);
+    return g_hasOwnClipboard ? block : SetClipboardData(format, block);
+}
+
+BOOL WINAPI OpenOwn(HWND)
+{
+    return TRUE;
+}
+
+BOOL WINAPI EmptyOrCloseOwn()
+{
+    return TRUE;
 }
 
 template <typename Function> void Patch(HMODULE library, const char* name, Function replacement)
@@ -70,8 +81,14 @@ template <typename Function> void Patch(HMODULE library, const char* name, Funct
 
 namespace host {
 
-void OwnPane::Install(HMODULE library)
+void OwnPane::Install(HMODULE library, bool hasOwnClipboard)
 {
+    g_hasOwnClipboard = hasOwnClipboard;
+    if (hasOwnClipboard) {
+        Patch(library, "OpenClipboard", &OpenOwn);
+        Patch(library, "EmptyClipboard", &EmptyOrCloseOwn);
+        Patch(library, "CloseClipboard", &EmptyOrCloseOwn);
+    }
     Patch(library, "SendInput", &TakeKeys);
     Patch(library, "GetForegroundWindow", &Foreground);
     Patch(library, "GetClassNameW", &ClassName);

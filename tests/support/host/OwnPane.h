@@ -7,12 +7,13 @@
 namespace host {
 
 // A search pane of the host's own for the library's launches, so that they reach nobody and say what was put
-// on the clipboard: the Q of Windows+Q opens it, Enter closes it, and no key is really pressed. The clipboard
-// is the real one. Done from outside, by the library's imports. Main thread.
+// on the clipboard: the Q of Windows+Q opens it, Enter closes it, and no key is really pressed. Done from
+// outside, by the library's imports. Main thread.
 class OwnPane
 {
 public:
-    static void Install(HMODULE library);
+    // The clipboard is the real one, or one of the host's own too, for hosts that ask at the same time.
+    static void Install(HMODULE library, bool hasOwnClipboard = false);
 
     // So many presses of Enter leave the pane open from here on.
     static void Stay(DWORD presses);

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <map>
+#include <random>
 #include <stdexcept>
 
 namespace {
@@ -96,6 +97,28 @@ std::string InitializeAt(const Fields& command)
     return Show(hr) + "\t" + std::to_string(GetTickCount64() - begin);
 }
 
+std::string ComeAndGo(const Fields& command)
+{
+    constexpr unsigned longestPause = 100; // milliseconds
+    std::mt19937 random(Number(command, 2));
+    const std::wstring name = test::FromUtf8(command.at(3));
+    const auto pause = [&random] { Sleep(random() % longestPause); };
+    std::string lines;
+    for (DWORD count = Number(command, 1); count > 0; --count) {
+        const HRESULT hr = g_library->initialize();
+        lines += Show(hr);
+        if (SUCCEEDED(hr)) {
+            lines += "\t" + Query(name);
+            pause();
+            g_library->finalize();
+        }
+        lines += "\n";
+        pause();
+    }
+    test::WriteFileBytes(test::FromUtf8(command.at(4)), lines);
+    return "ok";
+}
+
 std::string LoadRepeatedly(host::Library& library, const Fields& command)
 {
     for (DWORD count = Number(command, 1); count > 0; --count) {
@@ -142,6 +165,12 @@ std::optional<std::string> CarryOutForProof(Library& library, const Fields& comm
              Pace::Install(l.module);
              return OwnPane::Install(l.module), std::string("ok");
          }},
+        {"own-clipboard",
+         [](Library& l, const Fields&) {
+             Pace::Install(l.module);
+             return OwnPane::Install(l.module, true), std::string("ok");
+         }},
+        {"come-and-go", [](Library&, const Fields& c) { return ComeAndGo(c); }},
         {"query", [](Library&, const Fields& c) { return Query(test::FromUtf8(c.at(1))); }},
         {"queries", [](Library&, const Fields& c) { return Queries(c); }},
         {"launches", [](Library&, const Fields& c) { return Launches(c); }},
