@@ -128,10 +128,12 @@ TEST_F(LifecycleUnderLoad, LaunchesLeaveNothing)
     EXPECT_EQ(host.Exit(), 0u);
 }
 
-// A thread that does not end in its 30 s is terminated, wherever it is. Here it gets a millisecond.
+// A thread that does not end in its 30 s is terminated, wherever it is: here it gets a millisecond. What it
+// held of the platform's own locks is lost with it, and the host may hang at the next thing that needs one.
+// That is the price of the rule, and only counted; a host that does not hang must be well.
 TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
 {
-    const int count = proof::Count(8, 300);
+    const int count = proof::Count(3, 150);
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     for (int index = 0; index < 1000; ++index) {
         m_sandbox.AddUserShortcut(L"tool " + std::to_wstring(index) + L".lnk");
@@ -140,6 +142,7 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         test::HostProcess host(m_sandbox); // makes the catalogue
         EXPECT_EQ(host.Command("cycles\t1"), proof::ok);
     }
+    constexpr DWORD patience = 8000; // milliseconds
     proof::Random random;
     int terminated = 0;
     int hung = 0;
@@ -155,17 +158,18 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         Sleep(moment);
         host.Do("pace\t30000");
         try {
-            host.Do("finalize");
-            host.Do("pace\t50");
+            host.Do("finalize", patience);
+            host.Do("pace\t50", patience);
             EXPECT_FALSE(host.HasExitEvent());
-            EXPECT_EQ(host.Command("init"), proof::ok);
-            EXPECT_EQ(proof::NamesIn(host.Command("query\tMail")).size(), 10u);
-            host.Do("finalize");
+            EXPECT_EQ(host.Command("init", patience), proof::ok);
+            EXPECT_EQ(proof::NamesIn(host.Command("query\tMail", patience)).size(), 10u);
+            host.Do("finalize", patience);
             EXPECT_EQ(host.Command("unload"), "1");
             terminated += host.Command("in-memory") == "1";
             EXPECT_EQ(host.Exit(), 0u);
         } catch (const std::runtime_error& error) {
             ASSERT_THAT(error.what(), testing::HasSubstr("hung"));
+            std::printf("%s\n", error.what()); // tells where
             ++hung;
         }
         proof::Progress(round + 1, count);
