@@ -85,8 +85,10 @@ def main():
         if re.search(arguments.R, f"native {name}") and results.expect("native", name, identity):
             natives.put((name, command))
 
+    # Native ones have a lane of their own, the first one the prefix that is there.
+    most = arguments.lanes - 1 if natives.qsize() else arguments.lanes
     lanes = [Lane(settings, place, windows, results, None if number else first)
-             for number in range(max(1, min(windows.qsize(), arguments.lanes - 1 if natives.qsize() else arguments.lanes)))]
+             for number in range(max(1, min(windows.qsize(), most)))]
     lanes += [NativeLane(natives, results, dict(os.environ, **variables), arguments.folder, arguments.limit)
               for _ in range(min(natives.qsize(), max(1, arguments.lanes - len(lanes))))]
     return 0 if results.close(watch(lanes, results)) else 1

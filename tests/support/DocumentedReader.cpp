@@ -240,9 +240,14 @@ void DocumentedReader::PassOverBlanks()
 
 void DocumentedReader::NotePlace()
 {
-    const std::string_view before = std::string_view(m_text).substr(0, m_position);
-    m_line = static_cast<UINT>(std::count(before.begin(), before.end(), '\n') + 1);
-    m_linePosition = static_cast<UINT>(before.size() - (before.rfind('\n') + 1) + 1);
+    const std::string_view text(m_text);
+    const std::string_view passed = text.substr(m_noted, m_position - m_noted);
+    m_line += static_cast<UINT>(std::count(passed.begin(), passed.end(), '\n'));
+    if (const std::size_t lineEnd = passed.rfind('\n'); lineEnd != std::string_view::npos) {
+        m_lineStart = m_noted + lineEnd + 1;
+    }
+    m_noted = m_position;
+    m_linePosition = static_cast<UINT>(m_position - m_lineStart + 1);
 }
 
 HRESULT DocumentedReader::GetNodeType(XmlNodeType* type)

@@ -81,8 +81,11 @@ private:
     std::wstring m_value;
     bool m_isEmptyElement = false;
     UINT m_depth = 0;
-    UINT m_line = 0;
+    // Of the node; and how far the text was looked through for that.
+    UINT m_line = 1;
     UINT m_linePosition = 0;
+    std::size_t m_noted = 0;
+    std::size_t m_lineStart = 0;
     std::vector<Attribute> m_attributes;
     std::size_t m_attribute = 0; // its number from 1 on; 0: the reader stands on the node itself
 };

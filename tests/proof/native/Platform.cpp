@@ -169,6 +169,11 @@ Hooks& TheHooks()
     return hooks;
 }
 
+HRESULT MakeSoundReader(REFIID id, void** reader)
+{
+    return standin::CreateComObject<FailingReader>(id, reader);
+}
+
 void SetFile(const std::wstring& path, std::string bytes)
 {
     const std::lock_guard lock(s_mutex);
@@ -216,13 +221,13 @@ HRESULT SHCreateStreamOnFileEx(const wchar_t* path, DWORD mode, DWORD, BOOL, ISt
 
 HRESULT CreateXmlReader(REFIID id, void** reader, IMalloc*)
 {
-    return TheHooks().makeReader ? TheHooks().makeReader(id, reader)
-                                 : standin::CreateComObject<native::FailingReader>(id, reader);
+    return TheHooks().makeReader ? TheHooks().makeReader(id, reader) : native::MakeSoundReader(id, reader);
 }
 
 HRESULT CreateXmlWriter(REFIID id, void** writer, IMalloc*)
 {
-    return standin::CreateComObject<native::Writer>(id, writer);
+    return TheHooks().makeWriter ? TheHooks().makeWriter(id, writer)
+                                 : standin::CreateComObject<native::Writer>(id, writer);
 }
 
 HANDLE CreateFileW(const wchar_t*, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) noexcept
@@ -293,7 +298,7 @@ void ReleaseSRWLockExclusive(SRWLOCK* lock) noexcept
 
 void GetLocalTime(SYSTEMTIME* time) noexcept
 {
-    *time = {2013, 5, 4, 16, 9, 8, 7, 6};
+    *time = {2013, 4, 2, 16, 9, 8, 7, 6};
 }
 
 DWORD GetEnvironmentVariableW(const wchar_t*, wchar_t*, DWORD) noexcept

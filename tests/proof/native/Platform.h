@@ -6,14 +6,16 @@
 #include <string>
 #include <string_view>
 
-// What stands behind the platform's names in the native proofs. The hooks and the files are set before the library is
-// called; the library may then be called from several threads.
+// What stands behind the platform's names in the native proofs. The hooks and the files are set before the
+// library is called; the library may then be called from several threads.
 namespace native {
 
 struct Hooks
 {
     // Makes XML readers; none: the tests' reader that ends as the platform's is documented to.
     std::function<HRESULT(REFIID id, void** reader)> makeReader;
+    // Makes XML writers; none: one that writes as the platform's is documented to.
+    std::function<HRESULT(REFIID id, void** writer)> makeWriter;
     // Makes the system's manifest reader; none: there is no such class.
     std::function<HRESULT(void** factory)> makeAppxFactory;
     // Looks up a resource; none: it is not found.
@@ -28,6 +30,9 @@ struct Hooks
     } overflow = Overflow::Empties;
 };
 Hooks& TheHooks();
+
+// The reader that there is without a hook.
+HRESULT MakeSoundReader(REFIID id, void** reader);
 
 void SetFile(const std::wstring& path, std::string bytes);
 std::string FileBytes(const std::wstring& path);

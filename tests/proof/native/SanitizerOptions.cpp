@@ -2,7 +2,7 @@
 extern "C" const char* __asan_default_options();
 extern "C" const char* __asan_default_options()
 {
-    return "detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1:handle_abort=1";
+    return "detect_leaks=1:strict_string_checks=1:handle_abort=1";
 }
 extern "C" const char* __tsan_default_options();
 extern "C" const char* __tsan_default_options()

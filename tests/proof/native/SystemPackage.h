@@ -44,7 +44,10 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_FullName(HSTRING* value) override { return Give(L"full name", value); }
-    HRESULT STDMETHODCALLTYPE get_FamilyName(HSTRING* value) override { return Give(m_facts.familyName, value); }
+    HRESULT STDMETHODCALLTYPE get_FamilyName(HSTRING* value) override
+    {
+        return Give(m_facts.familyName, value);
+    }
 
 private:
     PackageFacts m_facts;

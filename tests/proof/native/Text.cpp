@@ -1,5 +1,5 @@
-// The platform's and the C runtime's way with text of 16-bit characters. The wide functions of the standard stand here
-// too: those of the machine's own C library know characters of 32 bits.
+// The platform's and the C runtime's way with text of 16-bit characters. The wide functions of the standard
+// stand here too: those of the machine's own C library know characters of 32 bits.
 
 #include "Platform.h"
 
@@ -75,7 +75,8 @@ std::string ToCodePage(const wchar_t* text, std::size_t length)
     return bytes;
 }
 
-// The code point at a place of a text in UTF-8, and how many bytes it takes; U+FFFD and one byte for what is none.
+// The code point at a place of a text in UTF-8, and how many bytes it takes; U+FFFD and one byte for what is
+// none.
 unsigned FromUtf8(const unsigned char* bytes, std::size_t left, std::size_t& taken)
 {
     taken = 1;
@@ -129,8 +130,8 @@ std::wstring Formatted(const wchar_t* format, va_list arguments)
 
 } // namespace
 
-int WideCharToMultiByte(UINT codePage, DWORD, const wchar_t* text, int length, char* bytes, int size, const char*,
-                        BOOL*) noexcept
+int WideCharToMultiByte(UINT codePage, DWORD, const wchar_t* text, int length, char* bytes, int size,
+                        const char*, BOOL*) noexcept
 {
     const auto count = static_cast<std::size_t>(length);
     const bool isUtf8 = codePage == CP_UTF8 || native::TheHooks().codePage == CP_UTF8;
@@ -169,10 +170,11 @@ UINT GetACP() noexcept
     return native::TheHooks().codePage;
 }
 
-int CompareStringOrdinal(const wchar_t* left, int leftLength, const wchar_t* right, int rightLength, BOOL) noexcept
+int CompareStringOrdinal(const wchar_t* left, int leftLength, const wchar_t* right, int rightLength,
+                         BOOL) noexcept
 {
-    const bool isEqual = leftLength == rightLength &&
-                         _wcsnicmp(left, right, static_cast<std::size_t>(leftLength)) == 0;
+    const bool isEqual =
+        leftLength == rightLength && _wcsnicmp(left, right, static_cast<std::size_t>(leftLength)) == 0;
     return isEqual ? CSTR_EQUAL : CSTR_EQUAL + 1;
 }
 
@@ -351,7 +353,8 @@ int wmemcmp(const wchar_t* left, const wchar_t* right, std::size_t count) noexce
 } // extern "C"
 
 // In C++ these two have two forms each; both have the one symbol.
-extern "C" const wchar_t* NativeFind(const wchar_t* text, wchar_t character, std::size_t count) noexcept __asm__("wmemchr");
+extern "C" const wchar_t* NativeFind(const wchar_t* text, wchar_t character, std::size_t count) noexcept
+    __asm__("wmemchr");
 const wchar_t* NativeFind(const wchar_t* text, wchar_t character, std::size_t count) noexcept
 {
     const wchar_t* const end = text + count;

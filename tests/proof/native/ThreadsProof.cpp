@@ -1,5 +1,6 @@
-// Launches ask the catalogue for their exclude lists while its records change without a pause. Each list must be the one
-// that holds at some moment between the question and the answer: no record half changed, none forgotten, none twice.
+// Launches ask the catalogue for their exclude lists while its records change without a pause. Each list must
+// be the one that holds at some moment between the question and the answer: no record half changed, none
+// forgotten, none twice.
 
 #include "Platform.h"
 #include "SystemPackage.h"
@@ -71,11 +72,14 @@ struct Model
     {
         return L"app " + Number(package.number) + L" of " + Number(package.version) + L" " + Number(app);
     }
-    [[nodiscard]] static std::wstring DisplayName(const DesktopApp& app) { return L"desk app " + Number(app.number); }
+    [[nodiscard]] static std::wstring DisplayName(const DesktopApp& app)
+    {
+        return L"desk app " + Number(app.number);
+    }
 };
 
-// The lists that held, one after the other. The changing thread says beforehand what will hold, so that every list that
-// can be seen is known: those from Done() before a question to Begun() after its answer.
+// The lists that held, one after the other. The changing thread says beforehand what will hold, so that every
+// list that can be seen is known: those from Done() before a question to Begun() after its answer.
 class History
 {
 public:
@@ -117,7 +121,8 @@ private:
 class Changes
 {
 public:
-    Changes(CQanhAppNameList& list, History& history, unsigned seed) : m_list(list), m_history(history), m_random(seed)
+    Changes(CQanhAppNameList& list, History& history, unsigned seed)
+        : m_list(list), m_history(history), m_random(seed)
     {
         m_history.Begin({});
         m_history.End();
@@ -167,12 +172,13 @@ private:
         std::string manifest = "<Package><Applications>";
         for (int app = 0; app < Model::Apps(*known); ++app) {
             const std::string name = standin::ToUtf8(Model::DisplayName(*known, app));
-            manifest += "<Application><VisualElements DisplayName=\"" + name + "\"><DefaultTile ShortName=\"S " + name +
-                        "\"/></VisualElements></Application>";
+            manifest += "<Application><VisualElements DisplayName=\"" + name +
+                        "\"><DefaultTile ShortName=\"S " + name + "\"/></VisualElements></Application>";
         }
         native::SetFile(L"folder\\AppxManifest.xml", manifest + "</Applications></Package>");
         const auto version = static_cast<UINT16>(m_version);
-        auto* const package = new native::SystemPackage({L"family " + Number(number), {version, 0, 0, 0}, L"folder"});
+        auto* const package =
+            new native::SystemPackage({L"family " + Number(number), {version, 0, 0, 0}, L"folder"});
         Make([&] {
             if (FAILED(m_list.AddMetroPackage(package))) {
                 Fail("a package cannot be added", {});
@@ -190,7 +196,8 @@ private:
         }
         m_model.desktopApps.push_back({number, true});
         Make([&] {
-            if (m_list.AddDesktopApp(Model::DisplayName(m_model.desktopApps.back()).c_str(), path.c_str()) != S_OK) {
+            if (m_list.AddDesktopApp(Model::DisplayName(m_model.desktopApps.back()).c_str(), path.c_str()) !=
+                S_OK) {
                 Fail("an application cannot be added", path);
             }
         });
@@ -252,7 +259,8 @@ std::wstring AskForNames(const CQanhAppNameList& list)
     return names;
 }
 
-// Two launching threads beside the changing one, until they have asked so often, and half as many changes were made.
+// Two launching threads beside the changing one, until they have asked so often, and half as many changes
+// were made.
 void Run(const char* what, long long lists, unsigned seed)
 {
     CQanhAppNameList list;
@@ -293,9 +301,10 @@ void Run(const char* what, long long lists, unsigned seed)
     for (std::thread& thread : launches) {
         thread.join();
     }
-    proof::Figure((std::string("exclude lists asked for ") + what).c_str(), static_cast<double>(asked), "lists");
-    proof::Figure((std::string("changes of records beside them ") + what).c_str(), static_cast<double>(changes.made),
-                  "changes");
+    proof::Figure((std::string("exclude lists asked for ") + what).c_str(), static_cast<double>(asked),
+                  "lists");
+    proof::Figure((std::string("changes of records beside them ") + what).c_str(),
+                  static_cast<double>(changes.made), "changes");
     proof::Figure((std::string("of the lists, asked for while a record changed ") + what).c_str(),
                   static_cast<double>(beside), "lists");
 }

@@ -39,7 +39,8 @@ template <typename Interface> void** NativePlace(Interface** place)
 {
     return reinterpret_cast<void**>(place);
 }
-#define IID_PPV_ARGS(place) NativeId<std::remove_pointer_t<std::remove_pointer_t<decltype(place)>>>::value, NativePlace(place)
+#define IID_PPV_ARGS(place)                                                                                  \
+    NativeId<std::remove_pointer_t<std::remove_pointer_t<decltype(place)>>>::value, NativePlace(place)
 
 struct IMalloc;
 

@@ -1,5 +1,6 @@
-// The few names of the platform that the library's portable parts use, for a native build with 16-bit wchar_t. What is
-// behind them is in ../Platform.cpp: memory instead of files, the machine's own locks, no registry.
+// The few names of the platform that the library's portable parts use, for a native build with 16-bit
+// wchar_t. What is behind them is in ../Platform.cpp: memory instead of files, the machine's own locks, no
+// registry.
 #pragma once
 
 #include <cerrno>
@@ -69,7 +70,10 @@ struct SRWLOCK
 {
     pthread_rwlock_t lock;
 };
-#define SRWLOCK_INIT {PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP}
+#define SRWLOCK_INIT                                                                                         \
+    {                                                                                                        \
+        PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP                                                    \
+    }
 void AcquireSRWLockShared(SRWLOCK* lock) noexcept;
 void ReleaseSRWLockShared(SRWLOCK* lock) noexcept;
 void AcquireSRWLockExclusive(SRWLOCK* lock) noexcept;
@@ -92,8 +96,8 @@ constexpr DWORD FILE_SHARE_WRITE = 2;
 constexpr DWORD OPEN_ALWAYS = 4;
 constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 constexpr DWORD FILE_END = 2;
-HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD share, void* security, DWORD disposition, DWORD flags,
-                   HANDLE templateFile) noexcept;
+HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD share, void* security, DWORD disposition,
+                   DWORD flags, HANDLE templateFile) noexcept;
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD method) noexcept;
 BOOL WriteFile(HANDLE file, const void* data, DWORD size, DWORD* written, void* overlapped) noexcept;
 BOOL CloseHandle(HANDLE handle) noexcept;
@@ -115,7 +119,8 @@ constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x400;
 UINT GetACP() noexcept;
 int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* text, int length, char* bytes, int size,
                         const char* defaultCharacter, BOOL* usedDefault) noexcept;
-int MultiByteToWideChar(UINT codePage, DWORD flags, const char* bytes, int size, wchar_t* text, int length) noexcept;
+int MultiByteToWideChar(UINT codePage, DWORD flags, const char* bytes, int size, wchar_t* text,
+                        int length) noexcept;
 constexpr int CSTR_EQUAL = 2;
 int CompareStringOrdinal(const wchar_t* left, int leftLength, const wchar_t* right, int rightLength,
                          BOOL ignoreCase) noexcept;
@@ -124,8 +129,8 @@ DWORD CharLowerBuffW(wchar_t* text, DWORD length) noexcept;
 constexpr DWORD FORMAT_MESSAGE_IGNORE_INSERTS = 0x200;
 constexpr DWORD FORMAT_MESSAGE_FROM_SYSTEM = 0x1000;
 constexpr DWORD FORMAT_MESSAGE_MAX_WIDTH_MASK = 0xFF;
-DWORD FormatMessageW(DWORD flags, const void* source, DWORD message, DWORD language, wchar_t* text, DWORD size,
-                     va_list* arguments) noexcept;
+DWORD FormatMessageW(DWORD flags, const void* source, DWORD message, DWORD language, wchar_t* text,
+                     DWORD size, va_list* arguments) noexcept;
 
 constexpr DWORD REG_DWORD = 4;
 constexpr DWORD KEY_READ = 1;
@@ -133,8 +138,10 @@ constexpr DWORD KEY_WRITE = 2;
 #define HKEY_CURRENT_USER (reinterpret_cast<HKEY>(1))
 #define HKEY_LOCAL_MACHINE (reinterpret_cast<HKEY>(2))
 LSTATUS RegOpenKeyExW(HKEY parent, const wchar_t* path, DWORD options, DWORD access, HKEY* key) noexcept;
-LSTATUS RegQueryValueExW(HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* size) noexcept;
-LSTATUS RegSetValueExW(HKEY key, const wchar_t* name, DWORD reserved, DWORD type, const BYTE* data, DWORD size) noexcept;
+LSTATUS RegQueryValueExW(HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type, BYTE* data,
+                         DWORD* size) noexcept;
+LSTATUS RegSetValueExW(HKEY key, const wchar_t* name, DWORD reserved, DWORD type, const BYTE* data,
+                       DWORD size) noexcept;
 LSTATUS RegDeleteValueW(HKEY key, const wchar_t* name) noexcept;
 LSTATUS RegCloseKey(HKEY key) noexcept;
 

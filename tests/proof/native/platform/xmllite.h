@@ -59,7 +59,8 @@ struct IXmlWriter : public IUnknown
     virtual HRESULT STDMETHODCALLTYPE SetOutput(IUnknown* output) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetProperty(UINT property, LONG_PTR value) = 0;
     virtual HRESULT STDMETHODCALLTYPE WriteStartDocument(XmlStandalone standalone) = 0;
-    virtual HRESULT STDMETHODCALLTYPE WriteStartElement(LPCWSTR prefix, LPCWSTR name, LPCWSTR namespaceUri) = 0;
+    virtual HRESULT STDMETHODCALLTYPE WriteStartElement(LPCWSTR prefix, LPCWSTR name,
+                                                        LPCWSTR namespaceUri) = 0;
     virtual HRESULT STDMETHODCALLTYPE WriteAttributeString(LPCWSTR prefix, LPCWSTR name, LPCWSTR namespaceUri,
                                                            LPCWSTR value) = 0;
     virtual HRESULT STDMETHODCALLTYPE WriteEndElement() = 0;
