@@ -133,7 +133,7 @@ TEST_F(LifecycleUnderLoad, LaunchesLeaveNothing)
 // That is the price of the rule, and only counted; a host that does not hang must be well.
 TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
 {
-    const int count = proof::Count(3, 150);
+    const int count = proof::Count(2, 150);
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     for (int index = 0; index < 1000; ++index) {
         m_sandbox.AddUserShortcut(L"tool " + std::to_wstring(index) + L".lnk");
@@ -142,7 +142,7 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         test::HostProcess host(m_sandbox); // makes the catalogue
         EXPECT_EQ(host.Command("cycles\t1"), proof::ok);
     }
-    constexpr DWORD patience = 8000; // milliseconds
+    constexpr DWORD patience = 5000; // milliseconds
     proof::Random random;
     int terminated = 0;
     int hung = 0;

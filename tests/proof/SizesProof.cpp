@@ -128,7 +128,7 @@ protected:
 
 TEST_F(Sizes, CatalogOfManyPackages)
 {
-    const int count = proof::Count(3000, 100000);
+    const int count = proof::Count(1500, 100000);
     std::string packages;
     Names mails;
     for (int index = 0; index < count; ++index) {
@@ -354,7 +354,7 @@ TEST_F(Sizes, FullDiskKeepsTheOldCatalog)
 
 TEST_F(Sizes, FolderOfManyShortcuts)
 {
-    const int count = proof::Count(2000, 50000);
+    const int count = proof::Count(1000, 50000);
     for (int index = 0; index < count; ++index) {
         m_sandbox.AddCommonShortcut((index % 1000 == 0 ? L"mail " : L"tool ") +
                                     std::to_wstring(100000 + index) + L".lnk");
