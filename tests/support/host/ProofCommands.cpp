@@ -108,7 +108,8 @@ std::string ComeAndGo(const Fields& command)
         const HRESULT hr = g_library->initialize();
         lines += Show(hr);
         if (SUCCEEDED(hr)) {
-            lines += "\t" + Query(name);
+            lines += "\t";
+            lines += Query(name);
             pause();
             g_library->finalize();
         }
