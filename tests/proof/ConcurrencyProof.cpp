@@ -234,7 +234,8 @@ TEST_F(Concurrency, EachQueryHoldsBeforeOrAfterAChange)
     const int count = proof::Count(100, 10000);
     const std::wstring file = m_sandbox.Folder() + L"\\queries.txt";
     test::HostProcess host(m_sandbox);
-    host.Do("pane");
+    host.Do("own-desktop");
+    host.Do("quick-disk");
     ASSERT_EQ(host.Command("init"), proof::ok);
     test::WaitForFirstPass();
 

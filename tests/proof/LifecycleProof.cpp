@@ -151,7 +151,7 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         SCOPED_TRACE("round " + std::to_string(round) + ", after " + std::to_string(moment) + " ms, seed " +
                      std::to_string(proof::Seed()));
         test::HostProcess host(m_sandbox);
-        host.Do("own-clipboard");
+        host.Do("own-desktop");
         host.Do("pace\t50");
         ASSERT_EQ(host.Command("init"), proof::ok);
         ASSERT_TRUE(test::WaitUntil([] { return !test::IsFirstPassRunning(); }, 20000));

@@ -209,7 +209,7 @@ TEST_F(HostsThatComeAndGo, LoseNoRecord)
     };
     for (unsigned index = 0; index < hostCount; ++index) {
         hosts.push_back(std::make_unique<test::HostProcess>(m_sandbox));
-        hosts.back()->Do("own-clipboard");
+        hosts.back()->Do("own-desktop");
         hosts.back()->Do("pace\t20");
         hosts.back()->Do("slow-disk\t1");
     }

@@ -11,7 +11,7 @@ namespace {
 bool g_isOpen = false;
 DWORD g_stays = 0; // presses of Enter
 std::wstring g_query;
-bool g_hasOwnClipboard = false;
+bool g_hasAllOfItsOwn = false;
 
 // No window has this handle.
 HWND Pane()
@@ -57,7 +57,7 @@ HANDLE WINAPI TakeText(UINT format, HANDLE block)
         g_query = text;
         GlobalUnlock(block);
     }
-    return g_hasOwnClipboard ? block : SetClipboardData(format, block);
+    return g_hasAllOfItsOwn ? block : SetClipboardData(format, block);
 }
 
 BOOL WINAPI OpenOwn(HWND)
@@ -68,6 +68,20 @@ BOOL WINAPI OpenOwn(HWND)
 BOOL WINAPI EmptyOrCloseOwn()
 {
     return TRUE;
+}
+
+// What the stand-in's visibility object looks for.
+void ShowStartScreen()
+{
+    WNDCLASSW windowClass = {};
+    windowClass.lpfnWndProc = DefWindowProcW;
+    windowClass.lpszClassName = standin::startScreenClass;
+    RegisterClassW(&windowClass);
+    static const HWND s_window = CreateWindowExW(0, standin::startScreenClass, L"", WS_POPUP | WS_VISIBLE, 0,
+                                                 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    if (!s_window) {
+        throw std::runtime_error("no Start screen");
+    }
 }
 
 template <typename Function> void Patch(HMODULE library, const char* name, Function replacement)
@@ -81,13 +95,14 @@ template <typename Function> void Patch(HMODULE library, const char* name, Funct
 
 namespace host {
 
-void OwnPane::Install(HMODULE library, bool hasOwnClipboard)
+void OwnPane::Install(HMODULE library, bool hasAllOfItsOwn)
 {
-    g_hasOwnClipboard = hasOwnClipboard;
-    if (hasOwnClipboard) {
+    g_hasAllOfItsOwn = hasAllOfItsOwn;
+    if (hasAllOfItsOwn) {
         Patch(library, "OpenClipboard", &OpenOwn);
         Patch(library, "EmptyClipboard", &EmptyOrCloseOwn);
         Patch(library, "CloseClipboard", &EmptyOrCloseOwn);
+        ShowStartScreen();
     }
     Patch(library, "SendInput", &TakeKeys);
     Patch(library, "GetForegroundWindow", &Foreground);

@@ -12,8 +12,9 @@ namespace host {
 class OwnPane
 {
 public:
-    // The clipboard is the real one, or one of the host's own too, for hosts that ask at the same time.
-    static void Install(HMODULE library, bool hasOwnClipboard = false);
+    // The clipboard is the real one and no Start screen is shown; or both are the host's own too, for hosts
+    // that ask at the same time, or often.
+    static void Install(HMODULE library, bool hasAllOfItsOwn = false);
 
     // So many presses of Enter leave the pane open from here on.
     static void Stay(DWORD presses);

@@ -166,7 +166,7 @@ std::optional<std::string> CarryOutForProof(Library& library, const Fields& comm
              Pace::Install(l.module);
              return OwnPane::Install(l.module), std::string("ok");
          }},
-        {"own-clipboard",
+        {"own-desktop",
          [](Library& l, const Fields&) {
              Pace::Install(l.module);
              return OwnPane::Install(l.module, true), std::string("ok");
@@ -179,6 +179,7 @@ std::optional<std::string> CarryOutForProof(Library& library, const Fields& comm
         {"init-at", [](Library&, const Fields& c) { return InitializeAt(c); }},
         {"loads", LoadRepeatedly},
         {"disk", [](Library&, const Fields& c) { return FillDisk(std::stoll(c.at(1))), std::string("ok"); }},
+        {"quick-disk", [](Library& l, const Fields&) { return QuickenDisk(l.module), std::string("ok"); }},
         {"dead-share",
          [](Library& l, const Fields& c) { return HangShare(l.module, Number(c, 1)), std::string("ok"); }},
         {"finalize-in-pass",

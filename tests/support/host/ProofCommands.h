@@ -23,6 +23,7 @@ namespace host {
 //                               INITIALISES is 1: the first failure or 0x00000000, with the library
 //                               loaded at the end
 //   disk BYTES                  the space that files still have (Trouble.h): "ok"
+//   quick-disk                  the library does not wait for the disk (Trouble.h): "ok"
 //   dead-share MILLISECONDS     what lies on \\dead\ takes that long (Trouble.h): "ok"
 //   finalize-in-pass            the refresh thread calls QanhFinalize in its next pass (Trouble.h): "ok"
 //   crash                       an access violation on another thread; no answer

@@ -10,6 +10,9 @@ namespace host {
 // From here on files can take so many bytes more, all together; then the disk is full. The log counts too.
 void FillDisk(LONGLONG bytesLeft);
 
+// From here on the library need not wait until something is on the disk.
+void QuickenDisk(HMODULE library);
+
 // From here on each question to the file system about what lies below \\dead\ takes so long; then there is
 // nothing. What asks is the library.
 void HangShare(HMODULE library, DWORD milliseconds);
