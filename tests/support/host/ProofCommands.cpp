@@ -37,14 +37,19 @@ std::string Query(const std::wstring& name)
     return hr == S_OK ? test::ToUtf8(host::OwnPane::Query()) : Show(hr);
 }
 
+// QanhIsInstalled's answer and the display name.
 std::string AboutPackage(const std::wstring& family)
 {
     BOOL isInstalled = 7;
     wchar_t* name = nullptr;
-    std::string text =
-        "\t" + Show(g_library->isInstalled(family.c_str(), &isInstalled)) + " " + std::to_string(isInstalled);
-    text += "\t" + Show(g_library->getDisplayName(family.c_str(), &name));
-    text += name ? " " + test::ToUtf8(name) : "";
+    std::string text = Show(g_library->isInstalled(family.c_str(), &isInstalled));
+    text += isInstalled == 7 ? " 7" : isInstalled ? " 1" : " 0";
+    text += '\t';
+    text += Show(g_library->getDisplayName(family.c_str(), &name));
+    if (name) {
+        text += ' ';
+        text += test::ToUtf8(name);
+    }
     g_library->releaseString(name);
     return text;
 }
@@ -55,7 +60,12 @@ std::string Queries(const Fields& command)
     const std::wstring family = command.size() > 4 ? test::FromUtf8(command[4]) : L"";
     std::string lines;
     for (DWORD index = 0; index < Number(command, 1); ++index) {
-        lines += Query(name) + (family.empty() || index % 10 != 0 ? "" : AboutPackage(family)) + "\n";
+        lines += Query(name);
+        if (!family.empty() && index % 10 == 0) {
+            lines += '\t';
+            lines += AboutPackage(family);
+        }
+        lines += '\n';
     }
     test::WriteFileBytes(test::FromUtf8(command.at(3)), lines);
     return "ok";
