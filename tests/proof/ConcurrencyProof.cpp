@@ -239,7 +239,7 @@ private:
 
 TEST_F(Concurrency, EachQueryHoldsBeforeOrAfterAChange)
 {
-    const int count = proof::Count(100, 10000);
+    const int count = proof::Count(300, 10000);
     const std::wstring file = m_sandbox.Folder() + L"\\queries.txt";
     test::HostProcess host(m_sandbox);
     host.Do("own-desktop");

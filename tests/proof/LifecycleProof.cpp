@@ -142,7 +142,7 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         test::HostProcess host(m_sandbox); // makes the catalogue
         EXPECT_EQ(host.Command("cycles\t1"), proof::ok);
     }
-    constexpr DWORD patience = 5000; // milliseconds
+    constexpr DWORD patience = 8000; // milliseconds
     proof::Random random;
     int terminated = 0;
     int hung = 0;
@@ -154,7 +154,7 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         host.Do("own-desktop");
         host.Do("pace\t50");
         ASSERT_EQ(host.Command("init"), proof::ok);
-        ASSERT_TRUE(test::WaitUntil([] { return !test::IsFirstPassRunning(); }, 20000));
+        ASSERT_TRUE(test::WaitUntil([] { return !test::IsFirstPassRunning(); }, 60000));
         Sleep(moment);
         host.Do("pace\t30000");
         try {
