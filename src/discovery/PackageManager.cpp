@@ -51,6 +51,10 @@ HRESULT CQanhPackageManager::Initialize() noexcept
         GiveUpOwnership();
         return LogOut(kInitializeName, E_FAIL);
     }
+    // Another process takes its turn when it is the catalogue file that it reads: a third one may be saving
+    // it.
+    const CatalogTurn readersTurn =
+        !isOwner && std::wcscmp(path, catalogPath) == 0 ? CatalogTurn(catalogPath) : CatalogTurn();
     // The file holds all of it: what an earlier start left in memory would be there twice.
     HRESULT hr = m_isCatalogUsed ? m_AppNameList.Reload(path) : m_AppNameList.Load(path);
     m_isCatalogUsed = true;

@@ -28,10 +28,11 @@ public:
     CQanhPackageManager& operator=(const CQanhPackageManager&) = delete;
 
     // Loads the catalogue and, in the first process of this executable (the owner), starts the refresh
-    // thread. The owner waits for the end of another process's save first, 5 s at most, and brings back what
-    // a save that was cut off has left. S_OK; S_FALSE when the thread runs already, or in another process
-    // when the file was read to its end; E_FAIL when neither file can be found or the thread cannot be
-    // started; otherwise the failure of the load, which an owner whose thread runs does not report.
+    // thread. Whoever is to read the catalogue file waits for the end of another process's save first, 5 s at
+    // most; the owner brings back what a save that was cut off has left. S_OK; S_FALSE when the thread runs
+    // already, or in another process when the file was read to its end; E_FAIL when neither file can be found
+    // or the thread cannot be started; otherwise the failure of the load, which an owner whose thread runs
+    // does not report.
     [[nodiscard]] HRESULT Initialize() noexcept;
 
     // Waits for the first refresh pass (10 s at most), then stops the thread: 30 s after that it is

@@ -1,5 +1,6 @@
 // Saves that are cut off, and saves of two processes at once: the next start has every record.
 #include "support/Text.h"
+#include "system/FirstPassOfAnother.h"
 #include "system/Passes.h"
 #include "system/StoreCatalog.h"
 
@@ -140,6 +141,31 @@ TEST_F(CatalogSave, OfTwoProcessesAtOnceAreDoneInTurns)
         // Both are killed, in whatever they do.
     }
     ExpectEveryRecordAtTheNextStart();
+}
+
+// A process that found another one in its first pass, which is over now: it reads the catalogue that a third
+// one saves.
+TEST_F(CatalogSave, IsWaitedForByAProcessThatDoesNotRefresh)
+{
+    m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
+    test::HostProcess next(m_sandbox);
+    test::HostProcess host(m_sandbox);
+    EXPECT_EQ(host.Command("init"), ok);
+    test::WaitForFirstPass();
+    test::FirstPassOfAnother firstPass;
+    host.Do(longPause);
+    WaitForTheMiddleOfASave();
+    const std::size_t offset = m_sandbox.LogLength();
+    next.Send("init");
+    ASSERT_TRUE(test::WaitUntil(
+        [&] {
+            return test::ReadFileBytes(m_sandbox.LogFile()).find("ERROR_ALREADY_EXISTS", offset) !=
+                   std::string::npos;
+        },
+        15000));
+    firstPass.End();
+    EXPECT_EQ(next.Answer(), "0x00000001");
+    next.Do("finalize");
 }
 
 TEST_F(CatalogSave, CutOffWhileAnotherProcessStartsLeavesThatOneEveryRecord)

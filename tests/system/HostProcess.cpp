@@ -104,8 +104,13 @@ std::string HostProcess::Search(std::string_view name, int mode, bool useExclude
 DWORD HostProcess::Exit(int code)
 {
     Do("exit\t" + std::to_string(code));
+    return WaitForEnd();
+}
+
+DWORD HostProcess::WaitForEnd(DWORD timeout)
+{
     DWORD exitCode = STILL_ACTIVE;
-    if (WaitForSingleObject(m_process.process, 10000) != WAIT_OBJECT_0) {
+    if (WaitForSingleObject(m_process.process, timeout) != WAIT_OBJECT_0) {
         Fail("does not end");
     }
     GetExitCodeProcess(m_process.process, &exitCode);

@@ -38,6 +38,8 @@ public:
 
     // Lets the process end by itself and returns its exit code.
     DWORD Exit(int code = 0);
+    // Its exit code when it ends without being asked; throws when it does not.
+    DWORD WaitForEnd(DWORD timeout = 10000);
 
     [[nodiscard]] DWORD ProcessId() const { return m_process.id; }
     // Whether the event exists by which the refresh thread is told to stop: while the library is up as an

@@ -184,6 +184,13 @@ TEST_F(Lifecycle, CyclesInTheFirstProcessLeaveNothingBehind)
     ExpectNothingLeft(host, "cycles\t5", host.Measure("handles") - before);
 }
 
+TEST_F(Lifecycle, LoadsLeaveNothingBehind)
+{
+    test::HostProcess host(m_sandbox);
+    EXPECT_EQ(host.Command("loads\t2\t0"), ok);
+    ExpectNothingLeft(host, "loads\t5\t0", 0);
+}
+
 TEST_F(Lifecycle, CyclesInAnotherProcessLeaveNothingBehind)
 {
     test::WriteFileBytes(m_sandbox.PresetFile(), test::emptyCatalog);

@@ -6,6 +6,7 @@
 #include "support/host/Library.h"
 #include "support/host/LogGate.h"
 #include "support/host/Measures.h"
+#include "support/host/ProofCommands.h"
 #include "support/host/SlowDisk.h"
 
 #include <algorithm>
@@ -307,7 +308,7 @@ std::string Commands::Manage(const Fields& command)
         m_exitCode = static_cast<int>(Number(command, 1));
         m_isOver = true;
     } else {
-        return {};
+        return CarryOutForProof(g_library, command).value_or("");
     }
     return "ok";
 }

@@ -49,9 +49,9 @@ namespace host {
 //                               before "into", separated by "and"; all answers, the last command's at the
 //                               end, joined by " and "
 //
-// An HRESULT is written as 0x%08X. An exception that left the library is answered with "exception", a command
-// that could not be carried out with "error" and the reason. In front of the answer of a thread whose
-// apartment is not what it was stands "apartment changed".
+// and those in ProofCommands.h. An HRESULT is written as 0x%08X. An exception that left the library is
+// answered with "exception", a command that could not be carried out with "error" and the reason. In front of
+// the answer of a thread whose apartment is not what it was stands "apartment changed".
 class Commands
 {
 public:

@@ -10,6 +10,7 @@
 #include <tlhelp32.h>
 #include <winstring.h>
 
+#include <algorithm>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -43,6 +44,21 @@ struct HandleList
 
 constexpr GUID activationFactory = {0x00000035, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 constexpr wchar_t packageManagerClass[] = L"Windows.Management.Deployment.PackageManager";
+
+// The platform's table of all GDI objects, as it stands in each process on 64 bits.
+constexpr std::size_t gdiTablePlace = 0xF8; // in the process's environment block
+constexpr std::size_t gdiTableSize = 1 << 16;
+
+struct GdiEntry
+{
+    ULONG64 object;
+    USHORT processId;
+    USHORT count;
+    USHORT upper;
+    BYTE type; // 0: the place is free
+    BYTE flags;
+    ULONG64 user;
+};
 
 [[noreturn]] void Fail(const std::string& what)
 {
@@ -130,6 +146,42 @@ std::size_t HeapBytes()
     const HANDLE processHeap = GetProcessHeap();
     const auto crtHeap = reinterpret_cast<HANDLE>(_get_heap_handle());
     return BusyBytes(processHeap) + (crtHeap == processHeap ? 0 : BusyBytes(crtHeap));
+}
+
+std::size_t CountGdiObjects()
+{
+    if (const DWORD counted = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)) {
+        return counted;
+    }
+    const auto environmentBlock =
+        standin::FunctionOf<const BYTE*(WINAPI*)()>(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb");
+    if (!environmentBlock) {
+        Fail("the platform counts no GDI objects");
+    }
+    const auto* table = *reinterpret_cast<const GdiEntry* const*>(environmentBlock() + gdiTablePlace);
+    const auto count = static_cast<std::size_t>(std::count_if(
+        table, table + (table ? gdiTableSize : 0), [](const GdiEntry& entry) { return entry.type != 0; }));
+    if (count == 0) {
+        Fail("the platform counts no GDI objects");
+    }
+    return count;
+}
+
+std::size_t CountWindows()
+{
+    std::size_t count = 0;
+    const auto add = [](HWND window, LPARAM parameter) -> BOOL {
+        DWORD processId = 0;
+        GetWindowThreadProcessId(window, &processId);
+        *reinterpret_cast<std::size_t*>(parameter) += processId == GetCurrentProcessId();
+        return TRUE;
+    };
+    EnumWindows(add, reinterpret_cast<LPARAM>(&count));
+    for (HWND window = nullptr;
+         (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;) {
+        add(window, reinterpret_cast<LPARAM>(&count));
+    }
+    return count;
 }
 
 void LookUpPackageManagerClass()

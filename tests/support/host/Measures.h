@@ -12,6 +12,11 @@ namespace host {
 // Bytes of all blocks in use of the process's heap and of the C runtime's.
 [[nodiscard]] std::size_t HeapBytes();
 
+// Pens, brushes, bitmaps and the like.
+[[nodiscard]] std::size_t CountGdiObjects();
+// Top-level windows, and those that are there for messages only.
+[[nodiscard]] std::size_t CountWindows();
+
 // Asks the platform for the package manager's class and lets it go: what the platform itself keeps of that is
 // no leak of the library's.
 void LookUpPackageManagerClass();
