@@ -1,7 +1,7 @@
 #pragma once
 
 #include "catalog/WantedName.h"
-#include "common/MemoryPool.h"
+#include "common/Pooled.h"
 #include "common/WideString.h"
 
 #include <windows.h>

@@ -132,7 +132,7 @@ private:
     [[nodiscard]] static bool HasShortcut(const Lists& lists, const wchar_t* path) noexcept;
     [[nodiscard]] HRESULT AddStorePackage(platform::IPackage* pStorePackage);
     [[nodiscard]] HRESULT RefreshPackage(const CQanhPackage& package, const StoreIdentity& identity);
-    // Calls change(record) with a record of the list, under the lock for changes.
+    // Calls change(record) with a record of the list, under the lock for changes. Takes no memory.
     template <typename Change> void ChangePackage(const CQanhPackage& package, Change change);
     // What Load() and Reload() have in common; readWith(reader) is called once the file is open, and its
     // status is the result.
@@ -144,8 +144,9 @@ private:
     static void AppendPackage(std::unique_ptr<CQanhPackage> package, Lists& lists, MemoryPool& pool) noexcept;
     [[nodiscard]] static HRESULT ReadDesktopApps(IXmlReader* pReader, Lists& lists,
                                                  MemoryPool& pool) noexcept;
-    // Calls readInto(lists) and appends what the lists hold then, whatever the result.
-    template <typename ReadInto> [[nodiscard]] HRESULT AppendRead(ReadInto readInto) noexcept;
+    // Calls readInto(lists), with lists that have the room that is left in these, and appends what they hold
+    // then, whatever the result. Throws when there is no memory to begin with.
+    template <typename ReadInto> [[nodiscard]] HRESULT AppendRead(ReadInto readInto);
 
     const std::size_t m_listLimit;
     mutable Guarded<Lists> m_lists; // a look-up may have to complete the indexes

@@ -4,6 +4,7 @@
 #include "catalog/CatalogXml.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
+#include "common/MemoryPool.h"
 #include "common/OutOfMemory.h"
 #include "common/Xml.h"
 
@@ -94,7 +95,7 @@ HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
 {
     return LoadWith(path, [this](IXmlReader* reader) {
         Lists fresh(m_listLimit, m_listLimit);
-        const HRESULT hr = ReadNodes(reader, fresh);
+        const HRESULT hr = CatchOutOfMemory([&] { return ReadNodes(reader, fresh); });
         // The old records go with the other lists, when the lock is free again.
         const auto lists = m_lists.Write();
         lists->packages.Swap(fresh.packages);
@@ -103,7 +104,7 @@ HRESULT CQanhAppNameList::Reload(const wchar_t* path) noexcept
     });
 }
 
-template <typename ReadInto> HRESULT CQanhAppNameList::AppendRead(ReadInto readInto) noexcept
+template <typename ReadInto> HRESULT CQanhAppNameList::AppendRead(ReadInto readInto)
 {
     Lists read = [this] {
         const auto lists = m_lists.Read();
@@ -166,9 +167,11 @@ void CQanhAppNameList::AppendPackage(std::unique_ptr<CQanhPackage> package, List
 
 HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader) noexcept
 {
-    return AppendRead([pReader](Lists& lists) {
-        MemoryPool pool;
-        return ReadDesktopApps(pReader, lists, pool);
+    return CatchOutOfMemory([&] {
+        return AppendRead([pReader](Lists& lists) {
+            MemoryPool pool;
+            return ReadDesktopApps(pReader, lists, pool);
+        });
     });
 }
 

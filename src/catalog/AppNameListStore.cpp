@@ -83,11 +83,29 @@ HRESULT CQanhAppNameList::AddStorePackage(platform::IPackage* pStorePackage)
     return AddMetroPackage(std::move(package));
 }
 
+namespace {
+
+// The package that a look-up for this name finds, without a line in the log. Null when there is none.
+template <typename Packages>
+CQanhPackage* RecordOf(Packages& packages, const WideString& packageFamilyName) noexcept
+{
+    if (packages.IsIndexComplete()) {
+        return packages.Index().Find(packageFamilyName.View());
+    }
+    for (auto& package : packages) {
+        if (package->PackageFamilyName == packageFamilyName) {
+            return package.get();
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
 template <typename Change> void CQanhAppNameList::ChangePackage(const CQanhPackage& package, Change change)
 {
     const auto lists = m_lists.Write();
-    lists->packages.CompleteIndex();
-    if (CQanhPackage* record = lists->packages.Index().Find(package.PackageFamilyName.View())) {
+    if (CQanhPackage* record = RecordOf(lists->packages, package.PackageFamilyName)) {
         change(*record);
     }
 }

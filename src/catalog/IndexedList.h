@@ -8,8 +8,6 @@
 #include <memory>
 #include <utility>
 
-class MemoryPool;
-
 // An owned list with an index of its elements. The index has Add(element), which may throw and leaves it as
 // before then, Clear() and Swap(); what it knows an element by must not change while the element is in the
 // list. It knows all elements, or all but the last ones: those of a file come into it together, when it is
@@ -44,12 +42,14 @@ public:
         ++m_unindexed;
     }
 
-    // Takes over what the other list holds; the size limit does not count. The index lags behind.
+    // Takes over what the other list holds, whose index must be empty. The size limit does not count: the
+    // caller has asked for the room before it filled the other list, and nobody adds elements meanwhile. The
+    // index lags behind.
     void AppendAll(IndexedList& other) noexcept
     {
         m_unindexed += other.m_list.Size();
         m_list.AppendAll(other.m_list);
-        other.Clear();
+        other.m_unindexed = 0;
     }
 
     // How many more elements the list takes.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/MemoryPool.h"
+#include "common/Pooled.h"
 
 #include <cstddef>
 #include <list>

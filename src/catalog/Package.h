@@ -3,7 +3,7 @@
 #include "catalog/App.h"
 #include "catalog/MetroApp.h"
 #include "catalog/OwnedList.h"
-#include "common/MemoryPool.h"
+#include "common/Pooled.h"
 #include "common/WideString.h"
 
 #include <windows.h>

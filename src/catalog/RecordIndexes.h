@@ -4,6 +4,7 @@
 #include "catalog/Package.h"
 #include "common/CaseInsensitiveSet.h"
 
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -15,18 +16,25 @@ class PackageIndex
 public:
     void Add(CQanhPackage& package)
     {
-        if (!package.PackageFamilyName.empty()) {
-            m_packages.emplace(package.PackageFamilyName.View(), &package);
+        if (package.PackageFamilyName.empty()) {
+            return;
         }
+        if (!m_packages) {
+            m_packages = std::make_unique<Packages>();
+        }
+        m_packages->emplace(package.PackageFamilyName.View(), &package);
     }
-    void Clear() noexcept { m_packages = decltype(m_packages)(); } // gives its memory back too
+    void Clear() noexcept { m_packages.reset(); } // gives its memory back too
     void Swap(PackageIndex& other) noexcept { m_packages.swap(other.m_packages); }
 
     // Null when there is none.
     [[nodiscard]] const CQanhPackage* Find(std::wstring_view packageFamilyName) const noexcept
     {
-        const auto found = m_packages.find(packageFamilyName);
-        return found != m_packages.end() ? found->second : nullptr;
+        if (!m_packages) {
+            return nullptr;
+        }
+        const auto found = m_packages->find(packageFamilyName);
+        return found != m_packages->end() ? found->second : nullptr;
     }
     [[nodiscard]] CQanhPackage* Find(std::wstring_view packageFamilyName) noexcept
     {
@@ -34,7 +42,10 @@ public:
     }
 
 private:
-    std::unordered_map<std::wstring_view, CQanhPackage*> m_packages;
+    using Packages = std::unordered_map<std::wstring_view, CQanhPackage*>;
+
+    // Null while it knows none: the making of an empty map takes memory with some C++ libraries.
+    std::unique_ptr<Packages> m_packages;
 };
 
 // Which shortcuts the catalogue's desktop applications have, ignoring case.

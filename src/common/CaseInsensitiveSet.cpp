@@ -13,20 +13,23 @@ constexpr std::size_t kFirstSlots = 16; // a power of two
 constexpr wchar_t kFirstNonAscii = 0x80;
 constexpr wchar_t kFirstOfTwoBytes = 0x100;
 
-[[nodiscard]] constexpr wchar_t LowerAscii(wchar_t character) noexcept
+// The letter i is the other case of one outside of ASCII where the locale's code page is Turkish.
+[[nodiscard]] constexpr wchar_t FoldLetter(wchar_t character) noexcept
 {
-    return L'A' <= character && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A'))
-                                                  : character;
+    const wchar_t lower =
+        L'A' <= character && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A')) : character;
+    return lower == L'i' ? kFirstNonAscii : lower;
 }
 
 // Locales differ in which letters outside of ASCII they lower. Those of a wide range they lower as the system
-// does or not at all, those below it by the locale's code page, in which any can be the other case of any.
+// does or not at all, those below it by the locale's code page, in which any can be the other case of any,
+// or of i.
 void FoldNonAscii(wchar_t* text, std::size_t length) noexcept
 {
     CharLowerBuffW(text, static_cast<DWORD>(length));
     std::transform(text, text + length, text, [](wchar_t character) {
         return kFirstNonAscii <= character && character < kFirstOfTwoBytes ? kFirstNonAscii
-                                                                           : LowerAscii(character);
+                                                                           : FoldLetter(character);
     });
 }
 
@@ -38,7 +41,7 @@ void Fold(wchar_t* text, std::size_t length) noexcept
         bits = static_cast<wchar_t>(bits | text[i]);
     }
     if (bits < kFirstNonAscii) {
-        std::transform(text, text + length, text, LowerAscii);
+        std::transform(text, text + length, text, FoldLetter);
     } else {
         FoldNonAscii(text, length);
     }

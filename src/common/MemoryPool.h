@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <cstdlib>
 #include <limits>
 #include <new>
 
@@ -10,7 +11,8 @@
 // as the records of a file with their texts: they are cut from large chunks, which takes much less than an
 // allocation each and keeps them together. Small blocks do not share a chunk with large ones: who reads one
 // small thing after the other finds them side by side. A chunk is freed with the last of its blocks, which
-// may outlive the pool. The pool belongs to one thread; blocks may be freed on any.
+// may outlive the pool. The pool belongs to one thread; blocks may be freed on any. Where there is no memory
+// for a chunk, a block is an allocation of its own: only what finds no memory itself is lost.
 class MemoryPool
 {
 public:
@@ -24,8 +26,12 @@ public:
     [[nodiscard]] static void* Allocate(MemoryPool* pool, std::size_t size)
     {
         const std::size_t whole = (sizeof(Head) + size + sizeof(Head) - 1) / sizeof(Head) * sizeof(Head);
-        return pool && whole <= kLargestBlock ? pool->ChunkFor(whole).Cut(whole)
-                                              : new (::operator new(whole)) Head{nullptr} + 1;
+        if (pool && whole <= kLargestBlock) {
+            if (void* block = pool->ChunkFor(whole).Cut(whole)) {
+                return block;
+            }
+        }
+        return new (::operator new(whole)) Head{nullptr} + 1;
     }
 
     static void Free(void* block) noexcept
@@ -60,7 +66,7 @@ private:
     static void Release(Chunk* chunk, std::size_t references) noexcept
     {
         if (chunk->references.fetch_sub(references, std::memory_order_acq_rel) == references) {
-            ::operator delete(chunk);
+            std::free(chunk);
         }
     }
 
@@ -73,12 +79,17 @@ private:
         OpenChunk(const OpenChunk&) = delete;
         OpenChunk& operator=(const OpenChunk&) = delete;
 
-        [[nodiscard]] void* Cut(std::size_t whole)
+        // Null when there is no memory.
+        [[nodiscard]] void* Cut(std::size_t whole) noexcept
         {
             if (whole > m_free) {
                 // Little is left over at the end when a chunk is a small part of what is there already.
                 const std::size_t size = std::clamp(m_total / 16, kSmallestChunk, kLargestChunk);
-                void* memory = ::operator new(size);
+                // Not by operator new, which would give up the reserve for what can be done without.
+                void* memory = std::malloc(size);
+                if (!memory) {
+                    return nullptr;
+                }
                 Close();
                 m_chunk = new (memory) Chunk{{kOpen}};
                 m_next = static_cast<char*>(memory) + sizeof(Chunk);
@@ -115,36 +126,4 @@ private:
 
     OpenChunk m_small;
     OpenChunk m_large;
-};
-
-// What derives from it can be made in a pool: new (pool) Thing(...).
-class PoolObject
-{
-public:
-    static void* operator new(std::size_t size) { return MemoryPool::Allocate(nullptr, size); }
-    static void* operator new(std::size_t size, MemoryPool* pool) { return MemoryPool::Allocate(pool, size); }
-    static void operator delete(void* block) noexcept { MemoryPool::Free(block); }
-    static void operator delete(void* block, MemoryPool*) noexcept { MemoryPool::Free(block); }
-};
-
-// For containers whose elements shall be blocks of a pool. All are equal: each frees what any has allocated.
-template <typename Value> struct PoolAllocator
-{
-    using value_type = Value;
-
-    explicit PoolAllocator(MemoryPool* memoryPool = nullptr) noexcept : pool(memoryPool) {}
-    template <typename Other>
-    explicit PoolAllocator(const PoolAllocator<Other>& other) noexcept : pool(other.pool)
-    {
-    }
-
-    [[nodiscard]] Value* allocate(std::size_t count)
-    {
-        return static_cast<Value*>(MemoryPool::Allocate(pool, count * sizeof(Value)));
-    }
-    void deallocate(Value* block, std::size_t) noexcept { MemoryPool::Free(block); }
-
-    friend bool operator==(const PoolAllocator&, const PoolAllocator&) noexcept { return true; }
-
-    MemoryPool* pool;
 };

@@ -45,8 +45,9 @@ struct NodePlace
 // True when the node at hand is an element (S_OK from the reader and the type "element").
 [[nodiscard]] bool IsElement(IXmlReader* reader);
 
-// Names match as a whole, ignoring the case of letters.
+// What is left to NamesEqual() when the lengths, which must be the same here, have been looked at.
 [[nodiscard]] bool NamesOfOneLengthEqual(std::wstring_view name, std::wstring_view expected);
+// Names match as a whole, ignoring the case of letters.
 [[nodiscard]] inline bool NamesEqual(std::wstring_view name, std::wstring_view expected)
 {
     return name.size() == expected.size() && NamesOfOneLengthEqual(name, expected);
@@ -61,7 +62,6 @@ class Value : public std::wstring_view
 public:
     Value(const wchar_t* text, std::size_t length) noexcept : std::wstring_view(text, length) {}
     [[nodiscard]] const wchar_t* c_str() const noexcept { return data(); }
-    operator const wchar_t*() const noexcept { return data(); }
 };
 
 // Calls visit(name, value) for each attribute of the element at hand, in document order, until there are no

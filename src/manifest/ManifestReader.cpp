@@ -186,12 +186,11 @@ HRESULT CQanhManifestReader::GetAttributeValueByName(IXmlReader* pReader, const 
     if (!pReader) {
         return LogOut(kName, E_POINTER);
     }
-    return LogOut(kName,
-                  Xml::ForEachAttribute(pReader, [&](std::wstring_view attribute, const wchar_t* text) {
+    return LogOut(kName, Xml::ForEachAttribute(pReader, [&](std::wstring_view attribute, Xml::Value text) {
                       if (!Xml::NamesEqual(attribute, name)) {
                           return false;
                       }
-                      value = text;
+                      value = text.c_str();
                       return true;
                   }));
 }

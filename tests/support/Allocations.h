@@ -17,6 +17,7 @@ struct AllocationState
 {
     DWORD thread = 0; // that is watched
     std::size_t failingIndex = 0;
+    std::size_t failures = 0;
     std::size_t next = 0;
     bool failed = false;
     std::array<void*, 2000> blocks{};
@@ -30,8 +31,8 @@ class AllocationWatch
 public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    // The allocation of this index (0 is the first) fails.
-    explicit AllocationWatch(std::size_t failingIndex = kNone)
+    // So many allocations from this index on (0 is the first) fail.
+    explicit AllocationWatch(std::size_t failingIndex = kNone, std::size_t failures = 1)
         : m_malloc("malloc", Allocate), m_free("free", Free)
     {
         // An operation that finds it missing takes it again, and keeps it.
@@ -43,6 +44,7 @@ public:
             s_state = AllocationState();
         }
         s_state.failingIndex = failingIndex;
+        s_state.failures = failures;
         s_state.thread = GetCurrentThreadId();
     }
     ~AllocationWatch() { s_state.thread = 0; }
@@ -69,7 +71,8 @@ private:
         if (GetCurrentThreadId() != s_state.thread) {
             return s_malloc(size);
         }
-        if (s_state.next++ == s_state.failingIndex) {
+        const std::size_t index = s_state.next++;
+        if (index >= s_state.failingIndex && index - s_state.failingIndex < s_state.failures) {
             s_state.failed = true;
             return nullptr;
         }

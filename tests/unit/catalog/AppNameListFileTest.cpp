@@ -118,6 +118,21 @@ TEST_F(AppNameListFile, IsOutOfMemoryWhenTheReadingRaisesAnything)
     EXPECT_EQ(reader.Reader().references, 0u);
 }
 
+TEST_F(AppNameListFile, KeepsWhatWasReadBeforeTheReadingRaisedAnything)
+{
+    WriteFileBytes(m_path, "<r><Package PackageFamilyName='new_1'/><x/><Package/></r>");
+    for (const auto load : {&CQanhAppNameList::Load, &CQanhAppNameList::Reload}) {
+        CQanhAppNameList list;
+        EXPECT_EQ(list.AddDesktopApp(L"old", L"C:\\old.lnk"), S_OK);
+        BrokenReader reader;
+        reader.prepares = [](ReaderProbe& probe) { probe.Raise("Read", 3); };
+        EXPECT_EQ((list.*load)(m_path.c_str()), E_OUTOFMEMORY);
+        EXPECT_THAT(Names(list.PackageFamilyNames()), ElementsAre(L"new_1"));
+        // A reload puts what it has read in the place of the rest.
+        EXPECT_EQ(list.DesktopShortcuts().size(), load == &CQanhAppNameList::Reload ? 0u : 1u);
+    }
+}
+
 TEST_F(AppNameListFile, EndsWhenTheReaderKnowsNoNodeType)
 {
     // Some readers report the end of their input there.
@@ -158,6 +173,38 @@ TEST_F(AppNameListFile, ReadsOnWhenTheListsAreFull)
     EXPECT_EQ(list.PackageFamilyNames().size(), 1u);
     EXPECT_EQ(list.DesktopShortcuts().size(), 1u);
     EXPECT_EQ(list.GetPackage(L"a_1")->Apps().Size(), 1u);
+}
+
+TEST_F(AppNameListFile, ReadsUpToTheLimitOfListsThatHoldRecordsAlready)
+{
+    CQanhAppNameList list(2);
+    EXPECT_EQ(list.AddMetroPackage(std::make_unique<CQanhPackage>(L"a_1", RecordVersion(), FALSE, TRUE)),
+              S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
+    WriteFileBytes(m_path, "<r><Package PackageFamilyName='b_1'/><Package PackageFamilyName='c_1'/>"
+                           "<DesktopApps><DesktopApp LnkFileName='C:\\b.lnk'/>"
+                           "<DesktopApp LnkFileName='C:\\c.lnk'/></DesktopApps></r>");
+    const auto package = Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)");
+    const auto placed = Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)");
+    const auto refused = Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)");
+    const auto app = Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)");
+    const std::string noPlace = "CQanhAppNameList::ReadDesktopApps Error (0x8007000E)";
+    const auto apps = [&](const std::vector<std::string>& first) {
+        return Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x00000000)", {app, first, app, noPlace});
+    };
+    const auto load = [&](const std::vector<std::string>& firstPackage,
+                          const std::vector<std::string>& firstApp) {
+        return Step("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "OUT(0x00000001)",
+                    {package, firstPackage, package, refused, apps(firstApp)});
+    };
+    // The second time there is room for none.
+    for (const auto& lines : {load(placed, {}), load(refused, {noPlace})}) {
+        const LogCapture log;
+        EXPECT_EQ(list.Load(m_path.c_str()), S_FALSE);
+        EXPECT_EQ(log.Lines(), lines);
+        EXPECT_THAT(Names(list.PackageFamilyNames()), ElementsAre(L"a_1", L"b_1"));
+        EXPECT_THAT(Names(list.DesktopShortcuts()), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
+    }
 }
 
 TEST_F(AppNameListFile, ReadsDesktopAppsUpToTheEndOfTheirCollection)

@@ -35,7 +35,8 @@ class AppNameListIndex : public testing::Test
 protected:
     std::wstring AnyShortcut()
     {
-        return Any({L"C:\\a.lnk", L"c:\\A.LNK", L"C:\\B.url", L"C:\\メ.lnk", L"é", L"É"});
+        return Any({L"C:\\a.lnk", L"c:\\A.LNK", L"C:\\B.url", L"C:\\メ.lnk", L"é", L"É", L"I", L"\u00DD",
+                    L"\u00FD"});
     }
     std::wstring AnyFamily() { return Any({L"a_1", L"A_1", L"b_1", L"", L"c_1"}); }
     std::size_t Below(std::size_t end) { return m_random() % end; }
@@ -87,8 +88,8 @@ protected:
     {
         DiagnosticLog::SetEnabled(logs);
         Answers answers;
-        for (const wchar_t* path :
-             {L"C:\\a.lnk", L"C:\\A.lnk", L"c:\\b.URL", L"C:\\メ.LNK", L"é", L"É", L"C:\\", L""}) {
+        for (const wchar_t* path : {L"C:\\a.lnk", L"C:\\A.lnk", L"c:\\b.URL", L"C:\\メ.LNK", L"é", L"É", L"i",
+                                    L"\u00DD", L"\u00FD", L"C:\\", L""}) {
             answers.hasShortcut.push_back(list.IsInDesktopAppList(path));
         }
         for (const wchar_t* name : {L"a_1", L"A_1", L"b_1", L"B_1", L"", L"c_1"}) {
@@ -245,7 +246,7 @@ TEST_F(AppNameListIndex, KnowsNothingOfAPackageThatFoundNoMemory)
 TEST(ExcludeListSet, ListsTheNamesThatAWalkThroughThemDoesNotFind)
 {
     std::mt19937 random(1);
-    const std::wstring letters = L"aAbBéÉメ";
+    const std::wstring letters = L"aAbBiIéÉ\u00DD\u00FDメ";
     ExcludeList list;
     std::vector<std::wstring> expected;
     for (int i = 0; i < 2000; ++i) {

@@ -1,6 +1,14 @@
 // What becomes of Store packages that the catalogue knows already.
 
+#include "support/Current.h"
 #include "unit/catalog/AppNameListStore.h"
+
+#include <shlwapi.h>
+
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -130,6 +138,56 @@ TEST_F(AppNameListStore, UnresolvedNamesKeepTheRecordButForItsTwoNames)
     m_resources.texts[L"@{another full name? ms-resource://another name/s ms-resource:name}"] = L"x";
     EXPECT_EQ(Add(), S_FALSE);
     ExpectRecord(VersionOf(2, 2, 3, 4), {L"post", L"Name"}, L"another full name", L"another name");
+}
+
+// The manifest can be checked, but no longer be read, and there is no memory for what is next.
+class ManifestReadOnce : public Current<ManifestReadOnce>
+{
+public:
+    explicit ManifestReadOnce(std::function<void()> onSecondReading)
+        : m_onSecondReading(std::move(onSecondReading))
+    {
+    }
+
+    std::optional<AllocationWatch> noMemory;
+
+private:
+    static HRESULT WINAPI Open(LPCWSTR path, DWORD mode, IStream** ppStream)
+    {
+        ManifestReadOnce& self = *s_current;
+        if (!std::wstring_view(path).ends_with(L"AppxManifest.xml") || ++self.m_readings == 1) {
+            return self.m_patch.Original()(path, mode, ppStream);
+        }
+        self.m_onSecondReading();
+        self.noMemory.emplace(0);
+        return E_ACCESSDENIED;
+    }
+
+    std::function<void()> m_onSecondReading;
+    int m_readings = 0;
+    ImportPatch<HRESULT(WINAPI*)(LPCWSTR, DWORD, IStream**)> m_patch{"SHCreateStreamOnFileW", Open};
+};
+
+// What is read of a new version takes the place of the old one without any memory, also while records of a
+// file are not in the index yet.
+TEST_F(AppNameListStore, ANewVersionTakesItsPlaceWhenNoMemoryIsLeft)
+{
+    AddAndChangeVersion();
+    const std::wstring file = m_folder / L"records.xml";
+    WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/></r>");
+    HRESULT result = E_UNEXPECTED;
+    bool failed = true;
+    {
+        ManifestReadOnce files([&] { EXPECT_EQ(m_list.Load(file.c_str()), S_FALSE); });
+        result = Add();
+        ASSERT_TRUE(files.noMemory);
+        failed = files.noMemory->Failed();
+    }
+    EXPECT_FALSE(failed);
+    EXPECT_EQ(result, S_FALSE);
+    ASSERT_NE(Record(), nullptr);
+    EXPECT_EQ(Record()->Version, VersionOf(2, 2, 3, 4));
+    EXPECT_THAT(DisplayNames(), IsEmpty());
 }
 
 TEST_F(AppNameListStore, AMissingOrBrokenManifestKeepsTheRecordAndIsReported)

@@ -147,9 +147,10 @@ TEST_F(CaseInsensitiveSetLocales, FollowsTheLocaleOfTheQuestion)
 TEST_F(CaseInsensitiveSetLocales, AgreesWithAWalkThroughTheTextsInEveryLocale)
 {
     // Letters with their other cases, some of which lie in another range: dotted and dotless i, sharp s, the
-    // Kelvin sign, y with diaeresis; kana, full-width letters, halves of surrogate pairs.
+    // Kelvin sign, y with diaeresis, y with acute (in whose place a Turkish code page has the i's); kana,
+    // full-width letters, halves of surrogate pairs.
     const std::wstring letters =
-        L"aAäÄzZ[{@`iIıİkK\u212AßẞsSſÿŸyY¢ÜжЖσΣςメﾒａＡǅǆǄ\xD801\xDC00\xDC28\x0001\x007F\x0080\x00FF";
+        L"aAäÄzZ[{@`iIıİkK\u212AßẞsSſÿŸyY\u00DD\u00FD¢ÜжЖσΣςメﾒａＡǅǆǄ\xD801\xDC00\xDC28\x0001\x007F\x0080\x00FF";
     std::mt19937 random(1);
     const auto text = [&] {
         std::wstring made(1 + random() % 2, L' ');

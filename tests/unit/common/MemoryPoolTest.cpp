@@ -1,14 +1,17 @@
 #include "common/MemoryPool.h"
 
+#include "common/Pooled.h"
 #include "common/WideString.h"
 #include "support/Allocations.h"
 #include "support/Test.h"
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <list>
 #include <random>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -112,11 +115,13 @@ TEST(MemoryPool, GoesOnWhereItWasWhenMemoryRanOut)
 {
     std::vector<void*> blocks;
     blocks.reserve(1000);
-    MemoryPool pool;
-    blocks.push_back(MemoryPool::Allocate(&pool, 100));
     bool failed = false;
+    std::size_t inTheFirstChunk = 0;
+    // After its own first chunk, the pool gets neither another one nor memory for one block.
+    const AllocationWatch watch(1, 2);
     {
-        const AllocationWatch watch(0);
+        MemoryPool pool;
+        blocks.push_back(MemoryPool::Allocate(&pool, 100));
         try {
             while (blocks.size() < 1000) {
                 blocks.push_back(MemoryPool::Allocate(&pool, 100));
@@ -124,14 +129,91 @@ TEST(MemoryPool, GoesOnWhereItWasWhenMemoryRanOut)
         } catch (const std::bad_alloc&) {
             failed = true;
         }
+        inTheFirstChunk = blocks.size();
+        blocks.push_back(MemoryPool::Allocate(&pool, 100));
+        for (void* block : blocks) {
+            MemoryPool::Free(block);
+        }
+    }
+    EXPECT_EQ(watch.Live(), 0u);
+    EXPECT_TRUE(failed);
+    EXPECT_GT(inTheFirstChunk, 1u);
+}
+
+TEST(MemoryPool, TakesABlockOfItsOwnWhenThereIsNoMemoryForAChunk)
+{
+    std::size_t left = 1;
+    bool failed = false;
+    {
+        const AllocationWatch watch(0);
+        {
+            MemoryPool pool;
+            const Written alone = Write(&pool, 60, 1);
+            failed = watch.Failed();
+            const Written ofAChunk = Write(&pool, 60, 2);
+            EXPECT_TRUE(IsIntact(alone));
+            EXPECT_TRUE(IsIntact(ofAChunk));
+            MemoryPool::Free(alone.block);
+            MemoryPool::Free(ofAChunk.block);
+        }
+        left = watch.Live();
     }
     EXPECT_TRUE(failed);
-    const std::size_t inTheFirstChunk = blocks.size();
-    EXPECT_GT(inTheFirstChunk, 1u);
-    blocks.push_back(MemoryPool::Allocate(&pool, 100));
-    for (void* block : blocks) {
-        MemoryPool::Free(block);
+    EXPECT_EQ(left, 0u);
+}
+
+TEST(MemoryPool, BlocksMayBeFreedOnAnotherThreadWhileItGoesOn)
+{
+    MemoryPool pool;
+    std::vector<Written> kept;
+    for (int round = 0; round < 50; ++round) {
+        std::vector<Written> freed;
+        for (int i = 0; i < 40; ++i) {
+            const std::size_t size = i % 4 == 0 ? 500 : 60;
+            freed.push_back(Write(&pool, size, static_cast<unsigned char>(i)));
+            kept.push_back(Write(&pool, size, static_cast<unsigned char>(round)));
+        }
+        std::thread other([&freed] {
+            for (const Written& written : freed) {
+                EXPECT_TRUE(IsIntact(written));
+                MemoryPool::Free(written.block);
+            }
+        });
+        // The pool goes on with a chunk of which the other thread frees blocks.
+        for (int i = 0; i < 40; ++i) {
+            kept.push_back(Write(&pool, 60, static_cast<unsigned char>(i)));
+        }
+        other.join();
     }
+    for (const Written& written : kept) {
+        EXPECT_TRUE(IsIntact(written));
+        MemoryPool::Free(written.block);
+    }
+}
+
+TEST(MemoryPool, CountsBlocksThatAnotherThreadFrees)
+{
+    std::atomic<void*> block = nullptr;
+    std::thread other([&] { // which takes memory itself, before the watch begins
+        block.wait(nullptr);
+        MemoryPool::Free(block);
+    });
+    std::size_t live = 0;
+    std::size_t left = 1;
+    {
+        const AllocationWatch watch;
+        {
+            MemoryPool pool;
+            block = MemoryPool::Allocate(&pool, 60);
+            block.notify_one();
+            other.join();
+            live = watch.Live();
+        }
+        // The chunk has gone with the pool, on this thread.
+        left = watch.Live();
+    }
+    EXPECT_EQ(live, 1u);
+    EXPECT_EQ(left, 0u);
 }
 
 TEST(MemoryPool, TextsOfItAreLikeOthers)
@@ -182,6 +264,8 @@ TEST(PoolObject, LeavesNothingBehindWhenItCannotBeMade)
         EXPECT_THROW(delete new (isPooled ? &pool : nullptr) Thing(true), std::bad_alloc);
         delete new (isPooled ? &pool : nullptr) Thing(false);
     }
+    EXPECT_THROW(delete new Thing(true), std::bad_alloc);
+    delete new Thing(false);
     EXPECT_EQ(watch.Live(), 0u);
 }
 

@@ -39,7 +39,7 @@ protected:
     std::vector<std::wstring> Attributes()
     {
         std::vector<std::wstring> names;
-        m_result = Xml::ForEachAttribute(&m_probe, [&](std::wstring_view name, const wchar_t*) {
+        m_result = Xml::ForEachAttribute(&m_probe, [&](std::wstring_view name, Xml::Value) {
             names.emplace_back(name);
             return false;
         });

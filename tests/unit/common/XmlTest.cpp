@@ -60,7 +60,7 @@ protected:
     {
         Names attributes;
         const HRESULT hr =
-            ::Xml::ForEachAttribute(m_reader.Get(), [&](std::wstring_view name, const wchar_t* value) {
+            ::Xml::ForEachAttribute(m_reader.Get(), [&](std::wstring_view name, ::Xml::Value value) {
                 EXPECT_EQ(name.data()[name.size()], L'\0');
                 attributes.push_back(ToUtf8(name) + "=" + ToUtf8(value));
                 return static_cast<int>(attributes.size()) == stopAfter;
