@@ -66,8 +66,8 @@ DocumentElement ElementAt(IXmlReader* reader)
     }
     element.place = PlaceOf(reader);
     // A failure shows again when the reading goes on.
-    (void)Xml::ForEachAttribute(reader, [&](std::wstring_view attribute, const wchar_t* value) {
-        element.attributes.push_back({std::wstring(attribute), value});
+    (void)Xml::ForEachAttribute(reader, [&](std::wstring_view attribute, Xml::Value value) {
+        element.attributes.push_back({std::wstring(attribute), std::wstring(value)});
         return false;
     });
     return element;
