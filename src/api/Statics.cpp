@@ -1,5 +1,7 @@
 #include "api/Statics.h"
 
+#include "common/MemoryReserve.h"
+
 namespace {
 
 // The package manager is not destroyed when the process ends under a library that is still up: the refresh
@@ -13,6 +15,7 @@ public:
     {
         if (!value.m_hRefreshThread) {
             value.~CQanhPackageManager();
+            MemoryReserve::Release();
         }
     }
     StaticPackageManager(const StaticPackageManager&) = delete;

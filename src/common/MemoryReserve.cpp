@@ -17,42 +17,20 @@ namespace {
 // A few times of what the exceptions of some threads need at the same moment.
 constexpr std::size_t kReserveSize = 32768;
 
-// Given back when the library is unloaded, with what the C++ library sets aside at its start for the same
-// purpose and never gives back itself: each loading anew would take these 73 KiB again.
-class Reserve
+// Freed by nobody at the end of the process, when threads may have been killed in the middle of an
+// allocation.
+std::atomic<void*> s_reserve = nullptr;
+
+// Frees what was there.
+void Put(void* block) noexcept
 {
-public:
-    constexpr Reserve() noexcept = default;
-    ~Reserve()
-    {
-        Put(nullptr);
-#if defined(__GLIBCXX__)
-        __gnu_cxx::__freeres();
-#endif
-    }
-    Reserve(const Reserve&) = delete;
-    Reserve& operator=(const Reserve&) = delete;
-
-    [[nodiscard]] bool IsThere() const noexcept
-    {
-        return m_block != nullptr;
-    }
-    // Frees what was there.
-    void Put(void* block) noexcept
-    {
-        std::free(m_block.exchange(block));
-    }
-
-private:
-    std::atomic<void*> m_block = nullptr;
-};
-
-Reserve s_reserve;
+    std::free(s_reserve.exchange(block));
+}
 
 // The new handler: there is no memory for an allocation of this library.
 void GiveBack()
 {
-    s_reserve.Put(nullptr);
+    Put(nullptr);
     throw std::bad_alloc();
 }
 
@@ -62,7 +40,7 @@ namespace MemoryReserve {
 
 bool Take() noexcept
 {
-    if (s_reserve.IsThere()) {
+    if (s_reserve != nullptr) {
         return true;
     }
     void* const block = std::malloc(kReserveSize);
@@ -70,9 +48,17 @@ bool Take() noexcept
         return false;
     }
     // When two threads come here, the reserve of one takes the place of the other's.
-    s_reserve.Put(block);
+    Put(block);
     std::set_new_handler(GiveBack);
     return true;
+}
+
+void Release() noexcept
+{
+    Put(nullptr);
+#if defined(__GLIBCXX__)
+    __gnu_cxx::__freeres();
+#endif
 }
 
 } // namespace MemoryReserve

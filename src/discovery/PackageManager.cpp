@@ -52,9 +52,12 @@ HRESULT CQanhPackageManager::Initialize() noexcept
         return LogOut(kInitializeName, E_FAIL);
     }
     // Another process takes its turn when it is the catalogue file that it reads: a third one may be saving
-    // it.
+    // it, or have died while it did, and left the file that counts beside it.
     const CatalogTurn readersTurn =
         !isOwner && std::wcscmp(path, catalogPath) == 0 ? CatalogTurn(catalogPath) : CatalogTurn();
+    if (readersTurn.Result() == S_OK && !ChooseFile(rollback.WholeFile(), true, path)) {
+        return LogOut(kInitializeName, E_FAIL);
+    }
     // The file holds all of it: what an earlier start left in memory would be there twice.
     HRESULT hr = m_isCatalogUsed ? m_AppNameList.Reload(path) : m_AppNameList.Load(path);
     m_isCatalogUsed = true;

@@ -1,4 +1,5 @@
 // Saves that are cut off, and saves of two processes at once: the next start has every record.
+#include "standin/Settings.h"
 #include "support/Text.h"
 #include "system/FirstPassOfAnother.h"
 #include "system/Passes.h"
@@ -165,6 +166,34 @@ TEST_F(CatalogSave, IsWaitedForByAProcessThatDoesNotRefresh)
         15000));
     firstPass.End();
     EXPECT_EQ(next.Answer(), "0x00000001");
+    next.Do("finalize");
+}
+
+// The process that another one finds in its first pass dies while it saves.
+TEST_F(CatalogSave, CutOffBesideAProcessThatDoesNotRefreshLeavesThatOneEveryRecord)
+{
+    // A launch tells its query, and goes no further.
+    standin::SetSetting(standin::Setting::FailLauncherQuery, static_cast<DWORD>(E_FAIL));
+    test::HostProcess next(m_sandbox);
+    std::size_t offset = 0;
+    {
+        test::HostProcess host(m_sandbox);
+        host.Do(longPause);
+        EXPECT_EQ(host.Command("init"), ok);
+        WaitForTheMiddleOfASave();
+        offset = m_sandbox.LogLength();
+        next.Send("init");
+        ASSERT_TRUE(test::WaitUntil(
+            [&] {
+                return test::ReadFileBytes(m_sandbox.LogFile()).find("ERROR_ALREADY_EXISTS", offset) !=
+                       std::string::npos;
+            },
+            15000));
+    }
+    EXPECT_EQ(next.Answer(), "0x00000001");
+    EXPECT_EQ(next.Command("search\t0\t1\tix"), "0x80004005");
+    EXPECT_NE(test::ReadFileBytes(m_sandbox.LogFile()).find("szKeyword = \"ix\" NOT(\"six\")", offset),
+              std::string::npos);
     next.Do("finalize");
 }
 

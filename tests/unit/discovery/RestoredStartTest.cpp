@@ -82,18 +82,31 @@ TEST_F(RestoredStart, LoadsThePresetWhileWhatAFirstSaveHasLeftIsHeld)
     ExpectLoadedWhileHeld(L"C:\\preset.lnk");
 }
 
+// It reads the file that counts, and leaves the files to the owner.
 TEST_F(RestoredStart, OfAnotherProcessThanTheOwnerLeavesAllAsItIs)
 {
-    WriteBak();
-    WriteCatalog();
-    WriteFileBytes(Tmp(), "x");
-    HoldMutexElsewhere();
-    FakeSleep sleep;
-    sleep.OnSleep([](DWORD) { LoseMutex(); });
-    EXPECT_EQ(m_manager.Initialize(), S_FALSE);
-    EXPECT_THAT(Shortcuts(m_manager), ElementsAre(L"C:\\catalog.lnk"));
-    EXPECT_TRUE(Exists(Bak()));
-    EXPECT_TRUE(Exists(Tmp()));
+    const struct
+    {
+        const char* bak;
+        const wchar_t* loaded;
+    } rows[] = {{nullptr, L"C:\\kept.lnk"}, {"", L"C:\\preset.lnk"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(ToUtf8(row.loaded));
+        row.bak ? WriteFileBytes(Bak(), row.bak) : WriteBak();
+        WriteCatalog();
+        WritePreset();
+        WriteFileBytes(Tmp(), "x");
+        const std::string catalog = ReadFileBytes(CatalogFile());
+        const std::string bak = ReadFileBytes(Bak());
+        HoldMutexElsewhere();
+        FakeSleep sleep;
+        sleep.OnSleep([](DWORD) { LoseMutex(); });
+        EXPECT_EQ(m_manager.Initialize(), S_FALSE);
+        EXPECT_THAT(Shortcuts(m_manager), ElementsAre(row.loaded));
+        EXPECT_EQ(ReadFileBytes(CatalogFile()), catalog);
+        EXPECT_EQ(ReadFileBytes(Bak()), bak);
+        EXPECT_TRUE(Exists(Tmp()));
+    }
 }
 
 // Another process, whose first pass is long over, saves at this moment.
