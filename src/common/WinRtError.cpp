@@ -1,6 +1,7 @@
 #include "common/WinRtError.h"
 
 #include "common/DiagnosticLog.h"
+#include "common/MemoryReserve.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -36,6 +37,8 @@ WinRtError::WinRtError(HRESULT result) : m_result(result), m_message(MessageOf(r
 void ThrowIfFailed(HRESULT result)
 {
     if (FAILED(result)) {
+        // The platform may have failed for want of memory.
+        MemoryReserve::MakeRoom();
         throw WinRtError(result);
     }
 }
