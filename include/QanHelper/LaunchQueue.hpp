@@ -64,8 +64,8 @@ struct Answer
 };
 
 // Any thread. While the lock is held nobody is called, no window is sent a message, and nothing of the host's
-// is destroyed: answers are collected, and given by whoever takes them. A host may ask with a thread that
-// nothing else gets an answer from.
+// is destroyed: a thread of the host's that waits for the lock could not answer. Answers are collected, and
+// given by whoever takes them.
 class LaunchQueue
 {
 public:
