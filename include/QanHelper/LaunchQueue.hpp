@@ -3,6 +3,7 @@
 #ifndef QANHELPER_LAUNCHQUEUE_HPP
 #define QANHELPER_LAUNCHQUEUE_HPP
 
+#include "Event.hpp"
 #include "Foreground.hpp"
 
 #include <algorithm>
@@ -23,29 +24,6 @@ using Callback = std::function<void(const Outcome&)>;
 using Ticket = std::uint64_t;
 
 namespace detail {
-
-// An event of the system, not set at first.
-class Event
-{
-public:
-    explicit Event(bool isManual) : m_handle(CreateEventW(nullptr, isManual, FALSE, nullptr))
-    {
-        ThrowIfFailed(m_handle ? S_OK : HRESULT_FROM_WIN32(GetLastError()), "CreateEventW");
-    }
-    ~Event() { CloseHandle(m_handle); }
-    Event(const Event&) = delete;
-    Event& operator=(const Event&) = delete;
-
-    void Set() const noexcept { SetEvent(m_handle); }
-    bool Wait(DWORD milliseconds) const noexcept
-    {
-        return WaitForSingleObject(m_handle, milliseconds) == WAIT_OBJECT_0;
-    }
-    HANDLE Handle() const noexcept { return m_handle; }
-
-private:
-    HANDLE m_handle;
-};
 
 // An outcome and who is to be told. Of the window there is the handle only until it is completed.
 struct Answer
