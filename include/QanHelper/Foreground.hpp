@@ -54,6 +54,36 @@ inline ULONGLONG ToNumber(const FILETIME& time) noexcept
     return (ULONGLONG{time.dwHighDateTime} << 32) | time.dwLowDateTime;
 }
 
+// What is known of the window, for a launch that began at that moment. Takes its time, as the system is asked
+// for files: not to be called with a lock held. May throw std::bad_alloc.
+inline StartedWindow DescribeWindow(HWND window, ULONGLONG begin)
+{
+    StartedWindow described;
+    described.handle = window;
+    described.processId = ProcessOf(window);
+    // Another process's title is read without asking that process. For one of the host's own the system would
+    // send a message to its thread, which may be waiting for this very outcome.
+    if (described.processId != GetCurrentProcessId()) {
+        wchar_t title[512] = L"";
+        GetWindowTextW(window, title, 512);
+        described.title = title;
+    }
+    const HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, described.processId);
+    if (process) {
+        FILETIME created = {};
+        FILETIME unused = {};
+        described.isNewProcess =
+            GetProcessTimes(process, &created, &unused, &unused, &unused) && ToNumber(created) >= begin;
+        wchar_t path[MAX_PATH * 4] = L"";
+        DWORD size = MAX_PATH * 4;
+        if (QueryFullProcessImageNameW(process, 0, path, &size)) {
+            described.program = path;
+        }
+        CloseHandle(process);
+    }
+    return described;
+}
+
 // Looks at the window in front again and again, from right before the library is called. Not thread-safe.
 class ForegroundWatch
 {
@@ -61,7 +91,9 @@ public:
     explicit ForegroundWatch(bool isSearch) noexcept
         : m_isSearch(isSearch), m_before(GetForegroundWindow()), m_lastLook(Clock::now())
     {
-        GetSystemTimeAsFileTime(&m_begin);
+        FILETIME begin = {};
+        GetSystemTimeAsFileTime(&begin);
+        m_begin = ToNumber(begin);
     }
 
     // To be called every few milliseconds.
@@ -95,31 +127,8 @@ public:
     // The other program's window that came to the front last, behind the pane where there is one; null: none.
     HWND Found() const noexcept { return m_found && IsWindow(m_found) ? m_found : nullptr; }
 
-    // May throw std::bad_alloc.
-    StartedWindow Describe(HWND window) const
-    {
-        StartedWindow started;
-        started.handle = window;
-        started.processId = ProcessOf(window);
-        // Another process's title is read without asking that process.
-        wchar_t title[512] = L"";
-        GetWindowTextW(window, title, 512);
-        started.title = title;
-        const HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, started.processId);
-        if (process) {
-            FILETIME created = {};
-            FILETIME unused = {};
-            started.isNewProcess = GetProcessTimes(process, &created, &unused, &unused, &unused) &&
-                                   ToNumber(created) >= ToNumber(m_begin);
-            wchar_t path[MAX_PATH * 4] = L"";
-            DWORD size = MAX_PATH * 4;
-            if (QueryFullProcessImageNameW(process, 0, path, &size)) {
-                started.program = path;
-            }
-            CloseHandle(process);
-        }
-        return started;
-    }
+    // When the watch began, as DescribeWindow takes it.
+    ULONGLONG Begin() const noexcept { return m_begin; }
 
 private:
     // A window that was not in front before and belongs neither to the host nor to the shell.
@@ -131,7 +140,7 @@ private:
 
     bool m_isSearch;
     HWND m_before;
-    FILETIME m_begin = {};
+    ULONGLONG m_begin;
     Clock::time_point m_lastLook;
     std::optional<Clock::time_point> m_paneCame; // not later than it did
     bool m_isPaneInFront = false;

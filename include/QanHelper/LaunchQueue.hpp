@@ -3,6 +3,7 @@
 #ifndef QANHELPER_LAUNCHQUEUE_HPP
 #define QANHELPER_LAUNCHQUEUE_HPP
 
+#include "Event.hpp"
 #include "Foreground.hpp"
 
 #include <algorithm>
@@ -24,37 +25,25 @@ using Ticket = std::uint64_t;
 
 namespace detail {
 
-// An event of the system, not set at first.
-class Event
-{
-public:
-    explicit Event(bool isManual) : m_handle(CreateEventW(nullptr, isManual, FALSE, nullptr))
-    {
-        ThrowIfFailed(m_handle ? S_OK : HRESULT_FROM_WIN32(GetLastError()), "CreateEventW");
-    }
-    ~Event() { CloseHandle(m_handle); }
-    Event(const Event&) = delete;
-    Event& operator=(const Event&) = delete;
-
-    void Set() const noexcept { SetEvent(m_handle); }
-    bool Wait(DWORD milliseconds) const noexcept
-    {
-        return WaitForSingleObject(m_handle, milliseconds) == WAIT_OBJECT_0;
-    }
-    HANDLE Handle() const noexcept { return m_handle; }
-
-private:
-    HANDLE m_handle;
-};
-
+// An outcome and who is to be told. Of the window there is the handle only until it is completed.
 struct Answer
 {
     Callback callback;
     Outcome outcome;
+    ULONGLONG begin = 0; // of the launch, as DescribeWindow takes it
+
+    // May throw std::bad_alloc.
+    void Complete()
+    {
+        if (outcome.window.handle) {
+            outcome.window = DescribeWindow(outcome.window.handle, begin);
+        }
+    }
 };
 
-// Any thread. Nobody is called while the lock is held: answers are collected, and given by whoever takes
-// them.
+// Any thread. While the lock is held nobody is called, no window is sent a message, and nothing of the host's
+// is destroyed: a thread of the host's that waits for the lock could not answer. Answers are collected, and
+// given by whoever takes them.
 class LaunchQueue
 {
 public:
@@ -62,11 +51,17 @@ public:
 
     Ticket Add(Request request, Callback callback)
     {
+        if (!callback) {
+            throw Error(ToResult(0x80004003), "Launcher::Launch"); // E_POINTER
+        }
+        // Made outside of the lock, so that a failure destroys the callback outside of it, too.
+        Entry entry{0, std::move(request), std::move(callback), Clock::now()};
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (m_isStopped) {
             throw Error(ToResult(0x800704C7), "Launcher::Launch"); // ERROR_CANCELLED
         }
-        m_waiting.push_back({++m_lastTicket, std::move(request), std::move(callback), Clock::now()});
+        entry.ticket = ++m_lastTicket;
+        m_waiting.push_back(std::move(entry));
         m_work.Set();
         m_watch.Set();
         return m_lastTicket;
@@ -137,6 +132,8 @@ public:
         }
         if (m_current->isAnswered) {
             m_current.reset();
+        } else {
+            m_current->isOver = true; // whoever answers it forgets it
         }
         return true;
     }
@@ -170,6 +167,9 @@ public:
             if (const std::optional<OutcomeKind> kind = Judge(now)) {
                 AnswerCurrent(*kind);
                 m_work.Set();
+                if (m_current->isOver) {
+                    m_current.reset();
+                }
             }
         }
         answers.swap(m_answers);
@@ -212,6 +212,7 @@ private:
         Outcome outcome;
         std::optional<Clock::time_point> returned;
         bool isAnswered = false;
+        bool isOver = false; // the launching thread is done with it
     };
 
     static std::chrono::milliseconds Since(Clock::time_point begin) noexcept
@@ -221,10 +222,10 @@ private:
 
     void AnswerUnbegun(Entry& entry, OutcomeKind kind)
     {
-        Outcome outcome;
-        outcome.kind = kind;
-        outcome.duration = Since(entry.queued);
-        m_answers.push_back({std::move(entry.callback), std::move(outcome)});
+        Answer& answer = m_answers.emplace_back(); // without memory for it the entry stays as it is
+        answer.outcome.kind = kind;
+        answer.outcome.duration = Since(entry.queued);
+        answer.callback.swap(entry.callback);
     }
 
     void AnswerCurrent(OutcomeKind kind)
@@ -234,11 +235,14 @@ private:
         outcome.hasPaneCome = m_current->watch.HasPaneCome();
         outcome.duration = Since(m_current->entry.queued);
         if (kind == OutcomeKind::Started || kind == OutcomeKind::FocusTaken) {
-            outcome.window = m_current->watch.Describe(m_current->watch.Found());
+            outcome.window.handle = m_current->watch.Found();
         } else if (kind == OutcomeKind::TimedOut) {
-            outcome.window = m_current->watch.Describe(GetForegroundWindow());
+            outcome.window.handle = GetForegroundWindow();
         }
-        m_answers.push_back({std::move(m_current->entry.callback), outcome});
+        Answer& answer = m_answers.emplace_back();
+        answer.callback.swap(m_current->entry.callback);
+        answer.outcome = outcome;
+        answer.begin = m_current->watch.Begin();
         m_current->isAnswered = true;
     }
 

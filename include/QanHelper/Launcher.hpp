@@ -135,6 +135,10 @@ inline void WatchLaunches(const std::shared_ptr<LauncherState>& state)
         state->queue.Watch().Wait(*pause);
         std::vector<Answer> answers;
         pause = state->queue.Tick(answers);
+        // All of them first: callbacks take their time, and windows change.
+        for (Answer& answer : answers) {
+            answer.Complete();
+        }
         for (const Answer& answer : answers) {
             answer.callback(answer.outcome);
         }
@@ -233,7 +237,8 @@ public:
     }
 
     // The same with a callback, which is called once, on the watching thread. While it runs nobody watches
-    // the next launch: it should be short. What it throws ends the process.
+    // the next launch: it should be short. What it throws ends the process. An empty one is refused: Error
+    // (E_POINTER).
     Ticket Launch(Request request, Callback callback)
     {
         return m_state->queue.Add(std::move(request), std::move(callback));

@@ -72,7 +72,7 @@ enum class OutcomeKind
     NothingStarted,
     // The search pane did not come to the front: the keys went to whatever was there.
     PaneNeverCame,
-    // Something else came to the front before Enter was pressed, so that the keys went there:
+    // Something else came to the front before Enter was pressed, so that the keys went there: it is
     // Outcome::window.
     FocusTaken,
     // SearchMode::Show: the pane is open, and the choice is the user's.
@@ -80,12 +80,10 @@ enum class OutcomeKind
     // The library or the activation manager gave another result than S_OK: Outcome::result.
     Failed,
     // The limit was over first. When the launch was begun it goes on, and may still start something; the
-    // launcher is
-    // busy until it ends. Otherwise nothing was done.
+    // launcher is busy until it ends. Otherwise nothing was done.
     TimedOut,
     // It was taken back before it was begun, or the launcher was stopped: a launch that was begun goes on,
-    // without
-    // anybody looking.
+    // without anybody looking.
     Cancelled,
 };
 
@@ -103,12 +101,14 @@ enum class ClipboardState
 // The window that came to the front.
 struct StartedWindow
 {
-    HWND handle = nullptr; // another process's, which may close it at any moment; null: there is none
+    // Another process's, which may close it at any moment, or what is in front, perhaps of the host's own;
+    // null: there is none.
+    HWND handle = nullptr;
     DWORD processId = 0;
     // The process is younger than the launch. An application that ran already shows a window of its old
     // process.
     bool isNewProcess = false;
-    std::wstring title;
+    std::wstring title;   // "" for a window of the host's own
     std::wstring program; // full path; "" when the system does not tell
 };
 
