@@ -114,6 +114,8 @@ protected:
         EXPECT_EQ(outcome.held, GetParam() == Operation::StopOfHung ? m_whole.held : "") << "is still held";
         EXPECT_TRUE(outcome.isUnloaded) << "the library stays in memory";
         EXPECT_TRUE(outcome.isApartmentKept);
+        EXPECT_TRUE(!outcome.hasThrown || GetParam() == Operation::IsInstalledById)
+            << "an exception gets out";
         EXPECT_EQ(outcome.namesBefore, m_whole.namesBefore);
     }
 
