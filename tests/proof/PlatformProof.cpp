@@ -33,6 +33,11 @@ bool IsStart(Operation operation)
     return operation == Operation::Start || operation == Operation::StartBeside;
 }
 
+bool IsBrowser(Operation operation)
+{
+    return operation == Operation::Browser || operation == Operation::BrowserWithoutSetting;
+}
+
 // Those that lines of the log are written with: one that fails costs a line, or a part of it. When the log's
 // setting or path cannot be read, a start writes none, or elsewhere.
 bool CostsLines(Operation operation, const std::string& function)
@@ -162,12 +167,17 @@ protected:
             // Short names, which only the library's own reader sees.
             known = Union(known, {"x new short", "x newer short", "x suite short"});
         }
-        const NameSet kept = ChangesMarks(attempt.function) ? NameSet() : Intersection(before, whole);
         if (IsPass(GetParam())) {
+            const NameSet kept = Intersection(before, whole);
             for (const std::string& names : {outcome.namesAfter, outcome.again, outcome.namesAtNextStart}) {
                 EXPECT_TRUE(Includes(known, NamesIn(names))) << names;
-                EXPECT_TRUE(Includes(NamesIn(names), kept)) << names;
             }
+            // One question was asked in vain: one name may be gone, and the next pass finds it again.
+            EXPECT_LE(Difference(kept, NamesIn(outcome.namesAfter)).size(),
+                      ChangesMarks(attempt.function) ? 1u : 0u)
+                << outcome.namesAfter;
+            EXPECT_TRUE(Includes(NamesIn(outcome.again), kept)) << outcome.again;
+            EXPECT_TRUE(Includes(NamesIn(outcome.namesAtNextStart), kept)) << outcome.namesAtNextStart;
             return;
         }
         if (IsThreadLeft(attempt)) {
@@ -183,9 +193,25 @@ protected:
         EXPECT_EQ(outcome.namesAtNextStart, m_whole.namesAtNextStart);
     }
 
+    // Of the browser, as the launch leaves it. It opens the key to read, to force and to put back.
+    std::optional<DWORD> ExpectedTileSetting(const Attempt& attempt) const
+    {
+        const bool isLast = attempt.call + 1 == attempt.calls;
+        if (GetParam() == Operation::Browser && attempt.call == 0 && ReadsSetting(attempt.function) &&
+            attempt.failure->name == "status 2") {
+            return std::nullopt; // it looks as if it had not been there
+        }
+        const bool isForced =
+            (GetParam() == Operation::Browser && attempt.function == "RegSetValueExW") ||
+            (GetParam() == Operation::BrowserWithoutSetting && attempt.function == "RegDeleteValueW") ||
+            (IsBrowser(GetParam()) && attempt.function == "RegOpenKeyExW");
+        return isForced && isLast ? DWORD{QANH_TILE_DESKTOP} : m_whole.tileSetting;
+    }
+
     void ExpectNothingHeld(const Attempt& attempt, const Outcome& outcome) const
     {
         EXPECT_TRUE(outcome.isApartmentKept);
+        EXPECT_EQ(outcome.handles, m_whole.handles);
         if (attempt.function == "GetModuleHandleExW" && IsPass(GetParam())) {
             // The thread ends without knowing which library it is to give back.
             EXPECT_EQ(outcome.held, "1 of GetModuleHandleExW");
@@ -213,9 +239,7 @@ protected:
         ExpectResult(attempt, outcome);
         ExpectExitLine(attempt, outcome);
         ExpectCatalogue(attempt, outcome);
-        if (!attempt.function.starts_with("Reg")) {
-            EXPECT_EQ(outcome.tileSetting, m_whole.tileSetting);
-        }
+        EXPECT_EQ(outcome.tileSetting, ExpectedTileSetting(attempt));
         ExpectNothingHeld(attempt, outcome);
     }
 
@@ -235,6 +259,8 @@ protected:
     }
 
     Stage m_stage;
+    // What the platform makes once and keeps comes with the first time.
+    const Outcome m_first = m_stage.Run(GetParam(), nullptr);
     const Outcome m_whole = m_stage.Run(GetParam(), nullptr);
 };
 
@@ -252,6 +278,11 @@ TEST_P(Platform, EveryCallFails)
         functions += import.calls > 0 && failures > 0 ? 1 : 0;
         for (std::size_t call = 0; call < import.calls; ++call) {
             for (std::size_t failure = 0; failure < failures; ++failure) {
+                if (const char* fn = std::getenv("P2FN");
+                    fn && !std::string(fn).ends_with("," + import.name + ",") &&
+                    std::string(fn).find("," + import.name + ",") == std::string::npos) {
+                    continue;
+                }
                 if (IsTaken(call, import.calls, failure, failures)) {
                     attempts.push_back({import.name, &function->failures[failure], call, import.calls});
                 }
@@ -303,6 +334,9 @@ TEST(PlatformCalls, ListIsThatOfTheImports)
         failing += function->failures.empty() ? 0 : 1;
         if (!function->failures.empty() && name != "FreeLibrary") {
             EXPECT_GT(count, 0u) << name << " is called by no operation";
+        }
+        if (function->reason == kRuntimes) {
+            EXPECT_EQ(count, 0u) << name << " is called by an operation";
         }
     }
     for (const PlatformFunction& function : PlatformFunctions()) {

@@ -199,16 +199,18 @@ Outcome Stage::Run(Operation operation, const CallGate::Fault* fault)
         other = CreateMutexW(nullptr, FALSE, L"QanHelper_Proof");
     }
     Outcome outcome;
+    const auto before = static_cast<std::ptrdiff_t>(host::CountHandles());
     std::thread([&] {
         RunOnThread(operation, fault, outcome);
         outcome.isApartmentKept = test::ApartmentOfThread() == test::Apartment::kNone;
     }).join();
+    outcome.handles = static_cast<std::ptrdiff_t>(host::CountHandles()) - before -
+                      static_cast<std::ptrdiff_t>(Held::LookUps());
     if (other) {
         CloseHandle(other);
     }
     outcome.tileSetting = browser.Dword(kTileSetting);
     outcome.held = Held::Describe();
-    outcome.handles = host::CountHandles();
     return outcome;
 }
 
