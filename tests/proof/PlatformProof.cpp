@@ -95,6 +95,16 @@ protected:
         if (attempt.function == "RoInitialize" && attempt.failure->result == RPC_E_CHANGED_MODE) {
             return nullptr;
         }
+        if (attempt.failure->name == "cut off") {
+            // What is cut off is the name's end ".exe", which only the preset's path misses: it lies nowhere.
+            static constexpr Expectation kNoPreset = {Operation::StartBeside,
+                                                      "GetModuleFileNameW",
+                                                      3,
+                                                      HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND),
+                                                      "",
+                                                      "QanhInitialize OUT(s_PackageManager.Initialize : hr="};
+            return GetParam() == Operation::StartBeside && attempt.call == 3 ? &kNoPreset : nullptr;
+        }
         return FindExpectation(GetParam(), attempt.function, attempt.call);
     }
 
@@ -259,7 +269,8 @@ protected:
     }
 
     Stage m_stage;
-    // What the platform makes once and keeps comes with the first time.
+    // What is made once and kept comes with the first time: a pass raises exceptions in the stand-in, too.
+    const Outcome m_pass = m_stage.Run(Operation::Pass, nullptr);
     const Outcome m_first = m_stage.Run(GetParam(), nullptr);
     const Outcome m_whole = m_stage.Run(GetParam(), nullptr);
 };
@@ -278,11 +289,6 @@ TEST_P(Platform, EveryCallFails)
         functions += import.calls > 0 && failures > 0 ? 1 : 0;
         for (std::size_t call = 0; call < import.calls; ++call) {
             for (std::size_t failure = 0; failure < failures; ++failure) {
-                if (const char* fn = std::getenv("P2FN");
-                    fn && !std::string(fn).ends_with("," + import.name + ",") &&
-                    std::string(fn).find("," + import.name + ",") == std::string::npos) {
-                    continue;
-                }
                 if (IsTaken(call, import.calls, failure, failures)) {
                     attempts.push_back({import.name, &function->failures[failure], call, import.calls});
                 }
@@ -297,6 +303,8 @@ TEST_P(Platform, EveryCallFails)
         Progress(static_cast<long long>(attempt + 1), static_cast<long long>(attempts.size()));
     }
     const std::string name = NameOf(GetParam());
+    Figure(("handles left by the C++ runtime's first exceptions in " + name).c_str(),
+           static_cast<double>(m_whole.handles));
     Figure(("functions of the platform that failed in " + name).c_str(), static_cast<double>(functions));
     Figure(("calls times failures in " + name).c_str(), static_cast<double>(attempts.size()));
 }
@@ -321,10 +329,14 @@ TEST(PlatformCalls, ListIsThatOfTheImports)
 {
     Stage stage;
     std::map<std::string, std::size_t> calls;
-    std::string imported;
     for (const Operation operation : kOperations) {
         for (const Import& import : stage.Run(operation, nullptr).imports) {
             calls[import.name] += import.calls;
+            // In a pass one package's version cannot be had, which raises an exception.
+            const PlatformFunction* const function = FindPlatformFunction(import.name);
+            if (function && function->reason == kRuntimes && !IsPass(operation)) {
+                EXPECT_EQ(import.calls, 0u) << import.name << " is called by " << NameOf(operation);
+            }
         }
     }
     std::size_t failing = 0;
@@ -334,9 +346,6 @@ TEST(PlatformCalls, ListIsThatOfTheImports)
         failing += function->failures.empty() ? 0 : 1;
         if (!function->failures.empty() && name != "FreeLibrary") {
             EXPECT_GT(count, 0u) << name << " is called by no operation";
-        }
-        if (function->reason == kRuntimes) {
-            EXPECT_EQ(count, 0u) << name << " is called by an operation";
         }
     }
     for (const PlatformFunction& function : PlatformFunctions()) {

@@ -79,8 +79,8 @@ struct Outcome
     std::string held;                 // that was never given back
     bool isApartmentKept = false;
     bool isUnloaded = false;
-    // Handles that the process has more than before, without those that the runtime keeps: one for each time
-    // that a class of the Windows Runtime is looked up.
+    // Handles that the process has more than before, without those that the runtime keeps: Wine does
+    // one for each time that a class of the Windows Runtime is looked up.
     std::ptrdiff_t handles = 0;
 };
 
@@ -121,6 +121,7 @@ private:
     host::Library m_library;
     HWND m_startScreen = nullptr;
     bool m_isUp = false;
+    std::ptrdiff_t m_handlesOfALookUp = 0; // that the runtime keeps
 };
 
 } // namespace proof
