@@ -2,7 +2,6 @@
 report with every figure. Called by scripts/proof."""
 
 import argparse
-import hashlib
 import os
 import pathlib
 import queue
@@ -12,6 +11,7 @@ import signal
 import subprocess
 import sys
 
+from fingerprints import fingerprint, programs_under_wine
 from gtest import list_tests
 from lanes import Job, Lane, Prefix, Settings, Surroundings
 from native import NativeLane
@@ -33,22 +33,6 @@ def parse_arguments():
                         help="this many at once")
     parser.add_argument("--limit", metavar="SECONDS", type=float, default=6 * 3600, help="what takes longer hangs")
     return parser.parse_args()
-
-
-def fingerprint(paths, words):
-    """Changes with the files' contents."""
-    digest = hashlib.sha256(words.encode())
-    for path in paths:
-        digest.update(pathlib.Path(path).read_bytes())
-    return digest.hexdigest()
-
-
-def programs_under_wine(words):
-    """Names of the programs, and the fingerprint of each: they load the library and what stands beside it."""
-    lines = (BUILD / "test-programs.txt").read_text(encoding="utf-8").splitlines()
-    libraries = sorted((BUILD / "bin").glob("*.dll"))
-    return {name: fingerprint([BUILD / "bin" / f"{name}.exe", *libraries], words)
-            for name in (line.split()[0] for line in lines) if name.startswith("proof_")}
 
 
 def native_commands(words):
@@ -76,7 +60,7 @@ def main():
     place = Surroundings("", str((BUILD / "bin").resolve()), variables=variables)
     first = Prefix(settings, place)
     windows = queue.Queue()
-    for program, identity in programs_under_wine(words).items():
+    for program, identity in programs_under_wine(BUILD, words).items():
         for test in list_tests(first.command(program), first.environment, first.work):
             if re.search(arguments.R, f"{program} {test}") and results.expect(program, test, identity):
                 windows.put(Job(program, [test]))

@@ -11,6 +11,7 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "testrun"))
 
+from fingerprints import programs_under_wine  # noqa: E402
 from gtest import Outcome, Result  # noqa: E402
 from native import NativeLane  # noqa: E402
 from results import Results, figures_in, progress_in, watch  # noqa: E402
@@ -43,6 +44,41 @@ class FolderTest(unittest.TestCase):
 
     def last_line(self):
         return self.printed.getvalue().splitlines()[-1]
+
+
+class FingerprintTest(FolderTest):
+    def setUp(self):
+        super().setUp()
+        for name in ("bin/proof_a.exe", "bin/proof_b.exe", "bin/unit_c.exe", "bin/TestHost.exe", "bin/QanHelper.dll",
+                     "bin/QanHelper.pdb", "tests/proof/catalogue-cases"):
+            self.write(name, name)
+        self.write("test-programs.txt", "proof_b apart\nproof_a apart\nunit_c whole\n")
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, encoding="utf-8")
+
+    def changed_by(self, name, words="full 1"):
+        before = programs_under_wine(self.folder, "full 1")
+        self.write(name, "other")
+        after = programs_under_wine(self.folder, words)
+        self.assertEqual(list(after), ["proof_a", "proof_b"])
+        return [program for program in after if after[program] != before[program]]
+
+    def test_changes_with_the_program_itself(self):
+        self.assertEqual(self.changed_by("bin/proof_a.exe"), ["proof_a"])
+
+    def test_changes_with_what_programs_load_start_and_read(self):
+        for name in ("bin/QanHelper.dll", "bin/TestHost.exe", "tests/proof/catalogue-cases"):
+            self.assertEqual(self.changed_by(name), ["proof_a", "proof_b"], name)
+
+    def test_other_tests_and_files_do_not_matter(self):
+        for name in ("bin/unit_c.exe", "bin/QanHelper.pdb"):
+            self.assertEqual(self.changed_by(name), [], name)
+
+    def test_changes_with_form_and_seed(self):
+        self.assertEqual(self.changed_by("bin/QanHelper.pdb", "full 2"), ["proof_a", "proof_b"])
 
 
 class ResultsTest(FolderTest):

@@ -312,6 +312,9 @@ TEST_F(Concurrency, EachQueryHoldsBeforeOrAfterAChange)
         }
     }
     EXPECT_EQ(lines.size(), static_cast<std::size_t>(count));
+    // A package is only missing while it is being changed: seldom. A handful is no sign, however few queries
+    // there were.
+    EXPECT_LT(static_cast<std::size_t>(oracle.Missing()), lines.size() / 50 + 10);
     EXPECT_GT(different.size(), lines.size() / 100) << "nothing was refreshed meanwhile";
     proof::Figure("queries asked during passes", static_cast<double>(lines.size()));
     proof::Figure("different queries among them", static_cast<double>(different.size()));

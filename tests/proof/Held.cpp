@@ -22,6 +22,7 @@ SRWLOCK g_lock = SRWLOCK_INIT;
 std::multimap<std::pair<Kind, const void*>, const char*> g_held;
 
 std::atomic<std::size_t> g_freedBytes = 0;
+std::atomic<std::size_t> g_lookUps = 0;
 std::vector<DWORD> g_threadPlaces;
 
 template <typename Value> Value Taken(Kind kind, Value value, const char* function)
@@ -168,6 +169,10 @@ std::map<std::string, void*> OtherFunctions()
          })},
         {"RoInitialize",
          Pointer([](RO_INIT_TYPE kind) { return Entered(RoInitialize(kind), "RoInitialize"); })},
+        {"RoGetActivationFactory", Pointer([](HSTRING name, REFIID iid, void** factory) {
+             ++g_lookUps;
+             return RoGetActivationFactory(name, iid, factory);
+         })},
         {"RoUninitialize", Pointer([] {
              Held::GiveBack(Kind::Apartment, nullptr);
              RoUninitialize();
@@ -191,6 +196,7 @@ void Held::Clear()
 {
     g_held.clear();
     g_freedBytes = 0;
+    g_lookUps = 0;
 }
 
 std::size_t Held::FreeThreadPlaces()
@@ -206,6 +212,11 @@ std::size_t Held::FreeThreadPlaces()
 std::size_t Held::FreedBytes()
 {
     return g_freedBytes;
+}
+
+std::size_t Held::LookUps()
+{
+    return g_lookUps;
 }
 
 std::string Held::Describe()

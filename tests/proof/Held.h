@@ -38,6 +38,9 @@ public:
         Apartment,
         Clipboard
     };
+    // How often a class of the Windows Runtime was looked up since Clear().
+    static std::size_t LookUps();
+
     // For what stands in for further functions. Both keep the last error.
     static void Take(Kind kind, const void* value, const char* function);
     static void GiveBack(Kind kind, const void* value);

@@ -112,8 +112,11 @@ protected:
     {
         // A thread that does not end keeps the catalogue.
         EXPECT_EQ(outcome.held, GetParam() == Operation::StopOfHung ? m_whole.held : "") << "is still held";
+        EXPECT_EQ(outcome.handles, m_whole.handles);
         EXPECT_TRUE(outcome.isUnloaded) << "the library stays in memory";
         EXPECT_TRUE(outcome.isApartmentKept);
+        EXPECT_TRUE(!outcome.hasThrown || GetParam() == Operation::IsInstalledById)
+            << "an exception gets out";
         EXPECT_EQ(outcome.namesBefore, m_whole.namesBefore);
     }
 
@@ -237,6 +240,8 @@ protected:
     }
 
     Stage m_stage;
+    // What the platform makes once and keeps comes with the first time.
+    const Outcome m_first = m_stage.Run(GetParam(), nullptr);
     const Outcome m_whole = m_stage.Run(GetParam(), nullptr);
 };
 

@@ -43,4 +43,13 @@ inline NameSet Intersection(const NameSet& first, const NameSet& second)
     return common;
 }
 
+// What stands in the first one only.
+inline NameSet Difference(const NameSet& first, const NameSet& second)
+{
+    NameSet rest;
+    std::set_difference(first.begin(), first.end(), second.begin(), second.end(),
+                        std::inserter(rest, rest.end()));
+    return rest;
+}
+
 } // namespace proof

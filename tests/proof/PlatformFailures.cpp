@@ -93,6 +93,41 @@ Failure WritesNothing()
             std::nullopt};
 }
 
+// A part of it is on the disk.
+Failure WritesHalf()
+{
+    return {"half written",
+            [](const GateCall& call, const Import& import) {
+                using Function = BOOL(WINAPI*)(HANDLE, const void*, DWORD, DWORD*, OVERLAPPED*);
+                return static_cast<ULONG_PTR>(reinterpret_cast<Function>(import.function)(
+                    reinterpret_cast<HANDLE>(call.arguments[0]),
+                    reinterpret_cast<const void*>(call.arguments[1]),
+                    static_cast<DWORD>(call.arguments[2]) / 2, reinterpret_cast<DWORD*>(call.arguments[3]),
+                    nullptr));
+            },
+            std::nullopt};
+}
+
+// The path is as long as can be and longer: it is cut off behind the program's name.
+Failure IsCutOff()
+{
+    return {"cut off",
+            [](const GateCall& call, const Import&) {
+                constexpr std::wstring_view kBegin = L"C:\\";
+                constexpr std::wstring_view kEnd = L"\\Proof";
+                auto* const path = reinterpret_cast<wchar_t*>(call.arguments[1]);
+                const std::size_t size = call.arguments[2];
+                const std::size_t length = size - 1;
+                kBegin.copy(path, kBegin.size());
+                std::fill(path + kBegin.size(), path + length - kEnd.size(), L'p');
+                kEnd.copy(path + length - kEnd.size(), kEnd.size());
+                path[length] = L'\0';
+                SetLastError(ERROR_INSUFFICIENT_BUFFER);
+                return ULONG_PTR{size};
+            },
+            std::nullopt};
+}
+
 // What is there does not fit: the size that it takes.
 Failure IsTooLong()
 {
@@ -148,7 +183,7 @@ std::vector<PlatformFunction> FailingFunctions()
         {"CreateMutexW", Gives(0, {5, 6, 8}), ""},
         {"CreateThread", Gives(0, {8, 1450}), ""},
         {"DeleteFileW", Gives(0, {2, 5, 32}), ""},
-        {"ExpandEnvironmentStringsW", Gives(0, {8}), ""},
+        {"ExpandEnvironmentStringsW", Gives(0, {8}) + IsTooLong(), ""},
         {"FindClose", FailsAfterwards(0, 6), ""},
         {"FindFirstFileW", Gives(kNoFile, {2, 3, 5}), ""},
         {"FindNextFileW", Gives(0, {18, 5, 21}), ""},
@@ -159,7 +194,7 @@ std::vector<PlatformFunction> FailingFunctions()
         {"GetExitCodeThread", Gives(0, {5, 6}), ""},
         {"GetFileAttributesExW", Gives(0, {2, 5, 32}), ""},
         {"GetFileAttributesW", Gives(kNoNumber, {2, 5, 32}), ""},
-        {"GetModuleFileNameW", Gives(0, {5, 8}), ""},
+        {"GetModuleFileNameW", Gives(0, {5, 8}) + IsCutOff(), ""},
         {"GetModuleHandleExW", {GivesNoModule()}, ""},
         {"GlobalAlloc", Gives(0, {8}), ""},
         {"GlobalLock", Gives(0, {6, 8}), ""},
@@ -178,7 +213,7 @@ std::vector<PlatformFunction> FailingFunctions()
         {"WaitForMultipleObjects", Gives(kNoNumber, {6}) + Gives(WAIT_TIMEOUT, 0), ""},
         {"WaitForSingleObject", Gives(kNoNumber, {6}) + Gives(WAIT_TIMEOUT, 0), ""},
         {"WideCharToMultiByte", Gives(0, {87, 122, 1004, 1113}), ""},
-        {"WriteFile", Gives(0, {5, 33, 112}) + WritesNothing(), ""},
+        {"WriteFile", Gives(0, {5, 33, 112}) + WritesNothing() + WritesHalf(), ""},
         {"CoCreateInstance", Results(4, {kNotRegistered, CLASS_E_NOAGGREGATION, E_NOINTERFACE}), ""},
         {"CoInitialize", Results(kNoPointer, {E_INVALIDARG, E_OUTOFMEMORY, E_UNEXPECTED, RPC_E_CHANGED_MODE}),
          ""},
@@ -186,7 +221,8 @@ std::vector<PlatformFunction> FailingFunctions()
          Results(kNoPointer, {E_INVALIDARG, E_OUTOFMEMORY, E_UNEXPECTED, RPC_E_CHANGED_MODE}), ""},
         {"RoInitialize", Results(kNoPointer, {E_INVALIDARG, E_OUTOFMEMORY, E_UNEXPECTED, RPC_E_CHANGED_MODE}),
          ""},
-        {"RoGetActivationFactory", Results(2, {kNotRegistered, E_NOINTERFACE, E_OUTOFMEMORY}), ""},
+        {"RoGetActivationFactory",
+         Results(2, {kNotRegistered, CO_E_NOTINITIALIZED, E_NOINTERFACE, E_OUTOFMEMORY}), ""},
         {"WindowsCreateStringReference", Results(3, {E_INVALIDARG, E_POINTER}), ""},
         {"SHCreateDirectoryExW", Statuses({3, 5, 80, 161, 183, 206, 1223}), ""},
         {"PathFileExistsW", Gives(0, {2, 5}), ""},
@@ -199,6 +235,7 @@ std::vector<PlatformFunction> FailingFunctions()
         {"EmptyClipboard", Gives(0, {1418}), ""},
         {"CloseClipboard", FailsAfterwards(0, 1418), ""},
         {"SetClipboardData", Gives(0, {5, 1418}), ""},
+        // It is asked for one key at a time: some of them is none.
         {"SendInput", Gives(0, {5, 87}), ""},
         {"MapVirtualKeyW", Gives(0, {0}), ""},
         {"GetForegroundWindow", Gives(0, {0}), ""},
@@ -227,9 +264,11 @@ const std::vector<PlatformFunction>& PlatformFunctions()
             "its documentation names no failure");
         Add(functions, "malloc calloc realloc free _strdup", "the proof of the memory makes it fail");
         Add(functions,
-            "_snprintf_s _snwprintf_s _wcsicmp _wcsnicmp iswspace memchr memcmp memcpy memmove memset strcmp "
+            "_wcsicmp _wcsnicmp iswspace memchr memcmp memcpy memmove memset strcmp "
             "strcspn strlen strncmp strspn wcschr wcscmp wcscpy_s wcslen wcsncpy_s wcsrchr _errno",
             "it works on memory that the library gives it and that has room");
+        Add(functions, "_snprintf_s _snwprintf_s",
+            "it cuts off what does not fit, as the library asks it to: that is its arguments' doing");
         Add(functions,
             "AddVectoredExceptionHandler RemoveVectoredExceptionHandler CreateEventA CreateSemaphoreA "
             "ReleaseSemaphore DeleteCriticalSection EnterCriticalSection InitializeCriticalSection "
@@ -243,7 +282,7 @@ const std::vector<PlatformFunction>& PlatformFunctions()
             "___lc_codepage_func ___mb_cur_max_func __iob_func _amsg_exit _beginthreadex _endthreadex "
             "_initterm _lock _unlock _setjmp longjmp _ultoa abort exit fprintf fputc fputs fwrite localeconv "
             "printf signal strerror vfprintf _read _close",
-            "the C++ runtime in the library calls it, when it is loaded or raises an exception");
+            kRuntimes);
         return functions;
     }();
     return s_functions;

@@ -26,6 +26,10 @@ struct PlatformFunction
     std::string_view reason;
 };
 
+// The reason of those that no operation calls as long as nothing fails.
+inline constexpr std::string_view kRuntimes =
+    "the C++ runtime in the library calls it, when it is loaded or raises an exception";
+
 // Every function that the library may import. Null: it is not in the list.
 [[nodiscard]] const PlatformFunction* FindPlatformFunction(std::string_view name);
 

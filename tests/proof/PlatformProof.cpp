@@ -33,6 +33,11 @@ bool IsStart(Operation operation)
     return operation == Operation::Start || operation == Operation::StartBeside;
 }
 
+bool IsBrowser(Operation operation)
+{
+    return operation == Operation::Browser || operation == Operation::BrowserWithoutSetting;
+}
+
 // Those that lines of the log are written with: one that fails costs a line, or a part of it. When the log's
 // setting or path cannot be read, a start writes none, or elsewhere.
 bool CostsLines(Operation operation, const std::string& function)
@@ -89,6 +94,16 @@ protected:
         // Who is in an apartment of another kind is in an apartment.
         if (attempt.function == "RoInitialize" && attempt.failure->result == RPC_E_CHANGED_MODE) {
             return nullptr;
+        }
+        if (attempt.failure->name == "cut off") {
+            // What is cut off is the name's end ".exe", which only the preset's path misses: it lies nowhere.
+            static constexpr Expectation kNoPreset = {Operation::StartBeside,
+                                                      "GetModuleFileNameW",
+                                                      3,
+                                                      HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND),
+                                                      "",
+                                                      "QanhInitialize OUT(s_PackageManager.Initialize : hr="};
+            return GetParam() == Operation::StartBeside && attempt.call == 3 ? &kNoPreset : nullptr;
         }
         return FindExpectation(GetParam(), attempt.function, attempt.call);
     }
@@ -162,12 +177,17 @@ protected:
             // Short names, which only the library's own reader sees.
             known = Union(known, {"x new short", "x newer short", "x suite short"});
         }
-        const NameSet kept = ChangesMarks(attempt.function) ? NameSet() : Intersection(before, whole);
         if (IsPass(GetParam())) {
+            const NameSet kept = Intersection(before, whole);
             for (const std::string& names : {outcome.namesAfter, outcome.again, outcome.namesAtNextStart}) {
                 EXPECT_TRUE(Includes(known, NamesIn(names))) << names;
-                EXPECT_TRUE(Includes(NamesIn(names), kept)) << names;
             }
+            // One question was asked in vain: one name may be gone, and the next pass finds it again.
+            EXPECT_LE(Difference(kept, NamesIn(outcome.namesAfter)).size(),
+                      ChangesMarks(attempt.function) ? 1u : 0u)
+                << outcome.namesAfter;
+            EXPECT_TRUE(Includes(NamesIn(outcome.again), kept)) << outcome.again;
+            EXPECT_TRUE(Includes(NamesIn(outcome.namesAtNextStart), kept)) << outcome.namesAtNextStart;
             return;
         }
         if (IsThreadLeft(attempt)) {
@@ -183,9 +203,25 @@ protected:
         EXPECT_EQ(outcome.namesAtNextStart, m_whole.namesAtNextStart);
     }
 
+    // Of the browser, as the launch leaves it. It opens the key to read, to force and to put back.
+    std::optional<DWORD> ExpectedTileSetting(const Attempt& attempt) const
+    {
+        const bool isLast = attempt.call + 1 == attempt.calls;
+        if (GetParam() == Operation::Browser && attempt.call == 0 && ReadsSetting(attempt.function) &&
+            attempt.failure->name == "status 2") {
+            return std::nullopt; // it looks as if it had not been there
+        }
+        const bool isForced =
+            (GetParam() == Operation::Browser && attempt.function == "RegSetValueExW") ||
+            (GetParam() == Operation::BrowserWithoutSetting && attempt.function == "RegDeleteValueW") ||
+            (IsBrowser(GetParam()) && attempt.function == "RegOpenKeyExW");
+        return isForced && isLast ? DWORD{QANH_TILE_DESKTOP} : m_whole.tileSetting;
+    }
+
     void ExpectNothingHeld(const Attempt& attempt, const Outcome& outcome) const
     {
         EXPECT_TRUE(outcome.isApartmentKept);
+        EXPECT_EQ(outcome.handles, m_whole.handles);
         if (attempt.function == "GetModuleHandleExW" && IsPass(GetParam())) {
             // The thread ends without knowing which library it is to give back.
             EXPECT_EQ(outcome.held, "1 of GetModuleHandleExW");
@@ -213,9 +249,7 @@ protected:
         ExpectResult(attempt, outcome);
         ExpectExitLine(attempt, outcome);
         ExpectCatalogue(attempt, outcome);
-        if (!attempt.function.starts_with("Reg")) {
-            EXPECT_EQ(outcome.tileSetting, m_whole.tileSetting);
-        }
+        EXPECT_EQ(outcome.tileSetting, ExpectedTileSetting(attempt));
         ExpectNothingHeld(attempt, outcome);
     }
 
@@ -235,6 +269,9 @@ protected:
     }
 
     Stage m_stage;
+    // What is made once and kept comes with the first time: a pass raises exceptions in the stand-in, too.
+    const Outcome m_pass = m_stage.Run(Operation::Pass, nullptr);
+    const Outcome m_first = m_stage.Run(GetParam(), nullptr);
     const Outcome m_whole = m_stage.Run(GetParam(), nullptr);
 };
 
@@ -266,6 +303,8 @@ TEST_P(Platform, EveryCallFails)
         Progress(static_cast<long long>(attempt + 1), static_cast<long long>(attempts.size()));
     }
     const std::string name = NameOf(GetParam());
+    Figure(("handles left by the C++ runtime's first exceptions in " + name).c_str(),
+           static_cast<double>(m_whole.handles));
     Figure(("functions of the platform that failed in " + name).c_str(), static_cast<double>(functions));
     Figure(("calls times failures in " + name).c_str(), static_cast<double>(attempts.size()));
 }
@@ -290,10 +329,14 @@ TEST(PlatformCalls, ListIsThatOfTheImports)
 {
     Stage stage;
     std::map<std::string, std::size_t> calls;
-    std::string imported;
     for (const Operation operation : kOperations) {
         for (const Import& import : stage.Run(operation, nullptr).imports) {
             calls[import.name] += import.calls;
+            // In a pass one package's version cannot be had, which raises an exception.
+            const PlatformFunction* const function = FindPlatformFunction(import.name);
+            if (function && function->reason == kRuntimes && !IsPass(operation)) {
+                EXPECT_EQ(import.calls, 0u) << import.name << " is called by " << NameOf(operation);
+            }
         }
     }
     std::size_t failing = 0;

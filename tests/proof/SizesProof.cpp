@@ -12,6 +12,32 @@ using proof::ScopedFile;
 
 using Sizes = proof::HostileTest;
 
+int CountOf(std::string_view part, std::string_view text)
+{
+    int count = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string_view::npos; at += part.size()) {
+        ++count;
+    }
+    return count;
+}
+
+// An element inside an element and so on, each of them closed.
+std::string Nested(int depth)
+{
+    std::string opened;
+    std::string closed;
+    for (int level = 0; level < depth; ++level) {
+        opened += "<a>";
+        closed += "</a>";
+    }
+    return opened + closed;
+}
+
+// The documented reader, and the runtime's, give up at a depth of about 256 elements
+// (XmlReaderProperty_MaxElementDepth).
+constexpr int kShallow = 200;
+constexpr int kDeep = 10000;
+
 TEST_F(Sizes, CatalogOfManyPackages)
 {
     const int count = proof::Count(1500, 100000);
@@ -36,6 +62,7 @@ TEST_F(Sizes, CatalogOfManyPackages)
     // Each of them is asked about; the stop comes between two.
     proof::Figure("QanhFinalize while a pass asks about each of them", Stop(*host), "ms");
     ExpectWell(*host);
+    EXPECT_EQ(CountOf("<Package ", test::ReadFileBytes(m_sandbox.CatalogFile())), count);
     const auto next = Start();
     // A pass that came to its end has found that none is installed.
     EXPECT_THAT(NamesOf(*next), testing::AnyOf(testing::Eq(mails), testing::IsEmpty()));
@@ -79,20 +106,32 @@ TEST_F(Sizes, NamesOf16MebibytesAreNamesLikeOthers)
 
 TEST_F(Sizes, NestingEndsTheReadingAndNothingElse)
 {
-    constexpr int depth = 10000;
-    std::string nested;
-    for (int level = 0; level < depth; ++level) {
-        nested += "<a>";
-    }
-    WriteCatalog("<Applications><MetroApps/><DesktopApps>" + Kept("kept mail") + nested);
-    const std::string manifest = test::Manifest("Vel.Deep", "1.0.0.0", "deep mail", "d");
-    m_sandbox.WritePackage(L"Vel.Deep", manifest.substr(0, manifest.find("  </Applications>")) + nested,
-                           "name = Vel.Deep\nversion = 1.0.0.0");
+    const auto catalog = [this](int depth) {
+        return "<Applications><MetroApps/><DesktopApps>" + Kept("kept mail") + Nested(depth) +
+               Kept("behind mail") + "</DesktopApps></Applications>";
+    };
+    const auto writePackage = [this](const std::string& name, const std::string& displayName, int depth) {
+        std::string manifest = test::Manifest("Vel." + name, "1.0.0.0", displayName, "s");
+        const std::size_t begin = manifest.find("<Application ");
+        const std::size_t end = manifest.find("  </Applications>");
+        std::string another = manifest.substr(begin, end - begin);
+        another.replace(another.find(displayName), displayName.size(), displayName + " behind");
+        manifest.insert(end, Nested(depth) + another);
+        m_sandbox.WritePackage(test::FromUtf8("Vel." + name), manifest,
+                               "name = Vel." + name + "\nversion = 1.0.0.0");
+    };
+    WriteCatalog(catalog(kShallow));
+    EXPECT_EQ(NamesOf(*Start()), Names({"kept mail", "behind mail"})) << "depth alone is no obstacle";
+
+    WriteCatalog(catalog(kDeep));
+    writePackage("Shallow", "flat mail", kShallow);
+    writePackage("Deep", "deep mail", kDeep);
     m_sandbox.AddCommonShortcut(L"found mail.lnk");
     const auto host = Start();
-    EXPECT_EQ(NamesOf(*host), Names({"kept mail"}));
+    EXPECT_EQ(NamesOf(*host), Names({"kept mail"})) << "what stands behind is not read";
     Pass(*host);
-    EXPECT_EQ(NamesOf(*host), Names({"deep mail", "kept mail", "found mail"}));
+    EXPECT_EQ(NamesOf(*host),
+              Names({"deep mail", "flat mail", "flat mail behind", "kept mail", "found mail"}));
     Stop(*host);
     ExpectWell(*host);
 }

@@ -135,6 +135,11 @@ Stage::Stage() : m_settings(HKEY_LOCAL_MACHINE, test::kSettingsKey)
     test::MakeFile(m_folder / (std::wstring(L"allusers") + kPrograms + L"\\x web.url"));
     test::MakeFile(m_folder / (std::wstring(L"roaming") + kPrograms + L"\\Sub\\x new menu.lnk"));
 
+    host::LookUpPackageManagerClass(); // the first one brings more
+    const auto before = static_cast<std::ptrdiff_t>(host::CountHandles());
+    host::LookUpPackageManagerClass();
+    m_handlesOfALookUp = static_cast<std::ptrdiff_t>(host::CountHandles()) - before;
+
     WNDCLASSW windowClass = {};
     windowClass.lpfnWndProc = DefWindowProcW;
     windowClass.lpszClassName = standin::startScreenClass;
@@ -199,16 +204,18 @@ Outcome Stage::Run(Operation operation, const CallGate::Fault* fault)
         other = CreateMutexW(nullptr, FALSE, L"QanHelper_Proof");
     }
     Outcome outcome;
+    const auto before = static_cast<std::ptrdiff_t>(host::CountHandles());
     std::thread([&] {
         RunOnThread(operation, fault, outcome);
         outcome.isApartmentKept = test::ApartmentOfThread() == test::Apartment::kNone;
     }).join();
+    outcome.handles = static_cast<std::ptrdiff_t>(host::CountHandles()) - before -
+                      m_handlesOfALookUp * static_cast<std::ptrdiff_t>(Held::LookUps());
     if (other) {
         CloseHandle(other);
     }
     outcome.tileSetting = browser.Dword(kTileSetting);
     outcome.held = Held::Describe();
-    outcome.handles = host::CountHandles();
     return outcome;
 }
 

@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -78,7 +79,9 @@ struct Outcome
     std::string held;                 // that was never given back
     bool isApartmentKept = false;
     bool isUnloaded = false;
-    std::size_t handles = 0; // of the whole process
+    // Handles that the process has more than before, without those that the runtime keeps: Wine does
+    // one for each time that a class of the Windows Runtime is looked up.
+    std::ptrdiff_t handles = 0;
 };
 
 // A process for the library: folders, settings, packages and shortcuts of its own, a keyboard, a clipboard
@@ -118,6 +121,7 @@ private:
     host::Library m_library;
     HWND m_startScreen = nullptr;
     bool m_isUp = false;
+    std::ptrdiff_t m_handlesOfALookUp = 0; // that the runtime keeps
 };
 
 } // namespace proof
