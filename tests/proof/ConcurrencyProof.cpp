@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <map>
+#include <regex>
 #include <set>
 #include <thread>
 
@@ -63,11 +64,12 @@ struct Origin
 
 Origin OriginOf(const std::string& name)
 {
-    Origin origin;
-    if (std::sscanf(name.c_str(), "mail p%d v%d", &origin.package, &origin.version) != 2) {
+    static const std::regex s_form("mail p([0-9]+) v([0-9]+).*");
+    std::smatch parts;
+    if (!std::regex_match(name, parts, s_form)) {
         return {};
     }
-    return origin;
+    return {std::stoi(parts[1]), std::stoi(parts[2])};
 }
 
 class Concurrency : public testing::Test

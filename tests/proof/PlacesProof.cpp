@@ -18,7 +18,7 @@ using Places = proof::HostileTest;
 
 TEST_F(Places, ManifestsThatCannotBeReadCostTheirPackagesNames)
 {
-    const auto write = [&](const std::wstring& name) {
+    const auto install = [&](const std::wstring& name) {
         const std::wstring folder = m_sandbox.Folder() + L"\\installed " + name;
         test::MakeFolder(folder);
         const std::string text = test::ToUtf8(name);
@@ -26,12 +26,12 @@ TEST_F(Places, ManifestsThatCannotBeReadCostTheirPackagesNames)
                                "location = " + test::ToUtf8(folder));
         return folder + L"\\AppxManifest.xml";
     };
-    test::MakeFolder(write(L"A folder"));
-    const ScopedFile locked(write(L"B locked"), 0, CREATE_ALWAYS);
-    write(L"C missing");
-    test::WriteFileBytes(write(L"D empty"), "");
-    test::WriteFileBytes(write(L"E zeros"), std::string(1 << 20, '\0'));
-    test::WriteFileBytes(write(L"F sound"), test::Manifest("F sound", "1.0.0.0", "sound mail", "s"));
+    test::MakeFolder(install(L"A folder"));
+    const ScopedFile locked(install(L"B locked"), 0, CREATE_ALWAYS);
+    install(L"C missing");
+    test::WriteFileBytes(install(L"D empty"), "");
+    test::WriteFileBytes(install(L"E zeros"), std::string(1 << 20, '\0'));
+    test::WriteFileBytes(install(L"F sound"), test::Manifest("F sound", "1.0.0.0", "sound mail", "s"));
     m_sandbox.AddCommonShortcut(L"found mail.lnk");
     WriteCatalog(proof::CatalogOf("", Kept("kept mail")));
     const auto host = Start();
