@@ -196,6 +196,14 @@ TEST_F(ToolDoctorOfFiles, SeesWhatIsWrongWithTheCatalogue)
     WriteFileBytes(m_catalogue, "<Applications><DesktopApps></Applications>");
     EXPECT_THAT(AskOfHost("catalogue"),
                 ElementsAre(AllOf(StartsWith("problem\t"), HasSubstr("cannot be read"))));
+    for (const char* cut : {"<Applications><DesktopApps><DesktopApp DisplayName=\"Mail\" "
+                            "LnkFileName=\"C:\\1.lnk\"/>",
+                            "not xml", ""}) {
+        WriteFileBytes(m_catalogue, cut);
+        EXPECT_THAT(
+            AskOfHost("catalogue"),
+            ElementsAre(AllOf(StartsWith("problem\t"), HasSubstr("cannot be read to its end: 0xC00CEE"))));
+    }
     WriteFileBytes(m_catalogue, "<Applications><DesktopApps/>");
     EXPECT_THAT(AskOfHost("catalogue"),
                 ElementsAre(AllOf(StartsWith("problem\t"), HasSubstr("without any application"))));

@@ -1,5 +1,6 @@
 #include "Catalogue.h"
 
+#include "Document.h"
 #include "Failure.h"
 #include "Output.h"
 #include "Text.h"
@@ -53,15 +54,17 @@ void RefuseCatalogue(const CommandLine& line)
     }
 }
 
-void LoadCatalogue(const std::wstring& path, CQanhAppNameList& list)
+bool LoadCatalogue(const std::wstring& path, CQanhAppNameList& list)
 {
     const HRESULT hr = list.Load(path.c_str());
-    if (SUCCEEDED(hr) || hr == static_cast<HRESULT>(MX_E_INPUTEND)) {
-        return;
-    }
-    if (!IsXmlError(hr)) {
+    if (FAILED(hr) && !IsXmlError(hr)) {
         throw Failure{L"cannot read " + path, hr};
     }
+    const HRESULT cutOff = ReadDocument(path).CutOff();
+    if (SUCCEEDED(cutOff)) {
+        return true;
+    }
     WriteText(STD_ERROR_HANDLE,
-              FormatText(L"qanh: %s is read in part only: %s\n", {Shown(path), Described(hr)}));
+              FormatText(L"qanh: %s is read in part only: %s\n", {Shown(path), Described(cutOff)}));
+    return false;
 }

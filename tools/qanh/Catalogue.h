@@ -17,5 +17,6 @@ void RefuseCatalogue(const CommandLine& line);
 
 // Reads a catalogue file as the library does. Of a file that is no whole document every record up to the
 // place where it breaks off is read, and that is said on standard error; but for a root that is not closed,
-// which is how the library writes it. Throws Failure when the file cannot be opened.
-void LoadCatalogue(const std::wstring& path, CQanhAppNameList& list);
+// which is how the library writes it. Returns whether all was read. Throws Failure when the file cannot be
+// opened.
+bool LoadCatalogue(const std::wstring& path, CQanhAppNameList& list);
