@@ -260,6 +260,12 @@ TEST_F(ToolDoctor, SeesTheProcessesOfTheHost)
     CloseHandle(instance);
 }
 
+TEST_F(ToolDoctor, DoesNotTakeItselfForTheHost)
+{
+    EXPECT_THAT(Ask("processes", {L"--host", L"qanh"}),
+                ElementsAre("ok\tprocesses\tno process of qanh runs"));
+}
+
 TEST_F(ToolDoctor, IsJsonWhenAskedFor)
 {
     const ToolResult result = RunTool({L"doctor", L"--json"});

@@ -120,7 +120,11 @@ TEST_F(ToolPreset, MustBeAskedForRightly)
 {
     EXPECT_EQ(RunTool({L"preset"}).status, 2u);
     EXPECT_EQ(RunTool({L"preset", L"burn"}).status, 2u);
-    EXPECT_EQ(Run({L"preset", L"make", L"--from", m_path}).status, 2u);     // two sources
+    EXPECT_EQ(Run({L"preset", L"make", L"--from", m_path}), // two sources
+              (ToolResult{"",
+                          "qanh: --from was given, and --catalogue or --host as well\n"
+                          "\"qanh help\" tells what there is.\n",
+                          2}));
     EXPECT_EQ(RunTool({L"preset", L"make", L"--from", m_path}).status, 3u); // not there
 }
 

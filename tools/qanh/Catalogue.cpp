@@ -47,10 +47,10 @@ std::wstring CataloguePath(const CommandLine& line)
     return line.catalogue;
 }
 
-void RefuseCatalogue(const CommandLine& line)
+void RefuseCatalogue(const CommandLine& line, const wchar_t* given)
 {
     if (!line.catalogue.empty() || !line.host.empty()) {
-        throw WrongUse{L"a FILE was given, and --catalogue or --host as well"};
+        throw WrongUse{std::wstring(given) + L" was given, and --catalogue or --host as well"};
     }
 }
 

@@ -158,7 +158,7 @@ private:
 bool LoadSource(const CommandLine& line, CQanhAppNameList& list)
 {
     if (!line.from.empty()) {
-        RefuseCatalogue(line);
+        RefuseCatalogue(line, L"--from");
         return LoadCatalogue(line.from, list);
     }
     if (!line.catalogue.empty() || !line.host.empty()) {
