@@ -181,7 +181,7 @@ def check_command(words):
 def check_tool(arguments):
     """A command line of the companion tool."""
     described = "".join(read(path) for path in glob.glob("tools/qanh/*.cpp"))
-    commands = re.findall(r'AddCommand\(\s*tool,\s*"(\w+)"', described)
+    commands = re.findall(r'AddCommand\(\s*tool,\s*(?:values,\s*)?"(\w+)"', described)
     command = next((word for word in arguments if word in commands), None)
     if not command:
         return f"qanh has no such command: {' '.join(arguments)}"

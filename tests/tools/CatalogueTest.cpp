@@ -104,9 +104,31 @@ TEST_F(ToolCatalogue, IsReadUpToThePlaceWhereItBreaksOff)
                           0}));
 }
 
+// A file of the library itself lacks the end of its root, and nothing else.
+TEST_F(ToolCatalogue, ThatIsCutOffIsReadInPartOnly)
+{
+    const std::string text = kCatalogue;
+    for (const std::string& cut :
+         {text.substr(0, text.find("</DesktopApps>")), text.substr(0, text.find("</DesktopApps>") + 9),
+          text.substr(0, text.find("<DesktopApps>") + 13) + "<DesktopApp DisplayName=\"Mai",
+          std::string("not xml"), std::string()}) {
+        const std::string problem = "qanh: " + ToUtf8(m_path) + " is read in part only: 0xC00CEE";
+        EXPECT_THAT(ReadText(cut).problems, StartsWith(problem)) << cut;
+        for (const std::vector<std::wstring>& arguments :
+             {std::vector<std::wstring>{L"show", L"Mail"}, {L"explain", L"Mail"}}) {
+            std::vector<std::wstring> all = arguments;
+            all.insert(all.end(), {L"--catalogue", m_path});
+            EXPECT_THAT(RunTool(all).problems, StartsWith(problem)) << cut;
+        }
+    }
+}
+
 TEST_F(ToolCatalogue, ThatIsEmptyHasNoApplication)
 {
-    EXPECT_EQ(ReadText(""), (ToolResult{"", "qanh: no application in " + ToUtf8(m_path) + "\n", 1}));
+    const ToolResult result = ReadText("");
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.problems, EndsWith("qanh: no application in " + ToUtf8(m_path) + "\n"));
+    EXPECT_EQ(result.status, 1u);
 }
 
 } // namespace

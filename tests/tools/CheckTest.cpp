@@ -189,6 +189,18 @@ TEST_F(ToolCheck, TellsWhereTheReadingEnds)
     EXPECT_EQ(result.status, 1u);
 }
 
+TEST_F(ToolCheck, TellsOfAFileThatIsCutOff)
+{
+    for (const char* text :
+         {"<Applications>\n<DesktopApps>\n<DesktopApp DisplayName=\"a\" LnkFileName=\"C:\\a.lnk\"/>",
+          "<Applications>\n<DesktopApps>\n<DesktopApp DisplayName=\"a", "not xml", ""}) {
+        const ToolResult result = Check(text);
+        EXPECT_THAT(result.output, HasSubstr("\tproblem\tthe reading ends here: 0xC00CEE")) << text;
+        EXPECT_THAT(result.output, EndsWith("Fit as a preset: no\n")) << text;
+        EXPECT_EQ(result.status, 1u) << text;
+    }
+}
+
 TEST_F(ToolCheck, IsJson)
 {
     std::string path = ToUtf8(m_path);

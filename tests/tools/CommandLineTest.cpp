@@ -1,5 +1,6 @@
 // What the tool makes of its command line as a whole.
 
+#include "QanHelper.h"
 #include "tools/ToolTest.h"
 
 namespace {
@@ -60,6 +61,54 @@ TEST(ToolCommandLine, HelpExplainsACommandWithAnExample)
         EXPECT_EQ(result.problems, "");
         EXPECT_EQ(result.status, 0u);
         EXPECT_EQ(RunCommandLine(command + L" --help"), result);
+    }
+}
+
+TEST(ToolCommandLine, TellsWhichCommandThereIsNot)
+{
+    for (const wchar_t* commandLine :
+         {L"nosuch", L"nosuch --json", L"--host a nosuch Mail", L"nosuch --tree"}) {
+        EXPECT_EQ(RunCommandLine(commandLine), (ToolResult{"",
+                                                           "qanh: there is no command \"nosuch\"\n"
+                                                           "\"qanh help\" tells what there is.\n",
+                                                           2}));
+    }
+    EXPECT_EQ(RunCommandLine(L"").problems,
+              "qanh: no command was given\n\"qanh help\" tells what there is.\n");
+}
+
+TEST(ToolCommandLine, TellsItsVersion)
+{
+    const std::string version = std::to_string(QANH_VERSION_MAJOR) + "." +
+                                std::to_string(QANH_VERSION_MINOR) + "." + std::to_string(QANH_VERSION_PATCH);
+    EXPECT_EQ(RunCommandLine(L"--version"), (ToolResult{"qanh " + version + "\n", "", 0}));
+    EXPECT_THAT(RunCommandLine(L"doctor").output, HasSubstr("ok\tqanh\tversion " + version + "\n"));
+}
+
+TEST(ToolCommandLine, HelpNamesNoOptionsThatACommandRefuses)
+{
+    for (const wchar_t* command :
+         {L"diff", L"help", L"launch", L"browser", L"activate", L"installed", L"name", L"refresh"}) {
+        EXPECT_THAT(RunCommandLine(std::wstring(L"help ") + command).output,
+                    Not(AnyOf(HasSubstr("--catalogue"), HasSubstr("--host"), HasSubstr("--log"))));
+    }
+    EXPECT_THAT(RunCommandLine(L"help list").output, HasSubstr("--host NAME"));
+}
+
+TEST(ToolCommandLine, TellsWhichModesAndTilesThereAre)
+{
+    EXPECT_EQ(RunCommandLine(L"launch Mail --mode 7 --dry-run"),
+              (ToolResult{"",
+                          "qanh: --mode: there is no \"7\", but launch (0), show (1), plain (2)\n"
+                          "\"qanh help\" tells what there is.\n",
+                          2}));
+    EXPECT_EQ(RunCommandLine(L"browser --tile 3 --dry-run"),
+              (ToolResult{"",
+                          "qanh: --tile: there is no \"3\", but desktop (0), immersive (1), unchanged (2)\n"
+                          "\"qanh help\" tells what there is.\n",
+                          2}));
+    for (const wchar_t* mode : {L"plain", L"2"}) {
+        EXPECT_EQ(RunCommandLine(std::wstring(L"launch Mail --dry-run --mode ") + mode).status, 0u);
     }
 }
 

@@ -196,6 +196,14 @@ TEST_F(ToolDoctorOfFiles, SeesWhatIsWrongWithTheCatalogue)
     WriteFileBytes(m_catalogue, "<Applications><DesktopApps></Applications>");
     EXPECT_THAT(AskOfHost("catalogue"),
                 ElementsAre(AllOf(StartsWith("problem\t"), HasSubstr("cannot be read"))));
+    for (const char* cut : {"<Applications><DesktopApps><DesktopApp DisplayName=\"Mail\" "
+                            "LnkFileName=\"C:\\1.lnk\"/>",
+                            "not xml", ""}) {
+        WriteFileBytes(m_catalogue, cut);
+        EXPECT_THAT(
+            AskOfHost("catalogue"),
+            ElementsAre(AllOf(StartsWith("problem\t"), HasSubstr("cannot be read to its end: 0xC00CEE"))));
+    }
     WriteFileBytes(m_catalogue, "<Applications><DesktopApps/>");
     EXPECT_THAT(AskOfHost("catalogue"),
                 ElementsAre(AllOf(StartsWith("problem\t"), HasSubstr("without any application"))));
@@ -250,6 +258,12 @@ TEST_F(ToolDoctor, SeesTheProcessesOfTheHost)
     EXPECT_THAT(Ask("first refresh", {L"--host", L"tool_tests"}),
                 ElementsAre(StartsWith("ok\tfirst refresh\ta process is in it")));
     CloseHandle(instance);
+}
+
+TEST_F(ToolDoctor, DoesNotTakeItselfForTheHost)
+{
+    EXPECT_THAT(Ask("processes", {L"--host", L"qanh"}),
+                ElementsAre("ok\tprocesses\tno process of qanh runs"));
 }
 
 TEST_F(ToolDoctor, IsJsonWhenAskedFor)

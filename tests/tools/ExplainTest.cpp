@@ -146,6 +146,36 @@ TEST_F(ToolExplain, ExcludesEverythingForANameWithoutAWord)
     EXPECT_THAT(Section(L"Почта", "Excluded"), ElementsAre("Paint\tdisplay name\tdesktop\tC:\\2.lnk"));
 }
 
+// A search by the short name hits the display name of the same application.
+TEST_F(ToolExplain, TellsWhenTheQueryExcludesTheApplicationItself)
+{
+    WriteCatalogue(
+        R"(<Package PackageFamilyName="Cal_1"><MetroApp DisplayName="calendar" ShortName="cal"/></Package>)");
+    const ToolResult result = Run({L"explain", L"cal"});
+    EXPECT_THAT(result.output, StartsWith("Query: \"cal\" NOT(\"calendar\")\n"));
+    EXPECT_EQ(result.problems, "qanh: the query excludes the application itself, by \"calendar\"\n");
+    EXPECT_EQ(result.status, 1u);
+    EXPECT_THAT(Run({L"explain", L"cal", L"--json"}).output, HasSubstr("\n  \"ExcludesItself\": true,\n"));
+    EXPECT_EQ(Run({L"explain", L"calendar"}).problems, "");
+}
+
+// The log writes in the code page of the machine where the host runs.
+TEST_F(ToolExplain, CountsTheLogLineInTheCodePageThatIsNamed)
+{
+    WriteCatalogue("");
+    const auto line = [this](const wchar_t* codePage) {
+        return Split(Run({L"explain", L"メール", L"--code-page", codePage}).output, "\n").at(1);
+    };
+    // 39 bytes of its own, two quotes, and three letters.
+    EXPECT_EQ(line(L"932"), "Log line: 47 of 1023 bytes in code page 932");
+    EXPECT_EQ(line(L"65001"), "Log line: 50 of 1023 bytes in code page 65001");
+    EXPECT_EQ(line(L"1252"), "Log line: 44 of 1023 bytes in code page 1252");
+    EXPECT_THAT(Run({L"explain", L"メール", L"--code-page", L"932", L"--json"}).output,
+                HasSubstr("\n  \"LogLineBytes\": 47,\n  \"LogLineCodePage\": 932,\n"));
+    EXPECT_EQ(Run({L"explain", L"メール", L"--code-page", L"12345"}).problems,
+              "qanh: this system has no code page 12345\n\"qanh help\" tells what there is.\n");
+}
+
 TEST_F(ToolExplain, IsJson)
 {
     WriteCatalogue(R"(<Package PackageFamilyName="Gmail_1"><MetroApp DisplayName="gmail"/></Package>
@@ -157,8 +187,11 @@ TEST_F(ToolExplain, IsJson)
   "Name": "Mail",
   "Query": "\"Mail\" NOT(\"gmail\")",
   "LogLineBytes": 58,
+  "LogLineCodePage": )json" + std::to_string(GetACP()) +
+                                 R"json(,
   "LogLineRoom": 1023,
   "Found": false,
+  "ExcludesItself": false,
   "Called": [],
   "Excluded": [
     {

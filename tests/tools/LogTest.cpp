@@ -360,4 +360,18 @@ TEST_F(ToolLog, MustBeNamedAndThere)
                                  3}));
 }
 
+TEST_F(ToolLog, LetsTheSystemTellWhatTheToolDoesNotKnow)
+{
+    const auto answer = [this](const char* result) {
+        WriteFileBytes(m_folder / L"own.txt",
+                       std::string("[2014/03/01 09:05:07.042]QanhLaunchBySearch(Mail, 0, 1) IN\r\n"
+                                   "[2014/03/01 09:05:08.653]QanhLaunchBySearch OUT(") +
+                           result + ")\r\n");
+        return RunTool({L"log", L"--errors", L"--log", m_folder / L"own.txt"}).output;
+    };
+    EXPECT_THAT(answer("0xC00CEE61"), HasSubstr("0xC00CEE61 NC_E_QNAMECHARACTER ("));
+    EXPECT_THAT(answer("0x80070006"), HasSubstr("0x80070006 ERROR_INVALID_HANDLE ("));
+    EXPECT_THAT(answer("0x80070013"), HasSubstr("0x80070013 (")); // the medium is write-protected
+}
+
 } // namespace

@@ -102,6 +102,15 @@ TEST_F(ToolOutput, LeavesTheFileAndItsFolderAsTheyWere)
                                                        {L"explain", L"メール 🙂"}}) {
         (void)Output(arguments);
     }
+    for (const std::vector<std::wstring>& arguments : {std::vector<std::wstring>{L"check"},
+                                                       {L"preset", L"make"},
+                                                       {L"doctor"},
+                                                       {L"log", L"--log", m_path}}) {
+        EXPECT_LE(Run(arguments).status, 1u);
+    }
+    EXPECT_EQ(RunTool({L"diff", m_path, m_path}).status, 0u);
+    const TemporaryFolder elsewhere;
+    EXPECT_LE(Run({L"report", L"-o", elsewhere / L"report.html"}).status, 1u);
     EXPECT_EQ(ReadFileBytes(m_path), before);
     std::vector<std::wstring> names;
     WIN32_FIND_DATAW entry{};

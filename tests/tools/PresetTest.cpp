@@ -88,6 +88,22 @@ TEST_F(ToolPreset, OfAnEmptyCatalogueIsEmptyAndFit)
     EXPECT_EQ(RunTool({L"check", m_preset}), (ToolResult{"Fit as a preset: yes\n", "", 0}));
 }
 
+TEST_F(ToolPreset, OfACatalogueThatIsCutOffLacksTheRestAndSaysSo)
+{
+    WriteFileBytes(m_path, "<Applications><DesktopApps>"
+                           "<DesktopApp DisplayName=\"Mail\" LnkFileName=\"C:\\Mail.lnk\"/>\n");
+    for (const std::vector<std::wstring>& source :
+         {std::vector<std::wstring>{L"--from", m_path}, {L"--catalogue", m_path}}) {
+        std::vector<std::wstring> arguments{L"preset", L"make"};
+        arguments.insert(arguments.end(), source.begin(), source.end());
+        const ToolResult made = RunTool(arguments);
+        EXPECT_THAT(made.output, HasSubstr("C:\\Mail.lnk"));
+        EXPECT_THAT(made.problems, StartsWith("qanh: " + ToUtf8(m_path) +
+                                              " is read in part only: 0xC00CEE01 MX_E_INPUTEND"));
+        EXPECT_EQ(made.status, 1u);
+    }
+}
+
 TEST_F(ToolPreset, OverwritesNoFile)
 {
     WriteCatalogue(kRecords);
@@ -104,7 +120,11 @@ TEST_F(ToolPreset, MustBeAskedForRightly)
 {
     EXPECT_EQ(RunTool({L"preset"}).status, 2u);
     EXPECT_EQ(RunTool({L"preset", L"burn"}).status, 2u);
-    EXPECT_EQ(Run({L"preset", L"make", L"--from", m_path}).status, 2u);     // two sources
+    EXPECT_EQ(Run({L"preset", L"make", L"--from", m_path}), // two sources
+              (ToolResult{"",
+                          "qanh: --from was given, and --catalogue or --host as well\n"
+                          "\"qanh help\" tells what there is.\n",
+                          2}));
     EXPECT_EQ(RunTool({L"preset", L"make", L"--from", m_path}).status, 3u); // not there
 }
 

@@ -64,7 +64,13 @@ TEST_F(ToolReport, HasNamesAsTextOnly)
 
 TEST_F(ToolReport, TellsWhatCannotBeRead)
 {
-    const std::string page = Page({L"--catalogue", m_path, L"--log", m_log});
+    const ToolResult result = Run({L"report", L"-o", m_report, L"--log", m_log});
+    EXPECT_THAT(result.problems, StartsWith("qanh: cannot read " + ToUtf8(m_path) +
+                                            ": 0x80070002 ERROR_FILE_NOT_FOUND (there is no such file); "
+                                            "cannot read " +
+                                            ToUtf8(m_log) + ": 0x80070002 "));
+    EXPECT_EQ(result.status, 1u);
+    const std::string page = ReadFileBytes(m_report);
     EXPECT_THAT(page, HasSubstr("AppNameList.xml: 0x80070002 ERROR_FILE_NOT_FOUND"));
     EXPECT_THAT(page, HasSubstr("log.txt: 0x80070002 ERROR_FILE_NOT_FOUND"));
 }
@@ -80,6 +86,10 @@ TEST_F(ToolReport, OverwritesNoFile)
 TEST_F(ToolReport, NeedsAFileAndSomethingToLookAt)
 {
     EXPECT_EQ(Run({L"report"}).status, 2u);
+    EXPECT_EQ(
+        RunCommandLine(L"report --host Launcher -o \"\""),
+        (ToolResult{"", "qanh: the name of the file to make is empty\n\"qanh help\" tells what there is.\n",
+                    2}));
     EXPECT_EQ(RunTool({L"report", L"-o", m_report}),
               (ToolResult{"",
                           "qanh: a report of what? Give --host NAME, --catalogue FILE or --log FILE\n"

@@ -1,5 +1,6 @@
 #include "Catalogue.h"
 
+#include "Document.h"
 #include "Failure.h"
 #include "Output.h"
 #include "Text.h"
@@ -46,22 +47,24 @@ std::wstring CataloguePath(const CommandLine& line)
     return line.catalogue;
 }
 
-void RefuseCatalogue(const CommandLine& line)
+void RefuseCatalogue(const CommandLine& line, const wchar_t* given)
 {
     if (!line.catalogue.empty() || !line.host.empty()) {
-        throw WrongUse{L"a FILE was given, and --catalogue or --host as well"};
+        throw WrongUse{std::wstring(given) + L" was given, and --catalogue or --host as well"};
     }
 }
 
-void LoadCatalogue(const std::wstring& path, CQanhAppNameList& list)
+bool LoadCatalogue(const std::wstring& path, CQanhAppNameList& list)
 {
     const HRESULT hr = list.Load(path.c_str());
-    if (SUCCEEDED(hr) || hr == static_cast<HRESULT>(MX_E_INPUTEND)) {
-        return;
-    }
-    if (!IsXmlError(hr)) {
+    if (FAILED(hr) && !IsXmlError(hr)) {
         throw Failure{L"cannot read " + path, hr};
     }
+    const HRESULT cutOff = ReadDocument(path).CutOff();
+    if (SUCCEEDED(cutOff)) {
+        return true;
+    }
     WriteText(STD_ERROR_HANDLE,
-              FormatText(L"qanh: %s is read in part only: %s\n", {Shown(path), Described(hr)}));
+              FormatText(L"qanh: %s is read in part only: %s\n", {Shown(path), Described(cutOff)}));
+    return false;
 }

@@ -12,10 +12,12 @@
 // that one's path will do. Throws Failure.
 [[nodiscard]] std::wstring FileOfHost(const std::wstring& host, const wchar_t* file);
 
-// For a command that was given files of its own: throws WrongUse when the command line names a catalogue too.
-void RefuseCatalogue(const CommandLine& line);
+// For a command that was given files of its own, by what: throws WrongUse when the command line names a
+// catalogue too.
+void RefuseCatalogue(const CommandLine& line, const wchar_t* given = L"a FILE");
 
 // Reads a catalogue file as the library does. Of a file that is no whole document every record up to the
 // place where it breaks off is read, and that is said on standard error; but for a root that is not closed,
-// which is how the library writes it. Throws Failure when the file cannot be opened.
-void LoadCatalogue(const std::wstring& path, CQanhAppNameList& list);
+// which is how the library writes it. Returns whether all was read. Throws Failure when the file cannot be
+// opened.
+bool LoadCatalogue(const std::wstring& path, CQanhAppNameList& list);

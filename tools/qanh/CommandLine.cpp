@@ -2,6 +2,7 @@
 
 #include "DriveCommandLine.h"
 #include "Failure.h"
+#include "QanHelper.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
@@ -16,7 +17,9 @@ constexpr char kTool[] = "qanh";
 constexpr char kAbout[] =
     "Tells what the library knows of the applications of a machine, and what it makes of it. "
     "Only looks, but for the commands that drive the library.";
-constexpr char kEnd[] =
+constexpr char kEnd[] = "See docs/qanh.md.";
+constexpr char kJson[] = "--json asks for JSON. See docs/qanh.md.";
+constexpr char kLooking[] =
     "--catalogue FILE, --log FILE or --host NAME says what to look at, --json asks for JSON. See docs/qanh.md.";
 
 // What the parser fills in; it speaks UTF-8.
@@ -45,11 +48,12 @@ struct Values
     std::string helpCommand;
 };
 
-CLI::App* AddCommand(CLI::App& tool, const char* name, const char* description, const std::string& example)
+CLI::App* AddCommand(CLI::App& tool, const char* name, const char* description, const std::string& example,
+                     const char* end = kLooking)
 {
     CLI::App* command = tool.add_subcommand(name, description);
     command->fallthrough(); // so that the options of every command may stand behind it too
-    command->footer("Example:\n  " + example + "\n\n" + kEnd);
+    command->footer("Example:\n  " + example + "\n\n" + end);
     return command;
 }
 
@@ -76,6 +80,8 @@ void Describe(CLI::App& tool, Values& values)
         ->excludes(catalogue);
     tool.add_option("--log", values.log, "The diagnostic log to look at");
     tool.add_flag("--json", values.isJson, "Answer in JSON");
+    tool.set_version_flag("--version", std::string(kTool) + " " + QANH_VERSION_STRING + "\n",
+                          "Tell the version of the tool");
 
     CLI::App* list =
         AddCommand(tool, "list",
@@ -98,6 +104,7 @@ void Describe(CLI::App& tool, Values& values)
                    "excluded, and which names are left in and may be started instead.",
                    "qanh explain Mail --host Launcher");
     explain->add_option("NAME", values.name, "The name as the launcher would give it")->required();
+    AddCodePage(explain, values);
 
     CLI::App* check =
         AddCommand(tool, "check",
@@ -109,7 +116,7 @@ void Describe(CLI::App& tool, Values& values)
 
     CLI::App* diff = AddCommand(
         tool, "diff", "Compares two catalogue files: what was removed (-), added (+) and changed (~).",
-        "qanh diff old.xml new.xml");
+        "qanh diff old.xml new.xml", kJson);
     diff->add_option("A", values.file, "The one from before")->required();
     diff->add_option("B", values.otherFile, "The one from after")->required();
 
@@ -157,7 +164,7 @@ void Describe(CLI::App& tool, Values& values)
 
     DescribeDriving(tool, values.drive, values.name);
 
-    CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain");
+    CLI::App* help = AddCommand(tool, "help", "Explains a command.", "qanh help explain", kEnd);
     help->add_option("COMMAND", values.helpCommand, "The command");
 }
 
@@ -174,6 +181,26 @@ std::wstring HelpText(const std::string& command)
         return FromUtf8(tool.get_subcommand(command)->help(kTool));
     } catch (const CLI::OptionNotFound&) {
         throw WrongUse{L"there is no command \"" + FromUtf8(command) + L"\""};
+    }
+}
+
+// The parser itself only says that it misses a command. Throws WrongUse when there was none that it knows.
+void ThrowForNoCommand(const CLI::App& tool, const CLI::ParseError& error)
+{
+    if (!tool.get_subcommands().empty()) {
+        return;
+    }
+    const std::vector<std::string> unknown = tool.remaining();
+    const auto isOption = [](const std::string& argument) { return argument.rfind('-', 0) == 0; };
+    const auto word = std::find_if_not(unknown.begin(), unknown.end(), isOption);
+    if (word != unknown.end()) {
+        throw WrongUse{L"there is no command \"" + FromUtf8(*word) + L"\""};
+    }
+    if (!unknown.empty()) {
+        throw WrongUse{L"there is no option \"" + FromUtf8(unknown.front()) + L"\""};
+    }
+    if (error.get_name() == "RequiredError") {
+        throw WrongUse{L"no command was given"};
     }
 }
 
@@ -195,7 +222,11 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
         const auto commands = tool.get_subcommands();
         line.help = HelpText(commands.empty() ? "" : commands.front()->get_name());
         return line;
+    } catch (const CLI::CallForVersion& version) {
+        line.help = FromUtf8(version.what());
+        return line;
     } catch (const CLI::ParseError& error) {
+        ThrowForNoCommand(tool, error);
         throw WrongUse{FromUtf8(error.what())};
     }
     line.command = FromUtf8(tool.get_subcommands().front()->get_name());

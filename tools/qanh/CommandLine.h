@@ -29,7 +29,7 @@ struct CommandLine
     std::optional<unsigned> slow;     // so many of the slowest operations
     std::optional<unsigned> codePage; // of the log's text
     DriveOptions drive;
-    std::wstring help; // the text that was asked for, by "help" or "--help"
+    std::wstring help; // the text that was asked for, by "help", "--help" or "--version"
 };
 
 // Takes the arguments of the process, without its name, apart. Throws WrongUse.

@@ -7,8 +7,7 @@
 #include "Findings.h"
 #include "LogTexts.h"
 #include "common/FormatText.h"
-
-#include <xmllite.h>
+#include "common/Xml.h"
 
 #include <algorithm>
 #include <optional>
@@ -142,9 +141,10 @@ void DiagnoseCatalogue(const CommandLine& line, Diagnoses& diagnoses)
     }
     CQanhAppNameList list;
     const HRESULT hr = list.Load(path.c_str());
-    if (FAILED(hr) && hr != static_cast<HRESULT>(MX_E_INPUTEND)) {
+    const HRESULT result = FAILED(hr) && hr != Xml::kInputEnds ? hr : ReadDocument(path).CutOff();
+    if (FAILED(result)) {
         diagnoses.push_back({Level::Problem, L"catalogue",
-                             Facts(path, *facts) + L"; cannot be read: " + Described(hr),
+                             Facts(path, *facts) + L"; cannot be read to its end: " + Described(result),
                              L"qanh check tells where; the host's next pass writes it anew"});
         return;
     }

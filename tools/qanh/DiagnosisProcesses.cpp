@@ -58,7 +58,9 @@ std::vector<DWORD> ProcessesOf(const std::wstring& host)
     entry.dwSize = sizeof entry;
     for (BOOL isThere = Process32FirstW(snapshot, &entry); isThere;
          isThere = Process32NextW(snapshot, &entry)) {
-        if (EqualsIgnoringCase(HostNameOf(entry.szExeFile), host)) {
+        // The tool that asks is no host.
+        if (entry.th32ProcessID != GetCurrentProcessId() &&
+            EqualsIgnoringCase(HostNameOf(entry.szExeFile), host)) {
             processes.push_back(entry.th32ProcessID);
         }
     }

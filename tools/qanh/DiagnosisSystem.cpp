@@ -1,6 +1,8 @@
 #include "Diagnosis.h"
 
 #include "Failure.h"
+#include "QanHelper.h"
+#include "Text.h"
 #include "common/FormatText.h"
 #include "common/UniqueHandle.h"
 
@@ -108,6 +110,7 @@ void DiagnoseElevation(Diagnoses& diagnoses)
 
 void DiagnoseSystem(Diagnoses& diagnoses)
 {
+    diagnoses.push_back({Level::Ok, L"qanh", L"version " + FromUtf8(QANH_VERSION_STRING), L""});
     DiagnoseVersion(diagnoses);
     DiagnoseSearchPane(diagnoses);
     DiagnoseElevation(diagnoses);

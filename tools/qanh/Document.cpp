@@ -94,6 +94,15 @@ std::vector<const DocumentElement*> Document::Read(const wchar_t* element) const
     return read;
 }
 
+HRESULT Document::CutOff() const
+{
+    const bool isEnd = SUCCEEDED(ended) || ended == Xml::kInputEnds;
+    if (isEnd && (isWhole || open == 1)) {
+        return S_OK;
+    }
+    return isEnd ? Xml::kInputEnds : ended;
+}
+
 Document ReadDocument(const std::wstring& path)
 {
     Microsoft::WRL::ComPtr<IXmlReader> reader;
@@ -108,13 +117,18 @@ Document ReadDocument(const std::wstring& path)
         UINT depth = 0;
         (void)reader->GetDepth(&depth);
         if (Xml::IsElement(reader.Get())) {
-            const bool isEmptyRoot = depth == 0 && reader->IsEmptyElement();
-            document.elements.push_back(ElementAt(reader.Get()));
-            document.elements.back().isSkipped = nesting.IsSkipped(document.elements.back().name, depth);
-            document.isWhole = document.isWhole || isEmptyRoot;
-        } else if (place.type == XmlNodeType_EndElement && depth <= 1) {
+            const bool isEmpty = reader->IsEmptyElement();
+            DocumentElement& element = document.elements.emplace_back(ElementAt(reader.Get()));
+            element.isSkipped = nesting.IsSkipped(element.name, depth);
+            if (isEmpty) {
+                document.isWhole = document.isWhole || depth == 0;
+            } else {
+                ++document.open;
+            }
+        } else if (place.type == XmlNodeType_EndElement) {
+            --document.open;
             // An end tag counts as one deeper than its element: this is the root's.
-            document.isWhole = true;
+            document.isWhole = document.isWhole || depth <= 1;
         }
     }
     document.end = PlaceOf(reader.Get());

@@ -34,8 +34,13 @@ struct Document
 {
     std::vector<DocumentElement> elements;
     bool isWhole = false;    // its root is closed
+    unsigned open = 0;       // elements that the end of the reading leaves open
     HRESULT ended = S_FALSE; // what ended the reading; a failure: not the end of the document
     Place end;
+
+    // Why the reading ended before the document did, as a failure; S_OK for a whole document, and for one
+    // that lacks nothing but the end of its root: the library writes its files so.
+    [[nodiscard]] HRESULT CutOff() const;
 
     // Those of this name that the library makes records of, in order.
     [[nodiscard]] std::vector<const DocumentElement*> Read(const wchar_t* element) const;

@@ -5,7 +5,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -24,17 +26,35 @@ CLI::App* AddCommand(CLI::App& tool, DriveValues& values, const char* name, cons
     return command;
 }
 
+// Takes one of these names, or its number, for the number.
+CLI::Validator NumberOf(std::vector<std::pair<std::string, DWORD>> names)
+{
+    const auto replace = [names = std::move(names)](std::string& value) {
+        std::string known;
+        for (const auto& [name, number] : names) {
+            const std::string digits = std::to_string(number);
+            if (value == name || value == digits) {
+                value = digits;
+                return std::string();
+            }
+            known += (known.empty() ? "" : ", ") + name + " (" + digits + ")";
+        }
+        return "there is no \"" + value + "\", but " + known;
+    };
+    return {replace, ""};
+}
+
 // For the launches by search: the names of the modes, or their numbers.
 void AddSearch(CLI::App* command, DriveValues& values)
 {
-    static const std::map<std::string, DWORD> kModes = {
-        {"launch", QANH_SEARCH_LAUNCH}, {"show", QANH_SEARCH_SHOW}, {"plain", QANH_SEARCH_LAUNCH_PLAIN}};
     command
         ->add_option(
             "--mode", values.options.searchMode,
             "launch: the query and Enter; show: the plain name, and the choice is yours; plain: as launch, "
             "but the plain name when the catalogue knows it. Or the number of the mode")
-        ->transform(CLI::CheckedTransformer(kModes).description(""))
+        ->transform(NumberOf({{"launch", QANH_SEARCH_LAUNCH},
+                              {"show", QANH_SEARCH_SHOW},
+                              {"plain", QANH_SEARCH_LAUNCH_PLAIN}}))
         ->type_name("MODE");
     command->add_flag("--exclude", values.options.isExcluding,
                       "Exclude the other applications of the catalogue that the search would hit, too");
@@ -57,13 +77,12 @@ void DescribeDriving(CLI::App& tool, DriveValues& values, std::string& name)
                    "Launches Internet Explorer by the Start screen's search, and tells what came to "
                    "the front.",
                    "qanh browser --tile desktop");
-    static const std::map<std::string, DWORD> kTiles = {{"desktop", QANH_TILE_DESKTOP},
-                                                        {"immersive", QANH_TILE_IMMERSIVE},
-                                                        {"unchanged", QANH_TILE_UNCHANGED}};
     browser
         ->add_option("--tile", values.options.tileMode,
                      "What its tile setting is during the launch: desktop (0), immersive (1) or unchanged")
-        ->transform(CLI::CheckedTransformer(kTiles).description(""))
+        ->transform(NumberOf({{"desktop", QANH_TILE_DESKTOP},
+                              {"immersive", QANH_TILE_IMMERSIVE},
+                              {"unchanged", QANH_TILE_UNCHANGED}}))
         ->type_name("TILE");
     AddSearch(browser, values);
 

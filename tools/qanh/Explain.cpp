@@ -5,6 +5,7 @@
 #include "Json.h"
 #include "Lines.h"
 #include "LogLine.h"
+#include "LogTexts.h"
 #include "Text.h"
 #include "common/FormatText.h"
 
@@ -12,15 +13,17 @@
 
 namespace {
 
-// A rival that the search lists first, no application of this name, or a query that the log does not hold.
+// A rival that the search lists first, no application of this name, one that the query excludes, or a query
+// that the log does not hold.
 bool HasProblem(const Explanation& explanation)
 {
-    return explanation.called.empty() || explanation.logLineBytes > kLogLineBytes ||
+    return explanation.called.empty() || !explanation.ownName.empty() ||
+           explanation.logLineBytes > kLogLineBytes ||
            std::any_of(explanation.leftIn.begin(), explanation.leftIn.end(),
                        [](const LeftInName& name) { return name.comesFirst; });
 }
 
-std::wstring JsonText(const std::wstring& path, const std::wstring& name, const Explanation& explanation)
+std::wstring JsonText(const std::wstring& path, const CommandLine& line, const Explanation& explanation)
 {
     Json excluded = Json::array();
     for (const ExcludedName& entry : explanation.excluded) {
@@ -37,11 +40,13 @@ std::wstring JsonText(const std::wstring& path, const std::wstring& name, const 
                           {"Application", JsonOf(entry.application)}});
     }
     return TextOf(Json{{"Catalogue", JsonOf(path)},
-                       {"Name", JsonOf(name)},
+                       {"Name", JsonOf(line.name)},
                        {"Query", JsonOf(explanation.query)},
                        {"LogLineBytes", explanation.logLineBytes},
+                       {"LogLineCodePage", line.codePage.value_or(GetACP())},
                        {"LogLineRoom", kLogLineBytes},
                        {"Found", explanation.isFound},
+                       {"ExcludesItself", !explanation.ownName.empty()},
                        {"Called", JsonOf(explanation.called)},
                        {"Excluded", std::move(excluded)},
                        {"LeftIn", std::move(leftIn)}});
@@ -53,15 +58,17 @@ std::wstring Section(const std::wstring& heading, const std::wstring& lines)
     return heading + L":" + (lines.empty() ? L" none\n" : L"\n" + lines);
 }
 
-std::wstring Text(const std::wstring& name, const Explanation& explanation)
+std::wstring Text(const CommandLine& line, const Explanation& explanation)
 {
+    const std::wstring codePage =
+        line.codePage ? L" in code page " + std::to_wstring(*line.codePage) : std::wstring();
     std::wstring text = L"Query: " + Shown(explanation.query) + L"\n";
     text +=
-        FormatText(L"Log line: %s of %s bytes%s\n",
-                   {std::to_wstring(explanation.logLineBytes), std::to_wstring(kLogLineBytes),
+        FormatText(L"Log line: %s of %s bytes%s%s\n",
+                   {std::to_wstring(explanation.logLineBytes), std::to_wstring(kLogLineBytes), codePage,
                     explanation.logLineBytes > kLogLineBytes ? L": with the log on, it ends the host" : L""});
     text += FormatText(L"Search mode 2 pastes: %s\n",
-                       {explanation.isFound ? Shown(name) : std::wstring(L"the query")});
+                       {explanation.isFound ? Shown(line.name) : std::wstring(L"the query")});
     std::wstring called;
     for (const Application& application : explanation.called) {
         called += L"  " + LineOf(application) + L"\n";
@@ -98,14 +105,16 @@ Answer Explain(const CommandLine& line)
     const std::wstring path = CataloguePath(line);
     CQanhAppNameList list;
     LoadCatalogue(path, list);
-    const Explanation explanation = ExplainLaunch(list, line.name);
+    const Explanation explanation = ExplainLaunch(list, line.name, LogCodePage(line));
     Answer answer;
-    answer.text = line.isJson ? JsonText(path, line.name, explanation) : Text(line.name, explanation);
+    answer.text = line.isJson ? JsonText(path, line, explanation) : Text(line, explanation);
     if (HasProblem(explanation)) {
         answer.status = Status::No;
     }
     if (explanation.called.empty()) {
         answer.problem = L"no application that is installed is called \"" + line.name + L"\"";
+    } else if (!explanation.ownName.empty()) {
+        answer.problem = L"the query excludes the application itself, by \"" + explanation.ownName + L"\"";
     }
     return answer;
 }

@@ -84,6 +84,17 @@ public:
         }
     }
 
+    // True when a search that excludes this name excludes an application that is called as wanted.
+    [[nodiscard]] bool IsOfCalled(std::wstring_view excluded) const
+    {
+        return std::any_of(m_asked.begin(), m_asked.end(), [&](const Asked& asked) {
+            return IsCalled(asked) &&
+                   std::any_of(asked.names.begin(), asked.names.end(), [&](const OneName& name) {
+                       return EqualsIgnoringCase(name.Text(), excluded);
+                   });
+        });
+    }
+
     [[nodiscard]] std::vector<LeftInName> LeftIn() const
     {
         std::vector<LeftInName> names;
@@ -144,7 +155,7 @@ private:
 
 } // namespace
 
-Explanation ExplainLaunch(const CQanhAppNameList& list, const std::wstring& wantedName)
+Explanation ExplainLaunch(const CQanhAppNameList& list, const std::wstring& wantedName, unsigned codePage)
 {
     ExcludeList excluded;
     BOOL isFound = FALSE;
@@ -156,10 +167,13 @@ Explanation ExplainLaunch(const CQanhAppNameList& list, const std::wstring& want
     Explanation explanation;
     explanation.query = BuildSearchQuery(wantedName.c_str(), excluded);
     explanation.isFound = isFound != FALSE;
-    explanation.logLineBytes = LogLineBytes(explanation.query);
+    explanation.logLineBytes = LogLineBytes(explanation.query, codePage);
     explanation.called = search.Called();
     for (const WideString& name : excluded) {
         search.AddExcluded(name.View(), explanation.excluded);
+        if (explanation.ownName.empty() && search.IsOfCalled(name.View())) {
+            explanation.ownName = name.View();
+        }
     }
     explanation.leftIn = search.LeftIn();
     return explanation;

@@ -34,6 +34,7 @@ struct Explanation
     std::wstring query;
     bool isFound = false; // the catalogue knows the wanted application: search mode 2 pastes the plain name
     std::size_t logLineBytes = 0;
+    std::wstring ownName; // one that the query excludes although a called application has it; or empty
     std::vector<Application> called; // those that are installed and have exactly this name
     std::vector<ExcludedName>
         excluded;                   // in the order of the query; once for each application that has the name
@@ -41,4 +42,6 @@ struct Explanation
 };
 
 // Throws Failure.
-[[nodiscard]] Explanation ExplainLaunch(const CQanhAppNameList& list, const std::wstring& wantedName);
+// codePage: that of the machine with the log.
+[[nodiscard]] Explanation ExplainLaunch(const CQanhAppNameList& list, const std::wstring& wantedName,
+                                        unsigned codePage = CP_ACP);

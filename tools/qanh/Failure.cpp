@@ -82,8 +82,59 @@ constexpr KnownResult kKnownResults[] = {
     {static_cast<HRESULT>(WC_E_ENCNAME), L"WC_E_ENCNAME", L"an encoding that the reader does not know"},
     {static_cast<HRESULT>(WC_E_UNDECLAREDENTITY), L"WC_E_UNDECLAREDENTITY",
      L"an entity that XML does not know"},
+    {static_cast<HRESULT>(MX_E_ENCODINGSWITCH), L"MX_E_ENCODINGSWITCH",
+     L"its encoding is not the one that it declares"},
+    {static_cast<HRESULT>(MX_E_ENCODINGSIGNATURE), L"MX_E_ENCODINGSIGNATURE",
+     L"its first bytes are of no encoding that the reader knows"},
+    {static_cast<HRESULT>(WC_E_HEXDIGIT), L"WC_E_HEXDIGIT", L"a hexadecimal digit is missing"},
+    {static_cast<HRESULT>(WC_E_DIGIT), L"WC_E_DIGIT", L"a digit is missing"},
+    {static_cast<HRESULT>(WC_E_LEFTBRACKET), L"WC_E_LEFTBRACKET", L"a \"[\" is missing"},
+    {static_cast<HRESULT>(WC_E_LEFTPAREN), L"WC_E_LEFTPAREN", L"a \"(\" is missing"},
+    {static_cast<HRESULT>(WC_E_NAMECHARACTER), L"WC_E_NAMECHARACTER", L"a character that no name can hold"},
+    {static_cast<HRESULT>(WC_E_CDSECT), L"WC_E_CDSECT", L"a CDATA section begins wrongly"},
+    {static_cast<HRESULT>(WC_E_COMMENT), L"WC_E_COMMENT",
+     L"a comment with \"--\" in it, or that begins wrongly"},
+    {static_cast<HRESULT>(WC_E_TEXTXMLDECL), L"WC_E_TEXTXMLDECL", L"a wrong XML declaration"},
+    {static_cast<HRESULT>(WC_E_LEADINGXML), L"WC_E_LEADINGXML",
+     L"something stands before the XML declaration"},
+    {static_cast<HRESULT>(WC_E_XMLDECL), L"WC_E_XMLDECL", L"a wrong XML declaration"},
+    {static_cast<HRESULT>(WC_E_PI), L"WC_E_PI", L"a wrong processing instruction"},
+    {static_cast<HRESULT>(WC_E_QUESTIONMARK), L"WC_E_QUESTIONMARK", L"a \"?\" is missing"},
+    {static_cast<HRESULT>(WC_E_CDSECTEND), L"WC_E_CDSECTEND", L"a \"]]>\" in a text"},
+    {static_cast<HRESULT>(WC_E_MOREDATA), L"WC_E_MOREDATA",
+     L"something stands behind the end of the document"},
+    {static_cast<HRESULT>(WC_E_INVALIDXMLSPACE), L"WC_E_INVALIDXMLSPACE", L"a wrong value of xml:space"},
+    {static_cast<HRESULT>(NC_E_QNAMECHARACTER), L"NC_E_QNAMECHARACTER", L"a character that no name can hold"},
+    {static_cast<HRESULT>(NC_E_QNAMECOLON), L"NC_E_QNAMECOLON", L"a name with several \":\""},
+    {static_cast<HRESULT>(NC_E_NAMECOLON), L"NC_E_NAMECOLON", L"a \":\" in a name that must not have one"},
+    {static_cast<HRESULT>(NC_E_DECLAREDPREFIX), L"NC_E_DECLAREDPREFIX", L"a prefix is declared twice"},
+    {static_cast<HRESULT>(NC_E_UNDECLAREDPREFIX), L"NC_E_UNDECLAREDPREFIX", L"a prefix that is not declared"},
+    {static_cast<HRESULT>(NC_E_EMPTYURI), L"NC_E_EMPTYURI", L"a prefix is declared without a value"},
+    {static_cast<HRESULT>(NC_E_XMLPREFIXRESERVED), L"NC_E_XMLPREFIXRESERVED",
+     L"the prefix xml is declared otherwise"},
+    {static_cast<HRESULT>(NC_E_XMLNSPREFIXRESERVED), L"NC_E_XMLNSPREFIXRESERVED",
+     L"the prefix xmlns is declared"},
+    {static_cast<HRESULT>(SC_E_MAXELEMENTDEPTH), L"SC_E_MAXELEMENTDEPTH",
+     L"elements stand too deep in one another"},
+    {static_cast<HRESULT>(SC_E_MAXENTITYEXPANSION), L"SC_E_MAXENTITYEXPANSION",
+     L"too many entities in one another"},
+    {OfSystem(ERROR_INVALID_HANDLE), L"ERROR_INVALID_HANDLE",
+     L"the handle is not, or no longer, one of an object"},
     {static_cast<HRESULT>(WC_E_DTDPROHIBITED), L"WC_E_DTDPROHIBITED", L"a DOCTYPE is not allowed"},
 };
+
+// " (The handle is invalid)", or empty.
+std::wstring SystemsWord(HRESULT result)
+{
+    wchar_t text[512];
+    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS |
+                                      FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                                  nullptr, static_cast<DWORD>(result), 0, text, 512, nullptr);
+    while (length > 0 && (text[length - 1] == L' ' || text[length - 1] == L'.')) {
+        --length;
+    }
+    return length == 0 ? L"" : L" (" + std::wstring(text, length) + L")";
+}
 
 } // namespace
 
@@ -94,6 +145,6 @@ std::wstring Described(HRESULT result)
     const auto known = std::find_if(std::begin(kKnownResults), std::end(kKnownResults),
                                     [result](const KnownResult& entry) { return entry.result == result; });
     return known == std::end(kKnownResults)
-               ? number
+               ? number + SystemsWord(result)
                : FormatText(L"%s %s (%s)", {number, known->name, known->meaning});
 }

@@ -26,6 +26,7 @@ struct WrongUse
     std::wstring what;
 };
 
-// A result in hexadecimal, with its name and what it means here, as far as these are known:
-// "0x80070002 ERROR_FILE_NOT_FOUND (there is no such file)".
+// A result in hexadecimal, with its name and what it means here:
+// "0x80070002 ERROR_FILE_NOT_FOUND (there is no such file)". Where these are not known, what the system has
+// to say of it, if anything.
 [[nodiscard]] std::wstring Described(HRESULT result);

@@ -203,8 +203,8 @@ std::vector<Finding> FindingsOf(const Document& document, const CQanhAppNameList
                     checker.CheckName(element, *record.desktopApp);
                 });
     std::vector<Finding> findings = checker.Findings();
-    if (FAILED(document.ended) && document.ended != Xml::kInputEnds) {
-        findings.push_back({document.end, true, L"the reading ends here: " + Described(document.ended)});
+    if (const HRESULT cutOff = document.CutOff(); FAILED(cutOff)) {
+        findings.push_back({document.end, true, L"the reading ends here: " + Described(cutOff)});
     } else if (!document.isWhole) {
         findings.push_back(
             {document.end, false, L"the root is not closed: as the library writes it, and no preset"});

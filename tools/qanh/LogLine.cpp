@@ -2,9 +2,7 @@
 
 #include "common/NarrowFormat.h"
 
-#include <algorithm>
-#include <cstdarg>
-#include <string>
+#include <windows.h>
 
 namespace {
 
@@ -13,38 +11,22 @@ static_assert(kLogLineBytes == kLargestMessage - 1);
 // The entry line of the clipboard's operation, without the text that is put there.
 constexpr std::string_view kTightestLine = "CQanhClipboard::SetClipboardData() IN\r\n";
 
-// Units of text that fit into a message in every code page: none takes more than four bytes for one.
-constexpr std::size_t kPiece = 200;
-
-int Format(char* buffer, std::size_t size, const char* format, ...)
+// In bytes, with one for what the code page cannot hold, as the log has it.
+std::size_t BytesOf(std::wstring_view text, unsigned codePage)
 {
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = FormatNarrow(buffer, size, format, arguments);
-    va_end(arguments);
-    return length;
-}
-
-bool IsFirstHalf(wchar_t unit) noexcept
-{
-    return 0xD800 <= unit && unit < 0xDC00;
+    const bool isUtf8 = (codePage == CP_ACP ? GetACP() : codePage) == CP_UTF8;
+    const auto bytesWith = [&](DWORD flags, const char* replacement) {
+        return WideCharToMultiByte(codePage, flags, text.data(), static_cast<int>(text.size()), nullptr, 0,
+                                   replacement, nullptr);
+    };
+    const int bytes = isUtf8 ? bytesWith(0, nullptr) : bytesWith(WC_NO_BEST_FIT_CHARS, "?");
+    // There are code pages that take neither flags nor a replacement.
+    return static_cast<std::size_t>(bytes > 0 ? bytes : bytesWith(0, nullptr));
 }
 
 } // namespace
 
-std::size_t LogLineBytes(std::wstring_view query)
+std::size_t LogLineBytes(std::wstring_view query, unsigned codePage)
 {
-    // The log converts the text, piece by piece: a query may be longer than a line.
-    std::size_t bytes = kTightestLine.size();
-    while (!query.empty()) {
-        std::size_t units = std::min(query.size(), kPiece);
-        if (units > 1 && IsFirstHalf(query[units - 1])) {
-            --units;
-        }
-        char buffer[kLargestMessage];
-        const std::wstring piece(query.substr(0, units));
-        bytes += static_cast<std::size_t>(Format(buffer, sizeof buffer, "%S", piece.c_str()));
-        query.remove_prefix(units);
-    }
-    return bytes;
+    return kTightestLine.size() + (query.empty() ? 0 : BytesOf(query, codePage));
 }

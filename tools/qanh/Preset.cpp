@@ -154,17 +154,18 @@ private:
     std::size_t m_reservedCount = 0;
 };
 
-// The catalogue that was named, or else this machine's Start menu.
-void LoadSource(const CommandLine& line, CQanhAppNameList& list)
+// The catalogue that was named, or else this machine's Start menu. Returns whether all of it was read.
+bool LoadSource(const CommandLine& line, CQanhAppNameList& list)
 {
     if (!line.from.empty()) {
-        RefuseCatalogue(line);
-        LoadCatalogue(line.from, list);
-    } else if (!line.catalogue.empty() || !line.host.empty()) {
-        LoadCatalogue(CataloguePath(line), list);
-    } else {
-        AddStartMenu(list);
+        RefuseCatalogue(line, L"--from");
+        return LoadCatalogue(line.from, list);
     }
+    if (!line.catalogue.empty() || !line.host.empty()) {
+        return LoadCatalogue(CataloguePath(line), list);
+    }
+    AddStartMenu(list);
+    return true;
 }
 
 } // namespace
@@ -172,11 +173,12 @@ void LoadSource(const CommandLine& line, CQanhAppNameList& list)
 Answer Preset(const CommandLine& line)
 {
     CQanhAppNameList list;
-    LoadSource(line, list);
+    const bool isAll = LoadSource(line, list);
     const std::vector<Application> applications = ApplicationsOf(list);
     PresetWriter writer(line.reserve);
     const std::wstring preset = writer.Write(applications);
     Answer answer;
+    answer.status = isAll ? Status::Done : Status::No;
     if (!line.output.empty()) {
         WriteNewFile(line.output, preset);
     }

@@ -122,15 +122,23 @@ Answer Report(const CommandLine& line)
     if (line.host.empty() && line.catalogue.empty() && line.log.empty()) {
         throw WrongUse{L"a report of what? Give --host NAME, --catalogue FILE or --log FILE"};
     }
+    if (line.output.empty()) {
+        throw WrongUse{L"the name of the file to make is empty"};
+    }
+    const Json data = DataOf(line);
     const std::string_view page(kReportPage);
     const std::size_t place = page.find(kPlace);
     std::string report(page.substr(0, place));
-    report += ScriptText(DataOf(line));
+    report += ScriptText(data);
     report += page.substr(place + kPlace.size());
     WriteNewFile(line.output, FromUtf8(report));
     Answer answer;
     if (line.isJson) {
         answer.text = TextOf(Json{{"File", JsonOf(line.output)}});
+    }
+    for (const Json& problem : data["Problems"]) {
+        answer.problem += (answer.problem.empty() ? L"" : L"; ") + FromUtf8(problem.get<std::string>());
+        answer.status = Status::No;
     }
     return answer;
 }

@@ -13,6 +13,7 @@
 
 #include <shellapi.h>
 
+#include <exception>
 #include <memory>
 #include <new>
 #include <string>
@@ -86,6 +87,8 @@ Status AnswerCommandLine()
         Tell(failure.what + L": " + Described(failure.result));
     } catch (const std::bad_alloc&) {
         Tell(Described(E_OUTOFMEMORY));
+    } catch (const std::exception& error) {
+        Tell(FromUtf8(error.what()));
     }
     return Status::Failed;
 }
