@@ -28,9 +28,9 @@ void Put(void* block) noexcept
 }
 
 // The new handler: there is no memory for an allocation of this library.
-void RaiseWithRoom()
+void GiveBack()
 {
-    MemoryReserve::MakeRoom();
+    Put(nullptr);
     throw std::bad_alloc();
 }
 
@@ -49,18 +49,13 @@ bool Take() noexcept
     }
     // When two threads come here, the reserve of one takes the place of the other's.
     Put(block);
-    std::set_new_handler(RaiseWithRoom);
+    std::set_new_handler(GiveBack);
     return true;
-}
-
-void MakeRoom() noexcept
-{
-    Put(nullptr);
 }
 
 void Release() noexcept
 {
-    MakeRoom();
+    Put(nullptr);
 #if defined(__GLIBCXX__)
     __gnu_cxx::__freeres();
 #endif

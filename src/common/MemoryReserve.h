@@ -11,10 +11,6 @@ namespace MemoryReserve {
 // fails with E_OUTOFMEMORY before it begins. Any thread.
 [[nodiscard]] bool Take() noexcept;
 
-// Gives the reserve back, so that what is raised next finds memory. Allocations that fail do so by
-// themselves.
-void MakeRoom() noexcept;
-
 // Gives it back for good, with what the C++ library sets aside at its start for the same purpose and never
 // gives back itself: each loading anew would take these 73 KiB again. When the library is unloaded, after
 // which nothing of it raises anything.

@@ -1,7 +1,6 @@
 #include "common/WinRtError.h"
 
 #include "common/DiagnosticLog.h"
-#include "common/MemoryReserve.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -37,8 +36,6 @@ WinRtError::WinRtError(HRESULT result) : m_result(result), m_message(MessageOf(r
 void ThrowIfFailed(HRESULT result)
 {
     if (FAILED(result)) {
-        // The platform may have failed for want of memory.
-        MemoryReserve::MakeRoom();
         throw WinRtError(result);
     }
 }

@@ -1,3 +1,4 @@
+#include "common/MemoryReserve.h"
 #include "unit/discovery/ThreadRun.h"
 
 namespace {
@@ -26,6 +27,7 @@ TEST_F(MarkMemory, RunningOutBeforeThePackagesLeavesThemAsTheyWere)
 {
     WriteAndLoad("<Applications><MetroApps><Package PackageFamilyName=\"mail_1\" Version=\"1.2.3.4\">"
                  "<MetroApp DisplayName=\"mail\" /></Package></MetroApps></Applications>");
+    ASSERT_TRUE(MemoryReserve::Take()) << "it is not what is to fail";
     const test::ImportPatch<decltype(&FailingMalloc)> patch("malloc", FailingMalloc);
     g_failNext = false;
     m_onStep = [](const std::wstring& step) { g_failNext = step == L"wait 1000"; };
