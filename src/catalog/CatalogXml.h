@@ -94,6 +94,7 @@ template <typename Record, typename SetAttribute>
                                  MemoryPool* pool) noexcept
 {
     return CatchOutOfMemory([&] {
+        // CatchOutOfMemory takes what it raises. NOLINTNEXTLINE(bugprone-unhandled-exception-at-new)
         std::unique_ptr<Record> record(new (pool) Record());
         const HRESULT hr = Xml::ForEachAttribute(reader, [&](std::wstring_view name, Xml::Value value) {
             setAttribute(*record, name, value, pool);

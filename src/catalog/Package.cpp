@@ -192,6 +192,7 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
             return false;
         });
         if (SUCCEEDED(read)) {
+            // CatchOutOfMemory takes what it raises. NOLINTNEXTLINE(bugprone-unhandled-exception-at-new)
             package.reset(new (pool) CQanhPackage(std::move(attributes.packageFamilyName), attributes.version,
                                                   attributes.needReserve, attributes.isInstalled, appLimit));
         }

@@ -57,8 +57,8 @@ private:
     };
     static_assert(sizeof(Head) == 8 && sizeof(Chunk) == 8, "blocks must be aligned for pointers");
 
-    static constexpr std::size_t kSmallestChunk = 4 * 1024;
-    static constexpr std::size_t kLargestChunk = 256 * 1024;
+    static constexpr std::size_t kSmallestChunk = 4096;
+    static constexpr std::size_t kLargestChunk = 262144;
     static constexpr std::size_t kLargestSmallBlock = 128;
     static constexpr std::size_t kLargestBlock = kSmallestChunk / 4;
     static constexpr std::size_t kOpen = std::numeric_limits<std::size_t>::max() / 2;

@@ -8,7 +8,7 @@
 #if defined(__GLIBCXX__)
 namespace __gnu_cxx {
 // Frees what the C++ library keeps for exceptions when memory has run out. No header of it declares this.
-void __freeres();
+void __freeres(); // NOLINT(bugprone-reserved-identifier)
 } // namespace __gnu_cxx
 #endif
 
