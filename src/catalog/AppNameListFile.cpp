@@ -123,15 +123,13 @@ HRESULT CQanhAppNameList::ReadNodes(IXmlReader* pReader, Lists& lists) const
     Xml::NodePlace place = Xml::PlaceOf(pReader);
     HRESULT hr = Xml::ReadNode(pReader, place);
     while (hr == S_OK) {
-        XmlNodeType type = XmlNodeType_None;
-        hr = pReader->GetNodeType(&type);
-        if (hr != S_OK) {
-            return hr;
+        if (place.typed != S_OK) {
+            return place.typed;
         }
         // A record's reading ends at the first node behind it, which is then looked at here: it may begin the
         // next.
         bool readOn = true;
-        if (type == XmlNodeType_Element) {
+        if (place.IsElement()) {
             if (Xml::HasLocalName(pReader, CatalogXml::kPackage)) {
                 std::unique_ptr<CQanhPackage> package;
                 hr = CQanhPackage::FromXmlNode(pReader, &package, m_listLimit, &pool);

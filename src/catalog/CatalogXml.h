@@ -88,7 +88,7 @@ struct FlagAttribute
 
 // Makes a record of the element at hand, in the pool when there is one: setAttribute(record, name, value,
 // pool) is called for each attribute. S_OK with the record passed out, E_OUTOFMEMORY, or the reader's
-// failure.
+// failure. The reader stays on the last attribute.
 template <typename Record, typename SetAttribute>
 [[nodiscard]] HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribute setAttribute,
                                  MemoryPool* pool) noexcept
@@ -96,7 +96,7 @@ template <typename Record, typename SetAttribute>
     return CatchOutOfMemory([&] {
         // CatchOutOfMemory takes what it raises. NOLINTNEXTLINE(bugprone-unhandled-exception-at-new)
         std::unique_ptr<Record> record(new (pool) Record());
-        const HRESULT hr = Xml::ForEachAttribute(reader, [&](std::wstring_view name, Xml::Value value) {
+        const HRESULT hr = Xml::WalkAttributes(reader, [&](std::wstring_view name, Xml::Value value) {
             setAttribute(*record, name, value, pool);
             return false;
         });

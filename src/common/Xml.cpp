@@ -44,7 +44,7 @@ NodePlace PlaceOf(IXmlReader* reader)
     NodePlace place;
     reader->GetLineNumber(&place.line);
     reader->GetLinePosition(&place.position);
-    reader->GetNodeType(&place.type);
+    place.typed = reader->GetNodeType(&place.type);
     return place;
 }
 
@@ -62,12 +62,6 @@ HRESULT ReadNode(IXmlReader* reader)
 {
     NodePlace place = PlaceOf(reader);
     return ReadNode(reader, place);
-}
-
-bool IsElement(IXmlReader* reader)
-{
-    XmlNodeType type = XmlNodeType_None;
-    return reader->GetNodeType(&type) == S_OK && type == XmlNodeType_Element;
 }
 
 bool NamesOfOneLengthEqual(std::wstring_view name, std::wstring_view expected)

@@ -30,7 +30,9 @@ struct NodePlace
     UINT line = 0;
     UINT position = 0;
     XmlNodeType type = XmlNodeType_None;
+    HRESULT typed = E_FAIL; // what the reader said when it was asked for the type
 
+    [[nodiscard]] bool IsElement() const noexcept { return typed == S_OK && type == XmlNodeType_Element; }
     friend bool operator==(const NodePlace&, const NodePlace&) = default;
 };
 [[nodiscard]] NodePlace PlaceOf(IXmlReader* reader);
@@ -41,9 +43,6 @@ struct NodePlace
 [[nodiscard]] HRESULT ReadNode(IXmlReader* reader, NodePlace& place);
 // The same for a caller that does not know the place.
 [[nodiscard]] HRESULT ReadNode(IXmlReader* reader);
-
-// True when the node at hand is an element (S_OK from the reader and the type "element").
-[[nodiscard]] bool IsElement(IXmlReader* reader);
 
 // What is left to NamesEqual() when the lengths, which must be the same here, have been looked at.
 [[nodiscard]] bool NamesOfOneLengthEqual(std::wstring_view name, std::wstring_view expected);
@@ -65,10 +64,10 @@ public:
 };
 
 // Calls visit(name, value) for each attribute of the element at hand, in document order, until there are no
-// more or visit returns true; then the reader stands on the element again. Both texts end with a null
-// character and live until visit returns. Result: S_OK when visit ended the walk, otherwise that of the last
-// move: S_FALSE after the last attribute, or the reader's failure.
-template <typename Visit> [[nodiscard]] HRESULT ForEachAttribute(IXmlReader* reader, Visit visit)
+// more or visit returns true; the reader stays on that attribute, from where it can read on. Both texts end
+// with a null character and live until visit returns. Result: S_OK when visit ended the walk, otherwise that
+// of the last move: S_FALSE after the last attribute, or the reader's failure.
+template <typename Visit> [[nodiscard]] HRESULT WalkAttributes(IXmlReader* reader, Visit visit)
 {
     HRESULT hr = reader->MoveToFirstAttribute();
     while (hr == S_OK) {
@@ -83,6 +82,13 @@ template <typename Visit> [[nodiscard]] HRESULT ForEachAttribute(IXmlReader* rea
         }
         hr = reader->MoveToNextAttribute();
     }
+    return hr;
+}
+
+// The same, and then the reader stands on the element again.
+template <typename Visit> [[nodiscard]] HRESULT ForEachAttribute(IXmlReader* reader, Visit visit)
+{
+    const HRESULT hr = WalkAttributes(reader, visit);
     reader->MoveToElement();
     return hr;
 }
@@ -101,19 +107,19 @@ template <typename Visit>
     }
     NodePlace place = PlaceOf(reader);
     while ((hr = ReadNode(reader, place)) == S_OK) {
-        XmlNodeType type = XmlNodeType_None;
+        const bool isEnd = place.typed == S_OK && place.type == XmlNodeType_EndElement;
         UINT depth = 0;
-        if (reader->GetNodeType(&type) != S_OK || FAILED(reader->GetDepth(&depth))) {
+        if (!(place.IsElement() || isEnd) || FAILED(reader->GetDepth(&depth))) {
             continue;
         }
-        if (type == XmlNodeType_Element) {
+        if (!isEnd) {
             if (depth <= top) {
                 return S_OK;
             }
             if (HasLocalName(reader, name)) {
                 visit();
             }
-        } else if (type == XmlNodeType_EndElement && depth <= top + 1) {
+        } else if (depth <= top + 1) {
             // An end tag counts as one deeper than its element.
             return S_OK;
         }

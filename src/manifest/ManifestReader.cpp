@@ -174,7 +174,7 @@ HRESULT CQanhManifestReader::MoveToElementByName(IXmlReader* pReader, const wcha
     HRESULT hr = S_OK;
     do {
         hr = Xml::ReadNode(pReader, place);
-    } while (hr == S_OK && !(Xml::IsElement(pReader) && Xml::HasLocalName(pReader, name)));
+    } while (hr == S_OK && !(place.IsElement() && Xml::HasLocalName(pReader, name)));
     return LogOut(kName, hr);
 }
 

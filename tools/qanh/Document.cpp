@@ -116,7 +116,7 @@ Document ReadDocument(const std::wstring& path)
     while ((document.ended = Xml::ReadNode(reader.Get(), place)) == S_OK) {
         UINT depth = 0;
         (void)reader->GetDepth(&depth);
-        if (Xml::IsElement(reader.Get())) {
+        if (place.IsElement()) {
             const bool isEmpty = reader->IsEmptyElement();
             DocumentElement& element = document.elements.emplace_back(ElementAt(reader.Get()));
             element.isSkipped = nesting.IsSkipped(element.name, depth);

@@ -74,9 +74,9 @@ TEST_F(XmlFailures, AttributeWithoutANameIsPassedOver)
 
 TEST_F(XmlFailures, NodeOfNoTypeIsNoElement)
 {
-    EXPECT_TRUE(Xml::IsElement(&m_probe));
+    EXPECT_TRUE(Xml::PlaceOf(&m_probe).IsElement());
     m_probe.Answer("GetNodeType", 1, E_FAIL);
-    EXPECT_FALSE(Xml::IsElement(&m_probe));
+    EXPECT_FALSE(Xml::PlaceOf(&m_probe).IsElement());
 }
 
 TEST_F(XmlFailures, WalkCannotBeginWhereTheDepthIsUnknown)

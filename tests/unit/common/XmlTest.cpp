@@ -28,7 +28,7 @@ protected:
     {
         ASSERT_EQ(Open(document), S_OK);
         while (::Xml::ReadNode(m_reader.Get()) == S_OK) {
-            if (::Xml::IsElement(m_reader.Get()) && ::Xml::HasLocalName(m_reader.Get(), name)) {
+            if (::Xml::PlaceOf(m_reader.Get()).IsElement() && ::Xml::HasLocalName(m_reader.Get(), name)) {
                 return;
             }
         }
@@ -49,7 +49,7 @@ protected:
         HRESULT hr = S_OK;
         // A walk that does not end is cut off: that is what the test is about then.
         for (int nodes = 0; nodes < 10000 && (hr = ::Xml::ReadNode(m_reader.Get())) == S_OK; ++nodes) {
-            if (::Xml::IsElement(m_reader.Get())) {
+            if (::Xml::PlaceOf(m_reader.Get()).IsElement()) {
                 names.push_back(Name());
             }
         }
@@ -145,10 +145,10 @@ TEST_F(Xml, MismatchedTagFails)
 TEST_F(Xml, OnlyElementsAreElements)
 {
     ASSERT_EQ(Open("<a>text<!-- c --></a>"), S_OK);
-    EXPECT_FALSE(::Xml::IsElement(m_reader.Get())); // before the first node
+    EXPECT_FALSE(::Xml::PlaceOf(m_reader.Get()).IsElement()); // before the first node
     std::string elements;
     while (::Xml::ReadNode(m_reader.Get()) == S_OK) {
-        elements += ::Xml::IsElement(m_reader.Get()) ? "e" : "-";
+        elements += ::Xml::PlaceOf(m_reader.Get()).IsElement() ? "e" : "-";
     }
     EXPECT_EQ(elements, "e---"); // the text, the comment and the end tag are none
 }
@@ -178,7 +178,7 @@ TEST_F(Xml, AttributesComeInOrderAndTheReaderReturnsToTheElement)
     EXPECT_EQ(Attributes(), Found({}, S_FALSE));
     OpenAt("<a z=\"1\" y=\"\" x=\"&lt;&#x30e1;\"/>", L"a");
     EXPECT_EQ(Attributes(), Found({"z=1", "y=", "x=<\u30e1"}, S_FALSE));
-    EXPECT_TRUE(::Xml::IsElement(m_reader.Get()));
+    EXPECT_TRUE(::Xml::PlaceOf(m_reader.Get()).IsElement());
     EXPECT_EQ(Name(), "a");
 }
 
@@ -203,7 +203,7 @@ TEST_F(Xml, EmptyElementHasNothingBelowAndTheNextOneIsAtHand)
 {
     OpenAt("<r><top/><x n=\"1\"/><x n=\"2\"/></r>", L"top");
     EXPECT_EQ(Below(L"x"), Found({}, S_OK));
-    EXPECT_TRUE(::Xml::IsElement(m_reader.Get()));
+    EXPECT_TRUE(::Xml::PlaceOf(m_reader.Get()).IsElement());
     EXPECT_THAT(Attributes().first, ElementsAre("n=1"));
 }
 
@@ -211,7 +211,7 @@ TEST_F(Xml, LastEmptyElementEndsAtItsParentsEnd)
 {
     OpenAt("<r><s><top/></s><x n=\"1\"/></r>", L"top");
     EXPECT_EQ(Below(L"x"), Found({}, S_OK));
-    EXPECT_FALSE(::Xml::IsElement(m_reader.Get()));
+    EXPECT_FALSE(::Xml::PlaceOf(m_reader.Get()).IsElement());
     EXPECT_EQ(Name(), "s");
 }
 
