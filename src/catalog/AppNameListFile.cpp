@@ -186,7 +186,8 @@ HRESULT CQanhAppNameList::ReadDesktopApps(IXmlReader* pReader, Lists& lists, Mem
             return S_OK;
         });
     };
-    return LogOut(kName, Xml::ForEachElementBelow(pReader, CatalogXml::kDesktopApp, [&] {
+    const Xml::ElementPlace top = Xml::ElementPlaceOf(pReader);
+    return LogOut(kName, Xml::ForEachElementBelow(pReader, top, CatalogXml::kDesktopApp, [&] {
                       std::unique_ptr<CQanhDesktopApp> app;
                       if (SUCCEEDED(CQanhDesktopApp::FromXmlNode(pReader, &app, &pool)) &&
                           FAILED(append(std::move(app)))) {

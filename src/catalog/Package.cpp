@@ -184,10 +184,11 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
     if (!pReader || !ppPackage) {
         return LogOut(kName, E_POINTER);
     }
+    const Xml::ElementPlace top = Xml::ElementPlaceOf(pReader);
     std::unique_ptr<CQanhPackage> package;
     HRESULT hr = CatchOutOfMemory([&] {
         PackageAttributes attributes;
-        const HRESULT read = Xml::ForEachAttribute(pReader, [&](std::wstring_view name, Xml::Value value) {
+        const HRESULT read = Xml::WalkAttributes(pReader, [&](std::wstring_view name, Xml::Value value) {
             attributes.Set(name, value, pool);
             return false;
         });
@@ -201,7 +202,7 @@ HRESULT CQanhPackage::FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPack
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }
-    hr = Xml::ForEachElementBelow(pReader, CatalogXml::kMetroApp, [&] {
+    hr = Xml::ForEachElementBelow(pReader, top, CatalogXml::kMetroApp, [&] {
         std::unique_ptr<CQanhMetroApp> app;
         if (SUCCEEDED(CQanhMetroApp::FromXmlNode(pReader, &app, pool))) {
             // One that finds no place is left out; it is in the log.

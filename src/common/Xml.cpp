@@ -48,6 +48,13 @@ NodePlace PlaceOf(IXmlReader* reader)
     return place;
 }
 
+ElementPlace ElementPlaceOf(IXmlReader* reader)
+{
+    ElementPlace element{PlaceOf(reader)};
+    element.measured = reader->GetDepth(&element.depth);
+    return element;
+}
+
 HRESULT ReadNode(IXmlReader* reader, NodePlace& place)
 {
     const HRESULT hr = reader->Read(nullptr);

@@ -37,6 +37,15 @@ struct NodePlace
 };
 [[nodiscard]] NodePlace PlaceOf(IXmlReader* reader);
 
+// The same of an element, for what is read below it.
+struct ElementPlace
+{
+    NodePlace place;
+    UINT depth = 0;
+    HRESULT measured = E_FAIL; // what the reader said when it was asked for the depth
+};
+[[nodiscard]] ElementPlace ElementPlaceOf(IXmlReader* reader);
+
 // Moves from the node at hand, whose place the caller knows, to the next one, and gives its place back. S_OK;
 // S_FALSE at the end of the document; a failure of the reader; or kInputEnds when the reader reports success
 // without having moved, as some readers do for ever at the end of a truncated document.
@@ -93,19 +102,19 @@ template <typename Visit> [[nodiscard]] HRESULT ForEachAttribute(IXmlReader* rea
     return hr;
 }
 
-// Reads on from the element at hand and calls visit() at each element of the given name that stands deeper.
-// The walk ends at the end tag of an element that is not deeper than the one it began at, or at an element
-// that is not deeper (the caller may look at that one next): both give S_OK; at the end of the document with
-// S_FALSE; or with the reader's failure.
+// Reads on from an element, or one of its attributes, and calls visit() at each element of the given name
+// that stands deeper. The walk ends at the end tag of an element that is not deeper than the one it began at,
+// or at an element that is not deeper (the caller may look at that one next): both give S_OK; at the end of
+// the document with S_FALSE; or with the reader's failure, or that to measure the depth.
 template <typename Visit>
-[[nodiscard]] HRESULT ForEachElementBelow(IXmlReader* reader, std::wstring_view name, Visit visit)
+[[nodiscard]] HRESULT ForEachElementBelow(IXmlReader* reader, const ElementPlace& top, std::wstring_view name,
+                                          Visit visit)
 {
-    UINT top = 0;
-    HRESULT hr = reader->GetDepth(&top);
+    HRESULT hr = top.measured;
     if (FAILED(hr)) {
         return hr;
     }
-    NodePlace place = PlaceOf(reader);
+    NodePlace place = top.place;
     while ((hr = ReadNode(reader, place)) == S_OK) {
         const bool isEnd = place.typed == S_OK && place.type == XmlNodeType_EndElement;
         UINT depth = 0;
@@ -113,13 +122,13 @@ template <typename Visit>
             continue;
         }
         if (!isEnd) {
-            if (depth <= top) {
+            if (depth <= top.depth) {
                 return S_OK;
             }
             if (HasLocalName(reader, name)) {
                 visit();
             }
-        } else if (depth <= top + 1) {
+        } else if (depth <= top.depth + 1) {
             // An end tag counts as one deeper than its element.
             return S_OK;
         }

@@ -105,8 +105,9 @@ std::unique_ptr<Record> ReadRecord(std::string_view text, std::wstring_view elem
 {
     const XmlSource source(text, element);
     std::unique_ptr<Record> record;
-    // The reader is left on the element.
-    if (Record::FromXmlNode(source.Reader(), &record) != S_OK || source.Name() != element) {
+    // The reader is left on the element or its last attribute.
+    if (Record::FromXmlNode(source.Reader(), &record) != S_OK || FAILED(source.Reader()->MoveToElement()) ||
+        source.Name() != element) {
         throw std::runtime_error("the record cannot be read");
     }
     return record;

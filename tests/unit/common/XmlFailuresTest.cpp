@@ -48,7 +48,7 @@ protected:
     int Elements()
     {
         int count = 0;
-        m_result = Xml::ForEachElementBelow(&m_probe, L"x", [&] { ++count; });
+        m_result = Xml::ForEachElementBelow(&m_probe, Xml::ElementPlaceOf(&m_probe), L"x", [&] { ++count; });
         return count;
     }
 

@@ -72,13 +72,14 @@ protected:
     Found Below(std::wstring_view name)
     {
         Names visited;
-        const HRESULT hr = ::Xml::ForEachElementBelow(m_reader.Get(), name, [&] {
-            std::string text = Name();
-            for (const std::string& attribute : Attributes().first) {
-                text += " " + attribute;
-            }
-            visited.push_back(text);
-        });
+        const HRESULT hr =
+            ::Xml::ForEachElementBelow(m_reader.Get(), ::Xml::ElementPlaceOf(m_reader.Get()), name, [&] {
+                std::string text = Name();
+                for (const std::string& attribute : Attributes().first) {
+                    text += " " + attribute;
+                }
+                visited.push_back(text);
+            });
         return {visited, hr};
     }
 
