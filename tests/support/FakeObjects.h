@@ -65,12 +65,25 @@ public:
     // For a fake: notes a call and returns the result that the test wants of it. Without an object the call
     // is of a function of the platform.
     HRESULT Enter(const FakeObject* object, const char* call, const std::wstring& arguments = L"");
+    // The same for a function of the platform that hands out an object: it too fails without an apartment.
+    HRESULT EnterMaker(const char* call, const std::wstring& arguments = L"")
+    {
+        const HRESULT hr = Enter(nullptr, call, arguments);
+        return SUCCEEDED(hr) && ApartmentOfThread() == Apartment::kNone ? CO_E_NOTINITIALIZED : hr;
+    }
     // For a fake: notes something else. What begins with a blank is no call.
     void Note(std::string event)
     {
         if (!isQuiet) {
             journal.push_back(std::move(event));
         }
+    }
+    // Such a thing, with its result: "CoInitialize = 0x00000000".
+    void NoteResult(const std::string& event, HRESULT result)
+    {
+        char text[16];
+        wsprintfA(text, " = 0x%08X", static_cast<unsigned>(result));
+        Note(event + text);
     }
     // For a fake of the Windows Runtime: from now on the release of strings is watched.
     void WatchStrings()

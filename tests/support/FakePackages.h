@@ -335,9 +335,7 @@ private:
     {
         const HRESULT hr = s_current->initializeResult ? *s_current->initializeResult
                                                        : s_current->m_initialize.Original()(type);
-        char event[64];
-        wsprintfA(event, "RoInitialize(%d) = 0x%08X", static_cast<int>(type), static_cast<unsigned>(hr));
-        s_current->objects.Note(event);
+        s_current->objects.NoteResult("RoInitialize(" + std::to_string(type) + ")", hr);
         return hr;
     }
     static void WINAPI Uninitialize()
@@ -351,14 +349,10 @@ private:
     static HRESULT WINAPI GetFactory(HSTRING name, REFIID id, void** factory)
     {
         *factory = nullptr;
-        const HRESULT hr =
-            s_current->objects.Enter(nullptr, "RoGetActivationFactory",
-                                     L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) + L")");
+        const HRESULT hr = s_current->objects.EnterMaker(
+            "RoGetActivationFactory", L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) + L")");
         if (FAILED(hr)) {
             return hr;
-        }
-        if (ApartmentOfThread() == Apartment::kNone) {
-            return CO_E_NOTINITIALIZED;
         }
         if (!IsEqualIID(id, __uuidof(IActivationFactory))) {
             return E_NOINTERFACE;

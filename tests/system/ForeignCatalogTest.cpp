@@ -163,8 +163,7 @@ TEST_F(ForeignCatalog, SettingsOfAUserAreNotLookedAt)
     user.SetDword(L"RefreshInterval", 0);
     sandbox.AddCommonShortcut(L"A.lnk");
     test::HostProcess asked(sandbox);
-    EXPECT_EQ(asked.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    asked.InitializeAndPass();
     sandbox.AddCommonShortcut(L"B.lnk");
     Sleep(500); // many passes
     asked.Do("finalize");
@@ -181,8 +180,7 @@ TEST_F(ForeignCatalog, ShortcutsAreNotOpened)
                                     OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);
     test::HostProcess asked(sandbox);
-    EXPECT_EQ(asked.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    asked.InitializeAndPass();
     EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), HasSubstr("DisplayName=\"A\""));
     CloseHandle(held);
 }

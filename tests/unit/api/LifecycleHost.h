@@ -56,6 +56,16 @@ inline Lines Outline(const Lines& all)
 inline const Lines kSettingLines =
     Call("CQanhReg::IsDebugLogOn", "(1)", Call("CQanhReg::GetDWORDRegVal", "(1)"));
 
+// The library is down: nothing is left of a start, or of what was started.
+inline void ExpectDown()
+{
+    EXPECT_EQ(s_nCount, 0);
+    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
+    EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
+    EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
+    EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
+}
+
 // A host with a folder of its own, in a session without a shell; "DebugLog" is 1, and the log is off yet.
 class Lifecycle : public ::testing::Test
 {
@@ -77,16 +87,6 @@ protected:
         while (s_nCount > 0) {
             QanhFinalize();
         }
-    }
-
-    // The library is down: nothing is left of a start, or of what was started.
-    static void ExpectDown()
-    {
-        EXPECT_EQ(s_nCount, 0);
-        EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
-        EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
-        EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
-        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
     }
 
     [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
@@ -121,7 +121,7 @@ protected:
     }
     void ExpectDown() const
     {
-        Lifecycle::ExpectDown();
+        api_test::ExpectDown();
         EXPECT_EQ(m_shell.visibility->References(), 0);
     }
     // The outline of a start whose package manager has this result, up to there.

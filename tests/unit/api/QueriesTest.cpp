@@ -7,8 +7,6 @@
 #include "support/FakePackages.h"
 #include "support/Test.h"
 
-#include <new>
-
 namespace {
 
 using namespace test;
@@ -257,16 +255,8 @@ TEST_F(Queries, ByIdOfTheSuiteWithoutAnApplicationIsInstalledWithAnyDependency)
 TEST_F(Queries, ByIdWithoutMemoryForTheSplittingIsRaised)
 {
     const wchar_t id[] = L"Microsoft.Office.Desktop_8wekyb3d8bbwe!An application of some length";
-    bool raised = false;
-    {
-        const AllocationWatch watch(0);
-        try {
-            QanhIsInstalledByAppUserModeID(id, &m_isInstalled);
-        } catch (const std::bad_alloc&) {
-            raised = true;
-        }
-    }
-    EXPECT_TRUE(raised);
+    const auto ask = [&] { QanhIsInstalledByAppUserModeID(id, &m_isInstalled); };
+    EXPECT_EQ(TryRaisingWithFailingAllocation(0, ask).result, E_OUTOFMEMORY);
     EXPECT_EQ(m_isInstalled, 7);
 }
 

@@ -70,6 +70,21 @@ template <typename Change, typename Look> void LookBesides(Change change, Look l
     EXPECT_GE(looks[1], kEnough);
 }
 
+// Sets the states of all records: a launch asks all of them or none.
+template <typename Set> void ExpectAllOrNone(const CQanhAppNameList& list, Set set)
+{
+    LookBesides(
+        [&] {
+            set(std::vector<BOOL>(kRecords, FALSE));
+            set(std::vector<BOOL>(kRecords, TRUE));
+        },
+        [&] {
+            const std::size_t names = Excluded(list).size();
+            EXPECT_THAT(names, AnyOf(0u, kRecords));
+            return names > 0;
+        });
+}
+
 TEST(AppNameListThreads, FlagsOfDesktopAppsChangeAllAtOnce)
 {
     CQanhAppNameList list;
@@ -77,16 +92,7 @@ TEST(AppNameListThreads, FlagsOfDesktopAppsChangeAllAtOnce)
         const std::wstring name = L"mail " + std::to_wstring(i);
         ASSERT_EQ(list.AddDesktopApp(name.c_str(), name.c_str()), S_OK);
     }
-    LookBesides(
-        [&] {
-            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
-            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
-        },
-        [&] {
-            const std::size_t names = Excluded(list).size();
-            EXPECT_THAT(names, AnyOf(0u, kRecords));
-            return names > 0;
-        });
+    ExpectAllOrNone(list, [&](const std::vector<BOOL>& states) { list.SetDesktopAppsInstalled(states); });
 }
 
 TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
@@ -96,16 +102,7 @@ TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
         const std::wstring name = L"mail " + std::to_wstring(i);
         ASSERT_EQ(list.AddMetroPackage(Package(name, {name})), S_OK);
     }
-    LookBesides(
-        [&] {
-            list.SetPackagesInstalled(std::vector<BOOL>(kRecords, FALSE));
-            list.SetPackagesInstalled(std::vector<BOOL>(kRecords, TRUE));
-        },
-        [&] {
-            const std::size_t names = Excluded(list).size();
-            EXPECT_THAT(names, AnyOf(0u, kRecords));
-            return names > 0;
-        });
+    ExpectAllOrNone(list, [&](const std::vector<BOOL>& states) { list.SetPackagesInstalled(states); });
 }
 
 TEST(AppNameListThreads, ASavedFileHoldsOneState)
