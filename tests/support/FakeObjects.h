@@ -79,12 +79,7 @@ public:
         }
     }
     // Such a thing, with its result: "CoInitialize = 0x00000000".
-    void NoteResult(const std::string& event, HRESULT result)
-    {
-        char text[16];
-        wsprintfA(text, " = 0x%08X", static_cast<unsigned>(result));
-        Note(event + text);
-    }
+    void NoteResult(const std::string& event, HRESULT result) { Note(event + " = " + Hexadecimal(result)); }
     // For a fake of the Windows Runtime: from now on the release of strings is watched.
     void WatchStrings()
     {

@@ -28,6 +28,10 @@ struct PackageFacts
     bool isListed = true;                     // false: it is found by its family only
 };
 
+// Where the text of "ms-resource:name" is looked for in a package of these names.
+inline constexpr wchar_t kNameSource[] =
+    L"@{Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe?ms-resource://Contoso.Mail/resources/name}";
+
 class FakePackageId : public standin::UnservedPackageId<FakeInspectable<platform::IPackageId>>
 {
 public:

@@ -3,6 +3,7 @@
 #include "QanHelper.h"
 #include "api/Statics.h"
 #include "common/DiagnosticLog.h"
+#include "standin/ModulePath.h"
 #include "support/FakeShell.h"
 #include "support/HostExecutable.h"
 #include "support/Registry.h"
@@ -23,8 +24,8 @@ inline DWORD WINAPI WaitForExit(void* manager)
 inline HANDLE WINAPI StartWaiting(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE,
                                   void* argument, DWORD flags, DWORD* id)
 {
-    static const auto s_createThread = reinterpret_cast<decltype(&CreateThread)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateThread")));
+    static const auto s_createThread =
+        standin::FunctionOf<decltype(&CreateThread)>(GetModuleHandleW(L"kernel32.dll"), "CreateThread");
     return s_createThread(security, stack, WaitForExit, argument, flags, id);
 }
 

@@ -298,10 +298,7 @@ TEST_F(DisplayNameExport, HandsOutATextForTheHostToReleaseAndLogsItsFirstLetterT
     const Lines lines = m_log.Lines();
     ASSERT_GT(lines.size(), 3u);
     // The lower half of the out pointer.
-    char out[64];
-    wsprintfA(out, "QanhGetAppDisplayNameByPFN(mail_1, 0x%08X) IN",
-              static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(&m_name)));
-    EXPECT_EQ(lines[0], out);
+    EXPECT_EQ(lines[0], "QanhGetAppDisplayNameByPFN(mail_1, " + Hexadecimal(&m_name) + ") IN");
     EXPECT_TRUE(lines[1].starts_with("CQanhPackageManager::GetAppDisplayNameByPFN(mail_1, 0x"));
     EXPECT_EQ(lines[lines.size() - 2],
               "CQanhPackageManager::GetAppDisplayNameByPFN OUT(0x00000000) DisplayName = w");
