@@ -69,7 +69,7 @@ protected:
 
 private:
     // The runtime yields with pauses of 0 where a test starts a thread.
-    const SleepWatch m_sleep{[this](DWORD milliseconds) {
+    const FakeSleep m_sleep{[this](DWORD milliseconds) {
         if (milliseconds != 0) {
             m_objects.Note("Sleep " + std::to_string(milliseconds));
         }

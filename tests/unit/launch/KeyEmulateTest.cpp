@@ -73,7 +73,7 @@ protected:
     // Every read gives a value of its own, so that an event shows which one it was filled from.
     UINT m_scanCode = 0x40;
     LPARAM m_extraInfo = 0x7000;
-    const SleepWatch m_sleep{
+    const FakeSleep m_sleep{
         [this](DWORD milliseconds) { Note("sleep " + std::to_string(milliseconds), true); }};
     const CapturingPatch<decltype(&SendInput)> m_send{
         "SendInput", [this](UINT count, INPUT* inputs, int size) { return Send(count, inputs, size); }};
