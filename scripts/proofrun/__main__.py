@@ -13,9 +13,9 @@ import sys
 
 from fingerprints import fingerprint, programs_under_wine
 from gtest import list_tests
-from lanes import Job, Lane, Prefix, Settings, Surroundings
+from lanes import Job, Lane, Prefix, Settings, Surroundings, watch
 from native import NativeLane
-from results import Results, watch
+from results import Results
 
 BUILD = pathlib.Path("build/release")
 NATIVE = pathlib.Path("build/proof/native")

@@ -79,7 +79,7 @@ class Results:
     def tick(self, lanes):
         """To be called every now and then."""
         now = time.monotonic()
-        running = [lane.current() + progress_in(lane.said()) for lane in lanes if lane.current()]
+        running = [name + progress_in(lane.said()) for lane in lanes if (name := lane.current())]
         with self._lock:
             failed = f", {self._failed} FAILED" if self._failed else ""
             line = f"{self._done} of {self._to_do}{failed}, {now - self._begin:.0f} s: " + ", ".join(running)
@@ -138,20 +138,3 @@ class Results:
         if sys.stdout.isatty():
             sys.stdout.write("\r\x1b[K")
         print(text.rstrip("\n"), flush=True)
-
-
-def watch(lanes, results):
-    """Until the lanes are done. False: interrupted."""
-    try:
-        for lane in lanes:
-            lane.start()
-        while any(lane.is_alive() for lane in lanes):
-            time.sleep(0.5)
-            results.tick(lanes)
-        return True
-    except KeyboardInterrupt:
-        while any(lane.is_alive() for lane in lanes):
-            for lane in lanes:
-                lane.stop()
-            time.sleep(0.1)
-        return False

@@ -13,8 +13,9 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "testrun
 
 from fingerprints import programs_under_wine  # noqa: E402
 from gtest import Outcome, Result  # noqa: E402
+from lanes import watch  # noqa: E402
 from native import NativeLane  # noqa: E402
-from results import Results, figures_in, progress_in, watch  # noqa: E402
+from results import Results, figures_in, progress_in  # noqa: E402
 
 
 class OutputTest(unittest.TestCase):

@@ -8,10 +8,9 @@ import re
 import shutil
 import signal
 import sys
-import time
 
 from gtest import list_tests
-from lanes import Job, Lane, Prefix, Settings, Surroundings
+from lanes import Job, Lane, Prefix, Settings, Surroundings, watch
 from report import Report, read_known_skips
 
 
@@ -61,23 +60,6 @@ def jobs_of(programs, tests, surroundings):
         else:
             jobs += [Job(program, [test]) for test in covered]
     return jobs
-
-
-def watch(lanes, report):
-    """Until the lanes are done. False: interrupted."""
-    try:
-        for lane in lanes:
-            lane.start()
-        while any(lane.is_alive() for lane in lanes):
-            time.sleep(0.5)
-            report.tick([lane.current() for lane in lanes if lane.current()])
-        return True
-    except KeyboardInterrupt:
-        while any(lane.is_alive() for lane in lanes):
-            for lane in lanes:
-                lane.stop()
-            time.sleep(0.1)
-        return False
 
 
 def main():

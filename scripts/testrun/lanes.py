@@ -7,6 +7,7 @@ import re
 import shutil
 import subprocess
 import threading
+import time
 import traceback
 from dataclasses import dataclass, field
 
@@ -149,3 +150,20 @@ class Lane(threading.Thread):
         if self._prefix:
             self._prefix.remove()
             self._prefix = None
+
+
+def watch(lanes, report):
+    """Until the lanes are done. False: interrupted."""
+    try:
+        for lane in lanes:
+            lane.start()
+        while any(lane.is_alive() for lane in lanes):
+            time.sleep(0.5)
+            report.tick(lanes)
+        return True
+    except KeyboardInterrupt:
+        while any(lane.is_alive() for lane in lanes):
+            for lane in lanes:
+                lane.stop()
+            time.sleep(0.1)
+        return False

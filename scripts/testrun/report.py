@@ -43,14 +43,14 @@ class Report:
                 self._failed += 1
                 self._print(f"FAILED {name} ({outcome.seconds:.1f} s) {outcome.reason}\n{outcome.output}")
 
-    def tick(self, running):
-        """To be called every now and then with the names of the running tests."""
+    def tick(self, lanes):
+        """To be called every now and then."""
         now = time.monotonic()
         with self._lock:
             failed = f", {self._failed} FAILED" if self._failed else ""
             line = f"{self._done} of {self._expected}{failed}, {now - self._begin:.0f} s"
             if self._is_terminal:
-                line += ": " + " ".join(running)
+                line += ": " + " ".join(name for lane in lanes if (name := lane.current()))
                 sys.stdout.write("\r\x1b[K" + line[: shutil.get_terminal_size().columns - 1])
                 sys.stdout.flush()
             elif now - self._told >= 30:

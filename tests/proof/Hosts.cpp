@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 
 namespace proof {
 
@@ -46,10 +45,7 @@ Holdings HoldingsOf(test::HostProcess& host)
 void ExpectNoNamedObjects(const test::Sandbox& sandbox)
 {
     EXPECT_FALSE(test::IsFirstPassRunning());
-    std::wstring turn = L"QanHelperSave_" + sandbox.CatalogFile();
-    std::replace(turn.begin(), turn.end(), L'\\', L'/');
-    CharUpperBuffW(turn.data(), static_cast<DWORD>(turn.size()));
-    const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, turn.c_str());
+    const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, sandbox.TurnName().c_str());
     EXPECT_EQ(mutex, nullptr) << "the turn at the catalogue file";
     if (mutex) {
         CloseHandle(mutex);

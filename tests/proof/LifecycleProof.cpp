@@ -52,6 +52,17 @@ protected:
         EXPECT_EQ(after.windows, before.windows) << what;
     }
 
+    // The command has the host do the thing so many times.
+    static void ExpectNothingLeftBy(const char* what, test::HostProcess& host, const std::string& command,
+                                    int count, const Holdings& platforms)
+    {
+        const Holdings before = proof::HoldingsOf(host);
+        EXPECT_EQ(host.Command(command, 1000000), proof::ok);
+        const Holdings after = proof::HoldingsOf(host);
+        ExpectNothingLeft(what, before, after, platforms);
+        TellOf(what, count, before, after, platforms);
+    }
+
     static void TellOf(const std::string& what, int count, const Holdings& before, const Holdings& after,
                        const Holdings& platforms)
     {
@@ -80,11 +91,7 @@ TEST_F(LifecycleUnderLoad, CyclesLeaveNothing)
     host.Do("pace\t20");
     EXPECT_EQ(host.Command("cycles\t5"), proof::ok);
     const Holdings platforms = LeftByLookUps(host, count);
-    const Holdings before = proof::HoldingsOf(host);
-    EXPECT_EQ(host.Command("cycles\t" + std::to_string(count), 1000000), proof::ok);
-    const Holdings after = proof::HoldingsOf(host);
-    ExpectNothingLeft("starts and stops", before, after, platforms);
-    TellOf("starts and stops", count, before, after, platforms);
+    ExpectNothingLeftBy("starts and stops", host, "cycles\t" + std::to_string(count), count, platforms);
     EXPECT_EQ(host.Exit(), 0u);
 }
 
@@ -94,19 +101,12 @@ TEST_F(LifecycleUnderLoad, LoadsLeaveNothing)
     test::HostProcess host(m_sandbox);
     host.Do("pace\t20");
     EXPECT_EQ(host.Command("loads\t5\t0"), proof::ok);
-    const Holdings before = proof::HoldingsOf(host);
-    EXPECT_EQ(host.Command("loads\t" + std::to_string(count) + "\t0", 1000000), proof::ok);
-    const Holdings after = proof::HoldingsOf(host);
-    ExpectNothingLeft("loads", before, after, {});
-    TellOf("loads and unloads", count, before, after, {});
+    ExpectNothingLeftBy("loads and unloads", host, "loads\t" + std::to_string(count) + "\t0", count, {});
 
     EXPECT_EQ(host.Command("loads\t5\t1"), proof::ok);
     const Holdings platforms = LeftByLookUps(host, count);
-    const Holdings middle = proof::HoldingsOf(host);
-    EXPECT_EQ(host.Command("loads\t" + std::to_string(count) + "\t1", 1000000), proof::ok);
-    const Holdings end = proof::HoldingsOf(host);
-    ExpectNothingLeft("loads with a start and a stop", middle, end, platforms);
-    TellOf("loads with a start and a stop", count, middle, end, platforms);
+    ExpectNothingLeftBy("loads with a start and a stop", host, "loads\t" + std::to_string(count) + "\t1",
+                        count, platforms);
     EXPECT_EQ(host.Exit(), 0u);
 }
 
@@ -122,11 +122,7 @@ TEST_F(LifecycleUnderLoad, LaunchesLeaveNothing)
         R"("Mail" NOT("mail 0" OR "mail 1" OR "mail 2" OR "mail 3" OR "mail 4" OR "mail 5" OR "mail 6" OR )"
         R"("mail 7" OR "mail 8" OR "mail 9"))");
     EXPECT_EQ(host.Command("launches\t20\tMail", 60000), proof::ok);
-    const Holdings before = proof::HoldingsOf(host);
-    EXPECT_EQ(host.Command("launches\t" + std::to_string(count) + "\tMail", 1000000), proof::ok);
-    const Holdings after = proof::HoldingsOf(host);
-    ExpectNothingLeft("launches", before, after, {});
-    TellOf("launches", count, before, after, {});
+    ExpectNothingLeftBy("launches", host, "launches\t" + std::to_string(count) + "\tMail", count, {});
     host.Do("finalize");
     EXPECT_EQ(host.Exit(), 0u);
 }

@@ -134,4 +134,17 @@ template <typename Operation> Attempt TryWithFailingAllocation(std::size_t index
     return attempt;
 }
 
+// The same for an operation that raises when there is no memory: E_OUTOFMEMORY then, otherwise S_OK.
+template <typename Operation> Attempt TryRaisingWithFailingAllocation(std::size_t index, Operation operation)
+{
+    return TryWithFailingAllocation(index, [&] {
+        try {
+            operation();
+            return S_OK;
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        }
+    });
+}
+
 } // namespace test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/ImportPatch.h"
 #include "support/ReaderProbe.h"
 
@@ -17,14 +18,9 @@ namespace test {
 
 // Every XML reader that the library makes is one whose calls the test can make fail, until the end of the
 // scope. One at a time.
-class BrokenReader
+class BrokenReader : private Current<BrokenReader>
 {
 public:
-    BrokenReader() : m_patch("CreateXmlReader", Create) { s_current = this; }
-    ~BrokenReader() { s_current = nullptr; }
-    BrokenReader(const BrokenReader&) = delete;
-    BrokenReader& operator=(const BrokenReader&) = delete;
-
     std::optional<HRESULT> createResult;        // when set, there is no reader
     std::function<void(ReaderProbe&)> prepares; // tells a new reader what to answer
 
@@ -48,11 +44,11 @@ private:
         return hr;
     }
 
-    static inline BrokenReader* s_current = nullptr;
+    friend Current<BrokenReader>;
 
     Microsoft::WRL::ComPtr<IXmlReader> m_real;
     std::unique_ptr<ReaderProbe> m_probe;
-    ImportPatch<decltype(&CreateXmlReader)> m_patch;
+    ImportPatch<decltype(&CreateXmlReader)> m_patch{"CreateXmlReader", Create};
 };
 
 } // namespace test

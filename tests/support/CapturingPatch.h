@@ -72,12 +72,13 @@ private:
     CapturingPatch<Result(WINAPI*)(Arguments...), kNumber> m_patch;
 };
 
-// FakeSleep (ImportPatch.h) with an action that may capture: Sleep returns at once, what was asked for is
-// kept, and the action is called after that. One at a time.
-class SleepWatch
+// Makes Sleep return at once and keeps what was asked for, so that pauses and polling loops are tested to the
+// millisecond. The action is called after that, at every Sleep: it may change what the next poll sees. One at
+// a time.
+class FakeSleep
 {
 public:
-    explicit SleepWatch(std::function<void(DWORD milliseconds)> onSleep)
+    explicit FakeSleep(std::function<void(DWORD milliseconds)> onSleep = [](DWORD) {})
         : m_patch("Sleep", [this, onSleep = std::move(onSleep)](DWORD milliseconds) {
               m_calls.push_back(milliseconds);
               onSleep(milliseconds);
@@ -85,6 +86,7 @@ public:
     {
     }
 
+    // The milliseconds of every call, in order.
     [[nodiscard]] const std::vector<DWORD>& Calls() const { return m_calls; }
 
 private:

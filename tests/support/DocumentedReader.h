@@ -12,11 +12,6 @@
 #include <string_view>
 #include <vector>
 
-template <> inline bool standin::IsInterface<test::UnaskedReader>(REFIID interfaceId) noexcept
-{
-    return IsEqualIID(interfaceId, __uuidof(IXmlReader)) != FALSE;
-}
-
 namespace test {
 
 // An XML reader that ends as the platform's is documented to, where the one of a runtime may not: a document

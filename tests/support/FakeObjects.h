@@ -65,6 +65,12 @@ public:
     // For a fake: notes a call and returns the result that the test wants of it. Without an object the call
     // is of a function of the platform.
     HRESULT Enter(const FakeObject* object, const char* call, const std::wstring& arguments = L"");
+    // The same for a function of the platform that hands out an object: it too fails without an apartment.
+    HRESULT EnterMaker(const char* call, const std::wstring& arguments = L"")
+    {
+        const HRESULT hr = Enter(nullptr, call, arguments);
+        return SUCCEEDED(hr) && ApartmentOfThread() == Apartment::kNone ? CO_E_NOTINITIALIZED : hr;
+    }
     // For a fake: notes something else. What begins with a blank is no call.
     void Note(std::string event)
     {
@@ -72,6 +78,8 @@ public:
             journal.push_back(std::move(event));
         }
     }
+    // Such a thing, with its result: "CoInitialize = 0x00000000".
+    void NoteResult(const std::string& event, HRESULT result) { Note(event + " = " + Hexadecimal(result)); }
     // For a fake of the Windows Runtime: from now on the release of strings is watched.
     void WatchStrings()
     {

@@ -28,6 +28,10 @@ struct PackageFacts
     bool isListed = true;                     // false: it is found by its family only
 };
 
+// Where the text of "ms-resource:name" is looked for in a package of these names.
+inline constexpr wchar_t kNameSource[] =
+    L"@{Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe?ms-resource://Contoso.Mail/resources/name}";
+
 class FakePackageId : public standin::UnservedPackageId<FakeInspectable<platform::IPackageId>>
 {
 public:
@@ -335,9 +339,7 @@ private:
     {
         const HRESULT hr = s_current->initializeResult ? *s_current->initializeResult
                                                        : s_current->m_initialize.Original()(type);
-        char event[64];
-        wsprintfA(event, "RoInitialize(%d) = 0x%08X", static_cast<int>(type), static_cast<unsigned>(hr));
-        s_current->objects.Note(event);
+        s_current->objects.NoteResult("RoInitialize(" + std::to_string(type) + ")", hr);
         return hr;
     }
     static void WINAPI Uninitialize()
@@ -351,14 +353,10 @@ private:
     static HRESULT WINAPI GetFactory(HSTRING name, REFIID id, void** factory)
     {
         *factory = nullptr;
-        const HRESULT hr =
-            s_current->objects.Enter(nullptr, "RoGetActivationFactory",
-                                     L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) + L")");
+        const HRESULT hr = s_current->objects.EnterMaker(
+            "RoGetActivationFactory", L"(" + std::wstring(WindowsGetStringRawBuffer(name, nullptr)) + L")");
         if (FAILED(hr)) {
             return hr;
-        }
-        if (ApartmentOfThread() == Apartment::kNone) {
-            return CO_E_NOTINITIALIZED;
         }
         if (!IsEqualIID(id, __uuidof(IActivationFactory))) {
             return E_NOINTERFACE;

@@ -95,12 +95,9 @@ private:
             return s_current->m_create.Original()(classId, outer, context, interfaceId, object);
         }
         FakeObjects& objects = s_current->objects;
-        const HRESULT hr = objects.Enter(nullptr, "CoCreateInstance");
+        const HRESULT hr = objects.EnterMaker("CoCreateInstance");
         if (FAILED(hr)) {
             return hr;
-        }
-        if (ApartmentOfThread() == Apartment::kNone) {
-            return CO_E_NOTINITIALIZED;
         }
         if (outer || context != CLSCTX_INPROC_SERVER || !IsEqualIID(interfaceId, kInterface)) {
             objects.NoteMisuse("CoCreateInstance of something else");

@@ -5,21 +5,6 @@
 #include <stdexcept>
 #include <string>
 
-namespace {
-
-std::vector<DWORD> g_sleeps;
-void (*g_onSleep)(DWORD) = nullptr;
-
-void WINAPI RecordSleep(DWORD milliseconds)
-{
-    g_sleeps.push_back(milliseconds);
-    if (g_onSleep) {
-        g_onSleep(milliseconds);
-    }
-}
-
-} // namespace
-
 namespace test {
 
 ImportPatchBase::ImportPatchBase(const char* function, void* replacement)
@@ -34,27 +19,6 @@ ImportPatchBase::ImportPatchBase(const char* function, void* replacement)
 ImportPatchBase::~ImportPatchBase()
 {
     standin::PatchImport(GetModuleHandleW(nullptr), {nullptr, m_function, m_original});
-}
-
-FakeSleep::FakeSleep() : m_patch("Sleep", RecordSleep)
-{
-    g_sleeps.clear();
-    g_onSleep = nullptr;
-}
-
-FakeSleep::~FakeSleep()
-{
-    g_onSleep = nullptr;
-}
-
-const std::vector<DWORD>& FakeSleep::Calls() const
-{
-    return g_sleeps;
-}
-
-void FakeSleep::OnSleep(void (*action)(DWORD))
-{
-    g_onSleep = action;
 }
 
 } // namespace test

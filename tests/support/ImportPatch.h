@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <vector>
-
 namespace test {
 
 // Replaces a function that this program (with the library's code in it) imports, until the end of the scope:
@@ -39,23 +37,6 @@ public:
     }
     // The function that the patch stands in for.
     [[nodiscard]] Function Original() const { return reinterpret_cast<Function>(Replaced()); }
-};
-
-// Makes Sleep return at once and keeps what was asked for, so that pauses and polling loops are tested to the
-// millisecond. One at a time.
-class FakeSleep
-{
-public:
-    FakeSleep();
-    ~FakeSleep();
-
-    // The milliseconds of every call, in order.
-    [[nodiscard]] const std::vector<DWORD>& Calls() const;
-    // Called at every Sleep, after it was recorded; may change what the next poll sees.
-    void OnSleep(void (*action)(DWORD milliseconds));
-
-private:
-    ImportPatch<decltype(&Sleep)> m_patch;
 };
 
 } // namespace test

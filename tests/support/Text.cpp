@@ -1,5 +1,8 @@
 #include "support/Text.h"
 
+#include <cstdint>
+#include <cstdio>
+
 namespace test {
 
 std::vector<std::string> Split(std::string_view text, std::string_view separator)
@@ -20,6 +23,18 @@ void ReplaceAll(std::string& text, std::string_view part, std::string_view repla
          at = text.find(part, at + replacement.size())) {
         text.replace(at, part.size(), replacement);
     }
+}
+
+std::string Hexadecimal(long result)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(result));
+    return text;
+}
+
+std::string Hexadecimal(const void* pointer)
+{
+    return Hexadecimal(static_cast<long>(reinterpret_cast<std::uintptr_t>(pointer)));
 }
 
 } // namespace test

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "standin/platform/ComObject.h"
+
 #include <windows.h>
 
 #include <xmllite.h>
@@ -26,3 +28,8 @@ protected:
 };
 
 } // namespace test
+
+template <> inline bool standin::IsInterface<test::UnaskedReader>(REFIID interfaceId) noexcept
+{
+    return IsEqualIID(interfaceId, __uuidof(IXmlReader)) != FALSE;
+}

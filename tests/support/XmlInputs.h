@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/ImportPatch.h"
 
 #include <windows.h>
@@ -14,17 +15,9 @@ namespace test {
 
 // Notes how the library makes its XML readers and opens the files for them, until the end of the scope. One
 // at a time.
-class XmlInputs
+class XmlInputs : private Current<XmlInputs>
 {
 public:
-    XmlInputs() : m_create("CreateXmlReader", Create), m_open("SHCreateStreamOnFileW", Open)
-    {
-        s_current = this;
-    }
-    ~XmlInputs() { s_current = nullptr; }
-    XmlInputs(const XmlInputs&) = delete;
-    XmlInputs& operator=(const XmlInputs&) = delete;
-
     // In order; the mode of a file as its number.
     std::vector<std::wstring> calls;
 
@@ -41,10 +34,10 @@ private:
         return s_current->m_open.Original()(path, mode, stream);
     }
 
-    static inline XmlInputs* s_current = nullptr;
+    friend Current<XmlInputs>;
 
-    ImportPatch<decltype(&CreateXmlReader)> m_create;
-    ImportPatch<decltype(&SHCreateStreamOnFileW)> m_open;
+    ImportPatch<decltype(&CreateXmlReader)> m_create{"CreateXmlReader", Create};
+    ImportPatch<decltype(&SHCreateStreamOnFileW)> m_open{"SHCreateStreamOnFileW", Open};
 };
 
 } // namespace test

@@ -18,8 +18,7 @@ protected:
     // The first pass finds no packages and is over: from here on nobody else writes.
     void Start()
     {
-        ASSERT_EQ(host.Command("init"), ok);
-        test::WaitForFirstPass();
+        host.InitializeAndPass();
         sandbox.UseSamplePackages();
     }
 

@@ -243,8 +243,7 @@ TEST_P(BoundariesAtOnce, TheAnswersAreThoseOfOneThread)
     sandbox.AddSamplePackage(L"Vel.Calendar");
     test::HostProcess host(sandbox);
     if (GetParam()) {
-        ASSERT_EQ(host.Command("init"), ok);
-        test::WaitForFirstPass();
+        host.InitializeAndPass();
     }
     EXPECT_EQ(host.Command("at-once\t15"
                            "\tinstalled\tVel.Calendar_1vel7kq0n3rta"

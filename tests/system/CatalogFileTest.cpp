@@ -45,8 +45,7 @@ TEST_F(CatalogFile, HoldsWhatAPresetBroughtIn)
             "\\There.lnk\" IsInstalled=\"0\" IsDualMode=\"yes\"/>"
             "</desktopapps></applications>");
     test::HostProcess host(m_sandbox);
-    host.Command("init");
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     std::string folder = test::ToUtf8(m_sandbox.Folder());
     EXPECT_EQ(Bytes(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
                        "<Applications>\r\n"

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 namespace {
@@ -46,6 +45,29 @@ protected:
         ASSERT_TRUE(test::WaitUntil(isInIt, 15000));
     }
 
+    // Brings the library up, up to the middle of its first save.
+    void SaveSlowly(test::HostProcess& host) const
+    {
+        host.Do(longPause);
+        EXPECT_EQ(host.Command("init"), ok);
+        WaitForTheMiddleOfASave();
+    }
+
+    // Has the library brought up where it finds another process in its first pass; returns where its lines
+    // begin.
+    std::size_t BeginAsTheSecond(test::HostProcess& host) const
+    {
+        const std::size_t offset = m_sandbox.LogLength();
+        host.Send("init");
+        EXPECT_TRUE(test::WaitUntil(
+            [&] {
+                return test::ReadFileBytes(m_sandbox.LogFile()).find("ERROR_ALREADY_EXISTS", offset) !=
+                       std::string::npos;
+            },
+            15000));
+        return offset;
+    }
+
     // The first pass of the next start has all of them still.
     void ExpectEveryRecordAtTheNextStart()
     {
@@ -75,9 +97,7 @@ TEST_F(CatalogSave, CutOffByTheEndOfTheProcessLeavesTheOldCatalog)
     const std::string old = test::ReadFileBytes(m_sandbox.CatalogFile());
     {
         test::HostProcess host(m_sandbox);
-        host.Do(longPause);
-        EXPECT_EQ(host.Command("init"), ok);
-        WaitForTheMiddleOfASave();
+        SaveSlowly(host);
         EXPECT_EQ(test::ReadFileBytes(Bak()), old);
     }
     EXPECT_NE(test::ReadFileBytes(m_sandbox.CatalogFile()), old) << "the process was killed while it saved";
@@ -88,9 +108,7 @@ TEST_F(CatalogSave, CutOffTheFirstTimeLeavesThePresetsRecords)
 {
     {
         test::HostProcess host(m_sandbox);
-        host.Do(longPause);
-        EXPECT_EQ(host.Command("init"), ok);
-        WaitForTheMiddleOfASave();
+        SaveSlowly(host);
     }
     ExpectEveryRecordAtTheNextStart();
 }
@@ -99,12 +117,8 @@ TEST_F(CatalogSave, CutOffTheFirstTimeLeavesThePresetsRecords)
 class Turn
 {
 public:
-    explicit Turn(std::wstring catalogFile)
+    explicit Turn(const std::wstring& name) : m_mutex(CreateMutexW(nullptr, FALSE, name.c_str()))
     {
-        std::replace(catalogFile.begin(), catalogFile.end(), L'\\', L'/');
-        std::wstring name = L"QanHelperSave_" + catalogFile;
-        CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
-        m_mutex = CreateMutexW(nullptr, FALSE, name.c_str());
         if (WaitForSingleObject(m_mutex, 15000) != WAIT_OBJECT_0) {
             ADD_FAILURE() << "no turn";
         }
@@ -129,12 +143,11 @@ TEST_F(CatalogSave, OfTwoProcessesAtOnceAreDoneInTurns)
         test::HostProcess two(m_sandbox);
         for (test::HostProcess* host : {&one, &two}) {
             host->Do(shortPause);
-            EXPECT_EQ(host->Command("init"), ok);
-            test::WaitForFirstPass();
+            host->InitializeAndPass();
         }
         for (int turn = 0; turn < 10; ++turn) {
             {
-                const Turn own(m_sandbox.CatalogFile());
+                const Turn own(m_sandbox.TurnName());
                 ExpectEveryRecord();
             }
             m_sandbox.WaitForLogLine(test::passEnd, m_sandbox.LogLength());
@@ -151,19 +164,11 @@ TEST_F(CatalogSave, IsWaitedForByAProcessThatDoesNotRefresh)
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     test::HostProcess next(m_sandbox);
     test::HostProcess host(m_sandbox);
-    EXPECT_EQ(host.Command("init"), ok);
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     test::FirstPassOfAnother firstPass;
     host.Do(longPause);
     WaitForTheMiddleOfASave();
-    const std::size_t offset = m_sandbox.LogLength();
-    next.Send("init");
-    ASSERT_TRUE(test::WaitUntil(
-        [&] {
-            return test::ReadFileBytes(m_sandbox.LogFile()).find("ERROR_ALREADY_EXISTS", offset) !=
-                   std::string::npos;
-        },
-        15000));
+    BeginAsTheSecond(next);
     firstPass.End();
     EXPECT_EQ(next.Answer(), "0x00000001");
     next.Do("finalize");
@@ -178,17 +183,8 @@ TEST_F(CatalogSave, CutOffBesideAProcessThatDoesNotRefreshLeavesThatOneEveryReco
     std::size_t offset = 0;
     {
         test::HostProcess host(m_sandbox);
-        host.Do(longPause);
-        EXPECT_EQ(host.Command("init"), ok);
-        WaitForTheMiddleOfASave();
-        offset = m_sandbox.LogLength();
-        next.Send("init");
-        ASSERT_TRUE(test::WaitUntil(
-            [&] {
-                return test::ReadFileBytes(m_sandbox.LogFile()).find("ERROR_ALREADY_EXISTS", offset) !=
-                       std::string::npos;
-            },
-            15000));
+        SaveSlowly(host);
+        offset = BeginAsTheSecond(next);
     }
     EXPECT_EQ(next.Answer(), "0x00000001");
     EXPECT_EQ(next.Command("search\t0\t1\tix"), "0x80004005");
@@ -203,8 +199,7 @@ TEST_F(CatalogSave, CutOffWhileAnotherProcessStartsLeavesThatOneEveryRecord)
     test::HostProcess next(m_sandbox);
     {
         test::HostProcess host(m_sandbox);
-        EXPECT_EQ(host.Command("init"), ok);
-        test::WaitForFirstPass();
+        host.InitializeAndPass();
         host.Do(longPause);
         WaitForTheMiddleOfASave();
         const std::size_t offset = m_sandbox.LogLength();

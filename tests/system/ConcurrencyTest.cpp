@@ -1,6 +1,7 @@
 // Launches while the refresh thread works on the catalogue.
 #include "system/LaunchTest.h"
 #include "system/Manifest.h"
+#include "system/Passes.h"
 #include "system/QueryFor.h"
 #include "system/SlowManifest.h"
 
@@ -54,8 +55,7 @@ TEST_F(LaunchDuringRefresh, TheQueryIsAlwaysTheSameWhenNothingChanges)
             EXPECT_EQ(host->Command("searches\t25\tmail"), "0x80004005");
             searches += 25;
             log = sandbox.Log(offset);
-            return std::count(log.begin(), log.end(),
-                              "CQanhPackageManager::RefreshThread Refresh app name list!") > 4;
+            return std::count(log.begin(), log.end(), test::passBegin) > 4;
         },
         20000);
     EXPECT_TRUE(met) << "nothing was refreshed meanwhile";

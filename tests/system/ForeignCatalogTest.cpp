@@ -38,6 +38,15 @@ protected:
         EXPECT_EQ(asked.Command("init"), "0x00000000");
         return test::QueryFor(sandbox, asked, "Mail");
     }
+
+    // What a launch of "Mail" searches for, and what it starts.
+    void ExpectLaunch(const std::string& query, const std::string& started, int mode = 0,
+                      bool excludesOthers = true)
+    {
+        EXPECT_EQ(host->Search("Mail", mode, excludesOthers), "0x00000000");
+        EXPECT_EQ(desktop->Started(), started);
+        EXPECT_EQ(desktop->Count("query\t" + query), 1u);
+    }
 };
 
 TEST_F(ForeignCatalog, NamesArePastedAsTheyStand)
@@ -79,18 +88,14 @@ TEST_F(ForeignCatalog, WordsOfTheQueryLanguageAreWordsOfTheName)
 {
     WriteName("x mail NOT(Mail) OR Reader");
     Start({L"Mail.lnk", L"Mail Reader.lnk"});
-    EXPECT_EQ(host->Search("Mail", 0, true), "0x00000000");
-    EXPECT_EQ(desktop->Started(), "Mail");
-    EXPECT_EQ(desktop->Count("query\t\"Mail\" NOT(\"x mail NOT(Mail) OR Reader\")"), 1u);
+    ExpectLaunch(R"("Mail" NOT("x mail NOT(Mail) OR Reader"))", "Mail");
 }
 
 TEST_F(ForeignCatalog, ANameWithQuotesCanChooseAmongTheApplicationsThatThereAre)
 {
     WriteName("x mail&quot; OR &quot;y&quot;) Reader NOT(&quot;z");
     Start({L"Mail.lnk", L"Mail Reader.lnk"});
-    EXPECT_EQ(host->Search("Mail", 0, true), "0x00000000");
-    EXPECT_EQ(desktop->Started(), "Mail Reader");
-    EXPECT_EQ(desktop->Count("query\t\"Mail\" NOT(\"x mail\" OR \"y\") Reader NOT(\"z\")"), 1u);
+    ExpectLaunch(R"("Mail" NOT("x mail" OR "y") Reader NOT("z"))", "Mail Reader");
 }
 
 TEST_F(ForeignCatalog, ANameWithQuotesCanHideTheWantedApplication)
@@ -109,9 +114,7 @@ TEST_F(ForeignCatalog, WithoutExclusionsItHasNoPartInALaunch)
 {
     WriteName("x mail&quot; OR &quot;Mail");
     Start({L"Mail.lnk"});
-    EXPECT_EQ(host->Search("Mail", 0, false), "0x00000000");
-    EXPECT_EQ(desktop->Started(), "Mail");
-    EXPECT_EQ(desktop->Count("query\t\"Mail\""), 1u);
+    ExpectLaunch("\"Mail\"", "Mail", 0, false);
 }
 
 // By what counts as the wanted application in mode 2: its name is pasted without quotes and exclusions then.
@@ -119,9 +122,7 @@ TEST_F(ForeignCatalog, ANameCanTakeTheExclusionsFromModeTwo)
 {
     WriteName("mail");
     Start({L"Big Mail.lnk"});
-    EXPECT_EQ(host->Search("Mail", 2, true), "0x00000000");
-    EXPECT_EQ(desktop->Started(), "Big Mail");
-    EXPECT_EQ(desktop->Count("query\tMail"), 1u);
+    ExpectLaunch("Mail", "Big Mail", 2);
 }
 
 // The path is looked for, and that is all: not even when the record's name is the one that is launched.
@@ -162,8 +163,7 @@ TEST_F(ForeignCatalog, SettingsOfAUserAreNotLookedAt)
     user.SetDword(L"RefreshInterval", 0);
     sandbox.AddCommonShortcut(L"A.lnk");
     test::HostProcess asked(sandbox);
-    EXPECT_EQ(asked.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    asked.InitializeAndPass();
     sandbox.AddCommonShortcut(L"B.lnk");
     Sleep(500); // many passes
     asked.Do("finalize");
@@ -180,8 +180,7 @@ TEST_F(ForeignCatalog, ShortcutsAreNotOpened)
                                     OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);
     test::HostProcess asked(sandbox);
-    EXPECT_EQ(asked.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    asked.InitializeAndPass();
     EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), HasSubstr("DisplayName=\"A\""));
     CloseHandle(held);
 }

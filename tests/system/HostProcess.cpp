@@ -94,6 +94,15 @@ std::string HostProcess::Answer(DWORD timeout)
     }
 }
 
+void HostProcess::InitializeAndPass()
+{
+    const std::string result = Command("init");
+    if (result != "0x00000000") {
+        Fail("answered " + result);
+    }
+    WaitForFirstPass();
+}
+
 std::string HostProcess::Search(std::string_view name, int mode, bool useExcludeList, DWORD timeout)
 {
     return Command("search\t" + std::to_string(mode) + (useExcludeList ? "\t1\t" : "\t0\t") +
@@ -124,20 +133,12 @@ bool HostProcess::HasExitEvent() const
 
 void HostProcess::SetExitEvent()
 {
-    const Event event = OpenExitEvent();
-    if (!event) {
-        Fail("has no exit event");
-    }
-    SetEvent(event.get());
+    SetEvent(ExitEvent().get());
 }
 
 void HostProcess::WaitForExitEvent()
 {
-    const Event event = OpenExitEvent();
-    if (!event) {
-        Fail("has no exit event");
-    }
-    if (WaitForSingleObject(event.get(), 10000) != WAIT_OBJECT_0) {
+    if (WaitForSingleObject(ExitEvent().get(), 10000) != WAIT_OBJECT_0) {
         Fail("does not set its exit event");
     }
 }
@@ -146,6 +147,15 @@ HostProcess::Event HostProcess::OpenExitEvent() const
 {
     const std::wstring name = L"Local\\PYX_Event_Exit_RefreshThread" + std::to_wstring(m_process.id);
     return Event(OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name.c_str()), &CloseHandle);
+}
+
+HostProcess::Event HostProcess::ExitEvent()
+{
+    Event event = OpenExitEvent();
+    if (!event) {
+        Fail("has no exit event");
+    }
+    return event;
 }
 
 void HostProcess::Fail(const std::string& what)

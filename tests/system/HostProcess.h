@@ -33,6 +33,9 @@ public:
     void Send(std::string_view command);
     std::string Answer(DWORD timeout = 15000);
 
+    // Brings the library up, which must work, and waits for the end of the first pass.
+    void InitializeAndPass();
+
     // QanhLaunchBySearch.
     std::string Search(std::string_view name, int mode, bool useExcludeList, DWORD timeout = 30000);
 
@@ -55,6 +58,8 @@ private:
 
     // Null: there is none.
     [[nodiscard]] Event OpenExitEvent() const;
+    // The same; throws when there is none.
+    [[nodiscard]] Event ExitEvent();
     [[noreturn]] void Fail(const std::string& what);
 
     StartedProcess m_process;

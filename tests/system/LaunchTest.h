@@ -24,8 +24,7 @@ protected:
         }
         desktop = std::make_unique<DesktopProcess>(sandbox);
         host = std::make_unique<HostProcess>(sandbox);
-        ASSERT_EQ(host->Command("init"), "0x00000000");
-        WaitForFirstPass();
+        host->InitializeAndPass();
     }
 
     LaunchTest() { ClearClipboard(); }

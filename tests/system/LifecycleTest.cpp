@@ -100,8 +100,7 @@ TEST_F(Lifecycle, FinalizeDuringALaterPassStopsItSoon)
     MakePassesLong();
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     test::HostProcess host(m_sandbox);
-    host.Command("init");
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     m_sandbox.WaitForLogLine(test::passBegin, m_sandbox.LogLength());
     host.Do("finalize");
     EXPECT_FALSE(host.HasExitEvent());
@@ -112,8 +111,7 @@ TEST_F(Lifecycle, FinalizeDuringALaterPassStopsItSoon)
 TEST_F(Lifecycle, FinalizeAfterThePassIsQuick)
 {
     test::HostProcess host(m_sandbox);
-    host.Command("init");
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     const ULONGLONG start = GetTickCount64();
     host.Do("finalize");
     EXPECT_LT(GetTickCount64() - start, 500u);
@@ -229,8 +227,7 @@ TEST_F(Lifecycle, ProcessThatStartsAfterTheFirstPassRefreshesForItself)
 {
     m_sandbox.AddCommonShortcut(L"A.lnk");
     test::HostProcess first(m_sandbox);
-    EXPECT_EQ(first.Command("init"), ok);
-    test::WaitForFirstPass();
+    first.InitializeAndPass();
     test::HostProcess second(m_sandbox);
     EXPECT_EQ(second.Command("init"), ok);
     EXPECT_TRUE(second.HasExitEvent()) << "the mutex marks no more than a first pass that runs";

@@ -73,8 +73,7 @@ protected:
     // Each way into the platform once: catalogue, packages, manifests, resources, activation.
     void Use(test::HostProcess& host)
     {
-        ASSERT_EQ(host.Command("init"), "0x00000000");
-        test::WaitForFirstPass();
+        host.InitializeAndPass();
         EXPECT_EQ(host.Command("display-name\tVel.Calendar_1vel7kq0n3rta"), "0x00000000\tCalendar");
         EXPECT_EQ(host.Command("activate\tNobody.App_0123456789abc!App\t(null)"), "0x80270254");
         EXPECT_EQ(test::QueryFor(m_sandbox, host, "Calendar"), R"("Calendar" NOT("Big calendar"))");

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <stdexcept>
 
@@ -98,6 +99,14 @@ std::wstring Sandbox::CatalogFolder(const std::wstring& base) const
 std::wstring Sandbox::CatalogFile(const std::wstring& base) const
 {
     return CatalogFolder(base) + L"\\AppNameList.xml";
+}
+
+std::wstring Sandbox::TurnName() const
+{
+    std::wstring name = L"QanHelperSave_" + CatalogFile();
+    std::replace(name.begin(), name.end(), L'\\', L'/');
+    CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
+    return name;
 }
 
 std::wstring Sandbox::LogFile(const std::wstring& base) const

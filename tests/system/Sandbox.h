@@ -47,6 +47,8 @@ public:
     [[nodiscard]] std::wstring CatalogFolder(const std::wstring& base = L"TestHost") const;
     [[nodiscard]] std::wstring CatalogFile(const std::wstring& base = L"TestHost") const;
     [[nodiscard]] std::wstring LogFile(const std::wstring& base = L"TestHost") const;
+    // The name of the mutex of whose turn it is at the catalogue file.
+    [[nodiscard]] std::wstring TurnName() const;
     [[nodiscard]] std::wstring PresetFile() const { return HostFolder() + L"\\PresetAppNameList.xml"; }
 
     // The log from the offset on, without time stamps, in lines (LogLines in support/LogCapture.h); the

@@ -3,6 +3,7 @@
 // process's handle.
 #include "support/Text.h"
 #include "system/HostProcess.h"
+#include "system/Passes.h"
 #include "system/QueryFor.h"
 
 #include <gmock/gmock.h>
@@ -80,22 +81,13 @@ protected:
     [[nodiscard]] std::ptrdiff_t Passes() const
     {
         const std::vector<std::string> log = sandbox.Log();
-        return std::count(log.begin(), log.end(),
-                          "CQanhPackageManager::RefreshThread Refresh app name list!");
+        return std::count(log.begin(), log.end(), test::passBegin);
     }
 
     // The name of the host's exit event, which others can know from the moment when the host begins.
     [[nodiscard]] std::wstring ExitEventName() const
     {
         return L"Local\\PYX_Event_Exit_RefreshThread" + std::to_wstring(host.ProcessId());
-    }
-    // The name of the turn at the catalogue file.
-    [[nodiscard]] std::wstring TurnName() const
-    {
-        std::wstring path = sandbox.CatalogFile();
-        std::replace(path.begin(), path.end(), L'\\', L'/');
-        CharUpperBuffW(path.data(), static_cast<DWORD>(path.size()));
-        return L"QANHELPERSAVE_" + path;
     }
 
     test::Sandbox sandbox;
@@ -127,8 +119,7 @@ TEST_F(SquattedMutex, KeepsTheRefreshOffAndNothingElse)
     host.Do("finalize");
 
     squatter.Leave();
-    EXPECT_EQ(host.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     EXPECT_EQ(Query(), R"("Mail" NOT("my mail"))");
 }
 
@@ -170,8 +161,7 @@ TEST_F(SquattedMutex, ThatMayNotBeHadKeepsTheRefreshOff)
 TEST_F(SquattedMutex, DoesNotConcernAHostThatRefreshesAlready)
 {
     sandbox.Settings().SetDword(L"RefreshInterval", 0);
-    EXPECT_EQ(host.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     const Squatter squatter(CreateMutexW(nullptr, TRUE, L"QanHelper_TestHost"));
     const std::ptrdiff_t before = Passes();
     EXPECT_TRUE(test::WaitUntil([&] { return Passes() > before + 1; }, 20000));
@@ -182,8 +172,7 @@ TEST_F(SquattedExitEvent, ThatIsSetKeepsTheRefreshOff)
 {
     WriteCatalog();
     const Squatter squatter(CreateEventW(nullptr, TRUE, TRUE, ExitEventName().c_str()));
-    EXPECT_EQ(host.Command("init"), "0x00000000");
-    test::WaitForFirstPass(); // the mutex is given back at once
+    host.InitializeAndPass(); // the mutex is given back at once
     EXPECT_EQ(Query(), R"("Mail" NOT("old mail"))");
     host.Do("finalize", 3000);
     EXPECT_EQ(Passes(), 0);
@@ -194,8 +183,7 @@ TEST_F(SquattedExitEvent, ThatIsSetLaterStopsTheRefreshAndNothingElse)
 {
     sandbox.Settings().SetDword(L"RefreshInterval", 0);
     const Squatter squatter(CreateEventW(nullptr, TRUE, FALSE, ExitEventName().c_str()));
-    EXPECT_EQ(host.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     EXPECT_TRUE(test::WaitUntil([&] { return Passes() > 2; }, 20000)) << "until then it refreshes";
     SetEvent(squatter.Get());
     sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)");
@@ -203,16 +191,15 @@ TEST_F(SquattedExitEvent, ThatIsSetLaterStopsTheRefreshAndNothingElse)
     host.Do("finalize", 3000);
     ResetEvent(squatter.Get());
     EXPECT_EQ(host.Command("init"), "0x00000000") << "the next start refreshes again";
-    sandbox.WaitForLogLine("CQanhPackageManager::RefreshThread Refresh app name list!", sandbox.LogLength());
+    sandbox.WaitForLogLine(test::passBegin, sandbox.LogLength());
 }
 
 // Not manual-reset: who waits takes the signal away.
 TEST_F(SquattedExitEvent, ThatForgetsItsSignalStopsAThreadThatWaits)
 {
     const Squatter squatter(CreateEventW(nullptr, FALSE, FALSE, ExitEventName().c_str()));
-    EXPECT_EQ(host.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
-    sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    host.InitializeAndPass();
+    sandbox.WaitForLogLine(test::passEnd);
     Sleep(200); // from there to the wait
     host.Do("finalize", 3000);
 }
@@ -233,7 +220,7 @@ TEST_F(SquattedTurn, DelaysTheStartAndKeepsTheCatalogueFromBeingSaved)
     sandbox.Settings().SetDword(L"RefreshInterval", 0);
     WriteCatalog();
     const std::string before = test::ReadFileBytes(sandbox.CatalogFile());
-    Squatter squatter(CreateMutexW(nullptr, TRUE, TurnName().c_str()));
+    Squatter squatter(CreateMutexW(nullptr, TRUE, sandbox.TurnName().c_str()));
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(host.Command("init"), "0x00000000");
     EXPECT_GE(GetTickCount64() - start, 4990u) << "five seconds";
@@ -242,7 +229,7 @@ TEST_F(SquattedTurn, DelaysTheStartAndKeepsTheCatalogueFromBeingSaved)
     EXPECT_EQ(test::ReadFileBytes(sandbox.CatalogFile()), before);
     EXPECT_EQ(Query(), R"("Mail" NOT("my mail"))") << "what the pass has found counts";
     squatter.Leave();
-    sandbox.WaitForLogLine("CQanhAppNameList::Save OUT(0x00000000)");
+    sandbox.WaitForLogLine(test::passEnd);
     EXPECT_THAT(test::ReadFileBytes(sandbox.CatalogFile()), HasSubstr("my mail"));
 }
 
@@ -251,7 +238,7 @@ TEST_F(SquattedTurn, ThatMayNotBeHadKeepsTheCatalogueFromBeingSaved)
     WriteCatalog();
     const std::string before = test::ReadFileBytes(sandbox.CatalogFile());
     SightOnly rights;
-    const Squatter squatter(CreateMutexW(rights.Get(), FALSE, TurnName().c_str()));
+    const Squatter squatter(CreateMutexW(rights.Get(), FALSE, sandbox.TurnName().c_str()));
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(host.Command("init"), "0x00000000");
     EXPECT_LT(GetTickCount64() - start, 4000u);
@@ -263,7 +250,7 @@ TEST_F(SquattedTurn, ThatMayNotBeHadKeepsTheCatalogueFromBeingSaved)
 TEST_F(SquattedTurn, OfAnotherKindIsDoneWithout)
 {
     WriteCatalog();
-    const Squatter squatter(CreateEventW(nullptr, TRUE, FALSE, TurnName().c_str()));
+    const Squatter squatter(CreateEventW(nullptr, TRUE, FALSE, sandbox.TurnName().c_str()));
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(host.Command("init"), "0x00000000");
     EXPECT_LT(GetTickCount64() - start, 4000u);

@@ -106,8 +106,7 @@ protected:
     void RunOnePass()
     {
         HostProcess host(m_sandbox);
-        EXPECT_EQ(host.Command("init"), "0x00000000");
-        WaitForFirstPass();
+        host.InitializeAndPass();
         host.Do("finalize");
     }
 

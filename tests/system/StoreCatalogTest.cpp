@@ -213,8 +213,7 @@ TEST_F(StoreCatalog, OfAPassThatIsStoppedBetweenTwoPackagesIsNotWritten)
     standin::SetText(standin::TextSetting::PackageStore, L"");
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
     test::HostProcess host(m_sandbox);
-    EXPECT_EQ(host.Command("init"), "0x00000000");
-    test::WaitForFirstPass();
+    host.InitializeAndPass();
     const std::string before = Bytes();
 
     standin::SetText(standin::TextSetting::PackageStore, m_sandbox.Packages()); // both packages at once

@@ -17,6 +17,15 @@ struct Sentence
     const wchar_t* sentence;
 };
 
+// What several of them mean.
+constexpr wchar_t kFewApplications[] =
+    L"the start knows no applications, or not all, until the refresh has found them";
+constexpr wchar_t kNoRefresh[] = L"the catalogue is not refreshed by this process";
+constexpr wchar_t kNotSaved[] = L"the catalogue was not saved; the next pass tries again";
+constexpr wchar_t kFewPackages[] = L"the pass found no Store packages, or not all";
+constexpr wchar_t kNoPackage[] = L"no package of this family is installed";
+constexpr wchar_t kNoFolder[] = L"a folder of the Start menu cannot be read";
+
 // The first one that fits counts.
 constexpr Sentence kSentences[] = {
     {L"QanhInitialize", L"s_MonitorMode",
@@ -41,36 +50,31 @@ constexpr Sentence kSentences[] = {
     {L"CQanhClipboard::", L"", L"another program held the clipboard: the launch pasted what it held before"},
     {L"CQanhPackageManager::Initialize", L"CreateMutex",
      L"it cannot be told who owns the catalogue: this process does not refresh it"},
-    {L"CQanhPackageManager::Initialize", L"",
-     L"the start knows no applications, or not all, until the refresh has found them"},
-    {L"", L"m_AppNameList.Load()",
-     L"the start knows no applications, or not all, until the refresh has found them"},
-    {L"", L"CreateEventW()", L"the catalogue is not refreshed by this process"},
-    {L"", L"CreateThread()", L"the catalogue is not refreshed by this process"},
+    {L"CQanhPackageManager::Initialize", L"", kFewApplications},
+    {L"", L"m_AppNameList.Load()", kFewApplications},
+    {L"", L"CreateEventW()", kNoRefresh},
+    {L"", L"CreateThread()", kNoRefresh},
     {L"CQanhAppNameList::Load", L"",
      L"the catalogue or the preset cannot be opened, or not be read to its end: the start knows no applications, or not all, until the refresh has found them; at a first start without a preset that is as it should be"},
     {L"CQanhAppNameList::ReadDesktopApps", L"", L"the reading of the desktop applications ended early"},
     {L"CQanhPackageManager::CreateAppNameListFolder", L"",
      L"there is no folder for the catalogue and for this log"},
-    {L"CQanhPackageManager::RefreshThread", L"Save()",
-     L"the catalogue was not saved; the next pass tries again"},
-    {L"CQanhPackageManager::RefreshThread", L"RefreshMetroApps()",
-     L"the pass found no Store packages, or not all"},
+    {L"CQanhPackageManager::RefreshThread", L"Save()", kNotSaved},
+    {L"CQanhPackageManager::RefreshThread", L"RefreshMetroApps()", kFewPackages},
     {L"CQanhPackageManager::RefreshThread", L"RefreshDesktopApps",
      L"the pass could not read a folder of the Start menu"},
-    {L"CQanhAppNameList::Save", L"", L"the catalogue was not saved; the next pass tries again"},
-    {L"CQanhPackageManager::RefreshMetroApps", L"", L"the pass found no Store packages, or not all"},
+    {L"CQanhAppNameList::Save", L"", kNotSaved},
+    {L"CQanhPackageManager::RefreshMetroApps", L"", kFewPackages},
     {L"CQanhPackageManager::GetPackageManager", L"", L"the system's package manager cannot be had"},
     {L"CQanhPackageManager::FindPackageByName", L"",
      L"the package counts as not installed, for this reason alone"},
     {L"CQanhPackageManager::IsInstalled", L"",
      L"the system could not be asked whether the package is installed"},
-    {L"CQanhPackageManager::GetAppDisplayNameByPFN", L"0xA0000001",
-     L"no package of this family is installed"},
-    {L"QanhGetAppDisplayNameByPFN", L"0xA0000001", L"no package of this family is installed"},
+    {L"CQanhPackageManager::GetAppDisplayNameByPFN", L"0xA0000001", kNoPackage},
+    {L"QanhGetAppDisplayNameByPFN", L"0xA0000001", kNoPackage},
     {L"CQanhPackageManager::GetAppDisplayNameByPFN", L"", L"the name of the package cannot be had"},
-    {L"CQanhPackageManager::AddLinkFileToList", L"", L"a folder of the Start menu cannot be read"},
-    {L"CQanhPackageManager::RefreshDesktopApps", L"", L"a folder of the Start menu cannot be read"},
+    {L"CQanhPackageManager::AddLinkFileToList", L"", kNoFolder},
+    {L"CQanhPackageManager::RefreshDesktopApps", L"", kNoFolder},
     {L"CQanhAppNameList::AddMetroPackage", L"",
      L"the manifest of a package cannot be read: it has no names, or keeps the old ones"},
     {L"CQanhManifestReader::", L"", L"the names of a package cannot be read from its manifest"},

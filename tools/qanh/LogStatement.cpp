@@ -34,11 +34,8 @@ constexpr std::wstring_view kNotes[] = {
     L" Error (0x",
     L" ms-resource = ",
 };
-constexpr std::wstring_view kSwitchToStartScreen = L"CQanhMonitorMode::SwitchToStartScreen";
 constexpr std::wstring_view kSwitchFails = L" OUT : GetMonitorState(";
 constexpr std::wstring_view kAddLinkFileToList = L"CQanhPackageManager::AddLinkFileToList";
-constexpr std::wstring_view kRefreshDesktopApps = L"CQanhPackageManager::RefreshDesktopApps";
-constexpr std::wstring_view kRefreshMetroApps = L"CQanhPackageManager::RefreshMetroApps";
 constexpr std::wstring_view kGetPackageManager = L"CQanhPackageManager::GetPackageManager";
 constexpr std::wstring_view kLinks = L"\\*.lnk Errcode = ";
 constexpr std::wstring_view kInternetLinks = L"\\*.url Errcode = ";

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 // What a message of the log says: an operation begins, ends, or tells something on its way.
 struct LogStatement
@@ -20,6 +21,11 @@ struct LogStatement
     std::wstring operation; // empty where the message does not name it
     std::wstring text;      // the arguments of an entry, the outcome of an exit, what a note tells
 };
+
+// Operations that more than one reader of statements asks for.
+constexpr std::wstring_view kSwitchToStartScreen = L"CQanhMonitorMode::SwitchToStartScreen";
+constexpr std::wstring_view kRefreshDesktopApps = L"CQanhPackageManager::RefreshDesktopApps";
+constexpr std::wstring_view kRefreshMetroApps = L"CQanhPackageManager::RefreshMetroApps";
 
 [[nodiscard]] LogStatement ParseStatement(const std::wstring& message);
 

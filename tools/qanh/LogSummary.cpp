@@ -6,10 +6,8 @@
 namespace {
 
 constexpr std::wstring_view kLaunch = L"QanhLaunchBySearch";
-constexpr std::wstring_view kSwitch = L"CQanhMonitorMode::SwitchToStartScreen";
 constexpr std::wstring_view kOpenPane = L"CQanhMonitorMode::OpenAppSearchUI";
 constexpr std::wstring_view kRefreshThread = L"CQanhPackageManager::RefreshThread";
-constexpr std::wstring_view kRefreshDesktopApps = L"CQanhPackageManager::RefreshDesktopApps";
 constexpr std::wstring_view kMode = L"dwMode = ";
 constexpr std::wstring_view kKeyword = L"szKeyword = ";
 constexpr int kStartScreenMode = 1;
@@ -67,9 +65,9 @@ void LogSummary::OnBegin(const std::vector<LogCall>& open)
                open[open.size() - 2].operation == kLaunch) {
         // The last key of a launch: Shift is released.
         m_launch.pasteAndStart = Between(m_pasteBegin, call.begin);
-    } else if (call.operation == kSwitch) {
+    } else if (call.operation == kSwitchToStartScreen) {
         m_mode.reset();
-    } else if (call.operation == L"CQanhPackageManager::RefreshMetroApps" && !passes.empty()) {
+    } else if (call.operation == kRefreshMetroApps && !passes.empty()) {
         passes.back().marking = Between(passes.back().begin, call.begin);
     }
 }
@@ -93,7 +91,7 @@ void LogSummary::OnEnd(const std::vector<LogCall>& open)
         if (const auto failure = FailureOf({LogStatement::Kind::Exit, call.operation, call.outcome})) {
             FailCall(open, *failure);
         }
-        if (call.operation == kSwitch && m_mode && *m_mode != kStartScreenMode) {
+        if (call.operation == kSwitchToStartScreen && m_mode && *m_mode != kStartScreenMode) {
             FailUnseen(open, L"the Start screen did not come up within 2 s; the launch went on");
         }
         if (call.operation == L"CQanhKeyEmulate::SendInput_Win_Q") {
@@ -180,7 +178,7 @@ void LogSummary::TakeLaunch(const LogCall& call)
 {
     if (call.operation == L"CQanhPackageManager::GetExcludeAppNameList") {
         m_launch.exclusions = call.Duration();
-    } else if (call.operation == kSwitch) {
+    } else if (call.operation == kSwitchToStartScreen) {
         m_launch.startScreen = call.Duration();
     } else if (call.operation == kOpenPane) {
         if (const std::optional<long long> duration = call.Duration()) {
@@ -198,7 +196,7 @@ void LogSummary::TakeLaunch(const LogCall& call)
 void LogSummary::TakePass(const LogCall& call)
 {
     LoggedPass& pass = passes.back();
-    if (call.operation == L"CQanhPackageManager::RefreshMetroApps") {
+    if (call.operation == kRefreshMetroApps) {
         pass.store = call.Duration();
     } else if (call.operation == kRefreshDesktopApps) {
         Add(pass.startMenu, call.Duration());

@@ -2,6 +2,7 @@
 
 #include "Platform.h"
 #include "standin/platform/ComObject.h"
+#include "support/UnaskedReader.h"
 
 #include <xmllite.h>
 
@@ -17,7 +18,7 @@ struct Fault
     HRESULT result = E_FAIL;
 };
 
-class FaultyReader final : public standin::ComObject<IXmlReader>
+class FaultyReader final : public standin::ComObject<test::UnaskedReader>
 {
 public:
     FaultyReader(Microsoft::WRL::ComPtr<IXmlReader> reader, Fault fault)
@@ -62,17 +63,6 @@ public:
     }
     BOOL STDMETHODCALLTYPE IsEmptyElement() override { return m_reader->IsEmptyElement(); }
     BOOL STDMETHODCALLTYPE IsEOF() override { return m_reader->IsEOF(); }
-
-    HRESULT STDMETHODCALLTYPE GetProperty(UINT, LONG_PTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetProperty(UINT, LONG_PTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE MoveToAttributeByName(LPCWSTR, LPCWSTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetQualifiedName(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetNamespaceUri(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetPrefix(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ReadValueChunk(WCHAR*, UINT, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetBaseUri(LPCWSTR*, UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetAttributeCount(UINT*) override { return E_NOTIMPL; }
-    BOOL STDMETHODCALLTYPE IsDefault() override { return FALSE; }
 
 private:
     bool IsFaulty() { return m_fault.call != 0 && ++m_calls >= m_fault.call; }

@@ -10,7 +10,6 @@
 #include "support/host/SlowDisk.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <latch>
@@ -21,6 +20,8 @@
 #include <thread>
 
 namespace {
+
+using test::Hexadecimal;
 
 using Fields = std::vector<std::string>;
 
@@ -90,18 +91,11 @@ std::vector<Fields> CommandsOf(Fields::const_iterator begin, Fields::const_itera
     return commands;
 }
 
-std::string Show(HRESULT hr)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(hr));
-    return text;
-}
-
 std::string AskWhetherInstalled(decltype(&QanhIsInstalled) ask, const Fields& command)
 {
     BOOL isInstalled = 7;
     const HRESULT hr = ask(Text(command, 1).Get(), HasNull(command, 2) ? nullptr : &isInstalled);
-    return Show(hr) + "\t" + std::to_string(isInstalled);
+    return Hexadecimal(hr) + "\t" + std::to_string(isInstalled);
 }
 
 std::string AskForDisplayName(const Fields& command)
@@ -111,7 +105,7 @@ std::string AskForDisplayName(const Fields& command)
         g_library.getDisplayName(Text(command, 1).Get(), HasNull(command, 2) ? nullptr : &name);
     const std::string text = name ? test::ToUtf8(name) : "(null)";
     g_library.releaseString(name);
-    return Show(hr) + "\t" + text;
+    return Hexadecimal(hr) + "\t" + text;
 }
 
 std::string Release(const Fields& command)
@@ -250,25 +244,28 @@ std::string Commands::Call(const Fields& command)
 {
     using Answer = std::string (*)(const Fields&);
     static const std::map<std::string, Answer> s_answers = {
-        {"init", [](const Fields&) { return Show(g_library.initialize()); }},
+        {"init", [](const Fields&) { return Hexadecimal(g_library.initialize()); }},
         {"finalize", [](const Fields&) { return g_library.finalize(), std::string("ok"); }},
         {"search",
          [](const Fields& c) {
-             return Show(g_library.launchBySearch(Text(c, 3).Get(), Number(c, 1), Flag(c, 2)));
+             return Hexadecimal(g_library.launchBySearch(Text(c, 3).Get(), Number(c, 1), Flag(c, 2)));
          }},
         {"browser",
          [](const Fields& c) {
-             return Show(g_library.launchBrowser(Number(c, 1), Number(c, 2), Flag(c, 3)));
+             return Hexadecimal(g_library.launchBrowser(Number(c, 1), Number(c, 2), Flag(c, 3)));
          }},
         {"activate",
-         [](const Fields& c) { return Show(g_library.launchByManager(Text(c, 1).Get(), Text(c, 2).Get())); }},
+         [](const Fields& c) {
+             return Hexadecimal(g_library.launchByManager(Text(c, 1).Get(), Text(c, 2).Get()));
+         }},
         {"installed", [](const Fields& c) { return AskWhetherInstalled(g_library.isInstalled, c); }},
         {"installed-by-id",
          [](const Fields& c) { return AskWhetherInstalled(g_library.isInstalledById, c); }},
         {"display-name", AskForDisplayName},
         {"release", Release},
-        {"cycles", [](const Fields& c) { return Show(RunCycles(Number(c, 1))); }},
-        {"searches", [](const Fields& c) { return Show(RunSearches(Number(c, 1), Text(c, 2).Get())); }},
+        {"cycles", [](const Fields& c) { return Hexadecimal(RunCycles(Number(c, 1))); }},
+        {"searches",
+         [](const Fields& c) { return Hexadecimal(RunSearches(Number(c, 1), Text(c, 2).Get())); }},
     };
     const auto answer = s_answers.find(command[0]);
     return answer == s_answers.end() ? "error\tunknown command" : answer->second(command);

@@ -1,7 +1,7 @@
 #include "support/host/OwnPane.h"
 
 #include "standin/Names.h"
-#include "standin/platform/ImportPatch.h"
+#include "support/host/Patch.h"
 
 #include <cwchar>
 #include <stdexcept>
@@ -81,13 +81,6 @@ void ShowStartScreen()
                                                  0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     if (!s_window) {
         throw std::runtime_error("no Start screen");
-    }
-}
-
-template <typename Function> void Patch(HMODULE library, const char* name, Function replacement)
-{
-    if (!standin::PatchImport(library, {nullptr, name, reinterpret_cast<void*>(replacement)})) {
-        throw std::runtime_error(std::string("the library does not import ") + name);
     }
 }
 

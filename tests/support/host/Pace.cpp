@@ -1,11 +1,9 @@
 #include "support/host/Pace.h"
 
-#include "standin/platform/ImportPatch.h"
+#include "support/host/Patch.h"
 
 #include <algorithm>
 #include <iterator>
-#include <stdexcept>
-#include <string>
 
 namespace {
 
@@ -43,13 +41,6 @@ DWORD WINAPI Wait(HANDLE object, DWORD milliseconds)
     return result == WAIT_OBJECT_0 + 1 ? WAIT_TIMEOUT : result;
 }
 
-void Patch(HMODULE library, const char* function, void* replacement)
-{
-    if (!standin::PatchImport(library, {nullptr, function, replacement})) {
-        throw std::runtime_error(std::string("the library does not import ") + function);
-    }
-}
-
 } // namespace
 
 namespace host {
@@ -59,8 +50,8 @@ void Pace::Install(HMODULE library)
     if (!g_go) {
         g_go = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     }
-    Patch(library, "Sleep", reinterpret_cast<void*>(&Pause));
-    Patch(library, "WaitForSingleObject", reinterpret_cast<void*>(&Wait));
+    Patch(library, "Sleep", &Pause);
+    Patch(library, "WaitForSingleObject", &Wait);
 }
 
 void Pace::Set(DWORD divisor)

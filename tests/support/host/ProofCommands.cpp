@@ -6,12 +6,13 @@
 #include "support/host/Pace.h"
 #include "support/host/Trouble.h"
 
-#include <cstdio>
 #include <map>
 #include <random>
 #include <stdexcept>
 
 namespace {
+
+using test::Hexadecimal;
 
 using Fields = std::vector<std::string>;
 
@@ -23,18 +24,11 @@ DWORD Number(const Fields& command, std::size_t index)
     return static_cast<DWORD>(std::stoul(command.at(index)));
 }
 
-std::string Show(HRESULT hr)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(hr));
-    return text;
-}
-
 std::string Query(const std::wstring& name)
 {
     const host::NoPauses noPauses;
     const HRESULT hr = g_library->launchBySearch(name.c_str(), QANH_SEARCH_LAUNCH, TRUE);
-    return hr == S_OK ? test::ToUtf8(host::OwnPane::Query()) : Show(hr);
+    return hr == S_OK ? test::ToUtf8(host::OwnPane::Query()) : Hexadecimal(hr);
 }
 
 // QanhIsInstalled's answer and the display name.
@@ -42,10 +36,10 @@ std::string AboutPackage(const std::wstring& family)
 {
     BOOL isInstalled = 7;
     wchar_t* name = nullptr;
-    std::string text = Show(g_library->isInstalled(family.c_str(), &isInstalled));
+    std::string text = Hexadecimal(g_library->isInstalled(family.c_str(), &isInstalled));
     text += isInstalled == 7 ? " 7" : isInstalled ? " 1" : " 0";
     text += '\t';
-    text += Show(g_library->getDisplayName(family.c_str(), &name));
+    text += Hexadecimal(g_library->getDisplayName(family.c_str(), &name));
     if (name) {
         text += ' ';
         text += test::ToUtf8(name);
@@ -80,10 +74,10 @@ std::string Launches(const Fields& command)
         const HRESULT hr = mode < 3 ? g_library->launchBySearch(name.c_str(), mode, TRUE)
                                     : g_library->launchBrowser(QANH_TILE_DESKTOP, QANH_SEARCH_LAUNCH, TRUE);
         if (hr != S_OK) {
-            return Show(hr);
+            return Hexadecimal(hr);
         }
     }
-    return Show(S_OK);
+    return Hexadecimal(S_OK);
 }
 
 std::string LaunchIntoStubbornPane(const Fields& command)
@@ -92,7 +86,7 @@ std::string LaunchIntoStubbornPane(const Fields& command)
     host::OwnPane::Stay(Number(command, 1));
     const std::wstring name = test::FromUtf8(command.at(2));
     const HRESULT hr = g_library->launchBySearch(name.c_str(), QANH_SEARCH_LAUNCH, TRUE);
-    return Show(hr) + "\t" + std::to_string(host::NoPauses::Total());
+    return Hexadecimal(hr) + "\t" + std::to_string(host::NoPauses::Total());
 }
 
 std::string InitializeAt(const Fields& command)
@@ -104,7 +98,7 @@ std::string InitializeAt(const Fields& command)
     CloseHandle(start);
     const ULONGLONG begin = GetTickCount64();
     const HRESULT hr = g_library->initialize();
-    return Show(hr) + "\t" + std::to_string(GetTickCount64() - begin);
+    return Hexadecimal(hr) + "\t" + std::to_string(GetTickCount64() - begin);
 }
 
 std::string ComeAndGo(const Fields& command)
@@ -116,7 +110,7 @@ std::string ComeAndGo(const Fields& command)
     std::string lines;
     for (DWORD count = Number(command, 1); count > 0; --count) {
         const HRESULT hr = g_library->initialize();
-        lines += Show(hr);
+        lines += Hexadecimal(hr);
         if (SUCCEEDED(hr)) {
             lines += "\t";
             lines += Query(name);
@@ -143,12 +137,12 @@ std::string LoadRepeatedly(host::Library& library, const Fields& command)
         }
         if (Number(command, 2) != 0) {
             if (const HRESULT hr = library.initialize(); hr != S_OK) {
-                return Show(hr);
+                return Hexadecimal(hr);
             }
             library.finalize();
         }
     }
-    return Show(S_OK);
+    return Hexadecimal(S_OK);
 }
 
 } // namespace

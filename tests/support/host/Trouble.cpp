@@ -1,6 +1,6 @@
 #include "support/host/Trouble.h"
 
-#include "standin/platform/ImportPatch.h"
+#include "support/host/Patch.h"
 
 #include <shlwapi.h>
 
@@ -68,13 +68,6 @@ DWORD WINAPI Crash(void*)
 {
     RaiseException(static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), EXCEPTION_NONCONTINUABLE, 0, nullptr);
     return 0;
-}
-
-template <typename Function> void Patch(HMODULE library, const char* name, Function replacement)
-{
-    if (!standin::PatchImport(library, {nullptr, name, reinterpret_cast<void*>(replacement)})) {
-        throw std::runtime_error(std::string("the library does not import ") + name);
-    }
 }
 
 } // namespace

@@ -69,7 +69,7 @@ protected:
 
 private:
     // The runtime yields with pauses of 0 where a test starts a thread.
-    const SleepWatch m_sleep{[this](DWORD milliseconds) {
+    const FakeSleep m_sleep{[this](DWORD milliseconds) {
         if (milliseconds != 0) {
             m_objects.Note("Sleep " + std::to_string(milliseconds));
         }
@@ -78,9 +78,7 @@ private:
         "CoInitialize", [this](void* reserved) {
             EXPECT_EQ(reserved, nullptr);
             const HRESULT hr = FAILED(m_refusal) ? m_refusal : m_initialize.Original(reserved);
-            char event[64];
-            wsprintfA(event, "CoInitialize = 0x%08X", static_cast<unsigned>(hr));
-            m_objects.Note(event);
+            m_objects.NoteResult("CoInitialize", hr);
             return hr;
         }};
     const CapturingPatch<decltype(&CoUninitialize)> m_uninitialize{
@@ -94,12 +92,9 @@ private:
             const bool isAsked = IsEqualGUID(classId, kClass) && !outer && context == 1 &&
                                  IsEqualGUID(interfaceId, kInterface);
             const HRESULT hr =
-                m_objects.Enter(nullptr, "CoCreateInstance", isAsked ? L"" : L" of something else");
+                m_objects.EnterMaker("CoCreateInstance", isAsked ? L"" : L" of something else");
             if (FAILED(hr)) {
                 return hr;
-            }
-            if (ApartmentOfThread() == Apartment::kNone) {
-                return CO_E_NOTINITIALIZED;
             }
             m_manager->AddRef();
             *object = static_cast<IApplicationActivationManager*>(m_manager);

@@ -7,8 +7,6 @@
 
 #include <roapi.h>
 
-#include <cstdio>
-
 namespace {
 
 using namespace test;
@@ -60,10 +58,7 @@ void PrintTo(const Refusal& refusal, std::ostream* stream)
 
 std::string DisplayNameEntry(const char* name, const void* pointer)
 {
-    char line[128];
-    std::snprintf(line, sizeof line, "QanhGetAppDisplayNameByPFN(%s, 0x%08X)", name,
-                  static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(pointer)));
-    return line;
+    return std::string("QanhGetAppDisplayNameByPFN(") + name + ", " + Hexadecimal(pointer) + ")";
 }
 
 const Refusal kRefusals[] = {

@@ -7,6 +7,7 @@
 #include "support/FakeShell.h"
 #include "support/Registry.h"
 #include "support/Test.h"
+#include "support/TileLines.h"
 
 namespace {
 
@@ -60,20 +61,6 @@ protected:
         EXPECT_EQ(m_log.Lines(), Call("QanhLaunchIEBySearch(" + std::to_string(tileMode) + ", 0, 0)",
                                       "(0x80004005)", before + kLaunch + after));
     }
-    static Lines ReadLines(int value)
-    {
-        return Call("CQanhReg::GetCurrentTileImmersiveActivation",
-                    "(*pdwTileImmersiveActivation = " + std::to_string(value) + ")");
-    }
-    static Lines SetLines(int value, const std::string& result = "")
-    {
-        return Call("CQanhReg::SetCurrentTileImmersiveActivation(" + std::to_string(value) + ")", result);
-    }
-    static Lines DeleteLines(const std::string& result = "")
-    {
-        return Call("CQanhReg::DeleteTileImmersiveActivation", result);
-    }
-
     const Lines kLaunch =
         Call("QanhLaunchBySearch(Internet Explorer, 0, 0)", "(SwitchToStartScreen : ret=0x80004005)",
              Lines{"QanhLaunchBySearch szKeyword = \"Internet Explorer\" "} +
@@ -123,9 +110,9 @@ TEST_P(BrowserTile, IsLoggedStepByStep)
 {
     const int stored = static_cast<int>(GetParam().stored.value_or(1));
     const int forced = static_cast<int>(GetParam().tileMode);
-    ExpectLog(GetParam().tileMode, ReadLines(stored) + (GetParam().isSet ? SetLines(forced) : Lines()),
-              GetParam().isDeleted ? DeleteLines()
-              : GetParam().isSet   ? SetLines(stored)
+    ExpectLog(GetParam().tileMode, GetTileLines(stored) + (GetParam().isSet ? SetTileLines(forced) : Lines()),
+              GetParam().isDeleted ? DeleteTileLines()
+              : GetParam().isSet   ? SetTileLines(stored)
                                    : Lines());
 }
 
@@ -150,8 +137,8 @@ TEST_F(BrowserLaunch, NeverMakesTheKey)
 {
     m_key.Delete();
     for (const DWORD tileMode : {0u, 1u, 2u}) {
-        ExpectLog(tileMode, ReadLines(1) + (tileMode == 0 ? SetLines(0, "(0)") : Lines()),
-                  DeleteLines("(0)"));
+        ExpectLog(tileMode, GetTileLines(1) + (tileMode == 0 ? SetTileLines(0, "(0)") : Lines()),
+                  DeleteTileLines("(0)"));
         EXPECT_FALSE(m_key.Exists());
     }
 }
@@ -203,7 +190,7 @@ TEST_F(BrowserLaunch, WithAValueOfAnotherTypeOnlyLaunches)
     // The number is what the four bytes come to.
     m_key.SetText(kTile, L"1");
     for (const DWORD tileMode : {0u, 1u, 2u}) {
-        ExpectLog(tileMode, ReadLines(49));
+        ExpectLog(tileMode, GetTileLines(49));
     }
 }
 
@@ -224,7 +211,7 @@ TEST_F(BrowserLaunch, WithoutAnAnswerOnlyLaunches)
     for (const LSTATUS status : {ERROR_ACCESS_DENIED, ERROR_PATH_NOT_FOUND, ERROR_KEY_DELETED}) {
         for (const DWORD tileMode : {0u, 1u, 2u}) {
             const CapturingPatch<decltype(&RegOpenKeyExW)> patch("RegOpenKeyExW", Answer(status));
-            ExpectLog(tileMode, ReadLines(1));
+            ExpectLog(tileMode, GetTileLines(1));
         }
     }
     EXPECT_EQ(m_key.Dword(kTile), 0u);
@@ -236,7 +223,7 @@ TEST_F(BrowserLaunch, WithAQueryThatFailsOnlyLaunches)
     {
         const CapturingPatch<decltype(&RegQueryValueExW)> patch("RegQueryValueExW",
                                                                 Answer(ERROR_ACCESS_DENIED));
-        ExpectLog(0, ReadLines(1));
+        ExpectLog(0, GetTileLines(1));
     }
     EXPECT_EQ(m_key.Dword(kTile), 0u);
 }
@@ -251,7 +238,7 @@ TEST_F(BrowserLaunch, WithoutTheRightToWriteLaunchesAllTheSame)
                 return access == KEY_WRITE ? ERROR_ACCESS_DENIED
                                            : patch.Original(key, path, options, access, result);
             });
-        ExpectLog(0, ReadLines(1) + SetLines(0, "(0)"), SetLines(1, "(0)"));
+        ExpectLog(0, GetTileLines(1) + SetTileLines(0, "(0)"), SetTileLines(1, "(0)"));
     }
     EXPECT_EQ(m_key.Dword(kTile), 1u);
 }
@@ -262,7 +249,7 @@ TEST_F(BrowserLaunch, PutsBackAlsoWhereSettingFailed)
     m_key.SetDword(kTile, 7);
     {
         const CapturingPatch<decltype(&RegSetValueExW)> patch("RegSetValueExW", Answer(ERROR_ACCESS_DENIED));
-        ExpectLog(1, ReadLines(7) + SetLines(1), SetLines(7));
+        ExpectLog(1, GetTileLines(7) + SetTileLines(1), SetTileLines(7));
     }
     EXPECT_EQ(m_key.Dword(kTile), 7u);
 }
@@ -272,7 +259,7 @@ TEST_F(BrowserLaunch, ReturnsTheResultOfTheLaunchWhenDeletingFails)
     {
         const CapturingPatch<decltype(&RegDeleteValueW)> patch("RegDeleteValueW",
                                                                Answer(ERROR_ACCESS_DENIED));
-        ExpectLog(0, ReadLines(1) + SetLines(0), DeleteLines());
+        ExpectLog(0, GetTileLines(1) + SetTileLines(0), DeleteTileLines());
     }
     EXPECT_EQ(m_key.Dword(kTile), 0u) << "nothing else takes it away";
 }
@@ -331,7 +318,8 @@ TEST_F(BrowserLaunch, ReturnsTheSuccessOfTheLaunch)
     EXPECT_EQ(m_key.Dword(kTile), 1u);
     const Lines lines = m_log.Lines();
     ASSERT_GT(lines.size(), 4u);
-    EXPECT_EQ(Lines(lines.end() - 4, lines.end()), Lines{"QanhLaunchBySearch OUT(0x00000000)"} + SetLines(1) +
+    EXPECT_EQ(Lines(lines.end() - 4, lines.end()), Lines{"QanhLaunchBySearch OUT(0x00000000)"} +
+                                                       SetTileLines(1) +
                                                        Lines{"QanhLaunchIEBySearch OUT(0x00000000)"});
 }
 

@@ -3,6 +3,7 @@
 #include "QanHelper.h"
 #include "api/Statics.h"
 #include "common/DiagnosticLog.h"
+#include "standin/ModulePath.h"
 #include "support/FakeShell.h"
 #include "support/HostExecutable.h"
 #include "support/Registry.h"
@@ -23,8 +24,8 @@ inline DWORD WINAPI WaitForExit(void* manager)
 inline HANDLE WINAPI StartWaiting(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE,
                                   void* argument, DWORD flags, DWORD* id)
 {
-    static const auto s_createThread = reinterpret_cast<decltype(&CreateThread)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateThread")));
+    static const auto s_createThread =
+        standin::FunctionOf<decltype(&CreateThread)>(GetModuleHandleW(L"kernel32.dll"), "CreateThread");
     return s_createThread(security, stack, WaitForExit, argument, flags, id);
 }
 
@@ -56,6 +57,16 @@ inline Lines Outline(const Lines& all)
 inline const Lines kSettingLines =
     Call("CQanhReg::IsDebugLogOn", "(1)", Call("CQanhReg::GetDWORDRegVal", "(1)"));
 
+// The library is down: nothing is left of a start, or of what was started.
+inline void ExpectDown()
+{
+    EXPECT_EQ(s_nCount, 0);
+    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
+    EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
+    EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
+    EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
+}
+
 // A host with a folder of its own, in a session without a shell; "DebugLog" is 1, and the log is off yet.
 class Lifecycle : public ::testing::Test
 {
@@ -77,16 +88,6 @@ protected:
         while (s_nCount > 0) {
             QanhFinalize();
         }
-    }
-
-    // The library is down: nothing is left of a start, or of what was started.
-    static void ExpectDown()
-    {
-        EXPECT_EQ(s_nCount, 0);
-        EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
-        EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
-        EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
-        EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
     }
 
     [[nodiscard]] std::wstring MutexName() const { return L"QanHelper_" + m_hostName; }
@@ -121,7 +122,7 @@ protected:
     }
     void ExpectDown() const
     {
-        Lifecycle::ExpectDown();
+        api_test::ExpectDown();
         EXPECT_EQ(m_shell.visibility->References(), 0);
     }
     // The outline of a start whose package manager has this result, up to there.

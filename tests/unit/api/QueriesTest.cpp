@@ -7,8 +7,6 @@
 #include "support/FakePackages.h"
 #include "support/Test.h"
 
-#include <new>
-
 namespace {
 
 using namespace test;
@@ -257,16 +255,8 @@ TEST_F(Queries, ByIdOfTheSuiteWithoutAnApplicationIsInstalledWithAnyDependency)
 TEST_F(Queries, ByIdWithoutMemoryForTheSplittingIsRaised)
 {
     const wchar_t id[] = L"Microsoft.Office.Desktop_8wekyb3d8bbwe!An application of some length";
-    bool raised = false;
-    {
-        const AllocationWatch watch(0);
-        try {
-            QanhIsInstalledByAppUserModeID(id, &m_isInstalled);
-        } catch (const std::bad_alloc&) {
-            raised = true;
-        }
-    }
-    EXPECT_TRUE(raised);
+    const auto ask = [&] { QanhIsInstalledByAppUserModeID(id, &m_isInstalled); };
+    EXPECT_EQ(TryRaisingWithFailingAllocation(0, ask).result, E_OUTOFMEMORY);
     EXPECT_EQ(m_isInstalled, 7);
 }
 
@@ -308,10 +298,7 @@ TEST_F(DisplayNameExport, HandsOutATextForTheHostToReleaseAndLogsItsFirstLetterT
     const Lines lines = m_log.Lines();
     ASSERT_GT(lines.size(), 3u);
     // The lower half of the out pointer.
-    char out[64];
-    wsprintfA(out, "QanhGetAppDisplayNameByPFN(mail_1, 0x%08X) IN",
-              static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(&m_name)));
-    EXPECT_EQ(lines[0], out);
+    EXPECT_EQ(lines[0], "QanhGetAppDisplayNameByPFN(mail_1, " + Hexadecimal(&m_name) + ") IN");
     EXPECT_TRUE(lines[1].starts_with("CQanhPackageManager::GetAppDisplayNameByPFN(mail_1, 0x"));
     EXPECT_EQ(lines[lines.size() - 2],
               "CQanhPackageManager::GetAppDisplayNameByPFN OUT(0x00000000) DisplayName = w");

@@ -131,7 +131,7 @@ private:
 
     bool m_isPane = false;
     ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
-    const SleepWatch m_sleep{
+    const FakeSleep m_sleep{
         [this](DWORD milliseconds) { journal.push_back("sleep " + std::to_string(milliseconds)); }};
     const CapturingPatch<decltype(&SendInput)> m_send{"SendInput",
                                                       [this](UINT count, INPUT* input, int size) {

@@ -1,10 +1,7 @@
 #include "api/Statics.h"
 
-#include "QanHelper.h"
 #include "catalog/ExcludeList.h"
-#include "support/FakeShell.h"
-
-#include "support/Test.h"
+#include "unit/api/LifecycleHost.h"
 
 #include <cstdlib>
 #include <memory>
@@ -14,11 +11,7 @@ namespace {
 
 TEST(Statics, AreDownUntilTheyAreInitialized)
 {
-    EXPECT_EQ(s_nCount, 0);
-    EXPECT_EQ(s_MonitorMode.m_pImmersiveMode, nullptr);
-    EXPECT_EQ(s_PackageManager.m_hExitEvent, nullptr);
-    EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
-    EXPECT_EQ(CQanhPackageManager::m_hInstanceMutex, nullptr);
+    api_test::ExpectDown();
 }
 
 TEST(Statics, CatalogueIsEmptyAndUsableBeforeInitialization)

@@ -2,28 +2,16 @@
 // the same answers after anything that changes the records.
 
 #include "catalog/AppNameList.h"
-#include "catalog/ExcludeList.h"
 #include "common/DiagnosticLog.h"
-#include "support/Allocations.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
-
-#include <windows.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cwchar>
-#include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace {
+
+using namespace test;
 
 std::unique_ptr<CQanhPackage> Package(const std::wstring& familyName)
 {
@@ -99,12 +87,12 @@ protected:
         return answers;
     }
 
-    test::TemporaryFolder m_folder;
+    TemporaryFolder m_folder;
 
 private:
     std::wstring Any(std::vector<std::wstring> texts) { return texts[Below(texts.size())]; }
 
-    test::LogCapture m_log; // where the lines go
+    LogCapture m_log; // where the lines go
     std::mt19937 m_random{1};
 };
 
@@ -149,7 +137,7 @@ TEST_F(AppNameListIndex, KnowsThePackageOfAFileBeforeALaterOneOfItsName)
     CQanhAppNameList list;
     DiagnosticLog::SetEnabled(false);
     const std::wstring file = m_folder / L"packages.xml";
-    test::WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/><Package PackageFamilyName='b_1'/></r>");
+    WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/><Package PackageFamilyName='b_1'/></r>");
     ASSERT_EQ(list.Load(file.c_str()), S_FALSE);
     auto later = Package(L"a_1");
     const CQanhPackage* pLater = later.get();
@@ -164,14 +152,14 @@ TEST_F(AppNameListIndex, AnswersWhenThereIsNoMemoryForTheIndexOfAFile)
 {
     DiagnosticLog::SetEnabled(false);
     const std::wstring file = m_folder / L"records.xml";
-    test::WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/><DesktopApps>"
-                               "<DesktopApp LnkFileName='C:\\a.lnk'/></DesktopApps></r>");
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+    WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/><DesktopApps>"
+                         "<DesktopApp LnkFileName='C:\\a.lnk'/></DesktopApps></r>");
+    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
         CQanhAppNameList list;
         EXPECT_EQ(list.Load(file.c_str()), S_FALSE);
         BOOL hasShortcut = FALSE;
         const CQanhPackage* package = nullptr;
-        const test::Attempt attempt = test::TryWithFailingAllocation(index, [&] {
+        const Attempt attempt = TryWithFailingAllocation(index, [&] {
             hasShortcut = list.IsInDesktopAppList(L"c:\\A.LNK");
             package = list.GetPackage(L"a_1");
             return S_OK;
@@ -205,13 +193,13 @@ TEST_F(AppNameListIndex, KnowsNothingOfARecordThatFoundNoMemory)
     // With some numbers of records the index has to grow.
     std::size_t mostFailures = 0;
     for (std::size_t records = 0; records < 20; ++records) {
-        const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+        const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
             CQanhAppNameList list;
             for (std::size_t i = 0; i < records; ++i) {
                 EXPECT_EQ(list.AddDesktopApp(L"name", (L"C:\\" + std::to_wstring(i)).c_str()), S_OK);
             }
-            const test::Attempt attempt = test::TryWithFailingAllocation(
-                index, [&] { return list.AddDesktopApp(L"name", L"C:\\a.lnk"); });
+            const Attempt attempt =
+                TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"name", L"C:\\a.lnk"); });
             EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
             EXPECT_EQ(list.IsInDesktopAppList(L"C:\\a.lnk"), attempt.failed ? FALSE : TRUE);
             EXPECT_EQ(list.DesktopShortcuts().size(), attempt.failed ? records : records + 1);
@@ -230,11 +218,11 @@ TEST_F(AppNameListIndex, KnowsNothingOfARecordThatFoundNoMemory)
 TEST_F(AppNameListIndex, KnowsNothingOfAPackageThatFoundNoMemory)
 {
     DiagnosticLog::SetEnabled(false);
-    const std::size_t failures = test::ForEachFailingAllocation([&](std::size_t index) {
+    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
         CQanhAppNameList list;
         auto package = Package(L"a_1");
-        const test::Attempt attempt =
-            test::TryWithFailingAllocation(index, [&] { return list.AddMetroPackage(std::move(package)); });
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [&] { return list.AddMetroPackage(std::move(package)); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(list.GetPackage(L"a_1") == nullptr, attempt.failed);
         EXPECT_EQ(list.PackageFamilyNames().size(), attempt.failed ? 0u : 1u);
@@ -257,12 +245,12 @@ TEST(ExcludeListSet, ListsTheNamesThatAWalkThroughThemDoesNotFind)
         const bool isListed = std::any_of(expected.begin(), expected.end(), [&](const std::wstring& entry) {
             return _wcsicmp(entry.c_str(), name.c_str()) == 0;
         });
-        ASSERT_EQ(list.AddUnique(name.c_str()), isListed ? S_FALSE : S_OK) << test::ToUtf8(name);
+        ASSERT_EQ(list.AddUnique(name.c_str()), isListed ? S_FALSE : S_OK) << ToUtf8(name);
         if (!isListed) {
             expected.push_back(name);
         }
     }
-    EXPECT_EQ(test::Names(list), expected);
+    EXPECT_EQ(Names(list), expected);
 }
 
 } // namespace

@@ -266,6 +266,15 @@ TEST_F(AppNameListWriter, WritesTheOtherRecordsWhenOneFails)
                  L"LnkFileName=e", L"end", L"end", L"flush"});
 }
 
+// A list whose element cannot be begun has neither records nor an end; the other list is still written.
+TEST_F(AppNameListWriter, WritesTheOtherListWhenOneFails)
+{
+    ExpectCalls(4, S_OK,
+                {L"output", L"property 1=1", L"start document 0", L"start Applications", L"start MetroApps",
+                 L"start DesktopApps", L"start DesktopApp", L"DisplayName=d", L"LnkFileName=e", L"end",
+                 L"end", L"flush"});
+}
+
 TEST_F(AppNameListWriter, ReturnsTheFailureToMakeAWriter)
 {
     using Create = HRESULT(WINAPI*)(REFIID, void**, IMalloc*);

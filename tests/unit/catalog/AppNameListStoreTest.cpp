@@ -88,9 +88,7 @@ TEST_F(AppNameListStore, ANewOneWithUnresolvedNamesIsAddedWithTheReferences)
 TEST_F(AppNameListStore, ResourcesAreThoseOfThePackage)
 {
     WriteManifest({"ms-resource:Name"});
-    m_resources
-        .texts[L"@{Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe?ms-resource://Contoso.Mail/resources/name}"] =
-        L"Post";
+    m_resources.texts[kNameSource] = L"Post";
     EXPECT_EQ(Add(), S_OK);
     EXPECT_THAT(DisplayNames(), ElementsAre(L"Post"));
 }

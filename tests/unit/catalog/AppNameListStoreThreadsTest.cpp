@@ -28,9 +28,7 @@ TEST_F(AppNameListStore, ALaunchSeesTheOldNamesUntilTheNewOnesAreComplete)
     Add();
     WriteManifest({"App B", "ms-resource:Name", "App D"});
     m_package->facts.version.Major = 2;
-    m_resources
-        .texts[L"@{Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe?ms-resource://Contoso.Mail/resources/name}"] =
-        L"app Y";
+    m_resources.texts[kNameSource] = L"app Y";
     std::vector<std::vector<std::wstring>> meanwhile;
     m_resources.onLoad = [&] { meanwhile.push_back(Excluded()); };
     EXPECT_EQ(Add(), S_FALSE);

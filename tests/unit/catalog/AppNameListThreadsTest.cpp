@@ -3,30 +3,16 @@
 
 #include "catalog/AppNameList.h"
 
-#include "catalog/ExcludeList.h"
 #include "support/LockWatch.h"
-#include "unit/catalog/CatalogFile.h"
 #include "unit/catalog/Records.h"
 #include "unit/catalog/WriterProbe.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <functional>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
-using test::PackageProbe;
-using test::RecordProbe;
-using testing::AnyOf;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
+using namespace test;
 
 constexpr std::size_t kRecords = 60;
 constexpr int kEnough = 50; // looks
@@ -36,7 +22,7 @@ std::vector<std::wstring> Excluded(const CQanhAppNameList& list)
     ExcludeList excluded;
     BOOL found = FALSE;
     EXPECT_EQ(list.GetExcludeAppNameList(L"mail", &excluded, &found), S_OK);
-    return test::Names(excluded);
+    return Names(excluded);
 }
 
 std::unique_ptr<CQanhPackage> Package(const std::wstring& name, const std::vector<std::wstring>& apps)
@@ -70,6 +56,21 @@ template <typename Change, typename Look> void LookBesides(Change change, Look l
     EXPECT_GE(looks[1], kEnough);
 }
 
+// Sets the states of all records: a launch asks all of them or none.
+template <typename Set> void ExpectAllOrNone(const CQanhAppNameList& list, Set set)
+{
+    LookBesides(
+        [&] {
+            set(std::vector<BOOL>(kRecords, FALSE));
+            set(std::vector<BOOL>(kRecords, TRUE));
+        },
+        [&] {
+            const std::size_t names = Excluded(list).size();
+            EXPECT_THAT(names, AnyOf(0u, kRecords));
+            return names > 0;
+        });
+}
+
 TEST(AppNameListThreads, FlagsOfDesktopAppsChangeAllAtOnce)
 {
     CQanhAppNameList list;
@@ -77,16 +78,7 @@ TEST(AppNameListThreads, FlagsOfDesktopAppsChangeAllAtOnce)
         const std::wstring name = L"mail " + std::to_wstring(i);
         ASSERT_EQ(list.AddDesktopApp(name.c_str(), name.c_str()), S_OK);
     }
-    LookBesides(
-        [&] {
-            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
-            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
-        },
-        [&] {
-            const std::size_t names = Excluded(list).size();
-            EXPECT_THAT(names, AnyOf(0u, kRecords));
-            return names > 0;
-        });
+    ExpectAllOrNone(list, [&](const std::vector<BOOL>& states) { list.SetDesktopAppsInstalled(states); });
 }
 
 TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
@@ -96,16 +88,7 @@ TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
         const std::wstring name = L"mail " + std::to_wstring(i);
         ASSERT_EQ(list.AddMetroPackage(Package(name, {name})), S_OK);
     }
-    LookBesides(
-        [&] {
-            list.SetPackagesInstalled(std::vector<BOOL>(kRecords, FALSE));
-            list.SetPackagesInstalled(std::vector<BOOL>(kRecords, TRUE));
-        },
-        [&] {
-            const std::size_t names = Excluded(list).size();
-            EXPECT_THAT(names, AnyOf(0u, kRecords));
-            return names > 0;
-        });
+    ExpectAllOrNone(list, [&](const std::vector<BOOL>& states) { list.SetPackagesInstalled(states); });
 }
 
 TEST(AppNameListThreads, ASavedFileHoldsOneState)
@@ -115,15 +98,15 @@ TEST(AppNameListThreads, ASavedFileHoldsOneState)
         const std::wstring name = std::to_wstring(i);
         ASSERT_EQ(list.AddDesktopApp(name.c_str(), name.c_str()), S_OK);
     }
-    const std::string all = test::SavedText(list);
-    const std::string none = test::Document({"  <MetroApps />", "  <DesktopApps />"});
+    const std::string all = SavedText(list);
+    const std::string none = Document({"  <MetroApps />", "  <DesktopApps />"});
     LookBesides(
         [&] {
             list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
             list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
         },
         [&] {
-            const std::string saved = test::SavedText(list);
+            const std::string saved = SavedText(list);
             EXPECT_THAT(saved, AnyOf(none, all));
             return saved == all;
         });
@@ -226,7 +209,7 @@ protected:
 
 TEST_P(AppNameListChange, WaitsForALaunchAndIsSeenByTheNext)
 {
-    const test::LockWatch locks;
+    const LockWatch locks;
     std::thread changing;
     bool isFirstLaunch = true;
     m_app->onAsked = [&] {
@@ -245,7 +228,7 @@ TEST_P(AppNameListChange, IsSeenAsAWhole)
 {
     std::vector<std::vector<std::wstring>> seen;
     {
-        const test::AfterEachChange watch([&] { seen.push_back(Excluded(m_list)); });
+        const AfterEachChange watch([&] { seen.push_back(Excluded(m_list)); });
         GetParam().make(m_list);
     }
     EXPECT_THAT(seen, ElementsAre(GetParam().after));
@@ -275,7 +258,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(AppNameListThreads, ALaunchWaitsForAChangeAndSeesAllOfIt)
 {
-    const test::LockWatch locks;
+    const LockWatch locks;
     CQanhAppNameList list;
     std::thread launch;
     std::vector<std::wstring> names = {L"not asked"};
@@ -296,9 +279,9 @@ TEST(AppNameListThreads, SavingLetsLaunchesAskButHoldsChangesBack)
 {
     CQanhAppNameList list;
     ASSERT_EQ(list.AddDesktopApp(L"my mail", L"C:\\a.lnk"), S_OK);
-    const test::TemporaryFolder folder;
-    const test::LockWatch locks;
-    test::WriterProbe writer;
+    const TemporaryFolder folder;
+    const LockWatch locks;
+    WriterProbe writer;
     std::vector<std::wstring> names;
     std::thread changing;
     writer.onCall = [&](const std::wstring& call) {
@@ -312,7 +295,7 @@ TEST(AppNameListThreads, SavingLetsLaunchesAskButHoldsChangesBack)
         EXPECT_TRUE(locks.WaitForBlocked());
     };
     {
-        const test::WriterInstead patch(&writer);
+        const WriterInstead patch(&writer);
         EXPECT_EQ(list.Save((folder / L"a.xml").c_str()), S_OK);
     }
     changing.join();

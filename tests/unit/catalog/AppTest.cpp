@@ -158,6 +158,14 @@ TEST(IsSubStrNoOrder, TakesLongTexts)
     EXPECT_EQ(Contains((word + L"a").c_str(), word.c_str()), 0);
 }
 
+TEST(IsSubStrNoOrder, FindsNullInNothingAndNothingInIt)
+{
+    EXPECT_EQ(Contains(nullptr, L"mail"), FALSE);
+    EXPECT_EQ(Contains(L"mail", nullptr), FALSE);
+    EXPECT_EQ(Contains(nullptr, nullptr), FALSE);
+    EXPECT_EQ(Contains(L"mail", L"mail"), TRUE);
+}
+
 TEST(IsSubStrNoOrder, LogsItsArgumentsAndItsAnswer)
 {
     const LogCapture log;

@@ -94,16 +94,8 @@ TEST_F(OwnedListTest, StaysAsItWasWhenMemoryRunsOut)
     list.Append(Probe(L"a"));
     m_events.reserve(10);
     auto element = Probe(L"b");
-    bool thrown = false;
-    {
-        const AllocationWatch watch(0);
-        try {
-            list.Append(std::move(element));
-        } catch (const std::bad_alloc&) {
-            thrown = true;
-        }
-    }
-    EXPECT_TRUE(thrown);
+    EXPECT_EQ(TryRaisingWithFailingAllocation(0, [&] { list.Append(std::move(element)); }).result,
+              E_OUTOFMEMORY);
     EXPECT_THAT(DisplayNames(list), ElementsAre(L"a"));
     element.reset();
     EXPECT_THAT(m_events, ElementsAre(L"deleted b"));

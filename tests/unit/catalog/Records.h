@@ -173,8 +173,8 @@ private:
     }
     static void Free(void* block)
     {
-        static const auto s_free = reinterpret_cast<void (*)(void*)>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "free")));
+        static const auto s_free =
+            standin::FunctionOf<void (*)(void*)>(GetModuleHandleW(L"msvcrt.dll"), "free");
         if (block == s_copy) {
             ++s_freed;
         } else {

@@ -1,19 +1,13 @@
 #include "catalog/WantedName.h"
 
-#include "catalog/DesktopApp.h"
-#include "support/Allocations.h"
-#include "support/Text.h"
 #include "unit/catalog/Records.h"
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
 
 #include <optional>
 #include <random>
-#include <string>
 
 namespace {
+
+using namespace test;
 
 TEST(WantedName, IsALowerCaseCopyOfItsText)
 {
@@ -34,16 +28,16 @@ TEST(WantedName, TakesNullAndAnEmptyText)
 TEST(WantedName, ReportsThatItCannotBeMadeReady)
 {
     {
-        const test::NoCopies noCopies;
+        const NoCopies noCopies;
         EXPECT_EQ(WantedName(L"mail").Result(), E_OUTOFMEMORY);
     }
     {
-        const test::NoLowering noLowering;
+        const NoLowering noLowering;
         EXPECT_EQ(WantedName(L"mail").Result(), E_FAIL);
     }
-    const std::size_t failures = test::ForEachFailingAllocation([](std::size_t index) {
-        const test::Attempt attempt =
-            test::TryWithFailingAllocation(index, [] { return WantedName(L"a b c d e").Result(); });
+    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
+        const Attempt attempt =
+            TryWithFailingAllocation(index, [] { return WantedName(L"a b c d e").Result(); });
         EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
         EXPECT_EQ(attempt.left, 0u);
         return attempt.failed;
@@ -53,7 +47,7 @@ TEST(WantedName, ReportsThatItCannotBeMadeReady)
 
 TEST(WantedName, FreesItsCopy)
 {
-    const test::CopyWatch copies;
+    const CopyWatch copies;
     std::optional<WantedName> name(std::in_place, L"Mail");
     EXPECT_NE(copies.Freed(), L"mail");
     name.reset();
@@ -91,7 +85,7 @@ TEST(WantedName, IsInWhatIsSubStrNoOrderFindsItIn)
         const WantedName name(part.c_str());
         const bool isIn = name.IsIn(whole);
         ASSERT_EQ(isIn, app.IsSubStrNoOrder(name.Lower().data(), whole.c_str()) == 1)
-            << test::ToUtf8(part) << " in " << test::ToUtf8(whole);
+            << ToUtf8(part) << " in " << ToUtf8(whole);
         found += isIn;
     }
     EXPECT_GT(found, 1000);

@@ -1,23 +1,20 @@
 #pragma once
 
+#include "support/Current.h"
 #include "support/Test.h"
 
 namespace test {
 
 // Gives the system another code page, as far as the library can see, until the end of the scope. One at a
 // time.
-class CodePage
+class CodePage : private Current<CodePage>
 {
 public:
     explicit CodePage(UINT codePage)
         : m_getCodePage("GetACP", []() -> UINT { return s_current->m_codePage; }),
           m_convert("WideCharToMultiByte", Convert), m_codePage(codePage)
     {
-        s_current = this;
     }
-    ~CodePage() { s_current = nullptr; }
-    CodePage(const CodePage&) = delete;
-    CodePage& operator=(const CodePage&) = delete;
 
 private:
     static int WINAPI Convert(UINT codePage, DWORD flags, const wchar_t* text, int length, char* bytes,
@@ -32,7 +29,7 @@ private:
                                                text, length, bytes, size, substitute, isSubstituted);
     }
 
-    static inline CodePage* s_current = nullptr;
+    friend Current<CodePage>;
     ImportPatch<decltype(&GetACP)> m_getCodePage;
     ImportPatch<decltype(&WideCharToMultiByte)> m_convert;
     UINT m_codePage;

@@ -4,8 +4,6 @@
 
 #include "support/Test.h"
 
-#include <new>
-
 namespace {
 
 TEST(FormatText, ArgumentsTakeTheirPlacesInOrder)
@@ -38,16 +36,8 @@ TEST(FormatText, ArgumentsMayBeOfAnyLength)
 TEST(FormatText, WithoutMemoryIsRaised)
 {
     const std::wstring longText(1000, L'x');
-    bool raised = false;
-    {
-        const test::AllocationWatch watch(0);
-        try {
-            (void)FormatText(L"%s", {longText});
-        } catch (const std::bad_alloc&) {
-            raised = true;
-        }
-    }
-    EXPECT_TRUE(raised);
+    const auto format = [&] { (void)FormatText(L"%s", {longText}); };
+    EXPECT_EQ(test::TryRaisingWithFailingAllocation(0, format).result, E_OUTOFMEMORY);
 }
 
 TEST(LowerCase, ChangesNothingButLatinLetters)

@@ -279,6 +279,31 @@ TEST(NarrowFormat, MessageThatDoesNotFitIsGivenToTheCRuntime)
     EXPECT_THAT(g_lengths, ::testing::ElementsAre(1024u, 1024u)); // too long for it, by one
 }
 
+// The platform may leave anything in a buffer that is too small, zeros too: the message must not end there
+// and pass for a short one.
+TEST(NarrowFormat, TextWithoutRoomIsTooLongWhateverTheConversionLeft)
+{
+    const ImportPatch<decltype(&WideCharToMultiByte)> convert(
+        "WideCharToMultiByte",
+        [](UINT, DWORD, const wchar_t*, int, char* bytes, int size, const char*, BOOL*) -> int {
+            std::memset(bytes, 0, static_cast<std::size_t>(size));
+            SetLastError(ERROR_INSUFFICIENT_BUFFER);
+            return 0;
+        });
+    g_lengths.clear();
+    const ImportPatch<decltype(&GiveToCRuntime)> patch("_sprintf_s_l", GiveToCRuntime);
+    EXPECT_EQ(Format("ab%S", L"x"), "");
+    EXPECT_THAT(g_lengths, ::testing::ElementsAre(1024u)); // too long, by one
+}
+
+// What it would convert is not there, so nothing is read for it.
+TEST(NarrowFormat, FormatThatEndsWithinAConversionEndsBeforeIt)
+{
+    for (const char* format : {"ab%", "ab%08", "ab%-"}) {
+        EXPECT_EQ(Format(format), "ab") << format;
+    }
+}
+
 TEST(NarrowFormat, SmallerBufferIsKeptToo)
 {
     const InvalidParameterHandler handler;

@@ -3,6 +3,7 @@
 #include "common/Reg.h"
 
 #include "support/Registry.h"
+#include "support/TileLines.h"
 #include "unit/common/RegCalls.h"
 
 namespace {
@@ -18,20 +19,6 @@ class RegBrowser : public ::testing::Test
 {
 protected:
     LSTATUS Get() { return CQanhReg::GetCurrentTileImmersiveActivation(&m_value, &m_type); }
-
-    static Lines GetLines(int value)
-    {
-        return Call("CQanhReg::GetCurrentTileImmersiveActivation",
-                    "(*pdwTileImmersiveActivation = " + std::to_string(value) + ")");
-    }
-    static Lines SetLines(int value, const std::string& result = "")
-    {
-        return Call("CQanhReg::SetCurrentTileImmersiveActivation(" + std::to_string(value) + ")", result);
-    }
-    static Lines DeleteLines(const std::string& result = "")
-    {
-        return Call("CQanhReg::DeleteTileImmersiveActivation", result);
-    }
 
     ScopedKey m_key{HKEY_CURRENT_USER, kBrowserKey};
     LogCapture m_log;
@@ -53,7 +40,7 @@ TEST_F(RegBrowser, ValueIsRead)
     m_key.SetDword(kValue, 5);
     EXPECT_EQ(CQanhReg::GetCurrentTileImmersiveActivation(&m_value), ERROR_SUCCESS);
     EXPECT_EQ(m_value, 5u);
-    EXPECT_EQ(m_log.Lines(), GetLines(0) + GetLines(5));
+    EXPECT_EQ(m_log.Lines(), GetTileLines(0) + GetTileLines(5));
 }
 
 TEST_F(RegBrowser, AbsentValueAndAbsentKeyReadAsOne)
@@ -66,7 +53,7 @@ TEST_F(RegBrowser, AbsentValueAndAbsentKeyReadAsOne)
     m_value = 7;
     EXPECT_EQ(Get(), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(m_value, 1u);
-    EXPECT_EQ(m_log.Lines(), GetLines(1));
+    EXPECT_EQ(m_log.Lines(), GetTileLines(1));
 }
 
 TEST_F(RegBrowser, DeniedKeyGivesItsErrorAndOne)
@@ -103,7 +90,7 @@ TEST_F(RegBrowser, ValueIsSetAsADword)
     EXPECT_THAT(m_key.Dword(kValue), Optional(0u));
     EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 1);
     EXPECT_THAT(m_key.Dword(kValue), Optional(1u));
-    EXPECT_EQ(m_log.Lines(), SetLines(0) + SetLines(1));
+    EXPECT_EQ(m_log.Lines(), SetTileLines(0) + SetTileLines(1));
 }
 
 TEST_F(RegBrowser, SettingADeniedValueIsNotLogged)
@@ -115,7 +102,7 @@ TEST_F(RegBrowser, SettingADeniedValueIsNotLogged)
         EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 0);
         EXPECT_EQ(calls.journal, (Lines{kOpenForWriting, kSet, "close"}));
     }
-    EXPECT_EQ(m_log.Lines(), SetLines(1));
+    EXPECT_EQ(m_log.Lines(), SetTileLines(1));
 }
 
 TEST_F(RegBrowser, SettingUnderADeniedKey)
@@ -127,7 +114,7 @@ TEST_F(RegBrowser, SettingUnderADeniedKey)
         EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 0);
         EXPECT_EQ(calls.journal, Lines{kOpenForWriting});
     }
-    EXPECT_EQ(m_log.Lines(), SetLines(1, "(0)"));
+    EXPECT_EQ(m_log.Lines(), SetTileLines(1, "(0)"));
 }
 
 TEST_F(RegBrowser, ValueIsDeletedAndTheKeyStays)
@@ -143,7 +130,7 @@ TEST_F(RegBrowser, ValueIsDeletedAndTheKeyStays)
     EXPECT_FALSE(m_key.HasValue(kValue));
     EXPECT_TRUE(m_key.HasValue(L"Other"));
     EXPECT_EQ(CQanhReg::DeleteTileImmersiveActivation(), 0) << "it is absent";
-    EXPECT_EQ(m_log.Lines(), DeleteLines() + DeleteLines());
+    EXPECT_EQ(m_log.Lines(), DeleteTileLines() + DeleteTileLines());
 }
 
 TEST_F(RegBrowser, SettingAndDeletingMakeNoKey)
@@ -151,7 +138,7 @@ TEST_F(RegBrowser, SettingAndDeletingMakeNoKey)
     EXPECT_EQ(CQanhReg::SetCurrentTileImmersiveActivation(1), 0);
     EXPECT_EQ(CQanhReg::DeleteTileImmersiveActivation(), 0);
     EXPECT_FALSE(m_key.Exists());
-    EXPECT_EQ(m_log.Lines(), SetLines(1, "(0)") + DeleteLines("(0)"));
+    EXPECT_EQ(m_log.Lines(), SetTileLines(1, "(0)") + DeleteTileLines("(0)"));
 }
 
 } // namespace

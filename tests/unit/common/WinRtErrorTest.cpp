@@ -140,4 +140,18 @@ TEST(LogCaught, WhateverElseLeavesWithTheOperationsResultForIt)
                                          "CQanhX::Do OUT(0x80004005)"));
 }
 
+// Any language but "none" would end the look-up where the system has no text in it.
+TEST(WinRtErrorCall, LanguageAndSourceAreTheSystemsOwnChoice)
+{
+    bool isAsItMustBe = false;
+    const CapturingPatch<DWORD(WINAPI*)(DWORD, const void*, DWORD, DWORD, wchar_t*, DWORD, void*)> patch(
+        "FormatMessageW",
+        [&](DWORD, const void* source, DWORD, DWORD language, wchar_t*, DWORD, void* arguments) {
+            isAsItMustBe = !source && language == 0 && !arguments;
+            return 0;
+        });
+    EXPECT_STREQ(WinRtError(E_FAIL).Message(), L"0x80004005");
+    EXPECT_TRUE(isAsItMustBe);
+}
+
 } // namespace

@@ -4,6 +4,8 @@
 
 #include <shlwapi.h>
 
+#include <cwchar>
+
 namespace {
 
 using namespace test;
@@ -160,10 +162,30 @@ TEST_F(Xml, NamesAreWholeAndIgnoreTheCaseOfLatinLetters)
         EXPECT_TRUE(::Xml::NamesEqual(name, L"Package"));
     }
     EXPECT_TRUE(::Xml::NamesEqual(L"", L""));
-    for (const wchar_t* name : {L"Packages", L"Pack", L"", L"Packagf"}) {
+    for (const wchar_t* name : {L"Packages", L"Pack", L"Packag", L"", L"Packagf"}) {
         EXPECT_FALSE(::Xml::NamesEqual(name, L"Package"));
     }
+    EXPECT_FALSE(::Xml::NamesEqual(L"Package", L""));
     EXPECT_FALSE(::Xml::NamesEqual(L"\u00e9", L"\u00c9"));
+}
+
+// A name that begins otherwise is refused without asking the C runtime: that must never be what it would not
+// say.
+TEST_F(Xml, NamesAreEqualAsTheCRuntimeComparesThem)
+{
+    const std::wstring expected = L"kKaZ@[_{-é";
+    const std::wstring firsts = L"azAZ@[`{_-09kK\u212AéÉıİ\x0001\xD800Ａ";
+    int equal = 0;
+    for (const wchar_t first : firsts) {
+        for (std::size_t at = 0; at < expected.size(); ++at) {
+            const std::wstring name = first + std::wstring(L"aMe");
+            const std::wstring other = expected[at] + std::wstring(L"AmE");
+            const bool same = _wcsnicmp(name.c_str(), other.c_str(), name.size()) == 0;
+            EXPECT_EQ(::Xml::NamesEqual(name, other), same) << ToUtf8(name) << " " << ToUtf8(other);
+            equal += same;
+        }
+    }
+    EXPECT_GT(equal, 10);
 }
 
 TEST_F(Xml, PrefixOfANameDoesNotCount)

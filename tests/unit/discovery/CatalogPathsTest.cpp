@@ -191,10 +191,12 @@ TEST_F(CatalogFolderNotMade, OneBackslashAtTheEndOfTheVariableIsDropped)
         {L"D:\\Data\\\\", L"D:\\Data\\\\Vel\\QanHelper\\Launcher"},
         {L"D:\\", L"D:\\Vel\\QanHelper\\Launcher"},
         {L"\\", L"\\Vel\\QanHelper\\Launcher"},
+        {L"", L"\\Vel\\QanHelper\\Launcher"}, // it is there, and has no last character to look at
         {L"D:\\Data/", L"D:\\Data/\\Vel\\QanHelper\\Launcher"},
         {L"D:\\\u30c7\u30fc\u30bf\\", L"D:\\\u30c7\u30fc\u30bf\\Vel\\QanHelper\\Launcher"},
     };
     for (const auto& [variable, folder] : folders) {
+        SCOPED_TRACE(ToUtf8(variable));
         const ScopedEnvironment environment(L"LOCALAPPDATA", variable);
         m_made.clear();
         ExpectMade(folder);

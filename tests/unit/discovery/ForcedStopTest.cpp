@@ -122,7 +122,7 @@ protected:
     int m_rounds = 0;
     int m_activeRounds = 1000;   // how often the thread is still active
     int m_signalledRound = 1000; // when its handle is signalled
-    const SleepWatch m_sleep{
+    const FakeSleep m_sleep{
         [this](DWORD milliseconds) { m_steps.push_back(L"sleep " + std::to_wstring(milliseconds)); }};
     const CapturingPatch<decltype(&GetExitCodeThread)> m_exitCode{
         "GetExitCodeThread", [this](HANDLE thread, DWORD* exitCode) {

@@ -16,7 +16,7 @@ protected:
     {
         HoldMutexElsewhere();
         std::size_t pauses = 0;
-        const SleepWatch sleep([&](DWORD) {
+        const FakeSleep sleep([&](DWORD) {
             if (++pauses == pause) {
                 LoseMutex();
             }
@@ -80,7 +80,7 @@ TEST_F(OtherProcessStart, KeepsEachLookOpenWhileItPauses)
     HoldMutexElsewhere();
     const MutexLooks looks;
     bool isOpen = true;
-    const SleepWatch sleep([&](DWORD) {
+    const FakeSleep sleep([&](DWORD) {
         DWORD flags = 0;
         isOpen = isOpen && GetHandleInformation(looks.Get().back().mutex, &flags);
     });

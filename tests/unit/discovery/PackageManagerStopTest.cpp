@@ -35,7 +35,7 @@ TEST_F(PackageManagerStop, LooksAHundredTimesForTheEndOfTheFirstPass)
 {
     Start();
     int pauses = 0;
-    const SleepWatch sleep([&](DWORD) {
+    const FakeSleep sleep([&](DWORD) {
         if (++pauses == 100) {
             LetThreadWait();
         }
@@ -60,7 +60,7 @@ TEST_F(PackageManagerStop, ClosesEveryHandleOnce)
     std::vector<HANDLE> closed;
     {
         bool runs = false;
-        const SleepWatch sleep([&](DWORD) {
+        const FakeSleep sleep([&](DWORD) {
             if (!runs) {
                 runs = true;
                 LetThreadWait();
@@ -143,7 +143,7 @@ protected:
         LetThreadRun();
         ASSERT_TRUE(IsReached());
         int looks = 0;
-        const SleepWatch sleep([&](DWORD) {
+        const FakeSleep sleep([&](DWORD) {
             if (++looks == 3) {
                 SetEvent(m_goOn);
                 WaitForEndOfPass();

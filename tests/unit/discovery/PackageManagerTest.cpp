@@ -1,5 +1,6 @@
 // How the package manager starts in the first process of an executable.
 
+#include "catalog/ExcludeList.h"
 #include "unit/discovery/Start.h"
 
 #include <shlobj.h>
@@ -199,6 +200,21 @@ TEST_F(PackageManagerStart, ThreadThatDoesNotStartHidesTheFailureOfTheLoad)
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
 }
 
+// A thread that does not hold the library would run in freed memory one day: none is started.
+TEST_F(PackageManagerStart, WithoutItsModuleStartsNoThread)
+{
+    const ImportPatch<decltype(&GetModuleHandleExW)> patch("GetModuleHandleExW",
+                                                           [](DWORD, const wchar_t*, HMODULE*) -> BOOL {
+                                                               SetLastError(ERROR_MOD_NOT_FOUND);
+                                                               return FALSE;
+                                                           });
+    WriteCatalog();
+    EXPECT_EQ(m_manager.Initialize(), E_FAIL);
+    EXPECT_THAT(m_threadStarts, IsEmpty());
+    EXPECT_THAT(m_log.Lines(), Contains("CreateThread() failed. ErrCode = 126 "));
+    ExpectNothingHeld();
+}
+
 TEST_F(PackageManagerStart, EventThatCannotBeMadeIsAFailure)
 {
     std::wstring eventName;
@@ -264,6 +280,20 @@ TEST_F(PackageManagerStart, NothingIsHeldBeforeTheStart)
     EXPECT_EQ(manager.m_hExitEvent, nullptr);
     EXPECT_EQ(manager.m_hRefreshThread, nullptr);
     EXPECT_THAT(Shortcuts(manager), IsEmpty());
+}
+
+// The question is logged here and once more by the catalogue, whose answer it is.
+TEST(ExcludeQuestion, IsPassedOnToTheCatalogue)
+{
+    const CQanhPackageManager manager;
+    ExcludeList excluded;
+    BOOL found = TRUE;
+    const LogCapture log;
+    EXPECT_EQ(manager.GetExcludeAppNameList(L"mail", &excluded, &found), S_OK);
+    EXPECT_EQ(found, FALSE);
+    EXPECT_EQ(log.Lines(), Call("CQanhPackageManager::GetExcludeAppNameList(mail)", "(0x00000000)",
+                                Call("CQanhAppNameList::GetExcludeAppNameList(mail)", "(0x00000000)")));
+    EXPECT_EQ(manager.GetExcludeAppNameList(L"", &excluded, &found), E_INVALIDARG);
 }
 
 } // namespace

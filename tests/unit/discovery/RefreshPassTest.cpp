@@ -1,5 +1,6 @@
 // What one pass of the refresh thread does.
 
+#include "common/MemoryReserve.h"
 #include "unit/discovery/ThreadRun.h"
 
 namespace {
@@ -230,20 +231,22 @@ TEST_F(InterruptedPass, WhileSavingSavesAll)
 TEST_F(RefreshPass, RunningOutOfMemoryWhileMarkingDoesNotEndThePass)
 {
     WriteAndLoad(CatalogOf({L"C:\\x.lnk"}));
-    // The runtime's memory runs out at the next request, once.
-    static bool s_failsNext;
-    s_failsNext = false;
-    static const auto s_malloc = reinterpret_cast<void* (*)(std::size_t)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
-    const ImportPatch<void* (*)(std::size_t)> patch("malloc", [](std::size_t size) {
-        return std::exchange(s_failsNext, false) ? nullptr : s_malloc(size);
-    });
-    m_onStep = [](const std::wstring& step) { s_failsNext = step == L"exists C:\\x.lnk"; };
-    EXPECT_EQ(Run(), 0u);
-    EXPECT_FALSE(s_failsNext);
+    RunOutOfMemoryAfter(L"exists C:\\x.lnk");
     EXPECT_THAT(m_steps, Contains(L"save " + CatalogFile()));
     // The record was not marked.
     EXPECT_THAT(Saved(), HasSubstr("C:\\x.lnk"));
+}
+
+// A package that nobody could be asked about stays what it was, and the pass goes on.
+TEST_F(RefreshPass, RunningOutOfMemoryBeforeThePackagesLeavesThemAsTheyWere)
+{
+    WriteAndLoad("<Applications><MetroApps><Package PackageFamilyName=\"mail_1\" Version=\"1.2.3.4\">"
+                 "<MetroApp DisplayName=\"mail\" /></Package></MetroApps></Applications>");
+    ASSERT_TRUE(MemoryReserve::Take()) << "it is not what is to fail";
+    RunOutOfMemoryAfter(L"wait 1000");
+    EXPECT_THAT(m_steps, Not(Contains(L"family mail_1")));
+    EXPECT_THAT(m_steps, Contains(L"save " + CatalogFile()));
+    EXPECT_THAT(Saved(), HasSubstr("mail_1"));
 }
 
 } // namespace

@@ -188,6 +188,32 @@ TEST_F(RefreshThread, EndsWhenTheWaitFails)
     }
 }
 
+// Whoever starts the thread takes the one reference to the module that it gives back at its end.
+TEST_F(RefreshThread, GivesItsModuleBackOnceAndDoesNotTakeItAgain)
+{
+    std::vector<std::pair<DWORD, HMODULE>> asked; // flags and answer
+    std::vector<HMODULE> given;
+    const CapturingPatch<decltype(&GetModuleHandleExW)> get(
+        "GetModuleHandleExW", [&](DWORD flags, const wchar_t* address, HMODULE* module) {
+            const BOOL done = get.Original(flags, address, module);
+            asked.emplace_back(flags, *module);
+            return done;
+        });
+    const CapturingPatch<void(WINAPI*)(HMODULE, DWORD)> exit("FreeLibraryAndExitThread",
+                                                             [&](HMODULE module, DWORD code) {
+                                                                 given.push_back(module);
+                                                                 exit.Original(module, code);
+                                                             });
+    EXPECT_EQ(Run(), 0u);
+    const HMODULE self = GetModuleHandleW(nullptr);
+    // The test's own question, for the thread that it starts, comes first.
+    ASSERT_EQ(asked.size(), 2u);
+    EXPECT_EQ(asked[1].first,
+              DWORD{GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT});
+    EXPECT_EQ(asked[1].second, self);
+    EXPECT_THAT(given, ElementsAre(self));
+}
+
 TEST(RefreshThreadInRealTime, WaitsAboutASecondBeforeItsFirstPass)
 {
     CQanhPackageManager manager;

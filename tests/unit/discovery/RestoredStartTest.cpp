@@ -99,8 +99,7 @@ TEST_F(RestoredStart, OfAnotherProcessThanTheOwnerLeavesAllAsItIs)
         const std::string catalog = ReadFileBytes(CatalogFile());
         const std::string bak = ReadFileBytes(Bak());
         HoldMutexElsewhere();
-        FakeSleep sleep;
-        sleep.OnSleep([](DWORD) { LoseMutex(); });
+        const FakeSleep sleep([](DWORD) { LoseMutex(); });
         EXPECT_EQ(m_manager.Initialize(), S_FALSE);
         EXPECT_THAT(Shortcuts(m_manager), ElementsAre(row.loaded));
         EXPECT_EQ(ReadFileBytes(CatalogFile()), catalog);

@@ -1,26 +1,22 @@
-#include "discovery/CatalogRollback.h"
+// The copy that becomes the rollback file, while it is made.
 
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-#include "unit/discovery/FileSteps.h"
-
-#include <gtest/gtest.h>
+#include "unit/discovery/RollbackFile.h"
 
 namespace {
 
+using namespace discovery_test;
+
+using RollbackCopy = CatalogRollbackFile;
+
 // Half a copy is for nobody's eyes.
-TEST(RollbackCopy, CanBeReadByNobodyWhileItIsMade)
+TEST_F(RollbackCopy, CanBeReadByNobodyWhileItIsMade)
 {
-    const test::TemporaryFolder folder;
-    const std::wstring catalog = folder / L"AppNameList.xml";
-    const std::wstring copy = catalog + L".tmp";
-    test::WriteFileBytes(catalog, "old");
-    CatalogRollback rollback(catalog.c_str());
+    WriteCatalog("old");
     DWORD error = ERROR_SUCCESS;
     {
-        const discovery_test::FileSteps steps([&](const std::string& step) {
+        const FileSteps steps([&](const std::string& step) {
             if (step == "write AppNameList.xml.tmp") {
-                const HANDLE file = CreateFileW(copy.c_str(), GENERIC_READ,
+                const HANDLE file = CreateFileW(m_tmp.c_str(), GENERIC_READ,
                                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                                 nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
                 error = GetLastError();
@@ -28,9 +24,24 @@ TEST(RollbackCopy, CanBeReadByNobodyWhileItIsMade)
             }
             return DWORD{ERROR_SUCCESS};
         });
-        EXPECT_EQ(rollback.Begin(), S_OK);
+        EXPECT_EQ(m_rollback.Begin(), S_OK);
     }
-    EXPECT_EQ(error, static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(error, DWORD{ERROR_SHARING_VIOLATION});
+}
+
+// A disk that takes a part of what it is given is full: a cut copy must not pass for the catalogue.
+TEST_F(RollbackCopy, ThatIsCutIsAFullDisk)
+{
+    WriteCatalog("old");
+    {
+        const CapturingPatch<decltype(&WriteFile)> patch(
+            "WriteFile",
+            [&](HANDLE file, const void* bytes, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
+                return patch.Original(file, bytes, size - 1, written, overlapped);
+            });
+        EXPECT_EQ(m_rollback.Begin(), HRESULT_FROM_WIN32(ERROR_DISK_FULL));
+    }
+    ExpectOnlyCatalog("old");
 }
 
 } // namespace

@@ -37,8 +37,7 @@ TEST_F(SavedFileStart, OfTheOwnerHasEveryRecordAndSucceeds)
 TEST_F(SavedFileStart, OfAnotherProcessHasEveryRecordThoughItFails)
 {
     HoldMutexElsewhere();
-    FakeSleep sleep;
-    sleep.OnSleep([](DWORD) { LoseMutex(); }); // the owner's first pass ends
+    const FakeSleep sleep([](DWORD) { LoseMutex(); }); // the owner's first pass ends
     EXPECT_EQ(m_manager.Initialize(), static_cast<HRESULT>(0xC00CEE01));
     ExpectAllLoaded();
     ExpectNotOwner();

@@ -44,10 +44,9 @@ protected:
     static Lines AskLines(const std::string& familyName, const void* pointer, const std::string& result,
                           const Lines& finding = {})
     {
-        char text[16];
-        wsprintfA(text, "0x%08X", static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(pointer)));
-        return Call("CQanhPackageManager::GetAppDisplayNameByPFN(" + familyName + ", " + text + ")", result,
-                    finding);
+        return Call("CQanhPackageManager::GetAppDisplayNameByPFN(" + familyName + ", " +
+                        Hexadecimal(pointer) + ")",
+                    result, finding);
     }
 
     FakeResources m_resources;
@@ -94,9 +93,7 @@ TEST_F(DisplayNameOfFamily, IsReadInAnApartmentOfItsOwn)
 TEST_F(DisplayNameOfFamily, IsHadInEveryApartment)
 {
     Install(m_folder, Named("ms-resource:Name"));
-    m_resources
-        .texts[L"@{Contoso.Mail_1.2.3.4_x64__8wekyb3d8bbwe?ms-resource://Contoso.Mail/resources/name}"] =
-        L"Weather";
+    m_resources.texts[kNameSource] = L"Weather";
     for (const Apartment apartment : kEveryApartment) {
         InApartment(apartment, [&] { EXPECT_EQ(Ask(), S_OK); });
         EXPECT_STREQ(m_name, L"Weather");

@@ -28,16 +28,13 @@ protected:
         EXPECT_EQ(m_isInstalled, isInstalled);
     }
 
-    // The lines of a question about the family; the search for its package writes these on its way.
-    static Lines AskLines(const std::string& answer, const Lines& manager, const std::string& found)
+    // The lines of a question about the family (the one with "Ex" or the one without); the search for its
+    // package writes these on its way.
+    static Lines AskLines(const std::string& ex, const std::string& answer, const Lines& manager,
+                          const std::string& found)
     {
-        return Call("CQanhPackageManager::IsInstalled(mail_1)", "(*pIsInstalled = " + answer + ")",
-                    Call("CQanhPackageManager::FindPackageByName(mail_1)", found, manager));
-    }
-    static Lines AskExLines(const std::string& answer, const Lines& manager, const std::string& found)
-    {
-        return Call("CQanhPackageManager::IsInstalledEx(mail_1)", "(*pIsInstalled = " + answer + ")",
-                    Call("CQanhPackageManager::FindPackageByNameEx(mail_1)", found, manager));
+        return Call("CQanhPackageManager::IsInstalled" + ex + "(mail_1)", "(*pIsInstalled = " + answer + ")",
+                    Call("CQanhPackageManager::FindPackageByName" + ex + "(mail_1)", found, manager));
     }
 
     BOOL m_isInstalled = 7; // neither true nor false: shows whether it was set
@@ -49,7 +46,7 @@ TEST_F(IsInstalled, TellsWhatWasFound)
     const LogCapture log;
     EXPECT_EQ(Ask(), S_OK);
     EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_EQ(log.Lines(), AskLines("1", ManagerLines(), ""));
+    EXPECT_EQ(log.Lines(), AskLines("", "1", ManagerLines(), ""));
     EXPECT_EQ(Ask(L"none"), S_OK);
     EXPECT_EQ(m_isInstalled, 0);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalled OUT(*pIsInstalled = 0)");
@@ -61,7 +58,7 @@ TEST_F(IsInstalled, ExTellsWhatWasFound)
     const LogCapture log;
     EXPECT_EQ(AskEx(L"Word"), S_OK);
     EXPECT_EQ(m_isInstalled, 1);
-    EXPECT_EQ(log.Lines(), AskExLines("1", ManagerLines(), ""));
+    EXPECT_EQ(log.Lines(), AskLines("Ex", "1", ManagerLines(), ""));
     EXPECT_EQ(AskEx(L"sheet"), S_OK);
     EXPECT_EQ(m_isInstalled, 0);
     EXPECT_EQ(log.Lines().back(), "CQanhPackageManager::IsInstalledEx OUT(*pIsInstalled = 0)");
@@ -122,8 +119,8 @@ TEST_F(IsInstalled, NothingIsWithoutAManager)
     const LogCapture log;
     ExpectBoth(S_OK, 0);
     const std::string failed = "(GetPackageManager failed.)";
-    EXPECT_EQ(log.Lines(), AskLines("0", ManagerLines("(0x8007000E)"), failed) +
-                               AskExLines("0", ManagerLines("(0x8007000E)"), failed));
+    EXPECT_EQ(log.Lines(), AskLines("", "0", ManagerLines("(0x8007000E)"), failed) +
+                               AskLines("Ex", "0", ManagerLines("(0x8007000E)"), failed));
     m_store.initializeResult.reset();
     m_store.objects.Fail("RoGetActivationFactory", REGDB_E_CLASSNOTREG);
     ExpectBoth(S_OK, 0);

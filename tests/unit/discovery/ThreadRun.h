@@ -1,5 +1,6 @@
 #pragma once
 
+#include "standin/ModulePath.h"
 #include "unit/discovery/Pass.h"
 
 namespace discovery_test {
@@ -57,6 +58,22 @@ protected:
         return std::count(m_steps.begin(), m_steps.end(), step);
     }
     std::string Saved() const { return test::ReadFileBytes(CatalogFile()); }
+
+    // Runs the thread; the request for memory that follows this step is not granted.
+    void RunOutOfMemoryAfter(const std::wstring& step)
+    {
+        static bool s_failsNext;
+        s_failsNext = false;
+        // Patching itself allocates, before the patch knows the function that it stands in for.
+        using Malloc = void* (*)(std::size_t);
+        static const auto s_malloc = standin::FunctionOf<Malloc>(GetModuleHandleW(L"msvcrt.dll"), "malloc");
+        const ImportPatch<Malloc> patch("malloc", [](std::size_t size) {
+            return std::exchange(s_failsNext, false) ? nullptr : s_malloc(size);
+        });
+        m_onStep = [step](const std::wstring& reached) { s_failsNext = reached == step; };
+        EXPECT_EQ(Run(), 0u);
+        EXPECT_FALSE(s_failsNext);
+    }
 
     HANDLE m_mutex = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "launch/KeyEmulate.h"
 
+#include "standin/desktop/KeyboardHook.h"
 #include "support/Test.h"
 
 #include <iomanip>
@@ -72,7 +73,7 @@ protected:
     // Every read gives a value of its own, so that an event shows which one it was filled from.
     UINT m_scanCode = 0x40;
     LPARAM m_extraInfo = 0x7000;
-    const SleepWatch m_sleep{
+    const FakeSleep m_sleep{
         [this](DWORD milliseconds) { Note("sleep " + std::to_string(milliseconds), true); }};
     const CapturingPatch<decltype(&SendInput)> m_send{
         "SendInput", [this](UINT count, INPUT* inputs, int size) { return Send(count, inputs, size); }};
@@ -193,66 +194,18 @@ TEST_F(KeyEmulate, AnEventIsSentBetweenItsTwoLinesAndThePauseComesAfterThem)
 }
 
 // What a low-level hook of the desktop sees, and swallows, of the events that are really sent.
-class KeyboardWatch
-{
-public:
-    KeyboardWatch()
-    {
-        s_seen.clear();
-        m_ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        m_thread = CreateThread(nullptr, 0, Watch, m_ready, 0, &m_threadId);
-        WaitForSingleObject(m_ready, 10000);
-    }
-    ~KeyboardWatch() { Stop(); }
-    KeyboardWatch(const KeyboardWatch&) = delete;
-    KeyboardWatch& operator=(const KeyboardWatch&) = delete;
-
-    const std::vector<std::string>& Stop()
-    {
-        if (m_thread) {
-            PostThreadMessageW(m_threadId, WM_QUIT, 0, 0);
-            WaitForSingleObject(m_thread, 10000);
-            CloseHandle(m_thread);
-            CloseHandle(m_ready);
-            m_thread = nullptr;
-        }
-        return s_seen;
-    }
-
-private:
-    static DWORD WINAPI Watch(void* ready)
-    {
-        const HHOOK hook = SetWindowsHookExW(WH_KEYBOARD_LL, See, GetModuleHandleW(nullptr), 0);
-        MSG message;
-        PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
-        SetEvent(ready);
-        while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        }
-        UnhookWindowsHookEx(hook);
-        return 0;
-    }
-    static LRESULT CALLBACK See(int code, WPARAM message, LPARAM detail)
-    {
-        const auto& key = *reinterpret_cast<const KBDLLHOOKSTRUCT*>(detail);
-        if (code != HC_ACTION || !(key.flags & LLKHF_INJECTED)) {
-            return CallNextHookEx(nullptr, code, message, detail);
-        }
-        s_seen.push_back((key.flags & LLKHF_UP ? "up " : "down ") + Hex(key.vkCode, 2));
-        return 1;
-    }
-
-    static inline std::vector<std::string> s_seen;
-    HANDLE m_ready;
-    HANDLE m_thread;
-    DWORD m_threadId = 0;
-};
-
 TEST(KeyEmulateOnTheDesktop, WindowsQArrivesAsFourKeyEvents)
 {
+    Lines seen;
+    standin::KeyboardHook hook;
+    ASSERT_TRUE(hook.Start([&](DWORD key, bool isDown) {
+        seen.push_back((isDown ? "down " : "up ") + Hex(key, 2));
+        return true;
+    }));
     const FakeSleep sleep;
-    KeyboardWatch watch;
     CQanhKeyEmulate::SendInput_Win_Q();
-    EXPECT_THAT(watch.Stop(), ElementsAre("down 0x5B", "down 0x51", "up 0x51", "up 0x5B"));
+    hook.Stop();
+    EXPECT_THAT(seen, ElementsAre("down 0x5B", "down 0x51", "up 0x51", "up 0x5B"));
 }
 
 } // namespace

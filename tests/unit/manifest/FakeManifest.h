@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/PackageManifest.h"
+#include "support/Current.h"
 #include "support/FakeObjects.h"
 
 #include <objbase.h>
@@ -158,7 +159,7 @@ private:
 // The system's manifest reader for the library in this program, until the end of the scope: whatever the
 // file, it declares applications of these display names. The thread's way into COM and out of it is the real
 // one, and noted in the journal with the rest. One at a time.
-class FakeManifest
+class FakeManifest : private Current<FakeManifest>
 {
 public:
     FakeManifest()
@@ -167,12 +168,8 @@ public:
           m_create("CoCreateInstance", Create), m_openStream("SHCreateStreamOnFileEx", OpenStream),
           m_free("CoTaskMemFree", Free)
     {
-        s_current = this;
         FakeApplication::s_values.clear();
     }
-    ~FakeManifest() { s_current = nullptr; }
-    FakeManifest(const FakeManifest&) = delete;
-    FakeManifest& operator=(const FakeManifest&) = delete;
 
     // What is wrong with the references and the texts: nothing when all were given back exactly once.
     [[nodiscard]] std::vector<std::string> Leaks() const
@@ -195,9 +192,7 @@ private:
     {
         const HRESULT hr = s_current->initializeResult ? *s_current->initializeResult
                                                        : s_current->m_initialize.Original()(reserved, flags);
-        char event[64];
-        wsprintfA(event, "CoInitializeEx(%d) = 0x%08X", static_cast<int>(flags), static_cast<unsigned>(hr));
-        s_current->objects.Note(event);
+        s_current->objects.NoteResult("CoInitializeEx(" + std::to_string(flags) + ")", hr);
         return hr;
     }
     static void WINAPI Uninitialize()
@@ -211,14 +206,10 @@ private:
     {
         wchar_t text[39] = {};
         StringFromGUID2(classId, text, 39);
-        const HRESULT hr = s_current->objects.Enter(nullptr, "CoCreateInstance",
-                                                    text + std::wstring(outer ? L" outer " : L" ") +
-                                                        std::to_wstring(context));
+        const HRESULT hr = s_current->objects.EnterMaker(
+            "CoCreateInstance", text + std::wstring(outer ? L" outer " : L" ") + std::to_wstring(context));
         if (FAILED(hr)) {
             return hr;
-        }
-        if (ApartmentOfThread() == Apartment::kNone) {
-            return CO_E_NOTINITIALIZED;
         }
         if (!IsEqualIID(interfaceId, __uuidof(platform::IAppxFactory))) {
             return E_NOINTERFACE;
@@ -245,7 +236,7 @@ private:
         s_current->m_free.Original()(memory);
     }
 
-    static inline FakeManifest* s_current = nullptr;
+    friend Current<FakeManifest>;
 
     ImportPatch<decltype(&CoInitializeEx)> m_initialize;
     ImportPatch<decltype(&CoUninitialize)> m_uninitialize;

@@ -241,8 +241,8 @@ TEST_F(ManifestApi, RunningOutOfMemoryCostsAnApplicationAndNoText)
         static thread_local bool s_fails;
         s_fails = false;
         // Patching itself allocates, before the patch knows the function that it stands in for.
-        static const auto s_original = reinterpret_cast<void* (*)(std::size_t)>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "malloc")));
+        static const auto s_original =
+            standin::FunctionOf<void* (*)(std::size_t)>(GetModuleHandleW(L"msvcrt.dll"), "malloc");
         const ImportPatch<void* (*)(std::size_t)> patch("malloc", [](std::size_t size) -> void* {
             if (s_fails && size >= sizeof(CQanhMetroApp) && size <= sizeof(CQanhMetroApp) + sizeof(void*)) {
                 s_fails = false;

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cwchar>
-#include <new>
 
 namespace {
 
@@ -206,28 +205,14 @@ TEST_F(ResourceString, OnlyTheReferenceIsLowered)
 TEST_F(ResourceString, RunningOutOfMemoryIsRaised)
 {
     m_resources.isQuiet = true;
-    try {
-        throw std::bad_alloc(); // the first exception of a thread allocates for good
-    } catch (const std::bad_alloc&) {
-    }
     const std::wstring resource = L"ms-resource:a key that is too long for the string itself";
     const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
-        bool raised = false;
-        std::size_t live = 0;
-        bool failed = false;
-        {
-            const AllocationWatch watch(index);
-            try {
-                (void)CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
-            } catch (const std::bad_alloc&) {
-                raised = true;
-            }
-            failed = watch.Failed();
-            live = watch.Live();
-        }
-        EXPECT_EQ(raised, failed);
-        EXPECT_EQ(live, 0u);
-        return failed;
+        const Attempt attempt = TryRaisingWithFailingAllocation(index, [&] {
+            (void)CQanhManifestReader::ConvertMsResourceToString(resource, L"F", L"N", m_buffer);
+        });
+        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
+        EXPECT_EQ(attempt.left, 0u);
+        return attempt.failed;
     });
     EXPECT_GT(failures, 1u);
 }
