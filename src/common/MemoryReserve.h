@@ -1,19 +1,22 @@
 #pragma once
 
-// Memory that is kept for the moment when there is none left. The C++ runtime needs some to raise an
-// exception (on a thread's first one it asks for what it keeps for that thread), and ends the process when it
-// gets none: then running out of memory could not be reported as E_OUTOFMEMORY. An allocation of the library
-// that fails gives the reserve back first, so that its exception can be raised.
+// Memory that is kept for the moment when there is none left. The C++ runtime asks for some to raise an
+// exception (for the exception, for what it keeps for each thread, for its locks), and ends the process when
+// it gets none: then running out of memory could not even be reported. It shares the library's functions
+// malloc() and calloc(), which give it blocks of the reserve when the platform has none. They are there from
+// the loading on and belong to nobody else: neither the host nor another thread can take them meanwhile.
+// What the library itself asks for, by operator new, never comes from the reserve.
 namespace MemoryReserve {
 
-// Makes sure that the reserve is there: where the library begins to work, at a start, a pass, a launch, a
-// query. False: there is no memory for it, and what follows could not even report that; the operation then
-// fails with E_OUTOFMEMORY before it begins. Any thread.
-[[nodiscard]] bool Take() noexcept;
+// There are so many blocks of this size, in bytes. A thread's first exception takes up to ... of them and
+// keeps all but one as long as the thread lives; a further one takes one.
+// Larger requests, and more at the same time, fail as without a reserve.
+constexpr unsigned kBlockSize = 512;
+constexpr unsigned kBlocks = 64;
 
-// Gives it back for good, with what the C++ library sets aside at its start for the same purpose and never
-// gives back itself: each loading anew would take these 73 KiB again. When the library is unloaded, after
-// which nothing of it raises anything.
-void Release() noexcept;
+// Frees what the C++ library sets aside at its start for the same purpose and never gives back itself: each
+// loading anew would take these 73 KiB again. When the library is unloaded, after which nothing of it raises
+// anything.
+void FreeRuntimePool() noexcept;
 
 } // namespace MemoryReserve
