@@ -1,16 +1,17 @@
 #pragma once
 
-// Memory that is kept for the moment when there is none left. The C++ runtime asks for some to raise an
-// exception (for the exception, for what it keeps for each thread, for its locks), and ends the process when
-// it gets none: then running out of memory could not even be reported. It shares the library's functions
-// malloc() and calloc(), which give it blocks of the reserve when the platform has none. They are there from
-// the loading on and belong to nobody else: neither the host nor another thread can take them meanwhile.
-// What the library itself asks for, by operator new, never comes from the reserve.
+// Memory for the moment when there is none left. The C++ runtime asks for some to raise an exception (for the
+// exception, for what it keeps for each thread, for its locks), and ends the process when it gets none: then
+// running out of memory could not even be reported. It is linked in and finds this library's malloc() and
+// calloc(), which give it blocks of the reserve where the platform has no memory. The blocks stand in the
+// library's data: neither the host nor another library can take them. What the library itself asks for, by
+// operator new, is never of the reserve. Any thread.
 namespace MemoryReserve {
 
-// There are so many blocks of this size, in bytes. A thread's first exception takes up to ... of them and
-// keeps all but one as long as the thread lives; a further one takes one.
-// Larger requests, and more at the same time, fail as without a reserve.
+// There are so many blocks of this size, in bytes. When nothing else is left, the first exception of all
+// takes 12 for good; a thread's first one takes 7, a further one 1. When the thread ends, 1 stays and serves
+// the next thread. So seven threads can raise their first exceptions at the same time. Larger requests, and
+// more of them, find nothing.
 constexpr unsigned kBlockSize = 512;
 constexpr unsigned kBlocks = 64;
 

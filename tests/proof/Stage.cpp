@@ -93,6 +93,23 @@ std::string PackageElement(const std::string& name, const std::string& displayNa
            "\" RubyDisplayName=\"x reading\" /></Package>";
 }
 
+std::optional<ULONG_PTR> RefuseMemory(const proof::GateCall&, const proof::Import&)
+{
+    return 0;
+}
+
+// Lets the library raise the one exception that leaves it, of which there must be no memory for the first
+// thing, and calls the function while it is there.
+template <typename Function> void Raise(const host::Library& library, Function whileRaised)
+{
+    BOOL isInstalled = FALSE;
+    try {
+        (void)library.isInstalledById(L"Vel.LongerThanAStringHoldsItself_0standin00000!App", &isInstalled);
+    } catch (const std::bad_alloc&) {
+        whileRaised();
+    }
+}
+
 } // namespace
 
 namespace proof {
@@ -281,20 +298,42 @@ void Stage::Load()
 void Stage::RaiseFirst()
 {
     const auto raise = [this] {
-        const CallGate::Fault fault{
-            {"malloc"}, 0, false, [](const GateCall&, const Import&) { return ULONG_PTR{0}; }};
-        BOOL isInstalled = FALSE;
+        const CallGate::Fault fault{{"malloc"}, 0, false, RefuseMemory};
         CallGate::Watch(&fault);
-        try {
-            (void)m_library.isInstalledById(L"Vel.LongerThanAStringHoldsItself_0standin00000!App",
-                                            &isInstalled);
-        } catch (const std::bad_alloc&) {
-            Held::Clear();
-        }
+        Raise(m_library, Held::Clear);
         CallGate::Ignore();
     };
     raise();
     std::thread(raise).join();
+}
+
+int Stage::RaiseOnThreads(int threads, int rounds)
+{
+    std::atomic<int> raised = 0;
+    std::thread([&] {
+        Load();
+        const CallGate::Fault fault{{"malloc", "calloc", "realloc"}, 0, true, RefuseMemory, true};
+        for (int round = 0; round < rounds; ++round) {
+            const int all = raised + threads;
+            const auto waitForAll = [&] {
+                for (++raised; raised < all;) {
+                    SwitchToThread();
+                }
+            };
+            CallGate::Watch(&fault);
+            std::vector<std::thread> running;
+            for (int thread = 0; thread < threads; ++thread) {
+                running.emplace_back([&] { Raise(m_library, waitForAll); });
+            }
+            for (std::thread& thread : running) {
+                thread.join();
+            }
+            CallGate::Ignore();
+        }
+        Outcome outcome;
+        Unload(outcome);
+    }).join();
+    return raised;
 }
 
 void Stage::Unload(Outcome& outcome)

@@ -114,6 +114,10 @@ public:
     [[nodiscard]] Outcome Run(Operation operation, const CallGate::Fault* fault,
                               Runtime runtime = Runtime::Warm);
 
+    // Loads the library anew and lets so many threads at a time raise their first exception while there is no
+    // memory for any of them, and keep it until all have; so often, with other threads. Returns how many did.
+    [[nodiscard]] int RaiseOnThreads(int threads, int rounds);
+
     // Named when the process crashes or hangs.
     static void Say(std::string_view what);
 
