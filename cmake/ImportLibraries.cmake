@@ -20,3 +20,17 @@ else()
     COMMAND_ERROR_IS_FATAL ANY)
   target_link_libraries(qanhelper_xmllite INTERFACE ${xmllite_library})
 endif()
+
+# qanhelper_platform_heap: the platform's functions of the heap under other names, see src/common/MemoryReserve.cpp.
+add_library(qanhelper_platform_heap INTERFACE)
+if(MINGW)
+  file(WRITE ${CMAKE_BINARY_DIR}/platformheap.def
+    "LIBRARY msvcrt.dll\nEXPORTS\nPlatformMalloc == malloc\nPlatformCalloc == calloc\nPlatformRealloc == realloc\n"
+    "PlatformFree == free\n")
+  # The tool of gcc's binutils: LLVM's cannot give an import another name. Without folders, which it would write down.
+  find_program(QANHELPER_DLLTOOL NAMES ${QANHELPER_TARGET}-dlltool REQUIRED)
+  execute_process(
+    COMMAND ${QANHELPER_DLLTOOL} --deterministic-libraries -k -d platformheap.def -l libplatformheap.a
+    WORKING_DIRECTORY ${CMAKE_BINARY_DIR} COMMAND_ERROR_IS_FATAL ANY)
+  target_link_libraries(qanhelper_platform_heap INTERFACE ${CMAKE_BINARY_DIR}/libplatformheap.a)
+endif()

@@ -75,7 +75,6 @@ extern "C" {
  *
  *   RPC_E_CHANGED_MODE  the thread is in a multithreaded apartment
  *   E_FAIL              the catalogue's place or the refresh thread could not be had
- *   E_OUTOFMEMORY       there is not the memory to begin with
  *   other               the Start screen's visibility object could not be created; or another process of the same
  *                       executable was in its first refresh, and the catalogue could not be loaded
  *

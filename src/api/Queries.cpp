@@ -5,7 +5,6 @@
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
 #include "common/FormatText.h"
-#include "common/MemoryReserve.h"
 
 #include <string>
 
@@ -38,7 +37,7 @@ HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled)
     LogIn(kName, packageName);
     HRESULT hr = CheckStringAndPointer(packageName, pIsInstalled);
     if (SUCCEEDED(hr)) {
-        hr = MemoryReserve::Take() ? s_PackageManager.IsInstalled(packageName, pIsInstalled) : E_OUTOFMEMORY;
+        hr = s_PackageManager.IsInstalled(packageName, pIsInstalled);
     }
     return LogOut(kName, hr);
 }
@@ -49,7 +48,7 @@ HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* p
     LogIn(kName, appUserModelId);
     HRESULT hr = CheckStringAndPointer(appUserModelId, pIsInstalled);
     if (SUCCEEDED(hr)) {
-        hr = MemoryReserve::Take() ? AskByAppUserModelId(appUserModelId, pIsInstalled) : E_OUTOFMEMORY;
+        hr = AskByAppUserModelId(appUserModelId, pIsInstalled);
     }
     return LogOut(kName, hr);
 }
@@ -62,9 +61,6 @@ HRESULT QANH_CALL QanhGetAppDisplayNameByPFN(LPCWSTR packageFamilyName, LPWSTR* 
     HRESULT hr = CheckStringAndPointer(packageFamilyName, ppDisplayName);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
-    }
-    if (!MemoryReserve::Take()) {
-        return LogOut(kName, E_OUTOFMEMORY);
     }
     hr = s_PackageManager.GetAppDisplayNameByPFN(packageFamilyName, ppDisplayName);
     // Deliberate: the wide name is printed with the narrow "%s", which shows what stands before the first

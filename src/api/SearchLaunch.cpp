@@ -6,7 +6,6 @@
 #include "api/Statics.h"
 #include "common/Arguments.h"
 #include "common/DiagnosticLog.h"
-#include "common/MemoryReserve.h"
 #include "common/Reg.h"
 #include "launch/Clipboard.h"
 #include "launch/KeyEmulate.h"
@@ -92,7 +91,7 @@ HRESULT QANH_CALL QanhLaunchBySearch(LPCWSTR appName, DWORD searchMode, BOOL use
         return LogOut(kName, hr);
     }
     Keyword keyword;
-    hr = MemoryReserve::Take() ? BuildKeyword(appName, useExcludeList, keyword) : E_OUTOFMEMORY;
+    hr = BuildKeyword(appName, useExcludeList, keyword);
     if (FAILED(hr)) {
         return LogOut(kName, hr);
     }

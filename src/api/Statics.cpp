@@ -15,7 +15,7 @@ public:
     {
         if (!value.m_hRefreshThread) {
             value.~CQanhPackageManager();
-            MemoryReserve::Release();
+            MemoryReserve::FreeRuntimePool();
         }
     }
     StaticPackageManager(const StaticPackageManager&) = delete;

@@ -85,7 +85,7 @@ private:
             if (whole > m_free) {
                 // Little is left over at the end when a chunk is a small part of what is there already.
                 const std::size_t size = std::clamp(m_total / 16, kSmallestChunk, kLargestChunk);
-                // Not by operator new, which would give up the reserve for what can be done without.
+                // Not by operator new, which would raise an exception for what can be done without.
                 void* memory = std::malloc(size);
                 if (!memory) {
                     return nullptr;

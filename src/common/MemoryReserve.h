@@ -1,19 +1,23 @@
 #pragma once
 
-// Memory that is kept for the moment when there is none left. The C++ runtime needs some to raise an
-// exception (on a thread's first one it asks for what it keeps for that thread), and ends the process when it
-// gets none: then running out of memory could not be reported as E_OUTOFMEMORY. An allocation of the library
-// that fails gives the reserve back first, so that its exception can be raised.
+// Memory for the moment when there is none left. The C++ runtime asks for some to raise an exception (for the
+// exception, for what it keeps for each thread, for its locks), and ends the process when it gets none: then
+// running out of memory could not even be reported. It is linked in and finds this library's malloc() and
+// calloc(), which give it blocks of the reserve where the platform has no memory. The blocks stand in the
+// library's data: neither the host nor another library can take them. What the library itself asks for, by
+// operator new, is never of the reserve. Any thread.
 namespace MemoryReserve {
 
-// Makes sure that the reserve is there: where the library begins to work, at a start, a pass, a launch, a
-// query. False: there is no memory for it, and what follows could not even report that; the operation then
-// fails with E_OUTOFMEMORY before it begins. Any thread.
-[[nodiscard]] bool Take() noexcept;
+// There are so many blocks of this size, in bytes. When nothing else is left, the first exception of all
+// takes 12 for good; a thread's first one takes 7, a further one 1. When the thread ends, 1 stays and serves
+// the next thread. So seven threads can raise their first exceptions at the same time. Larger requests, and
+// more of them, find nothing.
+constexpr unsigned kBlockSize = 512;
+constexpr unsigned kBlocks = 64;
 
-// Gives it back for good, with what the C++ library sets aside at its start for the same purpose and never
-// gives back itself: each loading anew would take these 73 KiB again. When the library is unloaded, after
-// which nothing of it raises anything.
-void Release() noexcept;
+// Frees what the C++ library sets aside at its start for the same purpose and never gives back itself: each
+// loading anew would take these 73 KiB again. When the library is unloaded, after which nothing of it raises
+// anything.
+void FreeRuntimePool() noexcept;
 
 } // namespace MemoryReserve

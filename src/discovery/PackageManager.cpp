@@ -1,7 +1,6 @@
 #include "discovery/PackageManager.h"
 
 #include "common/DiagnosticLog.h"
-#include "common/MemoryReserve.h"
 #include "common/UniqueHandle.h"
 #include "discovery/CatalogRollback.h"
 #include "discovery/CatalogTurn.h"
@@ -33,9 +32,6 @@ HRESULT CQanhPackageManager::Initialize() noexcept
     LogIn(kInitializeName);
     if (m_hExitEvent && m_hRefreshThread) {
         return S_FALSE;
-    }
-    if (!MemoryReserve::Take()) {
-        return LogOut(kInitializeName, E_OUTOFMEMORY);
     }
     const bool isOwner = ClaimInstanceMutex();
     wchar_t catalogPath[MAX_PATH];

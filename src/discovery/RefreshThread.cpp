@@ -3,7 +3,6 @@
 #include "QanHelper.h"
 #include "common/DiagnosticLog.h"
 #include "common/HostEnvironment.h"
-#include "common/MemoryReserve.h"
 #include "common/Reg.h"
 #include "discovery/CatalogRollback.h"
 #include "discovery/CatalogTurn.h"
@@ -113,18 +112,12 @@ DWORD CQanhPackageManager::RunPasses() noexcept
 void CQanhPackageManager::RunPass(const RefreshPlaces& places) noexcept
 {
     DiagnosticLog::WriteLine("%S Refresh app name list!\r\n", kRefreshThreadName);
-    const bool isReserved = MemoryReserve::Take();
-    if (isReserved) {
-        MarkPackages();
-        MarkDesktopApps();
-    }
-    HRESULT hr = isReserved ? RefreshMetroApps() : E_OUTOFMEMORY;
+    MarkPackages();
+    MarkDesktopApps();
+    HRESULT hr = RefreshMetroApps();
     if (FAILED(hr)) {
         DiagnosticLog::WriteLine("%S RefreshMetroApps() failed. ErrCode = 0x%08X \r\n", kRefreshThreadName,
                                  static_cast<unsigned>(hr));
-    }
-    if (!isReserved) {
-        return;
     }
     if (PollExitEvent() == WAIT_TIMEOUT) {
         RefreshPrograms(places.commonPrograms);

@@ -3,6 +3,7 @@
 #include "standin/platform/ImportPatch.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <stdexcept>
 
@@ -62,10 +63,10 @@ constexpr std::size_t kMostImports = 512;
 std::vector<Import> g_imports;
 BYTE* g_entries = nullptr;
 DWORD g_watchedThread = 0;
-const CallGate::Fault* g_fault = nullptr;
+std::atomic<const CallGate::Fault*> g_fault = nullptr;
 std::set<std::size_t> g_faulty; // indexes of the fault's functions
-std::size_t g_faultyCalls = 0;
-bool g_hasRefused = false;
+std::atomic<std::size_t> g_faultyCalls = 0;
+std::atomic<bool> g_hasRefused = false;
 
 template <typename Type> Type* At(HMODULE module, ULONGLONG offset)
 {
@@ -107,13 +108,14 @@ void* QanhProofDecide(proof::GateCall* call) noexcept
 {
     const DWORD error = GetLastError();
     proof::Import& import = g_imports[call->index];
-    if (GetCurrentThreadId() == g_watchedThread) {
-        ++import.calls;
-        if (g_fault && g_faulty.contains(call->index)) {
+    const CallGate::Fault* const fault = g_fault;
+    if (GetCurrentThreadId() == g_watchedThread || (fault && fault->isForEveryThread)) {
+        ++std::atomic_ref(import.calls);
+        if (fault && g_faulty.contains(call->index)) {
             const std::size_t number = g_faultyCalls++;
-            if (number == g_fault->index || (g_fault->isLasting && number > g_fault->index)) {
+            if (number == fault->index || (fault->isLasting && number > fault->index)) {
                 SetLastError(error);
-                if (const auto result = g_fault->refusal(*call, import)) {
+                if (const auto result = fault->refusal(*call, import)) {
                     g_hasRefused = true;
                     call->result = *result;
                     return nullptr;

@@ -53,13 +53,16 @@ public:
     [[nodiscard]] static const std::vector<Import>& Imports();
 
     // From here on the calling thread's calls are counted, and one of them is refused: that of this index (0
-    // is the first) among all calls of these functions, and when it is lasting, all after it.
+    // is the first) among all calls of these functions, and when it is lasting, all after it. Calls of other
+    // threads are neither counted nor refused, unless the fault is for every thread; then the refusal may be
+    // asked by some at once.
     struct Fault
     {
         std::set<std::string> functions;
         std::size_t index = 0;
         bool isLasting = false;
         Refusal refusal;
+        bool isForEveryThread = false;
     };
     // The fault may be null, and must live until Ignore().
     static void Watch(const Fault* fault);

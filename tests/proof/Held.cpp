@@ -219,12 +219,14 @@ std::size_t Held::LookUps()
     return g_lookUps;
 }
 
-std::string Held::Describe()
+std::string Held::Describe(bool isMemoryCounted)
 {
     std::map<std::string, int> counts;
     AcquireSRWLockShared(&g_lock);
     for (const auto& [what, function] : g_held) {
-        ++counts[function];
+        if (isMemoryCounted || what.first != Kind::Memory) {
+            ++counts[function];
+        }
     }
     ReleaseSRWLockShared(&g_lock);
     std::string text;

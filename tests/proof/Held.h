@@ -18,7 +18,7 @@ public:
 
     static void Clear();
     // What is held, in words; empty: nothing.
-    [[nodiscard]] static std::string Describe();
+    [[nodiscard]] static std::string Describe(bool isMemoryCounted = true);
 
     // The C++ runtime in the library takes one of the process's 1,088 places for threads' values when it
     // raises its first exception, and keeps it when the library is unloaded: gives it back, so that the

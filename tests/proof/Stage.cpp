@@ -93,6 +93,23 @@ std::string PackageElement(const std::string& name, const std::string& displayNa
            "\" RubyDisplayName=\"x reading\" /></Package>";
 }
 
+std::optional<ULONG_PTR> RefuseMemory(const proof::GateCall&, const proof::Import&)
+{
+    return 0;
+}
+
+// Lets the library raise the one exception that leaves it, of which there must be no memory for the first
+// thing, and calls the function while it is there.
+template <typename Function> void Raise(const host::Library& library, Function whileRaised)
+{
+    BOOL isInstalled = FALSE;
+    try {
+        (void)library.isInstalledById(L"Vel.LongerThanAStringHoldsItself_0standin00000!App", &isInstalled);
+    } catch (const std::bad_alloc&) {
+        whileRaised();
+    }
+}
+
 } // namespace
 
 namespace proof {
@@ -190,7 +207,7 @@ void Stage::Reset(Operation operation)
     Held::Clear();
 }
 
-Outcome Stage::Run(Operation operation, const CallGate::Fault* fault)
+Outcome Stage::Run(Operation operation, const CallGate::Fault* fault, Runtime runtime)
 {
     Reset(operation);
     test::ScopedKey browser(HKEY_CURRENT_USER, test::kBrowserKey);
@@ -206,7 +223,7 @@ Outcome Stage::Run(Operation operation, const CallGate::Fault* fault)
     Outcome outcome;
     const auto before = static_cast<std::ptrdiff_t>(host::CountHandles());
     std::thread([&] {
-        RunOnThread(operation, fault, outcome);
+        RunOnThread(operation, fault, runtime, outcome);
         outcome.isApartmentKept = test::ApartmentOfThread() == test::Apartment::kNone;
     }).join();
     outcome.handles = static_cast<std::ptrdiff_t>(host::CountHandles()) - before -
@@ -215,16 +232,20 @@ Outcome Stage::Run(Operation operation, const CallGate::Fault* fault)
         CloseHandle(other);
     }
     outcome.tileSetting = browser.Dword(kTileSetting);
-    outcome.held = Held::Describe();
+    outcome.held = Held::Describe(runtime == Runtime::Warm);
     return outcome;
 }
 
-void Stage::RunOnThread(Operation operation, const CallGate::Fault* fault, Outcome& outcome)
+void Stage::RunOnThread(Operation operation, const CallGate::Fault* fault, Runtime runtime, Outcome& outcome)
 {
     Load();
+    if (runtime == Runtime::Warm) {
+        RaiseFirst();
+    }
     const bool isStart = operation == Operation::Start || operation == Operation::StartBeside;
     const bool isStop = operation == Operation::Stop || operation == Operation::StopOfHung;
-    const bool isPass = operation == Operation::Pass || operation == Operation::PassOfPlatform;
+    const bool isPass = operation == Operation::Pass || operation == Operation::PassOfPlatform ||
+                        operation == Operation::PassBesideLaunches;
     if (!isStart) {
         m_isUp = SUCCEEDED(m_library.initialize());
         outcome.namesBefore = Names();
@@ -269,30 +290,50 @@ void Stage::Load()
     std::map<std::string, void*> functions = Held::Functions();
     functions.merge(FakeDesk::Functions());
     CallGate::Install(m_library.module, functions);
-    RaiseFirst();
 }
 
 // The first exception makes the C++ runtime in the library ask for what it keeps for the next ones: some for
 // the process, some for each thread, to be used again by later threads, and none of it is given back. That is
-// counted with what it has asked for while it was loaded. Two threads of an operation raise at most. (The
-// very first allocation is the reserve's, whose failing raises nothing.)
+// counted with what it has asked for while it was loaded. Two threads of an operation raise at most.
 void Stage::RaiseFirst()
 {
     const auto raise = [this] {
-        const CallGate::Fault fault{
-            {"malloc"}, 1, false, [](const GateCall&, const Import&) { return ULONG_PTR{0}; }};
-        BOOL isInstalled = FALSE;
+        const CallGate::Fault fault{{"malloc"}, 0, false, RefuseMemory};
         CallGate::Watch(&fault);
-        try {
-            (void)m_library.isInstalledById(L"Vel.LongerThanAStringHoldsItself_0standin00000!App",
-                                            &isInstalled);
-        } catch (const std::bad_alloc&) {
-            Held::Clear();
-        }
+        Raise(m_library, Held::Clear);
         CallGate::Ignore();
     };
     raise();
     std::thread(raise).join();
+}
+
+int Stage::RaiseOnThreads(int threads, int rounds)
+{
+    std::atomic<int> raised = 0;
+    std::thread([&] {
+        Load();
+        const CallGate::Fault fault{{"malloc", "calloc", "realloc"}, 0, true, RefuseMemory, true};
+        for (int round = 0; round < rounds; ++round) {
+            const int all = raised + threads;
+            const auto waitForAll = [&] {
+                for (++raised; raised < all;) {
+                    SwitchToThread();
+                }
+            };
+            CallGate::Watch(&fault);
+            std::vector<std::thread> running;
+            for (int thread = 0; thread < threads; ++thread) {
+                running.emplace_back([&] { Raise(m_library, waitForAll); });
+            }
+            for (std::thread& thread : running) {
+                thread.join();
+            }
+            CallGate::Ignore();
+        }
+        Outcome outcome;
+        Unload(outcome);
+    }).join();
+    return raised;
 }
 
 void Stage::Unload(Outcome& outcome)

@@ -34,9 +34,12 @@ enum class Operation
     Activate,
     Release,
     Pass,
-    PassOfPlatform // the manifests are read by the platform's own interfaces
+    PassOfPlatform, // the manifests are read by the platform's own interfaces
+    // A pass, and launches beside it until it is over and once more; the fault is for every thread.
+    PassBesideLaunches
 };
 
+// Those that one thread does.
 inline constexpr Operation kOperations[] = {Operation::Start,
                                             Operation::StartBeside,
                                             Operation::Stop,
@@ -59,11 +62,21 @@ inline void PrintTo(Operation operation, std::ostream* stream)
     *stream << NameOf(operation);
 }
 
+// The C++ runtime in the library, at the first exception of an operation. Cold: as the host's first exception
+// finds it, with all that it asks for once still to be asked for; what it holds of that afterwards cannot be
+// told from a leak, so that memory is left out of the account.
+enum class Runtime
+{
+    Warm,
+    Cold
+};
+
 // How an operation went of which a call was made to fail, and what it left behind.
 struct Outcome
 {
     HRESULT result = S_OK; // a pass has its thread's exit code
     bool hasThrown = false;
+    bool hasLaunchFailed = false; // beside a pass, and not for want of memory
     std::string answer;           // what a query found, what a launch pasted
     std::vector<std::string> log; // its lines, without time stamps
     bool hasFailed = false;       // a call was refused
@@ -98,19 +111,25 @@ public:
     // Loads the library, brings it to where the operation can begin, runs that with the fault (none for
     // null), looks at what it left, takes the library down and unloads it: all of that on a thread of its
     // own.
-    [[nodiscard]] Outcome Run(Operation operation, const CallGate::Fault* fault);
+    [[nodiscard]] Outcome Run(Operation operation, const CallGate::Fault* fault,
+                              Runtime runtime = Runtime::Warm);
+
+    // Loads the library anew and lets so many threads at a time raise their first exception while there is no
+    // memory for any of them, and keep it until all have; so often, with other threads. Returns how many did.
+    [[nodiscard]] int RaiseOnThreads(int threads, int rounds);
 
     // Named when the process crashes or hangs.
     static void Say(std::string_view what);
 
 private:
     void Reset(Operation operation);
-    void RunOnThread(Operation operation, const CallGate::Fault* fault, Outcome& outcome);
+    void RunOnThread(Operation operation, const CallGate::Fault* fault, Runtime runtime, Outcome& outcome);
     void Load();
     void RaiseFirst();
     void Unload(Outcome& outcome);
     [[nodiscard]] HRESULT Carry(Operation operation, const CallGate::Fault* fault, Outcome& outcome);
     [[nodiscard]] DWORD RunPass(const CallGate::Fault* fault);
+    [[nodiscard]] DWORD RunPassBesideLaunches(const CallGate::Fault* fault, Outcome& outcome);
     [[nodiscard]] std::string Names();
     [[nodiscard]] std::string LogBytes() const;
     // The lines from this offset on.

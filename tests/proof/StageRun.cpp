@@ -5,9 +5,11 @@
 #include "support/LogCapture.h"
 #include "support/Text.h"
 
+#include <atomic>
 #include <new>
 #include <stdexcept>
 #include <string_view>
+#include <thread>
 
 namespace {
 
@@ -36,7 +38,8 @@ const char* NameOf(Operation operation)
                                       "Activate",
                                       "Release",
                                       "Pass",
-                                      "PassOfPlatform"};
+                                      "PassOfPlatform",
+                                      "PassBesideLaunches"};
     return kNames[static_cast<std::size_t>(operation)];
 }
 
@@ -48,6 +51,11 @@ HRESULT Stage::Carry(Operation operation, const CallGate::Fault* fault, Outcome&
     HRESULT hr = S_OK;
     if (operation == Operation::Pass || operation == Operation::PassOfPlatform) {
         const DWORD code = RunPass(fault);
+        outcome.hasFailed = CallGate::HasRefused();
+        return static_cast<HRESULT>(code);
+    }
+    if (operation == Operation::PassBesideLaunches) {
+        const DWORD code = RunPassBesideLaunches(fault, outcome);
         outcome.hasFailed = CallGate::HasRefused();
         return static_cast<HRESULT>(code);
     }
@@ -122,7 +130,9 @@ DWORD WINAPI BeginPass(void* parameter)
 {
     const PassStart start = *static_cast<PassStart*>(parameter);
     FakeDesk::refreshThreadId = GetCurrentThreadId();
-    CallGate::Watch(start.fault);
+    if (!start.fault || !start.fault->isForEveryThread) {
+        CallGate::Watch(start.fault);
+    }
     return start.procedure(start.argument);
 }
 
@@ -150,6 +160,28 @@ DWORD Stage::RunPass(const CallGate::Fault* fault)
     DWORD code = STILL_ACTIVE;
     GetExitCodeThread(thread, &code);
     CloseHandle(thread);
+    return code;
+}
+
+DWORD Stage::RunPassBesideLaunches(const CallGate::Fault* fault, Outcome& outcome)
+{
+    const auto launch = [&] {
+        const HRESULT hr = m_library.launchBySearch(kWanted, QANH_SEARCH_LAUNCH, TRUE);
+        outcome.hasLaunchFailed = outcome.hasLaunchFailed || (hr != S_OK && hr != E_OUTOFMEMORY);
+    };
+    DWORD code = STILL_ACTIVE;
+    std::atomic<bool> isOver = false;
+    CallGate::Watch(fault);
+    std::thread pass([&] {
+        code = RunPass(fault);
+        isOver = true;
+    });
+    while (!isOver) {
+        launch();
+    }
+    pass.join();
+    CallGate::Ignore();
+    launch();
     return code;
 }
 

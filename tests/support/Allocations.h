@@ -1,6 +1,5 @@
 #pragma once
 
-#include "common/MemoryReserve.h"
 #include "standin/ModulePath.h"
 #include "support/ImportPatch.h"
 
@@ -35,8 +34,6 @@ public:
     explicit AllocationWatch(std::size_t failingIndex = kNone, std::size_t failures = 1)
         : m_malloc("malloc", Allocate), m_free("free", Free)
     {
-        // An operation that finds it missing takes it again, and keeps it.
-        (void)MemoryReserve::Take();
         // The first exception of a thread allocates what the C++ runtime keeps for the next ones.
         try {
             throw std::bad_alloc();

@@ -1,112 +1,284 @@
 #include "common/MemoryReserve.h"
 
-#include "support/CapturingPatch.h"
+#include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
+#include <atomic>
+#include <cstdint>
 #include <cstdlib>
-#include <malloc.h>
+#include <cstring>
+#include <exception>
 #include <new>
 #include <vector>
 
 namespace {
 
-// What this program frees and asks for, in bytes: "free" as negative numbers.
-class MemoryWatch
+using MemoryReserve::kBlocks;
+using MemoryReserve::kBlockSize;
+
+// The platform has no memory for this program; what it frees is counted.
+class NoMemory
 {
 public:
-    MemoryWatch() : m_malloc("malloc", Allocate), m_free("free", Free) { s_calls.clear(); }
-    ~MemoryWatch() { s_refuses = false; }
+    NoMemory() { s_freed = 0; }
 
-    static inline bool s_refuses = false;
-    static inline std::vector<long long> s_calls = std::vector<long long>();
+    static inline std::atomic<int> s_freed = 0;
 
 private:
-    static void* Allocate(std::size_t size)
-    {
-        const bool isRefused = s_refuses;
-        Note(static_cast<long long>(size));
-        return isRefused ? nullptr : std::calloc(1, size);
-    }
-    static void Free(void* block)
-    {
-        if (block) {
-            // What was freed is there again.
-            s_refuses = false;
-            Note(-static_cast<long long>(_msize(block)));
-        }
-        void* const freed = std::realloc(block, 0);
-        (void)freed;
-    }
-    static void Note(long long call)
-    {
-        // The notes ask for no memory while it is watched.
-        if (s_calls.size() < s_calls.capacity()) {
-            s_calls.push_back(call);
-        }
-    }
+    static void Free(void*) { ++s_freed; } // a block less, until the end of the program
 
-    test::ImportPatch<void* (*)(std::size_t)> m_malloc;
-    test::ImportPatch<void (*)(void*)> m_free;
+    test::ImportPatch<void* (*)(std::size_t)> m_malloc{"malloc",
+                                                       [](std::size_t) -> void* { return nullptr; }};
+    test::ImportPatch<void* (*)(std::size_t, std::size_t)> m_calloc{
+        "calloc", [](std::size_t, std::size_t) -> void* { return nullptr; }};
+    test::ImportPatch<void* (*)(void*, std::size_t)> m_realloc{
+        "realloc", [](void*, std::size_t) -> void* { return nullptr; }};
+    test::ImportPatch<void (*)(void*)> m_free{"free", Free};
 };
-
-constexpr long long kReserve = 32768;
 
 // Not known to the compiler, which may leave an allocation out that nobody uses.
 void* volatile g_block = nullptr;
-
-class MemoryReserveUse : public testing::Test
+void* Kept(void* block)
 {
-protected:
-    MemoryReserveUse()
+    g_block = block;
+    return g_block;
+}
+
+// The checks of a test ask for memory: none while there is none.
+
+TEST(MemoryReserve, StepsInWhereThePlatformHasNone)
+{
+    void* blocks[kBlocks] = {};
+    unsigned count = 0;
+    void* oneMore = nullptr;
+    void* again = nullptr;
     {
-        MemoryWatch::s_calls.reserve(64);
-        EXPECT_TRUE(MemoryReserve::Take());
+        const NoMemory noMemory;
+        for (void*& block : blocks) {
+            block = Kept(std::malloc(kBlockSize));
+            if (block) {
+                std::memset(block, 0xAA, kBlockSize);
+                ++count;
+            }
+        }
+        oneMore = Kept(std::malloc(1));
+        std::free(blocks[3]);
+        again = Kept(std::malloc(1));
+        for (void* block : blocks) {
+            std::free(block);
+        }
+    }
+    EXPECT_EQ(count, kBlocks);
+    EXPECT_EQ(oneMore, nullptr);
+    EXPECT_EQ(again, blocks[3]);
+    EXPECT_EQ(NoMemory::s_freed, 0) << "its blocks are not the platform's";
+    for (std::size_t index = 1; index < kBlocks; ++index) {
+        EXPECT_EQ(static_cast<char*>(blocks[index]) - static_cast<char*>(blocks[index - 1]), kBlockSize);
+    }
+}
+
+TEST(MemoryReserve, LeavesAloneWhatThePlatformGives)
+{
+    void* const block = Kept(std::malloc(10));
+    void* fromReserve = nullptr;
+    {
+        const NoMemory noMemory;
+        fromReserve = Kept(std::malloc(10));
+        std::free(block);
+        std::free(nullptr);
+    }
+    EXPECT_NE(block, fromReserve);
+    EXPECT_EQ(NoMemory::s_freed, 2);
+    const auto atReserve = static_cast<char*>(fromReserve);
+    std::free(fromReserve);
+    EXPECT_FALSE(atReserve <= block && block < atReserve + kBlockSize);
+}
+
+TEST(MemoryReserve, ClearsWhatIsToBeClear)
+{
+    bool isClear = true;
+    void* tooLarge = nullptr;
+    void* tooMany = nullptr;
+    void* overflowing = nullptr;
+    {
+        const NoMemory noMemory;
+        void* const used = Kept(std::malloc(kBlockSize));
+        std::memset(used, 0xAA, kBlockSize);
+        std::free(used);
+        auto* const block = static_cast<char*>(Kept(std::calloc(4, kBlockSize / 4)));
+        for (unsigned index = 0; index < kBlockSize; ++index) {
+            isClear = isClear && block && block[index] == 0;
+        }
+        std::free(block);
+        tooLarge = Kept(std::malloc(kBlockSize + 1));
+        tooMany = Kept(std::calloc(2, kBlockSize / 2 + 1));
+        overflowing = Kept(std::calloc(SIZE_MAX / 2 + 2, 2)); // 2 bytes, were it not for the rest
+    }
+    EXPECT_TRUE(isClear);
+    EXPECT_EQ(tooLarge, nullptr);
+    EXPECT_EQ(tooMany, nullptr);
+    EXPECT_EQ(overflowing, nullptr);
+}
+
+TEST(MemoryReserve, GivesRoomToGrow)
+{
+    void* first = nullptr;
+    void* grown = nullptr;
+    void* tooLarge = nullptr;
+    void* ofPlatform = Kept(std::malloc(10));
+    void* stays = nullptr;
+    {
+        const NoMemory noMemory;
+        first = Kept(std::realloc(nullptr, 10));
+        if (first) {
+            std::memset(first, 'x', 10);
+        }
+        grown = Kept(std::realloc(first, kBlockSize));
+        tooLarge = Kept(std::realloc(grown, kBlockSize + 1));
+        stays = Kept(std::realloc(ofPlatform, 20));
+    }
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(grown, first);
+    EXPECT_EQ(tooLarge, nullptr);
+    EXPECT_EQ(stays, nullptr) << "a block of the platform's is not moved here";
+    std::free(ofPlatform);
+
+    auto* const moved = static_cast<char*>(std::realloc(first, kBlockSize + 1));
+    ASSERT_NE(moved, nullptr);
+    EXPECT_NE(moved, first);
+    EXPECT_EQ(std::string_view(moved, 10), "xxxxxxxxxx");
+    std::free(moved);
+    void* next = nullptr;
+    void* ended = &next;
+    {
+        const NoMemory noMemory;
+        next = Kept(std::malloc(1));
+        ended = std::realloc(next, 0);
+    }
+    EXPECT_EQ(next, first) << "it was given back";
+    EXPECT_EQ(ended, nullptr);
+}
+
+// How many blocks are free. To be called while there is no memory.
+unsigned FreeBlocks()
+{
+    void* blocks[kBlocks + 1] = {};
+    unsigned count = 0;
+    while (count <= kBlocks && (blocks[count] = Kept(std::malloc(1))) != nullptr) {
+        ++count;
+    }
+    for (unsigned index = 0; index < count; ++index) {
+        std::free(blocks[index]);
+    }
+    return count;
+}
+
+TEST(MemoryReserve, IsForTheRuntimeNotForTheLibrary)
+{
+    bool hasRaised = false;
+    unsigned meanwhile = 0;
+    {
+        const NoMemory noMemory;
+        try {
+            g_block = ::operator new(1);
+        } catch (const std::bad_alloc&) {
+            hasRaised = true;
+            meanwhile = FreeBlocks();
+        }
+    }
+    EXPECT_TRUE(hasRaised);
+    EXPECT_LT(meanwhile, kBlocks) << "the exception is there";
+    g_block = ::operator new(0);
+    EXPECT_NE(g_block, nullptr);
+    ::operator delete(g_block);
+}
+
+// Threads of the platform's that raise their first exception while there is no memory, all at the same time.
+class FirstExceptions
+{
+public:
+    explicit FirstExceptions(int threads)
+    {
+        for (int thread = 0; thread < threads; ++thread) {
+            m_threads.push_back(CreateThread(nullptr, 0, Raise, this, 0, nullptr));
+        }
+    }
+    ~FirstExceptions()
+    {
+        for (const HANDLE thread : m_threads) {
+            CloseHandle(thread);
+        }
+    }
+    FirstExceptions(const FirstExceptions&) = delete;
+    FirstExceptions& operator=(const FirstExceptions&) = delete;
+
+    // While there is no memory.
+    void Begin()
+    {
+        m_mayRaise = true;
+        while (m_raised < static_cast<int>(m_threads.size())) {
+            SwitchToThread();
+        }
+    }
+    void End()
+    {
+        m_mayEnd = true;
+        for (const HANDLE thread : m_threads) {
+            WaitForSingleObject(thread, INFINITE);
+        }
     }
 
-    // Leaves the process without a reserve.
-    static bool RaisesWithoutMemory()
+private:
+    static DWORD WINAPI Raise(void* parameter)
     {
-        MemoryWatch::s_refuses = true;
-        try {
-            g_block = ::operator new(100);
-        } catch (const std::bad_alloc&) {
-            return true;
+        auto* const self = static_cast<FirstExceptions*>(parameter);
+        while (!self->m_mayRaise) {
+            SwitchToThread();
         }
-        return false;
+        try {
+            g_block = ::operator new(1);
+        } catch (const std::bad_alloc&) {
+            ++self->m_raised;
+            while (!self->m_mayEnd) {
+                SwitchToThread();
+            }
+        }
+        return 0;
     }
+
+    std::vector<HANDLE> m_threads;
+    std::atomic<bool> m_mayRaise = false;
+    std::atomic<bool> m_mayEnd = false;
+    std::atomic<int> m_raised = 0;
 };
 
-TEST_F(MemoryReserveUse, IsGivenBackBeforeTheExceptionIsMade)
+unsigned FreeBlocksAtOnce(int threads)
 {
-    const MemoryWatch watch;
-    EXPECT_TRUE(RaisesWithoutMemory());
-    ASSERT_GE(MemoryWatch::s_calls.size(), 3u);
-    EXPECT_EQ(MemoryWatch::s_calls[0], 100);
-    EXPECT_EQ(MemoryWatch::s_calls[1], -kReserve);
-    EXPECT_GT(MemoryWatch::s_calls[2], 0) << "the exception";
+    FirstExceptions exceptions(threads);
+    unsigned free = 0;
+    {
+        const NoMemory noMemory;
+        exceptions.Begin();
+        free = FreeBlocks();
+    }
+    exceptions.End();
+    return free;
 }
 
-TEST_F(MemoryReserveUse, IsTakenAgain)
+TEST(MemoryReserve, SufficesForSevenThreadsAtOnce)
 {
-    const MemoryWatch watch;
-    EXPECT_TRUE(RaisesWithoutMemory());
-    MemoryWatch::s_calls.clear();
-    const bool isTaken = MemoryReserve::Take() && MemoryReserve::Take();
-    const std::size_t calls = MemoryWatch::s_calls.size();
-    EXPECT_TRUE(isTaken);
-    EXPECT_EQ(calls, 1u) << "once";
-    EXPECT_EQ(MemoryWatch::s_calls[0], kReserve);
+    EXPECT_GT(FreeBlocksAtOnce(7), 0u);
 }
 
-TEST_F(MemoryReserveUse, IsMissedWithoutMemory)
+TEST(MemoryReserve, IsThereForTheNextThreadsAgain)
 {
-    const MemoryWatch watch;
-    EXPECT_TRUE(RaisesWithoutMemory());
-    MemoryWatch::s_refuses = true;
-    EXPECT_FALSE(MemoryReserve::Take());
-    MemoryWatch::s_refuses = false;
-    EXPECT_TRUE(MemoryReserve::Take());
+    const unsigned free = FreeBlocksAtOnce(7);
+    for (int round = 0; round < 20; ++round) {
+        EXPECT_EQ(FreeBlocksAtOnce(7), free) << round;
+    }
 }
 
 } // namespace
