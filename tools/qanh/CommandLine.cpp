@@ -156,7 +156,7 @@ void Describe(CLI::App& tool, Values& values)
         tool, "preset",
         "Makes a preset of a catalogue, or of this machine's Start menu when none is named. It goes to "
         "standard output, or to a new file.",
-        "qanh preset make --host Launcher --reserve \"Contoso*\" -o PresetAppNameList.xml");
+        "qanh preset make --host Launcher --reserve \"Mail*\" -o PresetAppNameList.xml");
     preset->add_option("ACTION", values.action, "What is to be done: make")
         ->required()
         ->check(OneOf({"make"}));

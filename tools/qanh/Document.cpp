@@ -125,8 +125,9 @@ Document ReadDocument(const std::wstring& path)
                 open.push_back(element.place);
             }
         } else if (place.type == XmlNodeType_EndElement && !open.empty() &&
-                   open.back() != Place{place.line, place.position}) {
-            // Some readers close by themselves what the end of the file leaves open, where it was opened.
+                   std::find(open.begin(), open.end(), Place{place.line, place.position}) == open.end()) {
+            // Some readers close by themselves what the end of the file leaves open: there, where it was
+            // opened.
             open.pop_back();
         }
     }
