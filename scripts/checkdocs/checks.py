@@ -90,18 +90,33 @@ def check_pascal(block):
         return run("fpc", "-Mdelphiunicode", "-Cn", "-v0e", f"-FU{folder}", path)
 
 
-def check_rust(block):
-    """The imports of the block are for Windows only."""
-    target = "x86_64-pc-windows-gnu"
+OLDEST_RUST = (1, 82)  # has "unsafe extern"
+
+
+def rust_version():
+    """That of the compiler at hand."""
     if not shutil.which("rustc"):
         raise NoCompiler("rustc")
+    text = subprocess.run(["rustc", "--version"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, encoding="utf-8",
+                          check=False).stdout
+    found = re.match(r"rustc (\d+)\.(\d+)", text)
+    return (int(found[1]), int(found[2])) if found else (0, 0)
+
+
+def check_rust(block):
+    """Everything but code is made of it. For Windows when the compiler has its libraries, or else for this machine, on
+    which an import is of another kind."""
+    if rust_version() < OLDEST_RUST:
+        raise NoCompiler("rustc {}.{}".format(*OLDEST_RUST))
+    target = "x86_64-pc-windows-gnu"
     library = subprocess.run(["rustc", "--print", "target-libdir", "--target", target], stdout=subprocess.PIPE,
                              stderr=subprocess.DEVNULL, encoding="utf-8", check=False).stdout.strip()
+    options, text = ["--target", target], block.text
     if not os.path.isdir(library):
-        raise NoCompiler(f"rustc for {target}")
+        options, text = [], text.replace('kind = "raw-dylib"', 'kind = "dylib"')
     with tempfile.TemporaryDirectory() as folder:
-        return compile_with(("rustc", "--edition=2021", "--crate-type=lib", "--emit=metadata", "--target", target,
-                             "--out-dir", folder), ".rs", block.text)
+        return compile_with(("rustc", "--edition=2021", "--crate-type=lib", "--emit=metadata", "-Dwarnings", *options,
+                             "--out-dir", folder), ".rs", text)
 
 
 def check_python(block):
@@ -142,7 +157,9 @@ def check_reg(block):
 
 def check_cmake(block):
     """That it can be read: the commands that want a project do nothing."""
-    nothing = "".join(f"function({name})\nendfunction()\n" for name in ("find_package", "target_link_libraries"))
+    nothing = "".join(f"function({name})\nendfunction()\n" for name in (
+        "add_executable", "find_package", "project", "target_compile_features", "target_link_libraries",
+        "target_link_options"))
     return compile_with(("cmake", "-P"), ".cmake", nothing + block.text)
 
 

@@ -91,6 +91,16 @@ class Checks(unittest.TestCase):
         self.assertEqual(checks.check_csharp(sharp), "")
         self.assertNotEqual(checks.check_csharp(sharp[1:]), "")
 
+    def test_rust(self):
+        start = '#[link(name = "A", kind = "raw-dylib")]\nunsafe extern "system" {\n    pub fn F(a: u32) -> i32;\n}\n'
+        try:
+            self.assert_good(checks.check_rust, start + "pub fn g() -> i32 {\n    unsafe { F(1) }\n}\n")
+        except checks.NoCompiler as missing:
+            self.skipTest(f"no {missing}")
+        self.assert_bad(checks.check_rust, start + "pub fn g() -> i32 {\n    F(1)\n}\n",
+                        start + 'pub fn g() -> i32 {\n    unsafe { F("1") }\n}\n',
+                        start + "pub fn g() {\n    let unused = 1;\n}\n")
+
     def test_parsed_kinds(self):
         self.assert_good(checks.check_python, "a = 1\n")
         self.assert_bad(checks.check_python, "a = \n")

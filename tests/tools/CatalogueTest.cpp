@@ -29,7 +29,8 @@ TEST_F(ToolCatalogue, IsFoundForAHost)
     const ScopedEnvironment localAppData(L"LOCALAPPDATA", m_folder.Path().c_str());
     MakeFolder(m_folder / L"Vel\\QanHelper\\ランチャー");
     WriteFileBytes(m_folder / L"Vel\\QanHelper\\ランチャー\\AppNameList.xml", kCatalogue);
-    for (const wchar_t* host : {L"ランチャー", L"ランチャー.exe", L"C:\\Tools\\ランチャー.exe"}) {
+    for (const wchar_t* host : {L"ランチャー", L"ランチャー.exe", L"C:\\Tools\\ランチャー.exe",
+                                L"C:/Tools/ランチャー.exe", L"Tools/ランチャー.exe"}) {
         EXPECT_EQ(RunTool({L"list", L"--host", host}), (ToolResult{kMail, "", 0}));
     }
     // Before the command too, and with a backslash at the end of the folder.
@@ -60,6 +61,34 @@ TEST_F(ToolCatalogue, CannotBeToldWithoutTheFolderOfTheUser)
                     "qanh: cannot tell where the catalogues are: LOCALAPPDATA is not set: 0x80004005 E_FAIL "
                     "(the system does not say why)\n",
                     3}));
+}
+
+TEST_F(ToolCatalogue, ThatCannotBeReadIsAnErrorInJsonToo)
+{
+    const std::wstring path = m_folder / L"無い.xml";
+    std::string jsonPath = ToUtf8(path);
+    ReplaceAll(jsonPath, "\\", "\\\\");
+    const std::string meaning = "0x80070002 ERROR_FILE_NOT_FOUND (there is no such file)";
+    const ToolResult expected{"{\n"
+                              "  \"Error\": {\n"
+                              "    \"Text\": \"cannot read " +
+                                  jsonPath +
+                                  "\",\n"
+                                  "    \"Result\": \"0x80070002\",\n"
+                                  "    \"Meaning\": \"" +
+                                  meaning +
+                                  "\"\n"
+                                  "  }\n"
+                                  "}\n",
+                              "qanh: cannot read " + ToUtf8(path) + ": " + meaning + "\n", 3};
+    for (const wchar_t* command : {L"list", L"show a", L"explain a", L"check", L"preset make"}) {
+        EXPECT_EQ(RunCommandLine(std::wstring(command) + L" --json --catalogue \"" + path + L"\""), expected);
+    }
+    EXPECT_EQ(RunTool({L"--json", L"diff", path, path}), expected);
+    EXPECT_EQ(RunTool({L"log", L"--json", L"--log", path}), expected);
+    // A command line that was not understood has no answer of any kind.
+    EXPECT_EQ(RunTool({L"list", L"--json"}).output, "");
+    EXPECT_EQ(RunTool({L"list", L"--json"}).status, 2u);
 }
 
 TEST_F(ToolCatalogue, MustBeNamedOnce)

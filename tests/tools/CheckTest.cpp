@@ -172,11 +172,31 @@ TEST_F(ToolCheck, LooksForShortcutsWhereTheyShouldBe)
 
 TEST_F(ToolCheck, KnowsAFileThatTheLibraryWroteFromAPreset)
 {
-    const ToolResult result = Check("<Applications>\n  <MetroApps />\n  <DesktopApps />");
-    EXPECT_THAT(result.output,
-                HasSubstr("\tnote\tthe root is not closed: as the library writes it, and no preset\n"
-                          "Fit as a preset: no\n"));
-    EXPECT_EQ(result.status, 0u);
+    for (const char* text :
+         {"<Applications>\n  <MetroApps />\n  <DesktopApps />",
+          "<Applications>\n  <MetroApps />\n  <DesktopApps>\n    <DesktopApp DisplayName=\"a\" "
+          "LnkFileName=\"C:\\a.lnk\" />\n  </DesktopApps>"}) {
+        const ToolResult result = Check(text);
+        EXPECT_THAT(result.output,
+                    HasSubstr("\tnote\tthe root is not closed: as the library writes it, and no preset\n"
+                              "Fit as a preset: no\n"))
+            << text;
+        EXPECT_EQ(result.status, 0u) << text;
+    }
+}
+
+// Some readers close by themselves what the end of a file leaves open.
+TEST_F(ToolCheck, IsNotTakenInByAnEndTagThatIsNotThere)
+{
+    for (const char* text : {"<Applications><MetroApps><Package></Package>",
+                             "<Applications><DesktopApps><DesktopApp></DesktopApp>"}) {
+        const ToolResult result = Check(text);
+        EXPECT_THAT(result.output, HasSubstr("\tproblem\tthe reading ends here: 0xC00CEE01")) << text;
+        EXPECT_THAT(result.output, EndsWith("Fit as a preset: no\n")) << text;
+        EXPECT_EQ(result.status, 1u) << text;
+    }
+    EXPECT_THAT(Check("<Applications><Applications></Applications>").output,
+                EndsWith("Fit as a preset: no\n"));
 }
 
 TEST_F(ToolCheck, TellsWhereTheReadingEnds)
@@ -223,7 +243,8 @@ TEST_F(ToolCheck, IsJson)
 
 TEST_F(ToolCheck, OfAnEmptyFileHasNoPreset)
 {
-    EXPECT_THAT(Check("").output, HasSubstr("Fit as a preset: no\n"));
+    EXPECT_EQ(Check("").output, "1:1\tproblem\tthe reading ends here: 0xC00CEE01 MX_E_INPUTEND (the document "
+                                "ends too early)\nFit as a preset: no\n");
 }
 
 TEST_F(ToolCheck, RefusesWrongUse)

@@ -42,7 +42,10 @@ TEST(ToolCommandLine, HelpTellsOfEveryCommandAndOfTheStatuses)
               "--catalogue ",
               "--host ",
               "--json ",
-              "Exit status: 0 done, 1 the answer is no or problems were found, 2 wrong use, 3 failed."}) {
+              "\nCommands that only look:\n",
+              "\nCommands that drive the library, and say before what they do:\n",
+              "\nExit status:\n  0  done\n  1  the answer is no, or problems were found\n  2  wrong use\n"
+              "  3  failed\n"}) {
             EXPECT_THAT(result.output, HasSubstr(part));
         }
         EXPECT_EQ(result.problems, "");
@@ -61,6 +64,57 @@ TEST(ToolCommandLine, HelpExplainsACommandWithAnExample)
         EXPECT_EQ(result.problems, "");
         EXPECT_EQ(result.status, 0u);
         EXPECT_EQ(RunCommandLine(command + L" --help"), result);
+    }
+}
+
+TEST(ToolCommandLine, HelpFitsAConsole)
+{
+    for (const std::wstring command :
+         {L"", L"list", L"show", L"explain", L"check", L"diff", L"log", L"doctor", L"preset", L"report",
+          L"help", L"launch", L"browser", L"activate", L"installed", L"name", L"refresh"}) {
+        for (const std::string& line : Split(RunCommandLine(L"help " + command).output, "\n")) {
+            EXPECT_LE(line.size(), 79u) << line;
+            EXPECT_FALSE(line.ends_with(" ")) << line;
+        }
+    }
+    EXPECT_EQ(RunCommandLine(L"help list").output,
+              "Usage: qanh list [options]\n"
+              "\n"
+              "Lists the applications of the catalogue: kind, name, package or shortcut, and\n"
+              "what is special, with tabs between.\n"
+              "\n"
+              "Options:\n"
+              "  -h,--help     Explain the command\n"
+              "  --kind KIND   Only applications of this kind: store or desktop\n"
+              "  --match TEXT  Only applications with this text in a name, reading, package or\n"
+              "                shortcut\n"
+              "\n"
+              "Example:\n"
+              "  qanh list --host Launcher --match mail\n"
+              "\n"
+              "--catalogue FILE, --log FILE or --host NAME says what to look at, --json asks\n"
+              "for JSON. See docs/qanh.md.\n");
+    EXPECT_THAT(RunCommandLine(L"help check").output,
+                AllOf(StartsWith("Usage: qanh check [FILE] [options]\n"),
+                      HasSubstr("\nArguments:\n  FILE  The file; without one, the catalogue\n")));
+}
+
+TEST(ToolCommandLine, TellsWhatAnOptionCanHave)
+{
+    const std::pair<const wchar_t*, const char*> problems[] = {
+        {L"list --kind shop", "--kind: there is no \"shop\", but store, desktop"},
+        {L"preset unmake", "ACTION: there is no \"unmake\", but make"},
+        {L"log --slow 0", "--slow: \"0\" is no number from 1 to 100000"},
+        {L"log --slow 100001", "--slow: \"100001\" is no number from 1 to 100000"},
+        {L"log --slow 3x", "--slow: \"3x\" is no number from 1 to 100000"},
+        {L"log --code-page ja", "--code-page: \"ja\" is no number from 1 to 65535"},
+        {L"list 余り more", "\"余り\" is more than the command takes"},
+        {L"list --odd", "\"--odd\" is more than the command takes"},
+    };
+    for (const auto& [commandLine, problem] : problems) {
+        EXPECT_EQ(
+            RunCommandLine(commandLine),
+            (ToolResult{"", "qanh: " + std::string(problem) + "\n\"qanh help\" tells what there is.\n", 2}));
     }
 }
 

@@ -161,6 +161,22 @@ TEST_F(ToolDoctor, MissesTheFilesOfAHostThatNeverRan)
                 ElementsAre(StartsWith("warning\tpreset\tthere is none: ")));
 }
 
+TEST_F(ToolDoctorOfFiles, TellsWhichHostsThereAre)
+{
+    EXPECT_THAT(Ask("hosts"), ElementsAre("ok\thosts\tnone has a catalogue of this user"));
+    WriteFileBytes(m_catalogue, kMail);
+    MakeFolder(m_folder / L"Vel\\QanHelper\\メール");
+    WriteFileBytes(m_folder / L"Vel\\QanHelper\\メール\\AppNameList.xml", kMail);
+    MakeFolder(m_folder / L"Vel\\QanHelper\\Another"); // without a catalogue
+    EXPECT_THAT(Ask("hosts"),
+                ElementsAre(AnyOf("ok\thosts\twith a catalogue of this user: Launcher, メール",
+                                  "ok\thosts\twith a catalogue of this user: メール, Launcher")));
+    EXPECT_THAT(AskOfHost("hosts"), IsEmpty());
+    const ScopedEnvironment noFolder(L"LOCALAPPDATA", nullptr);
+    EXPECT_THAT(Ask("hosts"), ElementsAre(StartsWith("problem\thosts\tcannot tell where the catalogues are: "
+                                                     "LOCALAPPDATA is not set\n\t\t")));
+}
+
 TEST_F(ToolDoctorOfFiles, TellsOfTheCatalogue)
 {
     WriteFileBytes(m_catalogue, kMail);

@@ -39,7 +39,7 @@ std::wstring FileOfHost(const std::wstring& host, const wchar_t* file)
 std::wstring CataloguePath(const CommandLine& line)
 {
     if (!line.host.empty()) {
-        return FileOfHost(line.host, L"AppNameList.xml");
+        return FileOfHost(line.host, kCatalogueFile);
     }
     if (line.catalogue.empty()) {
         throw WrongUse{L"which catalogue? Give --catalogue FILE or --host NAME"};

@@ -5,6 +5,8 @@
 
 #include <string>
 
+inline constexpr wchar_t kCatalogueFile[] = L"AppNameList.xml";
+
 // Where the catalogue is that the command line names. Throws WrongUse when it names none.
 [[nodiscard]] std::wstring CataloguePath(const CommandLine& line);
 

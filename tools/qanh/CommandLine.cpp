@@ -1,7 +1,9 @@
 #include "CommandLine.h"
 
+#include "Choices.h"
 #include "DriveCommandLine.h"
 #include "Failure.h"
+#include "HelpText.h"
 #include "QanHelper.h"
 #include "Text.h"
 
@@ -53,6 +55,7 @@ CLI::App* AddCommand(CLI::App& tool, const char* name, const char* description, 
 {
     CLI::App* command = tool.add_subcommand(name, description);
     command->fallthrough(); // so that the options of every command may stand behind it too
+    command->group(kLookingGroup);
     command->footer("Example:\n  " + example + "\n\n" + end);
     return command;
 }
@@ -63,22 +66,29 @@ void AddCodePage(CLI::App* command, Values& values)
     command
         ->add_option("--code-page", values.codePage,
                      "The code page of the log's text, such as 932, when it comes from another machine")
-        ->check(CLI::Range(1, 65535));
+        ->check(NumberFrom(1, 65535))
+        ->type_name("NUMBER");
 }
 
 void Describe(CLI::App& tool, Values& values)
 {
     tool.allow_windows_style_options(false); // a name may begin with "/"
     tool.require_subcommand(1);
-    tool.footer(
-        "qanh help COMMAND explains a command.\nExit status: 0 done, 1 the answer is no or problems were "
-        "found, 2 wrong use, 3 failed.");
+    tool.set_help_flag("-h,--help", "Explain the command");
+    tool.footer("qanh help COMMAND explains a command, with an example.\n"
+                "Exit status:\n"
+                "  0  done\n"
+                "  1  the answer is no, or problems were found\n"
+                "  2  wrong use\n"
+                "  3  failed");
     CLI::Option* catalogue =
-        tool.add_option("--catalogue", values.catalogue, "The catalogue file to look at");
+        tool.add_option("--catalogue", values.catalogue, "The catalogue file to look at")->type_name("FILE");
     tool.add_option("--host", values.host,
-                    "Look at the catalogue and the log of the host of this name, of this user")
-        ->excludes(catalogue);
-    tool.add_option("--log", values.log, "The diagnostic log to look at");
+                    "Look at the catalogue and the log of the host of this name, of this user; the path of "
+                    "its executable will do as well")
+        ->excludes(catalogue)
+        ->type_name("NAME");
+    tool.add_option("--log", values.log, "The diagnostic log to look at")->type_name("FILE");
     tool.add_flag("--json", values.isJson, "Answer in JSON");
     tool.set_version_flag("--version", std::string(kTool) + " " + QANH_VERSION_STRING + "\n",
                           "Tell the version of the tool");
@@ -89,9 +99,11 @@ void Describe(CLI::App& tool, Values& values)
                    "special, with tabs between.",
                    "qanh list --host Launcher --match mail");
     list->add_option("--kind", values.kind, "Only applications of this kind: store or desktop")
-        ->check(CLI::IsMember({"store", "desktop"}));
+        ->check(OneOf({"store", "desktop"}))
+        ->type_name("KIND");
     list->add_option("--match", values.match,
-                     "Only applications with this text in a name, reading, package or shortcut");
+                     "Only applications with this text in a name, reading, package or shortcut")
+        ->type_name("TEXT");
 
     CLI::App* show = AddCommand(tool, "show", "Shows all that the catalogue holds of an application.",
                                 "qanh show \"Web mail\" --host Launcher");
@@ -130,7 +142,8 @@ void Describe(CLI::App& tool, Values& values)
     log->add_flag("--times", values.isTimes, "Only the launches and the refresh passes")->excludes(tree);
     log->add_option("--slow", values.slow,
                     "Only that many of the operations that took the most time of their own")
-        ->check(CLI::Range(1, 100000));
+        ->check(NumberFrom(1, 100000))
+        ->type_name("N");
     log->add_flag("--errors", values.isErrors, "Only what failed");
     AddCodePage(log, values);
 
@@ -143,23 +156,27 @@ void Describe(CLI::App& tool, Values& values)
         tool, "preset",
         "Makes a preset of a catalogue, or of this machine's Start menu when none is named. It goes to "
         "standard output, or to a new file.",
-        "qanh preset make --host Launcher --reserve \"Contoso*\" -o PresetAppNameList.xml");
+        "qanh preset make --host Launcher --reserve \"Mail*\" -o PresetAppNameList.xml");
     preset->add_option("ACTION", values.action, "What is to be done: make")
         ->required()
-        ->check(CLI::IsMember({"make"}));
-    preset->add_option("--from", values.from, "The catalogue file to make it of");
-    preset->add_option(
-        "--reserve", values.reserve,
-        "Keep those with such a name, package or shortcut in the catalogue, installed or not; * and ? "
-        "stand for any text and any letter");
-    preset->add_option("-o,--output", values.output, "The file to make");
+        ->check(OneOf({"make"}));
+    preset->add_option("--from", values.from, "The catalogue file to make it of")->type_name("FILE");
+    preset
+        ->add_option(
+            "--reserve", values.reserve,
+            "Keep those with such a name, package or shortcut in the catalogue, installed or not; * and ? "
+            "stand for any text and any letter, and a \";\" stands between several")
+        ->type_name("PATTERN");
+    preset->add_option("-o,--output", values.output, "The file to make")->type_name("FILE");
 
     CLI::App* report =
         AddCommand(tool, "report",
                    "Puts catalogue, settings, problems and log into one page for a browser, with a "
                    "search field that shows the query of a launch. For a support case.",
                    "qanh report --host Launcher -o report.html");
-    report->add_option("-o,--output", values.output, "The file to make")->required();
+    report->add_option("-o,--output", values.output, "The file to make; required")
+        ->required()
+        ->type_name("FILE");
     AddCodePage(report, values);
 
     DescribeDriving(tool, values.drive, values.name);
@@ -175,10 +192,10 @@ std::wstring HelpText(const std::string& command)
     Values values;
     Describe(tool, values);
     if (command.empty()) {
-        return FromUtf8(tool.help());
+        return FromUtf8(HelpOf(tool, kTool));
     }
     try {
-        return FromUtf8(tool.get_subcommand(command)->help(kTool));
+        return FromUtf8(HelpOf(*tool.get_subcommand(command), std::string(kTool) + " " + command));
     } catch (const CLI::OptionNotFound&) {
         throw WrongUse{L"there is no command \"" + FromUtf8(command) + L"\""};
     }
@@ -225,6 +242,11 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     } catch (const CLI::CallForVersion& version) {
         line.help = FromUtf8(version.what());
         return line;
+    } catch (const CLI::ExtrasError& error) {
+        ThrowForNoCommand(tool, error);
+        const std::vector<std::string> extra = tool.remaining(true);
+        throw WrongUse{L"\"" + FromUtf8(extra.empty() ? error.what() : extra.front()) +
+                       L"\" is more than the command takes"};
     } catch (const CLI::ParseError& error) {
         ThrowForNoCommand(tool, error);
         throw WrongUse{FromUtf8(error.what())};
@@ -235,6 +257,8 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     }
     line.catalogue = FromUtf8(values.catalogue);
     line.host = FromUtf8(values.host);
+    // No name of an executable has a slash in it: it is a path as other shells write it.
+    std::replace(line.host.begin(), line.host.end(), L'/', L'\\');
     line.isJson = values.isJson;
     line.kind = FromUtf8(values.kind);
     line.match = FromUtf8(values.match);

@@ -30,7 +30,8 @@ using Diagnoses = std::vector<Diagnosis>;
 // Windows, the search pane, and with which rights the tool itself runs.
 void DiagnoseSystem(Diagnoses& diagnoses);
 void DiagnoseSettings(Diagnoses& diagnoses);
-// The catalogue and the preset, as far as the command line names them.
+// The catalogue and the preset, as far as the command line names them; when it names nothing, which hosts
+// there are.
 void DiagnoseCatalogue(const CommandLine& line, Diagnoses& diagnoses);
 void DiagnoseLog(const CommandLine& line, Diagnoses& diagnoses);
 // The processes of the host and the objects by which they agree.

@@ -5,6 +5,7 @@
 #include "Document.h"
 #include "Failure.h"
 #include "Findings.h"
+#include "FolderEntries.h"
 #include "LogTexts.h"
 #include "common/FormatText.h"
 #include "common/Xml.h"
@@ -89,6 +90,30 @@ void DiagnosePreset(const std::wstring& host, Diagnoses& diagnoses)
                           L"ship one, even an empty one: without it, a second process may fail to start"});
 }
 
+// For somebody who does not know what the host is called.
+void DiagnoseHosts(Diagnoses& diagnoses)
+{
+    try {
+        std::wstring names;
+        std::wstring pattern = FileOfHost(L"*", L"");
+        pattern.pop_back(); // the backslash behind it
+        ForEachEntry(pattern, [&names](const WIN32_FIND_DATAW& entry) {
+            const std::wstring name = entry.cFileName;
+            if (name.front() != L'.' && FactsOf(FileOfHost(name, kCatalogueFile))) {
+                names += (names.empty() ? L"" : L", ") + name;
+            }
+        });
+        diagnoses.push_back({Level::Ok, L"hosts",
+                             names.empty() ? L"none has a catalogue of this user"
+                                           : L"with a catalogue of this user: " + names,
+                             L""});
+    } catch (const Failure& failure) {
+        diagnoses.push_back({Level::Problem, L"hosts", failure.what,
+                             L"the library needs this variable as well: ask again with the user's whole "
+                             L"environment"});
+    }
+}
+
 } // namespace
 
 std::wstring SizeText(unsigned long long bytes)
@@ -121,6 +146,9 @@ std::wstring AgeText(unsigned long long seconds)
 void DiagnoseCatalogue(const CommandLine& line, Diagnoses& diagnoses)
 {
     if (line.host.empty() && line.catalogue.empty()) {
+        if (line.log.empty()) {
+            DiagnoseHosts(diagnoses);
+        }
         return;
     }
     DiagnosePreset(line.host, diagnoses);

@@ -161,5 +161,5 @@ void DiagnoseProcesses(const std::wstring& host, Diagnoses& diagnoses)
         DiagnoseProcess(process, diagnoses);
     }
     DiagnoseInstanceMutex(name, !processes.empty(), diagnoses);
-    DiagnoseTurn(FileOfHost(host, L"AppNameList.xml"), diagnoses);
+    DiagnoseTurn(FileOfHost(host, kCatalogueFile), diagnoses);
 }

@@ -112,25 +112,29 @@ Document ReadDocument(const std::wstring& path)
     }
     Document document;
     Nesting nesting;
+    std::vector<Place> open;
     Xml::NodePlace place = Xml::PlaceOf(reader.Get());
     while ((document.ended = Xml::ReadNode(reader.Get(), place)) == S_OK) {
-        UINT depth = 0;
-        (void)reader->GetDepth(&depth);
         if (place.IsElement()) {
+            UINT depth = 0;
+            (void)reader->GetDepth(&depth);
             const bool isEmpty = reader->IsEmptyElement();
             DocumentElement& element = document.elements.emplace_back(ElementAt(reader.Get()));
             element.isSkipped = nesting.IsSkipped(element.name, depth);
-            if (isEmpty) {
-                document.isWhole = document.isWhole || depth == 0;
-            } else {
-                ++document.open;
+            if (!isEmpty) {
+                open.push_back(element.place);
             }
-        } else if (place.type == XmlNodeType_EndElement) {
-            --document.open;
-            // An end tag counts as one deeper than its element: this is the root's.
-            document.isWhole = document.isWhole || depth <= 1;
+        } else if (place.type == XmlNodeType_EndElement && !open.empty() &&
+                   std::find(open.begin(), open.end(), Place{place.line, place.position}) == open.end()) {
+            // Some readers close by themselves what the end of the file leaves open: there, where it was
+            // opened.
+            open.pop_back();
         }
     }
+    document.open = open.size();
+    document.isWhole = !document.elements.empty() && open.empty();
     document.end = PlaceOf(reader.Get());
+    // Of a file with nothing in it the reader tells no place.
+    document.end = {std::max(document.end.line, 1u), std::max(document.end.column, 1u)};
     return document;
 }

@@ -10,6 +10,8 @@ struct Place
 {
     unsigned line = 0;
     unsigned column = 0;
+
+    friend bool operator==(const Place&, const Place&) = default;
 };
 
 struct DocumentAttribute
@@ -34,7 +36,7 @@ struct Document
 {
     std::vector<DocumentElement> elements;
     bool isWhole = false;    // its root is closed
-    unsigned open = 0;       // elements that the end of the reading leaves open
+    std::size_t open = 0;    // elements that the end of the reading leaves open
     HRESULT ended = S_FALSE; // what ended the reading; a failure: not the end of the document
     Place end;
 

@@ -1,13 +1,13 @@
 #include "DriveCommandLine.h"
 
+#include "Choices.h"
+#include "HelpText.h"
 #include "QanHelper.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
 
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -20,28 +20,12 @@ CLI::App* AddCommand(CLI::App& tool, DriveValues& values, const char* name, cons
 {
     CLI::App* command = tool.add_subcommand(name, description);
     command->fallthrough(); // so that the options of every command may stand behind it too
-    command->add_option("--dll", values.dll, "The library's file, when it is not beside qanh.exe");
+    command->group(kDrivingGroup);
+    command->add_option("--dll", values.dll, "The library's file, when it is not beside qanh.exe")
+        ->type_name("FILE");
     command->add_flag("--dry-run", values.options.isDryRun, "Only tell what would be done");
     command->footer("Example:\n  " + example + "\n\n" + kEnd);
     return command;
-}
-
-// Takes one of these names, or its number, for the number.
-CLI::Validator NumberOf(std::vector<std::pair<std::string, DWORD>> names)
-{
-    const auto replace = [names = std::move(names)](std::string& value) {
-        std::string known;
-        for (const auto& [name, number] : names) {
-            const std::string digits = std::to_string(number);
-            if (value == name || value == digits) {
-                value = digits;
-                return std::string();
-            }
-            known += (known.empty() ? "" : ", ") + name + " (" + digits + ")";
-        }
-        return "there is no \"" + value + "\", but " + known;
-    };
-    return {replace, ""};
 }
 
 // For the launches by search: the names of the modes, or their numbers.
@@ -50,14 +34,17 @@ void AddSearch(CLI::App* command, DriveValues& values)
     command
         ->add_option(
             "--mode", values.options.searchMode,
-            "launch: the query and Enter; show: the plain name, and the choice is yours; plain: as launch, "
-            "but the plain name when the catalogue knows it. Or the number of the mode")
+            "launch, as without this option: the query, and Enter; show: the plain name, and the choice is "
+            "yours; plain: as launch, but the plain name when the catalogue knows it; or the number of the "
+            "mode")
         ->transform(NumberOf({{"launch", QANH_SEARCH_LAUNCH},
                               {"show", QANH_SEARCH_SHOW},
                               {"plain", QANH_SEARCH_LAUNCH_PLAIN}}))
         ->type_name("MODE");
-    command->add_flag("--exclude", values.options.isExcluding,
-                      "Exclude the other applications of the catalogue that the search would hit, too");
+    command->add_flag(
+        "--exclude", values.options.isExcluding,
+        "Exclude the other applications of the catalogue that the search would hit, too; without it, "
+        "the search may start another one");
 }
 
 } // namespace
@@ -78,8 +65,10 @@ void DescribeDriving(CLI::App& tool, DriveValues& values, std::string& name)
                    "the front.",
                    "qanh browser --tile desktop");
     browser
-        ->add_option("--tile", values.options.tileMode,
-                     "What its tile setting is during the launch: desktop (0), immersive (1) or unchanged")
+        ->add_option(
+            "--tile", values.options.tileMode,
+            "What its tile setting is during the launch: desktop, immersive, or unchanged, as without this "
+            "option; or the number of the mode")
         ->transform(NumberOf({{"desktop", QANH_TILE_DESKTOP},
                               {"immersive", QANH_TILE_IMMERSIVE},
                               {"unchanged", QANH_TILE_UNCHANGED}}))
@@ -90,7 +79,8 @@ void DescribeDriving(CLI::App& tool, DriveValues& values, std::string& name)
         AddCommand(tool, values, "activate", "Starts a Store application by its ID, without the search.",
                    "qanh activate Vel.Calendar_0a1b2c3d4e5f6!App");
     activate->add_option("ID", name, "Its application user model ID")->required();
-    activate->add_option("--arguments", values.arguments, "What is handed to the application");
+    activate->add_option("--arguments", values.arguments, "What is handed to the application")
+        ->type_name("TEXT");
 
     CLI::App* installed = AddCommand(tool, values, "installed",
                                      "Asks whether a Store package is installed for the current user.",

@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 
+#include "Catalogue.h"
 #include "Driving.h"
 #include "Explanation.h"
 #include "Foreground.h"
@@ -56,7 +57,7 @@ std::wstring PastedText(const std::wstring& name, const DriveOptions& options)
     CQanhAppNameList list;
     if (options.isExcluding) {
         // Without the file there is nothing to exclude; what could be read counts.
-        (void)list.Load(OwnFile(L"AppNameList.xml").c_str());
+        (void)list.Load(OwnFile(kCatalogueFile).c_str());
     }
     const Explanation explanation = ExplainLaunch(list, name);
     const bool isPlain = options.searchMode == QANH_SEARCH_SHOW ||

@@ -90,7 +90,7 @@ Answer Refresh(const CommandLine& line)
     }
     const Library library(line.drive.dll);
     Announce(what);
-    const std::wstring path = OwnFile(L"AppNameList.xml");
+    const std::wstring path = OwnFile(kCatalogueFile);
     const Snapshot before(path);
     PassLog log;
     Watched watched;

@@ -49,7 +49,7 @@ std::wstring OwnFile(const wchar_t* file)
 std::wstring StartText()
 {
     return FormatText(L"starts the library as the host %s, which refreshes %s",
-                      {HostName(), OwnFile(L"AppNameList.xml")});
+                      {HostName(), OwnFile(kCatalogueFile)});
 }
 
 std::wstring AnotherRefreshes()

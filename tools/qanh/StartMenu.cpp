@@ -1,8 +1,8 @@
 #include "StartMenu.h"
 
 #include "Failure.h"
+#include "FolderEntries.h"
 #include "common/HostEnvironment.h"
-#include "common/UniqueHandle.h"
 
 #include <string>
 
@@ -10,18 +10,6 @@ namespace {
 
 constexpr wchar_t kPrograms[] = L"\\Microsoft\\Windows\\Start Menu\\Programs";
 constexpr std::size_t kExtensionLength = 4; // ".lnk", ".url"
-
-template <typename Visit> void ForEachEntry(const std::wstring& pattern, Visit visit)
-{
-    WIN32_FIND_DATAW entry{};
-    const UniqueFind find(FindFirstFileW(pattern.c_str(), &entry));
-    if (!find) {
-        return;
-    }
-    do {
-        visit(entry);
-    } while (FindNextFileW(find.Get(), &entry));
-}
 
 void AddFolder(CQanhAppNameList& list, const std::wstring& folder)
 {

@@ -4,7 +4,9 @@
 
 #include "CommandLine.h"
 #include "Commands.h"
+#include "Driving.h"
 #include "Failure.h"
+#include "Json.h"
 #include "Output.h"
 #include "Text.h"
 #include "common/FormatText.h"
@@ -15,7 +17,6 @@
 
 #include <exception>
 #include <memory>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -70,10 +71,25 @@ void Tell(std::wstring_view problem)
     WriteText(STD_ERROR_HANDLE, FormatText(L"qanh: %s\n", {Shown(problem)}));
 }
 
+// The sentence goes to standard error; who reads JSON finds it in the place of the answer, too.
+void TellFailure(const Failure& failure, bool isJson)
+{
+    Tell(failure.what + L": " + Described(failure.result));
+    if (isJson) {
+        WriteText(STD_OUTPUT_HANDLE, TextOf(Json{{"Error",
+                                                  {{"Text", JsonOf(failure.what)},
+                                                   {"Result", JsonOf(Hexadecimal(failure.result))},
+                                                   {"Meaning", JsonOf(Described(failure.result))}}}}));
+    }
+}
+
 Status AnswerCommandLine()
 {
+    bool isJson = false;
     try {
-        const Answer answer = Run(ParseCommandLine(Arguments()));
+        const CommandLine line = ParseCommandLine(Arguments());
+        isJson = line.isJson;
+        const Answer answer = Run(line);
         WriteText(STD_OUTPUT_HANDLE, answer.text);
         if (!answer.problem.empty()) {
             Tell(answer.problem);
@@ -84,11 +100,10 @@ Status AnswerCommandLine()
         WriteText(STD_ERROR_HANDLE, L"\"qanh help\" tells what there is.\n");
         return Status::WrongUse;
     } catch (const Failure& failure) {
-        Tell(failure.what + L": " + Described(failure.result));
-    } catch (const std::bad_alloc&) {
-        Tell(Described(E_OUTOFMEMORY));
-    } catch (const std::exception& error) {
-        Tell(FromUtf8(error.what()));
+        TellFailure(failure, isJson);
+    } catch (const std::exception&) {
+        // Of the C++ library's own, those for memory that runs out alone can come here.
+        TellFailure({L"cannot go on", E_OUTOFMEMORY}, isJson);
     }
     return Status::Failed;
 }
