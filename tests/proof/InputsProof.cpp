@@ -66,9 +66,15 @@ private:
     std::thread m_thread; // the last: it uses the others
 };
 
-// The runtime's own reader ends the process at an XML declaration or another instruction that is cut off.
+// The runtime's own reader ends the process at an XML declaration or another instruction that is cut off, or
+// that has a null character, which it takes for the end.
 bool IsForThisReader(const std::string& text)
 {
+    for (std::size_t at = text.find("<?"); at != std::string::npos; at = text.find("<?", at + 1)) {
+        if (text.substr(at, text.find("?>", at) - at).find('\0') != std::string::npos) {
+            return false;
+        }
+    }
     const std::size_t last = text.rfind("<?");
     const bool isCutOff = last != std::string::npos && text.find("?>", last) == std::string::npos;
     const bool isDeclarationWhole = !text.starts_with("<?") || text.find("?>\r\n<") < 60;

@@ -44,6 +44,8 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
                                                  "-seed=" + std::to_string(proof::Seed()),
                                                  "-max_len=600",
                                                  "-len_control=0",
+                                                 // Takes a fifth of the time, and finds no more.
+                                                 "-entropic=0",
                                                  "-timeout=30",
                                                  "-rss_limit_mb=3000",
                                                  "-verbosity=0",
