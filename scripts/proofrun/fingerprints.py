@@ -4,7 +4,7 @@ import hashlib
 import pathlib
 
 # Made by the build for a program to read.
-INPUTS = ("tests/proof/catalogue-cases",)
+INPUTS = ("tests/proof/catalogue-cases", "tests/proof/manifest-cases")
 
 
 def fingerprint(paths, words):

@@ -1,11 +1,9 @@
-// The cases that model/cases.py makes, as the programs read them that compare the library with the model.
+// The cases of catalogues, as the programs read them that compare the library with the model.
 #pragma once
 
 #include "catalog/AppNameList.h"
-#include "standin/Text.h"
+#include "proof/Cases.h"
 
-#include <cstddef>
-#include <istream>
 #include <string>
 #include <vector>
 
@@ -18,16 +16,6 @@ struct CatalogueCase
     std::string calls;    // of its saving: a line each
     std::string allCalls; // of that with every record marked as installed
 };
-
-inline bool ReadBlock(std::istream& input, std::string& block)
-{
-    std::size_t size = 0;
-    if (!(input >> size) || input.get() != '\n') {
-        return false;
-    }
-    block.resize(size);
-    return static_cast<bool>(input.read(block.data(), static_cast<std::streamsize>(size)));
-}
 
 // False behind the last one.
 inline bool ReadCase(std::istream& input, CatalogueCase& read)
@@ -50,22 +38,7 @@ inline std::string TextOfCalls(const std::vector<std::wstring>& calls)
         if (call.starts_with(L"start document") || call.starts_with(L"property ")) {
             continue;
         }
-        for (const char character : standin::ToUtf8(call)) {
-            switch (character) {
-            case '\\':
-                text += "\\\\";
-                break;
-            case '\n':
-                text += "\\n";
-                break;
-            case '\r':
-                text += "\\r";
-                break;
-            default:
-                text += character;
-            }
-        }
-        text += '\n';
+        AppendLine(text, call);
     }
     return text;
 }

@@ -2,12 +2,16 @@
 // or hold it up.
 
 #include "proof/CatalogueCases.h"
+#include "proof/ManifestCases.h"
 #include "proof/Proof.h"
 #include "proof/XmlFromBytes.h"
 
 #include "catalog/ExcludeList.h"
 #include "catalog/Package.h"
+#include "common/Apartment.h"
 #include "manifest/ManifestReader.h"
+#include "support/FakePackages.h"
+#include "support/FakeResources.h"
 #include "support/TemporaryFolder.h"
 #include "support/Test.h"
 #include "support/Text.h"
@@ -66,9 +70,15 @@ private:
     std::thread m_thread; // the last: it uses the others
 };
 
-// The runtime's own reader ends the process at an XML declaration or another instruction that is cut off.
+// The runtime's own reader ends the process at an XML declaration or another instruction that is cut off, or
+// that has a null character, which it takes for the end.
 bool IsForThisReader(const std::string& text)
 {
+    for (std::size_t at = text.find("<?"); at != std::string::npos; at = text.find("<?", at + 1)) {
+        if (text.substr(at, text.find("?>", at) - at).find('\0') != std::string::npos) {
+            return false;
+        }
+    }
     const std::size_t last = text.rfind("<?");
     const bool isCutOff = last != std::string::npos && text.find("?>", last) == std::string::npos;
     const bool isDeclarationWhole = !text.starts_with("<?") || text.find("?>\r\n<") < 60;
@@ -150,29 +160,62 @@ TEST(Inputs, AnyManifestIsReadToAnEnd)
     proof::Figure("applications in them", static_cast<double>(names));
 }
 
-// The cases are made when the program is built.
-TEST(Inputs, CataloguesHoldWhatTheModelReads)
+// Calls tryFile(path, case) with the cases, which are made when the program is built.
+template <typename Case, typename Try> void ForEachCase(const char* cases, const wchar_t* name, Try tryFile)
 {
-    std::ifstream cases(MODEL_CASES, std::ios::binary);
-    ASSERT_TRUE(cases) << MODEL_CASES;
+    std::ifstream input(cases, std::ios::binary);
+    ASSERT_TRUE(input) << cases;
     const TemporaryFolder folder;
-    const std::wstring path = folder / L"file.xml";
+    const std::wstring path = folder / name;
     Watchdog watchdog;
     const int count = proof::Count(300, 2000);
     int done = 0;
-    for (proof::CatalogueCase tried; done < count && !HasFailure() && proof::ReadCase(cases, tried); ++done) {
+    for (Case tried; done < count && !testing::Test::HasFailure() && proof::ReadCase(input, tried); ++done) {
         WriteFileBytes(path, tried.document);
         watchdog.Begin(tried.document);
         SCOPED_TRACE(tried.document);
-        CQanhAppNameList list;
-        EXPECT_EQ(list.Load(path.c_str()), S_FALSE);
-        EXPECT_EQ(Calls(list), tried.calls);
-        proof::MarkAllInstalled(list);
-        EXPECT_EQ(Calls(list), tried.allCalls);
+        tryFile(path, tried);
         proof::Progress(done, count);
     }
     EXPECT_EQ(done, count);
-    proof::Figure("files of which library and model make the same records", done, "files");
+    proof::Figure("files of which library and model make the same", done, "files");
+}
+
+TEST(Inputs, CataloguesHoldWhatTheModelReads)
+{
+    ForEachCase<proof::CatalogueCase>(CATALOGUE_CASES, L"file.xml",
+                                      [](const std::wstring& path, const proof::CatalogueCase& tried) {
+                                          CQanhAppNameList list;
+                                          EXPECT_EQ(list.Load(path.c_str()), S_FALSE);
+                                          EXPECT_EQ(Calls(list), tried.calls);
+                                          proof::MarkAllInstalled(list);
+                                          EXPECT_EQ(Calls(list), tried.allCalls);
+                                      });
+}
+
+TEST(Inputs, ManifestsHoldWhatTheModelReads)
+{
+    const ComApartment apartment(CoInitialize(nullptr)); // the package's
+    ForEachCase<proof::ManifestCase>(
+        MANIFEST_CASES, L"AppxManifest.xml", [](const std::wstring& path, const proof::ManifestCase& tried) {
+            FakeResources resources;
+            resources.texts = tried.texts;
+            FakeObjects objects;
+            PackageFacts facts;
+            facts.fullName = proof::kModelFullName;
+            facts.name = proof::kModelName;
+            facts.path = path.substr(0, path.rfind(L'\\'));
+            const auto takeSources = [&] {
+                std::vector<std::wstring> sources = resources.Sources();
+                resources.requests.clear();
+                return sources;
+            };
+            FakePackage* const package = objects.Make<FakePackage>(facts);
+            package->AddRef();
+            EXPECT_EQ(proof::TextOfResults(path.c_str(), package, takeSources), tried.results);
+            package->Release();
+            EXPECT_TRUE(objects.Leaks().empty());
+        });
 }
 
 } // namespace

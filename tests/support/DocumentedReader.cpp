@@ -5,8 +5,8 @@
 #include <wrl/client.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <stdexcept>
+#include <charconv>
+#include <system_error>
 #include <utility>
 
 namespace test {
@@ -27,15 +27,43 @@ std::wstring LocalName(const std::string& name)
     return FromUtf8(colon == std::string::npos ? name : name.substr(colon + 1));
 }
 
-std::wstring Character(const std::string& reference)
+// Whether XML knows it. Halves of surrogate pairs are none.
+bool IsCharacter(unsigned long code)
 {
-    if (reference[0] == '#') {
-        const bool isHexadecimal = reference[1] == 'x';
-        const unsigned long code =
-            std::strtoul(reference.c_str() + (isHexadecimal ? 2 : 1), nullptr, isHexadecimal ? 16 : 10);
-        return code < 0x10000 ? std::wstring(1, static_cast<wchar_t>(code))
-                              : std::wstring{static_cast<wchar_t>(0xD7C0 + (code >> 10)),
-                                             static_cast<wchar_t>(0xDC00 + (code & 0x3FF))};
+    return code < 0x20
+               ? code == '\t' || code == '\n' || code == '\r'
+               : code < 0xD800 || (code > 0xDFFF && code < 0xFFFE) || (code > 0xFFFF && code < 0x110000);
+}
+
+void CheckCharacters(std::string_view text)
+{
+    for (const char character : text) {
+        if (!IsCharacter(static_cast<unsigned char>(character))) {
+            throw DocumentedReader::kNoXml;
+        }
+    }
+}
+
+std::wstring NumberedCharacter(std::string_view digits, int base)
+{
+    unsigned long code = 0;
+    const char* const end = digits.data() + digits.size();
+    const std::from_chars_result read = std::from_chars(digits.data(), end, code, base);
+    if (read.ec != std::errc() || read.ptr != end || !IsCharacter(code)) {
+        throw DocumentedReader::kNoXml;
+    }
+    return code < 0x10000 ? std::wstring(1, static_cast<wchar_t>(code))
+                          : std::wstring{static_cast<wchar_t>(0xD7C0 + (code >> 10)),
+                                         static_cast<wchar_t>(0xDC00 + (code & 0x3FF))};
+}
+
+std::wstring Character(std::string_view reference)
+{
+    if (reference.starts_with("#x")) {
+        return NumberedCharacter(reference.substr(2), 16);
+    }
+    if (reference.starts_with("#")) {
+        return NumberedCharacter(reference.substr(1), 10);
     }
     constexpr std::pair<std::string_view, const wchar_t*> names[] = {
         {"amp", L"&"}, {"lt", L"<"}, {"gt", L">"}, {"quot", L"\""}, {"apos", L"'"}};
@@ -44,7 +72,7 @@ std::wstring Character(const std::string& reference)
             return character;
         }
     }
-    throw std::runtime_error("unknown reference: " + reference);
+    throw DocumentedReader::kNoXml;
 }
 
 std::wstring Decoded(std::string_view text)
@@ -57,9 +85,9 @@ std::wstring Decoded(std::string_view text)
         if (!text.empty()) {
             const std::size_t end = text.find(';');
             if (end == std::string_view::npos) {
-                throw std::runtime_error("a bare ampersand");
+                throw DocumentedReader::kNoXml;
             }
-            decoded += Character(std::string(text.substr(1, end - 1)));
+            decoded += Character(text.substr(1, end - 1));
             text.remove_prefix(end + 1);
         }
     }
@@ -97,9 +125,12 @@ HRESULT DocumentedReader::Read(XmlNodeType* type)
         m_attributes.clear();
         m_attribute = 0;
         try {
+            const std::size_t begin = m_position;
             m_result = ReadNode() ? S_OK : S_FALSE;
+            CheckCharacters(std::string_view(m_text).substr(begin, m_position - begin));
         } catch (HRESULT failure) {
             m_type = XmlNodeType_None;
+            m_attributes.clear();
             m_result = failure;
         }
     }
@@ -167,7 +198,7 @@ void DocumentedReader::ReadEndTag()
     m_name = LocalName(TakeName());
     PassOverBlanks();
     if (Take() != '>' || m_open.empty() || m_open.back() != m_name) {
-        throw std::runtime_error("a wrong end tag");
+        throw kNoXml;
     }
     m_open.pop_back();
 }
@@ -178,7 +209,7 @@ DocumentedReader::Attribute DocumentedReader::ReadAttribute()
     attribute.name = LocalName(TakeName());
     PassOverBlanks();
     if (attribute.name.empty() || Take() != '=') {
-        throw std::runtime_error("a wrong attribute");
+        throw kNoXml;
     }
     PassOverBlanks();
     attribute.value = Decoded(TakeUpTo(std::string(1, Take())));

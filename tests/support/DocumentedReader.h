@@ -17,12 +17,13 @@ namespace test {
 // An XML reader that ends as the platform's is documented to, where the one of a runtime may not: a document
 // whose input ends before its root is closed is a failure wherever that is, with XmlLite's "input ends", and
 // behind the end there is no node to ask about. It reads what catalogues and manifests consist of: UTF-8
-// with elements, attributes, texts, comments, CDATA sections and instructions. It does not look for other
-// faults of a document.
+// with elements, attributes, texts, comments, CDATA sections and instructions. Of other faults it sees those
+// that it meets, such as what is no character; they are failures, too.
 class DocumentedReader : public standin::ComObject<UnaskedReader>
 {
 public:
     static constexpr HRESULT kInputEnds = static_cast<HRESULT>(0xC00CEE01);
+    static constexpr HRESULT kNoXml = static_cast<HRESULT>(0xC00CEE23);
 
     // The input is an IStream.
     HRESULT STDMETHODCALLTYPE SetInput(IUnknown* input) override;
@@ -49,7 +50,7 @@ private:
         std::wstring value;
     };
 
-    // The steps of Read(). Each throws kInputEnds when the text ends in it.
+    // The steps of Read(). Each throws its failure: kInputEnds when the text ends in it, kNoXml.
     bool ReadNode();
     void ReadStartTag();
     void ReadEndTag();

@@ -6,70 +6,11 @@ The model's records are compared with the library's through what the library ask
 not installed and not reserved is left out of the first and stands in the second."""
 
 import re
-import xml.parsers.expat
-from dataclasses import dataclass, field
+
+from nodes import read_nodes, same_name, units
 
 LONGEST_PATH = 259  # without the terminator
 VARIABLES = {"programdata": "C:\\ProgramData"}
-
-
-@dataclass
-class Node:
-    """A tag. An end tag counts as one deeper than its element."""
-
-    kind: str  # "start" or "end"
-    name: str
-    depth: int
-    attributes: list = field(default_factory=list)
-
-
-def read_nodes(document):
-    """The tags up to the end of the document or up to what is no XML, and whether the end was reached. An element that
-    is empty has no end tag."""
-    nodes = []
-    empty = []
-    parser = xml.parsers.expat.ParserCreate()
-    parser.ordered_attributes = True
-
-    def local(name):
-        return name.rsplit(":", 1)[-1]
-
-    def start(name, attributes):
-        pairs = [(local(attributes[i]), attributes[i + 1]) for i in range(0, len(attributes), 2)]
-        nodes.append(Node("start", local(name), len(empty), pairs))
-        empty.append(_is_empty_tag(document, parser.CurrentByteIndex))
-
-    def end(name):
-        if not empty.pop():
-            nodes.append(Node("end", local(name), len(empty) + 1))
-
-    parser.StartElementHandler = start
-    parser.EndElementHandler = end
-    try:
-        parser.Parse(document, True)
-    except xml.parsers.expat.ExpatError:
-        return nodes, False
-    return nodes, True
-
-
-def _is_empty_tag(document, place):
-    quote = None
-    for place in range(place, len(document)):
-        byte = document[place : place + 1]
-        if quote:
-            quote = None if byte == quote else quote
-        elif byte in (b'"', b"'"):
-            quote = byte
-        elif byte == b">":
-            return document[place - 1 : place] == b"/"
-    return False
-
-
-def same_name(name, expected):
-    """Whole names, ignoring the case of ASCII letters."""
-    def lower(text):
-        return "".join(chr(ord(c) + 32) if "A" <= c <= "Z" else c for c in text)
-    return lower(name) == lower(expected)
 
 
 def value_of(node, wanted, absent):
@@ -107,8 +48,7 @@ def version_of(node):
 
 def expand(path):
     expanded = re.sub(r"%([^%]*)%", lambda match: VARIABLES.get(match[1].lower(), match[0]), path)
-    units = len(expanded.encode("utf-16-le")) // 2
-    return expanded if units <= LONGEST_PATH else path
+    return expanded if units(expanded) <= LONGEST_PATH else path
 
 
 class Record:

@@ -39,11 +39,14 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
     if (*argc > 1) {
         return 0;
     }
+    // To choose inputs by how seldom what they reach is ("entropic") takes a fifth of the time, and reaches
+    // no more.
     static std::vector<std::string> arguments = {(*argv)[0],
                                                  "-runs=" + std::to_string(Wanted()),
                                                  "-seed=" + std::to_string(proof::Seed()),
                                                  "-max_len=600",
                                                  "-len_control=0",
+                                                 "-entropic=0",
                                                  "-timeout=30",
                                                  "-rss_limit_mb=3000",
                                                  "-verbosity=0",

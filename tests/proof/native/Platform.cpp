@@ -16,7 +16,6 @@
 #include <cstring>
 #include <map>
 #include <mutex>
-#include <stdexcept>
 #include <vector>
 
 namespace native {
@@ -50,34 +49,6 @@ private:
     std::wstring m_path;
     std::string m_bytes;
     std::size_t m_position = 0;
-};
-
-// What is no XML is a failure here, where the reader itself, made for tests that know their files, throws.
-class FailingReader final : public test::DocumentedReader
-{
-public:
-    HRESULT STDMETHODCALLTYPE Read(XmlNodeType* type) override
-    {
-        if (FAILED(m_failure)) {
-            return m_failure;
-        }
-        try {
-            return DocumentedReader::Read(type);
-        } catch (const std::runtime_error&) {
-            return m_failure = kNoXml;
-        }
-    }
-    // Behind a failure there is no node.
-    HRESULT STDMETHODCALLTYPE GetNodeType(XmlNodeType* type) override
-    {
-        const HRESULT hr = DocumentedReader::GetNodeType(type);
-        return FAILED(m_failure) ? S_FALSE : hr;
-    }
-
-private:
-    static constexpr HRESULT kNoXml = static_cast<HRESULT>(0xC00CEE23);
-
-    HRESULT m_failure = S_OK;
 };
 
 // Writes as the platform's writer is documented to, without indenting.
@@ -171,7 +142,7 @@ Hooks& TheHooks()
 
 HRESULT MakeSoundReader(REFIID id, void** reader)
 {
-    return standin::CreateComObject<FailingReader>(id, reader);
+    return standin::CreateComObject<test::DocumentedReader>(id, reader);
 }
 
 void SetFile(const std::wstring& path, std::string bytes)

@@ -203,6 +203,27 @@ TEST(AppNameListCutFile, IsReadByTheDocumentedReaderAsByTheOneInUse)
     }
 }
 
+// So is what that reader knows to be no XML: a name with a null character in it would be another one when it
+// is saved and read again.
+TEST(AppNameListBrokenFile, EndsAtReferencesToNoCharacter)
+{
+    for (const char* reference :
+         {"&#0;", "&#x0;", "&#;", "&#x;", "&#12x;", "&#x-1;", "&#1;", "&#xFFFE;", "&#x110000;", "&none;"}) {
+        SCOPED_TRACE(reference);
+        const std::string text =
+            std::string("<a><Package PackageFamilyName='b_1'/><Package PackageFamilyName='") + reference +
+            "'/></a>";
+        const FileInMemory file;
+        CQanhAppNameList list;
+        EXPECT_TRUE(FAILED(FileInMemory::Load(list, text)));
+        EXPECT_EQ(list.PackageFamilyNames().size(), 1u);
+        const DocumentedReaderInstead reader;
+        CQanhAppNameList other;
+        EXPECT_TRUE(FAILED(FileInMemory::Load(other, text)));
+        EXPECT_EQ(other.PackageFamilyNames().size(), 1u);
+    }
+}
+
 TEST(AppNameListCutFile, EndsWithinTextAndOpenConstructs)
 {
     for (const char* rest :

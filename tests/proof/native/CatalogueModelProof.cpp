@@ -1,6 +1,7 @@
 // Compares what the library reads out of catalogue files with what the independent model of tests/proof/model
 // makes of them. The cases come from standard input.
 
+#include "Compared.h"
 #include "Platform.h"
 #include "proof/CatalogueCases.h"
 #include "proof/Proof.h"
@@ -53,19 +54,6 @@ std::string Calls(const CQanhAppNameList& list)
     return proof::TextOfCalls(calls);
 }
 
-bool Holds(const char* what, const proof::CatalogueCase& tried, const std::string& is,
-           const std::string& expected)
-{
-    if (is == expected) {
-        return true;
-    }
-    std::cout << "The library and the model differ in " << what << ".\n-- the file:\n"
-              << tried.document << "\n-- the library:\n"
-              << is << "-- the model:\n"
-              << expected;
-    return false;
-}
-
 } // namespace
 
 int main()
@@ -77,11 +65,14 @@ int main()
         native::SetFile(L"file", tried.document);
         CQanhAppNameList list;
         const HRESULT read = list.Load(L"file");
-        bool holds = Holds("how the reading ends", tried, read == S_FALSE ? "to the end" : "in a failure",
-                           tried.isWhole ? "to the end" : "in a failure");
-        holds = Holds("the records", tried, Calls(list), tried.calls) && holds;
+        bool holds = native::IsSame("how the reading ends", tried.document,
+                                    read == S_FALSE ? "to the end" : "in a failure",
+                                    tried.isWhole ? "to the end" : "in a failure");
+        holds = native::IsSame("the records", tried.document, Calls(list), tried.calls) && holds;
         proof::MarkAllInstalled(list);
-        holds = Holds("the records that are not installed", tried, Calls(list), tried.allCalls) && holds;
+        holds = native::IsSame("the records that are not installed", tried.document, Calls(list),
+                               tried.allCalls) &&
+                holds;
         if (!holds) {
             return 1;
         }
