@@ -28,7 +28,7 @@ if(MINGW)
     "LIBRARY msvcrt.dll\nEXPORTS\nPlatformMalloc == malloc\nPlatformCalloc == calloc\nPlatformRealloc == realloc\n"
     "PlatformFree == free\n")
   # The tool of gcc's binutils: LLVM's cannot give an import another name. Without folders, which it would write down.
-  find_program(QANHELPER_DLLTOOL NAMES ${QANHELPER_TARGET}-dlltool REQUIRED)
+  find_program(QANHELPER_DLLTOOL NAMES ${QANHELPER_TARGET}-dlltool dlltool REQUIRED)
   execute_process(
     COMMAND ${QANHELPER_DLLTOOL} --deterministic-libraries -k -d platformheap.def -l libplatformheap.a
     WORKING_DIRECTORY ${CMAKE_BINARY_DIR} COMMAND_ERROR_IS_FATAL ANY)

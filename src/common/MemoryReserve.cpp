@@ -1,5 +1,13 @@
 #include "common/MemoryReserve.h"
 
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <new>
+
 #if defined(__GLIBCXX__)
 namespace __gnu_cxx {
 // Frees what the C++ library keeps for exceptions when memory has run out. No header of it declares this.
@@ -23,14 +31,6 @@ void FreeRuntimePool() noexcept
 // has its exceptions on the stack, and needs no such thing.
 #if defined(__MINGW32__)
 
-#include <algorithm>
-#include <atomic>
-#include <bit>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <new>
-
 #if defined(_UCRT)
 #error "The platform's functions are imported from msvcrt.dll"
 #endif
@@ -52,10 +52,11 @@ struct Block
     alignas(std::max_align_t) unsigned char bytes[kBlockSize];
 };
 
+Block s_blocks[kBlocks];
+
 // A bit for each block that is taken. No lock: any thread may come here, one that is being killed too.
 std::atomic<std::uint64_t> s_taken = 0;
 static_assert(kBlocks == 64);
-Block s_blocks[kBlocks];
 
 // Null when there is none.
 void* Take(std::size_t size) noexcept

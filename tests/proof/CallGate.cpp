@@ -62,7 +62,7 @@ constexpr std::size_t kMostImports = 512;
 
 std::vector<Import> g_imports;
 BYTE* g_entries = nullptr;
-DWORD g_watchedThread = 0;
+std::atomic<DWORD> g_watchedThread = 0;
 std::atomic<const CallGate::Fault*> g_fault = nullptr;
 std::set<std::size_t> g_faulty; // indexes of the fault's functions
 std::atomic<std::size_t> g_faultyCalls = 0;
