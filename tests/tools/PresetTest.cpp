@@ -123,7 +123,7 @@ TEST_F(ToolPreset, MustBeAskedForRightly)
     EXPECT_EQ(Run({L"preset", L"make", L"--from", m_path}), // two sources
               (ToolResult{"",
                           "qanh: --from was given, and --catalogue or --host as well\n"
-                          "\"qanh help\" tells what there is.\n",
+                          "\"qanh help preset\" tells how it is used.\n",
                           2}));
     EXPECT_EQ(RunTool({L"preset", L"make", L"--from", m_path}).status, 3u); // not there
 }

@@ -88,12 +88,13 @@ TEST_F(ToolReport, NeedsAFileAndSomethingToLookAt)
     EXPECT_EQ(Run({L"report"}).status, 2u);
     EXPECT_EQ(
         RunCommandLine(L"report --host Launcher -o \"\""),
-        (ToolResult{"", "qanh: the name of the file to make is empty\n\"qanh help\" tells what there is.\n",
-                    2}));
+        (ToolResult{
+            "", "qanh: the name of the file to make is empty\n\"qanh help report\" tells how it is used.\n",
+            2}));
     EXPECT_EQ(RunTool({L"report", L"-o", m_report}),
               (ToolResult{"",
                           "qanh: a report of what? Give --host NAME, --catalogue FILE or --log FILE\n"
-                          "\"qanh help\" tells what there is.\n",
+                          "\"qanh help report\" tells how it is used.\n",
                           2}));
     EXPECT_FALSE(Exists(m_report));
 }
