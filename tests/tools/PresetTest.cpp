@@ -101,6 +101,8 @@ TEST_F(ToolPreset, OfACatalogueThatIsCutOffLacksTheRestAndSaysSo)
         EXPECT_THAT(made.problems, StartsWith("qanh: " + ToUtf8(m_path) +
                                               " is read in part only: 0xC00CEE01 MX_E_INPUTEND"));
         EXPECT_EQ(made.status, 1u);
+        arguments.push_back(L"--json");
+        EXPECT_THAT(RunTool(arguments).output, StartsWith("{\n  \"IsCut\": true,\n  \"Applications\": 1,\n"));
     }
 }
 
