@@ -1,5 +1,5 @@
-/* The library's functions, played, for the C# binding: they write down how they are called, and do as they are told.
-   A library of the machine that runs the check; texts are UTF-16, as Windows has them. */
+/* The library's functions, played, for the C# binding: they write down how they are called, and do as they
+   are told. A library of the machine that runs the check; texts are UTF-16, as Windows has them. */
 
 #include <stdint.h>
 

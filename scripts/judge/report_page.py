@@ -91,7 +91,7 @@ const texts = [...document.querySelectorAll("#applications tbody td:nth-child(2)
 document.getElementById("result").textContent = JSON.stringify({found, texts, title: document.title,
   bars: document.querySelectorAll("#timeline rect").length, images: document.images.length,
   scripts: document.scripts.length, problems: document.getElementById("problems").innerText,
-  rows: document.querySelectorAll("#failures tr").length});
+  rows: document.querySelectorAll("#failures tr").length, log: document.getElementById("log").textContent});
 </script></body>"""
 
 
@@ -162,6 +162,9 @@ def main(executable, folder):
             problems.append(f"{name}: the page has {result['found'][name]}, the tool {wanted}")
     expect = {"title": "QanHelper report", "images": 0, "rows": 1}
     problems += [f"{key} is {result[key]}, not {value}" for key, value in expect.items() if result[key] != value]
+    counted = "2 launches, 1 refresh pass, 1 failure"
+    if counted not in result["log"]:
+        problems.append(f"the log is told of as {result['log']}, without {counted}")
     if result["bars"] < 10:
         problems.append("the time line has too few bars")
     if not any(text.startswith("<script>") for text in result["texts"]):

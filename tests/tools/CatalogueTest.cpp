@@ -95,7 +95,7 @@ TEST_F(ToolCatalogue, MustBeNamedOnce)
 {
     EXPECT_EQ(RunTool({L"list"}), (ToolResult{"",
                                               "qanh: which catalogue? Give --catalogue FILE or --host NAME\n"
-                                              "\"qanh help\" tells what there is.\n",
+                                              "\"qanh help list\" tells how it is used.\n",
                                               2}));
     EXPECT_EQ(RunTool({L"list", L"--host", L"a", L"--catalogue", m_path}).status, 2u);
 }
@@ -148,7 +148,14 @@ TEST_F(ToolCatalogue, ThatIsCutOffIsReadInPartOnly)
             std::vector<std::wstring> all = arguments;
             all.insert(all.end(), {L"--catalogue", m_path});
             EXPECT_THAT(RunTool(all).problems, StartsWith(problem)) << cut;
+            all.push_back(L"--json");
+            EXPECT_THAT(RunTool(all).output, HasSubstr("\n  \"IsCut\": true,\n")) << cut;
         }
+        EXPECT_THAT(RunTool({L"list", L"--json", L"--catalogue", m_path}).output,
+                    HasSubstr("\n  \"IsCut\": true,\n"))
+            << cut;
+        EXPECT_THAT(RunTool({L"diff", L"--json", m_path, m_path}).output, HasSubstr("\n  \"IsCut\": true,\n"))
+            << cut;
     }
 }
 

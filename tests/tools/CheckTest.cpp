@@ -253,7 +253,7 @@ TEST_F(ToolCheck, RefusesWrongUse)
     EXPECT_EQ(Check("<a/>", {L"--host", L"Launcher"}),
               (ToolResult{"",
                           "qanh: a FILE was given, and --catalogue or --host as well\n"
-                          "\"qanh help\" tells what there is.\n",
+                          "\"qanh help check\" tells how it is used.\n",
                           2}));
     EXPECT_EQ(RunTool({L"check", m_path, m_path}).status, 2u);
 }

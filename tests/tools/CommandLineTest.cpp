@@ -101,20 +101,23 @@ TEST(ToolCommandLine, HelpFitsAConsole)
 
 TEST(ToolCommandLine, TellsWhatAnOptionCanHave)
 {
-    const std::pair<const wchar_t*, const char*> problems[] = {
-        {L"list --kind shop", "--kind: there is no \"shop\", but store, desktop"},
-        {L"preset unmake", "ACTION: there is no \"unmake\", but make"},
-        {L"log --slow 0", "--slow: \"0\" is no number from 1 to 100000"},
-        {L"log --slow 100001", "--slow: \"100001\" is no number from 1 to 100000"},
-        {L"log --slow 3x", "--slow: \"3x\" is no number from 1 to 100000"},
-        {L"log --code-page ja", "--code-page: \"ja\" is no number from 1 to 65535"},
-        {L"list 余り more", "\"余り\" is more than the command takes"},
-        {L"list --odd", "\"--odd\" is more than the command takes"},
+    const std::tuple<const wchar_t*, const char*, const char*> problems[] = {
+        {L"list --kind shop", "--kind: there is no \"shop\", but store, desktop", "list"},
+        {L"preset unmake", "ACTION: there is no \"unmake\", but make", "preset"},
+        {L"log --slow 0", "--slow: \"0\" is no number from 1 to 100000", "log"},
+        {L"log --slow 100001", "--slow: \"100001\" is no number from 1 to 100000", "log"},
+        {L"log --slow 3x", "--slow: \"3x\" is no number from 1 to 100000", "log"},
+        {L"log --code-page ja", "--code-page: \"ja\" is no number from 1 to 65535", "log"},
+        {L"list 余り more", "\"余り\" is more than the command takes", "list"},
+        {L"--json list --odd", "\"--odd\" is more than the command takes", "list"},
+        {L"show", "NAME is required", "show"},
     };
-    for (const auto& [commandLine, problem] : problems) {
-        EXPECT_EQ(
-            RunCommandLine(commandLine),
-            (ToolResult{"", "qanh: " + std::string(problem) + "\n\"qanh help\" tells what there is.\n", 2}));
+    for (const auto& [commandLine, problem, command] : problems) {
+        EXPECT_EQ(RunCommandLine(commandLine),
+                  (ToolResult{"",
+                              "qanh: " + std::string(problem) + "\n\"qanh help " + command +
+                                  "\" tells how it is used.\n",
+                              2}));
     }
 }
 
@@ -154,12 +157,12 @@ TEST(ToolCommandLine, TellsWhichModesAndTilesThereAre)
     EXPECT_EQ(RunCommandLine(L"launch Mail --mode 7 --dry-run"),
               (ToolResult{"",
                           "qanh: --mode: there is no \"7\", but launch (0), show (1), plain (2)\n"
-                          "\"qanh help\" tells what there is.\n",
+                          "\"qanh help launch\" tells how it is used.\n",
                           2}));
     EXPECT_EQ(RunCommandLine(L"browser --tile 3 --dry-run"),
               (ToolResult{"",
                           "qanh: --tile: there is no \"3\", but desktop (0), immersive (1), unchanged (2)\n"
-                          "\"qanh help\" tells what there is.\n",
+                          "\"qanh help browser\" tells how it is used.\n",
                           2}));
     for (const wchar_t* mode : {L"plain", L"2"}) {
         EXPECT_EQ(RunCommandLine(std::wstring(L"launch Mail --dry-run --mode ") + mode).status, 0u);

@@ -80,6 +80,7 @@ TEST_F(ToolDiff, IsJson)
              R"(<Package PackageFamilyName="a_1" IsInstalled="0"><MetroApp DisplayName="a"/></Package>)",
              {L"--json"}),
         (ToolResult{R"({
+  "IsCut": false,
   "Removed": [],
   "Added": [],
   "Changed": [

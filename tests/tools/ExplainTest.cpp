@@ -173,7 +173,7 @@ TEST_F(ToolExplain, CountsTheLogLineInTheCodePageThatIsNamed)
     EXPECT_THAT(Run({L"explain", L"メール", L"--code-page", L"932", L"--json"}).output,
                 HasSubstr("\n  \"LogLineBytes\": 47,\n  \"LogLineCodePage\": 932,\n"));
     EXPECT_EQ(Run({L"explain", L"メール", L"--code-page", L"12345"}).problems,
-              "qanh: this system has no code page 12345\n\"qanh help\" tells what there is.\n");
+              "qanh: this system has no code page 12345\n\"qanh help explain\" tells how it is used.\n");
 }
 
 TEST_F(ToolExplain, IsJson)
@@ -184,6 +184,7 @@ TEST_F(ToolExplain, IsJson)
     EXPECT_EQ(result.output, R"json({
   "Catalogue": ")json" + JsonPath() +
                                  R"json(",
+  "IsCut": false,
   "Name": "Mail",
   "Query": "\"Mail\" NOT(\"gmail\")",
   "LogLineBytes": 58,
@@ -237,7 +238,7 @@ TEST_F(ToolExplain, RefusesWrongUse)
 {
     WriteCatalogue(kRecords);
     EXPECT_EQ(Run({L"explain", L""}),
-              (ToolResult{"", "qanh: the name is empty\n\"qanh help\" tells what there is.\n", 2}));
+              (ToolResult{"", "qanh: the name is empty\n\"qanh help explain\" tells how it is used.\n", 2}));
     for (const std::vector<std::wstring>& arguments :
          {std::vector<std::wstring>{L"explain"}, {L"explain", L"a", L"b"}}) {
         const ToolResult result = Run(arguments);

@@ -55,6 +55,7 @@ TEST_F(ToolList, IsJsonWithTheNamesOfTheFile)
         <DesktopApps><DesktopApp DisplayName="メール" LnkFileName="C:\b.lnk" IsInstalled="0"/></DesktopApps>)");
     EXPECT_EQ(Output({L"list", L"--json"}), R"({
   "Catalogue": ")" + JsonPath() + R"(",
+  "IsCut": false,
   "Applications": [
     {
       "Kind": "store",
@@ -90,9 +91,10 @@ TEST_F(ToolList, SaysThatThereIsNone)
     const std::string problem =
         "qanh: no application in " + ToUtf8(m_path) + " is of that kind and has that text\n";
     EXPECT_EQ(Run({L"list", L"--match", L"nothing"}), (ToolResult{"", problem, 1}));
-    EXPECT_EQ(
-        Run({L"list", L"--match", L"nothing", L"--json"}),
-        (ToolResult{"{\n  \"Catalogue\": \"" + JsonPath() + "\",\n  \"Applications\": []\n}\n", problem, 1}));
+    EXPECT_EQ(Run({L"list", L"--match", L"nothing", L"--json"}),
+              (ToolResult{"{\n  \"Catalogue\": \"" + JsonPath() +
+                              "\",\n  \"IsCut\": false,\n  \"Applications\": []\n}\n",
+                          problem, 1}));
 }
 
 TEST_F(ToolList, RefusesWrongUse)

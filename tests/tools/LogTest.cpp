@@ -349,7 +349,7 @@ TEST_F(ToolLog, MustBeNamedAndThere)
 {
     EXPECT_EQ(RunTool({L"log"}), (ToolResult{"",
                                              "qanh: which log? Give --log FILE or --host NAME\n"
-                                             "\"qanh help\" tells what there is.\n",
+                                             "\"qanh help log\" tells how it is used.\n",
                                              2}));
     EXPECT_EQ(RunTool({L"log", L"--catalogue", m_path}).status, 2u);
     EXPECT_EQ(Run({L"--slow", L"0"}).status, 2u);

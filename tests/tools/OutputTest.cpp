@@ -80,6 +80,60 @@ TEST_F(ToolOnConsole, IsTextOfTheConsole)
     EXPECT_THAT(ToUtf8(std::wstring(line, read)), StartsWith("desktop メール"));
 }
 
+// The colours of what stands on the console.
+class ToolColours : public ToolOnConsole
+{
+protected:
+    ToolColours()
+    {
+        WriteCatalogue("<Odd/>\n<DesktopApps/>");
+        SetConsoleTextAttribute(m_screen, kPlain);
+    }
+
+    static constexpr WORD kPlain = BACKGROUND_BLUE | FOREGROUND_GREEN;
+
+    // Of a word that begins in this column of the first line; 0 where it is not all of one colour.
+    [[nodiscard]] WORD ColourOf(std::string_view word, SHORT column) const
+    {
+        wchar_t text[40] = {};
+        WORD colours[40] = {};
+        const auto length = static_cast<DWORD>(word.size());
+        DWORD read = 0;
+        EXPECT_TRUE(ReadConsoleOutputCharacterW(m_screen, text, length, COORD{column, 0}, &read));
+        EXPECT_EQ(ToUtf8(text), word);
+        EXPECT_TRUE(ReadConsoleOutputAttribute(m_screen, colours, length, COORD{column, 0}, &read));
+        const bool isOne =
+            std::all_of(colours, colours + length, [&](WORD colour) { return colour == colours[0]; });
+        return isOne ? colours[0] : WORD{0};
+    }
+
+    void Check() const { EXPECT_EQ(RunToolWith(L"check \"" + m_path + L"\"", m_screen, m_screen), 1u); }
+};
+
+TEST_F(ToolColours, MarkAProblemOnAConsole)
+{
+    Check();
+    EXPECT_EQ(ColourOf("3:2", 0), kPlain);
+    EXPECT_EQ(ColourOf("problem", 8), BACKGROUND_BLUE | FOREGROUND_RED | FOREGROUND_INTENSITY);
+    EXPECT_EQ(ColourOf("Odd is skipped", 16), kPlain);
+}
+
+TEST_F(ToolColours, AreNotThereWhenPlainOutputIsWanted)
+{
+    const ScopedEnvironment plainOutput(L"NO_COLOR", L"1");
+    Check();
+    EXPECT_EQ(ColourOf("3:2", 0), kPlain);
+    EXPECT_EQ(ColourOf("problem", 8), kPlain);
+    EXPECT_EQ(ColourOf("Odd is skipped", 16), kPlain);
+}
+
+TEST_F(ToolColours, LeaveNothingInAPipe)
+{
+    EXPECT_THAT(RunTool({L"check", m_path}).output, StartsWith("3:2\tproblem\tOdd is skipped"));
+    EXPECT_THAT(RunTool({L"doctor"}).output,
+                Not(AnyOf(HasSubstr("\x01"), HasSubstr("\x02"), HasSubstr("\x03"))));
+}
+
 TEST_F(ToolOutput, IsAFailureWhereItCannotBeWritten)
 {
     const std::wstring path = m_folder / L"readonly.txt";

@@ -101,6 +101,8 @@ TEST_F(ToolPreset, OfACatalogueThatIsCutOffLacksTheRestAndSaysSo)
         EXPECT_THAT(made.problems, StartsWith("qanh: " + ToUtf8(m_path) +
                                               " is read in part only: 0xC00CEE01 MX_E_INPUTEND"));
         EXPECT_EQ(made.status, 1u);
+        arguments.push_back(L"--json");
+        EXPECT_THAT(RunTool(arguments).output, StartsWith("{\n  \"IsCut\": true,\n  \"Applications\": 1,\n"));
     }
 }
 
@@ -123,7 +125,7 @@ TEST_F(ToolPreset, MustBeAskedForRightly)
     EXPECT_EQ(Run({L"preset", L"make", L"--from", m_path}), // two sources
               (ToolResult{"",
                           "qanh: --from was given, and --catalogue or --host as well\n"
-                          "\"qanh help\" tells what there is.\n",
+                          "\"qanh help preset\" tells how it is used.\n",
                           2}));
     EXPECT_EQ(RunTool({L"preset", L"make", L"--from", m_path}).status, 3u); // not there
 }

@@ -75,12 +75,32 @@ TEST_F(ToolReport, TellsWhatCannotBeRead)
     EXPECT_THAT(page, HasSubstr("log.txt: 0x80070002 ERROR_FILE_NOT_FOUND"));
 }
 
+TEST_F(ToolReport, IsTheFileInJson)
+{
+    const auto json = [this] {
+        const ToolResult result = Run({L"report", L"--json", L"-o", m_report});
+        DeleteFileW(m_report.c_str());
+        std::string text = result.output;
+        ReplaceAll(text, JsonPath(), "CATALOGUE");
+        return text;
+    };
+    WriteCatalogue("");
+    EXPECT_THAT(json(),
+                AllOf(StartsWith("{\n  \"File\": \""), EndsWith("report.html\",\n  \"Problems\": []\n}\n")));
+    DeleteFileW(m_path.c_str());
+    EXPECT_THAT(
+        json(),
+        EndsWith("\"Problems\": [\n    \"cannot read CATALOGUE: 0x80070002 ERROR_FILE_NOT_FOUND (there "
+                 "is no such file)\"\n  ]\n}\n"));
+}
+
 TEST_F(ToolReport, OverwritesNoFile)
 {
     WriteCatalogue("");
     const std::string before = ReadFileBytes(m_path);
     EXPECT_EQ(Run({L"report", L"-o", m_path}).status, 3u);
     EXPECT_EQ(ReadFileBytes(m_path), before);
+    EXPECT_THAT(Run({L"report", L"--json", L"-o", m_path}).output, StartsWith("{\n  \"Error\": {\n"));
 }
 
 TEST_F(ToolReport, NeedsAFileAndSomethingToLookAt)
@@ -88,12 +108,13 @@ TEST_F(ToolReport, NeedsAFileAndSomethingToLookAt)
     EXPECT_EQ(Run({L"report"}).status, 2u);
     EXPECT_EQ(
         RunCommandLine(L"report --host Launcher -o \"\""),
-        (ToolResult{"", "qanh: the name of the file to make is empty\n\"qanh help\" tells what there is.\n",
-                    2}));
+        (ToolResult{
+            "", "qanh: the name of the file to make is empty\n\"qanh help report\" tells how it is used.\n",
+            2}));
     EXPECT_EQ(RunTool({L"report", L"-o", m_report}),
               (ToolResult{"",
                           "qanh: a report of what? Give --host NAME, --catalogue FILE or --log FILE\n"
-                          "\"qanh help\" tells what there is.\n",
+                          "\"qanh help report\" tells how it is used.\n",
                           2}));
     EXPECT_FALSE(Exists(m_report));
 }

@@ -62,6 +62,7 @@ TEST_F(ToolShow, IsJson)
 {
     EXPECT_EQ(Output({L"show", L"Editor", L"--json"}), R"({
   "Catalogue": ")" + JsonPath() + R"(",
+  "IsCut": false,
   "Applications": [
     {
       "Kind": "desktop",

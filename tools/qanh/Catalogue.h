@@ -22,4 +22,4 @@ void RefuseCatalogue(const CommandLine& line, const wchar_t* given = L"a FILE");
 // place where it breaks off is read, and that is said on standard error; but for a root that is not closed,
 // which is how the library writes it. Returns whether all was read. Throws Failure when the file cannot be
 // opened.
-bool LoadCatalogue(const std::wstring& path, CQanhAppNameList& list);
+[[nodiscard]] bool LoadCatalogue(const std::wstring& path, CQanhAppNameList& list);

@@ -4,6 +4,7 @@
 #include "Document.h"
 #include "Findings.h"
 #include "Json.h"
+#include "Output.h"
 #include "Text.h"
 #include "common/FormatText.h"
 
@@ -30,7 +31,8 @@ std::wstring Text(const std::vector<Finding>& findings, bool isPreset)
     for (const Finding& finding : findings) {
         text += FormatText(L"%s:%s\t%s\t%s\n",
                            {std::to_wstring(finding.place.line), std::to_wstring(finding.place.column),
-                            finding.isProblem ? L"problem" : L"note", Shown(finding.text)});
+                            finding.isProblem ? Coloured(L"problem", Colour::Problem) : L"note",
+                            Shown(finding.text)});
     }
     return text + (isPreset ? L"Fit as a preset: yes\n" : L"Fit as a preset: no\n");
 }

@@ -201,6 +201,13 @@ std::wstring HelpText(const std::string& command)
     }
 }
 
+// The command that was given; empty without one.
+std::wstring CommandOf(const CLI::App& tool)
+{
+    const std::vector<CLI::App*> given = tool.get_subcommands();
+    return given.empty() ? std::wstring() : FromUtf8(given.front()->get_name());
+}
+
 // The parser itself only says that it misses a command. Throws WrongUse when there was none that it knows.
 void ThrowForNoCommand(const CLI::App& tool, const CLI::ParseError& error)
 {
@@ -236,8 +243,7 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     try {
         tool.parse(reversed);
     } catch (const CLI::CallForHelp&) {
-        const auto commands = tool.get_subcommands();
-        line.help = HelpText(commands.empty() ? "" : commands.front()->get_name());
+        line.help = HelpText(ToUtf8(CommandOf(tool)));
         return line;
     } catch (const CLI::CallForVersion& version) {
         line.help = FromUtf8(version.what());
@@ -246,12 +252,13 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
         ThrowForNoCommand(tool, error);
         const std::vector<std::string> extra = tool.remaining(true);
         throw WrongUse{L"\"" + FromUtf8(extra.empty() ? error.what() : extra.front()) +
-                       L"\" is more than the command takes"};
+                           L"\" is more than the command takes",
+                       CommandOf(tool)};
     } catch (const CLI::ParseError& error) {
         ThrowForNoCommand(tool, error);
-        throw WrongUse{FromUtf8(error.what())};
+        throw WrongUse{FromUtf8(error.what()), CommandOf(tool)};
     }
-    line.command = FromUtf8(tool.get_subcommands().front()->get_name());
+    line.command = CommandOf(tool);
     if (line.command == L"help") {
         line.help = HelpText(values.helpCommand);
     }

@@ -7,12 +7,18 @@ Answer Diff(const CommandLine& line)
 {
     RefuseCatalogue(line);
     CQanhAppNameList before;
-    LoadCatalogue(line.file, before);
+    const bool isBeforeWhole = LoadCatalogue(line.file, before);
     CQanhAppNameList after;
-    LoadCatalogue(line.otherFile, after);
+    const bool isAfterWhole = LoadCatalogue(line.otherFile, after);
     const Difference difference = Compare(before, after);
     Answer answer;
-    answer.text = line.isJson ? TextOf(JsonOf(difference)) : TextOf(difference);
+    if (line.isJson) {
+        Json json{{"IsCut", !isBeforeWhole || !isAfterWhole}};
+        json.update(JsonOf(difference));
+        answer.text = TextOf(json);
+    } else {
+        answer.text = TextOf(difference);
+    }
     answer.status = difference.IsEmpty() ? Status::Done : Status::No;
     return answer;
 }

@@ -2,10 +2,27 @@
 
 #include "Diagnosis.h"
 #include "Json.h"
+#include "Output.h"
 #include "Text.h"
 #include "common/FormatText.h"
 
 #include <algorithm>
+
+namespace {
+
+std::wstring LevelText(Diagnosis::Level level)
+{
+    switch (level) {
+    case Diagnosis::Level::Warning:
+        return Coloured(NameOf(level), Colour::Warning);
+    case Diagnosis::Level::Problem:
+        return Coloured(NameOf(level), Colour::Problem);
+    default:
+        return NameOf(level);
+    }
+}
+
+} // namespace
 
 Diagnoses Diagnose(const CommandLine& line)
 {
@@ -39,7 +56,7 @@ Answer Doctor(const CommandLine& line)
     } else {
         for (const Diagnosis& diagnosis : diagnoses) {
             answer.text += FormatText(L"%s\t%s\t%s\n",
-                                      {NameOf(diagnosis.level), diagnosis.subject, Shown(diagnosis.text)});
+                                      {LevelText(diagnosis.level), diagnosis.subject, Shown(diagnosis.text)});
             if (!diagnosis.advice.empty()) {
                 answer.text += L"\t\t" + diagnosis.advice + L"\n";
             }

@@ -23,7 +23,8 @@ bool HasProblem(const Explanation& explanation)
                        [](const LeftInName& name) { return name.comesFirst; });
 }
 
-std::wstring JsonText(const std::wstring& path, const CommandLine& line, const Explanation& explanation)
+std::wstring JsonText(const std::wstring& path, bool isWhole, const CommandLine& line,
+                      const Explanation& explanation)
 {
     Json excluded = Json::array();
     for (const ExcludedName& entry : explanation.excluded) {
@@ -40,6 +41,7 @@ std::wstring JsonText(const std::wstring& path, const CommandLine& line, const E
                           {"Application", JsonOf(entry.application)}});
     }
     return TextOf(Json{{"Catalogue", JsonOf(path)},
+                       {"IsCut", !isWhole},
                        {"Name", JsonOf(line.name)},
                        {"Query", JsonOf(explanation.query)},
                        {"LogLineBytes", explanation.logLineBytes},
@@ -104,10 +106,10 @@ Answer Explain(const CommandLine& line)
     }
     const std::wstring path = CataloguePath(line);
     CQanhAppNameList list;
-    LoadCatalogue(path, list);
+    const bool isWhole = LoadCatalogue(path, list);
     const Explanation explanation = ExplainLaunch(list, line.name, LogCodePage(line));
     Answer answer;
-    answer.text = line.isJson ? JsonText(path, line, explanation) : Text(line, explanation);
+    answer.text = line.isJson ? JsonText(path, isWhole, line, explanation) : Text(line, explanation);
     if (HasProblem(explanation)) {
         answer.status = Status::No;
     }

@@ -24,6 +24,7 @@ struct Failure
 struct WrongUse
 {
     std::wstring what;
+    std::wstring command = L""; // where it is known
 };
 
 // A result in hexadecimal, with its name and what it means here:

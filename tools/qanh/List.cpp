@@ -25,7 +25,7 @@ Answer List(const CommandLine& line)
 {
     const std::wstring path = CataloguePath(line);
     CQanhAppNameList list;
-    LoadCatalogue(path, list);
+    const bool isWhole = LoadCatalogue(path, list);
     std::vector<Application> applications = ApplicationsOf(list);
     const std::wstring match = Folded(line.match);
     applications.erase(std::remove_if(applications.begin(), applications.end(),
@@ -36,7 +36,8 @@ Answer List(const CommandLine& line)
                        applications.end());
     Answer answer;
     if (line.isJson) {
-        answer.text = TextOf(Json{{"Catalogue", JsonOf(path)}, {"Applications", JsonOf(applications)}});
+        answer.text = TextOf(
+            Json{{"Catalogue", JsonOf(path)}, {"IsCut", !isWhole}, {"Applications", JsonOf(applications)}});
     } else {
         for (const Application& application : applications) {
             answer.text += LineOf(application) + L"\n";

@@ -183,7 +183,8 @@ Answer Preset(const CommandLine& line)
         WriteNewFile(line.output, preset);
     }
     if (line.isJson) {
-        Json json{{"Applications", applications.size()}, {"Reserved", writer.ReservedCount()}};
+        Json json{
+            {"IsCut", !isAll}, {"Applications", applications.size()}, {"Reserved", writer.ReservedCount()}};
         json[line.output.empty() ? "Preset" : "File"] = JsonOf(line.output.empty() ? preset : line.output);
         answer.text = TextOf(json);
     } else if (line.output.empty()) {

@@ -15,12 +15,6 @@ bool IsConsole()
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
 }
 
-// Set to anything but the empty text.
-bool IsPlainWanted()
-{
-    return GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) > 1;
-}
-
 } // namespace
 
 Progress::Progress() : m_isShown(IsConsole() && !IsPlainWanted()) {}

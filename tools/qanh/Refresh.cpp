@@ -22,7 +22,8 @@ struct Snapshot
         WIN32_FILE_ATTRIBUTE_DATA data{};
         if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) {
             written = data.ftLastWriteTime;
-            LoadCatalogue(path, list);
+            // Standard error tells when it is not all.
+            (void)LoadCatalogue(path, list);
         }
     }
 

@@ -134,7 +134,7 @@ Answer Report(const CommandLine& line)
     WriteNewFile(line.output, FromUtf8(report));
     Answer answer;
     if (line.isJson) {
-        answer.text = TextOf(Json{{"File", JsonOf(line.output)}});
+        answer.text = TextOf(Json{{"File", JsonOf(line.output)}, {"Problems", data["Problems"]}});
     }
     for (const Json& problem : data["Problems"]) {
         answer.problem += (answer.problem.empty() ? L"" : L"; ") + FromUtf8(problem.get<std::string>());

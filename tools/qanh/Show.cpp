@@ -28,7 +28,7 @@ Answer Show(const CommandLine& line)
 {
     const std::wstring path = CataloguePath(line);
     CQanhAppNameList list;
-    LoadCatalogue(path, list);
+    const bool isWhole = LoadCatalogue(path, list);
     std::vector<Application> called;
     for (const Application& application : ApplicationsOf(list)) {
         if (IsCalled(application, line.name)) {
@@ -37,7 +37,8 @@ Answer Show(const CommandLine& line)
     }
     Answer answer;
     if (line.isJson) {
-        answer.text = TextOf(Json{{"Catalogue", JsonOf(path)}, {"Applications", JsonOf(called)}});
+        answer.text =
+            TextOf(Json{{"Catalogue", JsonOf(path)}, {"IsCut", !isWhole}, {"Applications", JsonOf(called)}});
     } else {
         for (const Application& application : called) {
             answer.text += BlockOf(application);

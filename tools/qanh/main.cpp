@@ -71,6 +71,13 @@ void Tell(std::wstring_view problem)
     WriteText(STD_ERROR_HANDLE, FormatText(L"qanh: %s\n", {Shown(problem)}));
 }
 
+void TellWhereHelpIs(const std::wstring& command)
+{
+    WriteText(STD_ERROR_HANDLE, command.empty()
+                                    ? L"\"qanh help\" tells what there is.\n"
+                                    : FormatText(L"\"qanh help %s\" tells how it is used.\n", {command}));
+}
+
 // The sentence goes to standard error; who reads JSON finds it in the place of the answer, too.
 void TellFailure(const Failure& failure, bool isJson)
 {
@@ -85,9 +92,11 @@ void TellFailure(const Failure& failure, bool isJson)
 
 Status AnswerCommandLine()
 {
+    std::wstring command;
     bool isJson = false;
     try {
         const CommandLine line = ParseCommandLine(Arguments());
+        command = line.command;
         isJson = line.isJson;
         const Answer answer = Run(line);
         WriteText(STD_OUTPUT_HANDLE, answer.text);
@@ -97,7 +106,7 @@ Status AnswerCommandLine()
         return answer.status;
     } catch (const WrongUse& error) {
         Tell(error.what);
-        WriteText(STD_ERROR_HANDLE, L"\"qanh help\" tells what there is.\n");
+        TellWhereHelpIs(error.command.empty() ? command : error.command);
         return Status::WrongUse;
     } catch (const Failure& failure) {
         TellFailure(failure, isJson);

@@ -90,7 +90,11 @@ function showQuery() {
   });
   document.getElementById("query").textContent = wanted === "" ? "" : queryFor(wanted);
   document.getElementById("remark").textContent = wanted === "" ? "Type a name: the query appears here." :
-    `${called === 0 ? "No application that is installed is" : called === 1 ? "1 application is" : called + " applications are"} called so; ${excluded.size} excluded.`;
+    `${called === 0 ? "No application that is installed is" : called === 1 ? "1 application is" : called + " applications are"} called so; ${excluded.size} excluded. What is left in, "qanh explain" tells.`;
+}
+
+function counted(number, one, several = one + "s") {
+  return `${number} ${number === 1 ? one : several}`;
 }
 
 function fillDiagnoses() {
@@ -141,7 +145,7 @@ function draw(parent, element, attributes, text) {
   return node;
 }
 
-const phases = [["Exclusions", "#8250df", "exclusions"], ["StartScreen", "#0969da", "Start screen"],
+const phases = [["Exclusions", "#8250df", "exclusions"], ["StartScreen", "#1b7c83", "Start screen"],
   ["SearchPane", "#54aeff", "search pane"], ["Clipboard", "#bf8700", "clipboard"],
   ["PasteAndStart", "#2da44e", "paste and start"]];
 const shownLaunches = 40;
@@ -206,8 +210,9 @@ function fillLog() {
     about.textContent = "There is no log.";
     return;
   }
-  about.textContent = `${log.Path}: ${log.Begin} to ${log.End}, ${log.Lines} lines, ${log.Launches.length} launches, ` +
-    `${log.RefreshPasses.length} refresh passes, ${log.FailureCount} failures` +
+  about.textContent = `${log.Path}: ${log.Begin} to ${log.End}, ${counted(log.Lines, "line")}, ` +
+    `${counted(log.Launches.length, "launch", "launches")}, ` +
+    `${counted(log.RefreshPasses.length, "refresh pass", "refresh passes")}, ${counted(log.FailureCount, "failure")}` +
     (log.FailureCount > log.Failures.length ? `, of which the last ${log.Failures.length} are shown` : "");
   drawTimeLine(log);
   const body = document.querySelector("#failures tbody");
@@ -223,7 +228,7 @@ function fillLog() {
 
 document.getElementById("about").textContent = `Made ${data.Made} by qanh.`;
 document.getElementById("catalogue").textContent =
-  data.Catalogue === null ? "No catalogue was named." : `${data.Catalogue}: ${data.Applications.length} applications`;
+  data.Catalogue === null ? "No catalogue was named." : `${data.Catalogue}: ${counted(data.Applications.length, "application")}`;
 fillApplications();
 fillDiagnoses();
 fillLog();
