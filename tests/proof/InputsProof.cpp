@@ -111,7 +111,7 @@ template <typename Make, typename Try> void ForEachDocument(const char* what, Ma
         proof::Progress(done, count);
     }
     proof::Figure((std::string(what) + " read by the runtime's reader").c_str(), count, "files");
-    proof::Figure((std::string(what) + " left out: cut off inside an instruction").c_str(), left, "files");
+    proof::Figure((std::string(what) + " left out: they end that reader").c_str(), left, "files");
 }
 
 std::string Calls(const CQanhAppNameList& list)
