@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-
 namespace proof {
 
 std::vector<std::string> NamesIn(std::string_view query)
