@@ -100,6 +100,15 @@ TEST_F(ToolLog, IsATree)
                     "", 0}));
 }
 
+TEST_F(ToolLog, TellsAResultThatHasAColonWithoutIt)
+{
+    EXPECT_THAT(RunOn(At(0, "CQanhPackageManager::RefreshThread IN") +
+                          At(1, "CQanhPackageManager::RefreshThread OUT : nRet(0x00000000)"),
+                      {L"--tree"})
+                    .output,
+                HasSubstr("\trefresh\tCQanhPackageManager::RefreshThread: nRet(0x00000000), 1 ms\n"));
+}
+
 // A pass that asks for a package while a launch asks what to exclude.
 TEST_F(ToolLog, KeepsTheRefreshThreadApartAndMarksWhatIsAGuess)
 {

@@ -15,7 +15,9 @@ std::wstring EndText(const LogCall& call)
     }
     const std::optional<long long> duration = call.Duration();
     const std::wstring time = duration ? std::to_wstring(*duration) + L" ms" : L"? ms";
-    return call.outcome.empty() ? time : call.outcome + L", " + time;
+    // Some exits have a colon of their own.
+    const std::wstring outcome = call.outcome.starts_with(L": ") ? call.outcome.substr(2) : call.outcome;
+    return outcome.empty() ? time : outcome + L", " + time;
 }
 
 Json EntryOf(std::size_t line, std::optional<long long> time, LogThread thread, bool isGuess,

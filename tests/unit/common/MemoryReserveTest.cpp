@@ -157,13 +157,17 @@ TEST(MemoryReserve, GivesRoomToGrow)
     std::free(moved);
     void* next = nullptr;
     void* ended = &next;
+    void* last = nullptr;
     {
         const NoMemory noMemory;
         next = Kept(std::malloc(1));
         ended = std::realloc(next, 0);
+        last = Kept(std::malloc(1));
+        std::free(last);
     }
     EXPECT_EQ(next, first) << "it was given back";
     EXPECT_EQ(ended, nullptr);
+    EXPECT_EQ(last, first) << "size 0 gives it back, too";
 }
 
 // How many blocks are free. To be called while there is no memory.
