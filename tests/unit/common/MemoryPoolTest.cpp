@@ -1,11 +1,11 @@
 #include "common/MemoryPool.h"
 
 #include "common/Pooled.h"
+#include "common/UniqueHandle.h"
 #include "common/WideString.h"
 #include "support/Allocations.h"
 #include "support/Test.h"
 
-#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <list>
@@ -193,10 +193,14 @@ TEST(MemoryPool, BlocksMayBeFreedOnAnotherThreadWhileItGoesOn)
 
 TEST(MemoryPool, CountsBlocksThatAnotherThreadFrees)
 {
-    std::atomic<void*> block = nullptr;
-    std::thread other([&] { // which takes memory itself, before the watch begins
-        block.wait(nullptr);
+    // Not by means of the C++ library, which may ask for memory themselves.
+    const UniqueHandle isMade(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    const UniqueHandle isFreed(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    void* block = nullptr;
+    std::thread other([&] {
+        WaitForSingleObject(isMade.Get(), INFINITE);
         MemoryPool::Free(block);
+        SignalObjectAndWait(isFreed.Get(), isMade.Get(), INFINITE, FALSE);
     });
     std::size_t live = 0;
     std::size_t left = 1;
@@ -205,13 +209,14 @@ TEST(MemoryPool, CountsBlocksThatAnotherThreadFrees)
         {
             MemoryPool pool;
             block = MemoryPool::Allocate(&pool, 60);
-            block.notify_one();
-            other.join();
+            SignalObjectAndWait(isMade.Get(), isFreed.Get(), INFINITE, FALSE);
             live = watch.Live();
         }
         // The chunk has gone with the pool, on this thread.
         left = watch.Live();
     }
+    SetEvent(isMade.Get());
+    other.join();
     EXPECT_EQ(live, 1u);
     EXPECT_EQ(left, 0u);
 }
