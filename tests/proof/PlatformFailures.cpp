@@ -265,24 +265,25 @@ const std::vector<PlatformFunction>& PlatformFunctions()
         Add(functions, "malloc calloc realloc free _strdup", "the proof of the memory makes it fail");
         Add(functions,
             "_wcsicmp _wcsnicmp iswspace memchr memcmp memcpy memmove memset strcmp "
-            "strcspn strlen strncmp strspn wcschr wcscmp wcscpy_s wcslen wcsncpy_s wcsrchr _errno",
+            "strchr strcspn strlen strncmp strspn wcschr wcscmp wcscpy_s wcslen wcsncpy_s wcsrchr _errno",
             "it works on memory that the library gives it and that has room");
-        Add(functions, "_snprintf_s _snwprintf_s",
+        Add(functions, "_snprintf_s _snwprintf_s _vscprintf _vsnprintf",
             "it cuts off what does not fit, as the library asks it to: that is its arguments' doing");
         Add(functions,
             "AddVectoredExceptionHandler RemoveVectoredExceptionHandler CreateEventA CreateSemaphoreA "
             "ReleaseSemaphore DeleteCriticalSection EnterCriticalSection InitializeCriticalSection "
             "LeaveCriticalSection TryEnterCriticalSection DisableThreadLibraryCalls DuplicateHandle "
-            "GetCurrentProcess GetCurrentThread GetHandleInformation GetModuleHandleW GetProcAddress "
+            "GetCurrentProcess GetCurrentThread GetHandleInformation GetModuleHandleA GetModuleHandleW GetProcAddress "
             "GetProcessAffinityMask GetSystemTimeAsFileTime GetThreadContext GetThreadPriority "
-            "FormatMessageA GetTickCount64 IsDBCSLeadByteEx IsDebuggerPresent LoadLibraryW MultiByteToWideChar "
+            "FormatMessageA GetTickCount GetTickCount64 IsDBCSLeadByteEx IsDebuggerPresent LoadLibraryW MultiByteToWideChar "
             "OpenProcess "
             "OutputDebugStringA RaiseException ResumeThread RtlCaptureContext RtlLookupFunctionEntry "
             "RtlUnwindEx RtlVirtualUnwind SetProcessAffinityMask SetThreadContext SetThreadPriority "
             "SuspendThread TlsAlloc TlsGetValue TlsSetValue VirtualProtect VirtualQuery __C_specific_handler "
             "___lc_codepage_func ___mb_cur_max_func __iob_func _amsg_exit _beginthreadex _endthreadex "
             "_initterm _lock _unlock _setjmp longjmp _ultoa abort exit fprintf fputc fputs fwrite localeconv "
-            "printf signal strerror vfprintf _read _close",
+            "printf signal strerror vfprintf _read _close getenv strtoul QueryPerformanceCounter "
+            "QueryPerformanceFrequency",
             kRuntimes);
         return functions;
     }();
