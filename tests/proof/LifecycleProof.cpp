@@ -1,12 +1,14 @@
 // Up and down, loaded and unloaded, again and again and at any moment: the library leaves nothing behind in
 // its host, and no end of the host or of one of its threads makes it crash or hang.
 #include "proof/Hosts.h"
+#include "standin/ModulePath.h"
 #include "support/HeapCheck.h"
 #include "system/Passes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 
 namespace {
@@ -17,6 +19,17 @@ using proof::Holdings;
 constexpr std::size_t heapSlack = 64;
 // What ends a process that read where it must not.
 constexpr DWORD accessViolation = 0xC0000005;
+
+// Whether the walk through the heap tells what is in use to the byte. Newer versions of Wine keep places for
+// small blocks, as Windows does, which the walk takes for used: a thousand threads that enter an apartment
+// seem to leave 20 KB without the library. There the proof of the memory alone tells, which counts each
+// block.
+bool IsHeapExact()
+{
+    using Version = const char* (*)();
+    const auto version = standin::FunctionOf<Version>(GetModuleHandleW(L"ntdll.dll"), "wine_get_version");
+    return version && std::strtol(version(), nullptr, 10) < 9;
+}
 
 class LifecycleUnderLoad : public testing::Test
 {
@@ -45,7 +58,7 @@ protected:
     {
         EXPECT_EQ(after.handles, before.handles + platforms.handles) << what;
         EXPECT_EQ(after.threads, before.threads) << what;
-        if (!test::AreHeapsChecked()) {
+        if (!test::AreHeapsChecked() && IsHeapExact()) {
             EXPECT_LE(after.heap, before.heap + platforms.heap + heapSlack) << what;
         }
         EXPECT_EQ(after.gdiObjects, before.gdiObjects) << what;

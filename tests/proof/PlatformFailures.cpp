@@ -273,17 +273,17 @@ const std::vector<PlatformFunction>& PlatformFunctions()
             "AddVectoredExceptionHandler RemoveVectoredExceptionHandler CreateEventA CreateSemaphoreA "
             "ReleaseSemaphore DeleteCriticalSection EnterCriticalSection InitializeCriticalSection "
             "LeaveCriticalSection TryEnterCriticalSection DisableThreadLibraryCalls DuplicateHandle "
-            "GetCurrentProcess GetCurrentThread GetHandleInformation GetModuleHandleA GetModuleHandleW GetProcAddress "
-            "GetProcessAffinityMask GetSystemTimeAsFileTime GetThreadContext GetThreadPriority "
-            "FormatMessageA GetTickCount GetTickCount64 IsDBCSLeadByteEx IsDebuggerPresent LoadLibraryW MultiByteToWideChar "
-            "OpenProcess "
-            "OutputDebugStringA RaiseException ResumeThread RtlCaptureContext RtlLookupFunctionEntry "
-            "RtlUnwindEx RtlVirtualUnwind SetProcessAffinityMask SetThreadContext SetThreadPriority "
-            "SuspendThread TlsAlloc TlsGetValue TlsSetValue VirtualProtect VirtualQuery __C_specific_handler "
+            "GetCurrentProcess GetCurrentThread GetHandleInformation GetModuleHandleA GetModuleHandleW "
+            "GetProcAddress GetProcessAffinityMask GetSystemTimeAsFileTime GetThreadContext "
+            "GetThreadPriority FormatMessageA GetTickCount GetTickCount64 IsDBCSLeadByteEx "
+            "IsDebuggerPresent LoadLibraryW MultiByteToWideChar OpenProcess OutputDebugStringA "
+            "RaiseException ResumeThread RtlCaptureContext RtlLookupFunctionEntry RtlUnwindEx "
+            "RtlVirtualUnwind SetProcessAffinityMask SetThreadContext SetThreadPriority SuspendThread "
+            "TlsAlloc TlsGetValue TlsSetValue VirtualProtect VirtualQuery __C_specific_handler "
             "___lc_codepage_func ___mb_cur_max_func __iob_func _amsg_exit _beginthreadex _endthreadex "
-            "_initterm _lock _unlock _setjmp longjmp _ultoa abort exit fprintf fputc fputs fwrite localeconv "
-            "printf signal strerror vfprintf _read _close getenv strtoul QueryPerformanceCounter "
-            "QueryPerformanceFrequency",
+            "_initterm _lock _unlock _setjmp longjmp _ultoa abort exit fprintf fputc fputs fwrite "
+            "localeconv printf signal strerror vfprintf _read _close getenv strtoul "
+            "QueryPerformanceCounter QueryPerformanceFrequency",
             kRuntimes);
         return functions;
     }();
