@@ -123,7 +123,7 @@ function fillDiagnoses() {
     add(problems, "problem", "report", text, "");
   }
   for (const entry of data.Findings) {
-    add(problems, entry.IsProblem ? "problem" : "warning", `catalogue, line ${entry.Line}`, entry.Text, "");
+    add(problems, entry.IsProblem ? "problem" : "note", `catalogue, line ${entry.Line}`, entry.Text, "");
   }
   if (problems.rows.length === 0) {
     add(problems, "ok", "", "none", "");
