@@ -112,10 +112,9 @@ HRESULT QanhGetAppDisplayNameByPFN(const Char* packageFamilyName, Char** ppDispl
     return result;
 }
 
-HRESULT QanhLaunchBySearch(const Char* appName, DWORD searchMode, BOOL useExcludeList)
+/* What both launches by search end with. */
+static HRESULT AddSearch(DWORD searchMode, BOOL useExcludeList)
 {
-    Add("QanhLaunchBySearch(");
-    AddText(appName);
     AddCharacter(',');
     AddNumber(searchMode);
     AddCharacter(',');
@@ -124,16 +123,18 @@ HRESULT QanhLaunchBySearch(const Char* appName, DWORD searchMode, BOOL useExclud
     return result;
 }
 
+HRESULT QanhLaunchBySearch(const Char* appName, DWORD searchMode, BOOL useExcludeList)
+{
+    Add("QanhLaunchBySearch(");
+    AddText(appName);
+    return AddSearch(searchMode, useExcludeList);
+}
+
 HRESULT QanhLaunchIEBySearch(DWORD tileMode, DWORD searchMode, BOOL useExcludeList)
 {
     Add("QanhLaunchIEBySearch(");
     AddNumber(tileMode);
-    AddCharacter(',');
-    AddNumber(searchMode);
-    AddCharacter(',');
-    AddNumber((DWORD)useExcludeList);
-    Add(");");
-    return result;
+    return AddSearch(searchMode, useExcludeList);
 }
 
 HRESULT QanhLaunchByManager(const Char* appUserModelId, const Char* arguments)
