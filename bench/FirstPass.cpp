@@ -137,6 +137,18 @@ void WalkOnce(const std::wstring& folder, Paths& shortcuts)
     });
 }
 
+// What was saved must be on the disk when the pass is over.
+void Flush(const std::wstring& path)
+{
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const bool isOnDisk = FlushFileBuffers(file) != FALSE;
+    CloseHandle(file);
+    if (!isOnDisk) {
+        throw std::runtime_error("the bare save does not get to the disk");
+    }
+}
+
 // The same work by bare calls: the walk of the folders, the reading of the manifests, the save.
 template <typename Walk> void RunBare(const Machine& machine, const Walk& walk)
 {
@@ -153,6 +165,7 @@ template <typename Walk> void RunBare(const Machine& machine, const Walk& walk)
     }
     g_sink = characters;
     WriteXml(machine.catalog, machine.OtherFile());
+    Flush(machine.OtherFile());
 }
 
 bool Measure(Session& session, const std::string& measure, std::size_t shortcuts, std::size_t packages)

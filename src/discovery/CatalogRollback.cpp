@@ -149,7 +149,10 @@ DWORD CatalogRollback::Copy() const noexcept
     if (!target) {
         return GetLastError();
     }
-    const DWORD error = source ? CopyBytes(source.Get(), target.Get()) : ERROR_SUCCESS;
+    if (!source) {
+        return ERROR_SUCCESS; // nothing of an empty file has to get to the disk
+    }
+    const DWORD error = CopyBytes(source.Get(), target.Get());
     if (error != ERROR_SUCCESS) {
         return error;
     }

@@ -34,7 +34,12 @@ TEST_F(CatalogRollbackFile, ComesBackWhenTheSaveFailed)
 
 TEST_F(CatalogRollbackFile, IsEmptyWhereThereWasNoCatalog)
 {
-    ASSERT_EQ(m_rollback.Begin(), S_OK);
+    {
+        const FileSteps steps;
+        ASSERT_EQ(m_rollback.Begin(), S_OK);
+        EXPECT_THAT(steps.Get(), ElementsAre("open AppNameList.xml", "open AppNameList.xml.tmp",
+                                             "move AppNameList.xml.tmp to AppNameList.xml.bak"));
+    }
     EXPECT_THAT(Files(), ElementsAre("xml.bak"));
     EXPECT_EQ(Bak(), "");
     WriteCatalog("new");
