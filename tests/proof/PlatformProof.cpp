@@ -174,8 +174,8 @@ protected:
         const NameSet whole = NamesIn(m_whole.namesAfter);
         NameSet known = Union(before, whole);
         if (GetParam() == Operation::PassOfPlatform && ReadsSetting(attempt.function)) {
-            // Short names, which only the library's own reader sees.
-            known = Union(known, {"x new short", "x newer short", "x suite short"});
+            // Short names and references to resources, which only the library's own reader makes out.
+            known = Union(known, {"x new short", "x newer short", "x resolved", "x suite short"});
         }
         if (IsPass(GetParam())) {
             const NameSet kept = Intersection(before, whole);
