@@ -9,9 +9,12 @@
 namespace MemoryReserve {
 
 // There are so many blocks of this size, in bytes. When nothing else is left, the first exception of all
-// takes 12 for good; a thread's first one takes 7, a further one 1. When the thread ends, 1 stays and serves
-// the next thread. So seven threads can raise their first exceptions at the same time. Larger requests, and
-// more of them, find nothing.
+// takes 12 for good; a thread's first one takes 7, a further one 1. Most of the 7 stay taken until the thread
+// ends, also when the exception is long gone and there is memory again; then 1 stays and serves the next
+// thread. So what counts is the threads that are alive at the same time and raised their first exception
+// while there was no memory: seven when all exceptions are there at once, eleven when each is gone before the
+// next one. One thread more ends the process. A thread whose first exception came while there was memory
+// takes 1 at most for each that it raises later. Larger requests, and more of them, find nothing.
 constexpr unsigned kBlockSize = 512;
 constexpr unsigned kBlocks = 64;
 
