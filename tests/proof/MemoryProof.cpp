@@ -306,8 +306,8 @@ TEST(MemoryOfThreads, RunsOutForSevenAtOnce)
     Figure("times that seven threads raised their first exceptions at once, without memory", rounds);
 }
 
-// What it gave to a thread for its first exception stays with that while it lives, except for the exception
-// itself and what it took on its way: so many can live that raised theirs one after the other.
+// What it gave to a thread for its first exception stays with that while it lives, but for the exception
+// itself: so many can live that raised theirs one after the other.
 TEST(MemoryOfThreads, RunsOutForElevenInTurnThatStay)
 {
     constexpr int kThreads = 11;
