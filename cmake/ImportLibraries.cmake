@@ -32,5 +32,17 @@ if(MINGW)
   execute_process(
     COMMAND ${QANHELPER_DLLTOOL} --deterministic-libraries -k -d platformheap.def -l libplatformheap.a
     WORKING_DIRECTORY ${CMAKE_BINARY_DIR} COMMAND_ERROR_IS_FATAL ANY)
+  # Where "==" only makes another name for malloc, that would be the library's own, which would call itself for ever.
+  execute_process(
+    COMMAND ${CMAKE_NM} libplatformheap.a
+    WORKING_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  foreach(function Malloc Calloc Realloc Free)
+    string(TOLOWER ${function} alias)
+    if(NOT symbols MATCHES "[0-9a-f] [A-TX-Z] __imp_Platform${function}[\r\n]"
+        OR symbols MATCHES " (__imp_)?${alias}[\r\n]")
+      message(FATAL_ERROR "${QANHELPER_DLLTOOL} cannot import ${alias} of msvcrt.dll as Platform${function}. The dlltool "
+        "of GNU binutils is needed (Debian: binutils-mingw-w64-x86-64); QANHELPER_DLLTOOL can name it.")
+    endif()
+  endforeach()
   target_link_libraries(qanhelper_platform_heap INTERFACE ${CMAKE_BINARY_DIR}/libplatformheap.a)
 endif()

@@ -12,9 +12,9 @@ install(FILES ${package_files}/QanHelper.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/
 # What stands in the zip alone. Its folders are those of the project, so that the links in its pages lead somewhere.
 install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/qanh${CMAKE_EXECUTABLE_SUFFIX}
   DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT package EXCLUDE_FROM_ALL)
-install(FILES cmake/package/README.md CHANGELOG.md CONTRIBUTING.md DESTINATION . COMPONENT package EXCLUDE_FROM_ALL)
-# What qanh.exe is linked with asks for it.
-install(FILES tools/qanh/NOTICES.md DESTINATION . COMPONENT package EXCLUDE_FROM_ALL)
+# The licences of what the programs are linked with ask for the notices.
+install(FILES cmake/package/README.md cmake/package/NOTICES.md CHANGELOG.md CONTRIBUTING.md
+  DESTINATION . COMPONENT package EXCLUDE_FROM_ALL)
 install(FILES standin/README.md DESTINATION standin COMPONENT package EXCLUDE_FROM_ALL)
 install(DIRECTORY docs admin DESTINATION . COMPONENT package EXCLUDE_FROM_ALL)
 install(DIRECTORY bindings DESTINATION . COMPONENT package EXCLUDE_FROM_ALL

@@ -121,7 +121,9 @@ HRESULT QANH_CALL QanhIsInstalled(LPCWSTR packageName, BOOL* pIsInstalled);
  *   pIsInstalled    receives 1 or 0; as it was when the call fails
  *
  * Results and threads as QanhIsInstalled. Memory that runs out while the ID is split is reported by a C++ exception,
- * std::bad_alloc, the only one that leaves the library. Take it as fatal: another compiler's code cannot catch it.
+ * std::bad_alloc, the only one that leaves the library. Take it as fatal: another compiler's code cannot catch it. One
+ * that does must not keep it beyond its catch block (std::current_exception, std::async, a promise): it may lie in the
+ * library's data, which whoever keeps it would free as a block of its own heap.
  */
 HRESULT QANH_CALL QanhIsInstalledByAppUserModeID(LPCWSTR appUserModelId, BOOL* pIsInstalled);
 

@@ -5,6 +5,7 @@
 #include "Results.hpp"
 
 #include <cstring>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -226,9 +227,14 @@ public:
     // The same for the package of an application user model ID.
     bool IsInstalledById(const std::wstring& appUserModelId) const
     {
+        HRESULT result = detail::ToResult(0x8007000E); // E_OUTOFMEMORY, unless the call returns
         BOOL isInstalled = FALSE;
-        detail::ThrowIfFailed(m_module->isInstalledById(appUserModelId.c_str(), &isInstalled),
-                              "QanhIsInstalledByAppUserModeID");
+        try {
+            result = m_module->isInstalledById(appUserModelId.c_str(), &isInstalled);
+        } catch (const std::bad_alloc&) {
+            // It may lie in the DLL, where nobody else can free it: it ends here, and Error is the host's.
+        }
+        detail::ThrowIfFailed(result, "QanhIsInstalledByAppUserModeID");
         return isInstalled != FALSE;
     }
 

@@ -88,7 +88,8 @@ struct FlagAttribute
 
 // Makes a record of the element at hand, in the pool when there is one: setAttribute(record, name, value,
 // pool) is called for each attribute. S_OK with the record passed out, E_OUTOFMEMORY, or the reader's
-// failure. The reader stays on the last attribute.
+// failure. With S_OK the reader is left at the last attribute, or on the element when there is none; with a
+// failure, wherever it was then.
 template <typename Record, typename SetAttribute>
 [[nodiscard]] HRESULT ReadRecord(IXmlReader* reader, std::unique_ptr<Record>* out, SetAttribute setAttribute,
                                  MemoryPool* pool) noexcept

@@ -18,6 +18,8 @@ public:
 
     // Reads the element at hand into a new record. S_OK, E_POINTER, E_OUTOFMEMORY or the reader's failure;
     // the record is passed out on S_OK only. It and its texts are blocks of the pool, when there is one.
+    // The reader is left at the last attribute, or where a failure left it: the caller may read on, and ask
+    // nothing of the element.
     [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhMetroApp>* ppApp,
                                              MemoryPool* pool = nullptr) noexcept;
 

@@ -63,6 +63,8 @@ public:
     // Reads the element at hand and the applications below it into a new record, which is passed out also
     // when the document ends early. Returns the last status of the reader (S_FALSE at the end of the
     // document), E_POINTER or E_OUTOFMEMORY. All of the record are blocks of the pool, when there is one.
+    // With a failure of its attributes the reader is left at one of them, otherwise where
+    // Xml::ForEachElementBelow() ends: the caller may read on, and ask nothing of the package's element.
     [[nodiscard]] static HRESULT FromXmlNode(IXmlReader* pReader, std::unique_ptr<CQanhPackage>* ppPackage,
                                              std::size_t appLimit = kListSizeLimit,
                                              MemoryPool* pool = nullptr) noexcept;

@@ -9,9 +9,13 @@
 namespace MemoryReserve {
 
 // There are so many blocks of this size, in bytes. When nothing else is left, the first exception of all
-// takes 12 for good; a thread's first one takes 7, a further one 1. When the thread ends, 1 stays and serves
-// the next thread. So seven threads can raise their first exceptions at the same time. Larger requests, and
-// more of them, find nothing.
+// takes 8 for good, and a thread's first one 6: its own, which comes back with it, and 5 that stay taken
+// until the thread ends, also when the exception is long gone and there is memory again; then 1 stays and
+// serves the next thread. Threads at the same moment may take 1 more each on the way. A further exception
+// takes 1. So what counts is the threads that are alive at the same time and raised their first exception
+// while there was no memory: there is enough for seven whose exceptions are there at once, and for eleven
+// when each is gone before the next one. With ten and with twelve the process ends. Larger requests, and more
+// of them, find nothing.
 constexpr unsigned kBlockSize = 512;
 constexpr unsigned kBlocks = 64;
 

@@ -73,9 +73,10 @@ public:
 };
 
 // Calls visit(name, value) for each attribute of the element at hand, in document order, until there are no
-// more or visit returns true; the reader stays on that attribute, from where it can read on. Both texts end
-// with a null character and live until visit returns. Result: S_OK when visit ended the walk, otherwise that
-// of the last move: S_FALSE after the last attribute, or the reader's failure.
+// more or visit returns true. Both texts end with a null character and live until visit returns. Result: S_OK
+// when visit ended the walk, otherwise that of the last move: S_FALSE after the last attribute, or the
+// reader's failure. The reader is left at the attribute where visit ended the walk, at the last one, on the
+// element when there is none, or wherever its failure left it; from there it can read on.
 template <typename Visit> [[nodiscard]] HRESULT WalkAttributes(IXmlReader* reader, Visit visit)
 {
     HRESULT hr = reader->MoveToFirstAttribute();

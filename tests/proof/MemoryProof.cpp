@@ -302,8 +302,21 @@ TEST(MemoryOfThreads, RunsOutForSevenAtOnce)
     Stage stage;
     Stage::Say("seven threads at once");
     const int rounds = Count(30, 300);
-    EXPECT_EQ(stage.RaiseOnThreads(kThreads, rounds), kThreads * rounds);
+    EXPECT_EQ(stage.RaiseOnThreads(kThreads, rounds, Stage::Exceptions::Keep), kThreads * rounds);
     Figure("times that seven threads raised their first exceptions at once, without memory", rounds);
+}
+
+// What it gave to a thread for its first exception stays with that while it lives, but for the exception
+// itself: so many can live that raised theirs one after the other.
+TEST(MemoryOfThreads, RunsOutForElevenInTurnThatStay)
+{
+    constexpr int kThreads = 11;
+    Stage stage;
+    Stage::Say("eleven threads in turn");
+    const int rounds = Count(30, 300);
+    EXPECT_EQ(stage.RaiseOnThreads(kThreads, rounds, Stage::Exceptions::LetGo), kThreads * rounds);
+    Figure("times that eleven threads raised their first exceptions in turn and stayed, without memory",
+           rounds);
 }
 
 // From some allocation on neither the refresh thread in its pass nor the host's in a launch gets any memory,

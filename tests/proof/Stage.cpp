@@ -307,8 +307,9 @@ void Stage::RaiseFirst()
     std::thread(raise).join();
 }
 
-int Stage::RaiseOnThreads(int threads, int rounds)
+int Stage::RaiseOnThreads(int threads, int rounds, Exceptions exceptions)
 {
+    const bool areKept = exceptions == Exceptions::Keep;
     std::atomic<int> raised = 0;
     std::thread([&] {
         Load();
@@ -322,8 +323,17 @@ int Stage::RaiseOnThreads(int threads, int rounds)
             };
             CallGate::Watch(&fault);
             std::vector<std::thread> running;
-            for (int thread = 0; thread < threads; ++thread) {
-                running.emplace_back([&] { Raise(m_library, waitForAll); });
+            for (int left = threads; left-- > 0;) {
+                running.emplace_back([&] {
+                    bool isOver = false;
+                    Raise(m_library, [&] { areKept ? waitForAll() : void(isOver = true); });
+                    if (isOver) {
+                        waitForAll();
+                    }
+                });
+                while (!areKept && raised < all - left) {
+                    SwitchToThread();
+                }
             }
             for (std::thread& thread : running) {
                 thread.join();

@@ -115,8 +115,15 @@ public:
                               Runtime runtime = Runtime::Warm);
 
     // Loads the library anew and lets so many threads at a time raise their first exception while there is no
-    // memory for any of them, and keep it until all have; so often, with other threads. Returns how many did.
-    [[nodiscard]] int RaiseOnThreads(int threads, int rounds);
+    // memory for any of them, and live until all have; so often, with other threads. Returns how many did.
+    // Keep: all of them have their exception at the same time. LetGo: one after the other has, and it is gone
+    // before the next one's.
+    enum class Exceptions
+    {
+        Keep,
+        LetGo
+    };
+    [[nodiscard]] int RaiseOnThreads(int threads, int rounds, Exceptions exceptions);
 
     // Named when the process crashes or hangs.
     static void Say(std::string_view what);

@@ -3,6 +3,7 @@
 
 #include "standin/Settings.h"
 
+#include <new>
 #include <thread>
 
 namespace {
@@ -35,8 +36,8 @@ void WINAPI CountRelease(LPWSTR text)
 
 std::string g_calls;
 
-// Plays a library that was brought up while another process was in its first refresh, and whose texts cannot
-// be resolved.
+// Plays a library that was brought up while another process was in its first refresh, whose texts cannot be
+// resolved, and that has no memory to split an ID.
 qanh::Source GivenLibrary()
 {
     qanh::Functions functions;
@@ -46,6 +47,7 @@ qanh::Source GivenLibrary()
     };
     functions.finalize = [] { g_calls += "finalize"; };
     functions.releaseString = &CountRelease;
+    functions.isInstalledById = [](LPCWSTR, BOOL*) -> HRESULT { throw std::bad_alloc(); };
     functions.getDisplayName = [](LPCWSTR, LPWSTR* name) -> HRESULT {
         static wchar_t text[] = L"text";
         EXPECT_EQ(*name, nullptr);
@@ -91,6 +93,13 @@ TEST_F(WrappedLibrary, StringOfAFailedCallIsReleased)
     const qanh::Library library(GivenLibrary());
     EXPECT_EQ(Thrown([&] { (void)library.DisplayName(L"family"); }), E_FAIL);
     EXPECT_EQ(g_released, 1);
+}
+
+// What the library raises may lie in memory of its own, so it is not what the host gets.
+TEST_F(WrappedLibrary, ExceptionOfTheLibraryBecomesAnErrorOfTheHost)
+{
+    const qanh::Library library(GivenLibrary());
+    EXPECT_EQ(Thrown([&] { (void)library.IsInstalledById(L"family!app"); }), E_OUTOFMEMORY);
 }
 
 TEST_F(WrappedLibrary, CannotBeLoadedFromElsewhere)

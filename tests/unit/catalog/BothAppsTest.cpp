@@ -143,6 +143,18 @@ TYPED_TEST(BothApps, AreNotReadFromOrIntoNothing)
                    this->Step("FromXmlNode", "OUT(0x00000000)")}));
 }
 
+// Whether the record has attributes or not, what is read next is what follows its element.
+TYPED_TEST(BothApps, AreReadOnFromToWhatFollows)
+{
+    for (const char* element : {Kind<TypeParam>::kXml, Kind<TypeParam>::kEmptyXml}) {
+        const XmlSource source("<r>" + std::string(element) + "<next/></r>", Kind<TypeParam>::kElement);
+        std::unique_ptr<TypeParam> app;
+        EXPECT_EQ(TypeParam::FromXmlNode(source.Reader(), &app), S_OK) << element;
+        EXPECT_EQ(source.Reader()->Read(nullptr), S_OK) << element;
+        EXPECT_EQ(source.Name(), L"next") << element;
+    }
+}
+
 TYPED_TEST(BothApps, PassTheReadersFailureOn)
 {
     for (const char* method : {"MoveToFirstAttribute", "MoveToNextAttribute"}) {

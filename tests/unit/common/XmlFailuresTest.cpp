@@ -96,10 +96,12 @@ TEST_F(XmlFailures, ElementOfUnknownDepthIsPassedOver)
 
 TEST_F(XmlFailures, NodeOfUnknownTypeIsPassedOver)
 {
-    // Each step asks for the type twice, to see that it moved on, before the walk itself does.
+    // The walk asks once for the type of each node: the root's is the first, then come the two elements'
+    // and the end tag's.
     m_probe.Answer("GetNodeType", 2, E_FAIL);
     EXPECT_EQ(Elements(), 1);
     EXPECT_EQ(m_result, S_OK);
+    EXPECT_EQ(m_probe.Calls("GetNodeType"), 4);
 }
 
 } // namespace
