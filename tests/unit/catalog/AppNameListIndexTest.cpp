@@ -154,26 +154,29 @@ TEST_F(AppNameListIndex, AnswersWhenThereIsNoMemoryForTheIndexOfAFile)
     const std::wstring file = m_folder / L"records.xml";
     WriteFileBytes(file, "<r><Package PackageFamilyName='a_1'/><DesktopApps>"
                          "<DesktopApp LnkFileName='C:\\a.lnk'/></DesktopApps></r>");
-    const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
-        CQanhAppNameList list;
-        EXPECT_EQ(list.Load(file.c_str()), S_FALSE);
-        BOOL hasShortcut = FALSE;
-        const CQanhPackage* package = nullptr;
-        const Attempt attempt = TryWithFailingAllocation(index, [&] {
-            hasShortcut = list.IsInDesktopAppList(L"c:\\A.LNK");
-            package = list.GetPackage(L"a_1");
-            return S_OK;
+    for (const bool isPackageFirst : {true, false}) {
+        const std::size_t failures = ForEachFailingAllocation([&](std::size_t index) {
+            CQanhAppNameList list;
+            EXPECT_EQ(list.Load(file.c_str()), S_FALSE);
+            BOOL hasShortcut = FALSE;
+            const CQanhPackage* package = nullptr;
+            const Attempt attempt = TryWithFailingAllocation(index, [&] {
+                package = isPackageFirst ? list.GetPackage(L"a_1") : nullptr;
+                hasShortcut = list.IsInDesktopAppList(L"c:\\A.LNK");
+                package = isPackageFirst ? package : list.GetPackage(L"a_1");
+                return S_OK;
+            });
+            EXPECT_EQ(hasShortcut, TRUE);
+            EXPECT_NE(package, nullptr);
+            // When there is memory again, the index answers.
+            EXPECT_EQ(list.AddDesktopApp(L"name", L"C:\\b.lnk"), S_OK);
+            EXPECT_EQ(Ask(list, false), Ask(list, true));
+            EXPECT_EQ(list.IsInDesktopAppList(L"C:\\a.lnk"), TRUE);
+            EXPECT_EQ(list.IsInDesktopAppList(L"C:\\B.lnk"), TRUE);
+            return attempt.failed;
         });
-        EXPECT_EQ(hasShortcut, TRUE);
-        EXPECT_NE(package, nullptr);
-        // When there is memory again, the index answers.
-        EXPECT_EQ(list.AddDesktopApp(L"name", L"C:\\b.lnk"), S_OK);
-        EXPECT_EQ(Ask(list, false), Ask(list, true));
-        EXPECT_EQ(list.IsInDesktopAppList(L"C:\\a.lnk"), TRUE);
-        EXPECT_EQ(list.IsInDesktopAppList(L"C:\\B.lnk"), TRUE);
-        return attempt.failed;
-    });
-    EXPECT_GE(failures, 2u);
+        EXPECT_GE(failures, 2u);
+    }
 }
 
 TEST_F(AppNameListIndex, KnowsTheFirstOfSeveralPackagesOfOneName)

@@ -145,6 +145,17 @@ TEST_F(Xml, MismatchedTagFails)
     EXPECT_TRUE(FAILED(hr));
 }
 
+TEST_F(Xml, PlacesAreTheSameWhenAllOfThemIs)
+{
+    using ::Xml::NodePlace;
+    const NodePlace place{2, 3, XmlNodeType_Element, S_OK};
+    EXPECT_EQ(place, (NodePlace{2, 3, XmlNodeType_Element, S_OK}));
+    EXPECT_NE(place, (NodePlace{1, 3, XmlNodeType_Element, S_OK}));
+    EXPECT_NE(place, (NodePlace{2, 4, XmlNodeType_Element, S_OK}));
+    EXPECT_NE(place, (NodePlace{2, 3, XmlNodeType_Text, S_OK}));
+    EXPECT_NE(place, (NodePlace{2, 3, XmlNodeType_Element, S_FALSE}));
+}
+
 TEST_F(Xml, OnlyElementsAreElements)
 {
     ASSERT_EQ(Open("<a>text<!-- c --></a>"), S_OK);

@@ -108,6 +108,19 @@ TEST_F(RestoredStart, OfAnotherProcessThanTheOwnerLeavesAllAsItIs)
     }
 }
 
+TEST_F(RestoredStart, OfAnotherProcessFailsWhereThePresetThatCountsHasNoPath)
+{
+    WriteFileBytes(Bak(), "");
+    WriteCatalog();
+    HoldMutexElsewhere();
+    const FakeSleep sleep([this](DWORD) {
+        LoseMutex();
+        m_host.FailNext(HostExecutable::kAlways);
+    });
+    EXPECT_EQ(m_manager.Initialize(), E_FAIL);
+    EXPECT_THAT(Shortcuts(m_manager), IsEmpty());
+}
+
 // Another process, whose first pass is long over, saves at this moment.
 class StartDuringASave : public RestoredStart
 {
