@@ -182,7 +182,13 @@ void Sandbox::WritePackage(const std::wstring& name, std::string_view manifest, 
         return;
     }
     for (const wchar_t* file : {standin::packageIniName, standin::manifestFileName}) {
-        MoveOrThrow(complete + L"\\" + file, folder + L"\\" + file);
+        // While a file gets another one's name, who opens it is told that it is in use: one that stays the
+        // same is left alone.
+        const std::wstring from = complete + L"\\" + file;
+        const std::wstring to = folder + L"\\" + file;
+        if (!Exists(to) || ReadFileBytes(from) != ReadFileBytes(to)) {
+            MoveOrThrow(from, to);
+        }
     }
 }
 
