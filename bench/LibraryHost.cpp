@@ -5,6 +5,7 @@
 #include "standin/ModulePath.h"
 #include "standin/Names.h"
 #include "standin/Settings.h"
+#include "standin/TryStart.h"
 #include "standin/platform/ImportPatch.h"
 
 #include <stdexcept>
@@ -153,8 +154,11 @@ StandInDesktop::StandInDesktop()
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, program.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                        &process)) {
+    const BOOL isStarted = standin::TryStart([&] {
+        return CreateProcessW(nullptr, program.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                              &process);
+    });
+    if (!isStarted) {
         throw std::runtime_error("the stand-in desktop cannot be started");
     }
     CloseHandle(process.hThread);

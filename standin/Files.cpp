@@ -2,6 +2,7 @@
 
 #include "standin/Result.h"
 #include "standin/Text.h"
+#include "standin/TryStart.h"
 
 #include <windows.h>
 
@@ -75,8 +76,11 @@ unsigned long StartProgram(const std::wstring& program, const std::wstring& argu
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                        folder.empty() ? nullptr : folder.c_str(), &startup, &process)) {
+    const BOOL isStarted = TryStart([&] {
+        return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                              folder.empty() ? nullptr : folder.c_str(), &startup, &process);
+    });
+    if (!isStarted) {
         Fail("cannot start ", program);
     }
     CloseHandle(process.hThread);

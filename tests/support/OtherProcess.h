@@ -1,5 +1,7 @@
 #pragma once
 
+#include "standin/TryStart.h"
+
 #include <windows.h>
 
 #include <string>
@@ -78,12 +80,10 @@ public:
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION process{};
-        BOOL isStarted = FALSE;
-        // Once in some hundred starts Wine gives up on a process before it has begun: with this error alone.
-        do {
-            isStarted = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                       nullptr, &startup, &process);
-        } while (!isStarted && GetLastError() == ERROR_INTERNAL_ERROR);
+        const BOOL isStarted = standin::TryStart([&] {
+            return CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                                  &startup, &process);
+        });
         if (isStarted) {
             m_process = process.hProcess;
             CloseHandle(process.hThread);

@@ -4,6 +4,7 @@
 #include "standin/ModulePath.h"
 #include "standin/Settings.h"
 #include "standin/Shortcuts.h"
+#include "standin/TryStart.h"
 #include "standin/store/PackageFiles.h"
 #include "support/LogCapture.h"
 #include "support/Text.h"
@@ -239,17 +240,14 @@ StartedProcess Sandbox::Start(const std::wstring& program, HANDLE input, HANDLE 
         startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     }
     PROCESS_INFORMATION process = {};
-    DWORD error = ERROR_INTERNAL_ERROR;
-    // Under Wine a new process dies now and then before it has begun, which is told by this error: nothing
-    // has been done yet.
-    for (int tries = 3; tries > 0 && error == ERROR_INTERNAL_ERROR; --tries) {
-        const BOOL isCreated = CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, hasPipes,
-                                              CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT,
-                                              environment.data(), Folder().c_str(), &startup, &process);
-        error = isCreated ? ERROR_SUCCESS : GetLastError();
-    }
-    if (error != ERROR_SUCCESS) {
-        throw std::runtime_error("cannot start " + ToUtf8(program) + ", error " + std::to_string(error));
+    const BOOL isStarted = standin::TryStart([&] {
+        return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, hasPipes,
+                              CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT, environment.data(),
+                              Folder().c_str(), &startup, &process);
+    });
+    if (!isStarted) {
+        throw std::runtime_error("cannot start " + ToUtf8(program) + ", error " +
+                                 std::to_string(GetLastError()));
     }
     AssignProcessToJobObject(m_job, process.hProcess);
     ResumeThread(process.hThread);

@@ -1,6 +1,7 @@
 #include "tools/ToolRun.h"
 
 #include "standin/ModulePath.h"
+#include "standin/TryStart.h"
 #include "support/Text.h"
 
 #include <gtest/gtest.h>
@@ -59,12 +60,10 @@ Handle Start(const std::wstring& program, const std::wstring& arguments, HANDLE 
     startup.hStdOutput = output;
     startup.hStdError = problems;
     PROCESS_INFORMATION process{};
-    BOOL isStarted = FALSE;
-    // Once in some hundred starts Wine gives up on a process before it has begun: with this error alone.
-    do {
-        isStarted = CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                   nullptr, &startup, &process);
-    } while (!isStarted && GetLastError() == ERROR_INTERNAL_ERROR);
+    const BOOL isStarted = standin::TryStart([&] {
+        return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                              nullptr, &startup, &process);
+    });
     if (!isStarted) {
         throw std::runtime_error("the tool cannot be started: error " + std::to_string(GetLastError()));
     }

@@ -2,6 +2,7 @@
 #include "wrapper/WrapperTest.h"
 
 #include "standin/Settings.h"
+#include "standin/TryStart.h"
 
 namespace {
 
@@ -25,8 +26,11 @@ protected:
         std::wstring commandLine = L"\"" + test::BuildFolder() + L"\\ExampleHostCpp.exe\" " + arguments;
         PROCESS_INFORMATION process = {};
         DWORD code = STILL_ACTIVE;
-        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                           &process)) {
+        const BOOL isStarted = standin::TryStart([&] {
+            return CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                                  &startup, &process);
+        });
+        if (isStarted) {
             WaitForSingleObject(process.hProcess, 60000);
             GetExitCodeProcess(process.hProcess, &code);
             TerminateProcess(process.hProcess, 1);
