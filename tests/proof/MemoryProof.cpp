@@ -294,29 +294,27 @@ private:
     std::atomic<DWORD> m_second = 0;
 };
 
+void ExpectEnoughFor(int threads, Stage::Exceptions exceptions, const std::string& what)
+{
+    Stage stage;
+    Stage::Say(what);
+    const int rounds = Count(30, 300);
+    EXPECT_EQ(stage.RaiseOnThreads(threads, rounds, exceptions), threads * rounds);
+    Figure(("times that " + what + " raised their first exceptions, without memory").c_str(), rounds);
+}
+
 // The library's reserve lets so many threads raise their first exception at the same time, the first of all
 // among them. What it gave to threads that have ended is there for others.
 TEST(MemoryOfThreads, RunsOutForSevenAtOnce)
 {
-    constexpr int kThreads = 7;
-    Stage stage;
-    Stage::Say("seven threads at once");
-    const int rounds = Count(30, 300);
-    EXPECT_EQ(stage.RaiseOnThreads(kThreads, rounds, Stage::Exceptions::Keep), kThreads * rounds);
-    Figure("times that seven threads raised their first exceptions at once, without memory", rounds);
+    ExpectEnoughFor(7, Stage::Exceptions::Keep, "seven threads at once");
 }
 
 // What it gave to a thread for its first exception stays with that while it lives, but for the exception
 // itself: so many can live that raised theirs one after the other.
 TEST(MemoryOfThreads, RunsOutForElevenInTurnThatStay)
 {
-    constexpr int kThreads = 11;
-    Stage stage;
-    Stage::Say("eleven threads in turn");
-    const int rounds = Count(30, 300);
-    EXPECT_EQ(stage.RaiseOnThreads(kThreads, rounds, Stage::Exceptions::LetGo), kThreads * rounds);
-    Figure("times that eleven threads raised their first exceptions in turn and stayed, without memory",
-           rounds);
+    ExpectEnoughFor(11, Stage::Exceptions::LetGo, "eleven threads in turn that stay");
 }
 
 // From some allocation on neither the refresh thread in its pass nor the host's in a launch gets any memory,

@@ -246,8 +246,8 @@ StartedProcess Sandbox::Start(const std::wstring& program, HANDLE input, HANDLE 
                               Folder().c_str(), &startup, &process);
     });
     if (!isStarted) {
-        throw std::runtime_error("cannot start " + ToUtf8(program) + ", error " +
-                                 std::to_string(GetLastError()));
+        const DWORD error = GetLastError();
+        throw std::runtime_error("cannot start " + ToUtf8(program) + ", error " + std::to_string(error));
     }
     AssignProcessToJobObject(m_job, process.hProcess);
     ResumeThread(process.hThread);

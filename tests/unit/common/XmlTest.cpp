@@ -145,7 +145,7 @@ TEST_F(Xml, MismatchedTagFails)
     EXPECT_TRUE(FAILED(hr));
 }
 
-TEST_F(Xml, PlacesAreTheSameWhenAllOfThemIs)
+TEST_F(Xml, PlacesDifferWhenAnyPartOfThemDoes)
 {
     using ::Xml::NodePlace;
     const NodePlace place{2, 3, XmlNodeType_Element, S_OK};

@@ -118,6 +118,7 @@ TEST_F(RestoredStart, OfAnotherProcessFailsWhereThePresetThatCountsHasNoPath)
         m_host.FailNext(HostExecutable::kAlways);
     });
     EXPECT_EQ(m_manager.Initialize(), E_FAIL);
+    EXPECT_EQ(sleep.Calls().size(), 1u) << "the catalogue file was there to be read";
     EXPECT_THAT(Shortcuts(m_manager), IsEmpty());
 }
 
