@@ -99,6 +99,14 @@ class Trial:
 
     def _failure(self, program):
         """Why the program fails; None when it does not."""
+        failure, test = self._attempt(program)
+        if failure and not test:
+            # It hung, crashed, or Wine gave it up before it began: only what comes again is the change's doing.
+            failure, test = self._attempt(program)
+        return test or failure
+
+    def _attempt(self, program):
+        """Why the program fails, and the test that failed; None for what there is not."""
         shards = SYSTEM_SHARDS if program == "system_tests" else 1
         while len(self._prefixes) < shards:
             surroundings = Surroundings("", str(self._tree / "build/release/bin"))
@@ -116,17 +124,17 @@ class Trial:
             if failed or time.monotonic() > end:
                 break
             if None not in codes:
-                return None
+                return None, None
             time.sleep(0.02)
         for run in runs:
             run.kill()
         # What they left behind must not make the next ones fail.
         self.close()
         if not failed:
-            return f"{program} hung"
+            return f"{program} hung", None
         output = failed.output()
         test = re.search(r"\[  FAILED  \] ([\w/]+\.[\w/]+)", output)
-        return test.group(1) if test else f"{program} ended with {failed.code()}: {output[-200:].strip()}"
+        return f"{program} ended with {failed.code()}: {output[-200:].strip()}", test and test.group(1)
 
     def _run(self, command):
         run = _Run(command, self._tree, os.environ, self._log(0))

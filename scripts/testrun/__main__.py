@@ -46,8 +46,8 @@ def all_surroundings(programs, folder):
     locales = os.path.join(folder, "locales")
     os.mkdir(locales)
     os.symlink("/usr/lib/locale/C.utf8", os.path.join(locales, "ja_JP.UTF-8"))
-    yield Surroundings("in code page 932", programs, covers=r"unit_common (NarrowFormat|DiagnosticLog)\.",
-                       variables={"LC_ALL": "ja_JP.UTF-8", "LOCPATH": locales})
+    yield Surroundings("in code page 932", programs, covers="unit_common (NarrowFormat|DiagnosticLog)",
+                       variables={"LC_ALL": "ja_JP.UTF-8", "LOCPATH": locales, "EXPECTED_CODE_PAGE": "932"})
 
 
 def jobs_of(programs, tests, surroundings):

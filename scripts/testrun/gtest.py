@@ -67,7 +67,7 @@ class Run:
 
     def __init__(self, program, command, environment, folder, tests, limit, complaint=None, again=False):
         self.crashed = False  # ended in the middle, or killed: what it was in the midst of may linger
-        self.never_began = False
+        self.never_began = ""  # or how it ended
         self._again = again
         self._has_spoken = False
         self._program = program
@@ -120,7 +120,8 @@ class Run:
             self.left = list(missing)
             yield self._finish(Result.FAILED, self._why(code))
         elif not self._last and self._again and code != 0 and not self._has_spoken and not self._hung:
-            self.crashed = self.never_began = True
+            self.crashed = True
+            self.never_began = self._why(code)
             self.left = list(missing)
         elif not self._last:
             self.crashed = True

@@ -13,8 +13,8 @@ from dataclasses import dataclass, field
 
 from gtest import Run
 
-# What the runtime says when something is freed that is no block in use, and the tests' host when its heap is damaged.
-HEAP_COMPLAINT = re.compile(r"^[0-9a-f]+:warn:heap:unsafe_block_from_ptr|^a heap is damaged", re.MULTILINE)
+# What the runtime says of a freed place that is no block in use, and of damage; the tests' host says when it finds some.
+HEAP_COMPLAINT = re.compile(r"^[0-9a-f]+:(warn:heap:unsafe_block_from_ptr|err:heap:)|^a heap is damaged", re.MULTILINE)
 
 
 @dataclass
@@ -141,7 +141,7 @@ class Lane(threading.Thread):
             tests = self._run.left
             if self._run.never_began:
                 starts -= 1
-                self._report.say(f"{job.program} ended before it began, and is started again: {tests[0]}")
+                self._report.start_again(f"{job.program} {tests[0]}: {self._run.never_began}")
             if self._run.crashed:
                 self._replace_prefix()
             self._run = None

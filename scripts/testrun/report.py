@@ -16,6 +16,8 @@ class Report:
         self._known_skips = known_skips
         self._log = log
         self._outcomes = {}  # (program, test): outcomes of all repetitions and surroundings
+        self._jobs = 0
+        self._started_again = []
         self._done = 0
         self._failed = 0
         self._lock = threading.Lock()
@@ -24,12 +26,19 @@ class Report:
         self._is_terminal = sys.stdout.isatty()
 
     def expect(self, count):
-        """This many more outcomes are to come."""
+        """This many more outcomes are to come, of one process."""
         self._expected += count
+        self._jobs += 1
 
     def say(self, text):
         with self._lock:
             self._print(text)
+
+    def start_again(self, text):
+        """A process ended before it began, and another one takes its place."""
+        with self._lock:
+            self._started_again.append(text)
+            self._print("started again: " + text)
 
     def add(self, outcome, surroundings):
         name = f"{outcome.program} {outcome.test}" + (f" ({surroundings})" if surroundings else "")
@@ -83,6 +92,10 @@ class Report:
         if self._done < self._expected:
             failed.append(f"{self._expected - self._done} tests did not run")
         self._print(f"Ran {self._done} of {self._expected} in {time.monotonic() - self._begin:.0f} s")
+        # Wine is known to do so about once in a thousand starts. More often it is the program.
+        if len(self._started_again) > 2 + self._jobs // 300:
+            failed.append(f"{len(self._started_again)} of {self._jobs} processes ended before they began")
+        self._list("Started again:", self._started_again)
         self._list("Skipped:", skipped)
         self._list("Failed:", failed)
         self._print(f"{len(passed)} passed, {len(failed)} failed, {len(skipped)} skipped")

@@ -11,6 +11,7 @@ import unittest
 
 import gtest
 from gtest import Broken, Outcome, Result, Run, list_tests
+from lanes import HEAP_COMPLAINT
 from report import Report
 
 PROGRAM = r'''
@@ -41,8 +42,12 @@ for test in tests:
     if kind == "Child":
         # Holds the output open when this program has ended.
         os.system("sleep 60 &")
-    if kind == "Heap":
+    if kind == "Damaged":
         print("0024:err:heap:validate_used_block invalid block tail")
+    if kind == "Freed":
+        print("0024:warn:heap:unsafe_block_from_ptr heap 0, ptr 1: not in use")
+    if kind == "Found":
+        print("a heap is damaged")
     failed = failed or kind == "Bad"
     word = {"Bad": "  FAILED  ", "Skip": "  SKIPPED "}.get(kind, "       OK ")
     where = ", where GetParam() = 4" if kind == "Bad" else ""
@@ -66,7 +71,7 @@ class GtestTest(unittest.TestCase):
     def play(self, *kinds, limit=30.0, again=False):
         """Outcomes of the tests, as (name, result), and the run."""
         run = Run("program", self.command, dict(os.environ), self.folder, ["Suite." + kind for kind in kinds], limit,
-                  re.compile("err:heap:"), again)
+                  HEAP_COMPLAINT, again)
         self.outcomes = list(run.outcomes())
         self.run_of = run
         return [(outcome.test[len("Suite."):], outcome.result.name) for outcome in self.outcomes]
@@ -106,13 +111,13 @@ class GtestTest(unittest.TestCase):
     def test_program_that_ends_before_it_begins_leaves_its_tests_to_another(self):
         self.command = ["false"]
         self.assertEqual(self.play("Good", "Bad", again=True), [])
-        self.assertTrue(self.run_of.never_began)
+        self.assertEqual(self.run_of.never_began, "the program ended with 1")
         self.assertEqual(self.run_of.left, ["Suite.Good", "Suite.Bad"])
         # One that has said something has begun, and one that ends well is no program of tests.
         for command in ("echo word; exit 1", "exit 0"):
             self.command = ["bash", "-c", command]
             self.assertEqual(self.play("Good", again=True), [("Good", "FAILED")])
-            self.assertFalse(self.run_of.never_began)
+            self.assertEqual(self.run_of.never_began, "")
 
     def test_failure_behind_the_last_test_is_seen(self):
         self.assertEqual(self.play("Good", "Late"), [("Good", "PASSED"), ("Late", "PASSED"), ("Late", "FAILED")])
@@ -146,18 +151,21 @@ class GtestTest(unittest.TestCase):
         self.assertEqual(self.play("Good"), [("Good", "PASSED")])
 
     def test_complaint_of_the_runtime_fails_its_test(self):
-        self.assertEqual(self.play("Good", "Heap", "Skip"),
-                         [("Good", "PASSED"), ("Heap", "FAILED"), ("Skip", "SKIPPED")])
+        self.assertEqual(self.play("Good", "Damaged", "Freed", "Found", "Skip"),
+                         [("Good", "PASSED"), ("Damaged", "FAILED"), ("Freed", "FAILED"), ("Found", "FAILED"),
+                          ("Skip", "SKIPPED")])
 
 
 class ReportTest(unittest.TestCase):
-    def close(self, *outcomes, expected=None, is_whole=True):
+    def close(self, *outcomes, expected=None, is_whole=True, started_again=0):
         """The last line and the verdict."""
         with contextlib.redirect_stdout(io.StringIO()) as self.text:
             report = Report({"S.Known": "why"}, io.StringIO())
             report.expect(len(outcomes) if expected is None else expected)
             for name, result in outcomes:
                 report.add(Outcome("program", "S." + name, result, output="its output"), "")
+            for _ in range(started_again):
+                report.start_again("program S.A: the program ended with 1")
             is_good = report.close(is_whole)
         return self.text.getvalue().splitlines()[-1], bool(is_good)
 
@@ -181,6 +189,11 @@ class ReportTest(unittest.TestCase):
         outcomes = [("A", Result.PASSED), ("A", Result.FAILED), ("A", Result.PASSED)]
         self.assertEqual(self.close(*outcomes), ("0 passed, 1 failed, 0 skipped", False))
         self.assertIn("program S.A: 1 of 3 times", self.text.getvalue())
+
+    def test_starts_that_came_to_nothing_are_listed_and_fail_when_they_are_many(self):
+        self.assertTrue(self.close(("A", Result.PASSED), started_again=2)[1])
+        self.assertIn("Started again:\n  program S.A: the program ended with 1\n", self.text.getvalue())
+        self.assertFalse(self.close(("A", Result.PASSED), started_again=3)[1])
 
     def test_missing_outcome_fails(self):
         self.assertFalse(self.close(("A", Result.PASSED), expected=2)[1])

@@ -87,9 +87,9 @@ std::shared_ptr<const StorePackage> ReadPackage(const std::wstring& folder, cons
     package->folder = folder;
     const bool hasIni = ReadPackageIni(folder, package->ini);
     const HRESULT hr = ReadManifestFile(folder + L"\\" + manifestFileName, package->manifest);
-    const bool hasManifest =
-        hr != HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) && hr != HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
-    if (!hasIni && !hasManifest) {
+    // The folder may have gone meanwhile.
+    const bool isGone = hr == HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
+    if (isGone || (!hasIni && hr == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND))) {
         return nullptr;
     }
     FillIdentity(*package, folderName);

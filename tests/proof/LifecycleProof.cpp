@@ -186,10 +186,9 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         }
         proof::Progress(round + 1, count);
     }
-    // Of so many, whatever the chances are of a thread that holds such a lock: they are far below a half.
-    if (constexpr int enough = 20; terminated + hung >= enough) {
-        EXPECT_LT(2 * hung, terminated + hung);
-    }
+    // Whatever the chances are of a thread that holds such a lock: they are far below a half.
+    EXPECT_LE(2 * hung, count);
+    EXPECT_GT(terminated + hung, 0) << "each thread ended by itself";
     proof::Figure("threads that got a millisecond to end", count);
     proof::Figure("of these terminated", terminated + hung);
     proof::Figure("of these whose host hung afterwards", hung);

@@ -102,6 +102,14 @@ bool TellsOfFailure(const std::vector<std::string>& log)
     });
 }
 
+// Operations that ask for no memory.
+bool MakesNone(Operation operation)
+{
+    return operation == Operation::Stop || operation == Operation::StopOfHung ||
+           operation == Operation::IsInstalled || operation == Operation::Activate ||
+           operation == Operation::Release;
+}
+
 class Memory : public testing::TestWithParam<Operation>
 {
 protected:
@@ -230,6 +238,8 @@ protected:
             // The short form takes some of many.
             step = failed < 5 ? 1 : Count<std::size_t>(2 * failed, 1);
         }
+        // Those of which no allocation is known are said to make none.
+        EXPECT_EQ(failed == 0, MakesNone(GetParam()));
         const std::string name = std::string("allocations of ") + NameOf(GetParam()) + " that failed " +
                                  (isLasting ? "with all after them" : "in turn") +
                                  (runtime == Runtime::Cold ? ", with the C++ runtime cold" : "");

@@ -243,6 +243,8 @@ TEST_F(HostsThatComeAndGo, LoseNoRecord)
         proof::Progress(static_cast<long long>(index) + 1, hostCount);
     }
     EXPECT_GT(owners, 0);
+    EXPECT_GT(others, 0);
+    EXPECT_EQ(owners + others + refused, static_cast<int>(hostCount) * count);
     EXPECT_EQ(partly, 0);
     EXPECT_EQ(refused, 0);
     proof::ExpectNoNamedObjects(m_sandbox);

@@ -190,20 +190,23 @@ TEST(MemoryReserve, GivesABlockToOneThreadAtATime)
     constexpr unsigned kThreads = 4;
     constexpr unsigned kTimes = 100000;
     std::atomic<bool> mayRun = false;
+    std::atomic<bool> isTaken[kBlocks] = {};
     std::atomic<unsigned> disturbed = 0;
     std::vector<std::thread> threads;
     threads.reserve(kThreads);
     for (unsigned number = 0; number < kThreads; ++number) {
-        threads.emplace_back([&, number] {
+        threads.emplace_back([&] {
             while (!mayRun) {
                 SwitchToThread();
             }
             for (unsigned time = 0; time < kTimes; ++time) {
-                auto* const block = static_cast<volatile unsigned*>(std::malloc(sizeof(unsigned)));
-                const unsigned mine = number * kTimes + time;
-                *block = mine;
-                disturbed += *block == mine ? 0 : 1;
-                std::free(const_cast<unsigned*>(block));
+                void* const block = Kept(std::malloc(1));
+                // One after the other in memory, they have a place each.
+                std::atomic<bool>& isOurs =
+                    isTaken[reinterpret_cast<std::uintptr_t>(block) / kBlockSize % kBlocks];
+                disturbed += block && !isOurs.exchange(true) ? 0 : 1;
+                isOurs = false;
+                std::free(block);
             }
         });
     }
@@ -221,6 +224,7 @@ TEST(MemoryReserve, GivesABlockToOneThreadAtATime)
     EXPECT_EQ(disturbed, 0u);
     // A thread of an earlier test may give one back meanwhile.
     EXPECT_GE(after, before);
+    EXPECT_GT(before, 0u);
 }
 
 TEST(MemoryReserve, IsForTheRuntimeNotForTheLibrary)
@@ -323,6 +327,7 @@ TEST(MemoryReserve, SufficesForSevenThreadsAtOnce)
 TEST(MemoryReserve, IsThereForTheNextThreadsAgain)
 {
     const unsigned free = FreeBlocksAtOnce(7);
+    EXPECT_GT(free, 0u);
     for (int round = 0; round < 20; ++round) {
         EXPECT_EQ(FreeBlocksAtOnce(7), free) << round;
     }

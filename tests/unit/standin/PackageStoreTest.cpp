@@ -3,6 +3,7 @@
 #include "standin/Result.h"
 #include "standin/Settings.h"
 #include "standin/store/PackageFiles.h"
+#include "support/CapturingPatch.h"
 #include "support/TemporaryFolder.h"
 
 #include <shlwapi.h>
@@ -75,6 +76,21 @@ TEST_F(StandInPackageStore, IsEmptyWithoutAFolder)
     EXPECT_TRUE(ReadPackageStore().empty());
     standin::SetText(standin::TextSetting::PackageStore, Folder(L"nowhere"));
     EXPECT_TRUE(ReadPackageStore().empty());
+}
+
+TEST_F(StandInPackageStore, HasNoPackageThatGoesWhileItIsRead)
+{
+    WritePackage(Folder(L"Post"), manifest, "");
+    const test::TemporaryFolder other;
+    const test::CapturingPatch<decltype(&CreateFileW)> patch(
+        "CreateFileW", [&](const wchar_t* path, auto... arguments) {
+            if (path == Folder(L"Post") + L"\\" + standin::manifestFileName) {
+                EXPECT_TRUE(MoveFileW(Folder(L"Post").c_str(), (other.Path() + L"\\Post").c_str()));
+            }
+            return patch.Original(path, arguments...);
+        });
+    EXPECT_TRUE(ReadPackageStore().empty());
+    EXPECT_EQ(GetFileAttributesW(Folder(L"Post").c_str()), INVALID_FILE_ATTRIBUTES) << "it did not go";
 }
 
 TEST_F(StandInPackageStore, ReadsTheManifest)
