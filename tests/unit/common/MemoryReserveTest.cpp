@@ -188,7 +188,7 @@ unsigned FreeBlocks()
 TEST(MemoryReserve, GivesABlockToOneThreadAtATime)
 {
     constexpr unsigned kThreads = 4;
-    constexpr unsigned kTimes = 100000;
+    constexpr unsigned kTimes = 1000000;
     std::atomic<bool> mayRun = false;
     std::atomic<bool> isTaken[kBlocks] = {};
     std::atomic<unsigned> disturbed = 0;
