@@ -5,17 +5,19 @@
 #include "support/ImportPatch.h"
 #include "support/Text.h"
 
+#include <gmock/gmock.h>
+
 #include <windows.h>
 
 #include <hstring.h>
 #include <inspectable.h>
 #include <winstring.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -40,6 +42,8 @@ public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
     FakeObjects() = default;
+    // What was handed out must be back by then.
+    ~FakeObjects() { EXPECT_THAT(Leaks(), ::testing::IsEmpty()); }
 
     template <typename Class, typename... Arguments> Class* Make(Arguments&&... arguments)
     {
@@ -234,12 +238,8 @@ inline std::vector<std::string> FakeObjects::Leaks() const
 
 inline bool FakeObjects::IsAnyHeld() const
 {
-    for (const auto& object : m_objects) {
-        if (object->References() > 0) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(m_objects.begin(), m_objects.end(),
+                       [](const auto& object) { return object->References() > 0; });
 }
 
 // An object of COM with one interface. What it answers to QueryInterface is Ask()'s, noted as a call.

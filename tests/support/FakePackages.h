@@ -10,7 +10,6 @@
 
 #include <functional>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -25,7 +24,6 @@ struct PackageFacts
     platform::PackageVersion version{1, 2, 3, 4};
     std::wstring path = L"C:\\No\\Such\\Folder";
     std::vector<std::wstring> dependencies{}; // family names
-    bool isListed = true;                     // false: it is found by its family only
 };
 
 // Where the text of "ms-resource:name" is looked for in a package of these names.
@@ -221,12 +219,11 @@ private:
     std::vector<FakePackage*> m_packages;
 };
 
-// The packages of the user, in their order, and what becomes of a search for a family.
+// The packages of the user, in their order.
 struct StoreContents
 {
     std::vector<FakePackage*> packages;
-    std::set<std::wstring> failingFamilies; // with E_ACCESSDENIED
-    // Called first, with the family's name.
+    // Called first at a search for a family, with its name.
     std::function<void(const std::wstring&)> onFamily = [](const std::wstring&) {};
 };
 
@@ -241,21 +238,22 @@ public:
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityId(HSTRING user,
                                                            platform::IPackageIterable** packages) override
     {
-        return Give("FindPackagesByUserSecurityId",
-                    Collect([](const PackageFacts& facts) { return facts.isListed; }), packages,
-                    L"(" + Text(user) + L")");
+        return Give("FindPackagesByUserSecurityId", m_owner.Make<FakeCollection>(m_contents->packages),
+                    packages, L"(" + Text(user) + L")");
     }
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdPackageFamilyName(
         HSTRING user, HSTRING familyName, platform::IPackageIterable** packages) override
     {
         const std::wstring name = Text(familyName);
         m_contents->onFamily(name);
-        if (m_contents->failingFamilies.contains(name)) {
-            return E_ACCESSDENIED;
+        std::vector<FakePackage*> wanted;
+        for (FakePackage* package : m_contents->packages) {
+            if (package->facts.familyName == name) {
+                wanted.push_back(package);
+            }
         }
-        return Give("FindPackagesByUserSecurityIdPackageFamilyName",
-                    Collect([&](const PackageFacts& facts) { return facts.familyName == name; }), packages,
-                    L"(" + Text(user) + L", " + name + L")");
+        return Give("FindPackagesByUserSecurityIdPackageFamilyName", m_owner.Make<FakeCollection>(wanted),
+                    packages, L"(" + Text(user) + L", " + name + L")");
     }
 
 private:
@@ -264,18 +262,6 @@ private:
         UINT32 length = 0;
         const wchar_t* text = WindowsGetStringRawBuffer(string, &length);
         return std::wstring(text, length);
-    }
-
-    // The packages whose facts are wanted.
-    template <typename IsWanted> FakeCollection* Collect(IsWanted isWanted) const
-    {
-        std::vector<FakePackage*> wanted;
-        for (FakePackage* package : m_contents->packages) {
-            if (isWanted(package->facts)) {
-                wanted.push_back(package);
-            }
-        }
-        return m_owner.Make<FakeCollection>(wanted);
     }
 
     const StoreContents* m_contents;

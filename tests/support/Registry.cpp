@@ -18,22 +18,18 @@ ScopedKey::~ScopedKey()
 
 void ScopedKey::SetBytes(const wchar_t* name, DWORD type, const std::vector<BYTE>& bytes)
 {
-    HKEY key = nullptr;
-    RegCreateKeyExW(m_hive, m_path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr);
-    RegSetValueExW(key, name, 0, type, bytes.data(), static_cast<DWORD>(bytes.size()));
-    RegCloseKey(key);
+    RegSetKeyValueW(m_hive, m_path.c_str(), name, type, bytes.data(), static_cast<DWORD>(bytes.size()));
 }
 
 void ScopedKey::SetDword(const wchar_t* name, DWORD value)
 {
-    const auto* bytes = reinterpret_cast<const BYTE*>(&value);
-    SetBytes(name, REG_DWORD, std::vector<BYTE>(bytes, bytes + sizeof value));
+    RegSetKeyValueW(m_hive, m_path.c_str(), name, REG_DWORD, &value, sizeof value);
 }
 
 void ScopedKey::SetText(const wchar_t* name, const wchar_t* value)
 {
-    const auto* bytes = reinterpret_cast<const BYTE*>(value);
-    SetBytes(name, REG_SZ, std::vector<BYTE>(bytes, bytes + (std::wcslen(value) + 1) * sizeof(wchar_t)));
+    RegSetKeyValueW(m_hive, m_path.c_str(), name, REG_SZ, value,
+                    static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t)));
 }
 
 void ScopedKey::DeleteValue(const wchar_t* name)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,24 @@ inline Lines operator+(Lines lines, const Lines& more)
 inline Lines Call(const std::string& entry, const std::string& result = "", const Lines& onTheWay = {})
 {
     return Lines{entry + " IN"} + onTheWay + Lines{entry.substr(0, entry.find('(')) + " OUT" + result};
+}
+
+inline bool BeginsWithOneOf(const std::string& line, std::initializer_list<const char*> starts)
+{
+    return std::any_of(starts.begin(), starts.end(),
+                       [&](const char* start) { return line.starts_with(start); });
+}
+
+// Of these lines, those that begin with one of the starts, or with none of them.
+inline Lines LinesWith(std::initializer_list<const char*> starts, Lines lines)
+{
+    std::erase_if(lines, [&](const std::string& line) { return !BeginsWithOneOf(line, starts); });
+    return lines;
+}
+inline Lines LinesWithout(std::initializer_list<const char*> starts, Lines lines)
+{
+    std::erase_if(lines, [&](const std::string& line) { return BeginsWithOneOf(line, starts); });
+    return lines;
 }
 
 } // namespace test

@@ -1,5 +1,7 @@
 // What is kept of the clipboard for the time of a launch.
 #include "QanHelper.hpp"
+#include "common/UniqueHandle.h"
+#include "support/CapturingPatch.h"
 #include "system/ClipboardAccess.h"
 #include "system/Sandbox.h"
 
@@ -146,13 +148,26 @@ TEST_F(SavedClipboard, ThatAnotherProgramHoldsForAMomentIsWaitedFor)
 {
     test::PutOnClipboard(L"mine");
     Save();
-    std::thread other([] {
-        test::ClipboardAccess held;
-        held.Clear();
-        Sleep(300);
+    test::ClearClipboard();
+    const UniqueHandle isHeld(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle isInTheWay(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    std::thread other([&] {
+        const test::ClipboardAccess held;
+        SetEvent(isHeld.Get());
+        WaitForSingleObject(isInTheWay.Get(), 20000);
     });
-    test::WaitUntil([] { return test::IsClipboardEmpty(); }, 5000);
-    EXPECT_EQ(PutBack(), ClipboardState::PutBack);
+    WaitForSingleObject(isHeld.Get(), 20000);
+    {
+        const test::CapturingPatch<decltype(&OpenClipboard)> patch("OpenClipboard", [&](HWND owner) {
+            const BOOL isOpen = patch.Original(owner);
+            if (!isOpen) {
+                SetEvent(isInTheWay.Get());
+            }
+            return isOpen;
+        });
+        EXPECT_EQ(PutBack(), ClipboardState::PutBack);
+    }
+    EXPECT_EQ(WaitForSingleObject(isInTheWay.Get(), 0), DWORD{WAIT_OBJECT_0});
     other.join();
     EXPECT_EQ(test::ClipboardText(), L"mine");
 }

@@ -1,5 +1,6 @@
 // What becomes of a start that fails, or that succeeds in another way than usual.
 
+#include "common/UniqueHandle.h"
 #include "unit/api/LifecycleHost.h"
 
 namespace {
@@ -16,23 +17,21 @@ Lines FailedStart(const Lines& start, const std::string& result)
 TEST_F(LifecycleInShell, OtherSuccessOfThePackageManagerIsTheResult)
 {
     // Another process of this executable is in its first pass: the preset file is all that there is.
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
+    const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, MutexName().c_str()));
     WriteFileBytes(m_folder / L"PresetAppNameList.xml", "<Applications/>");
     EXPECT_EQ(QanhInitialize(), S_FALSE);
     EXPECT_EQ(s_nCount, 1);
     EXPECT_EQ(m_log.Lines().back(), "QanhInitialize OUT(1) : s_nCount(1)");
     EXPECT_EQ(QanhInitialize(), S_OK); // there is nothing left to do
-    CloseHandle(mutex);
 }
 
 TEST_F(LifecycleInShell, LoadFailureOfAnotherProcessLeavesTheLibraryDown)
 {
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
+    const UniqueHandle mutex(CreateMutexW(nullptr, FALSE, MutexName().c_str()));
     // Neither file is there.
     EXPECT_EQ(QanhInitialize(), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
     ExpectDown();
     EXPECT_EQ(Outline(m_log.Lines()), FailedStart(StartLines("0x80070002"), "-2147024894"));
-    CloseHandle(mutex);
 }
 
 TEST_F(LifecycleInShell, PackageManagersFailureUndoesTheMonitorMode)

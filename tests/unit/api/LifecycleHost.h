@@ -40,17 +40,9 @@ inline std::wstring NewHostName()
 // is its own business.
 inline Lines Outline(const Lines& all)
 {
-    Lines lines;
-    for (const std::string& line : all) {
-        for (const char* start :
-             {"Qanh", "CQanhReg::", "CQanhMonitorMode::", "CQanhPackageManager::Initialize IN",
-              "CQanhPackageManager::Initialize OUT", "CQanhPackageManager::Finalize "}) {
-            if (line.starts_with(start)) {
-                lines.push_back(line);
-            }
-        }
-    }
-    return lines;
+    return LinesWith({"Qanh", "CQanhReg::", "CQanhMonitorMode::", "CQanhPackageManager::Initialize IN",
+                      "CQanhPackageManager::Initialize OUT", "CQanhPackageManager::Finalize "},
+                     all);
 }
 
 // What the reading of the setting writes, when the log is on already and stays so.
@@ -106,11 +98,7 @@ protected:
 class LifecycleInShell : public Lifecycle
 {
 protected:
-    ~LifecycleInShell() override
-    {
-        TakeDown();
-        EXPECT_THAT(m_shell.objects.Leaks(), ::testing::IsEmpty());
-    }
+    ~LifecycleInShell() override { TakeDown(); }
 
     // It has been started so often, and is not down.
     void ExpectUp(int count) const

@@ -89,25 +89,4 @@ TEST_F(LifecycleInShell, EntersAnApartmentAndLeavesItAtTheEnd)
     }));
 }
 
-TEST(LifecycleWithThread, FinalizeWaitsForTheFirstPass)
-{
-    const std::wstring hostName = NewHostName();
-    const TemporaryFolder folder;
-    const ScopedEnvironment environment(L"LOCALAPPDATA", folder.Path().c_str());
-    const ScopedKey settings(HKEY_LOCAL_MACHINE, kSettingsKey);
-    const HostExecutable host(folder / (hostName + L".exe"));
-    const FakeShell shell;
-    const ULONGLONG start = GetTickCount64();
-    ASSERT_EQ(QanhInitialize(), S_OK);
-    const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + hostName).c_str());
-    EXPECT_NE(mutex, nullptr);
-    CloseHandle(mutex);
-    QanhFinalize();
-    EXPECT_GE(GetTickCount64() - start, 950u);
-    EXPECT_EQ(s_PackageManager.m_hRefreshThread, nullptr);
-    EXPECT_EQ(OpenMutexW(SYNCHRONIZE, FALSE, (L"QanHelper_" + hostName).c_str()), nullptr);
-    EXPECT_TRUE(Exists(folder / (L"Vel\\QanHelper\\" + hostName + L"\\AppNameList.xml")));
-    s_PackageManager.m_AppNameList.Clear();
-}
-
 } // namespace

@@ -7,34 +7,20 @@ namespace {
 
 using namespace test;
 
-class ReleaseString : public ::testing::Test
+TEST(ReleaseString, FreesWhatTheLibraryHandedOutAndNothingForNull)
 {
-protected:
-    void Release(LPWSTR text)
-    {
-        QanhReleaseString(text);
-        EXPECT_EQ(m_log.Lines(), Call("QanhReleaseString"));
-    }
-
-    std::vector<HLOCAL> m_freed;
-    const LogCapture m_log;
-    const CapturingPatch<decltype(&LocalFree)> m_patch{"LocalFree", [this](HLOCAL block) {
-                                                           m_freed.push_back(block);
-                                                           return m_patch.Original(block);
-                                                       }};
-};
-
-TEST_F(ReleaseString, FreesWhatTheLibraryHandedOut)
-{
+    std::vector<HLOCAL> freed;
+    const LogCapture log;
+    const CapturingPatch<decltype(&LocalFree)> patch("LocalFree", [&](HLOCAL block) {
+        freed.push_back(block);
+        return patch.Original(block);
+    });
     auto* text = static_cast<LPWSTR>(LocalAlloc(LMEM_FIXED, 10));
-    Release(text);
-    EXPECT_THAT(m_freed, ElementsAre(text));
-}
-
-TEST_F(ReleaseString, NullDoesNothingButItsTwoLines)
-{
-    Release(nullptr);
-    EXPECT_THAT(m_freed, IsEmpty());
+    QanhReleaseString(text);
+    EXPECT_THAT(freed, ElementsAre(text));
+    QanhReleaseString(nullptr);
+    EXPECT_EQ(freed.size(), 1u);
+    EXPECT_EQ(log.Lines(), Call("QanhReleaseString") + Call("QanhReleaseString"));
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/LogSteps.h"
+#include "support/Names.h"
 #include "support/TemporaryFolder.h"
 #include "support/Text.h"
 #include "support/XmlText.h"
@@ -29,16 +30,6 @@
 namespace test {
 
 using namespace testing;
-
-// Strings of the library, such as the entries of an exclude list, in order.
-template <typename Strings> std::vector<std::wstring> Names(const Strings& strings)
-{
-    std::vector<std::wstring> names;
-    for (const WideString& name : strings) {
-        names.emplace_back(name.c_str());
-    }
-    return names;
-}
 
 inline std::vector<std::wstring> DisplayNames(const OwnedList<CQanhApp>& apps)
 {

@@ -2,6 +2,7 @@
 
 #include "discovery/CatalogTurn.h"
 
+#include "common/UniqueHandle.h"
 #include "support/OtherProcess.h"
 #include "unit/discovery/TurnWaits.h"
 
@@ -48,15 +49,10 @@ TEST_F(CatalogTurns, AreHadByOneAtATime)
     EXPECT_EQ(CatalogTurn(kFile).Result(), S_OK);
 }
 
-TEST_F(CatalogTurns, AreOfOneFileEach)
+TEST_F(CatalogTurns, AreOfOneFileEachInWhateverCaseItsPathIsWritten)
 {
     const CatalogTurn turn(kFile);
     EXPECT_EQ(AskOnAnotherThread(L"C:\\Users\\me\\Vel\\QanHelper\\Other\\AppNameList.xml"), S_OK);
-}
-
-TEST_F(CatalogTurns, AreOfOneFileInWhateverCaseItsPathIsWritten)
-{
-    const CatalogTurn turn(kFile);
     EXPECT_EQ(AskOnAnotherThread(L"c:\\users\\ME\\Vel\\QanHelper\\LAUNCHER\\AppNameList.xml"), kBusy);
 }
 
@@ -73,57 +69,53 @@ TEST_F(CatalogTurns, AreOfOneFileEachHoweverLongItsPathIs)
 
 TEST_F(CatalogTurns, AreWaitedForUntilTheOneBeforeIsOver)
 {
-    const HANDLE had = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    const HANDLE goOn = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const UniqueHandle had(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     LONG isOver = 0;
     std::thread other([&] {
         const CatalogTurn turn(kFile);
-        SetEvent(had);
-        WaitForSingleObject(goOn, 20000);
+        SetEvent(had.Get());
+        WaitForSingleObject(goOn.Get(), 20000);
         InterlockedExchange(&isOver, 1);
     });
-    WaitForSingleObject(had, 20000);
+    WaitForSingleObject(had.Get(), 20000);
     m_waits.isPatient = true;
     // It is let go when the wait has begun.
-    m_waits.onWait = [goOn] { SetEvent(goOn); };
+    m_waits.onWait = [&goOn] { SetEvent(goOn.Get()); };
     {
         const CatalogTurn turn(kFile);
         EXPECT_EQ(turn.Result(), S_OK);
         EXPECT_EQ(InterlockedExchange(&isOver, 0), 1);
     }
     other.join();
-    CloseHandle(had);
-    CloseHandle(goOn);
 }
 
 TEST_F(CatalogTurns, AreNotWaitedForAnyLongerWhenTheExitEventIsSignalled)
 {
-    const HANDLE event = CreateEventW(nullptr, TRUE, TRUE, nullptr);
+    const UniqueHandle event(CreateEventW(nullptr, TRUE, TRUE, nullptr));
     {
         const CatalogTurn turn(kFile);
         m_waits.isPatient = true; // the event ends the wait
-        EXPECT_EQ(AskOnAnotherThread(kFile, event), S_FALSE);
+        EXPECT_EQ(AskOnAnotherThread(kFile, event.Get()), S_FALSE);
         m_waits.isPatient = false;
-        ResetEvent(event);
-        EXPECT_EQ(AskOnAnotherThread(kFile, event), kBusy);
+        ResetEvent(event.Get());
+        EXPECT_EQ(AskOnAnotherThread(kFile, event.Get()), kBusy);
     }
-    EXPECT_EQ(CatalogTurn(kFile, event).Result(), S_OK);
-    CloseHandle(event);
+    EXPECT_EQ(CatalogTurn(kFile, event.Get()).Result(), S_OK);
 }
 
 TEST_F(CatalogTurns, OfADeadThreadAreOver)
 {
     const CatalogTurn* turn = nullptr;
-    const HANDLE had = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const UniqueHandle had(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     std::thread other([&] {
         turn = new CatalogTurn(kFile); // as if the thread were terminated in it
-        SetEvent(had);
+        SetEvent(had.Get());
     });
-    WaitForSingleObject(had, 20000);
+    WaitForSingleObject(had.Get(), 20000);
     other.join();
     EXPECT_EQ(CatalogTurn(kFile).Result(), S_OK);
     delete turn;
-    CloseHandle(had);
 }
 
 TEST_F(CatalogTurns, AreTakenWithOtherProcessesUntilTheyDie)
@@ -138,32 +130,25 @@ TEST_F(CatalogTurns, AreTakenWithOtherProcessesUntilTheyDie)
 }
 
 // No mutex can be made, for this reason.
-class NoMutex
+test::CapturingPatch<decltype(&CreateMutexW)> NoMutex(DWORD error)
 {
-public:
-    explicit NoMutex(DWORD error)
-        : m_patch("CreateMutexW", [error](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) {
-              SetLastError(error);
-              return nullptr;
-          })
-    {
-    }
-
-private:
-    test::CapturingPatch<decltype(&CreateMutexW)> m_patch;
-};
+    return {"CreateMutexW", [error](SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) {
+                SetLastError(error);
+                return nullptr;
+            }};
+}
 
 TEST_F(CatalogTurns, AreNotTakenWhereTheyCannotBe)
 {
     const CatalogTurn turn(kFile);
-    const NoMutex noMutex(ERROR_NOT_ENOUGH_MEMORY);
+    const auto noMutex = NoMutex(ERROR_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(AskOnAnotherThread(kFile), S_OK);
 }
 
 // An elevated process has it, and this one may not open its mutex.
 TEST_F(CatalogTurns, ThatMayNotBeWaitedForAreTaken)
 {
-    const NoMutex noMutex(ERROR_ACCESS_DENIED);
+    const auto noMutex = NoMutex(ERROR_ACCESS_DENIED);
     EXPECT_EQ(CatalogTurn(kFile).Result(), kBusy);
 }
 

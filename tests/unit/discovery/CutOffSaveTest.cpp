@@ -89,11 +89,6 @@ const Part g_killedProcess(L"KilledProcess", [](const Part::Context& context) {
     return KilledProcess(context.Argument()).Run();
 });
 
-std::wstring Record(const std::wstring& shortcut, const wchar_t* more = L"")
-{
-    return L"<DesktopApp DisplayName=\"x\" LnkFileName=\"" + shortcut + L"\"" + more + L" />";
-}
-
 // A catalogue with records that no refresh pass would find again, and one that the pass drops.
 class CutOffSave : public PackageManagerStart
 {
@@ -101,24 +96,16 @@ protected:
     CutOffSave()
     {
         std::wstring xml =
-            L"<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\"/><DesktopApps>" +
-            Record(kGone);
-        for (const std::wstring& kept : kKept) {
-            xml += Record(kept, L" NeedReserve=\"1\"");
+            L"<Applications><Package PackageFamilyName=\"mail_1\" NeedReserve=\"1\"/><DesktopApps>";
+        for (const std::wstring& shortcut : kOld) {
+            xml += L"<DesktopApp DisplayName=\"x\" LnkFileName=\"" + shortcut +
+                   (shortcut == kOld[0] ? L"\" />" : L"\" NeedReserve=\"1\" />");
         }
         m_old = ToUtf8(xml + L"</DesktopApps></Applications>");
-        MakeFile(kNew);
+        MakeFile(kFound);
         MakeFolder(m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs");
         // The child is this executable too, with another one's name.
         m_host.Set(m_folder / (BaseName() + L".exe"));
-    }
-
-    // The result of the process that is killed at the step.
-    DWORD KillAt(int step, int fullAt = 0) const
-    {
-        return OtherProcess(L"KilledProcess",
-                            std::to_wstring(step) + L"|" + std::to_wstring(fullAt) + L"|" + m_host.Path())
-            .End();
     }
 
     struct Outcome
@@ -134,10 +121,12 @@ protected:
         DWORD result = kKilled;
         while (result == kKilled) {
             prepare();
-            result = KillAt(++outcome.steps, fullAt);
+            result = OtherProcess(L"KilledProcess", std::to_wstring(++outcome.steps) + L"|" +
+                                                        std::to_wstring(fullAt) + L"|" + m_host.Path())
+                         .End();
             const std::vector<std::wstring> shortcuts = ShortcutsOfNextStart();
-            EXPECT_THAT(shortcuts, AnyOf(Eq(Old()), Eq(New()))) << "killed at step " << outcome.steps;
-            outcome.old += shortcuts == Old() ? 1 : 0;
+            EXPECT_THAT(shortcuts, AnyOf(Eq(kOld), Eq(kNew))) << "killed at step " << outcome.steps;
+            outcome.old += shortcuts == kOld ? 1 : 0;
         }
         EXPECT_EQ(result, 0u);
         return outcome;
@@ -157,24 +146,12 @@ protected:
         return Shortcuts(manager);
     }
 
-    std::vector<std::wstring> Old() const { return WithKept(kGone); }
-    std::vector<std::wstring> New() const
-    {
-        std::vector<std::wstring> shortcuts = kKept;
-        shortcuts.push_back(kNew);
-        return shortcuts;
-    }
-    std::vector<std::wstring> WithKept(const std::wstring& first) const
-    {
-        std::vector<std::wstring> shortcuts = {first};
-        shortcuts.insert(shortcuts.end(), kKept.begin(), kKept.end());
-        return shortcuts;
-    }
-
-    const std::wstring kGone = L"C:\\gone.lnk";
-    const std::wstring kNew = m_folder / L"All\\Microsoft\\Windows\\Start Menu\\Programs\\New.lnk";
-    const std::vector<std::wstring> kKept = {L"C:\\a.lnk", L"C:\\b.lnk", L"C:\\c.lnk", L"C:\\d.lnk",
-                                             L"C:\\e.lnk"};
+    const std::wstring kFound = m_folder / L"All\\Microsoft\\Windows\\Start Menu\\Programs\\New.lnk";
+    // The shortcuts before the pass, which drops the first of them, and after it.
+    const std::vector<std::wstring> kOld = {L"C:\\gone.lnk", L"C:\\a.lnk", L"C:\\b.lnk",
+                                            L"C:\\c.lnk",    L"C:\\d.lnk", L"C:\\e.lnk"};
+    const std::vector<std::wstring> kNew = {L"C:\\a.lnk", L"C:\\b.lnk", L"C:\\c.lnk",
+                                            L"C:\\d.lnk", L"C:\\e.lnk", kFound};
     std::string m_old;
     ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"All").c_str()};
     ScopedEnvironment m_appData{L"APPDATA", (m_folder / L"Me").c_str()};

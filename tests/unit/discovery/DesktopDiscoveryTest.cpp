@@ -110,18 +110,6 @@ TEST_F(DesktopDiscovery, HiddenAndReadOnlyFoldersAreWalkedToo)
     SetFileAttributesW(At(L"ReadOnly").c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
-TEST_F(DesktopDiscovery, AnEmptyFolderIsASuccess)
-{
-    EXPECT_EQ(Walk(), S_OK);
-    EXPECT_EQ(WalkLines(), FolderLines(Root(), 2, 2) + kOut);
-}
-
-TEST_F(DesktopDiscovery, AMissingFolderFailsAfterItsShortcutsWereSearched)
-{
-    EXPECT_EQ(m_manager.RefreshDesktopApps(At(L"none").c_str()), E_FAIL);
-    EXPECT_EQ(WalkLines(), FolderLines(Narrow(L"none"), 3, 3) + Lines{"Errcode = 3 "});
-}
-
 TEST_F(DesktopDiscovery, NullAndEmptyFoldersAreRefusedBeforeTheExitEventIsAsked)
 {
     SetEvent(m_manager.m_hExitEvent);

@@ -14,18 +14,17 @@ protected:
     {
         m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         // A thread that is terminated on its way in or out would take locks of the system with it.
-        const HANDLE sleeps = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        const UniqueHandle sleeps(CreateEventW(nullptr, TRUE, FALSE, nullptr));
         m_manager.m_hRefreshThread = CreateThread(
             nullptr, 0,
             [](void* event) -> DWORD {
                 SetEvent(event);
                 return SleepEx(INFINITE, FALSE);
             },
-            sleeps, 0, nullptr);
+            sleeps.Get(), 0, nullptr);
         LetThreadRun();
-        m_wait.Original(sleeps, 20000);
+        m_wait.Original(sleeps.Get(), 20000);
         SleepEx(20, FALSE);
-        CloseHandle(sleeps);
         m_stubborn = m_manager.m_hRefreshThread;
         m_event = Duplicate(m_manager.m_hExitEvent);
         m_thread = Duplicate(m_stubborn);
@@ -38,7 +37,7 @@ protected:
             return milliseconds == 30000 ? m_answer : std::nullopt;
         };
     }
-    ~StopOfAStubbornThread() override { m_terminate.Original(m_thread, 0); }
+    ~StopOfAStubbornThread() override { m_terminate.Original(m_thread.Get(), 0); }
 
     HANDLE m_stubborn;
     std::vector<std::pair<HANDLE, DWORD>> m_terminated;

@@ -18,11 +18,7 @@ protected:
         ExcludeList list;
         BOOL found = FALSE;
         EXPECT_EQ(m_manager.m_AppNameList.GetExcludeAppNameList(L"mail", &list, &found), S_OK);
-        std::vector<std::wstring> names;
-        for (const WideString& name : list) {
-            names.emplace_back(name.c_str());
-        }
-        return names;
+        return Names(list);
     }
 };
 

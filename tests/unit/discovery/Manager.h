@@ -1,21 +1,24 @@
 #pragma once
 
+#include "common/UniqueHandle.h"
 #include "discovery/PackageManager.h"
 #include "support/HostExecutable.h"
 #include "unit/discovery/Records.h"
 
 #include <cwchar>
 #include <mutex>
+#include <tuple>
 
 namespace discovery_test {
 
 using namespace test;
 
 // A handle of the test's own to the same object.
-inline HANDLE Duplicate(HANDLE handle)
+inline UniqueHandle Duplicate(HANDLE handle)
 {
-    HANDLE copy = nullptr;
-    DuplicateHandle(GetCurrentProcess(), handle, GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    UniqueHandle copy;
+    DuplicateHandle(GetCurrentProcess(), handle, GetCurrentProcess(), copy.Put(), 0, FALSE,
+                    DUPLICATE_SAME_ACCESS);
     return copy;
 }
 
@@ -74,11 +77,7 @@ protected:
 
     static bool MutexExists()
     {
-        const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, MutexName().c_str());
-        if (mutex) {
-            CloseHandle(mutex);
-        }
-        return mutex != nullptr;
+        return static_cast<bool>(UniqueHandle(OpenMutexW(SYNCHRONIZE, FALSE, MutexName().c_str())));
     }
 
     void ExpectNoHandles() const
@@ -116,15 +115,8 @@ protected:
         return std::string("(") + static_cast<char>(path[0]) + ")";
     }
 
-    struct ThreadStart
-    {
-        SECURITY_ATTRIBUTES* security;
-        SIZE_T stack;
-        LPTHREAD_START_ROUTINE start;
-        void* argument;
-        DWORD flags;
-        DWORD* id;
-    };
+    // Security, stack, start, argument, and flags.
+    using ThreadStart = std::tuple<SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, void*, DWORD>;
 
     TemporaryFolder m_folder;
     HostExecutable m_host{m_folder / (BaseName() + L".x.exe")};
@@ -138,7 +130,7 @@ private:
         "CreateThread",
         [this](SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start, void* argument,
                DWORD flags, DWORD* id) -> HANDLE {
-            m_threadStarts.push_back({security, stack, start, argument, flags, id});
+            m_threadStarts.emplace_back(security, stack, start, argument, flags);
             if (m_threadError != 0) {
                 SetLastError(m_threadError);
                 return nullptr;

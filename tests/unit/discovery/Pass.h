@@ -3,6 +3,7 @@
 #include "support/FakePackages.h"
 #include "support/Registry.h"
 #include "unit/discovery/Manager.h"
+#include "unit/discovery/Walk.h"
 
 #include <shlwapi.h>
 
@@ -23,7 +24,6 @@ protected:
         test::MakeFolder(Common());
         test::MakeFolder(User());
     }
-    ~Pass() override { EXPECT_THAT(m_store.objects.Leaks(), ::testing::IsEmpty()); }
 
     std::wstring Common() const { return m_folder / L"All\\Microsoft\\Windows\\Start Menu\\Programs"; }
     std::wstring User() const { return m_folder / L"Me\\Microsoft\\Windows\\Start Menu\\Programs"; }
@@ -58,17 +58,10 @@ protected:
     }
 
     // Of a folder without shortcuts and folders; or with this error, without a folder.
-    static Lines WalkLines(const std::wstring& folder, const std::string& error = "2")
+    static Lines WalkLines(const std::wstring& folder, int error = 2)
     {
-        const std::string narrow = test::ToUtf8(folder);
-        const std::string walk = "CQanhPackageManager::RefreshDesktopApps";
-        const std::string add = "CQanhPackageManager::AddLinkFileToList(" + narrow + ") IN";
-        return {walk + "(" + narrow + ") IN",
-                add,
-                narrow + "\\*.lnk Errcode = " + error + " ",
-                add,
-                narrow + "\\*.url Errcode = " + error + " ",
-                error == "2" ? walk + " OUT(0x00000000)" : "Errcode = " + error + " "};
+        return walk_test::FolderLines(test::ToUtf8(folder), error, error) +
+               (error == 2 ? walk_test::kOut : Lines{"Errcode = " + std::to_string(error) + " "});
     }
     Lines WalksLines() const { return WalkLines(Common()) + WalkLines(User()); }
     Lines StartLines() const
@@ -80,8 +73,6 @@ protected:
     {
         return Call("CQanhAppNameList::Save(" + test::ToUtf8(CatalogFile()) + ")", "(" + result + ")");
     }
-    // A whole pass over an empty catalogue and empty folders.
-    Lines PassLines() const { return kPassIn + kStore + WalksLines() + SaveLines(); }
 
     // The log without what the Store queries and the catalogue's records write: of those, one line each.
     Lines ThreadLines() const

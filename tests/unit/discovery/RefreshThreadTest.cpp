@@ -3,8 +3,6 @@
 #include "common/DiagnosticLog.h"
 #include "unit/discovery/ThreadRun.h"
 
-#include <atomic>
-
 namespace {
 
 using namespace discovery_test;
@@ -19,32 +17,26 @@ TEST_F(RefreshThread, NeedsItsManagerWithAMutexAndWithout)
     EXPECT_EQ(Run(nullptr), 87u);
 }
 
-class RefreshThreadVariable : public RefreshThread, public ::testing::WithParamInterface<const wchar_t*>
+class RefreshThreadVariable : public RefreshThread,
+                              public ::testing::WithParamInterface<std::tuple<const wchar_t*, const wchar_t*>>
 {
-protected:
-    void ExpectEarlyEnd()
-    {
-        EXPECT_EQ(Run(), 2011u);
-        EXPECT_EQ(m_log.Lines(), Lines{"CQanhPackageManager::RefreshThread IN"} + FolderLines());
-        EXPECT_THAT(m_steps, IsEmpty());
-        EXPECT_FALSE(IsExitEventSignalled());
-        ExpectMutexClosed();
-    }
 };
 
-TEST_P(RefreshThreadVariable, IsNeeded)
+TEST_P(RefreshThreadVariable, IsNeededAndMustFit)
 {
-    const ScopedEnvironment environment(GetParam(), nullptr);
-    ExpectEarlyEnd();
+    const auto [name, value] = GetParam();
+    const ScopedEnvironment environment(name, value);
+    EXPECT_EQ(Run(), 2011u);
+    EXPECT_EQ(m_log.Lines(), Lines{"CQanhPackageManager::RefreshThread IN"} + FolderLines());
+    EXPECT_THAT(m_steps, IsEmpty());
+    EXPECT_FALSE(IsExitEventSignalled());
+    ExpectMutexClosed();
 }
 
-TEST_P(RefreshThreadVariable, MustFit)
-{
-    const ScopedEnvironment environment(GetParam(), (L"C:\\" + std::wstring(257, L'x')).c_str());
-    ExpectEarlyEnd();
-}
-
-INSTANTIATE_TEST_SUITE_P(Names, RefreshThreadVariable, ::testing::Values(L"ALLUSERSPROFILE", L"APPDATA"));
+const std::wstring kTooLong = L"C:\\" + std::wstring(257, L'x');
+INSTANTIATE_TEST_SUITE_P(Names, RefreshThreadVariable,
+                         ::testing::Combine(::testing::Values(L"ALLUSERSPROFILE", L"APPDATA"),
+                                            ::testing::Values(nullptr, kTooLong.c_str())));
 
 TEST_F(RefreshThread, ReadsTheCommonVariableFirst)
 {
@@ -106,18 +98,19 @@ TEST_F(RefreshThread, MutexIsClosedOnce)
 {
     DiagnosticLog::SetEnabled(false);
     m_passes = 3;
+    const HANDLE mutex = CQanhPackageManager::m_hInstanceMutex;
     // After the first pass its value is another object's, so that closing it again would be seen.
     std::vector<HANDLE> inItsPlace;
     m_onStep = [&](const std::wstring& step) {
         while (step == L"wait 180000" && inItsPlace.size() < 100 &&
-               (inItsPlace.empty() || inItsPlace.back() != m_mutex)) {
+               (inItsPlace.empty() || inItsPlace.back() != mutex)) {
             inItsPlace.push_back(CreateEventW(nullptr, TRUE, FALSE, nullptr));
         }
     };
     const ClosedHandles closed;
     EXPECT_EQ(Run(), 0u);
-    EXPECT_EQ(inItsPlace.back(), m_mutex);
-    EXPECT_THAT(closed.Get(), Contains(m_mutex).Times(1));
+    EXPECT_EQ(inItsPlace.back(), mutex);
+    EXPECT_THAT(closed.Get(), Contains(mutex).Times(1));
     EXPECT_THAT(closed.Get(), Not(Contains(INVALID_HANDLE_VALUE)));
     for (const HANDLE event : inItsPlace) {
         CloseHandle(event);
@@ -214,33 +207,15 @@ TEST_F(RefreshThread, GivesItsModuleBackOnceAndDoesNotTakeItAgain)
     EXPECT_THAT(given, ElementsAre(self));
 }
 
-TEST(RefreshThreadInRealTime, WaitsAboutASecondBeforeItsFirstPass)
+TEST_F(RefreshThread, WaitsAboutASecondInRealTimeBeforeItsFirstPass)
 {
-    CQanhPackageManager manager;
-    manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::atomic<bool> hasPassBegun = false;
-    const FakeStore store;
-    const CapturingPatch<decltype(&RoInitialize)> patch("RoInitialize", [&](RO_INIT_TYPE) {
-        hasPassBegun = true;
-        return E_FAIL;
-    });
-    const TemporaryFolder folder;
-    const ScopedEnvironment localAppData(L"LOCALAPPDATA", folder.Path().c_str());
-    const ScopedEnvironment allUsers(L"ALLUSERSPROFILE", folder.Path().c_str());
-    const ScopedEnvironment appData(L"APPDATA", folder.Path().c_str());
-    KeepModuleForThread();
-    const HANDLE thread = CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, &manager, 0, nullptr);
-    Sleep(800);
-    EXPECT_FALSE(hasPassBegun);
-    for (int wait = 0; wait < 100 && !hasPassBegun; ++wait) {
-        Sleep(50);
-    }
-    EXPECT_TRUE(hasPassBegun);
-    SetEvent(manager.m_hExitEvent);
-    EXPECT_EQ(WaitForSingleObject(thread, 20000), DWORD{WAIT_OBJECT_0});
-    CloseHandle(thread);
-    CloseHandle(manager.m_hExitEvent);
-    manager.m_hExitEvent = nullptr;
+    m_exitEvent = nullptr; // its waits are real ones
+    m_exitAt = L"store";
+    const ULONGLONG start = GetTickCount64();
+    ULONGLONG begun = start;
+    m_onStep = [&](const std::wstring& step) { begun = step == L"store" ? GetTickCount64() : begun; };
+    EXPECT_EQ(Run(), 0u);
+    EXPECT_GE(begun - start, 800u);
 }
 
 } // namespace

@@ -128,12 +128,7 @@ class StartDuringASave : public RestoredStart
 protected:
     StartDuringASave()
     {
-        m_waits.onWait = [this] { SetEvent(m_isAsked); };
-    }
-    ~StartDuringASave() override
-    {
-        CloseHandle(m_isBegun);
-        CloseHandle(m_isAsked);
+        m_waits.onWait = [this] { SetEvent(m_isAsked.Get()); };
     }
 
     // A thread that does for the other process: has the turn while it does this.
@@ -141,15 +136,15 @@ protected:
     {
         std::thread other([this, save] {
             const CatalogTurn turn(CatalogFile().c_str());
-            ResetEvent(m_isAsked);
+            ResetEvent(m_isAsked.Get());
             save();
         });
-        WaitForSingleObject(m_isBegun, 20000);
+        WaitForSingleObject(m_isBegun.Get(), 20000);
         return other;
     }
 
-    const HANDLE m_isBegun = CreateEventW(nullptr, TRUE, FALSE, nullptr); // by Save's action
-    const HANDLE m_isAsked = CreateEventW(nullptr, TRUE, FALSE, nullptr); // somebody waits for the turn
+    const UniqueHandle m_isBegun{CreateEventW(nullptr, TRUE, FALSE, nullptr)}; // by Save's action
+    const UniqueHandle m_isAsked{CreateEventW(nullptr, TRUE, FALSE, nullptr)}; // somebody waits for the turn
     TurnWaits m_waits;
 };
 
@@ -158,8 +153,8 @@ TEST_F(StartDuringASave, WaitsForItsEnd)
     std::thread other = Save([this] {
         WriteBak();
         WriteHalfOfACatalog();
-        SetEvent(m_isBegun);
-        WaitForSingleObject(m_isAsked, 20000);
+        SetEvent(m_isBegun.Get());
+        WaitForSingleObject(m_isAsked.Get(), 20000);
         WriteCatalog();
         DeleteFileW(Bak().c_str());
     });
@@ -170,10 +165,10 @@ TEST_F(StartDuringASave, WaitsForItsEnd)
 
 TEST_F(StartDuringASave, ThatDoesNotEndLoadsTheOldCatalogAndLeavesTheSaveAlone)
 {
-    const HANDLE over = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::thread other = Save([this, over] {
-        SetEvent(m_isBegun);
-        WaitForSingleObject(over, 20000);
+    const UniqueHandle over(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    std::thread other = Save([this, &over] {
+        SetEvent(m_isBegun.Get());
+        WaitForSingleObject(over.Get(), 20000);
     });
     WriteBak();
     WriteHalfOfACatalog();
@@ -181,9 +176,8 @@ TEST_F(StartDuringASave, ThatDoesNotEndLoadsTheOldCatalogAndLeavesTheSaveAlone)
     ExpectLoaded(L"C:\\kept.lnk");
     EXPECT_EQ(ReadFileBytes(CatalogFile()), "<Applications><Desk");
     EXPECT_TRUE(Exists(Bak()));
-    SetEvent(over);
+    SetEvent(over.Get());
     other.join();
-    CloseHandle(over);
 }
 
 TEST_F(StartDuringASave, OfAnotherProcessThanTheOwnerDoesNotWait)
@@ -192,10 +186,10 @@ TEST_F(StartDuringASave, OfAnotherProcessThanTheOwnerDoesNotWait)
     WritePreset();
     HoldMutexElsewhere();
     const CatalogTurn turn(CatalogFile().c_str());
-    ResetEvent(m_isAsked);
+    ResetEvent(m_isAsked.Get());
     const FakeSleep sleep;
     EXPECT_EQ(m_manager.Initialize(), S_FALSE);
-    EXPECT_EQ(WaitForSingleObject(m_isAsked, 0), DWORD{WAIT_TIMEOUT});
+    EXPECT_EQ(WaitForSingleObject(m_isAsked.Get(), 0), DWORD{WAIT_TIMEOUT});
 }
 
 TEST_F(StartDuringASave, LeavesTheTurnToOthersAfterwards)

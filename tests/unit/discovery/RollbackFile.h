@@ -9,16 +9,14 @@
 
 namespace discovery_test {
 
-using Names = std::vector<std::string>;
-
 // A folder for a catalogue and what stands beside it while it is saved.
 class CatalogRollbackFile : public ::testing::Test
 {
 protected:
     // The names of the catalogue's files in a folder, after the first dot: "xml", "xml.bak", "xml.tmp".
-    static Names FilesIn(const std::wstring& folder)
+    static Lines FilesIn(const std::wstring& folder)
     {
-        Names files;
+        Lines files;
         WIN32_FIND_DATAW found{};
         const HANDLE find = FindFirstFileW((folder + L"\\App*").c_str(), &found);
         if (find != INVALID_HANDLE_VALUE) {
@@ -31,7 +29,7 @@ protected:
         std::sort(files.begin(), files.end());
         return files;
     }
-    Names Files() const { return FilesIn(m_folder.Path()); }
+    Lines Files() const { return FilesIn(m_folder.Path()); }
     std::string Catalog() const { return ReadFileBytes(m_catalog); }
     std::string Bak() const { return ReadFileBytes(m_bak); }
     void WriteCatalog(std::string_view bytes) const { WriteFileBytes(m_catalog, bytes); }
@@ -57,9 +55,8 @@ protected:
         return stream;
     }
 
-    const Names kCatalogOnly = {"xml"};
-    const Names kBoth = {"xml", "xml.bak"};
-    const Names kNone = {};
+    const Lines kCatalogOnly = {"xml"};
+    const Lines kBoth = {"xml", "xml.bak"};
     TemporaryFolder m_folder;
     const std::wstring m_catalog = m_folder / L"AppNameList.xml";
     const std::wstring m_bak = m_folder / L"AppNameList.xml.bak";

@@ -9,13 +9,7 @@ class PackageManagerStart : public Manager
 {
 public:
     // The other process' first pass is over.
-    static void LoseMutex()
-    {
-        if (s_otherMutex) {
-            CloseHandle(s_otherMutex);
-            s_otherMutex = nullptr;
-        }
-    }
+    static void LoseMutex() { s_otherMutex.Reset(); }
 
 protected:
     ~PackageManagerStart() override { LoseMutex(); }
@@ -26,7 +20,7 @@ protected:
     // Another process of the executable in its first pass, so far as this one can see it.
     static void HoldMutexElsewhere(const std::wstring& name = MutexName())
     {
-        s_otherMutex = CreateMutexW(nullptr, FALSE, name.c_str());
+        s_otherMutex.Reset(CreateMutexW(nullptr, FALSE, name.c_str()));
     }
 
     // The log of a start with this result, without the lines of the catalogue's records.
@@ -71,7 +65,7 @@ protected:
     const std::string kNoMutex = "OpenMutex() : Mutex none. ";
 
 private:
-    static inline HANDLE s_otherMutex = nullptr;
+    static inline UniqueHandle s_otherMutex;
 };
 
 } // namespace discovery_test

@@ -15,13 +15,6 @@ inline Lines FinalizeLines(const Lines& thread = {})
 class PackageManagerStop : public Pass
 {
 protected:
-    ~PackageManagerStop() override
-    {
-        Close(m_thread);
-        Close(m_event);
-        Close(m_reached);
-    }
-
     // Starts as the owner, with the thread suspended and an empty log, and keeps handles of the test's own.
     void Start()
     {
@@ -43,10 +36,10 @@ protected:
     DWORD ThreadExitCode() const
     {
         DWORD exitCode = 0;
-        GetExitCodeThread(m_thread, &exitCode);
+        GetExitCodeThread(m_thread.Get(), &exitCode);
         return exitCode;
     }
-    bool IsEventSignalled() const { return m_wait.Original(m_event, 0) == WAIT_OBJECT_0; }
+    bool IsEventSignalled() const { return m_wait.Original(m_event.Get(), 0) == WAIT_OBJECT_0; }
 
     // Only Finalize ends the passes and the wait behind the first of them.
     void PassUntilFinalize()
@@ -56,14 +49,14 @@ protected:
     }
     // The refresh thread is where the test wants it, and tells that by m_reached; only a failing test waits
     // for long.
-    [[nodiscard]] bool IsReached() const { return m_wait.Original(m_reached, 20000) == WAIT_OBJECT_0; }
+    [[nodiscard]] bool IsReached() const { return m_wait.Original(m_reached.Get(), 20000) == WAIT_OBJECT_0; }
     // For the refresh thread in its second pass: tells that it is there, and goes on when Finalize wants its
     // end.
     void WaitForFinalize()
     {
         m_shortWaits = 0; // what follows needs the end of the second pass
-        SetEvent(m_reached);
-        m_wait.Original(m_event, 20000);
+        SetEvent(m_reached.Get());
+        m_wait.Original(m_event.Get(), 20000);
     }
     // The thread has ended by itself, and all is given back.
     void ExpectStopped(bool isEventSignalled)
@@ -87,9 +80,9 @@ protected:
         }
     }
 
-    HANDLE m_event = nullptr;
-    HANDLE m_reached = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    HANDLE m_thread = nullptr;
+    UniqueHandle m_event;
+    UniqueHandle m_reached{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    UniqueHandle m_thread;
 };
 
 } // namespace discovery_test

@@ -135,13 +135,6 @@ TEST_F(DisplayNameOfFamily, OfAnUnknownFamilyIsLeftAsItWas)
                                AskLines("none", &m_name, "(0xA0000001) DisplayName = (null)", finding));
 }
 
-TEST_F(DisplayNameOfFamily, OfSeveralApplicationsIsNone)
-{
-    Install(m_folder, Named("A") + "<Application/>");
-    EXPECT_EQ(Ask(), static_cast<HRESULT>(0xA0000002));
-    EXPECT_EQ(m_name, nullptr);
-}
-
 TEST_F(DisplayNameOfFamily, ThatIsMissingIsEmpty)
 {
     Install(m_folder, "<Application><VisualElements/></Application>");

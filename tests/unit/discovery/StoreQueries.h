@@ -51,8 +51,6 @@ inline Lines FindSteps(const std::string& entered, const Lines& more)
 class StoreQueries : public ::testing::Test
 {
 protected:
-    ~StoreQueries() override { EXPECT_THAT(m_store.objects.Leaks(), IsEmpty()); }
-
     Lines& Journal() { return m_store.objects.journal; }
 
     // Runs the body on a thread in this apartment, which it must keep.

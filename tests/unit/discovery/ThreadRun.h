@@ -5,14 +5,6 @@
 
 namespace discovery_test {
 
-// A refresh thread gives this back, which Initialize takes for it.
-inline void KeepModuleForThread()
-{
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
-}
-
 // The refresh thread by itself, in the owner's state: it holds the instance mutex and its exit event is not
 // signalled.
 class RefreshThread : public Pass
@@ -21,20 +13,22 @@ protected:
     RefreshThread()
     {
         m_exitEvent = m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        m_mutex = CQanhPackageManager::m_hInstanceMutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
+        CQanhPackageManager::m_hInstanceMutex = CreateMutexW(nullptr, FALSE, MutexName().c_str());
     }
 
     DWORD Run(void* manager)
     {
-        KeepModuleForThread();
-        const HANDLE thread =
-            CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, manager, 0, nullptr);
-        ResumeThread(thread);
+        // The thread gives the module back, which Initialize takes for it.
+        HMODULE module = nullptr;
+        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                           reinterpret_cast<const wchar_t*>(&CQanhPackageManager::RefreshThread), &module);
+        const UniqueHandle thread(
+            CreateThread(nullptr, 0, CQanhPackageManager::RefreshThread, manager, 0, nullptr));
+        ResumeThread(thread.Get());
         DWORD exitCode = STILL_ACTIVE;
-        if (m_wait.Original(thread, 20000) == WAIT_OBJECT_0) {
-            GetExitCodeThread(thread, &exitCode);
+        if (m_wait.Original(thread.Get(), 20000) == WAIT_OBJECT_0) {
+            GetExitCodeThread(thread.Get(), &exitCode);
         }
-        CloseHandle(thread);
         return exitCode;
     }
     DWORD Run() { return Run(&m_manager); }
@@ -58,6 +52,11 @@ protected:
         return std::count(m_steps.begin(), m_steps.end(), step);
     }
     std::string Saved() const { return test::ReadFileBytes(CatalogFile()); }
+    // The whole log of the thread, with these lines between the marking of the desktop records and the end.
+    void ExpectLog(const Lines& pass) const
+    {
+        EXPECT_EQ(ThreadLines(), StartLines() + kPassIn + pass + kPassesOut);
+    }
 
     // Runs the thread; the request for memory that follows this step is not granted.
     void RunOutOfMemoryAfter(const std::wstring& step)
@@ -74,8 +73,6 @@ protected:
         EXPECT_EQ(Run(), 0u);
         EXPECT_FALSE(s_failsNext);
     }
-
-    HANDLE m_mutex = nullptr;
 };
 
 } // namespace discovery_test

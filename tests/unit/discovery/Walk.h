@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/UniqueHandle.h"
 #include "discovery/PackageManager.h"
 #include "unit/discovery/Records.h"
 
@@ -24,12 +25,7 @@ inline Lines FolderLines(const std::string& folder, int linkError, int internetL
 class DesktopDiscovery : public ::testing::Test
 {
 protected:
-    DesktopDiscovery() { m_manager.m_hExitEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr); }
-    ~DesktopDiscovery() override
-    {
-        CloseHandle(m_manager.m_hExitEvent);
-        m_manager.m_hExitEvent = nullptr;
-    }
+    DesktopDiscovery() { m_manager.m_hExitEvent = m_exitEvent.Get(); }
 
     std::wstring At(const std::wstring& name) const { return m_folder / name; }
     std::string Narrow(const std::wstring& name) const { return ToUtf8(m_folder / name); }
@@ -72,6 +68,7 @@ protected:
 
     TemporaryFolder m_folder;
     LogCapture m_log;
+    const UniqueHandle m_exitEvent{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     CQanhPackageManager m_manager;
 };
 

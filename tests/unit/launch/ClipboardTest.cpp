@@ -4,8 +4,6 @@
 #include "support/OtherProcess.h"
 #include "support/Test.h"
 
-#include <cstdio>
-
 namespace {
 
 using namespace test;
@@ -78,14 +76,8 @@ protected:
     }
 
     std::string Block(HANDLE block) const { return block == m_block ? "(block)" : "(another block)"; }
-    static std::string Number(unsigned long long number)
-    {
-        char text[32];
-        std::snprintf(text, sizeof text, "0x%llX", number);
-        return text;
-    }
 
-    const Lines kUpToTheLock = {"OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "GlobalLock(block)"};
+    const Lines kUpToTheLock = {"OpenClipboard(null)", "GlobalAlloc(0x00000042, 10)", "GlobalLock(block)"};
     const Lines kWhole =
         kUpToTheLock + Lines{"GlobalUnlock(block): Mail", "EmptyClipboard", "SetClipboardData(13)(block)",
                              "GlobalFree(block)", "CloseClipboard"};
@@ -100,7 +92,8 @@ protected:
     bool m_hasMemory = true;
     CapturingPatch<decltype(&GlobalAlloc)> m_alloc{
         "GlobalAlloc", [this](UINT flags, SIZE_T size) {
-            m_calls.push_back("GlobalAlloc(" + Number(flags) + ", " + std::to_string(size) + ")");
+            m_calls.push_back("GlobalAlloc(" + Hexadecimal(static_cast<long>(flags)) + ", " +
+                              std::to_string(size) + ")");
             return m_block = m_hasMemory ? m_alloc.Original(flags, size) : nullptr;
         }};
     NotingPatch<decltype(&GlobalLock)> m_lock{"GlobalLock", m_calls,
@@ -117,6 +110,7 @@ protected:
                                                    [] { return std::string("EmptyClipboard"); }};
     NotingPatch<decltype(&SetClipboardData)> m_set{
         "SetClipboardData", m_calls, [this](UINT format, HANDLE block) {
+            SetLastError(1418); // of a refusal
             return "SetClipboardData(" + std::to_string(format) + ")" + Block(block);
         }};
     NotingPatch<decltype(&GlobalFree), 1> m_free{
@@ -134,7 +128,7 @@ TEST_F(ClipboardCalls, OneCharacterTakesFourBytes)
 {
     EXPECT_EQ(CQanhClipboard::SetClipboardData(L"x"), S_OK);
     ASSERT_GE(m_calls.size(), 2u);
-    EXPECT_EQ(m_calls[1], "GlobalAlloc(0x42, 4)");
+    EXPECT_EQ(m_calls[1], "GlobalAlloc(0x00000042, 4)");
 }
 
 TEST_F(ClipboardCalls, NullAndEmptyTextAreRefusedBeforeTheClipboardIsTouched)
@@ -154,7 +148,8 @@ TEST_F(ClipboardCalls, ClipboardThatDoesNotOpenIsNotClosed)
 TEST_F(ClipboardCalls, NoMemoryLeavesTheOldTextAndClosesTheClipboard)
 {
     m_hasMemory = false;
-    ExpectSet(E_FAIL, "(0x80004005)", {"OpenClipboard(null)", "GlobalAlloc(0x42, 10)", "CloseClipboard"},
+    ExpectSet(E_FAIL, "(0x80004005)",
+              {"OpenClipboard(null)", "GlobalAlloc(0x00000042, 10)", "CloseClipboard"},
               {"CQanhClipboard::SetClipboardData ERROR GlobalAlloc(GHND, szLen) Failed"});
 }
 
@@ -167,12 +162,7 @@ TEST_F(ClipboardCalls, BlockThatCannotBeLockedIsFreed)
 
 TEST_F(ClipboardCalls, RefusedHandOverIsOnlyLogged)
 {
-    const CapturingPatch<decltype(&SetClipboardData), 1> refusal(
-        "SetClipboardData", [this](UINT format, HANDLE block) -> HANDLE {
-            m_calls.push_back("SetClipboardData(" + std::to_string(format) + ")" + Block(block));
-            SetLastError(1418);
-            return nullptr;
-        });
+    m_set.answer = nullptr;
     ExpectSet(S_OK, "(0x00000000)", kWhole,
               {"CQanhClipboard::SetClipboardData ERROR SetClipboardData(CF_UNICODETEXT, hg) Failed. "
                "ErrCode = 1418"});

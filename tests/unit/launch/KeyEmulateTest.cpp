@@ -144,7 +144,7 @@ TEST_F(KeyEmulate, RefusedEventsDoNotCutAScriptShort)
               12);
 }
 
-TEST_F(KeyEmulate, LogOfTheScriptsWithoutScanCodes)
+TEST_F(KeyEmulate, LogOfTheScriptsNamesTheScanCodesThatAreSent)
 {
     EXPECT_EQ(
         LogOf(CQanhKeyEmulate::Sendinput_Win),
@@ -152,27 +152,16 @@ TEST_F(KeyEmulate, LogOfTheScriptsWithoutScanCodes)
     EXPECT_EQ(
         LogOf(CQanhKeyEmulate::SendInput_Enter),
         Call("CQanhKeyEmulate::SendInput_Enter", "", Key("0x000D, 0x00000001") + Key("0x000D, 0x00000002")));
-}
-
-TEST_F(KeyEmulate, WindowsQLogNamesTheScanCodeForQOnly)
-{
     EXPECT_EQ(LogOf(CQanhKeyEmulate::SendInput_Win_Q),
               Call("CQanhKeyEmulate::SendInput_Win_Q", "",
                    Key("0x005B, 0x00000001") + Key("0x0051, 0x0010, 0x00000008") +
                        Key("0x0051, 0x0010, 0x00000002") + Key("0x005B, 0x00000002")));
-}
-
-TEST_F(KeyEmulate, ShiftInsertLogNamesEveryScanCode)
-{
     EXPECT_EQ(LogOf(CQanhKeyEmulate::SendInput_Shift_Insert),
               Call("CQanhKeyEmulate::SendInput_Shift_Insert", "",
                    Key("0x0010, 0x0041, 0x00000000") + Key("0x002D, 0x0042, 0x00000001") +
                        Key("0x002D, 0x0043, 0x00000003")));
-}
-
-TEST_F(KeyEmulate, ShiftUpLogHasTheEventOnly)
-{
-    EXPECT_EQ(LogOf(CQanhKeyEmulate::SendInput_ShiftUp), Key("0x0010, 0x0041, 0x00000002"));
+    // The event only.
+    EXPECT_EQ(LogOf(CQanhKeyEmulate::SendInput_ShiftUp), Key("0x0010, 0x0044, 0x00000002"));
 }
 
 TEST_F(KeyEmulate, AnEventIsSentBetweenItsTwoLinesAndThePauseComesAfterThem)

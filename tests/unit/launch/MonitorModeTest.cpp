@@ -1,39 +1,20 @@
 #include "unit/launch/MonitorMode.h"
 
-#include <thread>
-
 namespace {
 
 using namespace monitor_mode_test;
 
-// The thread's apartment: what a change to a multithreaded one answers.
-bool HasApartment()
-{
-    const HRESULT hr = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    if (SUCCEEDED(hr)) {
-        CoUninitialize();
-    }
-    return hr != S_OK;
-}
-
-// Apartments belong to threads, so that each of these tests has one of its own.
-template <typename Body> void OnAThread(Body body)
-{
-    std::thread(body).join();
-}
-
 TEST_F(MonitorMode, InitializeCreatesTheVisibilityObjectInASingleThreadedApartment)
 {
-    OnAThread([&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kNone, [&] {
         const LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), S_OK);
         EXPECT_THAT(Journal(), ElementsAre("CoCreateInstance"));
         EXPECT_EQ(m_mode.m_pImmersiveMode, &m_visibility);
         EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", "(0)"));
-        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
+        EXPECT_EQ(ApartmentOfThread(), Apartment::kSingleThreaded);
         m_mode.Finalize();
-        EXPECT_FALSE(HasApartment());
-    });
+    }));
 }
 
 TEST_F(MonitorMode, InitializeAsksForASingleThreadedApartmentWithoutFurtherFlags)
@@ -49,68 +30,57 @@ TEST_F(MonitorMode, InitializeAsksForASingleThreadedApartmentWithoutFurtherFlags
 
 TEST_F(MonitorMode, InitializeReturnsTheResultOfTheCreation)
 {
-    OnAThread([&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kNone, [&] {
         const LogCapture log;
         m_shell.createResult = S_FALSE;
         EXPECT_EQ(m_mode.Initialize(), S_FALSE);
         EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", "(1)"));
         m_mode.Finalize();
-    });
+    }));
 }
 
 TEST_F(MonitorMode, InitializeInAnApartmentThatIsThereAlreadySucceeds)
 {
-    OnAThread([&] {
-        ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+    EXPECT_TRUE(KeepsApartment(Apartment::kSingleThreaded, [&] {
         EXPECT_EQ(m_mode.Initialize(), S_OK);
         m_mode.Finalize();
-        EXPECT_TRUE(HasApartment());
-        CoUninitialize();
-        EXPECT_FALSE(HasApartment());
-    });
+    }));
 }
 
 TEST_F(MonitorMode, TwoInitializeAndTwoFinalizeLeaveNoApartment)
 {
-    OnAThread([&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kNone, [&] {
         EXPECT_EQ(m_mode.Initialize(), S_OK);
         EXPECT_EQ(m_mode.Initialize(), S_OK);
         m_visibility.Release(); // the first one is lost: the library initializes only what is down
         m_mode.Finalize();
-        EXPECT_TRUE(HasApartment());
+        EXPECT_EQ(ApartmentOfThread(), Apartment::kSingleThreaded);
         m_mode.Finalize();
-        EXPECT_FALSE(HasApartment());
-    });
+    }));
 }
 
 TEST_F(MonitorMode, InitializeFailsInAMultithreadedApartment)
 {
-    OnAThread([&] {
-        ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+    // The failed start is not taken back: that would cost the thread its own apartment.
+    EXPECT_TRUE(KeepsApartment(Apartment::kMultithreaded, [&] {
         const LogCapture log;
         EXPECT_EQ(m_mode.Initialize(), RPC_E_CHANGED_MODE);
         EXPECT_THAT(Journal(), IsEmpty());
         EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
         EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", " CoInitializeEx:(-2147417850)"));
-        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), RPC_E_CHANGED_MODE) << "the host's";
-        CoUninitialize();
-        // The failed start was not taken back: that would have cost the thread its own apartment earlier.
-        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-        CoUninitialize();
-    });
+    }));
 }
 
 TEST_F(MonitorMode, AFailedCreationLeavesNoApartmentAndNoObject)
 {
-    OnAThread([&] {
+    EXPECT_TRUE(KeepsApartment(Apartment::kNone, [&] {
         const LogCapture log;
         m_shell.createResult = REGDB_E_CLASSNOTREG;
         EXPECT_EQ(m_mode.Initialize(), REGDB_E_CLASSNOTREG);
         // The call left something behind all the same.
         EXPECT_EQ(m_mode.m_pImmersiveMode, nullptr);
-        EXPECT_FALSE(HasApartment());
         EXPECT_EQ(log.Lines(), Call("CQanhMonitorMode::Initialize", " CoCreateInstance:(-2147221164)"));
-    });
+    }));
 }
 
 TEST_F(MonitorMode, FinalizeReleasesTheObjectIfThereIsOneBeforeItLeavesTheApartment)

@@ -78,7 +78,9 @@ TEST(StandInQuery, DeepNestingEnds)
     }
     const Query query(nots + L"\"mail\"");
     EXPECT_FALSE(query.IsEmpty());
-    (void)query.Hits(L"Mail");
+    // An even number of them says what is inside.
+    EXPECT_TRUE(query.Hits(L"Mail"));
+    EXPECT_FALSE(query.Hits(L"Music"));
 }
 
 TEST(StandInQuery, OrderOfNamesIgnoresCase)
