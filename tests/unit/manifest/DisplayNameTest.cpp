@@ -167,13 +167,6 @@ TEST_F(DisplayName, NullArgumentsLeaveWithoutALine)
                                          "CQanhManifestReader::GetAppDisplayName IN"));
 }
 
-TEST_F(DisplayName, OfAPackageWhosePathIsTooLong)
-{
-    m_store->facts.path = L"C:\\" + std::wstring(400, L'x');
-    EXPECT_TRUE(FAILED(Get(Manifest(Named("A")))));
-    EXPECT_EQ(m_name, nullptr);
-}
-
 // Names that are resources.
 
 TEST_F(DisplayName, OfAResourceIsTheTextThatTheUserSees)
@@ -195,10 +188,6 @@ TEST_F(DisplayName, OfAResourceIsTheTextThatTheUserSees)
                L"My App", L"My App");
     expectText("a text that just fits", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
                std::wstring(255, L'X'), std::wstring(255, L'X'));
-    expectText("a text of 256 characters cut", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
-               std::wstring(256, L'X'), std::wstring(255, L'X'));
-    expectText("a text of 257 characters cut", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
-               std::wstring(257, L'X'), std::wstring(255, L'X'));
     expectText("a reference that is not resolved again", "ms-resource:A", L"@{F?ms-resource://N/resources/a}",
                L"MS-Resource:B", L"MS-Resource:B");
 }

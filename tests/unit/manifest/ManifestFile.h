@@ -6,18 +6,9 @@
 #include "manifest/ManifestReader.h"
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
-#include "support/LogCapture.h"
 #include "support/LogSteps.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include "support/Test.h"
 
 namespace manifest_test {
 
@@ -125,7 +116,6 @@ protected:
     }
 
     static constexpr HRESULT kMismatchedTag = static_cast<HRESULT>(0xC00CEE3B);
-    static constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80070002);
 
     TemporaryFolder m_folder;
     ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};
