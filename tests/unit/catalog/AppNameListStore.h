@@ -109,21 +109,15 @@ protected:
 
     static RecordVersion VersionOf(UINT16 major, UINT16 minor, UINT16 build, UINT16 revision)
     {
-        RecordVersion version;
-        version.Major = major;
-        version.Minor = minor;
-        version.Build = build;
-        version.Revision = revision;
-        return version;
+        return {major, minor, revision, build};
     }
 
     // What a search for "app" must exclude.
     std::vector<std::wstring> Excluded() const
     {
-        ExcludeList names;
-        BOOL found = FALSE;
-        EXPECT_EQ(m_list.GetExcludeAppNameList(L"app", &names, &found), S_OK);
-        return Names(names);
+        const SearchAnswer answer = Ask(m_list, L"app");
+        EXPECT_EQ(answer.result, S_OK);
+        return answer.excluded;
     }
 
     // The log without the reader's steps.

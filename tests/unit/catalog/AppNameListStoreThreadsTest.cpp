@@ -108,7 +108,7 @@ TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
     WriteManifest({"App Y"});
     m_package->facts.version.Major = 2;
 
-    const LockWatch locks;
+    const LockWatch locks(m_list);
     std::thread changing;
     held->onAsked = [&] {
         changing = std::thread([&] {

@@ -31,8 +31,8 @@ struct AppNames
 };
 
 // How a record with these names answers a search with an exclude list that holds the listed names already.
-void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName, const Answer& answer,
-                  const std::vector<const wchar_t*>& listed = {})
+void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName,
+                  const SearchAnswer& answer, const std::vector<const wchar_t*>& listed = {})
 {
     const CQanhDesktopApp app(names.displayName, L"C:\\a.lnk", names.localizeName, names.rubyDisplayName,
                               false, true, names.isDualMode);
@@ -78,7 +78,7 @@ TEST(DesktopAppExclude, FollowsItsRules)
     ExpectAnswer("hits in name and reading exclude once, and the second adding is the result",
                  {L"メール", L"", L"メール"}, L"メ", Excluding({L"メール"}, S_FALSE));
     ExpectAnswer("the reading counts also for the wanted app by its tokens", {L"b a", L"", L"a b"}, L"a b",
-                 Answer{S_OK, 1, {L"b a"}});
+                 SearchAnswer{S_OK, 1, {L"b a"}});
     ExpectAnswer("an empty reading is not looked at", {L"word"}, L"!", Excluding({L"word"}));
 
     ExpectAnswer("a name that is listed already stays as it stands", {L"word viewer"}, L"word",
@@ -90,7 +90,7 @@ TEST(DesktopAppExclude, LeavesFoundAloneWhenNotInstalled)
     // Not even a reserved one counts.
     const CQanhDesktopApp app(L"word", L"C:\\a.lnk", nullptr, L"word", true, false);
     for (const wchar_t* wantedName : {L"word", L"w", L"other"}) {
-        EXPECT_EQ(Ask(app, wantedName), (Answer{S_FALSE, 7, {}}));
+        EXPECT_EQ(Ask(app, wantedName), (SearchAnswer{S_FALSE, 7, {}}));
     }
     // Its arguments are checked before its state.
     ExpectArgumentChecks(app);
@@ -101,7 +101,7 @@ TEST(DesktopAppExclude, EndsAtAFailingAdding)
     // The first adding is that of the name, or that for the reading when the name is not hit.
     for (const wchar_t* displayName : {L"word viewer", L"viewer"}) {
         const CQanhDesktopApp app(displayName, L"C:\\a.lnk", nullptr, L"word");
-        EXPECT_EQ(AskWithFailingAdding(app, L"word"), (Answer{E_OUTOFMEMORY, 0, {}}));
+        EXPECT_EQ(AskWithFailingAdding(app, L"word"), (SearchAnswer{E_OUTOFMEMORY, 0, {}}));
     }
 }
 

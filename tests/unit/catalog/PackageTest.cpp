@@ -77,20 +77,6 @@ TEST_F(PackageTest, AppendsApplicationsInOrderAndNoneThatIsNull)
     EXPECT_THAT(Apps(m_package), ElementsAre(L"b", L"a", L"b"));
 }
 
-TEST_F(PackageTest, RefusesApplicationsBeyondTheListsLimit)
-{
-    CQanhPackage package(L"p", L"full", L"name", kVersion, 2);
-    EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
-    EXPECT_EQ(package.AddApplication(L"b", nullptr), S_OK);
-    EXPECT_EQ(package.AddApplication(Probe(L"c")), E_OUTOFMEMORY);
-    EXPECT_EQ(package.AddApplication(L"d", L"e"), E_OUTOFMEMORY);
-    EXPECT_THAT(Apps(package), ElementsAre(L"a", L"b"));
-    // The package owned what it refused.
-    EXPECT_THAT(m_events, ElementsAre(L"deleted c"));
-    package.DeleteAllApp();
-    EXPECT_EQ(package.AddApplication(L"d", L"e"), S_OK);
-}
-
 TEST_F(PackageTest, MakesStoreApplicationsOfTwoNames)
 {
     EXPECT_EQ(m_package.AddApplication(L"Mail", L"M"), S_OK);
@@ -129,7 +115,7 @@ TEST_F(PackageTest, DeletesAnApplicationThatFindsNoMemoryInTheList)
     EXPECT_THAT(m_events, ElementsAre(L"deleted a"));
 }
 
-TEST_F(PackageTest, LogsTheAddingOfApplications)
+TEST_F(PackageTest, RefusesApplicationsBeyondTheListsLimitAndLogsTheAdding)
 {
     CQanhPackage package(L"p", L"full", L"name", kVersion, 1);
     const LogCapture log;
@@ -137,6 +123,9 @@ TEST_F(PackageTest, LogsTheAddingOfApplications)
     EXPECT_EQ(package.AddApplication(Probe(L"a")), S_OK);
     EXPECT_EQ(package.AddApplication(Probe(L"b")), E_OUTOFMEMORY);
     EXPECT_EQ(package.AddApplication(L"Mail", L"M"), E_OUTOFMEMORY);
+    EXPECT_THAT(Apps(package), ElementsAre(L"a"));
+    // The package owned what it refused.
+    EXPECT_THAT(m_events, ElementsAre(L"deleted b"));
     package.DeleteAllApp();
     EXPECT_EQ(package.AddApplication(L"Mail", nullptr), S_OK);
     EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::AddApplication", "OUT(0x80004003)"),
