@@ -95,13 +95,12 @@ TEST_F(AppNameListExclude, LogsEveryRecordThatIsAsked)
         </Package><DesktopApps><DesktopApp DisplayName="mail"/><DesktopApp IsInstalled="0"/></DesktopApps></a>)");
     const LogCapture log;
     Ask(list, L"mail");
-    EXPECT_EQ(log.Lines(),
-              Step("CQanhAppNameList::GetExcludeAppNameList(mail)", "OUT(0x00000000)",
-                   {Step("CQanhPackage::AddAppNameToExcludeList(mail)", "OUT",
-                         {Step("CQanhMetroApp::AddToExcludeAppNameList(mail)", "OUT(0x00000000)")}),
-                    Step("CQanhPackage::AddAppNameToExcludeList(mail)", "OUT"),
-                    Step("CQanhDesktopApp::AddToExcludeAppNameList(mail)", "OUT(0x00000000)"),
-                    Step("CQanhDesktopApp::AddToExcludeAppNameList(mail)", "OUT(0x00000001)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::GetExcludeAppNameList(mail)", "(0x00000000)",
+                                Call("CQanhPackage::AddAppNameToExcludeList(mail)", "",
+                                     Call("CQanhMetroApp::AddToExcludeAppNameList(mail)", "(0x00000000)")) +
+                                    Call("CQanhPackage::AddAppNameToExcludeList(mail)") +
+                                    Call("CQanhDesktopApp::AddToExcludeAppNameList(mail)", "(0x00000000)") +
+                                    Call("CQanhDesktopApp::AddToExcludeAppNameList(mail)", "(0x00000001)")));
 }
 
 TEST_F(AppNameListExclude, LogsItsEarlyExits)
@@ -110,8 +109,8 @@ TEST_F(AppNameListExclude, LogsItsEarlyExits)
     ExcludeList excluded;
     EXPECT_EQ(m_list.GetExcludeAppNameList(nullptr, &excluded, nullptr), E_POINTER);
     Ask(m_list, L"");
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::GetExcludeAppNameList((null))", "OUT(0x80004003)"),
-                                Step("CQanhAppNameList::GetExcludeAppNameList()", "OUT(0x80070057)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::GetExcludeAppNameList((null))", "(0x80004003)") +
+                               Call("CQanhAppNameList::GetExcludeAppNameList()", "(0x80070057)"));
 }
 
 // It is the work that grows with the catalogue otherwise.

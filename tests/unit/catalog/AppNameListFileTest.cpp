@@ -25,8 +25,8 @@ TEST_F(AppNameListFile, RefusesNullAndAnEmptyPath)
     const LogCapture log;
     EXPECT_EQ(m_list.Load(nullptr), E_POINTER);
     EXPECT_EQ(m_list.Load(L""), E_INVALIDARG);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::Load((null))", "OUT(0x80004003)"),
-                                Step("CQanhAppNameList::Load()", "OUT(0x80070057)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Load((null))", "(0x80004003)") +
+                               Call("CQanhAppNameList::Load()", "(0x80070057)"));
 }
 
 TEST_F(AppNameListFile, ReturnsTheFailureToOpenTheFile)
@@ -43,7 +43,7 @@ TEST_F(AppNameListFile, ReturnsTheFailureToOpenTheFile)
     EXPECT_EQ(m_list.DesktopShortcuts().size(), 1u);
     const LogCapture log;
     EXPECT_EQ(Load(L"Z:\\q\\q.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(Z:\\q\\q.xml)", "OUT(0x80070003)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Load(Z:\\q\\q.xml)", "(0x80070003)"));
 }
 
 TEST_F(AppNameListFile, OpensTheFileForReadingOnlyAndLetsGoOfIt)
@@ -153,23 +153,23 @@ TEST_F(AppNameListFile, ReadsOnWhenTheListsAreFull)
                    "<r><Package PackageFamilyName='b_1'><MetroApp/><MetroApp/><MetroApp/></Package>"
                    "<Package PackageFamilyName='c_1'/><DesktopApps><DesktopApp LnkFileName='C:\\b.lnk'/>"
                    "<DesktopApp LnkFileName='C:\\c.lnk'/></DesktopApps></r>");
-    const auto metroApp = Step("CQanhMetroApp::FromXmlNode", "OUT(0x00000000)");
-    const auto added = Step("CQanhPackage::AddApplication", "OUT(0x00000000)");
-    const auto noPlaceForApp = Step("CQanhPackage::AddApplication", "OUT(0x8007000E)");
-    const auto packageWithApps = Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)",
-                                      {metroApp, added, metroApp, added, metroApp, noPlaceForApp});
-    const auto package = Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)");
-    const auto placed = Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)");
-    const auto refused = Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)");
-    const auto app = Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)");
+    const auto metroApp = Call("CQanhMetroApp::FromXmlNode", "(0x00000000)");
+    const auto added = Call("CQanhPackage::AddApplication", "(0x00000000)");
+    const auto noPlaceForApp = Call("CQanhPackage::AddApplication", "(0x8007000E)");
+    const auto packageWithApps = Call("CQanhPackage::FromXmlNode", "(0x00000000)",
+                                      metroApp + added + metroApp + added + metroApp + noPlaceForApp);
+    const auto package = Call("CQanhPackage::FromXmlNode", "(0x00000000)");
+    const auto placed = Call("CQanhAppNameList::AddMetroPackage", "(0x00000000)");
+    const auto refused = Call("CQanhAppNameList::AddMetroPackage", "(0x8007000E)");
+    const auto app = Call("CQanhDesktopApp::FromXmlNode", "(0x00000000)");
     const std::string noPlace = "CQanhAppNameList::ReadDesktopApps Error (0x8007000E)";
     const auto apps = [&](const std::vector<std::string>& first) {
-        return Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x00000000)", {app, first, app, noPlace});
+        return Call("CQanhAppNameList::ReadDesktopApps", "(0x00000000)", app + first + app + Lines{noPlace});
     };
     const auto load = [&](const std::vector<std::string>& firstPackage,
                           const std::vector<std::string>& firstApp) {
-        return Step("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "OUT(0x00000001)",
-                    {packageWithApps, firstPackage, package, refused, apps(firstApp)});
+        return Call("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "(0x00000001)",
+                    packageWithApps + firstPackage + package + refused + apps(firstApp));
     };
     // The second time there is room for none.
     for (const auto& lines : {load(placed, {}), load(refused, {noPlace})}) {
@@ -191,9 +191,9 @@ TEST_F(AppNameListFile, ReadsDesktopAppsUpToTheEndOfTheirCollection)
     EXPECT_EQ(m_list.ReadDesktopApps(source.Reader()), S_OK);
     EXPECT_EQ(m_list.DesktopShortcuts().size(), 1u);
     EXPECT_EQ(m_list.ReadDesktopApps(nullptr), E_POINTER);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x00000000)",
-                                     {Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)")}),
-                                Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x80004003)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::ReadDesktopApps", "(0x00000000)",
+                                Call("CQanhDesktopApp::FromXmlNode", "(0x00000000)")) +
+                               Call("CQanhAppNameList::ReadDesktopApps", "(0x80004003)"));
 
     const XmlSource notDeeper("<r><DesktopApps/><Package/></r>", L"DesktopApps");
     EXPECT_EQ(m_list.ReadDesktopApps(notDeeper.Reader()), S_OK);

@@ -69,7 +69,7 @@ TEST_F(AppNameListReload, LogsTheLinesOfALoad)
 {
     const LogCapture log;
     EXPECT_EQ(Reload("<Applications />"), S_FALSE);
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "OUT(0x00000001)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "(0x00000001)"));
 }
 
 } // namespace

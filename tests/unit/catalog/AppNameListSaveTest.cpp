@@ -99,8 +99,8 @@ TEST_F(AppNameListSave, RefusesNullAndAnEmptyPath)
     const LogCapture log;
     EXPECT_EQ(m_list.Save(nullptr), E_POINTER);
     EXPECT_EQ(m_list.Save(L""), E_INVALIDARG);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::Save((null))", "OUT(0x80004003)"),
-                                Step("CQanhAppNameList::Save()", "OUT(0x80070057)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Save((null))", "(0x80004003)") +
+                               Call("CQanhAppNameList::Save()", "(0x80070057)"));
 }
 
 TEST_F(AppNameListSave, ReturnsTheFailureToOpenTheFile)
@@ -113,7 +113,7 @@ TEST_F(AppNameListSave, ReturnsTheFailureToOpenTheFile)
     CloseHandle(file);
     const LogCapture log;
     EXPECT_EQ(m_list.Save(L"Z:\\q\\q.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Save(Z:\\q\\q.xml)", "OUT(0x80070003)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Save(Z:\\q\\q.xml)", "(0x80070003)"));
 }
 
 TEST_F(AppNameListSave, LeavesAReadOnlyFileAlone)
@@ -140,12 +140,12 @@ TEST_F(AppNameListSave, LogsEveryRecord)
     m_list.SetDesktopAppsInstalled({TRUE, FALSE});
     const LogCapture log;
     EXPECT_EQ(Save(), S_OK);
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Save(" + ToUtf8(m_path) + ")", "OUT(0x00000000)",
-                                {Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)",
-                                      {Step("CQanhMetroApp::ToXmlNode", "OUT(0x00000000)")}),
-                                 Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)"),
-                                 Step("CQanhDesktopApp::ToXmlNode", "OUT(0x00000000)"),
-                                 Step("CQanhDesktopApp::ToXmlNode", "OUT(0x00000001)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Save(" + ToUtf8(m_path) + ")", "(0x00000000)",
+                                Call("CQanhPackage::ToXmlNode", "(0x00000000)",
+                                     Call("CQanhMetroApp::ToXmlNode", "(0x00000000)")) +
+                                    Call("CQanhPackage::ToXmlNode", "(0x00000000)") +
+                                    Call("CQanhDesktopApp::ToXmlNode", "(0x00000000)") +
+                                    Call("CQanhDesktopApp::ToXmlNode", "(0x00000001)")));
 }
 
 TEST_F(AppNameListSave, CreatesTheFileForWritingAndLetsGoOfIt)

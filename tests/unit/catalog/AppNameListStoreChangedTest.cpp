@@ -19,7 +19,7 @@ TEST_F(AppNameListStore, TheSameVersionIsLeftAlone)
     Rename();
     const LogCapture log;
     EXPECT_EQ(Add(), S_OK);
-    EXPECT_EQ(log.Lines(), Adding("OUT(0x00000000)", Known()));
+    EXPECT_EQ(log.Lines(), Adding("(0x00000000)", Known()));
     ExpectRecord(VersionOf(1, 2, 3, 4), {L"mail"});
 }
 
@@ -68,9 +68,9 @@ TEST_F(AppNameListStore, WholeLogOfAChangedOne)
     const LogCapture log;
     Add();
     EXPECT_EQ(WithoutSteps(log),
-              Adding("OUT(0x00000001)", Known(),
-                     Log({Step("CQanhManifestReader::IsCanGetAppNameFromManifest", "OUT(0x00000001)"),
-                          Step("CQanhPackage::DeleteAllApp", "OUT"), ReadingMail()})));
+              Adding("(0x00000001)", Known(),
+                     Call("CQanhManifestReader::IsCanGetAppNameFromManifest", "(0x00000001)") +
+                         Call("CQanhPackage::DeleteAllApp") + ReadingMail()));
 }
 
 // Build and revision trade places when the file is read.
@@ -100,7 +100,7 @@ TEST_F(AppNameListStore, AReservedOneIsNeverRefreshed)
                      "NeedReserve=\"1\"><MetroApp DisplayName=\"Reserved\"/></Package></r>");
     const LogCapture log;
     EXPECT_EQ(Add(), S_OK);
-    EXPECT_EQ(log.Lines(), Adding("OUT(0x00000000)", Known()));
+    EXPECT_EQ(log.Lines(), Adding("(0x00000000)", Known()));
     ExpectRecord(VersionOf(0, 0, 1, 0), {L"Reserved"}, L"", L"");
 }
 

@@ -65,8 +65,8 @@ TEST_F(AppNameList, LogsTheAddingOfPackages)
     const LogCapture log;
     EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
     EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), E_OUTOFMEMORY);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)"),
-                                Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::AddMetroPackage", "(0x00000000)") +
+                               Call("CQanhAppNameList::AddMetroPackage", "(0x8007000E)"));
 }
 
 TEST_F(AppNameList, FindsTheFirstPackageOfExactlyThisFamilyName)
@@ -113,11 +113,11 @@ TEST_F(AppNameList, LogsEachPackageThatItAsksForItsFamilyName)
     EXPECT_NE(m_list.GetPackage(L"b_1"), nullptr);
     EXPECT_EQ(m_list.GetPackage(nullptr), nullptr);
     EXPECT_EQ(m_list.GetPackage(L""), nullptr);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::GetPackage(b_1)", "OUT",
-                                     {Step("CQanhPackage::IsThisPackage(b_1)", "OUT(0)"),
-                                      Step("CQanhPackage::IsThisPackage(b_1)", "OUT(1)")}),
-                                Step("CQanhAppNameList::GetPackage((null))", "OUT"),
-                                Step("CQanhAppNameList::GetPackage()", "OUT")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::GetPackage(b_1)", "",
+                                Call("CQanhPackage::IsThisPackage(b_1)", "(0)") +
+                                    Call("CQanhPackage::IsThisPackage(b_1)", "(1)")) +
+                               Call("CQanhAppNameList::GetPackage((null))") +
+                               Call("CQanhAppNameList::GetPackage()"));
 }
 
 TEST_F(AppNameList, AppendsAnInstalledDesktopApp)
@@ -166,18 +166,18 @@ TEST_F(AppNameList, LogsTheLookUpOfADesktopAppThatIsAdded)
     EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
     EXPECT_EQ(list.AddDesktopApp(L"Word", L"c:\\A.lnk"), S_FALSE);
     EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\b.lnk"), E_OUTOFMEMORY);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::AddDesktopApp((null), C:\\a.lnk)", "OUT(0x80004003)"),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, )", "OUT(0x80070057)"),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, C:\\a.lnk)", "OUT(0x00000000)",
-                                     {Step("CQanhAppNameList::IsInDesktopAppList(C:\\a.lnk)", "OUT(0)")}),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, c:\\A.lnk)", "OUT(0x00000001)",
-                                     {Step("CQanhAppNameList::IsInDesktopAppList(c:\\A.lnk)", "OUT(1)",
-                                           {"CQanhDesktopApp::IsSameShortcut IN(c:\\A.lnk)",
-                                            "CQanhDesktopApp::IsSameShortcut OUT(1)"})}),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, C:\\b.lnk)", "OUT(0x8007000E)",
-                                     {Step("CQanhAppNameList::IsInDesktopAppList(C:\\b.lnk)", "OUT(0)",
-                                           {"CQanhDesktopApp::IsSameShortcut IN(C:\\b.lnk)",
-                                            "CQanhDesktopApp::IsSameShortcut OUT(0)"})})}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::AddDesktopApp((null), C:\\a.lnk)", "(0x80004003)") +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, )", "(0x80070057)") +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, C:\\a.lnk)", "(0x00000000)",
+                                    Call("CQanhAppNameList::IsInDesktopAppList(C:\\a.lnk)", "(0)")) +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, c:\\A.lnk)", "(0x00000001)",
+                                    Call("CQanhAppNameList::IsInDesktopAppList(c:\\A.lnk)", "(1)",
+                                         Lines{"CQanhDesktopApp::IsSameShortcut IN(c:\\A.lnk)",
+                                               "CQanhDesktopApp::IsSameShortcut OUT(1)"})) +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, C:\\b.lnk)", "(0x8007000E)",
+                                    Call("CQanhAppNameList::IsInDesktopAppList(C:\\b.lnk)", "(0)",
+                                         Lines{"CQanhDesktopApp::IsSameShortcut IN(C:\\b.lnk)",
+                                               "CQanhDesktopApp::IsSameShortcut OUT(0)"})));
     EXPECT_THAT(Names(list.DesktopShortcuts()), ElementsAre(L"C:\\a.lnk"));
 }
 
@@ -202,11 +202,11 @@ TEST_F(AppNameList, LogsTheLookUpOfAShortcut)
     EXPECT_FALSE(m_list.IsInDesktopAppList(nullptr));
     EXPECT_FALSE(m_list.IsInDesktopAppList(L""));
     EXPECT_TRUE(m_list.IsInDesktopAppList(L"C:\\A.lnk"));
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::IsInDesktopAppList((null))", "OUT(0)"),
-                                Step("CQanhAppNameList::IsInDesktopAppList()", "OUT(0)"),
-                                Step("CQanhAppNameList::IsInDesktopAppList(C:\\A.lnk)", "OUT(1)",
-                                     {"CQanhDesktopApp::IsSameShortcut IN(C:\\A.lnk)",
-                                      "CQanhDesktopApp::IsSameShortcut OUT(1)"})}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::IsInDesktopAppList((null))", "(0)") +
+                               Call("CQanhAppNameList::IsInDesktopAppList()", "(0)") +
+                               Call("CQanhAppNameList::IsInDesktopAppList(C:\\A.lnk)", "(1)",
+                                    Lines{"CQanhDesktopApp::IsSameShortcut IN(C:\\A.lnk)",
+                                          "CQanhDesktopApp::IsSameShortcut OUT(1)"}));
 }
 
 TEST_F(AppNameList, ClearingDeletesPackagesWithTheirAppsFrontToBack)
@@ -252,7 +252,7 @@ TEST_F(AppNameList, CanBeFilledAgainAfterClearing)
     AddDesktopApps({L"Word"});
     const LogCapture log;
     m_list.Clear();
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Clear", "OUT"));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Clear"));
     ExpectRecords({}, {});
     EXPECT_EQ(m_list.GetPackage(L"a_1"), nullptr);
     m_list.Clear();

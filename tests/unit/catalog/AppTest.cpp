@@ -159,8 +159,8 @@ TEST(IsSubStrNoOrder, LogsItsArgumentsAndItsAnswer)
     const LogCapture log;
     Contains(L"mail", L"mail and calendar");
     Contains(L"word", L"Word");
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhApp::IsSubStrNoOrder(mail, mail and calendar)", "OUT(1)"),
-                                Step("CQanhApp::IsSubStrNoOrder(word, Word)", "OUT(0)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhApp::IsSubStrNoOrder(mail, mail and calendar)", "(1)") +
+                               Call("CQanhApp::IsSubStrNoOrder(word, Word)", "(0)"));
 }
 
 TEST(App, IsDeletedThroughItsBase)

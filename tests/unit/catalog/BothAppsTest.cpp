@@ -45,9 +45,9 @@ template <typename App> class BothApps : public Test
 {
 protected:
     // An operation of the class.
-    static std::vector<std::string> Step(const char* entry, const char* exit)
+    static Lines Call(const char* entry, const char* result)
     {
-        return test::Step(Kind<App>::kClass + std::string(entry), exit);
+        return test::Call(Kind<App>::kClass + std::string(entry), result);
     }
 };
 
@@ -74,11 +74,11 @@ TYPED_TEST(BothApps, ClearFoundBeforeTheyMakeTheWantedNameReadyAndLogEveryEarlyE
         const NoLowering noLowering;
         EXPECT_EQ(Ask(app, L"mail"), (SearchAnswer{E_FAIL, 0, {}}));
     }
-    EXPECT_EQ(log.Lines(), Log({this->Step("AddToExcludeAppNameList((null))", "OUT(0x80004003)"),
-                                this->Step("AddToExcludeAppNameList()", "OUT(0x80070057)"),
-                                this->Step("AddToExcludeAppNameList(mail)", "OUT(0x00000000)"),
-                                this->Step("AddToExcludeAppNameList(mail)", "OUT(0x8007000E)"),
-                                this->Step("AddToExcludeAppNameList(mail)", "OUT(0x80004005)")}));
+    EXPECT_EQ(log.Lines(), this->Call("AddToExcludeAppNameList((null))", "(0x80004003)") +
+                               this->Call("AddToExcludeAppNameList()", "(0x80070057)") +
+                               this->Call("AddToExcludeAppNameList(mail)", "(0x00000000)") +
+                               this->Call("AddToExcludeAppNameList(mail)", "(0x8007000E)") +
+                               this->Call("AddToExcludeAppNameList(mail)", "(0x80004005)"));
 }
 
 TYPED_TEST(BothApps, StopWritingAtTheFirstFailure)
@@ -99,8 +99,7 @@ TYPED_TEST(BothApps, AreNotWrittenToNothing)
     WriterProbe writer;
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(nullptr), E_POINTER);
     EXPECT_EQ(Kind<TypeParam>::WithEverything().ToXmlNode(&writer), S_OK);
-    EXPECT_EQ(log.Lines(),
-              Log({this->Step("ToXmlNode", "OUT(0x80004003)"), this->Step("ToXmlNode", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), this->Call("ToXmlNode", "(0x80004003)") + this->Call("ToXmlNode", "(0x00000000)"));
 }
 
 TYPED_TEST(BothApps, AreNotReadFromOrIntoNothing)
@@ -113,9 +112,9 @@ TYPED_TEST(BothApps, AreNotReadFromOrIntoNothing)
     EXPECT_EQ(app, nullptr);
     EXPECT_EQ(TypeParam::FromXmlNode(source.Reader(), &app), S_OK);
     EXPECT_NE(app, nullptr);
-    EXPECT_EQ(log.Lines(),
-              Log({this->Step("FromXmlNode", "OUT(0x80004003)"), this->Step("FromXmlNode", "OUT(0x80004003)"),
-                   this->Step("FromXmlNode", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), this->Call("FromXmlNode", "(0x80004003)") +
+                               this->Call("FromXmlNode", "(0x80004003)") +
+                               this->Call("FromXmlNode", "(0x00000000)"));
 }
 
 // Whether the record has attributes or not, what is read next is what follows its element.

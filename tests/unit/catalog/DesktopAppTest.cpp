@@ -111,14 +111,14 @@ TEST(DesktopAppExclude, LogsEveryComparison)
     Ask(CQanhDesktopApp(L"word viewer", L"C:\\a.lnk", L"", L"reading"), L"Word");
     Ask(CQanhDesktopApp(L"Word", L"C:\\a.lnk", nullptr, nullptr, false, false), L"Word");
     Ask(CQanhDesktopApp(L"", L"C:\\a.lnk"), L"Word");
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)",
-                                     {Step("CQanhApp::IsSubStrNoOrder(word, word viewer)", "OUT(1)"),
-                                      Step("CQanhApp::IsSubStrNoOrder(word viewer, word)", "OUT(0)"),
-                                      Step("CQanhApp::IsSubStrNoOrder(word, reading)", "OUT(0)")}),
-                                // It is not installed.
-                                Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000001)"),
-                                // It has no name.
-                                Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "(0x00000000)",
+                                Call("CQanhApp::IsSubStrNoOrder(word, word viewer)", "(1)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(word viewer, word)", "(0)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(word, reading)", "(0)")) +
+                               // It is not installed.
+                               Call("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "(0x00000001)") +
+                               // It has no name.
+                               Call("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "(0x00000000)"));
 }
 
 TEST(DesktopAppIsSameShortcut, ComparesWholePathsIgnoringCaseUnlessTheyAreEmpty)

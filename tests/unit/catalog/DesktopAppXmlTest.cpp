@@ -44,7 +44,7 @@ TEST(DesktopAppToXmlNode, WritesNothingWhenNeitherInstalledNorReserved)
     const LogCapture log;
     EXPECT_EQ(CQanhDesktopApp(L"a", L"b", L"c", L"d", false, false, true).ToXmlNode(&writer), S_FALSE);
     EXPECT_TRUE(writer.calls.empty());
-    EXPECT_EQ(log.Lines(), Step("CQanhDesktopApp::ToXmlNode", "OUT(0x00000001)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhDesktopApp::ToXmlNode", "(0x00000001)"));
 }
 
 TEST(DesktopAppToXmlNode, WritesWithoutNamespaces)

@@ -113,10 +113,10 @@ TEST(PackageToXmlNode, LogsItsResult)
     EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
     package.IsInstalled = FALSE;
     EXPECT_EQ(package.ToXmlNode(&writer), S_OK);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhPackage::ToXmlNode", "OUT(0x80004003)"),
-                                Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)",
-                                     {Step("CQanhMetroApp::ToXmlNode", "OUT(0x00000000)")}),
-                                Step("CQanhPackage::ToXmlNode", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhPackage::ToXmlNode", "(0x80004003)") +
+                               Call("CQanhPackage::ToXmlNode", "(0x00000000)",
+                                    Call("CQanhMetroApp::ToXmlNode", "(0x00000000)")) +
+                               Call("CQanhPackage::ToXmlNode", "(0x00000000)"));
 }
 
 struct PackageRead
@@ -303,10 +303,10 @@ TEST(PackageFromXmlNode, ReadsOnWhenTheListOfApplicationsIsFull)
         Read("<r><Package><MetroApp DisplayName='a'/><MetroApp DisplayName='b'/></Package></r>", 1);
     EXPECT_EQ(read.result, S_OK);
     EXPECT_EQ(read.package->Apps().Size(), 1u);
-    const auto app = Step("CQanhMetroApp::FromXmlNode", "OUT(0x00000000)");
-    EXPECT_EQ(log.Lines(), Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)",
-                                {app, Step("CQanhPackage::AddApplication", "OUT(0x00000000)"), app,
-                                 Step("CQanhPackage::AddApplication", "OUT(0x8007000E)")}));
+    const auto app = Call("CQanhMetroApp::FromXmlNode", "(0x00000000)");
+    EXPECT_EQ(log.Lines(), Call("CQanhPackage::FromXmlNode", "(0x00000000)",
+                                app + Call("CQanhPackage::AddApplication", "(0x00000000)") + app +
+                                    Call("CQanhPackage::AddApplication", "(0x8007000E)")));
 }
 
 TEST(PackageFromXmlNode, RefusesNull)
@@ -318,8 +318,8 @@ TEST(PackageFromXmlNode, RefusesNull)
     EXPECT_EQ(CQanhPackage::FromXmlNode(source.Reader(), nullptr), E_POINTER);
     EXPECT_EQ(package, nullptr);
     EXPECT_EQ(CQanhPackage::FromXmlNode(source.Reader(), &package), S_FALSE);
-    const auto refused = Step("CQanhPackage::FromXmlNode", "OUT(0x80004003)");
-    EXPECT_EQ(log.Lines(), Log({refused, refused, Step("CQanhPackage::FromXmlNode", "OUT(0x00000001)")}));
+    const auto refused = Call("CQanhPackage::FromXmlNode", "(0x80004003)");
+    EXPECT_EQ(log.Lines(), refused + refused + Call("CQanhPackage::FromXmlNode", "(0x00000001)"));
 }
 
 TEST(PackageFromXmlNode, SurvivesThatMemoryRunsOut)

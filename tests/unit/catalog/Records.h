@@ -6,7 +6,6 @@
 #include "catalog/ExcludeList.h"
 #include "catalog/Package.h"
 #include "support/Allocations.h"
-#include "support/LogSteps.h"
 #include "support/Test.h"
 #include "support/XmlText.h"
 

@@ -131,28 +131,28 @@ TEST_F(DisplayName, WholeLogs)
 {
     LogCapture log;
     Get(Manifest(Named("Weather")));
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppDisplayName", "OUT(0x00000000)",
-                                {Found("Applications"), Found("Application"), Found("VisualElements"),
-                                 Value("DisplayName"), NotFound("Application")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppDisplayName", "(0x00000000)",
+                                Found("Applications") + Found("Application") + Found("VisualElements") +
+                                    Value("DisplayName") + NotFound("Application")));
     log.Clear();
     Get(Manifest(Named("A") + Named("B")));
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppDisplayName", "OUT(0xA0000002)",
-                                {Found("Applications"), Found("Application"), Found("VisualElements"),
-                                 Value("DisplayName"), Found("Application")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppDisplayName", "(0xA0000002)",
+                                Found("Applications") + Found("Application") + Found("VisualElements") +
+                                    Value("DisplayName") + Found("Application")));
     log.Clear();
     // The application is looked for all the same, and nothing behind it.
     Get("<Package/>");
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppDisplayName", "OUT(0x80004005)",
-                                {NotFound("Applications"), NotFound("Application")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppDisplayName", "(0x80004005)",
+                                NotFound("Applications") + NotFound("Application")));
     log.Clear();
     m_resources.texts[L"@{F?ms-resource://N/resources/appname}"] = L"My App";
     Get(Manifest(Named("ms-resource:AppName")));
     // The reference is lowered, and the buffer empty, when the resolution begins.
-    EXPECT_EQ(log.Lines(),
-              Step("CQanhManifestReader::GetAppDisplayName", "OUT(0x00000000)",
-                   {Found("Applications"), Found("Application"), Found("VisualElements"),
-                    Value("DisplayName"), NotFound("Application"),
-                    Converted("ms-resource:appname", {"@{F?ms-resource://N/resources/appname}"}, "My App")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppDisplayName", "(0x00000000)",
+                                Found("Applications") + Found("Application") + Found("VisualElements") +
+                                    Value("DisplayName") + NotFound("Application") +
+                                    Converted("ms-resource:appname",
+                                              {"@{F?ms-resource://N/resources/appname}"}, "My App")));
 }
 
 TEST_F(DisplayName, NullArgumentsLeaveWithoutALine)

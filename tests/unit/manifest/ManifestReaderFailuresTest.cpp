@@ -54,10 +54,9 @@ TEST_F(ManifestReaderFailures, AListOfApplicationsThatIsFullDoesNotEndTheWalk)
     EXPECT_EQ(NamesOf(package), (NameList{{L"a", L"a-tile"}}));
     const auto lines = log.Lines();
     ASSERT_GT(lines.size(), 4u);
-    EXPECT_EQ(
-        std::vector<std::string>(lines.end() - 5, lines.end()),
-        Log({Step("CQanhPackage::AddApplication(b, b-tile)", "OUT(0x8007000E)"), NotFound("Application"),
-             "CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)"}));
+    EXPECT_EQ(Lines(lines.end() - 5, lines.end()),
+              Call("CQanhPackage::AddApplication(b, b-tile)", "(0x8007000E)") + NotFound("Application") +
+                  Lines{"CQanhManifestReader::GetAppNameUsingXmlParser OUT(0x00000001)"});
 }
 
 TEST_F(ManifestReaderFailures, RunningOutOfMemoryIsAFailureOrCostsAnApplication)

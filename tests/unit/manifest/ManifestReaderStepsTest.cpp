@@ -104,9 +104,9 @@ TEST_F(ManifestSteps, LogOfMoves)
     EXPECT_EQ(MoveTo(L"b"), S_OK);
     EXPECT_EQ(MoveTo(L"b"), static_cast<HRESULT>(0xC00CEE3B));
     EXPECT_EQ(CQanhManifestReader::MoveToElementByName(nullptr, L"a"), E_POINTER);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0x00000000)"),
-                                Step("CQanhManifestReader::MoveToElementByName(b)", "OUT(0xC00CEE3B)"),
-                                Step("CQanhManifestReader::MoveToElementByName(a)", "OUT(0x80004003)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::MoveToElementByName(b)", "(0x00000000)") +
+                               Call("CQanhManifestReader::MoveToElementByName(b)", "(0xC00CEE3B)") +
+                               Call("CQanhManifestReader::MoveToElementByName(a)", "(0x80004003)"));
 }
 
 TEST_F(ManifestSteps, AttributeIsTakenOfTheElementAtHand)
@@ -153,7 +153,7 @@ TEST_F(ManifestSteps, AttributeWithoutAReader)
     const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::GetAttributeValueByName(nullptr, L"first", m_value), E_POINTER);
     EXPECT_EQ(m_value, L"before");
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAttributeValueByName(first)", "OUT(0x80004003)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAttributeValueByName(first)", "(0x80004003)"));
 }
 
 } // namespace

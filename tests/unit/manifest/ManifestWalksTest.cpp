@@ -35,7 +35,7 @@ protected:
     {
         const LogCapture log;
         EXPECT_EQ(Walk(), Result(logged));
-        EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::" + GetParam(), "OUT(" + logged + ")"));
+        EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::" + GetParam(), "(" + logged + ")"));
         ExpectNothing();
     }
     void ExpectNothing() const
@@ -164,9 +164,9 @@ TEST_P(ManifestWholeWalk, ChecksItsArguments)
     EXPECT_EQ(Walk(L"", &m_package), E_INVALIDARG);
     EXPECT_NE(m_can, 1);
     ExpectAdded({});
-    const auto refused = Step("CQanhManifestReader::" + GetParam(), "OUT(0x80004003)");
-    EXPECT_EQ(log.Lines(), Log({refused, refused, refused,
-                                Step("CQanhManifestReader::" + GetParam(), "OUT(0x80070057)")}));
+    const auto refused = Call("CQanhManifestReader::" + GetParam(), "(0x80004003)");
+    EXPECT_EQ(log.Lines(),
+              refused + refused + refused + Call("CQanhManifestReader::" + GetParam(), "(0x80070057)"));
 }
 
 TEST_P(ManifestWholeWalk, EndsWithTheReadersFailureAtAnyNode)
