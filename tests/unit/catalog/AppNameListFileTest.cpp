@@ -146,8 +146,7 @@ TEST_F(AppNameListFile, ReadsOnWhenTheListsAreFull)
 {
     // Which hold a record each already.
     CQanhAppNameList list(2);
-    EXPECT_EQ(list.AddMetroPackage(std::make_unique<CQanhPackage>(L"a_1", RecordVersion(), FALSE, TRUE)),
-              S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
     EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
     WriteFileBytes(m_path,
                    "<r><Package PackageFamilyName='b_1'><MetroApp/><MetroApp/><MetroApp/></Package>"
@@ -162,17 +161,16 @@ TEST_F(AppNameListFile, ReadsOnWhenTheListsAreFull)
     const auto placed = Call("CQanhAppNameList::AddMetroPackage", "(0x00000000)");
     const auto refused = Call("CQanhAppNameList::AddMetroPackage", "(0x8007000E)");
     const auto app = Call("CQanhDesktopApp::FromXmlNode", "(0x00000000)");
-    const std::string noPlace = "CQanhAppNameList::ReadDesktopApps Error (0x8007000E)";
-    const auto apps = [&](const std::vector<std::string>& first) {
-        return Call("CQanhAppNameList::ReadDesktopApps", "(0x00000000)", app + first + app + Lines{noPlace});
+    const Lines noPlace = {"CQanhAppNameList::ReadDesktopApps Error (0x8007000E)"};
+    const auto apps = [&](const Lines& first) {
+        return Call("CQanhAppNameList::ReadDesktopApps", "(0x00000000)", app + first + app + noPlace);
     };
-    const auto load = [&](const std::vector<std::string>& firstPackage,
-                          const std::vector<std::string>& firstApp) {
+    const auto load = [&](const Lines& firstPackage, const Lines& firstApp) {
         return Call("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "(0x00000001)",
                     packageWithApps + firstPackage + package + refused + apps(firstApp));
     };
     // The second time there is room for none.
-    for (const auto& lines : {load(placed, {}), load(refused, {noPlace})}) {
+    for (const auto& lines : {load(placed, {}), load(refused, noPlace)}) {
         const LogCapture log;
         EXPECT_EQ(list.Load(m_path.c_str()), S_FALSE);
         EXPECT_EQ(log.Lines(), lines);
