@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -103,13 +105,14 @@ private:
 
 // Calls attempt(index) with 0, 1, 2, ... until it returns false. An attempt runs an operation whose
 // allocation of that index fails, and returns whether the operation came that far. Returns how many attempts
-// saw a failure.
+// saw a failure, of which there must be an end.
 template <typename Attempt> std::size_t ForEachFailingAllocation(Attempt attempt)
 {
     std::size_t index = 0;
     while (index < 1000 && attempt(index)) {
         ++index;
     }
+    EXPECT_LT(index, 1000u) << "the allocations have no end";
     return index;
 }
 

@@ -43,7 +43,6 @@ public:
     std::map<std::wstring, std::wstring> texts; // by source
     std::vector<Request> requests;
     HRESULT success = S_OK;
-    HRESULT failure = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
     std::optional<std::wstring> leftOver; // what a failure leaves in the buffer
     std::function<void()> onLoad;
     // Notes nothing: for tests in which every allocation of the thread counts.
@@ -70,7 +69,7 @@ private:
         if (self.leftOver) {
             lstrcpynW(buffer, self.leftOver->c_str(), static_cast<int>(size));
         }
-        return self.failure;
+        return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
     }
 
     friend Current<FakeResources>;

@@ -5,18 +5,21 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <functional>
 #include <utility>
 
 namespace test {
 
-// Sees which threads of this program have to wait for a reader/writer lock, until the end of the scope: each
-// one that finds its lock taken says so right before it waits for it. One at a time.
+// Sees which threads of this program have to wait for the reader/writer lock in an object, until the end of
+// the scope: each one that finds the lock taken says so right before it waits for it. One at a time.
 class LockWatch : private Current<LockWatch>
 {
 public:
-    LockWatch()
-        : m_blocked(CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr)),
+    template <typename Owner>
+    explicit LockWatch(const Owner& owner)
+        : m_begin(reinterpret_cast<std::uintptr_t>(&owner)), m_end(m_begin + sizeof owner),
+          m_blocked(CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr)),
           m_shared("AcquireSRWLockShared",
                    [](SRWLOCK* lock) { Acquire(lock, TryAcquireSRWLockShared, s_current->m_shared); }),
           m_exclusive("AcquireSRWLockExclusive", [](SRWLOCK* lock) {
@@ -26,14 +29,14 @@ public:
     }
     ~LockWatch() { CloseHandle(m_blocked); }
 
-    // Waits until a thread has found a lock taken; a thread that waits is told of once. False when none has
+    // Waits until a thread has found the lock taken; a thread that waits is told of once. False when none has
     // for long, which only a failing test waits for.
     [[nodiscard]] bool WaitForBlocked() const
     {
         return WaitForSingleObject(m_blocked, 30000) == WAIT_OBJECT_0;
     }
 
-    // Whether a thread has found a lock taken that was not told of.
+    // Whether a thread has found the lock taken that was not told of.
     [[nodiscard]] bool HasBlocked() const { return WaitForSingleObject(m_blocked, 0) == WAIT_OBJECT_0; }
 
 private:
@@ -43,12 +46,17 @@ private:
                         const ImportPatch<Function>& patch)
     {
         if (!tryToAcquire(lock)) {
-            ReleaseSemaphore(s_current->m_blocked, 1, nullptr);
+            const auto address = reinterpret_cast<std::uintptr_t>(lock);
+            if (s_current->m_begin <= address && address < s_current->m_end) {
+                ReleaseSemaphore(s_current->m_blocked, 1, nullptr);
+            }
             patch.Original()(lock);
         }
     }
 
     friend Current<LockWatch>;
+    std::uintptr_t m_begin; // of the object
+    std::uintptr_t m_end;
     HANDLE m_blocked;
     ImportPatch<Function> m_shared;
     ImportPatch<Function> m_exclusive;

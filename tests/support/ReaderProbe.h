@@ -19,7 +19,8 @@ public:
     ReaderProbe(const ReaderProbe&) = delete;
     ReaderProbe& operator=(const ReaderProbe&) = delete;
 
-    // The call of this index (0 is the first) of the method is not handed on.
+    // The result of this call of the method (0 is the first), which is not handed on; only the name of a node
+    // is asked for all the same, to see that nobody uses it then.
     void Answer(const char* method, int index, HRESULT result) { m_answers[{method, index}] = result; }
     // This call raises an exception.
     void Raise(const char* method, int index) { m_raises.insert({method, index}); }
@@ -61,7 +62,8 @@ public:
     HRESULT STDMETHODCALLTYPE MoveToElement() override { return m_pReader->MoveToElement(); }
     HRESULT STDMETHODCALLTYPE GetLocalName(LPCWSTR* name, UINT* length) override
     {
-        return Call("GetLocalName", [&] { return m_pReader->GetLocalName(name, length); });
+        const HRESULT hr = m_pReader->GetLocalName(name, length);
+        return Call("GetLocalName", [hr] { return hr; });
     }
     HRESULT STDMETHODCALLTYPE GetValue(LPCWSTR* value, UINT* length) override
     {

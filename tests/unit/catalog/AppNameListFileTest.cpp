@@ -25,8 +25,8 @@ TEST_F(AppNameListFile, RefusesNullAndAnEmptyPath)
     const LogCapture log;
     EXPECT_EQ(m_list.Load(nullptr), E_POINTER);
     EXPECT_EQ(m_list.Load(L""), E_INVALIDARG);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::Load((null))", "OUT(0x80004003)"),
-                                Step("CQanhAppNameList::Load()", "OUT(0x80070057)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Load((null))", "(0x80004003)") +
+                               Call("CQanhAppNameList::Load()", "(0x80070057)"));
 }
 
 TEST_F(AppNameListFile, ReturnsTheFailureToOpenTheFile)
@@ -43,7 +43,7 @@ TEST_F(AppNameListFile, ReturnsTheFailureToOpenTheFile)
     EXPECT_EQ(m_list.DesktopShortcuts().size(), 1u);
     const LogCapture log;
     EXPECT_EQ(Load(L"Z:\\q\\q.xml"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(Z:\\q\\q.xml)", "OUT(0x80070003)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Load(Z:\\q\\q.xml)", "(0x80070003)"));
 }
 
 TEST_F(AppNameListFile, OpensTheFileForReadingOnlyAndLetsGoOfIt)
@@ -110,14 +110,6 @@ TEST_F(AppNameListFile, EndsWithTheReadersFailureAndKeepsWhatItRead)
     }
 }
 
-TEST_F(AppNameListFile, IsOutOfMemoryWhenTheReadingRaisesAnything)
-{
-    BrokenReader reader;
-    reader.prepares = [](ReaderProbe& probe) { probe.Raise("Read", 1); };
-    EXPECT_EQ(LoadText(m_list, "<r><Package/></r>"), E_OUTOFMEMORY);
-    EXPECT_EQ(reader.Reader().references, 0u);
-}
-
 TEST_F(AppNameListFile, KeepsWhatWasReadBeforeTheReadingRaisedAnything)
 {
     WriteFileBytes(m_path, "<r><Package PackageFamilyName='new_1'/><x/><Package/></r>");
@@ -127,6 +119,7 @@ TEST_F(AppNameListFile, KeepsWhatWasReadBeforeTheReadingRaisedAnything)
         BrokenReader reader;
         reader.prepares = [](ReaderProbe& probe) { probe.Raise("Read", 3); };
         EXPECT_EQ((list.*load)(m_path.c_str()), E_OUTOFMEMORY);
+        EXPECT_EQ(reader.Reader().references, 0u);
         EXPECT_THAT(Names(list.PackageFamilyNames()), ElementsAre(L"new_1"));
         // A reload puts what it has read in the place of the rest.
         EXPECT_EQ(list.DesktopShortcuts().size(), load == &CQanhAppNameList::Reload ? 0u : 1u);
@@ -151,59 +144,39 @@ TEST_F(AppNameListFile, EndsWhenTheReaderKnowsNoNodeType)
 
 TEST_F(AppNameListFile, ReadsOnWhenTheListsAreFull)
 {
-    CQanhAppNameList list(1);
-    WriteFileBytes(m_path,
-                   "<r><Package PackageFamilyName='a_1'><MetroApp DisplayName='a'/><MetroApp/></Package>"
-                   "<Package PackageFamilyName='b_1'/><DesktopApps><DesktopApp LnkFileName='a'/>"
-                   "<DesktopApp LnkFileName='b'/><DesktopApp LnkFileName='c'/></DesktopApps></r>");
-    const LogCapture log;
-    EXPECT_EQ(list.Load(m_path.c_str()), S_FALSE);
-    const auto metroApp = Step("CQanhMetroApp::FromXmlNode", "OUT(0x00000000)");
-    const auto desktopApp = Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)");
-    const std::string noPlace = "CQanhAppNameList::ReadDesktopApps Error (0x8007000E)";
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "OUT(0x00000001)",
-                                {Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)",
-                                      {metroApp, Step("CQanhPackage::AddApplication", "OUT(0x00000000)"),
-                                       metroApp, Step("CQanhPackage::AddApplication", "OUT(0x8007000E)")}),
-                                 Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)"),
-                                 Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)"),
-                                 Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)"),
-                                 Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x00000000)",
-                                      {desktopApp, desktopApp, noPlace, desktopApp, noPlace})}));
-    EXPECT_EQ(list.PackageFamilyNames().size(), 1u);
-    EXPECT_EQ(list.DesktopShortcuts().size(), 1u);
-    EXPECT_EQ(list.GetPackage(L"a_1")->Apps().Size(), 1u);
-}
-
-TEST_F(AppNameListFile, ReadsUpToTheLimitOfListsThatHoldRecordsAlready)
-{
+    // Which hold a record each already.
     CQanhAppNameList list(2);
-    EXPECT_EQ(list.AddMetroPackage(std::make_unique<CQanhPackage>(L"a_1", RecordVersion(), FALSE, TRUE)),
-              S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
     EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-    WriteFileBytes(m_path, "<r><Package PackageFamilyName='b_1'/><Package PackageFamilyName='c_1'/>"
-                           "<DesktopApps><DesktopApp LnkFileName='C:\\b.lnk'/>"
-                           "<DesktopApp LnkFileName='C:\\c.lnk'/></DesktopApps></r>");
-    const auto package = Step("CQanhPackage::FromXmlNode", "OUT(0x00000000)");
-    const auto placed = Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)");
-    const auto refused = Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)");
-    const auto app = Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)");
-    const std::string noPlace = "CQanhAppNameList::ReadDesktopApps Error (0x8007000E)";
-    const auto apps = [&](const std::vector<std::string>& first) {
-        return Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x00000000)", {app, first, app, noPlace});
+    WriteFileBytes(m_path,
+                   "<r><Package PackageFamilyName='b_1'><MetroApp/><MetroApp/><MetroApp/></Package>"
+                   "<Package PackageFamilyName='c_1'/><DesktopApps><DesktopApp LnkFileName='C:\\b.lnk'/>"
+                   "<DesktopApp LnkFileName='C:\\c.lnk'/></DesktopApps></r>");
+    const auto metroApp = Call("CQanhMetroApp::FromXmlNode", "(0x00000000)");
+    const auto added = Call("CQanhPackage::AddApplication", "(0x00000000)");
+    const auto noPlaceForApp = Call("CQanhPackage::AddApplication", "(0x8007000E)");
+    const auto packageWithApps = Call("CQanhPackage::FromXmlNode", "(0x00000000)",
+                                      metroApp + added + metroApp + added + metroApp + noPlaceForApp);
+    const auto package = Call("CQanhPackage::FromXmlNode", "(0x00000000)");
+    const auto placed = Call("CQanhAppNameList::AddMetroPackage", "(0x00000000)");
+    const auto refused = Call("CQanhAppNameList::AddMetroPackage", "(0x8007000E)");
+    const auto app = Call("CQanhDesktopApp::FromXmlNode", "(0x00000000)");
+    const Lines noPlace = {"CQanhAppNameList::ReadDesktopApps Error (0x8007000E)"};
+    const auto apps = [&](const Lines& first) {
+        return Call("CQanhAppNameList::ReadDesktopApps", "(0x00000000)", app + first + app + noPlace);
     };
-    const auto load = [&](const std::vector<std::string>& firstPackage,
-                          const std::vector<std::string>& firstApp) {
-        return Step("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "OUT(0x00000001)",
-                    {package, firstPackage, package, refused, apps(firstApp)});
+    const auto load = [&](const Lines& firstPackage, const Lines& firstApp) {
+        return Call("CQanhAppNameList::Load(" + ToUtf8(m_path) + ")", "(0x00000001)",
+                    packageWithApps + firstPackage + package + refused + apps(firstApp));
     };
     // The second time there is room for none.
-    for (const auto& lines : {load(placed, {}), load(refused, {noPlace})}) {
+    for (const auto& lines : {load(placed, {}), load(refused, noPlace)}) {
         const LogCapture log;
         EXPECT_EQ(list.Load(m_path.c_str()), S_FALSE);
         EXPECT_EQ(log.Lines(), lines);
         EXPECT_THAT(Names(list.PackageFamilyNames()), ElementsAre(L"a_1", L"b_1"));
         EXPECT_THAT(Names(list.DesktopShortcuts()), ElementsAre(L"C:\\a.lnk", L"C:\\b.lnk"));
+        EXPECT_EQ(list.GetPackage(L"b_1")->Apps().Size(), 2u);
     }
 }
 
@@ -216,9 +189,9 @@ TEST_F(AppNameListFile, ReadsDesktopAppsUpToTheEndOfTheirCollection)
     EXPECT_EQ(m_list.ReadDesktopApps(source.Reader()), S_OK);
     EXPECT_EQ(m_list.DesktopShortcuts().size(), 1u);
     EXPECT_EQ(m_list.ReadDesktopApps(nullptr), E_POINTER);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x00000000)",
-                                     {Step("CQanhDesktopApp::FromXmlNode", "OUT(0x00000000)")}),
-                                Step("CQanhAppNameList::ReadDesktopApps", "OUT(0x80004003)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::ReadDesktopApps", "(0x00000000)",
+                                Call("CQanhDesktopApp::FromXmlNode", "(0x00000000)")) +
+                               Call("CQanhAppNameList::ReadDesktopApps", "(0x80004003)"));
 
     const XmlSource notDeeper("<r><DesktopApps/><Package/></r>", L"DesktopApps");
     EXPECT_EQ(m_list.ReadDesktopApps(notDeeper.Reader()), S_OK);

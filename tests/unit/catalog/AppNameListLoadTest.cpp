@@ -154,12 +154,6 @@ TEST(AppNameListLoad, GivesAppsToTheRecordThatTheyStandIn)
                  R"(<DesktopApp DisplayName="d" />)");
 }
 
-TEST(AppNameListLoad, ReadsRecordsWithoutAttributes)
-{
-    ExpectLoaded("<r><Package><MetroApp/></Package><DesktopApps><DesktopApp/></DesktopApps></r>",
-                 R"(<Package PackageFamilyName="" Version="0.0.0.0"><MetroApp /></Package><DesktopApp />)");
-}
-
 TEST(AppNameListLoad, ReadsEveryEncodingThatTheReaderKnows)
 {
     const std::string name = "\xE3\x83\xA1\xE3\x83\xBC\xE3\x83\xAB \xF0\x9F\x98\x80";

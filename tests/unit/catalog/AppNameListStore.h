@@ -16,26 +16,25 @@ using namespace test;
 inline constexpr wchar_t kFamily[] = L"Contoso.Mail_8wekyb3d8bbwe";
 
 // What the adding of a package logs: how it is looked up, and what follows.
-inline std::vector<std::string> Adding(const std::string& exit, const std::vector<std::string>& lookUp,
-                                       const std::vector<std::string>& rest = {})
+inline Lines Adding(const std::string& result, const Lines& lookUp, const Lines& rest = {})
 {
-    return Step("CQanhAppNameList::AddMetroPackage", exit,
-                {Step("CQanhAppNameList::GetPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT", {lookUp}), rest});
+    return Call("CQanhAppNameList::AddMetroPackage", result,
+                Call("CQanhAppNameList::GetPackage(Contoso.Mail_8wekyb3d8bbwe)", "", lookUp) + rest);
 }
 
 // In a catalogue that holds this package only.
-inline std::vector<std::string> Known()
+inline Lines Known()
 {
-    return Step("CQanhPackage::IsThisPackage(Contoso.Mail_8wekyb3d8bbwe)", "OUT(1)");
+    return Call("CQanhPackage::IsThisPackage(Contoso.Mail_8wekyb3d8bbwe)", "(1)");
 }
 
 // What the reading of the one application "Mail" logs, without the reader's steps.
-inline std::vector<std::string> ReadingMail()
+inline Lines ReadingMail()
 {
-    return Step("CQanhManifestReader::AddAppsToPackage", "OUT(0x00000001)",
-                {Step("CQanhManifestReader::LoadSetting", "OUT"),
-                 Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
-                      {Step("CQanhPackage::AddApplication(mail, s mail)", "OUT(0x00000000)")})});
+    return Call("CQanhManifestReader::AddAppsToPackage", "(0x00000001)",
+                Call("CQanhManifestReader::LoadSetting") +
+                    Call("CQanhManifestReader::GetAppNameUsingXmlParser", "(0x00000001)",
+                         Call("CQanhPackage::AddApplication(mail, s mail)", "(0x00000000)")));
 }
 
 // A package of the system with a real manifest, and a catalogue.
@@ -109,27 +108,21 @@ protected:
 
     static RecordVersion VersionOf(UINT16 major, UINT16 minor, UINT16 build, UINT16 revision)
     {
-        RecordVersion version;
-        version.Major = major;
-        version.Minor = minor;
-        version.Build = build;
-        version.Revision = revision;
-        return version;
+        return {major, minor, revision, build};
     }
 
     // What a search for "app" must exclude.
     std::vector<std::wstring> Excluded() const
     {
-        ExcludeList names;
-        BOOL found = FALSE;
-        EXPECT_EQ(m_list.GetExcludeAppNameList(L"app", &names, &found), S_OK);
-        return Names(names);
+        const SearchAnswer answer = Ask(m_list, L"app");
+        EXPECT_EQ(answer.result, S_OK);
+        return answer.excluded;
     }
 
     // The log without the reader's steps.
-    static std::vector<std::string> WithoutSteps(const LogCapture& log)
+    static Lines WithoutSteps(const LogCapture& log)
     {
-        std::vector<std::string> lines;
+        Lines lines;
         for (const std::string& line : log.Lines()) {
             if (line.find("MoveToElementByName") == std::string::npos &&
                 line.find("GetAttributeValueByName") == std::string::npos &&
@@ -142,9 +135,9 @@ protected:
     }
 
     // The log from the first line on that begins like this.
-    static std::vector<std::string> LinesFrom(const std::string& begin, const LogCapture& log)
+    static Lines LinesFrom(const std::string& begin, const LogCapture& log)
     {
-        std::vector<std::string> lines = log.Lines();
+        Lines lines = log.Lines();
         const auto first = std::find_if(lines.begin(), lines.end(),
                                         [&](const std::string& line) { return line.starts_with(begin); });
         lines.erase(lines.begin(), first);

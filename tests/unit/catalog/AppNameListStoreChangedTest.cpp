@@ -1,14 +1,11 @@
 // What becomes of Store packages that the catalogue knows already.
 
-#include "support/Current.h"
 #include "unit/catalog/AppNameListStore.h"
 
 #include <shlwapi.h>
 
-#include <functional>
 #include <optional>
 #include <string_view>
-#include <utility>
 
 namespace {
 
@@ -22,7 +19,7 @@ TEST_F(AppNameListStore, TheSameVersionIsLeftAlone)
     Rename();
     const LogCapture log;
     EXPECT_EQ(Add(), S_OK);
-    EXPECT_EQ(log.Lines(), Adding("OUT(0x00000000)", Known()));
+    EXPECT_EQ(log.Lines(), Adding("(0x00000000)", Known()));
     ExpectRecord(VersionOf(1, 2, 3, 4), {L"mail"});
 }
 
@@ -71,9 +68,9 @@ TEST_F(AppNameListStore, WholeLogOfAChangedOne)
     const LogCapture log;
     Add();
     EXPECT_EQ(WithoutSteps(log),
-              Adding("OUT(0x00000001)", Known(),
-                     Log({Step("CQanhManifestReader::IsCanGetAppNameFromManifest", "OUT(0x00000001)"),
-                          Step("CQanhPackage::DeleteAllApp", "OUT"), ReadingMail()})));
+              Adding("(0x00000001)", Known(),
+                     Call("CQanhManifestReader::IsCanGetAppNameFromManifest", "(0x00000001)") +
+                         Call("CQanhPackage::DeleteAllApp") + ReadingMail()));
 }
 
 // Build and revision trade places when the file is read.
@@ -103,7 +100,7 @@ TEST_F(AppNameListStore, AReservedOneIsNeverRefreshed)
                      "NeedReserve=\"1\"><MetroApp DisplayName=\"Reserved\"/></Package></r>");
     const LogCapture log;
     EXPECT_EQ(Add(), S_OK);
-    EXPECT_EQ(log.Lines(), Adding("OUT(0x00000000)", Known()));
+    EXPECT_EQ(log.Lines(), Adding("(0x00000000)", Known()));
     ExpectRecord(VersionOf(0, 0, 1, 0), {L"Reserved"}, L"", L"");
 }
 
@@ -140,34 +137,6 @@ TEST_F(AppNameListStore, UnresolvedNamesKeepTheRecordButForItsTwoNames)
     ExpectRecord(VersionOf(2, 2, 3, 4), {L"post", L"Name"}, L"another full name", L"another name");
 }
 
-// The manifest can be checked, but no longer be read, and there is no memory for what is next.
-class ManifestReadOnce : public Current<ManifestReadOnce>
-{
-public:
-    explicit ManifestReadOnce(std::function<void()> onSecondReading)
-        : m_onSecondReading(std::move(onSecondReading))
-    {
-    }
-
-    std::optional<AllocationWatch> noMemory;
-
-private:
-    static HRESULT WINAPI Open(LPCWSTR path, DWORD mode, IStream** ppStream)
-    {
-        ManifestReadOnce& self = *s_current;
-        if (!std::wstring_view(path).ends_with(L"AppxManifest.xml") || ++self.m_readings == 1) {
-            return self.m_patch.Original()(path, mode, ppStream);
-        }
-        self.m_onSecondReading();
-        self.noMemory.emplace(0);
-        return E_ACCESSDENIED;
-    }
-
-    std::function<void()> m_onSecondReading;
-    int m_readings = 0;
-    ImportPatch<HRESULT(WINAPI*)(LPCWSTR, DWORD, IStream**)> m_patch{"SHCreateStreamOnFileW", Open};
-};
-
 // What is read of a new version takes the place of the old one without any memory, also while records of a
 // file are not in the index yet.
 TEST_F(AppNameListStore, ANewVersionTakesItsPlaceWhenNoMemoryIsLeft)
@@ -178,10 +147,21 @@ TEST_F(AppNameListStore, ANewVersionTakesItsPlaceWhenNoMemoryIsLeft)
     HRESULT result = E_UNEXPECTED;
     bool failed = true;
     {
-        ManifestReadOnce files([&] { EXPECT_EQ(m_list.Load(file.c_str()), S_FALSE); });
+        // The manifest can be checked, but no longer be read, and there is no memory for what is next.
+        std::optional<AllocationWatch> noMemory;
+        int readings = 0;
+        const CapturingPatch<decltype(&SHCreateStreamOnFileW)> files(
+            "SHCreateStreamOnFileW", [&](const wchar_t* path, DWORD mode, IStream** stream) -> HRESULT {
+                if (!std::wstring_view(path).ends_with(L"AppxManifest.xml") || ++readings == 1) {
+                    return files.Original(path, mode, stream);
+                }
+                EXPECT_EQ(m_list.Load(file.c_str()), S_FALSE);
+                noMemory.emplace(0);
+                return E_ACCESSDENIED;
+            });
         result = Add();
-        ASSERT_TRUE(files.noMemory);
-        failed = files.noMemory->Failed();
+        ASSERT_TRUE(noMemory);
+        failed = noMemory->Failed();
     }
     EXPECT_FALSE(failed);
     EXPECT_EQ(result, S_FALSE);

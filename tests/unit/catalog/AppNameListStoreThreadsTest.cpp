@@ -100,7 +100,7 @@ TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
     RecordProbe::Events events;
     auto app = std::make_unique<RecordProbe>(L"held", &events);
     RecordProbe* const held = app.get();
-    auto first = std::make_unique<CQanhPackage>(L"first", RecordVersion(), FALSE, TRUE);
+    auto first = Package(L"first");
     ASSERT_EQ(first->AddApplication(std::move(app)), S_OK);
     ASSERT_EQ(m_list.AddMetroPackage(std::move(first)), S_OK);
     WriteManifest({"App X"});
@@ -108,7 +108,7 @@ TEST_F(AppNameListStore, AChangeWaitsForALaunchAndIsSeenByTheNext)
     WriteManifest({"App Y"});
     m_package->facts.version.Major = 2;
 
-    const LockWatch locks;
+    const LockWatch locks(m_list);
     std::thread changing;
     held->onAsked = [&] {
         changing = std::thread([&] {

@@ -8,11 +8,6 @@ namespace {
 
 using namespace test;
 
-std::unique_ptr<CQanhPackage> Package(const wchar_t* familyName)
-{
-    return std::make_unique<CQanhPackage>(familyName, RecordVersion{1, 0, 0, 0}, FALSE, TRUE);
-}
-
 class AppNameList : public Test
 {
 protected:
@@ -44,25 +39,6 @@ protected:
     int m_deleted = 0; // probes
 };
 
-// Its lists take one record each.
-class ShortAppNameList : public AppNameList
-{
-protected:
-    CQanhAppNameList m_short{1};
-};
-
-TEST_F(AppNameList, IsEmptyAtFirst)
-{
-    ExpectRecords({}, {});
-    EXPECT_EQ(SavedRecords(m_list), "");
-}
-
-TEST_F(AppNameList, KeepsPackagesInTheOrderOfAddingWithDuplicates)
-{
-    AddPackages({L"b_1", L"a_1", L"b_1", L""});
-    ExpectRecords({L"b_1", L"a_1", L"b_1", L""}, {});
-}
-
 TEST_F(AppNameList, RefusesPackagesBeyondTheListsLimit)
 {
     CQanhAppNameList list(2);
@@ -83,23 +59,14 @@ TEST_F(AppNameList, RefusesAPackageThatIsNull)
     ExpectRecords({}, {});
 }
 
-TEST_F(AppNameList, DeletesAPackageWhenThereIsNoMemoryForIt)
+TEST_F(AppNameList, LogsTheAddingOfPackages)
 {
-    std::unique_ptr<CQanhPackage> package = Probe(L"a_1");
-    EXPECT_EQ(TryWithFailingAllocation(0, [&] { return m_list.AddMetroPackage(std::move(package)); }).result,
-              E_OUTOFMEMORY);
-    EXPECT_EQ(m_deleted, 1);
-    ExpectRecords({}, {});
-    AddPackages({L"a_1"});
-}
-
-TEST_F(ShortAppNameList, LogsTheAddingOfPackages)
-{
+    CQanhAppNameList list(1);
     const LogCapture log;
-    EXPECT_EQ(m_short.AddMetroPackage(Package(L"a_1")), S_OK);
-    EXPECT_EQ(m_short.AddMetroPackage(Package(L"b_1")), E_OUTOFMEMORY);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::AddMetroPackage", "OUT(0x00000000)"),
-                                Step("CQanhAppNameList::AddMetroPackage", "OUT(0x8007000E)")}));
+    EXPECT_EQ(list.AddMetroPackage(Package(L"a_1")), S_OK);
+    EXPECT_EQ(list.AddMetroPackage(Package(L"b_1")), E_OUTOFMEMORY);
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::AddMetroPackage", "(0x00000000)") +
+                               Call("CQanhAppNameList::AddMetroPackage", "(0x8007000E)"));
 }
 
 TEST_F(AppNameList, FindsTheFirstPackageOfExactlyThisFamilyName)
@@ -126,6 +93,7 @@ TEST_F(AppNameList, ShowsEveryRecordInOrder)
         [&](const CQanhPackage& package) { records.emplace_back(package.PackageFamilyName.c_str()); },
         [&](const CQanhDesktopApp& app) { records.emplace_back(app.DisplayName.c_str()); });
     EXPECT_THAT(records, ElementsAre(L"b_1", L"a_1", L"b_1", L"", L"d", L"c"));
+    ExpectRecords({L"b_1", L"a_1", L"b_1", L""}, {L"C:\\d.lnk", L"C:\\c.lnk"});
     // Nothing is left locked.
     m_list.Clear();
 }
@@ -145,11 +113,11 @@ TEST_F(AppNameList, LogsEachPackageThatItAsksForItsFamilyName)
     EXPECT_NE(m_list.GetPackage(L"b_1"), nullptr);
     EXPECT_EQ(m_list.GetPackage(nullptr), nullptr);
     EXPECT_EQ(m_list.GetPackage(L""), nullptr);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::GetPackage(b_1)", "OUT",
-                                     {Step("CQanhPackage::IsThisPackage(b_1)", "OUT(0)"),
-                                      Step("CQanhPackage::IsThisPackage(b_1)", "OUT(1)")}),
-                                Step("CQanhAppNameList::GetPackage((null))", "OUT"),
-                                Step("CQanhAppNameList::GetPackage()", "OUT")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::GetPackage(b_1)", "",
+                                Call("CQanhPackage::IsThisPackage(b_1)", "(0)") +
+                                    Call("CQanhPackage::IsThisPackage(b_1)", "(1)")) +
+                               Call("CQanhAppNameList::GetPackage((null))") +
+                               Call("CQanhAppNameList::GetPackage()"));
 }
 
 TEST_F(AppNameList, AppendsAnInstalledDesktopApp)
@@ -189,50 +157,28 @@ TEST_F(AppNameList, ChecksTheTextsOfADesktopAppForNullThenForEmpty)
     ExpectRecords({}, {});
 }
 
-TEST_F(ShortAppNameList, RefusesDesktopAppsBeyondItsLimit)
+TEST_F(AppNameList, LogsTheLookUpOfADesktopAppThatIsAdded)
 {
-    EXPECT_EQ(m_short.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-    EXPECT_EQ(m_short.AddDesktopApp(L"b", L"C:\\b.lnk"), E_OUTOFMEMORY);
-    EXPECT_EQ(m_short.AddDesktopApp(L"a", L"C:\\a.lnk"), S_FALSE);
-    EXPECT_THAT(Names(m_short.DesktopShortcuts()), ElementsAre(L"C:\\a.lnk"));
-    EXPECT_EQ(m_short.AddMetroPackage(Package(L"a_1")), S_OK);
-}
-
-TEST_F(AppNameList, StaysAsItWasWhenMemoryRunsOut)
-{
-    const std::size_t failures = ForEachFailingAllocation([](std::size_t index) {
-        CQanhAppNameList list;
-        EXPECT_EQ(list.AddDesktopApp(L"a", L"C:\\a.lnk"), S_OK);
-        const Attempt attempt =
-            TryWithFailingAllocation(index, [&] { return list.AddDesktopApp(L"b", L"C:\\b.lnk"); });
-        EXPECT_EQ(attempt.result, attempt.failed ? E_OUTOFMEMORY : S_OK);
-        EXPECT_EQ(list.DesktopShortcuts().size(), attempt.failed ? 1u : 2u);
-        EXPECT_EQ(attempt.left == 0, attempt.failed);
-        return attempt.failed;
-    });
-    EXPECT_GE(failures, 4u);
-}
-
-TEST_F(ShortAppNameList, LogsTheLookUpOfADesktopAppThatIsAdded)
-{
+    CQanhAppNameList list(1);
     const LogCapture log;
-    EXPECT_EQ(m_short.AddDesktopApp(nullptr, L"C:\\a.lnk"), E_POINTER);
-    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L""), E_INVALIDARG);
-    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
-    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L"c:\\A.lnk"), S_FALSE);
-    EXPECT_EQ(m_short.AddDesktopApp(L"Word", L"C:\\b.lnk"), E_OUTOFMEMORY);
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::AddDesktopApp((null), C:\\a.lnk)", "OUT(0x80004003)"),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, )", "OUT(0x80070057)"),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, C:\\a.lnk)", "OUT(0x00000000)",
-                                     {Step("CQanhAppNameList::IsInDesktopAppList(C:\\a.lnk)", "OUT(0)")}),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, c:\\A.lnk)", "OUT(0x00000001)",
-                                     {Step("CQanhAppNameList::IsInDesktopAppList(c:\\A.lnk)", "OUT(1)",
-                                           {"CQanhDesktopApp::IsSameShortcut IN(c:\\A.lnk)",
-                                            "CQanhDesktopApp::IsSameShortcut OUT(1)"})}),
-                                Step("CQanhAppNameList::AddDesktopApp(Word, C:\\b.lnk)", "OUT(0x8007000E)",
-                                     {Step("CQanhAppNameList::IsInDesktopAppList(C:\\b.lnk)", "OUT(0)",
-                                           {"CQanhDesktopApp::IsSameShortcut IN(C:\\b.lnk)",
-                                            "CQanhDesktopApp::IsSameShortcut OUT(0)"})})}));
+    EXPECT_EQ(list.AddDesktopApp(nullptr, L"C:\\a.lnk"), E_POINTER);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L""), E_INVALIDARG);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\a.lnk"), S_OK);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"c:\\A.lnk"), S_FALSE);
+    EXPECT_EQ(list.AddDesktopApp(L"Word", L"C:\\b.lnk"), E_OUTOFMEMORY);
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::AddDesktopApp((null), C:\\a.lnk)", "(0x80004003)") +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, )", "(0x80070057)") +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, C:\\a.lnk)", "(0x00000000)",
+                                    Call("CQanhAppNameList::IsInDesktopAppList(C:\\a.lnk)", "(0)")) +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, c:\\A.lnk)", "(0x00000001)",
+                                    Call("CQanhAppNameList::IsInDesktopAppList(c:\\A.lnk)", "(1)",
+                                         Lines{"CQanhDesktopApp::IsSameShortcut IN(c:\\A.lnk)",
+                                               "CQanhDesktopApp::IsSameShortcut OUT(1)"})) +
+                               Call("CQanhAppNameList::AddDesktopApp(Word, C:\\b.lnk)", "(0x8007000E)",
+                                    Call("CQanhAppNameList::IsInDesktopAppList(C:\\b.lnk)", "(0)",
+                                         Lines{"CQanhDesktopApp::IsSameShortcut IN(C:\\b.lnk)",
+                                               "CQanhDesktopApp::IsSameShortcut OUT(0)"})));
+    EXPECT_THAT(Names(list.DesktopShortcuts()), ElementsAre(L"C:\\a.lnk"));
 }
 
 TEST_F(AppNameList, KnowsShortcutsByTheirWholePathsIgnoringCase)
@@ -256,11 +202,11 @@ TEST_F(AppNameList, LogsTheLookUpOfAShortcut)
     EXPECT_FALSE(m_list.IsInDesktopAppList(nullptr));
     EXPECT_FALSE(m_list.IsInDesktopAppList(L""));
     EXPECT_TRUE(m_list.IsInDesktopAppList(L"C:\\A.lnk"));
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhAppNameList::IsInDesktopAppList((null))", "OUT(0)"),
-                                Step("CQanhAppNameList::IsInDesktopAppList()", "OUT(0)"),
-                                Step("CQanhAppNameList::IsInDesktopAppList(C:\\A.lnk)", "OUT(1)",
-                                     {"CQanhDesktopApp::IsSameShortcut IN(C:\\A.lnk)",
-                                      "CQanhDesktopApp::IsSameShortcut OUT(1)"})}));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::IsInDesktopAppList((null))", "(0)") +
+                               Call("CQanhAppNameList::IsInDesktopAppList()", "(0)") +
+                               Call("CQanhAppNameList::IsInDesktopAppList(C:\\A.lnk)", "(1)",
+                                    Lines{"CQanhDesktopApp::IsSameShortcut IN(C:\\A.lnk)",
+                                          "CQanhDesktopApp::IsSameShortcut OUT(1)"}));
 }
 
 TEST_F(AppNameList, ClearingDeletesPackagesWithTheirAppsFrontToBack)
@@ -306,7 +252,7 @@ TEST_F(AppNameList, CanBeFilledAgainAfterClearing)
     AddDesktopApps({L"Word"});
     const LogCapture log;
     m_list.Clear();
-    EXPECT_EQ(log.Lines(), Step("CQanhAppNameList::Clear", "OUT"));
+    EXPECT_EQ(log.Lines(), Call("CQanhAppNameList::Clear"));
     ExpectRecords({}, {});
     EXPECT_EQ(m_list.GetPackage(L"a_1"), nullptr);
     m_list.Clear();
@@ -334,14 +280,14 @@ TEST_F(AppNameList, GivesInstalledStatesToTheRecordsInOrder)
 {
     AddPackages({L"a_1", L"b_1", L"c_1"});
     m_list.SetPackagesInstalled({FALSE, TRUE, FALSE});
-    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="b_1" Version="1.0.0.0" />)");
+    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="b_1" Version="0.0.0.0" />)");
     m_list.SetPackagesInstalled({TRUE, TRUE, TRUE});
     EXPECT_EQ(m_list.GetPackage(L"a_1")->IsInstalled, TRUE);
 
     AddDesktopApps({L"a", L"b", L"c"});
     m_list.SetDesktopAppsInstalled({FALSE, TRUE, FALSE});
     m_list.SetPackagesInstalled({FALSE, FALSE, TRUE});
-    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="c_1" Version="1.0.0.0" />)"
+    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="c_1" Version="0.0.0.0" />)"
                                     R"(<DesktopApp DisplayName="b" LnkFileName="C:\b.lnk" />)");
 }
 
@@ -354,7 +300,7 @@ TEST_F(AppNameList, LeavesRecordsWithoutAnInstalledStateAlone)
     m_list.SetDesktopAppsInstalled({FALSE});
     m_list.SetPackagesInstalled({});
     m_list.SetDesktopAppsInstalled({});
-    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="b_1" Version="1.0.0.0" />)"
+    EXPECT_EQ(SavedRecords(m_list), R"(<Package PackageFamilyName="b_1" Version="0.0.0.0" />)"
                                     R"(<DesktopApp DisplayName="b" LnkFileName="C:\b.lnk" />)");
     // More states than records are no trouble.
     m_list.SetPackagesInstalled({TRUE, TRUE, TRUE});

@@ -25,15 +25,6 @@ std::vector<std::wstring> Excluded(const CQanhAppNameList& list)
     return Names(excluded);
 }
 
-std::unique_ptr<CQanhPackage> Package(const std::wstring& name, const std::vector<std::wstring>& apps)
-{
-    auto package = std::make_unique<CQanhPackage>(name.c_str(), RecordVersion(), FALSE, TRUE);
-    for (const std::wstring& app : apps) {
-        EXPECT_EQ(package->AddApplication(app.c_str(), nullptr), S_OK);
-    }
-    return package;
-}
-
 // Changes the catalogue on another thread, again and again, until this one has looked often enough at each of
 // the two states that there are: look() tells whether it saw the second one.
 template <typename Change, typename Look> void LookBesides(Change change, Look look)
@@ -89,27 +80,6 @@ TEST(AppNameListThreads, FlagsOfPackagesChangeAllAtOnce)
         ASSERT_EQ(list.AddMetroPackage(Package(name, {name})), S_OK);
     }
     ExpectAllOrNone(list, [&](const std::vector<BOOL>& states) { list.SetPackagesInstalled(states); });
-}
-
-TEST(AppNameListThreads, ASavedFileHoldsOneState)
-{
-    CQanhAppNameList list;
-    for (std::size_t i = 0; i < kRecords; ++i) {
-        const std::wstring name = std::to_wstring(i);
-        ASSERT_EQ(list.AddDesktopApp(name.c_str(), name.c_str()), S_OK);
-    }
-    const std::string all = SavedText(list);
-    const std::string none = Document({"  <MetroApps />", "  <DesktopApps />"});
-    LookBesides(
-        [&] {
-            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, FALSE));
-            list.SetDesktopAppsInstalled(std::vector<BOOL>(kRecords, TRUE));
-        },
-        [&] {
-            const std::string saved = SavedText(list);
-            EXPECT_THAT(saved, AnyOf(none, all));
-            return saved == all;
-        });
 }
 
 // A catalogue to which records are added one by one.
@@ -209,7 +179,7 @@ protected:
 
 TEST_P(AppNameListChange, WaitsForALaunchAndIsSeenByTheNext)
 {
-    const LockWatch locks;
+    const LockWatch locks(m_list);
     std::thread changing;
     bool isFirstLaunch = true;
     m_app->onAsked = [&] {
@@ -253,13 +223,23 @@ INSTANTIATE_TEST_SUITE_P(
                         "NewDesktopApp",
                         [](CQanhAppNameList& list) { EXPECT_EQ(list.AddDesktopApp(L"d mail", L"d"), S_OK); },
                         {L"a mail", L"b mail", L"c mail", L"d mail"}},
+                    Change{"Reloaded",
+                           [](CQanhAppNameList& list) {
+                               const TemporaryFolder folder;
+                               const std::wstring path = folder / L"AppNameList.xml";
+                               WriteFileBytes(path, "<r><Package><MetroApp DisplayName='e mail'/></Package>"
+                                                    "<DesktopApps><DesktopApp DisplayName='f mail'/>"
+                                                    "</DesktopApps></r>");
+                               EXPECT_EQ(list.Reload(path.c_str()), S_FALSE);
+                           },
+                           {L"e mail", L"f mail"}},
                     Change{"EverythingDeleted", [](CQanhAppNameList& list) { list.Clear(); }, {}}),
     [](const auto& each) { return std::string(each.param.name); });
 
 TEST(AppNameListThreads, ALaunchWaitsForAChangeAndSeesAllOfIt)
 {
-    const LockWatch locks;
     CQanhAppNameList list;
+    const LockWatch locks(list);
     std::thread launch;
     std::vector<std::wstring> names = {L"not asked"};
     ASSERT_EQ(list.AddMetroPackage(std::make_unique<PackageProbe>(L"a_1",
@@ -280,7 +260,7 @@ TEST(AppNameListThreads, SavingLetsLaunchesAskButHoldsChangesBack)
     CQanhAppNameList list;
     ASSERT_EQ(list.AddDesktopApp(L"my mail", L"C:\\a.lnk"), S_OK);
     const TemporaryFolder folder;
-    const LockWatch locks;
+    const LockWatch locks(list);
     WriterProbe writer;
     std::vector<std::wstring> names;
     std::thread changing;

@@ -9,93 +9,20 @@ namespace {
 
 using namespace test;
 
-TEST(CatalogXml, KnowsTheNamesOfTheFile)
+TEST(CatalogXmlWriteElement, EndsTheElementAndReturnsTheFirstFailure)
 {
-    EXPECT_STREQ(CatalogXml::kApplications, L"Applications");
-    EXPECT_STREQ(CatalogXml::kMetroApps, L"MetroApps");
-    EXPECT_STREQ(CatalogXml::kPackage, L"Package");
-    EXPECT_STREQ(CatalogXml::kMetroApp, L"MetroApp");
-    EXPECT_STREQ(CatalogXml::kDesktopApps, L"DesktopApps");
-    EXPECT_STREQ(CatalogXml::kDesktopApp, L"DesktopApp");
+    WriterProbe writer;
+    writer.failingCall = 1; // the end
+    EXPECT_EQ(CatalogXml::WriteElement(&writer, L"a", [] { return E_ABORT; }), E_ABORT);
+    EXPECT_THAT(writer.calls, ElementsAre(L"start a", L"end"));
 }
 
-class CatalogXmlWriter : public Test
-{
-protected:
-    HRESULT WriteElementAround(HRESULT content)
-    {
-        return CatalogXml::WriteElement(&m_writer, L"a", [&] {
-            EXPECT_EQ(CatalogXml::Write(&m_writer, L"b", L"c"), S_OK);
-            return content;
-        });
-    }
-
-    WriterProbe m_writer;
-};
-
-TEST_F(CatalogXmlWriter, StartsAndEndsTheElementAroundItsContent)
-{
-    EXPECT_EQ(WriteElementAround(S_OK), S_OK);
-    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
-}
-
-TEST_F(CatalogXmlWriter, WritesNoContentWhenItCannotStartTheElement)
-{
-    m_writer.failingCall = 0;
-    EXPECT_EQ(WriteElementAround(S_OK), m_writer.failure);
-    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a"));
-}
-
-TEST_F(CatalogXmlWriter, EndsTheElementAndReturnsTheFirstFailure)
-{
-    m_writer.failingCall = 2;
-    EXPECT_EQ(WriteElementAround(E_ABORT), E_ABORT);
-    EXPECT_THAT(m_writer.calls, ElementsAre(L"start a", L"b=c", L"end"));
-}
-
-TEST_F(CatalogXmlWriter, ReturnsTheFailureToEndTheElement)
-{
-    m_writer.failingCall = 2;
-    EXPECT_EQ(WriteElementAround(S_OK), m_writer.failure);
-}
-
-TEST_F(CatalogXmlWriter, WritesASingleAttributeAlsoWhenItIsEmpty)
-{
-    EXPECT_EQ(CatalogXml::Write(&m_writer, L"a", L""), S_OK);
-    EXPECT_THAT(m_writer.calls, ElementsAre(L"a="));
-}
-
-TEST_F(CatalogXmlWriter, LeavesEmptyTextsOutAndDoesNotEscape)
+TEST(CatalogXmlWriteTexts, DoesNotEscape)
 {
     // The writer escapes; doing it here would double it.
-    EXPECT_EQ(CatalogXml::WriteTexts(
-                  &m_writer, {{L"a", WideString()}, {L"b", L"<A & \"B\">"}, {L"c", L""}, {L"d", L"D"}}),
-              S_OK);
-    EXPECT_THAT(m_writer.calls, ElementsAre(L"b=<A & \"B\">", L"d=D"));
-    EXPECT_EQ(CatalogXml::WriteTexts(&m_writer, {}), S_OK);
-}
-
-TEST_F(CatalogXmlWriter, WritesOnlyFlagsThatDifferFromTheDefault)
-{
-    EXPECT_EQ(CatalogXml::WriteFlags(&m_writer, {{L"a", TRUE, FALSE},
-                                                 {L"b", FALSE, FALSE},
-                                                 {L"c", TRUE, TRUE},
-                                                 {L"d", FALSE, TRUE},
-                                                 {L"e", -1, FALSE},
-                                                 {L"f", 2, TRUE}}),
-              S_OK);
-    EXPECT_THAT(m_writer.calls, ElementsAre(L"a=1", L"d=0", L"e=1"));
-}
-
-TEST_F(CatalogXmlWriter, EndsAtTheFirstAttributeThatFails)
-{
-    m_writer.failingCall = 1;
-    EXPECT_EQ(CatalogXml::WriteTexts(&m_writer, {{L"a", L"A"}, {L"b", L"B"}, {L"c", L"C"}}),
-              m_writer.failure);
-    m_writer.failingCall = 2;
-    EXPECT_EQ(CatalogXml::WriteFlags(&m_writer, {{L"a", TRUE, FALSE}, {L"b", TRUE, FALSE}}),
-              m_writer.failure);
-    EXPECT_THAT(m_writer.calls, ElementsAre(L"a=A", L"b=B", L"a=1"));
+    WriterProbe writer;
+    EXPECT_EQ(CatalogXml::WriteTexts(&writer, {{L"b", L"<A & \"B\">"}}), S_OK);
+    EXPECT_THAT(writer.calls, ElementsAre(L"b=<A & \"B\">"));
 }
 
 TEST(CatalogXmlReadFlag, IsTrueForEveryNumberButZero)

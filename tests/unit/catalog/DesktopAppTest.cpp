@@ -31,8 +31,8 @@ struct AppNames
 };
 
 // How a record with these names answers a search with an exclude list that holds the listed names already.
-void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName, const Answer& answer,
-                  const std::vector<const wchar_t*>& listed = {})
+void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName,
+                  const SearchAnswer& answer, const std::vector<const wchar_t*>& listed = {})
 {
     const CQanhDesktopApp app(names.displayName, L"C:\\a.lnk", names.localizeName, names.rubyDisplayName,
                               false, true, names.isDualMode);
@@ -78,7 +78,7 @@ TEST(DesktopAppExclude, FollowsItsRules)
     ExpectAnswer("hits in name and reading exclude once, and the second adding is the result",
                  {L"メール", L"", L"メール"}, L"メ", Excluding({L"メール"}, S_FALSE));
     ExpectAnswer("the reading counts also for the wanted app by its tokens", {L"b a", L"", L"a b"}, L"a b",
-                 Answer{S_OK, 1, {L"b a"}});
+                 SearchAnswer{S_OK, 1, {L"b a"}});
     ExpectAnswer("an empty reading is not looked at", {L"word"}, L"!", Excluding({L"word"}));
 
     ExpectAnswer("a name that is listed already stays as it stands", {L"word viewer"}, L"word",
@@ -90,7 +90,7 @@ TEST(DesktopAppExclude, LeavesFoundAloneWhenNotInstalled)
     // Not even a reserved one counts.
     const CQanhDesktopApp app(L"word", L"C:\\a.lnk", nullptr, L"word", true, false);
     for (const wchar_t* wantedName : {L"word", L"w", L"other"}) {
-        EXPECT_EQ(Ask(app, wantedName), (Answer{S_FALSE, 7, {}}));
+        EXPECT_EQ(Ask(app, wantedName), (SearchAnswer{S_FALSE, 7, {}}));
     }
     // Its arguments are checked before its state.
     ExpectArgumentChecks(app);
@@ -101,7 +101,7 @@ TEST(DesktopAppExclude, EndsAtAFailingAdding)
     // The first adding is that of the name, or that for the reading when the name is not hit.
     for (const wchar_t* displayName : {L"word viewer", L"viewer"}) {
         const CQanhDesktopApp app(displayName, L"C:\\a.lnk", nullptr, L"word");
-        EXPECT_EQ(AskWithFailingAdding(app, L"word"), (Answer{E_OUTOFMEMORY, 0, {}}));
+        EXPECT_EQ(AskWithFailingAdding(app, L"word"), (SearchAnswer{E_OUTOFMEMORY, 0, {}}));
     }
 }
 
@@ -111,14 +111,14 @@ TEST(DesktopAppExclude, LogsEveryComparison)
     Ask(CQanhDesktopApp(L"word viewer", L"C:\\a.lnk", L"", L"reading"), L"Word");
     Ask(CQanhDesktopApp(L"Word", L"C:\\a.lnk", nullptr, nullptr, false, false), L"Word");
     Ask(CQanhDesktopApp(L"", L"C:\\a.lnk"), L"Word");
-    EXPECT_EQ(log.Lines(), Log({Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)",
-                                     {Step("CQanhApp::IsSubStrNoOrder(word, word viewer)", "OUT(1)"),
-                                      Step("CQanhApp::IsSubStrNoOrder(word viewer, word)", "OUT(0)"),
-                                      Step("CQanhApp::IsSubStrNoOrder(word, reading)", "OUT(0)")}),
-                                // It is not installed.
-                                Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000001)"),
-                                // It has no name.
-                                Step("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "(0x00000000)",
+                                Call("CQanhApp::IsSubStrNoOrder(word, word viewer)", "(1)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(word viewer, word)", "(0)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(word, reading)", "(0)")) +
+                               // It is not installed.
+                               Call("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "(0x00000001)") +
+                               // It has no name.
+                               Call("CQanhDesktopApp::AddToExcludeAppNameList(Word)", "(0x00000000)"));
 }
 
 TEST(DesktopAppIsSameShortcut, ComparesWholePathsIgnoringCaseUnlessTheyAreEmpty)

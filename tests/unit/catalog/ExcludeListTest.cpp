@@ -14,13 +14,6 @@ void AddAll(ExcludeList& list, const std::vector<const wchar_t*>& names, HRESULT
     }
 }
 
-TEST(ExcludeList, IsEmptyAtFirst)
-{
-    const ExcludeList list;
-    EXPECT_TRUE(list.IsEmpty());
-    EXPECT_THAT(Names(list), IsEmpty());
-}
-
 TEST(ExcludeList, KeepsNamesInTheOrderOfTheirFirstAdding)
 {
     ExcludeList list;

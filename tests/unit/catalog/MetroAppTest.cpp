@@ -37,8 +37,8 @@ CQanhMetroApp Make(const AppNames& names)
 }
 
 // How a record with these names answers a search with an exclude list that holds the listed names already.
-void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName, const Answer& answer,
-                  const std::vector<const wchar_t*>& listed = {})
+void ExpectAnswer(const char* rule, const AppNames& names, const wchar_t* wantedName,
+                  const SearchAnswer& answer, const std::vector<const wchar_t*>& listed = {})
 {
     EXPECT_EQ(Ask(Make(names), wantedName, listed), answer) << rule;
 }
@@ -73,7 +73,7 @@ TEST(MetroAppExclude, FollowsItsRules)
     ExpectAnswer("hits in name and reading exclude once, and the second adding is the result",
                  {L"メール", L"", L"メール"}, L"メ", Excluding({L"メール"}, S_FALSE));
     ExpectAnswer("the reading counts also for the wanted app", {L"b a", L"", L"a b"}, L"a b",
-                 Answer{S_OK, 1, {L"b a"}});
+                 SearchAnswer{S_OK, 1, {L"b a"}});
     ExpectAnswer("an empty reading is not looked at", {L"天気"}, L"!", Excluding({L"天気"}));
 
     ExpectAnswer("a hit in the short name excludes the short name", {L"messages", L"web mail"}, L"mail",
@@ -86,7 +86,7 @@ TEST(MetroAppExclude, FollowsItsRules)
                  kFound);
     ExpectAnswer("but not when it has capitals", {L"messages", L"Mail"}, L"mail", kNothing);
     ExpectAnswer("the wanted app by its short name may have its display name excluded",
-                 {L"mail app", L"mail"}, L"mail", Answer{S_OK, 1, {L"mail app"}});
+                 {L"mail app", L"mail"}, L"mail", SearchAnswer{S_OK, 1, {L"mail app"}});
     ExpectAnswer("a short name that does not hit leaves found as the display name set it", {L"b a", L"c"},
                  L"a b", kFound);
     ExpectAnswer("a hit in the short name's reading excludes the short name",
@@ -119,7 +119,7 @@ TEST(MetroAppExclude, EndsAtAFailingAdding)
         {L"messages", L"my mail", L"", L"mail reading"},
     };
     for (const AppNames& names : apps) {
-        EXPECT_EQ(AskWithFailingAdding(Make(names), L"mail"), (Answer{E_OUTOFMEMORY, 0, {}}));
+        EXPECT_EQ(AskWithFailingAdding(Make(names), L"mail"), (SearchAnswer{E_OUTOFMEMORY, 0, {}}));
     }
 }
 
@@ -127,13 +127,13 @@ TEST(MetroAppExclude, LogsEveryComparison)
 {
     const LogCapture log;
     Ask(CQanhMetroApp(L"web mail", L"mail", L"reading", L"short reading"), L"Mail");
-    EXPECT_EQ(log.Lines(), Step("CQanhMetroApp::AddToExcludeAppNameList(Mail)", "OUT(0x00000000)",
-                                {Step("CQanhApp::IsSubStrNoOrder(mail, web mail)", "OUT(1)"),
-                                 Step("CQanhApp::IsSubStrNoOrder(web mail, mail)", "OUT(0)"),
-                                 Step("CQanhApp::IsSubStrNoOrder(mail, reading)", "OUT(0)"),
-                                 Step("CQanhApp::IsSubStrNoOrder(mail, mail)", "OUT(1)"),
-                                 Step("CQanhApp::IsSubStrNoOrder(mail, mail)", "OUT(1)"),
-                                 Step("CQanhApp::IsSubStrNoOrder(mail, short reading)", "OUT(0)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhMetroApp::AddToExcludeAppNameList(Mail)", "(0x00000000)",
+                                Call("CQanhApp::IsSubStrNoOrder(mail, web mail)", "(1)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(web mail, mail)", "(0)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(mail, reading)", "(0)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(mail, mail)", "(1)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(mail, mail)", "(1)") +
+                                    Call("CQanhApp::IsSubStrNoOrder(mail, short reading)", "(0)")));
 }
 
 TEST(MetroAppToXmlNode, WritesItsNamesInTheFilesOrderAndLeavesEmptyOnesOut)

@@ -6,26 +6,15 @@
 #include "catalog/ExcludeList.h"
 #include "catalog/Package.h"
 #include "support/Allocations.h"
-#include "support/ImportPatch.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
 #include "support/Names.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
+#include "support/Test.h"
 #include "support/XmlText.h"
-#include "unit/catalog/CatalogFile.h"
-
-#include <windows.h>
-
-#include <gmock/gmock.h>
 
 #include <cerrno>
-#include <functional>
+#include <initializer_list>
 #include <memory>
 #include <ostream>
-#include <string>
-#include <utility>
-#include <vector>
+#include <stdexcept>
 
 namespace test {
 
@@ -56,24 +45,35 @@ inline void ExpectFlags(const CQanhDesktopApp& app, BOOL needReserve, BOOL isIns
     EXPECT_EQ(app.IsDualMode, isDualMode);
 }
 
+// A package with these applications, installed and not reserved.
+inline std::unique_ptr<CQanhPackage> Package(const std::wstring& familyName,
+                                             const std::vector<std::wstring>& apps = {})
+{
+    auto package = std::make_unique<CQanhPackage>(familyName.c_str(), RecordVersion(), FALSE, TRUE);
+    for (const std::wstring& app : apps) {
+        EXPECT_EQ(package->AddApplication(app.c_str(), nullptr), S_OK);
+    }
+    return package;
+}
+
 // What a record made of one wanted name.
-struct Answer
+struct SearchAnswer
 {
     HRESULT result = E_UNEXPECTED;
     BOOL found = 7; // neither true nor false: shows whether it was touched
     std::vector<std::wstring> excluded;
 
-    friend bool operator==(const Answer&, const Answer&) = default;
-    friend void PrintTo(const Answer& answer, std::ostream* out)
+    friend bool operator==(const SearchAnswer&, const SearchAnswer&) = default;
+    friend void PrintTo(const SearchAnswer& answer, std::ostream* out)
     {
         *out << "result 0x" << std::hex << answer.result << ", found " << answer.found << ", excluded "
              << testing::PrintToString(answer.excluded);
     }
 };
 
-inline const Answer kNothing{S_OK, 0, {}};
-inline const Answer kFound{S_OK, 1, {}};
-inline Answer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_OK)
+inline const SearchAnswer kNothing{S_OK, 0, {}};
+inline const SearchAnswer kFound{S_OK, 1, {}};
+inline SearchAnswer Excluding(std::vector<std::wstring> excluded, HRESULT result = S_OK)
 {
     return {result, 0, std::move(excluded)};
 }
@@ -90,13 +90,14 @@ inline HRESULT Search(const CQanhAppNameList& list, const wchar_t* wantedName, E
 
 // Asks a record or a whole catalogue, with an exclude list that holds these names already.
 template <typename Record>
-Answer Ask(const Record& record, const wchar_t* wantedName, const std::vector<const wchar_t*>& listed = {})
+SearchAnswer Ask(const Record& record, const wchar_t* wantedName,
+                 const std::vector<const wchar_t*>& listed = {})
 {
     ExcludeList list;
     for (const wchar_t* name : listed) {
         EXPECT_EQ(list.AddUnique(name), S_OK);
     }
-    Answer answer;
+    SearchAnswer answer;
     answer.result = Search(record, wantedName, &list, &answer.found);
     answer.excluded = Names(list);
     return answer;
@@ -118,10 +119,10 @@ template <typename Record> void ExpectArgumentChecks(const Record& record)
 }
 
 // The first adding fails; then there is memory again.
-inline Answer AskWithFailingAdding(const CQanhApp& app, const wchar_t* wantedName)
+inline SearchAnswer AskWithFailingAdding(const CQanhApp& app, const wchar_t* wantedName)
 {
     ExcludeList list;
-    Answer answer;
+    SearchAnswer answer;
     const WantedName wanted(wantedName);
     const Attempt attempt = TryWithFailingAllocation(
         0, [&] { return app.AddToExcludeAppNameList(wanted, &list, &answer.found); });
@@ -236,5 +237,56 @@ public:
 private:
     std::function<void()> m_onDelete;
 };
+
+// The catalogue's file.
+
+// Writes the text to a file and loads that.
+inline HRESULT LoadText(CQanhAppNameList& list, std::string_view text)
+{
+    const TemporaryFolder folder;
+    const std::wstring path = folder / L"AppNameList.xml";
+    WriteFileBytes(path, text);
+    return list.Load(path.c_str());
+}
+
+// The bytes of the file that the catalogue is saved to.
+inline std::string SavedText(const CQanhAppNameList& list)
+{
+    const TemporaryFolder folder;
+    const std::wstring path = folder / L"AppNameList.xml";
+    if (list.Save(path.c_str()) != S_OK) {
+        throw std::runtime_error("the catalogue cannot be saved");
+    }
+    return ReadFileBytes(path);
+}
+
+// A whole file as the platform's writer lays it out, from the lines inside of the root. The root is never
+// closed.
+inline std::string Document(std::initializer_list<std::string_view> lines)
+{
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<Applications>";
+    for (const std::string_view line : lines) {
+        text += "\r\n";
+        text += line;
+    }
+    return text;
+}
+
+// What the catalogue is saved to without the file's frame: its records in one line.
+inline std::string SavedRecords(const CQanhAppNameList& list)
+{
+    const std::string saved = SavedText(list);
+    const std::string head = Document({});
+    EXPECT_EQ(saved.substr(0, head.size()), head);
+    std::string records;
+    for (const std::string& line : Split(saved.substr(head.size()), "\r\n")) {
+        const std::string element = line.substr(std::min(line.find('<'), line.size()));
+        if (element.find("MetroApps") == std::string::npos &&
+            element.find("DesktopApps") == std::string::npos) {
+            records += element;
+        }
+    }
+    return records;
+}
 
 } // namespace test

@@ -1,17 +1,11 @@
 #include "common/CaseInsensitiveSet.h"
 
 #include "support/Allocations.h"
-#include "support/Text.h"
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <clocale>
 #include <cwchar>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -72,42 +72,18 @@ std::wstring PathFor(const std::wstring& localAppData, const std::wstring& execu
     return calls.paths.empty() ? L"" : calls.paths.front();
 }
 
-struct PathCase
+TEST(DiagnosticLogPath, IsMadeOfLocalAppDataAndTheHostName)
 {
-    const char* name;
-    const wchar_t* localAppData;
-    const wchar_t* executable;
-    const wchar_t* path;
-};
-
-class LogPath : public ::testing::TestWithParam<PathCase>
-{
-};
-
-TEST_P(LogPath, IsMadeOfLocalAppDataAndTheHostName)
-{
-    EXPECT_EQ(PathFor(GetParam().localAppData, GetParam().executable), GetParam().path);
+    // With a doubled separator before the host name.
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\Launcher.exe"),
+              L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"C:\\Local.x", L"C:\\v1.2\\Launcher.exe"),
+              L"C:\\Local.x\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"C:\\Local\\", L"C:\\Tools\\Launcher.exe"),
+              L"C:\\Local\\\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"C:\\\u30e1\u30fc\u30eb", L"C:\\Tools\\\u0436\xd83d\xde00.exe"),
+              L"C:\\\u30e1\u30fc\u30eb\\Vel\\QanHelper\\\\\u0436\xd83d\xde00\\QanHelperLog.txt");
 }
-
-const PathCase kPaths[] = {
-    {"DoubledSeparatorBeforeTheHostName", L"C:\\Local", L"C:\\Tools\\Launcher.exe",
-     L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
-    {"HostNameUpToItsFirstDot", L"C:\\Local", L"C:\\Tools\\a.b.exe",
-     L"C:\\Local\\Vel\\QanHelper\\\\a\\QanHelperLog.txt"},
-    {"HostNameWithoutADot", L"C:\\Local", L"C:\\Tools\\Launcher",
-     L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
-    {"HostNameOfADotOnly", L"C:\\Local", L"C:\\Tools\\.exe",
-     L"C:\\Local\\Vel\\QanHelper\\\\\\QanHelperLog.txt"},
-    {"DotsInFoldersStay", L"C:\\Local.x", L"C:\\v1.2\\Launcher.exe",
-     L"C:\\Local.x\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
-    {"BackslashAtTheEndOfLocalAppDataStays", L"C:\\Local\\", L"C:\\Tools\\Launcher.exe",
-     L"C:\\Local\\\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt"},
-    {"AnyLetters", L"C:\\\u30e1\u30fc\u30eb", L"C:\\Tools\\\u0436\xd83d\xde00.exe",
-     L"C:\\\u30e1\u30fc\u30eb\\Vel\\QanHelper\\\\\u0436\xd83d\xde00\\QanHelperLog.txt"},
-};
-
-INSTANTIATE_TEST_SUITE_P(With, LogPath, ::testing::ValuesIn(kPaths),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST(DiagnosticLogPath, IsComposedAnewEveryTime)
 {

@@ -40,17 +40,4 @@ TEST(HString, ReleasesItsStringOnce)
     WindowsDeleteString(handedOut);
 }
 
-TEST(HString, KeepsASharedStringAlive)
-{
-    HSTRING original = nullptr;
-    WindowsCreateString(L"shared", 6, &original);
-    {
-        HString copy;
-        WindowsDuplicateString(original, copy.Put());
-        EXPECT_STREQ(copy.c_str(), L"shared");
-    }
-    EXPECT_STREQ(WindowsGetStringRawBuffer(original, nullptr), L"shared");
-    WindowsDeleteString(original);
-}
-
 } // namespace

@@ -93,39 +93,27 @@ TEST_F(HostEnvironment, ExecutableWithALongPathIsCutAndTerminated)
     EXPECT_EQ(std::wcslen(m_value), 259u);
 }
 
-// The host name with its backslash, and what became of the path.
-struct Cut
+TEST_F(HostEnvironment, HostNameEndsAtItsFirstDot)
 {
-    const wchar_t* path;
-    const wchar_t* hostName;
-    const wchar_t* rest;
-};
-
-class HostName : public ::testing::TestWithParam<Cut>
-{
-};
-
-TEST_P(HostName, EndsAtItsFirstDot)
-{
-    wchar_t path[MAX_PATH];
-    wcscpy_s(path, MAX_PATH, GetParam().path);
-    const wchar_t* hostName = CutHostName(path);
-    EXPECT_STREQ(hostName, GetParam().hostName);
-    EXPECT_STREQ(path, GetParam().rest);
+    // The host name with its backslash, and what became of the path.
+    const auto expectCut = [](const wchar_t* whole, const wchar_t* hostName, const wchar_t* rest) {
+        wchar_t path[MAX_PATH];
+        wcscpy_s(path, MAX_PATH, whole);
+        EXPECT_STREQ(CutHostName(path), hostName);
+        EXPECT_STREQ(path, rest);
+    };
+    expectCut(L"C:\\Tools\\Launcher.exe", L"\\Launcher", L"C:\\Tools\\Launcher");
+    expectCut(L"C:\\Tools\\a.b.exe", L"\\a", L"C:\\Tools\\a");
+    expectCut(L"C:\\Tools\\Launcher", L"\\Launcher", L"C:\\Tools\\Launcher");
+    expectCut(L"C:\\v1.2\\Launcher.exe", L"\\Launcher", L"C:\\v1.2\\Launcher");
+    expectCut(L"C:\\Tools\\a..exe", L"\\a", L"C:\\Tools\\a");
+    expectCut(L"C:\\Tools\\a.", L"\\a", L"C:\\Tools\\a");
+    expectCut(L"C:\\Tools\\.exe", L"\\", L"C:\\Tools\\");
+    expectCut(L"C:\\Tools\\", L"\\", L"C:\\Tools\\");
+    expectCut(L"\\\\server\\share\\x.exe", L"\\x", L"\\\\server\\share\\x");
+    expectCut(L"C:\\\u30e1.\u30fc.exe", L"\\\u30e1", L"C:\\\u30e1");
+    expectCut(L"Launcher.exe", L"Launcher", L"Launcher");
+    expectCut(L"", L"", L"");
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    HostEnvironment, HostName,
-    ::testing::Values(Cut{L"C:\\Tools\\Launcher.exe", L"\\Launcher", L"C:\\Tools\\Launcher"},
-                      Cut{L"C:\\Tools\\a.b.exe", L"\\a", L"C:\\Tools\\a"},
-                      Cut{L"C:\\Tools\\Launcher", L"\\Launcher", L"C:\\Tools\\Launcher"},
-                      Cut{L"C:\\v1.2\\Launcher.exe", L"\\Launcher", L"C:\\v1.2\\Launcher"},
-                      Cut{L"C:\\Tools\\a..exe", L"\\a", L"C:\\Tools\\a"},
-                      Cut{L"C:\\Tools\\a.", L"\\a", L"C:\\Tools\\a"},
-                      Cut{L"C:\\Tools\\.exe", L"\\", L"C:\\Tools\\"},
-                      Cut{L"C:\\Tools\\", L"\\", L"C:\\Tools\\"},
-                      Cut{L"\\\\server\\share\\x.exe", L"\\x", L"\\\\server\\share\\x"},
-                      Cut{L"C:\\\u30e1.\u30fc.exe", L"\\\u30e1", L"C:\\\u30e1"},
-                      Cut{L"Launcher.exe", L"Launcher", L"Launcher"}, Cut{L"", L"", L""}));
 
 } // namespace

@@ -40,12 +40,11 @@ private:
     test::ImportPatch<void (*)(void*)> m_free{"free", Free};
 };
 
-// Not known to the compiler, which may leave an allocation out that nobody uses.
-void* volatile g_block = nullptr;
+// The compiler, which may leave an allocation out that nobody uses, does not know that nobody uses this one.
 void* Kept(void* block)
 {
-    g_block = block;
-    return g_block;
+    void* volatile kept = block;
+    return kept;
 }
 
 // The checks of a test ask for memory: none while there is none.
@@ -234,7 +233,7 @@ TEST(MemoryReserve, IsForTheRuntimeNotForTheLibrary)
     {
         const NoMemory noMemory;
         try {
-            g_block = ::operator new(1);
+            (void)Kept(::operator new(1));
         } catch (const std::bad_alloc&) {
             hasRaised = true;
             meanwhile = FreeBlocks();
@@ -242,9 +241,9 @@ TEST(MemoryReserve, IsForTheRuntimeNotForTheLibrary)
     }
     EXPECT_TRUE(hasRaised);
     EXPECT_LT(meanwhile, kBlocks) << "the exception is there";
-    g_block = ::operator new(0);
-    EXPECT_NE(g_block, nullptr);
-    ::operator delete(g_block);
+    void* const empty = Kept(::operator new(0));
+    EXPECT_NE(empty, nullptr);
+    ::operator delete(empty);
 }
 
 // Threads of the platform's that raise their first exception while there is no memory, all at the same time.
@@ -290,7 +289,7 @@ private:
             SwitchToThread();
         }
         try {
-            g_block = ::operator new(1);
+            (void)Kept(::operator new(1));
         } catch (const std::bad_alloc&) {
             ++self->m_raised;
             while (!self->m_mayEnd) {

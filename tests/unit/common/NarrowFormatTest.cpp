@@ -1,6 +1,5 @@
 #include "common/NarrowFormat.h"
 
-#include "support/Allocations.h"
 #include "unit/common/CodePage.h"
 #include "unit/common/InvalidParameter.h"
 
@@ -20,26 +19,20 @@ constexpr wchar_t kUnmappable[] = L"\u0e01\u10d0"; // Thai and Georgian: in neit
 
 // Formats into a buffer of this size, and checks that it ends where the result says and that nothing was
 // written behind it.
-std::string FormatInto(std::size_t size, const char* format, va_list arguments)
+std::string FormatSized(std::size_t size, const char* format, ...)
 {
     constexpr char kUntouched = '\x5a';
     std::vector<char> buffer(size + 64, kUntouched);
+    va_list arguments;
+    va_start(arguments, format);
     const int length = FormatNarrow(buffer.data(), size, format, arguments);
+    va_end(arguments);
     EXPECT_GE(length, 0);
     EXPECT_LT(static_cast<std::size_t>(length), size);
     EXPECT_EQ(std::strlen(buffer.data()), static_cast<std::size_t>(length));
     EXPECT_TRUE(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(size), buffer.end(),
                             [](char c) { return c == kUntouched; }));
     return std::string(buffer.data(), static_cast<std::size_t>(length));
-}
-
-std::string FormatSized(std::size_t size, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    std::string text = FormatInto(size, format, arguments);
-    va_end(arguments);
-    return text;
 }
 
 template <typename... Arguments> std::string Format(const char* format, Arguments... arguments)
@@ -54,11 +47,6 @@ std::wstring Repeated(std::wstring_view text, std::size_t times)
         repeated += text;
     }
     return repeated;
-}
-
-TEST(NarrowFormat, MessageMayTake1023Bytes)
-{
-    EXPECT_EQ(kLargestMessage, 1024u);
 }
 
 TEST(NarrowFormat, FormatsOfTheTrace)
@@ -173,30 +161,6 @@ TEST(NarrowFormat, HostsLocaleIsLeftAloneAndDoesNotCount)
     std::setlocale(LC_ALL, before.c_str());
 }
 
-// The length, or -1 when memory was asked for.
-int LengthWithoutMemory(const char* format, ...)
-{
-    char buffer[kLargestMessage];
-    bool isAsked = false;
-    va_list arguments;
-    va_start(arguments, format);
-    int length = 0;
-    {
-        const AllocationWatch watch(0);
-        length = FormatNarrow(buffer, sizeof buffer, format, arguments);
-        isAsked = watch.Failed();
-    }
-    va_end(arguments);
-    return isAsked ? -1 : length;
-}
-
-TEST(NarrowFormat, NeedsNoMemory)
-{
-    const CodePage western(kWestern);
-    const std::wstring text = Repeated(L"\u0101\u30e1\u00e9", 300);
-    EXPECT_EQ(LengthWithoutMemory("%S(%S, 0x%08X)\r\n", L"A", text.c_str(), 5), 917);
-}
-
 TEST(NarrowFormat, LongestMessageFits)
 {
     const std::string narrow(1023, 'x');
@@ -208,39 +172,29 @@ TEST(NarrowFormat, LongestMessageFits)
 }
 
 // Bytes count, not letters.
-struct Lengths
+TEST(NarrowFormat, LongestTextHas1023BytesHoweverManyLetters)
 {
-    UINT codePage;
-    std::wstring fits; // 1,023 bytes
-};
-
-class LongestText : public ::testing::TestWithParam<Lengths>
-{
-};
-
-TEST_P(LongestText, Has1023BytesHoweverManyLetters)
-{
+    const std::pair<UINT, std::wstring> longest[] = {{kWestern, Repeated(L"\u00e9", 1023)},
+                                                     {kWestern, Repeated(L"\u30e1", 1023)},
+                                                     {kJapanese, Repeated(L"\u30e1", 511) + L"x"},
+                                                     {kJapanese, L"x" + Repeated(L"\u30e1", 511)},
+                                                     {kJapanese, Repeated(L"\u0e01", 1023)},
+                                                     {CP_UTF8, Repeated(L"\u30e1", 341)},
+                                                     {CP_UTF8, Repeated(L"\xd83d\xde00", 255) + L"xyz"},
+                                                     {CP_UTF8, Repeated(L"\xd800", 341)}};
     const InvalidParameterHandler handler;
-    const CodePage system(GetParam().codePage);
-    const std::wstring& fits = GetParam().fits;
-    EXPECT_EQ(Format("%S", fits.c_str()).size(), 1023u);
-    EXPECT_EQ(Format("%Sx", fits.c_str()), "");
-    EXPECT_EQ(Format("x%S", fits.c_str()), "");
-    EXPECT_EQ(Format("%S", (fits + L"x").c_str()), "");
-    EXPECT_EQ(Format("%S", (fits + fits.front()).c_str()), "");
-    EXPECT_EQ(Format("%S%S", fits.c_str(), fits.c_str()), "");
-    EXPECT_EQ(Format("%S%S", fits.c_str(), L""), Format("%S", fits.c_str()));
+    for (const auto& [codePage, fits] : longest) {
+        SCOPED_TRACE(ToUtf8(fits) + " in " + std::to_string(codePage));
+        const CodePage system(codePage);
+        EXPECT_EQ(Format("%S", fits.c_str()).size(), 1023u);
+        EXPECT_EQ(Format("%Sx", fits.c_str()), "");
+        EXPECT_EQ(Format("x%S", fits.c_str()), "");
+        EXPECT_EQ(Format("%S", (fits + L"x").c_str()), "");
+        EXPECT_EQ(Format("%S", (fits + fits.front()).c_str()), "");
+        EXPECT_EQ(Format("%S%S", fits.c_str(), fits.c_str()), "");
+        EXPECT_EQ(Format("%S%S", fits.c_str(), L""), Format("%S", fits.c_str()));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(NarrowFormat, LongestText,
-                         ::testing::Values(Lengths{kWestern, Repeated(L"\u00e9", 1023)},
-                                           Lengths{kWestern, Repeated(L"\u30e1", 1023)},
-                                           Lengths{kJapanese, Repeated(L"\u30e1", 511) + L"x"},
-                                           Lengths{kJapanese, L"x" + Repeated(L"\u30e1", 511)},
-                                           Lengths{kJapanese, Repeated(L"\u0e01", 1023)},
-                                           Lengths{CP_UTF8, Repeated(L"\u30e1", 341)},
-                                           Lengths{CP_UTF8, Repeated(L"\xd83d\xde00", 255) + L"xyz"},
-                                           Lengths{CP_UTF8, Repeated(L"\xd800", 341)}));
 
 TEST(NarrowFormat, MessageThatDoesNotFitIsEmpty)
 {

@@ -104,11 +104,6 @@ struct Unusable
     std::vector<BYTE> bytes;   // of the value, or of one with another name
 };
 
-void PrintTo(const Unusable& unusable, std::ostream* stream)
-{
-    *stream << unusable.name;
-}
-
 const Unusable kUnusable[] = {
     {"no value", std::nullopt, {}},
     {"another value", std::nullopt, {1, 0, 0, 0}},
@@ -123,40 +118,30 @@ const Unusable kUnusable[] = {
     {"dword of five bytes", REG_DWORD, {1, 0, 0, 0, 0}},
 };
 
-class UnusableValue : public Reg, public ::testing::WithParamInterface<Unusable>
+TEST_F(Reg, UnusableValueIsNotReadAndGivesTheDefault)
 {
-protected:
-    void Store(const wchar_t* name)
-    {
-        if (GetParam().type) {
-            m_key.SetBytes(name, *GetParam().type, GetParam().bytes);
-        } else if (GetParam().bytes.empty()) {
-            m_key.Create();
-        } else {
-            m_key.SetBytes(L"Other", REG_DWORD, GetParam().bytes);
+    for (const Unusable& unusable : kUnusable) {
+        SCOPED_TRACE(unusable.name);
+        m_key.Delete();
+        m_key.Create();
+        for (const wchar_t* name :
+             {L"DebugLog", L"ManifestReaderSetting", L"RefreshInterval", L"ClearClipboardWaitTime"}) {
+            if (unusable.type) {
+                m_key.SetBytes(name, *unusable.type, unusable.bytes);
+            }
         }
+        if (!unusable.type && !unusable.bytes.empty()) {
+            m_key.SetBytes(L"Other", REG_DWORD, unusable.bytes);
+        }
+        {
+            const LogCapture log;
+            DWORD value = 7;
+            EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"RefreshInterval", &value), 0);
+            EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal", "(0)"));
+        }
+        ExpectDefaults();
     }
-};
-
-TEST_P(UnusableValue, IsNotRead)
-{
-    Store(L"RefreshInterval");
-    const LogCapture log;
-    DWORD value = 7;
-    EXPECT_EQ(CQanhReg::GetDWORDRegVal(L"RefreshInterval", &value), 0);
-    EXPECT_EQ(log.Lines(), Call("CQanhReg::GetDWORDRegVal", "(0)"));
 }
-
-TEST_P(UnusableValue, GivesTheDefault)
-{
-    for (const wchar_t* name :
-         {L"DebugLog", L"ManifestReaderSetting", L"RefreshInterval", L"ClearClipboardWaitTime"}) {
-        Store(name);
-    }
-    ExpectDefaults();
-}
-
-INSTANTIATE_TEST_SUITE_P(Reg, UnusableValue, ::testing::ValuesIn(kUnusable));
 
 // ---- the getters ----
 
@@ -185,44 +170,30 @@ TEST_F(Reg, EachGetterReadsItsOwnValueAnewAtEveryCall)
     ExpectDefaults();
 }
 
-struct Getter
+TEST_F(Reg, EachGetterMakesItsOwnOfTheStoredNumber)
 {
-    const wchar_t* value;
-    DWORD (*get)();
-    std::vector<std::pair<DWORD, DWORD>> results; // for each stored number
-};
-
-class RegGetter : public Reg, public ::testing::WithParamInterface<Getter>
-{
-};
-
-TEST_P(RegGetter, MakesItsOwnOfTheStoredNumber)
-{
-    for (const auto& [stored, result] : GetParam().results) {
-        m_key.SetDword(GetParam().value, stored);
-        EXPECT_EQ(GetParam().get(), result) << stored;
-    }
-}
-
-const Getter kGetters[] = {
+    const auto expectResults = [&](const wchar_t* name, DWORD (*get)(),
+                                   const std::vector<std::pair<DWORD, DWORD>>& results) {
+        SCOPED_TRACE(ToUtf8(name));
+        for (const auto& [stored, result] : results) {
+            m_key.SetDword(name, stored);
+            EXPECT_EQ(get(), result) << stored;
+        }
+    };
     // Any number but zero switches the log on.
-    {L"DebugLog", CQanhReg::IsDebugLogOn, {{1, 1}, {2, 1}, {0x80000000, 1}, {0xFFFFFFFF, 1}, {0, 0}}},
+    expectResults(L"DebugLog", CQanhReg::IsDebugLogOn,
+                  {{1, 1}, {2, 1}, {0x80000000, 1}, {0xFFFFFFFF, 1}, {0, 0}});
     // Whatever is above one is one.
-    {L"ManifestReaderSetting",
-     CQanhReg::GetManifestReaderSetting,
-     {{2, 1}, {3, 1}, {0x80000000, 1}, {0xFFFFFFFF, 1}, {0, 0}, {1, 1}}},
+    expectResults(L"ManifestReaderSetting", CQanhReg::GetManifestReaderSetting,
+                  {{2, 1}, {3, 1}, {0x80000000, 1}, {0xFFFFFFFF, 1}, {0, 0}, {1, 1}});
     // Minutes as milliseconds, which wrap: the second last is 4,294,980,000 less 2 to the power of 32.
-    {L"RefreshInterval",
-     CQanhReg::GetRefreshInterval,
-     {{0, 0}, {1, 60000}, {720, 43200000}, {71582, 4294920000}, {71583, 12704}, {0xFFFFFFFF, 4294907296}}},
+    expectResults(
+        L"RefreshInterval", CQanhReg::GetRefreshInterval,
+        {{0, 0}, {1, 60000}, {720, 43200000}, {71582, 4294920000}, {71583, 12704}, {0xFFFFFFFF, 4294907296}});
     // Without a range.
-    {L"ClearClipboardWaitTime",
-     CQanhReg::GetClearClipboardWaitTime,
-     {{0, 0}, {1, 1}, {999999, 999999}, {0xFFFFFFFF, 0xFFFFFFFF}}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Reg, RegGetter, ::testing::ValuesIn(kGetters),
-                         [](const auto& each) { return ToUtf8(each.param.value); });
+    expectResults(L"ClearClipboardWaitTime", CQanhReg::GetClearClipboardWaitTime,
+                  {{0, 0}, {1, 1}, {999999, 999999}, {0xFFFFFFFF, 0xFFFFFFFF}});
+}
 
 class RegLog : public Reg
 {

@@ -3,15 +3,12 @@
 #include "common/Xml.h"
 
 #include "support/ReaderProbe.h"
+#include "support/XmlText.h"
 
 #include <gmock/gmock.h>
 
-#include <shlwapi.h>
-
 #include <string>
 #include <vector>
-
-using Microsoft::WRL::ComPtr;
 
 namespace {
 
@@ -20,22 +17,6 @@ using ::testing::ElementsAre;
 class XmlFailures : public ::testing::Test
 {
 protected:
-    // Stands on the root element.
-    XmlFailures()
-    {
-        static constexpr char kDocument[] = "<r a='1' b='2' c='3'><x/><x/></r>";
-        m_stream.Attach(SHCreateMemStream(reinterpret_cast<const BYTE*>(kDocument), sizeof kDocument - 1));
-        EXPECT_EQ(m_reader->SetInput(m_stream.Get()), S_OK);
-        EXPECT_EQ(m_reader->Read(nullptr), S_OK);
-    }
-
-    static ComPtr<IXmlReader> MakeReader()
-    {
-        ComPtr<IXmlReader> reader;
-        EXPECT_EQ(Xml::MakeReader(reader), S_OK);
-        return reader;
-    }
-
     std::vector<std::wstring> Attributes()
     {
         std::vector<std::wstring> names;
@@ -52,9 +33,8 @@ protected:
         return count;
     }
 
-    ComPtr<IStream> m_stream;
-    ComPtr<IXmlReader> m_reader = MakeReader();
-    test::ReaderProbe m_probe{m_reader.Get()};
+    const test::XmlSource m_source{"<r a='1' b='2' c='3'><x/><x/></r>", L"r"};
+    test::ReaderProbe m_probe{m_source.Reader()};
     HRESULT m_result = E_UNEXPECTED;
 };
 

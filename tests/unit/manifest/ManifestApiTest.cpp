@@ -79,8 +79,8 @@ TEST_F(ManifestApi, StepsAndLogOfOneApplication)
                             "SHCreateStreamOnFileEx(0x10, 0, 0, null)", "CreateManifestReader",
                             "GetApplications", "GetHasCurrent", "GetCurrent", "GetStringValue(DisplayName)",
                             "MoveNext", "GetHasCurrent", "CoUninitialize"));
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x00000000)",
-                                {Step("CQanhPackage::AddApplication(Weather, (null))", "OUT(0x00000000)")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppNameUsingAPI", "(0x00000000)",
+                                Call("CQanhPackage::AddApplication(Weather, (null))", "(0x00000000)")));
 }
 
 TEST_F(ManifestApi, HoldsTheFileUntilTheLastApplicationAndEachApplicationUntilTheNextOne)
@@ -106,9 +106,9 @@ TEST_F(ManifestApi, NullAndEmptyArguments)
     EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(L"", nullptr), E_POINTER);
     EXPECT_EQ(CQanhManifestReader::GetAppNameUsingAPI(L"", &m_package), E_INVALIDARG);
     EXPECT_THAT(m_objects.journal, IsEmpty());
-    const auto refused = Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x80004003)");
-    EXPECT_EQ(log.Lines(), Log({refused, refused, refused,
-                                Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x80070057)")}));
+    const auto refused = Call("CQanhManifestReader::GetAppNameUsingAPI", "(0x80004003)");
+    EXPECT_EQ(log.Lines(),
+              refused + refused + refused + Call("CQanhManifestReader::GetAppNameUsingAPI", "(0x80070057)"));
 }
 
 TEST_F(ManifestApi, AFileThatIsNotThere)
@@ -229,7 +229,7 @@ TEST_F(ManifestApi, WithoutAnApartmentThereIsNothingToRead)
     const LogCapture log;
     EXPECT_EQ(Get(), E_OUTOFMEMORY);
     EXPECT_THAT(m_objects.journal, ElementsAre("CoInitializeEx(2) = 0x8007000E"));
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppNameUsingAPI", "OUT(0x8007000E)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppNameUsingAPI", "(0x8007000E)"));
 }
 
 TEST_F(ManifestApi, RunningOutOfMemoryCostsAnApplicationAndNoText)

@@ -6,18 +6,8 @@
 #include "manifest/ManifestReader.h"
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
-#include "support/LogCapture.h"
-#include "support/LogSteps.h"
 #include "support/Registry.h"
-#include "support/TemporaryFolder.h"
-#include "support/Text.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include "support/Test.h"
 
 namespace manifest_test {
 
@@ -64,32 +54,31 @@ inline std::string Manifest(const std::string& applications)
 
 // What the steps of a walk log.
 
-inline std::vector<std::string> Found(const std::string& element)
+inline Lines Found(const std::string& element)
 {
-    return Step("CQanhManifestReader::MoveToElementByName(" + element + ")", "OUT(0x00000000)");
+    return Call("CQanhManifestReader::MoveToElementByName(" + element + ")", "(0x00000000)");
 }
-inline std::vector<std::string> NotFound(const std::string& element)
+inline Lines NotFound(const std::string& element)
 {
-    return Step("CQanhManifestReader::MoveToElementByName(" + element + ")", "OUT(0x00000001)");
+    return Call("CQanhManifestReader::MoveToElementByName(" + element + ")", "(0x00000001)");
 }
-inline std::vector<std::string> Value(const std::string& attribute)
+inline Lines Value(const std::string& attribute)
 {
-    return Step("CQanhManifestReader::GetAttributeValueByName(" + attribute + ")", "OUT(0x00000000)");
+    return Call("CQanhManifestReader::GetAttributeValueByName(" + attribute + ")", "(0x00000000)");
 }
-inline std::vector<std::string> NoValue(const std::string& attribute)
+inline Lines NoValue(const std::string& attribute)
 {
-    return Step("CQanhManifestReader::GetAttributeValueByName(" + attribute + ")", "OUT(0x00000001)");
+    return Call("CQanhManifestReader::GetAttributeValueByName(" + attribute + ")", "(0x00000001)");
 }
 // A reference of the package with full name "F" and name "N", which is looked for in these sources.
-inline std::vector<std::string> Converted(const std::string& reference,
-                                          const std::vector<std::string>& sources, const std::string& text)
+inline Lines Converted(const std::string& reference, const Lines& sources, const std::string& text)
 {
     const std::string operation = "CQanhManifestReader::ConvertMsResourceToString";
-    std::vector<std::string> tries;
+    Lines tries;
     for (const std::string& source : sources) {
         tries.push_back(operation + " ms-resource = " + source + ")");
     }
-    return Step(operation + "(" + reference + ", F, N, , 256)", "OUT(pStr = " + text + ")", {tries});
+    return Call(operation + "(" + reference + ", F, N, , 256)", "(pStr = " + text + ")", tries);
 }
 
 // A manifest in a folder of its own, the record of its package, and the package's resources.
@@ -125,7 +114,6 @@ protected:
     }
 
     static constexpr HRESULT kMismatchedTag = static_cast<HRESULT>(0xC00CEE3B);
-    static constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80070002);
 
     TemporaryFolder m_folder;
     ScopedKey m_settings{HKEY_LOCAL_MACHINE, kSettingsKey};

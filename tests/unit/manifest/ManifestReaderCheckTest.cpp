@@ -88,18 +88,18 @@ TEST_F(ManifestCheck, WholeLogs)
 {
     LogCapture log;
     Check(Manifest(Application("A", "B")));
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::IsCanGetAppNameFromManifest", "OUT(0x00000001)",
-                                {Found("Applications"), Found("Application"), Found("VisualElements"),
-                                 Value("DisplayName"), Found("DefaultTile"), Value("ShortName"),
-                                 NotFound("Application")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::IsCanGetAppNameFromManifest", "(0x00000001)",
+                                Found("Applications") + Found("Application") + Found("VisualElements") +
+                                    Value("DisplayName") + Found("DefaultTile") + Value("ShortName") +
+                                    NotFound("Application")));
     log.Clear();
     Check(Manifest(Application("ms-resource:Name", "ms-resource:Short") + Application("B", "b-tile")));
-    EXPECT_EQ(
-        log.Lines(),
-        Step("CQanhManifestReader::IsCanGetAppNameFromManifest", "OUT(0x00000000)",
-             {Found("Applications"), Found("Application"), Found("VisualElements"), Value("DisplayName"),
-              Converted("ms-resource:name",
-                        {"@{F?ms-resource://N/resources/name}", "@{F? ms-resource://N/name}"}, "")}));
+    EXPECT_EQ(log.Lines(),
+              Call("CQanhManifestReader::IsCanGetAppNameFromManifest", "(0x00000000)",
+                   Found("Applications") + Found("Application") + Found("VisualElements") +
+                       Value("DisplayName") +
+                       Converted("ms-resource:name",
+                                 {"@{F?ms-resource://N/resources/name}", "@{F? ms-resource://N/name}"}, "")));
 }
 
 TEST_F(ManifestCheck, NeedsAPlaceForItsAnswer)
@@ -108,7 +108,7 @@ TEST_F(ManifestCheck, NeedsAPlaceForItsAnswer)
     const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::IsCanGetAppNameFromManifest(Path().c_str(), &m_package, nullptr),
               E_POINTER);
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::IsCanGetAppNameFromManifest", "OUT(0x80004003)"));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::IsCanGetAppNameFromManifest", "(0x80004003)"));
 }
 
 TEST_F(ManifestCheck, TheAnswerIsNoUntilTheWalkIsOver)

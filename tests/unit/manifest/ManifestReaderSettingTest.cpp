@@ -35,25 +35,24 @@ protected:
     }
 
     // Adds with the reader that is set; the log has this loading of the setting, and this reader and result.
-    void ExpectLog(const std::vector<std::string>& loading, const std::string& reader,
-                   const std::string& exit)
+    void ExpectLog(const Lines& loading, const std::string& reader, const std::string& exit)
     {
         const LogCapture log;
         EXPECT_EQ(Add(), Result(exit));
         EXPECT_THAT(NamesOf(m_package), IsEmpty());
-        EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::AddAppsToPackage", "OUT(" + exit + ")",
-                                    {loading, Step("CQanhManifestReader::" + reader, "OUT(" + exit + ")")}));
+        EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::AddAppsToPackage", "(" + exit + ")",
+                                    loading + Call("CQanhManifestReader::" + reader, "(" + exit + ")")));
     }
 
     FakeManifest m_manifest;
 };
 
 // The log of the loading of the setting.
-std::vector<std::string> Loading(const std::string& registry, const std::string& setting)
+Lines Loading(const std::string& registry, const std::string& setting)
 {
-    return Step(
-        "CQanhManifestReader::LoadSetting", "OUT",
-        {Step("CQanhReg::GetManifestReaderSetting", setting, {Step("CQanhReg::GetDWORDRegVal", registry)})});
+    return Call(
+        "CQanhManifestReader::LoadSetting", "",
+        Call("CQanhReg::GetManifestReaderSetting", setting, Call("CQanhReg::GetDWORDRegVal", registry)));
 }
 
 TEST_F(ManifestReaderSetting, IsTheXmlUnlessItIsTheNumberZero)
@@ -74,7 +73,7 @@ TEST_F(ManifestReaderSetting, ZeroIsTheSystem)
     m_settings.SetDword(kSetting, 0);
     const LogCapture log;
     EXPECT_EQ(CQanhManifestReader::LoadSetting(), 0u);
-    EXPECT_EQ(log.Lines(), Loading("OUT(1)", "OUT(0)"));
+    EXPECT_EQ(log.Lines(), Loading("(1)", "(0)"));
     EXPECT_EQ(Add(), S_OK);
     EXPECT_EQ(NamesOf(m_package), NameList{kOfTheSystem});
 }
@@ -92,10 +91,10 @@ TEST_F(ManifestReaderSetting, IsReadAnewForEachPackage)
 TEST_F(ManifestReaderSetting, ResultOfTheReaderIsPassedOn)
 {
     DeleteFileW(Path().c_str());
-    ExpectLog(Loading("OUT", "OUT(1)"), "GetAppNameUsingXmlParser", "0x80070002");
+    ExpectLog(Loading("", "(1)"), "GetAppNameUsingXmlParser", "0x80070002");
     m_settings.SetDword(kSetting, 0);
     m_manifest.objects.Fail("CoCreateInstance", REGDB_E_CLASSNOTREG);
-    ExpectLog(Loading("OUT(1)", "OUT(0)"), "GetAppNameUsingAPI", "0x80040154");
+    ExpectLog(Loading("(1)", "(0)"), "GetAppNameUsingAPI", "0x80040154");
 }
 
 TEST_F(ManifestReaderSetting, ArgumentsAreTheReadersBusiness)

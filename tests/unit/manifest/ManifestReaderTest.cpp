@@ -169,35 +169,35 @@ TEST_F(ManifestReader, WholeLogs)
 {
     LogCapture log;
     EXPECT_EQ(Parse(Manifest(Application("Weather", "W"))), S_FALSE);
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
-                                {Found("Applications"), Found("Application"), Found("VisualElements"),
-                                 Value("DisplayName"), Found("DefaultTile"), Value("ShortName"),
-                                 Step("CQanhPackage::AddApplication(weather, w)", "OUT(0x00000000)"),
-                                 NotFound("Application")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppNameUsingXmlParser", "(0x00000001)",
+                                Found("Applications") + Found("Application") + Found("VisualElements") +
+                                    Value("DisplayName") + Found("DefaultTile") + Value("ShortName") +
+                                    Call("CQanhPackage::AddApplication(weather, w)", "(0x00000000)") +
+                                    NotFound("Application")));
     log.Clear();
     // The applications are looked for all the same, behind the end of the document.
     EXPECT_EQ(Parse("<Package/>"), S_FALSE);
-    EXPECT_EQ(log.Lines(), Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
-                                {NotFound("Applications"), NotFound("Application")}));
+    EXPECT_EQ(log.Lines(), Call("CQanhManifestReader::GetAppNameUsingXmlParser", "(0x00000001)",
+                                NotFound("Applications") + NotFound("Application")));
     log.Clear();
     // Every step is taken, also where the element of the step before was not found.
     EXPECT_EQ(Parse("<Applications><Application/></Applications>"), S_FALSE);
     EXPECT_EQ(log.Lines(),
-              Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
-                   {Found("Applications"), Found("Application"), NotFound("VisualElements"),
-                    NoValue("DisplayName"), NotFound("DefaultTile"), NoValue("ShortName"),
-                    Step("CQanhPackage::AddApplication(, )", "OUT(0x00000000)"), NotFound("Application")}));
+              Call("CQanhManifestReader::GetAppNameUsingXmlParser", "(0x00000001)",
+                   Found("Applications") + Found("Application") + NotFound("VisualElements") +
+                       NoValue("DisplayName") + NotFound("DefaultTile") + NoValue("ShortName") +
+                       Call("CQanhPackage::AddApplication(, )", "(0x00000000)") + NotFound("Application")));
     log.Clear();
     // The lines of a resource stand between its attribute and the next step.
     m_resources.texts[L"@{F?ms-resource://N/resources/a}"] = L"My App";
     EXPECT_EQ(Parse(Manifest(Application("ms-resource:A", "B"))), S_FALSE);
     EXPECT_EQ(
         log.Lines(),
-        Step("CQanhManifestReader::GetAppNameUsingXmlParser", "OUT(0x00000001)",
-             {Found("Applications"), Found("Application"), Found("VisualElements"), Value("DisplayName"),
-              Converted("ms-resource:a", {"@{F?ms-resource://N/resources/a}"}, "My App"),
-              Found("DefaultTile"), Value("ShortName"),
-              Step("CQanhPackage::AddApplication(My App, b)", "OUT(0x00000000)"), NotFound("Application")}));
+        Call("CQanhManifestReader::GetAppNameUsingXmlParser", "(0x00000001)",
+             Found("Applications") + Found("Application") + Found("VisualElements") + Value("DisplayName") +
+                 Converted("ms-resource:a", {"@{F?ms-resource://N/resources/a}"}, "My App") +
+                 Found("DefaultTile") + Value("ShortName") +
+                 Call("CQanhPackage::AddApplication(My App, b)", "(0x00000000)") + NotFound("Application")));
 }
 
 TEST_F(ManifestReader, ReadsOnManyThreadsAtOnce)

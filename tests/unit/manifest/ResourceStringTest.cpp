@@ -103,26 +103,6 @@ TEST_F(ResourceString, TheShellGetsTheCallersBufferAndItsSize)
     }
 }
 
-TEST_F(ResourceString, ATextIsCutToTheBuffer)
-{
-    for (const std::size_t size : {255u, 256u, 257u, 5000u}) {
-        for (const wchar_t* source : {L"@{F?ms-resource://N/resources/a}", L"@{F? ms-resource://N/a}"}) {
-            m_resources.texts = {{source, std::wstring(size, L'x')}};
-            EXPECT_TRUE(Convert(L"ms-resource:a"));
-            EXPECT_EQ(std::wstring(m_buffer), std::wstring(255, L'x'));
-        }
-    }
-}
-
-TEST_F(ResourceString, TheSecondTryGetsTheBufferAsTheFirstOneLeftIt)
-{
-    m_resources.leftOver = L"rest";
-    std::vector<std::wstring> before;
-    m_resources.onLoad = [&] { before.emplace_back(m_buffer); };
-    EXPECT_FALSE(Convert(L"ms-resource:A"));
-    EXPECT_THAT(before, ElementsAre(L"", L"rest"));
-}
-
 TEST_F(ResourceString, EveryResultThatIsNoFailureIsSuccess)
 {
     m_resources.texts[L"@{F?ms-resource://N/resources/appname}"] = L"My App";
