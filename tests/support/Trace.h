@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/LogSteps.h"
+
 #include <string>
 #include <vector>
 
@@ -24,7 +26,7 @@ inline Lines operator+(Lines lines, const Lines& more)
 // The entry may have arguments: Call("QanhIsInstalled(mail_1)", "(0x00000000)").
 inline Lines Call(const std::string& entry, const std::string& result = "", const Lines& onTheWay = {})
 {
-    return Lines{entry + " IN"} + onTheWay + Lines{entry.substr(0, entry.find('(')) + " OUT" + result};
+    return Step(entry, "OUT" + result, {onTheWay});
 }
 
 } // namespace test
