@@ -60,6 +60,31 @@ void MakeFolder(const std::wstring& path)
     MakeFolder(path);
 }
 
+std::wstring FullPath(const std::wstring& path)
+{
+    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(size, L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
+    return full;
+}
+
+void ForEachEntry(const std::wstring& folder,
+                  const std::function<void(const std::wstring& name, unsigned long attributes)>& visit)
+{
+    WIN32_FIND_DATAW entry = {};
+    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    do {
+        const std::wstring name = entry.cFileName;
+        if (name != L"." && name != L"..") {
+            visit(name, entry.dwFileAttributes);
+        }
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+}
+
 std::wstring FolderOf(const std::wstring& path)
 {
     const size_t end = path.find_last_of(L'\\');

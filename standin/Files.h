@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,14 @@ void WriteFileBytes(const std::wstring& path, std::string_view bytes);
 
 // Makes the folder and its parents, those that are missing.
 void MakeFolder(const std::wstring& path);
+
+// The path in full, from the drive on; a relative one lies in the current folder.
+[[nodiscard]] std::wstring FullPath(const std::wstring& path);
+
+// Calls this for all that is in a folder, with the name and the attributes; without "." and "..". Not at all
+// when the folder cannot be read.
+void ForEachEntry(const std::wstring& folder,
+                  const std::function<void(const std::wstring& name, unsigned long attributes)>& visit);
 
 // The part of a path in front of its last backslash, empty without one.
 [[nodiscard]] std::wstring FolderOf(const std::wstring& path);

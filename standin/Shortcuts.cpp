@@ -45,19 +45,6 @@ private:
     HRESULT m_result; // a failure means that the thread is in an apartment of another kind, which will do
 };
 
-bool HasExtension(const std::wstring& path, const wchar_t* extension) noexcept
-{
-    const wchar_t* found = PathFindExtensionW(path.c_str());
-    return CompareStringOrdinal(found, -1, extension, -1, TRUE) == CSTR_EQUAL;
-}
-
-std::wstring FullPath(const std::wstring& path)
-{
-    std::wstring full(longestPath, L'\0');
-    full.resize(GetFullPathNameW(path.c_str(), longestPath, full.data(), nullptr));
-    return full;
-}
-
 std::wstring Expand(const std::wstring& text)
 {
     std::wstring expanded(longestPath, L'\0');
@@ -188,6 +175,12 @@ Shortcut ReadShortcut(const std::wstring& path)
     const ComScope com;
     const std::wstring full = FullPath(path);
     return HasExtension(full, L".lnk") ? ReadLink(full) : ReadAddress(full);
+}
+
+bool HasExtension(const std::wstring& path, const wchar_t* extension) noexcept
+{
+    const wchar_t* found = PathFindExtensionW(path.c_str());
+    return CompareStringOrdinal(found, -1, extension, -1, TRUE) == CSTR_EQUAL;
 }
 
 bool IsShortcut(const std::wstring& path) noexcept

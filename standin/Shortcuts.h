@@ -22,6 +22,9 @@ void WriteShortcut(const std::wstring& path, const std::wstring& target, const s
 // Variables in the target are expanded.
 [[nodiscard]] Shortcut ReadShortcut(const std::wstring& path);
 
+// True when path ends in the extension (".exe"), in any case.
+[[nodiscard]] bool HasExtension(const std::wstring& path, const wchar_t* extension) noexcept;
+
 // True when path ends in ".lnk" or ".url", in any case.
 [[nodiscard]] bool IsShortcut(const std::wstring& path) noexcept;
 

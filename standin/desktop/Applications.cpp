@@ -29,25 +29,18 @@ std::wstring EnvironmentVariable(const wchar_t* name)
 
 void AddShortcuts(const std::wstring& folder, std::vector<Application>& applications)
 {
-    WIN32_FIND_DATAW entry = {};
-    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE) {
-        return;
-    }
-    do {
-        const std::wstring name = entry.cFileName;
+    ForEachEntry(folder, [&](const std::wstring& name, DWORD attributes) {
         const std::wstring path = folder + L"\\" + name;
-        if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-            const bool isLoop = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-            if (name != L"." && name != L".." && !isLoop) {
+        if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
+            const bool isLoop = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+            if (!isLoop) {
                 AddShortcuts(path, applications);
             }
         } else if (IsShortcut(name)) {
             applications.push_back(
                 {name.substr(0, name.find_last_of(L'.')), path, Application::Kind::Shortcut});
         }
-    } while (FindNextFileW(search, &entry));
-    FindClose(search);
+    });
 }
 
 void AddStoreApplications(std::vector<Application>& applications)
@@ -63,16 +56,10 @@ void AddStoreApplications(std::vector<Application>& applications)
     }
 }
 
-bool IsProgram(const std::wstring& target) noexcept
-{
-    const wchar_t* extension = PathFindExtensionW(target.c_str());
-    return CompareStringOrdinal(extension, -1, L".exe", -1, TRUE) == CSTR_EQUAL;
-}
-
 void Open(const Shortcut& shortcut)
 {
     const bool hasFolder = PathIsDirectoryW(shortcut.workingFolder.c_str()) != FALSE;
-    if (IsProgram(shortcut.target)) {
+    if (HasExtension(shortcut.target, L".exe")) {
         StartProgram(shortcut.target, shortcut.arguments,
                      hasFolder ? shortcut.workingFolder : std::wstring());
         return;

@@ -1,4 +1,4 @@
-#include "standin/platform/ActivationManager.h"
+#include "standin/platform/Makers.h"
 
 #include "standin/Files.h"
 #include "standin/Journal.h"

@@ -1,4 +1,4 @@
-#include "standin/platform/AppVisibility.h"
+#include "standin/platform/Makers.h"
 
 #include "standin/Names.h"
 #include "standin/Settings.h"

@@ -2,10 +2,7 @@
 
 #include "platform/PackageManifest.h"
 #include "standin/Settings.h"
-#include "standin/platform/ActivationManager.h"
-#include "standin/platform/AppVisibility.h"
-#include "standin/platform/ManifestFactory.h"
-#include "standin/platform/PackageManager.h"
+#include "standin/platform/Makers.h"
 #include "standin/platform/RuntimeObject.h"
 
 #include <shobjidl.h>

@@ -61,7 +61,7 @@ protected:
     virtual ~ComObject() = default;
 
     // For Unserved.h.
-    static HRESULT NotImplemented(const char*) noexcept { return E_NOTIMPL; }
+    static HRESULT NotImplemented() noexcept { return E_NOTIMPL; }
 
     // The interface, null when the object has none of that ID. Without a reference of its own.
     [[nodiscard]] virtual void* FindInterface(REFIID interfaceId) noexcept
@@ -99,9 +99,6 @@ template <typename Class, typename... Arguments>
 template <typename Class, typename Interface, typename... Arguments>
 [[nodiscard]] HRESULT MakeObject(Interface** object, Arguments&&... arguments) noexcept
 {
-    if (!object) {
-        return E_POINTER;
-    }
     *object = new (std::nothrow) Class(std::forward<Arguments>(arguments)...);
     return *object ? S_OK : E_OUTOFMEMORY;
 }

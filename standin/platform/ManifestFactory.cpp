@@ -1,4 +1,4 @@
-#include "standin/platform/ManifestFactory.h"
+#include "standin/platform/Makers.h"
 
 #include "platform/PackageManifest.h"
 #include "standin/Settings.h"

@@ -1,4 +1,4 @@
-#include "standin/platform/PackageManager.h"
+#include "standin/platform/Makers.h"
 
 #include "standin/Settings.h"
 #include "standin/Text.h"

@@ -13,16 +13,10 @@ template <typename Base> class UnservedPackageId : public Base
 public:
     using Base::Base;
 
-    HRESULT STDMETHODCALLTYPE get_Architecture(INT32*) override
-    {
-        return this->NotImplemented("Architecture");
-    }
-    HRESULT STDMETHODCALLTYPE get_ResourceId(HSTRING*) override { return this->NotImplemented("ResourceId"); }
-    HRESULT STDMETHODCALLTYPE get_Publisher(HSTRING*) override { return this->NotImplemented("Publisher"); }
-    HRESULT STDMETHODCALLTYPE get_PublisherId(HSTRING*) override
-    {
-        return this->NotImplemented("PublisherId");
-    }
+    HRESULT STDMETHODCALLTYPE get_Architecture(INT32*) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE get_ResourceId(HSTRING*) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE get_Publisher(HSTRING*) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE get_PublisherId(HSTRING*) override { return this->NotImplemented(); }
 };
 
 template <typename Base> class UnservedStorageItem : public Base
@@ -32,31 +26,19 @@ public:
 
     HRESULT STDMETHODCALLTYPE RenameAsyncOverloadDefaultOptions(HSTRING, void**) override
     {
-        return this->NotImplemented("RenameAsync");
+        return this->NotImplemented();
     }
-    HRESULT STDMETHODCALLTYPE RenameAsync(HSTRING, INT32, void**) override
-    {
-        return this->NotImplemented("RenameAsync");
-    }
+    HRESULT STDMETHODCALLTYPE RenameAsync(HSTRING, INT32, void**) override { return this->NotImplemented(); }
     HRESULT STDMETHODCALLTYPE DeleteAsyncOverloadDefaultOptions(void**) override
     {
-        return this->NotImplemented("DeleteAsync");
+        return this->NotImplemented();
     }
-    HRESULT STDMETHODCALLTYPE DeleteAsync(INT32, void**) override
-    {
-        return this->NotImplemented("DeleteAsync");
-    }
-    HRESULT STDMETHODCALLTYPE GetBasicPropertiesAsync(void**) override
-    {
-        return this->NotImplemented("GetBasicPropertiesAsync");
-    }
-    HRESULT STDMETHODCALLTYPE get_Name(HSTRING*) override
-    {
-        return this->NotImplemented("Name of the folder");
-    }
-    HRESULT STDMETHODCALLTYPE get_Attributes(UINT32*) override { return this->NotImplemented("Attributes"); }
-    HRESULT STDMETHODCALLTYPE get_DateCreated(INT64*) override { return this->NotImplemented("DateCreated"); }
-    HRESULT STDMETHODCALLTYPE IsOfType(UINT32, boolean*) override { return this->NotImplemented("IsOfType"); }
+    HRESULT STDMETHODCALLTYPE DeleteAsync(INT32, void**) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE GetBasicPropertiesAsync(void**) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE get_Name(HSTRING*) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE get_Attributes(UINT32*) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE get_DateCreated(INT64*) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE IsOfType(UINT32, boolean*) override { return this->NotImplemented(); }
 };
 
 template <typename Base> class UnservedPackageIterator : public Base
@@ -66,7 +48,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetMany(UINT32, platform::IPackage**, UINT32*) override
     {
-        return this->NotImplemented("GetMany");
+        return this->NotImplemented();
     }
 };
 
@@ -77,11 +59,11 @@ public:
 
     HRESULT STDMETHODCALLTYPE IndexOf(platform::IPackage*, UINT32*, boolean*) override
     {
-        return this->NotImplemented("IndexOf");
+        return this->NotImplemented();
     }
     HRESULT STDMETHODCALLTYPE GetMany(UINT32, UINT32, platform::IPackage**, UINT32*) override
     {
-        return this->NotImplemented("GetMany");
+        return this->NotImplemented();
     }
 };
 
@@ -91,60 +73,36 @@ public:
     using Base::Base;
     using Packages = platform::IPackageIterable;
 
-    HRESULT STDMETHODCALLTYPE AddPackageAsync() override { return this->NotImplemented("AddPackageAsync"); }
-    HRESULT STDMETHODCALLTYPE UpdatePackageAsync() override
-    {
-        return this->NotImplemented("UpdatePackageAsync");
-    }
-    HRESULT STDMETHODCALLTYPE RemovePackageAsync() override
-    {
-        return this->NotImplemented("RemovePackageAsync");
-    }
-    HRESULT STDMETHODCALLTYPE StagePackageAsync() override
-    {
-        return this->NotImplemented("StagePackageAsync");
-    }
-    HRESULT STDMETHODCALLTYPE RegisterPackageAsync() override
-    {
-        return this->NotImplemented("RegisterPackageAsync");
-    }
-    HRESULT STDMETHODCALLTYPE FindPackages(Packages**) override
-    {
-        return this->NotImplemented("FindPackages");
-    }
+    HRESULT STDMETHODCALLTYPE AddPackageAsync() override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE UpdatePackageAsync() override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE RemovePackageAsync() override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE StagePackageAsync() override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE RegisterPackageAsync() override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE FindPackages(Packages**) override { return this->NotImplemented(); }
     HRESULT STDMETHODCALLTYPE FindPackagesByNamePublisher(HSTRING, HSTRING, Packages**) override
     {
-        return this->NotImplemented("FindPackagesByNamePublisher");
+        return this->NotImplemented();
     }
     HRESULT STDMETHODCALLTYPE FindPackagesByUserSecurityIdNamePublisher(HSTRING, HSTRING, HSTRING,
                                                                         Packages**) override
     {
-        return this->NotImplemented("FindPackagesByUserSecurityIdNamePublisher");
+        return this->NotImplemented();
     }
-    HRESULT STDMETHODCALLTYPE FindUsers(HSTRING, void**) override
-    {
-        return this->NotImplemented("FindUsers");
-    }
-    HRESULT STDMETHODCALLTYPE SetPackageState(HSTRING, INT32) override
-    {
-        return this->NotImplemented("SetPackageState");
-    }
+    HRESULT STDMETHODCALLTYPE FindUsers(HSTRING, void**) override { return this->NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE SetPackageState(HSTRING, INT32) override { return this->NotImplemented(); }
     HRESULT STDMETHODCALLTYPE FindPackageByPackageFullName(HSTRING, platform::IPackage**) override
     {
-        return this->NotImplemented("FindPackageByPackageFullName");
+        return this->NotImplemented();
     }
-    HRESULT STDMETHODCALLTYPE CleanupPackageForUserAsync() override
-    {
-        return this->NotImplemented("CleanupPackageForUserAsync");
-    }
+    HRESULT STDMETHODCALLTYPE CleanupPackageForUserAsync() override { return this->NotImplemented(); }
     HRESULT STDMETHODCALLTYPE FindPackagesByPackageFamilyName(HSTRING, Packages**) override
     {
-        return this->NotImplemented("FindPackagesByPackageFamilyName");
+        return this->NotImplemented();
     }
     HRESULT STDMETHODCALLTYPE FindPackageByUserSecurityIdPackageFullName(HSTRING, HSTRING,
                                                                          platform::IPackage**) override
     {
-        return this->NotImplemented("FindPackageByUserSecurityIdPackageFullName");
+        return this->NotImplemented();
     }
 };
 

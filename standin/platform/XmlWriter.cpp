@@ -1,4 +1,4 @@
-#include "standin/platform/XmlWriter.h"
+#include "standin/platform/Patches.h"
 
 #include "standin/ModulePath.h"
 #include "standin/Result.h"

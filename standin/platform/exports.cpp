@@ -3,8 +3,7 @@
 #include "standin/ModulePath.h"
 #include "standin/Result.h"
 #include "standin/platform/Classes.h"
-#include "standin/platform/IndirectString.h"
-#include "standin/platform/XmlWriter.h"
+#include "standin/platform/Patches.h"
 
 #include <windows.h>
 

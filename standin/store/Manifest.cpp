@@ -135,7 +135,6 @@ private:
     {
         const std::pair<const wchar_t*, std::wstring*> places[] = {
             {L"Name", &m_manifest.name},
-            {L"Publisher", &m_manifest.publisher},
             {L"Version", &m_manifest.version},
             {L"ProcessorArchitecture", &m_manifest.architecture},
             {L"ResourceId", &m_manifest.resourceId},

@@ -31,7 +31,6 @@ struct ManifestApplication
 struct Manifest
 {
     std::wstring name; // of the identity, like the following
-    std::wstring publisher;
     std::wstring version;
     std::wstring architecture;
     std::wstring resourceId;

@@ -1,5 +1,6 @@
 #include "standin/store/PackageStore.h"
 
+#include "standin/Files.h"
 #include "standin/Settings.h"
 #include "standin/Text.h"
 #include "standin/store/PackageFiles.h"
@@ -13,29 +14,14 @@ namespace {
 
 constexpr wchar_t defaultPublisherId[] = L"0standin00000"; // as long as real ones
 
-std::wstring FullPath(const std::wstring& path)
-{
-    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    std::wstring full(size, L'\0');
-    full.resize(GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
-    return full;
-}
-
 std::vector<std::wstring> SubfolderNames(const std::wstring& folder)
 {
     std::vector<std::wstring> names;
-    WIN32_FIND_DATAW entry = {};
-    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE) {
-        return names;
-    }
-    do {
-        const std::wstring name = entry.cFileName;
-        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && name != L"." && name != L"..") {
+    ForEachEntry(folder, [&](const std::wstring& name, DWORD attributes) {
+        if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
             names.push_back(name);
         }
-    } while (FindNextFileW(search, &entry));
-    FindClose(search);
+    });
     std::sort(names.begin(), names.end(), [](const std::wstring& left, const std::wstring& right) {
         return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_LESS_THAN;
     });
@@ -59,7 +45,6 @@ void FillIdentity(StorePackage& package, const std::wstring& folderName)
     const Ini& ini = package.ini;
     const Manifest& manifest = package.manifest;
     package.name = Either(ini.Text(L"name"), Either(manifest.name, folderName));
-    package.publisher = Either(ini.Text(L"publisher"), manifest.publisher);
     package.publisherId = Either(ini.Text(L"publisher_id"), defaultPublisherId);
     package.architecture = Either(ini.Text(L"architecture"), Either(manifest.architecture, L"neutral"));
     package.resourceId = Either(ini.Text(L"resource_id"), manifest.resourceId);

@@ -30,7 +30,6 @@ struct StorePackage
     Ini ini;
 
     std::wstring name;
-    std::wstring publisher;
     std::wstring publisherId;
     std::wstring fullName;
     std::wstring familyName;

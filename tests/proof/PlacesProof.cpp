@@ -169,7 +169,7 @@ TEST_F(Places, SlowShareDelaysTheStopByOneShortcut)
 TEST_F(Places, ShareThatHangsDelaysTheStopByTheRules)
 {
     const DWORD faster = proof::Count<DWORD>(30, 1);
-    m_sandbox.SetVariable(L"ALLUSERSPROFILE", L"\\\\dead\\users");
+    const test::ScopedEnvironment allUsers(L"ALLUSERSPROFILE", L"\\\\dead\\users");
     WriteCatalog(proof::CatalogOf("", Kept("kept mail")));
     const auto host = Start();
     host->Do("dead-share\t600000");

@@ -271,7 +271,8 @@ protected:
     // Without a reference; null for an interface that is not there.
     virtual IUnknown* Ask(REFIID) { return nullptr; }
 
-    HRESULT NotImplemented(const char* call)
+    // The call: the method that this stands in, when nothing else is said.
+    HRESULT NotImplemented(const char* call = __builtin_FUNCTION())
     {
         m_owner.Enter(this, call);
         return E_NOTIMPL;

@@ -113,7 +113,7 @@ public:
     {
         return Give("InstalledLocation", m_folder, value);
     }
-    HRESULT STDMETHODCALLTYPE get_IsFramework(boolean*) override { return NotImplemented("IsFramework"); }
+    HRESULT STDMETHODCALLTYPE get_IsFramework(boolean*) override { return NotImplemented(); }
     HRESULT STDMETHODCALLTYPE get_Dependencies(platform::IPackageVectorView** value) override;
 
     PackageFacts facts;

@@ -58,11 +58,8 @@ public:
         std::memcpy(visibility, &Now().visibility, sizeof *visibility);
         return Now().visibilityResult;
     }
-    HRESULT STDMETHODCALLTYPE Advise(IAppVisibilityEvents*, DWORD*) override
-    {
-        return NotImplemented("Advise");
-    }
-    HRESULT STDMETHODCALLTYPE Unadvise(DWORD) override { return NotImplemented("Unadvise"); }
+    HRESULT STDMETHODCALLTYPE Advise(IAppVisibilityEvents*, DWORD*) override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE Unadvise(DWORD) override { return NotImplemented(); }
 
     // The states that the looks see, one after the other; the last one stays.
     std::vector<State> states{{TRUE, MAV_NO_APP_VISIBLE}};

@@ -9,24 +9,15 @@ namespace {
 
 void DeleteTree(const std::wstring& path)
 {
-    WIN32_FIND_DATAW entry{};
-    const HANDLE find = FindFirstFileW((path + L"\\*").c_str(), &entry);
-    if (find != INVALID_HANDLE_VALUE) {
-        do {
-            const std::wstring name = entry.cFileName;
-            if (name == L"." || name == L"..") {
-                continue;
-            }
-            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-                DeleteTree(path + L"\\" + name);
-            } else {
-                const std::wstring file = path + L"\\" + name;
-                SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL);
-                DeleteFileW(file.c_str());
-            }
-        } while (FindNextFileW(find, &entry));
-        FindClose(find);
-    }
+    standin::ForEachEntry(path, [&](const std::wstring& name, DWORD attributes) {
+        const std::wstring entry = path + L"\\" + name;
+        if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
+            DeleteTree(entry);
+        } else {
+            SetFileAttributesW(entry.c_str(), FILE_ATTRIBUTE_NORMAL);
+            DeleteFileW(entry.c_str());
+        }
+    });
     RemoveDirectoryW(path.c_str());
 }
 

@@ -15,46 +15,29 @@
 
 namespace test {
 
-// The platform's writer over memory, without indenting: to see what one record writes.
-class XmlSink
-{
-public:
-    XmlSink()
-    {
-        m_stream.Attach(SHCreateMemStream(nullptr, 0));
-        if (FAILED(CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(m_writer.GetAddressOf()),
-                                   nullptr)) ||
-            FAILED(m_writer->SetOutput(m_stream.Get()))) {
-            throw std::runtime_error("no XML writer");
-        }
-    }
-
-    [[nodiscard]] IXmlWriter* Writer() const { return m_writer.Get(); }
-
-    // What was written, as UTF-8.
-    [[nodiscard]] std::string Text() const
-    {
-        m_writer->Flush();
-        m_stream->Seek({}, STREAM_SEEK_SET, nullptr);
-        std::string text;
-        char buffer[256];
-        ULONG read = 0;
-        while (SUCCEEDED(m_stream->Read(buffer, sizeof buffer, &read)) && read > 0) {
-            text.append(buffer, read);
-        }
-        return text;
-    }
-
-private:
-    Microsoft::WRL::ComPtr<IStream> m_stream;
-    Microsoft::WRL::ComPtr<IXmlWriter> m_writer;
-};
-
-// What a record writes of itself.
+// What a record writes of itself through the platform's writer, without indenting, as UTF-8.
 template <typename Record> std::string Written(const Record& record)
 {
-    const XmlSink sink;
-    return record.ToXmlNode(sink.Writer()) == S_OK ? sink.Text() : "the record cannot be written";
+    Microsoft::WRL::ComPtr<IStream> stream;
+    Microsoft::WRL::ComPtr<IXmlWriter> writer;
+    stream.Attach(SHCreateMemStream(nullptr, 0));
+    if (FAILED(CreateXmlWriter(__uuidof(IXmlWriter), reinterpret_cast<void**>(writer.GetAddressOf()),
+                               nullptr)) ||
+        FAILED(writer->SetOutput(stream.Get()))) {
+        throw std::runtime_error("no XML writer");
+    }
+    if (record.ToXmlNode(writer.Get()) != S_OK) {
+        return "the record cannot be written";
+    }
+    writer->Flush();
+    STATSTG state = {};
+    stream->Stat(&state, STATFLAG_NONAME);
+    std::string text(state.cbSize.LowPart, '\0');
+    stream->Seek({}, STREAM_SEEK_SET, nullptr);
+    ULONG read = 0;
+    stream->Read(text.data(), state.cbSize.LowPart, &read);
+    text.resize(read);
+    return text;
 }
 
 // The platform's reader over a text in UTF-8.

@@ -114,6 +114,7 @@ TEST_P(BoundaryTable, OfIdsWithAMark)
         {"!x", "0x80070057\t7"},
         {"!(long)", "0x80070057\t7"},
         {"!!", "0x00000000\t0"},
+        {"Nobody.App_0123456789abc!App", "0x00000000\t0"},
         {"x!", "0x00000000\t0"},
         {"(long)!", "0x00000000\t0"},
         {"(long)!(long)", "0x00000000\t0"},
@@ -225,6 +226,47 @@ TEST(Boundaries, OfStartAndStopAreTheThreadsApartment)
     EXPECT_EQ(host.Command("sta\tfinalize"), "ok");
     EXPECT_EQ(host.Command("mta\tfinalize"), "ok");
     EXPECT_EQ(host.Command("cycles\t1"), ok) << "the count did not go below 0";
+}
+
+// Where the log goes as long as nobody has told it a folder.
+std::wstring LogWithoutAFolder(const test::Sandbox& sandbox)
+{
+    return sandbox.Folder() + L"\\QanHelperLog.txt";
+}
+
+TEST(BoundaryBeforeStart, FinalizeDoesNoHarm)
+{
+    test::Sandbox sandbox;
+    test::HostProcess host(sandbox);
+    EXPECT_EQ(host.Command("finalize"), "ok");
+    EXPECT_EQ(host.Command("finalize"), "ok");
+    EXPECT_EQ(host.Command("init"), "0x00000000") << "the count did not go below 0";
+    EXPECT_TRUE(host.HasExitEvent());
+}
+
+TEST(BoundaryBeforeStart, NothingCanBeLaunchedBySearch)
+{
+    test::Sandbox sandbox;
+    test::HostProcess host(sandbox);
+    EXPECT_EQ(host.Search("Mail", 0, false), "0x80004005");
+    EXPECT_EQ(host.Search("Mail", 1, true), "0x80004005");
+    EXPECT_EQ(host.Command("browser\t2\t0\t0"), "0x80004005");
+    EXPECT_TRUE(sandbox.Log().empty());
+    EXPECT_FALSE(test::Exists(LogWithoutAFolder(sandbox)));
+}
+
+TEST(BoundaryBeforeStart, NothingIsLoggedOrMade)
+{
+    test::Sandbox sandbox;
+    test::HostProcess host(sandbox);
+    host.Command("installed\tfamily");
+    host.Command("release\t(null)");
+    EXPECT_EQ(host.Command("activate\tNobody.App_0123456789abc!App\t(null)"), notRegistered);
+    EXPECT_EQ(host.Command("activate\t(null)\t(null)"), pointerError);
+    host.Command("finalize");
+    EXPECT_FALSE(test::Exists(sandbox.Local() + L"\\Vel"));
+    EXPECT_FALSE(test::Exists(LogWithoutAFolder(sandbox)));
+    EXPECT_FALSE(test::IsFirstPassRunning());
 }
 
 class BoundariesAtOnce : public testing::TestWithParam<bool>

@@ -3,24 +3,14 @@
 #include "system/LaunchTest.h"
 
 #include <ostream>
+#include <utility>
 
 namespace {
 
 constexpr wchar_t tileValue[] = L"ApplicationTileImmersiveActivation";
 constexpr char ok[] = "0x00000000";
 
-struct StoredValue
-{
-    DWORD type;
-    std::vector<BYTE> bytes;
-
-    bool operator==(const StoredValue&) const = default;
-};
-
-void PrintTo(const StoredValue& value, std::ostream* stream)
-{
-    *stream << "type " << value.type << ", bytes " << testing::PrintToString(value.bytes);
-}
+using StoredValue = std::pair<DWORD, std::vector<BYTE>>; // type and bytes
 
 // What stands in the setting's place, if anything.
 using Tile = std::optional<StoredValue>;
@@ -121,7 +111,7 @@ protected:
             browserKey.Create();
         }
         if (GetParam().before) {
-            browserKey.SetBytes(tileValue, GetParam().before->type, GetParam().before->bytes);
+            browserKey.SetBytes(tileValue, GetParam().before->first, GetParam().before->second);
         }
     }
 

@@ -93,16 +93,6 @@ TEST_F(BrowserLog, TextIsLeftAlone)
     ExpectLaunch("0", {TileIsRead("49"), SearchDone()});
 }
 
-TEST_F(BrowserLog, ModesOutOfRange)
-{
-    browserKey.SetDword(tileValue, 1);
-    Start({});
-    EXPECT_TRUE(IsGolden(LogOf("browser\t3\t0\t0", "0x80070057"),
-                         "QanhLaunchIEBySearch(3, 0, 0) IN ... OUT(0x80070057)"));
-    EXPECT_TRUE(IsGolden(LogOf("browser\t0\t4294967295\t1", "0x80070057"),
-                         "QanhLaunchIEBySearch(0, -1, 1) IN ... OUT(0x80070057)"));
-}
-
 TEST_F(BrowserLog, SearchThatFailsIsFollowedByTheSameSteps)
 {
     Start({});

@@ -11,23 +11,11 @@
 
 namespace {
 
-class CatalogFile : public test::StoreCatalog
-{
-};
-
-TEST_F(CatalogFile, HoldsTheShortcutsInTheOrderInWhichTheyWereFound)
-{
-    test::AddSmallStartMenu(m_sandbox);
-    test::HostProcess host(m_sandbox);
-    host.Command("init");
-    EXPECT_FALSE(test::Exists(m_sandbox.CatalogFile())) << "not before the first pass";
-    test::WaitForFirstPass();
-    EXPECT_EQ(Bytes(), test::CatalogWith("", test::SmallStartMenu()));
-}
+using CatalogFile = test::StoreCatalog;
 
 TEST_F(CatalogFile, HoldsWhatAPresetBroughtIn)
 {
-    m_sandbox.SetVariable(L"QANH_TEST_FOLDER", L"C:\\nowhere");
+    const test::ScopedEnvironment variable(L"QANH_TEST_FOLDER", L"C:\\nowhere");
     test::MakeFile(m_sandbox.Folder() + L"\\There.lnk");
     test::WriteFileBytes(
         m_sandbox.PresetFile(),
@@ -64,16 +52,6 @@ TEST_F(CatalogFile, HoldsWhatAPresetBroughtIn)
                            folder +
                            "\\There.lnk\" />\r\n"
                            "  </DesktopApps>");
-}
-
-TEST_F(CatalogFile, IsWrittenAnewWithTheSameBytesByTheNextProcess)
-{
-    m_sandbox.AddCommonShortcut(L"A.lnk");
-    m_sandbox.AddCommonShortcut(L"B.url");
-    RunOnePass();
-    const std::string before = Bytes();
-    RunOnePass();
-    EXPECT_EQ(Bytes(), before) << "no record came twice";
 }
 
 // A backup program may read it meanwhile. What only the preset knew is in no other place than the catalogue

@@ -76,9 +76,7 @@ TEST_F(LaunchDuringRefresh, TheApplicationIsStarted)
 {
     sandbox.Settings().DeleteValue(L"DebugLog");
     Start({L"mail.lnk"});
-    EXPECT_EQ(host->Search("mail", 0, true), "0x00000000");
-    EXPECT_EQ(desktop->Started(), "mail");
-    EXPECT_EQ(desktop->Count("query\t" + wanted), 1u);
+    ExpectLaunch("mail", 0, true, "mail", "query\t" + wanted);
     host->Do("finalize");
     EXPECT_EQ(host->Exit(), 0u);
 }

@@ -16,25 +16,18 @@ bool IsAddress(std::string_view digits)
     return digits.size() == 8 && digits.find_first_not_of("0123456789ABCDEF") == std::string_view::npos;
 }
 
-// Compares a log's lines, from the first on, with those of a golden.
-class Comparison
+// Whether a line of a log is a golden's; all addresses in the golden are the one that was met first.
+bool Matches(std::string_view line, std::string_view golden, std::string& met)
 {
-public:
-    bool Matches(std::string_view line, std::string_view golden)
-    {
-        const std::size_t at = golden.find(address);
-        if (at == std::string_view::npos) {
-            return line == golden;
-        }
-        if (m_address.empty() && line.size() > at && IsAddress(line.substr(at, 8))) {
-            m_address = line.substr(at, 8);
-        }
-        return line == std::string(golden).replace(at, address.size(), m_address);
+    const std::size_t at = golden.find(address);
+    if (at == std::string_view::npos) {
+        return line == golden;
     }
-
-private:
-    std::string m_address; // the first one that was met
-};
+    if (met.empty() && line.size() > at && IsAddress(line.substr(at, 8))) {
+        met = line.substr(at, 8);
+    }
+    return line == std::string(golden).replace(at, address.size(), met);
+}
 
 std::string Excerpt(const std::vector<std::string>& lines, std::size_t index)
 {
@@ -77,9 +70,9 @@ namespace test {
 testing::AssertionResult IsGolden(const std::vector<std::string>& log, std::string_view golden)
 {
     const std::vector<std::string> wanted = GoldenLines(golden);
-    Comparison comparison;
+    std::string met;
     std::size_t index = 0;
-    while (index < wanted.size() && index < log.size() && comparison.Matches(log[index], wanted[index])) {
+    while (index < wanted.size() && index < log.size() && Matches(log[index], wanted[index], met)) {
         ++index;
     }
     if (index == wanted.size() && index == log.size()) {
@@ -117,14 +110,12 @@ std::string Joined(std::initializer_list<std::string_view> pieces)
 
 void CollapseRepeats(std::vector<std::string>& log, std::string_view block)
 {
-    const std::vector<std::string> lines = GoldenLines(block);
-    const auto size = static_cast<std::ptrdiff_t>(lines.size());
-    for (auto at = log.begin(); log.end() - at >= 2 * size;) {
-        if (std::equal(lines.begin(), lines.end(), at) && std::equal(lines.begin(), lines.end(), at + size)) {
-            at = log.erase(at, at + size);
-        } else {
-            ++at;
-        }
+    const std::vector<std::string> once = GoldenLines(block);
+    std::vector<std::string> twice = once;
+    twice.insert(twice.end(), once.begin(), once.end());
+    const auto size = static_cast<std::ptrdiff_t>(once.size());
+    for (auto at = log.begin(); (at = std::search(at, log.end(), twice.begin(), twice.end())) != log.end();) {
+        at = log.erase(at, at + size);
     }
 }
 

@@ -1,7 +1,4 @@
 // The built library as a file: what a launcher's installer and the loader see.
-#include "QanHelper.h"
-
-#include "support/Text.h"
 #include "system/ImageFile.h"
 #include "system/Sandbox.h"
 #include "system/Windows8Imports.h"
@@ -129,14 +126,6 @@ TEST_F(VersionResource, HoldsTheNamesAndTheVersionAsText)
     EXPECT_EQ(Text(L"ProductName"), L"QanHelper");
     EXPECT_EQ(Text(L"InternalName"), L"QanHelper");
     EXPECT_EQ(Text(L"OriginalFilename"), L"QanHelper.dll");
-}
-
-TEST_F(VersionResource, IsTheVersionOfTheHeader)
-{
-    const VS_FIXEDFILEINFO version = Numbers();
-    EXPECT_EQ(version.dwFileVersionMS, static_cast<DWORD>(MAKELONG(QANH_VERSION_MINOR, QANH_VERSION_MAJOR)));
-    EXPECT_EQ(version.dwFileVersionLS, static_cast<DWORD>(MAKELONG(0, QANH_VERSION_PATCH)));
-    EXPECT_EQ(test::ToUtf8(Text(L"FileVersion")), QANH_VERSION_STRING);
 }
 
 TEST(Image, LinksWithItsImportLibraryInCAndInCpp)

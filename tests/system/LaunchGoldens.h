@@ -1,13 +1,37 @@
 #pragma once
 
 #include "system/Golden.h"
-#include "system/KeyGoldens.h"
 
 #include <string>
 #include <string_view>
 
 // What a launch by search leaves in the log: pieces of goldens, in the order of a launch.
 namespace test {
+
+// Keys.
+inline constexpr char windowsQIsPressed[] = R"(
+    CQanhKeyEmulate::SendInput_Win_Q IN
+    CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000001) IN ... OUT
+    CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000008) IN ... OUT
+    CQanhKeyEmulate::Sendinput_Key(0x0051, 0x0010, 0x00000002) IN ... OUT
+    CQanhKeyEmulate::Sendinput_Key(0x005B, 0x00000002) IN ... OUT
+    CQanhKeyEmulate::SendInput_Win_Q OUT
+)";
+
+inline constexpr char shiftInsertIsPressed[] = R"(
+    CQanhKeyEmulate::SendInput_Shift_Insert IN
+    CQanhKeyEmulate::Sendinput_Key(0x0010, 0x002A, 0x00000000) IN ... OUT
+    CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000001) IN ... OUT
+    CQanhKeyEmulate::Sendinput_Key(0x002D, 0x0052, 0x00000003) IN ... OUT
+    CQanhKeyEmulate::SendInput_Shift_Insert OUT
+)";
+
+inline constexpr char enterIsPressed[] = R"(
+    CQanhKeyEmulate::SendInput_Enter IN
+    CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000001) IN ... OUT
+    CQanhKeyEmulate::Sendinput_Key(0x000D, 0x00000002) IN ... OUT
+    CQanhKeyEmulate::SendInput_Enter OUT
+)";
 
 // The catalogue is asked what to exclude, and looks at its applications.
 inline std::string Excluded(std::string_view name, std::string_view applications)

@@ -2,8 +2,6 @@
 #include "system/LaunchGoldens.h"
 #include "system/LaunchTest.h"
 
-#include <algorithm>
-
 namespace {
 
 using standin::SetSetting;
@@ -107,18 +105,6 @@ TEST_F(LaunchLog, QueriesThatFail)
         IsGolden(Launch("search\t0\t0\tMail", "0x80004005"),
                  {"QanhLaunchBySearch(Mail, 0, 0) IN", KeywordIs("\"Mail\""),
                   ScreenIsUnknown("MonitorFromPoint(" + std::to_string(static_cast<int>(monitor)) + ")")}));
-}
-
-TEST_F(LaunchLog, ClipboardThatIsHeld)
-{
-    Start({L"Mail.lnk"});
-    sandbox.Settings().SetDword(L"ClearClipboardWaitTime", 0);
-    desktop->ShowStartScreen();
-    const ClipboardAccess held;
-    const std::vector<std::string> log = Launch("search\t1\t0\tMail");
-    const auto entry = std::find(log.begin(), log.end(), "CQanhClipboard::SetClipboardData(Mail) IN");
-    ASSERT_LT(entry, log.end() - 1);
-    EXPECT_EQ(entry[1], "CQanhClipboard::SetClipboardData OUT(0x80004005)");
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 #include "system/DesktopProcess.h"
 #include "system/HostProcess.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <memory>
 
@@ -41,6 +41,17 @@ protected:
         const std::size_t offset = sandbox.LogLength();
         EXPECT_EQ(host->Command(command, 30000), result);
         return sandbox.Log(offset);
+    }
+
+    // What is launched for a name; the line stands once in the journal then, and one query.
+    void ExpectLaunch(const std::string& name, int mode, bool useExcludeList, const std::string& started,
+                      const std::string& line)
+    {
+        using namespace testing;
+        EXPECT_EQ(host->Search(name, mode, useExcludeList), "0x00000000");
+        EXPECT_EQ(desktop->Started(), started);
+        EXPECT_THAT(desktop->Journal(),
+                    AllOf(Contains(line).Times(1), Contains(StartsWith("query\t")).Times(1)));
     }
 
     static bool IsShiftDown() { return (GetAsyncKeyState(VK_SHIFT) & 0x8000) != 0; }

@@ -75,6 +75,7 @@ TEST_F(Lifecycle, FinalizeInTheFirstSecondWaitsForTheFirstPass)
     test::HostProcess host(m_sandbox);
     host.Command("init");
     EXPECT_TRUE(test::IsFirstPassRunning());
+    EXPECT_FALSE(test::Exists(m_sandbox.CatalogFile())) << "not before the first pass";
     const ULONGLONG start = GetTickCount64();
     host.Do("finalize");
     EXPECT_GE(GetTickCount64() - start, 700u);

@@ -1,11 +1,15 @@
 // Links in the places that the library reads and writes: it goes where they lead, with the rights of the
 // host.
-#include "support/FolderLink.h"
+#include "standin/ModulePath.h"
 #include "support/Text.h"
 #include "system/HostProcess.h"
 #include "system/StoreCatalog.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -14,6 +18,73 @@ using testing::StartsWith;
 
 // What leads back up. Long, so that few rounds of it fill a path.
 constexpr wchar_t loop[] = L"\\a folder that leads back to where it is";
+
+[[nodiscard]] bool IsLink(const std::wstring& path)
+{
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+// Wine cannot make or remove such links, but it runs the programs of the system below, which can.
+void RunBelow(const std::wstring& arguments, const std::wstring& path)
+{
+    using NameBelow = char*(CDECL*)(const wchar_t*);
+    const auto nameBelow =
+        standin::FunctionOf<NameBelow>(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name");
+    if (!nameBelow) {
+        return;
+    }
+    char* const name = nameBelow(path.c_str());
+    if (!name) {
+        return;
+    }
+    std::wstring commandLine = arguments + L" \"" + test::FromUtf8(name) + L"\"";
+    HeapFree(GetProcessHeap(), 0, name);
+    const std::wstring program = L"Z:\\bin\\" + arguments.substr(0, arguments.find(L' '));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                       &startup, &process)) {
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+    }
+}
+
+// A symbolic link to a folder, removed at the end of the scope; the folder stays. Throws std::runtime_error
+// when it cannot be made.
+class FolderLink
+{
+public:
+    // The target may be relative to the folder that the link is in.
+    FolderLink(std::wstring path, const std::wstring& target) : m_path(std::move(path))
+    {
+        CreateSymbolicLinkW(m_path.c_str(), target.c_str(), SYMBOLIC_LINK_FLAG_DIRECTORY);
+        if (IsLink(m_path)) {
+            return;
+        }
+        std::wstring targetBelow = target;
+        std::replace(targetBelow.begin(), targetBelow.end(), L'\\', L'/');
+        RunBelow(L"ln -s \"" + targetBelow + L"\"", m_path);
+        if (!test::WaitUntil([&] { return IsLink(m_path); }, 5000)) {
+            throw std::runtime_error("cannot make the link " + test::ToUtf8(m_path));
+        }
+    }
+    ~FolderLink() { Remove(); }
+    FolderLink(const FolderLink&) = delete;
+    FolderLink& operator=(const FolderLink&) = delete;
+
+    void Remove()
+    {
+        if (IsLink(m_path) && !RemoveDirectoryW(m_path.c_str())) {
+            RunBelow(L"rm", m_path);
+            test::WaitUntil([&] { return !IsLink(m_path); }, 5000);
+        }
+    }
+
+private:
+    std::wstring m_path;
+};
 
 class Links : public test::StoreCatalog
 {
@@ -36,7 +107,7 @@ TEST_F(Links, InTheStartMenuToAnotherFolderAreWalked)
     test::MakeFile(elsewhere + L"\\A.lnk");
     test::MakeFolder(m_sandbox.CommonPrograms());
     const std::wstring link = m_sandbox.CommonPrograms() + L"\\link";
-    const test::FolderLink made(link, L"..\\..\\..\\..\\..\\elsewhere");
+    const FolderLink made(link, L"..\\..\\..\\..\\..\\elsewhere");
     RunOnePass();
     EXPECT_EQ(Bytes(), test::CatalogWith("", Shortcut(link + L"\\A.lnk")));
 }
@@ -44,7 +115,7 @@ TEST_F(Links, InTheStartMenuToAnotherFolderAreWalked)
 TEST_F(Links, InTheStartMenuThatLeadBackUpAreWalkedUntilAPathIsFull)
 {
     m_sandbox.AddCommonShortcut(L"A.lnk");
-    test::FolderLink link(m_sandbox.CommonPrograms() + loop, L".");
+    FolderLink link(m_sandbox.CommonPrograms() + loop, L".");
     std::string all;
     int rounds = 0;
     for (std::wstring folder = m_sandbox.CommonPrograms(); folder.size() + std::size(L"\\A.lnk") <= MAX_PATH;

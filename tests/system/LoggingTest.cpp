@@ -102,7 +102,7 @@ TEST_F(Logging, EveryLineBeginsWithItsTime)
 
 TEST_F(Logging, WithoutAPlaceForItItGoesToTheCurrentFolder)
 {
-    m_sandbox.SetVariable(L"LOCALAPPDATA", std::nullopt);
+    const test::ScopedEnvironment local(L"LOCALAPPDATA", nullptr);
     test::WriteFileBytes(m_sandbox.PresetFile(), "<Applications/>");
     // Not the first process, so that nothing is saved anywhere.
     const test::FirstPassOfAnother owner;
@@ -126,9 +126,9 @@ TEST_F(Logging, FoldersMayHaveNamesThatTheCodePageLacks)
     test::MakeFolder(folder + L" local");
     test::MakeFile(folder + L" all" + programs + L"\\Common.lnk");
     test::MakeFile(folder + L" me" + programs + L"\\Own.lnk");
-    m_sandbox.SetVariable(L"LOCALAPPDATA", folder + L" local");
-    m_sandbox.SetVariable(L"ALLUSERSPROFILE", folder + L" all");
-    m_sandbox.SetVariable(L"APPDATA", folder + L" me");
+    const test::ScopedEnvironment local(L"LOCALAPPDATA", (folder + L" local").c_str());
+    const test::ScopedEnvironment allUsers(L"ALLUSERSPROFILE", (folder + L" all").c_str());
+    const test::ScopedEnvironment roaming(L"APPDATA", (folder + L" me").c_str());
     test::HostProcess host(m_sandbox);
     host.InitializeAndPass();
     host.Do("finalize");

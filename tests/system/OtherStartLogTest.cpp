@@ -16,11 +16,12 @@ using namespace test;
 class OtherStartLog : public StartLog
 {
 protected:
+    OtherStartLog() { MakeLogFolder(); }
+
     // Without the object that tells what the screen shows, nothing is brought up.
     void ExpectFailure(const std::string& command, const std::string& result, std::string_view cause,
                        std::string_view code)
     {
-        MakeLogFolder();
         EXPECT_EQ(host.Command(command), result);
         EXPECT_TRUE(IsGolden(sandbox.Log(), Filled(R"(
             QanhInitialize IN
@@ -49,7 +50,6 @@ TEST_F(OtherStartLog, ThreadOfAMultithreadedApartment)
 
 TEST_F(OtherStartLog, SecondProcessDuringTheFirstPassTakesThePreset)
 {
-    MakeLogFolder();
     WriteFileBytes(sandbox.CatalogFile(), emptyCatalog);
     WriteFileBytes(sandbox.PresetFile(), emptyCatalog);
     const FirstPassOfAnother owner;
@@ -64,7 +64,6 @@ TEST_F(OtherStartLog, SecondProcessDuringTheFirstPassTakesThePreset)
 
 TEST_F(OtherStartLog, SecondProcessThatSeesTheFirstPassEndTakesTheCatalogue)
 {
-    MakeLogFolder();
     WriteFileBytes(sandbox.CatalogFile(), emptyCatalog);
     FirstPassOfAnother owner;
     host.Send("init");
@@ -77,7 +76,6 @@ TEST_F(OtherStartLog, SecondProcessThatSeesTheFirstPassEndTakesTheCatalogue)
 
 TEST_F(OtherStartLog, SecondProcessWithoutAnyFileFails)
 {
-    MakeLogFolder();
     const FirstPassOfAnother owner;
     EXPECT_EQ(host.Command("init"), "0x80070002");
     EXPECT_TRUE(IsGolden(sandbox.Log(), {OtherProcessBegins(), presetIsOpened, presetIsMissing, R"(
@@ -89,13 +87,10 @@ TEST_F(OtherStartLog, SecondProcessWithoutAnyFileFails)
 
 TEST_F(OtherStartLog, RefreshThreadWithoutStartMenuVariables)
 {
-    MakeLogFolder();
     WriteFileBytes(sandbox.CatalogFile(), emptyCatalog);
     for (const wchar_t* variable : {L"ALLUSERSPROFILE", L"APPDATA"}) {
         const std::size_t offset = sandbox.LogLength();
-        sandbox.SetVariable(L"ALLUSERSPROFILE", sandbox.Folder() + L"\\allusers");
-        sandbox.SetVariable(L"APPDATA", sandbox.Folder() + L"\\roaming");
-        sandbox.SetVariable(variable, std::nullopt);
+        const ScopedEnvironment environment(variable, nullptr);
         HostProcess without(sandbox);
         EXPECT_EQ(Initialize(without), "0x00000000");
         WaitForFirstPass(); // the thread has ended

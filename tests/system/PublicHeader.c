@@ -1,8 +1,6 @@
 /* The public header in plain C, without anything included before it; and the import library. */
 #include "QanHelper.h"
 
-#include "PublicHeader.h"
-
 #include <stddef.h>
 #include <string.h>
 
@@ -42,7 +40,10 @@ static int Failed(int condition)
     return condition ? 0 : 1;
 }
 
-int CheckInC(void)
+/* These return how many checks failed. */
+int CheckInCpp(void); /* PublicHeader.cpp */
+
+static int CheckInC(void)
 {
     int failures = 0;
     BOOL flag = 7;

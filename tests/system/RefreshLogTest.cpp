@@ -1,31 +1,12 @@
 // The log of refresh passes over small Start menus, and what the catalogue file holds after them.
 #include "support/Text.h"
-#include "system/HostProcess.h"
-#include "system/PassGoldens.h"
-#include "system/Passes.h"
-
-#include <gtest/gtest.h>
+#include "system/StoreRefreshLog.h"
 
 #include <algorithm>
 
 namespace {
 
 using namespace test;
-
-class RefreshLog : public testing::Test
-{
-protected:
-    // The lines of the first pass.
-    std::vector<std::string> FirstPass()
-    {
-        m_host.Command("init");
-        m_sandbox.WaitForLogLine(passEnd);
-        return PassesOf(m_sandbox.Log()).at(0);
-    }
-
-    Sandbox m_sandbox;
-    HostProcess m_host{m_sandbox};
-};
 
 TEST_F(RefreshLog, SmallTreeIsWalkedFolderByFolder)
 {
@@ -94,8 +75,8 @@ TEST_F(RefreshLog, WrongArgumentsOfEveryExportAreTracedAndNothingElse)
     for (const char* command :
          {"installed\t(null)", "installed\t", "installed-by-id\t(null)", "installed-by-id\tfamily!app\tnull",
           "display-name\tfamily\tnull", "search\t0\t0\t(null)", "search\t1\t7\t", "search\t3\t0\tMail",
-          "browser\t3\t0\t1", "browser\t0\t3\t0", "activate\t(null)\t(null)", "activate\t\targument",
-          "release\t(null)"}) {
+          "browser\t3\t0\t1", "browser\t0\t3\t0", "browser\t0\t4294967295\t1", "activate\t(null)\t(null)",
+          "activate\t\targument", "release\t(null)"}) {
         m_host.Command(command);
     }
     EXPECT_TRUE(IsGolden(m_sandbox.Log(offset), R"(
@@ -110,6 +91,7 @@ TEST_F(RefreshLog, WrongArgumentsOfEveryExportAreTracedAndNothingElse)
         QanhLaunchBySearch(Mail, 3, 0) IN ... OUT(0x80070057)
         QanhLaunchIEBySearch(3, 0, 1) IN ... OUT(0x80070057)
         QanhLaunchIEBySearch(0, 3, 0) IN ... OUT(0x80070057)
+        QanhLaunchIEBySearch(0, -1, 1) IN ... OUT(0x80070057)
         QanhLaunchByManager((null), (null)) IN ... OUT(0x80004003)
         QanhLaunchByManager(, argument) IN ... OUT(0x80070057)
         QanhReleaseString IN ... OUT

@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cwchar>
 #include <stdexcept>
 
 namespace {
@@ -57,9 +56,6 @@ Sandbox::Sandbox() : m_settings(HKEY_LOCAL_MACHINE, kSettingsKey), m_job(CreateC
     m_settings.SetDword(L"DebugLog", 1);
     MakeFolder(Local());
     MakeFolder(HostFolder());
-    SetVariable(L"LOCALAPPDATA", Local());
-    SetVariable(L"APPDATA", m_folder / L"roaming");
-    SetVariable(L"ALLUSERSPROFILE", m_folder / L"allusers");
 }
 
 Sandbox::~Sandbox()
@@ -115,26 +111,25 @@ std::wstring Sandbox::LogFile(const std::wstring& base) const
     return CatalogFolder(base) + L"\\QanHelperLog.txt";
 }
 
-std::vector<std::string> Sandbox::Log(std::size_t offset, const std::wstring& base) const
+std::vector<std::string> Sandbox::Log(std::size_t offset) const
 {
-    if (!Exists(LogFile(base))) {
+    if (!Exists(LogFile())) {
         return {};
     }
-    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)).substr(offset))));
+    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile()).substr(offset))));
 }
 
-std::size_t Sandbox::LogLength(const std::wstring& base) const
+std::size_t Sandbox::LogLength() const
 {
-    return Exists(LogFile(base)) ? ReadFileBytes(LogFile(base)).size() : 0;
+    return Exists(LogFile()) ? ReadFileBytes(LogFile()).size() : 0;
 }
 
-void Sandbox::WaitForLogLine(const std::string& line, std::size_t offset, const std::wstring& base) const
+void Sandbox::WaitForLogLine(const std::string& line, std::size_t offset) const
 {
     const std::string whole = "]" + line + "\r\n";
     const bool found = WaitUntil(
         [&] {
-            return Exists(LogFile(base)) &&
-                   ReadFileBytes(LogFile(base)).find(whole, offset) != std::string::npos;
+            return Exists(LogFile()) && ReadFileBytes(LogFile()).find(whole, offset) != std::string::npos;
         },
         20000);
     if (!found) {
@@ -208,11 +203,6 @@ void Sandbox::UseSamplePackages() const
     standin::SetText(standin::TextSetting::PackageStore, SamplePackages());
 }
 
-void Sandbox::SetVariable(const std::wstring& name, std::optional<std::wstring> value)
-{
-    m_variables[name] = std::move(value);
-}
-
 std::wstring Sandbox::AddHost(const std::wstring& fileName) const
 {
     const std::wstring library = HostFolder() + L"\\QanHelper.dll";
@@ -228,7 +218,6 @@ std::wstring Sandbox::AddHost(const std::wstring& fileName) const
 
 StartedProcess Sandbox::Start(const std::wstring& program, HANDLE input, HANDLE output)
 {
-    std::wstring environment = EnvironmentBlock();
     std::wstring commandLine = L"\"" + program + L"\"";
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
@@ -242,8 +231,7 @@ StartedProcess Sandbox::Start(const std::wstring& program, HANDLE input, HANDLE 
     PROCESS_INFORMATION process = {};
     const BOOL isStarted = standin::TryStart([&] {
         return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, hasPipes,
-                              CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT, environment.data(),
-                              Folder().c_str(), &startup, &process);
+                              CREATE_SUSPENDED, nullptr, Folder().c_str(), &startup, &process);
     });
     if (!isStarted) {
         const DWORD error = GetLastError();
@@ -253,29 +241,6 @@ StartedProcess Sandbox::Start(const std::wstring& program, HANDLE input, HANDLE 
     ResumeThread(process.hThread);
     CloseHandle(process.hThread);
     return {process.hProcess, process.dwProcessId};
-}
-
-std::wstring Sandbox::EnvironmentBlock() const
-{
-    std::wstring block;
-    wchar_t* const own = GetEnvironmentStringsW();
-    for (const wchar_t* entry = own; *entry != L'\0'; entry += std::wcslen(entry) + 1) {
-        bool isReplaced = false;
-        for (const auto& [name, value] : m_variables) {
-            isReplaced = isReplaced || _wcsnicmp(entry, (name + L"=").c_str(), name.size() + 1) == 0;
-        }
-        if (!isReplaced) {
-            block.append(entry).push_back(L'\0');
-        }
-    }
-    FreeEnvironmentStringsW(own);
-    for (const auto& [name, value] : m_variables) {
-        if (value) {
-            block.append(name + L"=" + *value).push_back(L'\0');
-        }
-    }
-    block.push_back(L'\0');
-    return block;
 }
 
 std::wstring SamplePackages()

@@ -3,8 +3,6 @@
 #include "support/Registry.h"
 #include "support/TemporaryFolder.h"
 
-#include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,13 +51,11 @@ public:
 
     // The log from the offset on, without time stamps, in lines (LogLines in support/LogCapture.h); the
     // sandbox's folders in it stand as "<local>", "<roaming>", "<allusers>", "<host>". No log: no lines.
-    [[nodiscard]] std::vector<std::string> Log(std::size_t offset = 0,
-                                               const std::wstring& base = L"TestHost") const;
+    [[nodiscard]] std::vector<std::string> Log(std::size_t offset = 0) const;
     // The log's length in bytes.
-    [[nodiscard]] std::size_t LogLength(const std::wstring& base = L"TestHost") const;
+    [[nodiscard]] std::size_t LogLength() const;
     // Waits until such a line stands in the log behind the offset; throws when it does not come.
-    void WaitForLogLine(const std::string& line, std::size_t offset = 0,
-                        const std::wstring& base = L"TestHost") const;
+    void WaitForLogLine(const std::string& line, std::size_t offset = 0) const;
     // Names with the folders' placeholders, for what the processes write.
     [[nodiscard]] std::string WithPlaceholders(std::string text) const;
 
@@ -83,9 +79,6 @@ public:
     // The library's settings.
     [[nodiscard]] ScopedKey& Settings() { return m_settings; }
 
-    // The environment of processes started from now on; no value: the variable is absent.
-    void SetVariable(const std::wstring& name, std::optional<std::wstring> value);
-
     // Copies the host to the file name, with the library beside it, and returns its path.
     std::wstring AddHost(const std::wstring& fileName) const;
 
@@ -93,12 +86,13 @@ public:
     StartedProcess Start(const std::wstring& program, HANDLE input = nullptr, HANDLE output = nullptr);
 
 private:
-    [[nodiscard]] std::wstring EnvironmentBlock() const;
-
     TemporaryFolder m_folder;
+    // Of this process: those that it starts have them from it.
+    ScopedEnvironment m_local{L"LOCALAPPDATA", Local().c_str()};
+    ScopedEnvironment m_roaming{L"APPDATA", (m_folder / L"roaming").c_str()};
+    ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (m_folder / L"allusers").c_str()};
     ScopedKey m_settings;
     HANDLE m_job;
-    std::map<std::wstring, std::optional<std::wstring>> m_variables;
 };
 
 // The folder of this program, where everything that was built stands.

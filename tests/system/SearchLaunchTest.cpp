@@ -15,16 +15,7 @@ constexpr char ok[] = "0x00000000";
 class SearchLaunch : public test::LaunchTest
 {
 protected:
-    // What is launched for a name; the line stands once in the journal then.
-    void ExpectLaunch(const std::string& name, int mode, bool useExcludeList, const std::string& started,
-                      const std::string& line)
-    {
-        EXPECT_EQ(host->Search(name, mode, useExcludeList), ok);
-        EXPECT_EQ(desktop->Started(), started);
-        EXPECT_EQ(desktop->Count(line), 1u);
-    }
-
-    // The same without exclusions for "Mail", with the whole journal.
+    // What is launched for "Mail" in mode 0 without exclusions, with the whole journal.
     void ExpectLaunchOfMail(const std::string& started, std::initializer_list<std::string> journal)
     {
         EXPECT_EQ(host->Search("Mail", 0, false), ok);
@@ -230,7 +221,9 @@ TEST_F(SearchLaunch, ClipboardHeldByAnotherProcessInModeOne)
     {
         test::ClipboardAccess held;
         held.SetText(L"mine");
-        EXPECT_EQ(host->Search("Mail", 1, false), ok) << "failures behind the pane are not told";
+        EXPECT_THAT(LogOf("search\t1\t0\tMail", ok),
+                    testing::Contains("CQanhClipboard::SetClipboardData OUT(0x80004005)"))
+            << "failures behind the pane are only logged";
         EXPECT_EQ(held.Text(), L"mine");
     }
     EXPECT_EQ(test::ClipboardText(), L"mine") << "it could not be cleared either";

@@ -60,21 +60,6 @@ inline std::string CommonShortcut(const std::string& name, const std::string& fi
     return ShortcutElement(name, "<allusers>\\Microsoft\\Windows\\Start Menu\\Programs\\" + file);
 }
 
-// A Start menu with shortcuts in two folders, and how it stands in the file.
-inline void AddSmallStartMenu(const Sandbox& sandbox)
-{
-    sandbox.AddCommonShortcut(L"B.url");
-    sandbox.AddCommonShortcut(L"A.lnk");
-    sandbox.AddCommonShortcut(L"Sub\\C.lnk");
-    sandbox.AddUserShortcut(L"メール.lnk");
-}
-
-inline std::string SmallStartMenu()
-{
-    return CommonShortcut("A", "A.lnk") + CommonShortcut("B", "B.url") + CommonShortcut("C", "Sub\\C.lnk") +
-           ShortcutElement("メール", "<roaming>\\Microsoft\\Windows\\Start Menu\\Programs\\メール.lnk");
-}
-
 // The catalogue file that a host in a sandbox writes.
 class StoreCatalog : public testing::Test
 {

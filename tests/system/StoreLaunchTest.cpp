@@ -9,39 +9,20 @@ namespace {
 
 using test::Manifest;
 
-class StoreLaunch : public test::LaunchTest
-{
-protected:
-    // What is started for a name in mode 0, and the query that stands in the desktop's journal, which must be
-    // the only one.
-    void ExpectLaunch(const std::string& name, bool useExcludeList, const std::string& started,
-                      const std::string& wanted)
-    {
-        EXPECT_EQ(host->Search(name, 0, useExcludeList), "0x00000000");
-        EXPECT_EQ(desktop->Started(), started);
-        std::string query;
-        for (const std::string& line : desktop->Journal()) {
-            if (line.starts_with("query\t")) {
-                EXPECT_EQ(query, "");
-                query = line.substr(6);
-            }
-        }
-        EXPECT_EQ(query, wanted);
-    }
-};
+using StoreLaunch = test::LaunchTest;
 
 TEST_F(StoreLaunch, WithoutExclusionsAShortcutComesFirst)
 {
     sandbox.AddSamplePackage(L"Vel.Calendar");
     Start({L"Big calendar.lnk"});
-    ExpectLaunch("Calendar", false, "Big calendar", "\"Calendar\"");
+    ExpectLaunch("Calendar", 0, false, "Big calendar", "query\t\"Calendar\"");
 }
 
 TEST_F(StoreLaunch, WithExclusionsTheStoreApplicationIsStarted)
 {
     sandbox.AddSamplePackage(L"Vel.Calendar");
     Start({L"Big calendar.lnk"});
-    ExpectLaunch("Calendar", true, "Calendar", "\"Calendar\" NOT(\"Big calendar\")");
+    ExpectLaunch("Calendar", 0, true, "Calendar", "query\t\"Calendar\" NOT(\"Big calendar\")");
     EXPECT_EQ(desktop->Count("activated\tVel.Calendar_1vel7kq0n3rta!Calendar\t(null)"), 1u);
 }
 
@@ -49,7 +30,7 @@ TEST_F(StoreLaunch, StoreApplicationIsExcludedByBothItsNames)
 {
     sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "Airmail", "Mail by Air"), "");
     Start({L"Mail.lnk"});
-    ExpectLaunch("Mail", true, "Mail", "\"Mail\" NOT(\"airmail\" OR \"mail by air\")");
+    ExpectLaunch("Mail", 0, true, "Mail", "query\t\"Mail\" NOT(\"airmail\" OR \"mail by air\")");
 }
 
 TEST_F(StoreLaunch, StoreApplicationsAreExcludedBeforeShortcuts)
@@ -57,7 +38,8 @@ TEST_F(StoreLaunch, StoreApplicationsAreExcludedBeforeShortcuts)
     sandbox.WritePackage(L"B", Manifest("Vel.B", "1.0.0.0", "Zebra mail", ""), "");
     sandbox.WritePackage(L"A", Manifest("Vel.A", "1.0.0.0", "Webmail", ""), "");
     Start({L"Airmail.lnk", L"Mail.lnk"});
-    ExpectLaunch("Mail", true, "Mail", "\"Mail\" NOT(\"webmail\" OR \"zebra mail\" OR \"Airmail\")");
+    ExpectLaunch("Mail", 0, true, "Mail",
+                 "query\t\"Mail\" NOT(\"webmail\" OR \"zebra mail\" OR \"Airmail\")");
 }
 
 TEST_F(StoreLaunch, LogOfTheCatalogueThatIsAsked)

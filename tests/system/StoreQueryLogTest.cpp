@@ -108,24 +108,30 @@ protected:
     HostProcess m_host{m_sandbox};
 };
 
-TEST_F(StoreQueryLog, InstalledPackage)
+TEST_F(StoreQueryLog, PackagesAndApplicationsThatAreThereOrNot)
 {
     ExpectPackage(calendar, installed, "0x00000000\t1");
-}
-
-TEST_F(StoreQueryLog, UnknownPackage)
-{
     ExpectPackage("Nobody.Knows_1vel7kq0n3rta", notInstalled, "0x00000000\t0");
+    ExpectApplication("Vel.Post_1vel7kq0n3rta!People", "", "Vel.Post_1vel7kq0n3rta", installed,
+                      "0x00000000\t1");
+    // A family in the place of an ID.
+    constexpr char family[] = "Test.NotInstalled_9test0p6zjcqm";
+    ExpectApplication(family, "", family, notInstalled, "0x00000000\t0");
 }
 
 TEST_F(StoreQueryLog, PackageManagerThatCannotBeHad)
 {
-    SetSetting(Setting::FailPackageFactory, denied);
-    ExpectPackage(calendar, withoutManager, "0x00000000\t0");
-    ExpectApplication("Microsoft.Office.Desktop_8wekyb3d8bbwe!Word", "Ex", office, withoutManager,
-                      "0x00000000\t0");
-    constexpr char exit[] = "OUT(0xA0000001) DisplayName = (null)";
-    ExpectDisplayName(calendar, "0xA0000001\t(null)", Filled(withoutManager.finding, {""}), exit, exit);
+    for (const Setting fault : {Setting::FailPackageFactory, Setting::FailPackageManager}) {
+        SetSetting(fault, denied);
+        ExpectPackage(calendar, withoutManager, "0x00000000\t0");
+        ExpectApplication("Vel.Calendar_1vel7kq0n3rta!Calendar", "", calendar, withoutManager,
+                          "0x00000000\t0");
+        ExpectApplication("Microsoft.Office.Desktop_8wekyb3d8bbwe!Word", "Ex", office, withoutManager,
+                          "0x00000000\t0");
+        constexpr char exit[] = "OUT(0xA0000001) DisplayName = (null)";
+        ExpectDisplayName(calendar, "0xA0000001\t(null)", Filled(withoutManager.finding, {""}), exit, exit);
+        SetSetting(fault, 0);
+    }
 }
 
 TEST_F(StoreQueryLog, PackagesThatCannotBeFound)
@@ -134,18 +140,7 @@ TEST_F(StoreQueryLog, PackagesThatCannotBeFound)
     ExpectDisplayName(calendar, "0x80004005\t(null)", refused.finding, "OUT(0x80004005) DisplayName = (null)",
                       "OUT(Access denied.)");
     ExpectPackage(calendar, refused, "0x80004005\t7");
-}
-
-TEST_F(StoreQueryLog, ApplicationById)
-{
-    ExpectApplication("Vel.Post_1vel7kq0n3rta!People", "", "Vel.Post_1vel7kq0n3rta", installed,
-                      "0x00000000\t1");
-}
-
-TEST_F(StoreQueryLog, FamilyInThePlaceOfAnId)
-{
-    constexpr char family[] = "Test.NotInstalled_9test0p6zjcqm";
-    ExpectApplication(family, "", family, notInstalled, "0x00000000\t0");
+    ExpectApplication("Vel.Calendar_1vel7kq0n3rta!Calendar", "", calendar, refused, "0x80004005\t7");
 }
 
 TEST_F(StoreQueryLog, IdWithoutAFamily)

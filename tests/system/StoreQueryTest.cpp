@@ -153,25 +153,4 @@ TEST_F(StoreQuery, WorksBeforeWhileAndAfterTheLibraryIsUp)
     EXPECT_EQ(IsInstalled("Vel.Calendar_1vel7kq0n3rta"), yes);
 }
 
-TEST_F(StoreQuery, SeesNoPackagesWhereThePackageManagerCannotBeHad)
-{
-    for (const Setting fault : {Setting::FailPackageFactory, Setting::FailPackageManager}) {
-        SetSetting(fault, static_cast<DWORD>(E_ACCESSDENIED));
-        EXPECT_EQ(IsInstalled("Vel.Calendar_1vel7kq0n3rta"), no);
-        EXPECT_EQ(IsInstalledById("Vel.Calendar_1vel7kq0n3rta!Calendar"), no);
-        EXPECT_EQ(IsInstalledById("Microsoft.Office.Desktop_8wekyb3d8bbwe!Word"), no);
-        EXPECT_EQ(DisplayName("Vel.Calendar_1vel7kq0n3rta"), "0xA0000001\t(null)");
-        SetSetting(fault, 0);
-    }
-}
-
-TEST_F(StoreQuery, FailsWhenThePlatformFailsToFind)
-{
-    SetSetting(Setting::FailFindFamily, static_cast<DWORD>(E_ACCESSDENIED));
-    EXPECT_EQ(IsInstalled("Vel.Calendar_1vel7kq0n3rta").substr(0, 10), "0x80004005");
-    EXPECT_EQ(IsInstalledById("Vel.Calendar_1vel7kq0n3rta!Calendar").substr(0, 10), "0x80004005");
-    EXPECT_EQ(IsInstalledById("Microsoft.Office.Desktop_8wekyb3d8bbwe!Word").substr(0, 10), "0x80004005");
-    EXPECT_EQ(DisplayName("Vel.Calendar_1vel7kq0n3rta"), "0x80004005\t(null)");
-}
-
 } // namespace

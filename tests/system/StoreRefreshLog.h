@@ -107,16 +107,10 @@ inline std::string BothAreSaved()
     return Saved({packageWithOneApplication, packageWithOneApplication});
 }
 
-class StoreRefreshLog : public testing::Test
+class RefreshLog : public testing::Test
 {
 protected:
-    StoreRefreshLog()
-    {
-        MakeFolder(m_sandbox.CommonPrograms());
-        MakeFolder(m_sandbox.UserPrograms());
-    }
-
-    // The lines of the first pass, up to where the file is saved.
+    // The lines of the first pass.
     std::vector<std::string> FirstPass()
     {
         EXPECT_EQ(m_host.Command("init"), "0x00000000");
@@ -125,6 +119,20 @@ protected:
     }
 
     std::vector<std::vector<std::string>> Passes() const { return PassesOf(m_sandbox.Log()); }
+
+    Sandbox m_sandbox;
+    HostProcess m_host{m_sandbox};
+};
+
+// With a Start menu that holds nothing.
+class StoreRefreshLog : public RefreshLog
+{
+protected:
+    StoreRefreshLog()
+    {
+        MakeFolder(m_sandbox.CommonPrograms());
+        MakeFolder(m_sandbox.UserPrograms());
+    }
 
     // Packages of the families A and B.
     void WriteA(const std::string& ini = "") { m_sandbox.WritePackage(L"A", manifestOfA, ini); }
@@ -152,8 +160,6 @@ protected:
     }
 
     const std::string manifestOfA = Manifest("Vel.A", "1.0.0.0", "First", "1");
-    Sandbox m_sandbox;
-    HostProcess m_host{m_sandbox};
 };
 
 } // namespace test

@@ -60,9 +60,6 @@ protected:
     static bool IsLibraryLoaded() { return GetModuleHandleW(L"QanHelper.dll") != nullptr; }
 
     Sandbox sandbox;
-    ScopedEnvironment local{L"LOCALAPPDATA", sandbox.Local().c_str()};
-    ScopedEnvironment roaming{L"APPDATA", (sandbox.Folder() + L"\\roaming").c_str()};
-    ScopedEnvironment allUsers{L"ALLUSERSPROFILE", (sandbox.Folder() + L"\\allusers").c_str()};
     std::unique_ptr<DesktopProcess> desktop;
     std::unique_ptr<qanh::Launcher> launcher;
 };

@@ -7,7 +7,7 @@
 #include "support/host/LogGate.h"
 #include "support/host/Measures.h"
 #include "support/host/ProofCommands.h"
-#include "support/host/SlowDisk.h"
+#include "support/host/Trouble.h"
 
 #include <algorithm>
 #include <cstring>
@@ -21,24 +21,12 @@
 
 namespace {
 
+using host::Number;
 using test::Hexadecimal;
 
 using Fields = std::vector<std::string>;
 
 host::Library g_library;
-
-const std::string& Field(const Fields& command, std::size_t index)
-{
-    if (index >= command.size()) {
-        throw std::runtime_error("a field is missing");
-    }
-    return command[index];
-}
-
-DWORD Number(const Fields& command, std::size_t index)
-{
-    return static_cast<DWORD>(std::stoul(Field(command, index)));
-}
 
 BOOL Flag(const Fields& command, std::size_t index)
 {
@@ -56,7 +44,7 @@ class Text
 public:
     Text(const Fields& command, std::size_t index)
     {
-        if (Field(command, index) != "(null)") {
+        if (command.at(index) != "(null)") {
             m_text = test::FromUtf8(command[index]);
             Replace(L"(long)", std::wstring(70000, L'x'));
             Replace(L"(high)", L"\xD83D");
@@ -152,13 +140,13 @@ std::string Commands::CarryOut(const Fields& command)
         {"thread", test::Apartment::kNone},
         {"sta", test::Apartment::kSingleThreaded},
         {"mta", test::Apartment::kMultithreaded}};
-    if (Field(command, 0) == "at-once") {
+    if (command.at(0) == "at-once") {
         return CarryOutAtOnce(command);
     }
-    if (Field(command, 0) == "re-enter") {
+    if (command.at(0) == "re-enter") {
         return CarryOutFromWithin(command);
     }
-    const auto thread = s_threads.find(Field(command, 0));
+    const auto thread = s_threads.find(command.at(0));
     if (thread == s_threads.end()) {
         return CarryOutHere(command);
     }
@@ -283,8 +271,6 @@ std::string Commands::Manage(const Fields& command)
         return Unload(g_library) ? "1" : "0";
     } else if (name == "in-memory") {
         return IsInMemory() ? "1" : "0";
-    } else if (name == "sleep") {
-        Sleep(Number(command, 1));
     } else if (name == "handles") {
         return std::to_string(CountHandles());
     } else if (name == "threads") {
@@ -296,11 +282,11 @@ std::string Commands::Manage(const Fields& command)
             LookUpPackageManagerClass();
         }
     } else if (name == "line-up") {
-        LogGate::Install();
+        LogGate::Install(g_library.module);
     } else if (name == "open") {
         LogGate::Open();
     } else if (name == "slow-disk") {
-        SlowDownSaves(Number(command, 1));
+        SlowDownSaves(g_library.module, Number(command, 1));
     } else if (name == "exit") {
         m_exitCode = static_cast<int>(Number(command, 1));
         m_isOver = true;

@@ -26,7 +26,6 @@ namespace host {
 //   installed-by-id ID [null]   QanhIsInstalledByAppUserModeID, likewise
 //   display-name FAMILY [null]  QanhGetAppDisplayNameByPFN: HRESULT and the text, null before the call
 //   release TEXT                QanhReleaseString of a copy of the text, or of a null pointer: "ok"
-//   sleep MILLISECONDS          "ok"
 //   handles, threads, heap      what the process holds, as a number
 //   cycles COUNT                so many QanhInitialize and QanhFinalize in turn; the first failure or
 //                               0x00000000
@@ -34,7 +33,7 @@ namespace host {
 //   look-up COUNT               so many times the package manager's class is asked for, and let go, without
 //                               the library: "ok"
 //   line-up, open               the log's gate (LogGate.h): "ok"
-//   slow-disk MILLISECONDS      the pause before each piece of a catalogue that is saved (SlowDisk.h): "ok"
+//   slow-disk MILLISECONDS      the pause before each piece of a catalogue that is saved (Trouble.h): "ok"
 //   exit CODE                   "ok"; the program ends by leaving main()
 //   thread COMMAND...           the rest is carried out on a thread of its own
 //   sta COMMAND..., mta COMMAND...

@@ -1,11 +1,7 @@
 #include "support/host/LogGate.h"
 
-#include "standin/platform/ImportPatch.h"
+#include "support/host/Patch.h"
 
-#include <windows.h>
-
-#include <stdexcept>
-#include <string>
 #include <string_view>
 
 namespace {
@@ -56,23 +52,16 @@ BOOL WINAPI CloseHandleInTurn(HANDLE handle)
     return closed;
 }
 
-void Patch(const char* function, void* replacement)
-{
-    if (standin::PatchImports({"kernel32.dll", function, replacement}, GetModuleHandleW(nullptr)) == 0) {
-        throw std::runtime_error(std::string("no module imports ") + function);
-    }
-}
-
 } // namespace
 
 namespace host {
 
-void LogGate::Install()
+void LogGate::Install(HMODULE library)
 {
     g_mainThread = GetCurrentThreadId();
     g_open = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    Patch("CreateFileW", reinterpret_cast<void*>(&CreateFileInTurn));
-    Patch("CloseHandle", reinterpret_cast<void*>(&CloseHandleInTurn));
+    Patch(library, "CreateFileW", &CreateFileInTurn);
+    Patch(library, "CloseHandle", &CloseHandleInTurn);
 }
 
 void LogGate::Open()

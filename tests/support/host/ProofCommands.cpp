@@ -12,17 +12,13 @@
 
 namespace {
 
+using host::Number;
 using test::Hexadecimal;
 
 using Fields = std::vector<std::string>;
 
 const host::Library* g_library = nullptr;
 bool g_hasPane = false;
-
-DWORD Number(const Fields& command, std::size_t index)
-{
-    return static_cast<DWORD>(std::stoul(command.at(index)));
-}
 
 std::string Query(const std::wstring& name)
 {

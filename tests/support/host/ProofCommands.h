@@ -8,6 +8,12 @@
 
 namespace host {
 
+// A command's field as a number.
+[[nodiscard]] inline DWORD Number(const std::vector<std::string>& command, std::size_t index)
+{
+    return static_cast<DWORD>(std::stoul(command.at(index)));
+}
+
 // The commands that the proofs have beside those of Commands.h; none: it is another one. Main thread.
 //
 //   pace DIVISOR                the library's pauses and waits take this part of their time (Pace.h)

@@ -1,5 +1,6 @@
 #include "support/host/Trouble.h"
 
+#include "support/PiecewiseStream.h"
 #include "support/host/Patch.h"
 
 #include <shlwapi.h>
@@ -13,6 +14,8 @@
 namespace {
 
 std::atomic<LONGLONG> g_bytesLeft;
+constexpr ULONG pieceSize = 64;
+DWORD g_pause = 0;         // before each piece; milliseconds
 DWORD volatile g_hang = 0; // milliseconds
 std::atomic<void (*)()> g_function;
 
@@ -27,6 +30,18 @@ BOOL WINAPI WriteToFullDisk(HANDLE file, const void* bytes, DWORD size, DWORD* p
         return FALSE;
     }
     return WriteFile(file, bytes, size, pWritten, overlapped);
+}
+
+HRESULT WINAPI OpenSlowly(const wchar_t* path, DWORD mode, IStream** stream)
+{
+    const HRESULT hr = SHCreateStreamOnFileW(path, mode, stream);
+    if (SUCCEEDED(hr) && (mode & STGM_WRITE) != 0) {
+        *stream = new test::PiecewiseStream(*stream, pieceSize, [] {
+            Sleep(g_pause);
+            return S_OK;
+        });
+    }
+    return hr;
 }
 
 BOOL WINAPI FlushNothing(HANDLE)
@@ -83,6 +98,12 @@ void FillDisk(LONGLONG bytesLeft)
     if (s_patched == 0) {
         throw std::runtime_error("no module imports WriteFile");
     }
+}
+
+void SlowDownSaves(HMODULE library, DWORD pause)
+{
+    g_pause = pause;
+    Patch(library, "SHCreateStreamOnFileW", &OpenSlowly);
 }
 
 void QuickenDisk(HMODULE library)

@@ -10,6 +10,10 @@ namespace host {
 // From here on files can take so many bytes more, all together; then the disk is full. The log counts too.
 void FillDisk(LONGLONG bytesLeft);
 
+// From here on the library writes its catalogue in pieces of 64 bytes and pauses before each, so many
+// milliseconds. Call once.
+void SlowDownSaves(HMODULE library, DWORD pause);
+
 // From here on the library need not wait until something is on the disk.
 void QuickenDisk(HMODULE library);
 

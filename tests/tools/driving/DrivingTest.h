@@ -57,11 +57,6 @@ protected:
     }
 
     Sandbox sandbox;
-
-private:
-    const ScopedEnvironment m_localAppData{L"LOCALAPPDATA", sandbox.Local().c_str()};
-    const ScopedEnvironment m_appData{L"APPDATA", (sandbox.Folder() + L"\\roaming").c_str()};
-    const ScopedEnvironment m_allUsers{L"ALLUSERSPROFILE", (sandbox.Folder() + L"\\allusers").c_str()};
 };
 
 } // namespace test

@@ -34,11 +34,11 @@ public:
     }
     HRESULT STDMETHODCALLTYPE ActivateForFile(LPCWSTR, IShellItemArray*, LPCWSTR, DWORD*) override
     {
-        return NotImplemented("ActivateForFile");
+        return NotImplemented();
     }
     HRESULT STDMETHODCALLTYPE ActivateForProtocol(LPCWSTR, IShellItemArray*, DWORD*) override
     {
-        return NotImplemented("ActivateForProtocol");
+        return NotImplemented();
     }
 
     HRESULT result = S_OK;

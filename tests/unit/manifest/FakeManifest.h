@@ -37,10 +37,7 @@ public:
         s_values.push_back(*value);
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE GetAppUserModelId(wchar_t**) override
-    {
-        return NotImplemented("GetAppUserModelId");
-    }
+    HRESULT STDMETHODCALLTYPE GetAppUserModelId(wchar_t**) override { return NotImplemented(); }
 
     static inline std::vector<const void*> s_values; // handed out and not freed yet
 
@@ -95,28 +92,19 @@ public:
     {
     }
 
-    HRESULT STDMETHODCALLTYPE GetPackageId(void**) override { return NotImplemented("GetPackageId"); }
-    HRESULT STDMETHODCALLTYPE GetProperties(void**) override { return NotImplemented("GetProperties"); }
-    HRESULT STDMETHODCALLTYPE GetPackageDependencies(void**) override
-    {
-        return NotImplemented("GetPackageDependencies");
-    }
-    HRESULT STDMETHODCALLTYPE GetCapabilities(UINT32*) override { return NotImplemented("GetCapabilities"); }
-    HRESULT STDMETHODCALLTYPE GetResources(void**) override { return NotImplemented("GetResources"); }
-    HRESULT STDMETHODCALLTYPE GetDeviceCapabilities(void**) override
-    {
-        return NotImplemented("GetDeviceCapabilities");
-    }
-    HRESULT STDMETHODCALLTYPE GetPrerequisite(const wchar_t*, UINT64*) override
-    {
-        return NotImplemented("GetPrerequisite");
-    }
+    HRESULT STDMETHODCALLTYPE GetPackageId(void**) override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE GetProperties(void**) override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE GetPackageDependencies(void**) override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE GetCapabilities(UINT32*) override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE GetResources(void**) override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE GetDeviceCapabilities(void**) override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE GetPrerequisite(const wchar_t*, UINT64*) override { return NotImplemented(); }
     HRESULT STDMETHODCALLTYPE
     GetApplications(platform::IAppxManifestApplicationsEnumerator** applications) override
     {
         return Give("GetApplications", m_applications, applications);
     }
-    HRESULT STDMETHODCALLTYPE GetStream(IStream**) override { return NotImplemented("GetStream"); }
+    HRESULT STDMETHODCALLTYPE GetStream(IStream**) override { return NotImplemented(); }
 
 private:
     FakeApplications* m_applications;
@@ -130,8 +118,8 @@ public:
     {
     }
 
-    HRESULT STDMETHODCALLTYPE CreatePackageWriter() override { return NotImplemented("CreatePackageWriter"); }
-    HRESULT STDMETHODCALLTYPE CreatePackageReader() override { return NotImplemented("CreatePackageReader"); }
+    HRESULT STDMETHODCALLTYPE CreatePackageWriter() override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE CreatePackageReader() override { return NotImplemented(); }
     HRESULT STDMETHODCALLTYPE CreateManifestReader(IStream* stream,
                                                    platform::IAppxManifestReader** reader) override
     {
@@ -141,14 +129,8 @@ public:
         manifest.resize(size);
         return Give("CreateManifestReader", m_owner.Make<FakeManifestReader>(*m_displayNames), reader);
     }
-    HRESULT STDMETHODCALLTYPE CreateBlockMapReader() override
-    {
-        return NotImplemented("CreateBlockMapReader");
-    }
-    HRESULT STDMETHODCALLTYPE CreateValidatedBlockMapReader() override
-    {
-        return NotImplemented("CreateValidatedBlockMapReader");
-    }
+    HRESULT STDMETHODCALLTYPE CreateBlockMapReader() override { return NotImplemented(); }
+    HRESULT STDMETHODCALLTYPE CreateValidatedBlockMapReader() override { return NotImplemented(); }
 
     std::string manifest; // what the stream holds
 

@@ -98,7 +98,6 @@ TEST_F(StandInPackageStore, ReadsTheManifest)
     const auto packages = ReadWith("publisher_id = abc");
     const standin::StorePackage& package = *packages.at(0);
     EXPECT_EQ(package.name, L"Vel.Post");
-    EXPECT_EQ(package.publisher, L"CN=Vel");
     EXPECT_EQ(package.familyName, L"Vel.Post_abc");
     EXPECT_EQ(package.fullName, L"Vel.Post_1.2.3.4_x64__abc");
     EXPECT_EQ(package.installedPath, Folder(L"Post"));
