@@ -120,7 +120,7 @@ std::vector<std::string> Sandbox::Log(std::size_t offset, const std::wstring& ba
     if (!Exists(LogFile(base))) {
         return {};
     }
-    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)).substr(offset))));
+    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)), offset)));
 }
 
 std::size_t Sandbox::LogLength(const std::wstring& base) const
