@@ -157,7 +157,9 @@ TEST_F(CatalogTurns, AreNotTakenWhereTheyCannotBe)
 {
     const CatalogTurn turn(kFile);
     const NoMutex noMutex(ERROR_NOT_ENOUGH_MEMORY);
+    m_waits.asked = 0;
     EXPECT_EQ(AskOnAnotherThread(kFile), S_OK);
+    EXPECT_EQ(m_waits.asked, 0u) << "there is nothing to wait for";
 }
 
 // An elevated process has it, and this one may not open its mutex.
@@ -165,6 +167,7 @@ TEST_F(CatalogTurns, ThatMayNotBeWaitedForAreTaken)
 {
     const NoMutex noMutex(ERROR_ACCESS_DENIED);
     EXPECT_EQ(CatalogTurn(kFile).Result(), kBusy);
+    EXPECT_EQ(m_waits.asked, 0u);
 }
 
 TEST_F(CatalogTurns, WhoseWaitFailsAreNotTakenEither)
