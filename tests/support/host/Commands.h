@@ -35,6 +35,8 @@ namespace host {
 //                               the library: "ok"
 //   line-up, open               the log's gate (LogGate.h): "ok"
 //   slow-disk MILLISECONDS      the pause before each piece of a catalogue that is saved (SlowDisk.h): "ok"
+//   watch-files                 from here on openings of files are noted (FileWatch.h): "ok"
+//   opened TEXT                 how many there were of paths that end so
 //   exit CODE                   "ok"; the program ends by leaving main()
 //   thread COMMAND...           the rest is carried out on a thread of its own
 //   sta COMMAND..., mta COMMAND...
