@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr std::string_view lineEnd = "\r\n";
+
 std::wstring HostName()
 {
     const std::wstring path = standin::ModulePath();
@@ -22,15 +24,28 @@ std::wstring HostName()
 
 namespace test {
 
-std::string WithoutTimeStamps(std::string_view log)
+std::string WithoutTimeStamps(std::string_view log, std::size_t offset)
 {
     static const std::regex stamp(R"(\[\d{4}/\d{2}/\d{2} \d{2}:\d{2}:\d{2}\.\d{3}\])");
-    return std::regex_replace(std::string(log), stamp, "");
+    std::string text;
+    for (std::size_t begin = offset; begin < log.size();) {
+        const std::size_t next = log.find(lineEnd, begin);
+        const std::size_t end = next == std::string_view::npos ? log.size() : next + lineEnd.size();
+        const std::string line(log.substr(begin, end - begin));
+        const bool isBeginning = begin == 0 || log.substr(0, begin).ends_with(lineEnd);
+        if (isBeginning && !std::regex_search(line, stamp, std::regex_constants::match_continuous)) {
+            text += "<no stamp>";
+        }
+        // Further ones stand behind what a line without an end has left.
+        text += std::regex_replace(line, stamp, "");
+        begin = end;
+    }
+    return text;
 }
 
 std::vector<std::string> LogLines(std::string_view log)
 {
-    std::vector<std::string> lines = Split(log, "\r\n");
+    std::vector<std::string> lines = Split(log, lineEnd);
     if (lines.back().empty()) {
         lines.pop_back();
     } else {

@@ -1,4 +1,5 @@
 // The catalogue file on disk: what a pass writes, what the next start reads.
+#include "support/CutDocument.h"
 #include "support/Text.h"
 #include "system/FirstPassOfAnother.h"
 #include "system/HostProcess.h"
@@ -58,10 +59,8 @@ TEST_F(CatalogFile, HoldsWhatAPresetBroughtIn)
 // by then.
 TEST_F(CatalogFile, HeldByAnotherProgramAtTheNextStartItCostsNoRecord)
 {
-    test::WriteFileBytes(
-        m_sandbox.PresetFile(),
-        "<Applications><DesktopApps><DesktopApp DisplayName=\"kept\" "
-        "LnkFileName=\"C:\\nowhere\\x.lnk\" NeedReserve=\"1\"/></DesktopApps></Applications>");
+    test::WriteFileBytes(m_sandbox.PresetFile(),
+                         test::CatalogueOf("kept", "C:\\nowhere\\x.lnk", "NeedReserve=\"1\""));
     test::HostProcess host(m_sandbox);
     EXPECT_EQ(host.Command("init"), "0x00000000");
     host.Do("finalize");
@@ -91,12 +90,8 @@ TEST_F(CatalogFile, NamesWithMarkupAreEscapedAndReadBack)
 TEST_F(CatalogFile, GoesBeforeThePreset)
 {
     test::MakeFolder(m_sandbox.CatalogFolder());
-    test::WriteFileBytes(m_sandbox.CatalogFile(),
-                         "<Applications><DesktopApps><DesktopApp DisplayName=\"mine mail\" "
-                         "LnkFileName=\"x\"/></DesktopApps></Applications>");
-    test::WriteFileBytes(m_sandbox.PresetFile(),
-                         "<Applications><DesktopApps><DesktopApp DisplayName=\"preset mail\" "
-                         "LnkFileName=\"y\"/></DesktopApps></Applications>");
+    test::WriteFileBytes(m_sandbox.CatalogFile(), test::CatalogueOf("mine mail", "x"));
+    test::WriteFileBytes(m_sandbox.PresetFile(), test::CatalogueOf("preset mail", "y"));
     test::HostProcess host(m_sandbox);
     host.Command("init");
     EXPECT_EQ(test::QueryFor(m_sandbox, host, "mail"), "\"mail\" NOT(\"mine mail\")");
@@ -116,12 +111,12 @@ TEST_F(CatalogFile, CutOffAtAnyByteItNeitherStopsNorHangsTheHost)
     // As the preset of a process that is not the first: every start reads it, and none writes.
     const test::FirstPassOfAnother owner;
     const std::string whole = wholeCatalog;
-    const std::size_t declaration = whole.find("?>") + 2;
     for (std::size_t length = 0; length <= whole.size(); ++length) {
-        if (length == declaration || (length >= 3 && length <= 5)) {
-            continue; // Wine's XML reader stops the process at "<?x" to "<?xml" and at a declaration alone
+        const std::string cut = whole.substr(0, length);
+        if (test::EndsTheProcess(cut)) {
+            continue;
         }
-        test::WriteFileBytes(m_sandbox.PresetFile(), whole.substr(0, length));
+        test::WriteFileBytes(m_sandbox.PresetFile(), cut);
         const std::string result = host.Command("init");
         if (result.starts_with("0x0")) {
             host.Do("finalize");

@@ -1,11 +1,9 @@
 // Saves that are cut off, and saves of two processes at once: the next start has every record.
-#include "standin/Settings.h"
 #include "support/Text.h"
 #include "system/FirstPassOfAnother.h"
 #include "system/Passes.h"
+#include "system/QueryFor.h"
 #include "system/StoreCatalog.h"
-
-#include <gtest/gtest.h>
 
 #include <string>
 
@@ -15,7 +13,8 @@ constexpr char ok[] = "0x00000000";
 constexpr char shortPause[] = "slow-disk\t5";
 constexpr char longPause[] = "slow-disk\t200";
 
-// The records are the preset's alone: no refresh pass would find them again.
+// No refresh pass would find the records again, which stand in no Start menu: they are the preset's alone,
+// and when that is gone the catalogue's.
 class CatalogSave : public test::StoreCatalog
 {
 protected:
@@ -23,11 +22,16 @@ protected:
     {
         std::string xml = "<Applications><DesktopApps>";
         for (const char* name : names) {
-            xml += std::string("<DesktopApp DisplayName=\"") + name + "\" LnkFileName=\"C:\\nowhere\\" +
-                   name + ".lnk\" NeedReserve=\"1\"/>";
+            const std::wstring path = m_sandbox.Folder() + L"\\" + test::FromUtf8(name) + L".lnk";
+            test::MakeFile(path);
+            xml += std::string("<DesktopApp DisplayName=\"") + name + "\" LnkFileName=\"" +
+                   test::ToUtf8(path) + "\" NeedReserve=\"1\"/>";
         }
         test::WriteFileBytes(m_sandbox.PresetFile(), xml + "</DesktopApps></Applications>");
     }
+
+    // From here on only the catalogue has the records.
+    void DropPreset() const { ASSERT_TRUE(DeleteFileW(m_sandbox.PresetFile().c_str())); }
 
     std::wstring Bak() const { return m_sandbox.CatalogFile() + L".bak"; }
 
@@ -53,19 +57,34 @@ protected:
         WaitForTheMiddleOfASave();
     }
 
-    // Has the library brought up where it finds another process in its first pass; returns where its lines
-    // begin.
-    std::size_t BeginAsTheSecond(test::HostProcess& host) const
+    // Has the library brought up where it finds another process in its first pass, which is to end now: the
+    // half second in which it looks for that would soon be over on a slow machine, so it is five.
+    void BeginAsTheSecond(test::HostProcess& host) const
     {
         const std::size_t offset = m_sandbox.LogLength();
+        host.Do("stretch\t10");
         host.Send("init");
-        EXPECT_TRUE(test::WaitUntil(
+        ASSERT_TRUE(test::WaitUntil(
             [&] {
-                return test::ReadFileBytes(m_sandbox.LogFile()).find("ERROR_ALREADY_EXISTS", offset) !=
-                       std::string::npos;
+                return test::Exists(m_sandbox.LogFile()) &&
+                       test::ReadFileBytes(m_sandbox.LogFile()).find("ERROR_ALREADY_EXISTS", offset) !=
+                           std::string::npos;
             },
             15000));
-        return offset;
+    }
+
+    // It has seen that pass end, and has read this file with every record.
+    void ExpectEveryRecordRead(test::HostProcess& second, const std::string& file)
+    {
+        EXPECT_EQ(second.Answer(), "0x00000001");
+        EXPECT_THAT(
+            m_sandbox.Log(),
+            testing::Contains("CQanhAppNameList::Load(<local>\\Vel\\QanHelper\\TestHost\\" + file + ") IN"));
+        for (const char* name : names) {
+            const std::string part = name + 1; // which excludes the whole
+            EXPECT_EQ(test::QueryFor(m_sandbox, second, part), "\"" + part + "\" NOT(\"" + name + "\")");
+        }
+        second.Do("finalize");
     }
 
     // The first pass of the next start has all of them still.
@@ -94,6 +113,7 @@ protected:
 TEST_F(CatalogSave, CutOffByTheEndOfTheProcessLeavesTheOldCatalog)
 {
     RunOnePass();
+    DropPreset();
     const std::string old = test::ReadFileBytes(m_sandbox.CatalogFile());
     {
         test::HostProcess host(m_sandbox);
@@ -113,28 +133,6 @@ TEST_F(CatalogSave, CutOffTheFirstTimeLeavesThePresetsRecords)
     ExpectEveryRecordAtTheNextStart();
 }
 
-// This program's turn at the catalogue file, which no process saves meanwhile.
-class Turn
-{
-public:
-    explicit Turn(const std::wstring& name) : m_mutex(CreateMutexW(nullptr, FALSE, name.c_str()))
-    {
-        if (WaitForSingleObject(m_mutex, 15000) != WAIT_OBJECT_0) {
-            ADD_FAILURE() << "no turn";
-        }
-    }
-    ~Turn()
-    {
-        ReleaseMutex(m_mutex);
-        CloseHandle(m_mutex);
-    }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
-
-private:
-    HANDLE m_mutex;
-};
-
 TEST_F(CatalogSave, OfTwoProcessesAtOnceAreDoneInTurns)
 {
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
@@ -145,52 +143,53 @@ TEST_F(CatalogSave, OfTwoProcessesAtOnceAreDoneInTurns)
             host->Do(shortPause);
             host->InitializeAndPass();
         }
-        for (int turn = 0; turn < 10; ++turn) {
-            {
-                const Turn own(m_sandbox.TurnName());
-                ExpectEveryRecord();
-            }
+        DropPreset();
+        const HANDLE turn = CreateMutexW(nullptr, FALSE, m_sandbox.TurnName().c_str());
+        for (int round = 0; round < 10; ++round) {
+            // In this program's turn no process saves.
+            ASSERT_EQ(WaitForSingleObject(turn, 15000), WAIT_OBJECT_0);
+            ExpectEveryRecord();
+            ReleaseMutex(turn);
             m_sandbox.WaitForLogLine(test::passEnd, m_sandbox.LogLength());
         }
+        CloseHandle(turn);
         // Both are killed, in whatever they do.
     }
     ExpectEveryRecordAtTheNextStart();
 }
 
 // A process that found another one in its first pass, which is over now: it reads the catalogue that a third
-// one saves.
+// one saves. That one writes no log.
 TEST_F(CatalogSave, IsWaitedForByAProcessThatDoesNotRefresh)
 {
     m_sandbox.Settings().SetDword(L"RefreshInterval", 0);
+    m_sandbox.Settings().DeleteValue(L"DebugLog");
     test::HostProcess next(m_sandbox);
     test::HostProcess host(m_sandbox);
     host.InitializeAndPass();
+    DropPreset();
     test::FirstPassOfAnother firstPass;
+    m_sandbox.Settings().SetDword(L"DebugLog", 1);
     host.Do(longPause);
     WaitForTheMiddleOfASave();
     BeginAsTheSecond(next);
-    firstPass.End();
-    EXPECT_EQ(next.Answer(), "0x00000001");
-    next.Do("finalize");
+    firstPass.Leave();
+    // Without the wait that would be the old one, or a piece of the new one.
+    ExpectEveryRecordRead(next, "AppNameList.xml");
 }
 
 // The process that another one finds in its first pass dies while it saves.
 TEST_F(CatalogSave, CutOffBesideAProcessThatDoesNotRefreshLeavesThatOneEveryRecord)
 {
-    // A launch tells its query, and goes no further.
-    standin::SetSetting(standin::Setting::FailLauncherQuery, static_cast<DWORD>(E_FAIL));
+    RunOnePass();
+    DropPreset();
     test::HostProcess next(m_sandbox);
-    std::size_t offset = 0;
     {
         test::HostProcess host(m_sandbox);
         SaveSlowly(host);
-        offset = BeginAsTheSecond(next);
+        BeginAsTheSecond(next);
     }
-    EXPECT_EQ(next.Answer(), "0x00000001");
-    EXPECT_EQ(next.Command("search\t0\t1\tix"), "0x80004005");
-    EXPECT_NE(test::ReadFileBytes(m_sandbox.LogFile()).find("szKeyword = \"ix\" NOT(\"six\")", offset),
-              std::string::npos);
-    next.Do("finalize");
+    ExpectEveryRecordRead(next, "AppNameList.xml.bak");
 }
 
 TEST_F(CatalogSave, CutOffWhileAnotherProcessStartsLeavesThatOneEveryRecord)
@@ -200,6 +199,7 @@ TEST_F(CatalogSave, CutOffWhileAnotherProcessStartsLeavesThatOneEveryRecord)
     {
         test::HostProcess host(m_sandbox);
         host.InitializeAndPass();
+        DropPreset();
         host.Do(longPause);
         WaitForTheMiddleOfASave();
         const std::size_t offset = m_sandbox.LogLength();

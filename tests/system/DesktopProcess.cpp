@@ -92,6 +92,16 @@ void DesktopProcess::WaitFor(const std::string& line, std::size_t times) const
 
 std::string DesktopProcess::Started() const
 {
+    return StartedWithin(15000);
+}
+
+bool DesktopProcess::HasStartedNothing() const
+{
+    return StartedWithin(1000).empty();
+}
+
+std::string DesktopProcess::StartedWithin(DWORD milliseconds) const
+{
     std::string names;
     WaitUntil(
         [&] {
@@ -103,7 +113,7 @@ std::string DesktopProcess::Started() const
             }
             return !names.empty();
         },
-        1000);
+        milliseconds);
     return names;
 }
 

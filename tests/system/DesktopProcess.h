@@ -24,8 +24,10 @@ public:
     [[nodiscard]] std::size_t Count(const std::string& line) const;
     // Throws when the line does not come so often in time.
     void WaitFor(const std::string& line, std::size_t times = 1) const;
-    // The name of the one application that was started, "" for none; waits for it a little.
+    // The name of the one application that was started, which is waited for; "": none came.
     [[nodiscard]] std::string Started() const;
+    // That none was; a second is left for it to come.
+    [[nodiscard]] bool HasStartedNothing() const;
 
     // Waits for the window of an application that was started, closes it and waits until it is gone. It comes
     // to the front at a moment of its own, which must not be one of the next launch.
@@ -38,6 +40,8 @@ public:
     [[nodiscard]] static bool IsPaneOpen();
 
 private:
+    [[nodiscard]] std::string StartedWithin(DWORD milliseconds) const;
+
     std::wstring m_journal;
     StartedProcess m_process;
 };

@@ -68,7 +68,7 @@ TEST_F(OtherStartLog, SecondProcessThatSeesTheFirstPassEndTakesTheCatalogue)
     FirstPassOfAnother owner;
     host.Send("init");
     sandbox.WaitForLogLine("CQanhPackageManager::CreateAppNameListFolder OUT(C)");
-    owner.End();
+    owner.Leave();
     EXPECT_EQ(host.Answer(), "0x00000001");
     EXPECT_TRUE(IsGolden(sandbox.Log(), {OtherProcessBegins(), mutexIsGone, catalogIsOpened, nothingIsRead,
                                          otherProcessIsUp}));

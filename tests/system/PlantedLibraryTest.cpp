@@ -100,15 +100,17 @@ TEST_F(PlantedLibrary, BesideTheHostIsNotTakenWhenTheHostLoadsStrictly)
     EXPECT_THAT(Loaded(host), ElementsAre("\\host\\qanhelper.dll", "\\host\\testhost.exe"));
 }
 
-// The loader decides before the library runs. A planted DLL without the right exports may fail the load: then
-// it is that DLL on account of which it fails.
+// The loader decides before the library runs. It takes the planted DLL, or finds that it lacks what the right
+// one has.
 TEST_F(PlantedLibrary, BesideTheHostIsTakenWhenTheHostDoesNot)
 {
     test::HostProcess host(m_sandbox, L"TestHost.exe", false);
     Plant(m_sandbox.HostFolder(), {"xmllite.dll"});
-    if (host.Command("load") == "ok") {
+    const std::string answer = host.Command("load");
+    if (answer == "ok") {
         EXPECT_THAT(Loaded(host), Contains("\\host\\xmllite.dll"));
     } else {
+        EXPECT_EQ(answer, "error\tnot loaded, error " + std::to_string(ERROR_PROC_NOT_FOUND));
         ASSERT_TRUE(DeleteFileW((m_sandbox.HostFolder() + L"\\xmllite.dll").c_str()));
         EXPECT_EQ(host.Command("load"), "ok");
     }

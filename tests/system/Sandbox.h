@@ -12,6 +12,14 @@ namespace test {
 // A catalogue with nothing in it.
 inline constexpr char emptyCatalog[] = "<Applications><MetroApps/><DesktopApps/></Applications>";
 
+// A catalogue with one shortcut, which may have further attributes. What XML escapes must be escaped.
+inline std::string CatalogueOf(const std::string& name, const std::string& path,
+                               const std::string& attributes = "")
+{
+    return "<Applications><DesktopApps><DesktopApp DisplayName=\"" + name + "\" LnkFileName=\"" + path +
+           "\" " + attributes + "/></DesktopApps></Applications>";
+}
+
 // A process that a sandbox started and ends when nobody else has; the handle is closed by who asked for it.
 struct StartedProcess
 {

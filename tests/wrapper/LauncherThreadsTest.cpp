@@ -29,8 +29,7 @@ TEST_F(LauncherThreads, LimitThatEndsWhileTheLaunchGoesOn)
     EXPECT_EQ(known.window.handle, FindWindowW(L"SearchPane", nullptr));
     EXPECT_EQ(known.clipboard, qanh::ClipboardState::Pending);
     EXPECT_GE(known.duration.count(), 6000);
-    EXPECT_LT(known.duration.count(), 9000);
-    EXPECT_TRUE(launcher->IsBusy());
+    EXPECT_TRUE(launcher->IsBusy()) << "the launch itself has no end";
 
     // The next one begins when the launch is over.
     const qanh::Pending next = launcher->Launch(Search(L"Mail"));
@@ -169,7 +168,7 @@ TEST_F(LauncherThreads, EndDuringALaunchWaitsForTheLibrary)
     EXPECT_FALSE(ended.Wait(500));
     desktop->ClosePane();
     end.join();
-    EXPECT_EQ(desktop->Started(), "");
+    EXPECT_TRUE(desktop->HasStartedNothing());
     EXPECT_EQ(test::ClipboardText(), L"mine");
     EXPECT_FALSE(IsLibraryLoaded());
 }

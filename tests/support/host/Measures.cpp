@@ -176,7 +176,9 @@ std::size_t CountWindows()
         *reinterpret_cast<std::size_t*>(parameter) += processId == GetCurrentProcessId();
         return TRUE;
     };
-    EnumWindows(add, reinterpret_cast<LPARAM>(&count));
+    if (!EnumWindows(add, reinterpret_cast<LPARAM>(&count))) {
+        Fail("the platform lists no windows");
+    }
     for (HWND window = nullptr;
          (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;) {
         add(window, reinterpret_cast<LPARAM>(&count));

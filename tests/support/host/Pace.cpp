@@ -13,6 +13,7 @@ DWORD volatile g_divisor = 1;
 bool volatile g_isHeld = false;
 HANDLE g_go = nullptr; // manual-reset event
 thread_local bool t_hasPauses = true;
+thread_local DWORD t_factor = 1;
 thread_local ULONGLONG t_left = 0; // milliseconds of pauses that were left out
 
 DWORD Shortened(DWORD milliseconds)
@@ -24,7 +25,7 @@ DWORD Shortened(DWORD milliseconds)
 void WINAPI Pause(DWORD milliseconds)
 {
     if (t_hasPauses) {
-        Sleep(Shortened(milliseconds));
+        Sleep(Shortened(milliseconds) * t_factor);
     } else {
         t_left += milliseconds;
     }
@@ -57,6 +58,11 @@ void Pace::Install(HMODULE library)
 void Pace::Set(DWORD divisor)
 {
     g_divisor = divisor;
+}
+
+void Pace::Stretch(DWORD factor)
+{
+    t_factor = factor;
 }
 
 void Pace::Hold()

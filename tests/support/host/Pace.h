@@ -15,6 +15,9 @@ public:
 
     static void Set(DWORD divisor);
 
+    // From here on the calling thread's pauses take so many times as long, for what must happen in them.
+    static void Stretch(DWORD factor);
+
     // From here on the refresh thread's wait before its first pass does not end before Go(), or before the
     // thread is told to stop.
     static void Hold();

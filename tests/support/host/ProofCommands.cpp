@@ -154,6 +154,11 @@ std::optional<std::string> CarryOutForProof(Library& library, const Fields& comm
              Pace::Set(Number(c, 1));
              return Pace::Install(l.module), std::string("ok");
          }},
+        {"stretch",
+         [](Library& l, const Fields& c) {
+             Pace::Stretch(Number(c, 1));
+             return Pace::Install(l.module), std::string("ok");
+         }},
         {"hold",
          [](Library& l, const Fields&) {
              Pace::Install(l.module);

@@ -8,6 +8,7 @@
 
 namespace host {
 
+<<<<<<< HEAD
 // A command's field as a number.
 [[nodiscard]] inline DWORD Number(const std::vector<std::string>& command, std::size_t index)
 {
@@ -15,8 +16,12 @@ namespace host {
 }
 
 // The commands that the proofs have beside those of Commands.h; none: it is another one. Main thread.
+=======
+// The commands beside those of Commands.h, for the proofs above all; none: it is another one. Main thread.
+>>>>>>> weak
 //
 //   pace DIVISOR                the library's pauses and waits take this part of their time (Pace.h)
+//   stretch FACTOR              the main thread's pauses take so many times as long (Pace.h): "ok"
 //   hold, go                    the refresh thread's first wait ends with "go" (Pace.h): "ok"
 //   pane, own-desktop           launches see a search pane of the host's own, and with the second a Start
 //                               screen and a clipboard too (OwnPane.h): "ok"

@@ -142,7 +142,9 @@ TEST_F(CatalogTurns, AreNotTakenWhereTheyCannotBe)
 {
     const CatalogTurn turn(kFile);
     const auto noMutex = NoMutex(ERROR_NOT_ENOUGH_MEMORY);
+    m_waits.asked = 0;
     EXPECT_EQ(AskOnAnotherThread(kFile), S_OK);
+    EXPECT_EQ(m_waits.asked, 0u) << "there is nothing to wait for";
 }
 
 // An elevated process has it, and this one may not open its mutex.
@@ -150,6 +152,7 @@ TEST_F(CatalogTurns, ThatMayNotBeWaitedForAreTaken)
 {
     const auto noMutex = NoMutex(ERROR_ACCESS_DENIED);
     EXPECT_EQ(CatalogTurn(kFile).Result(), kBusy);
+    EXPECT_EQ(m_waits.asked, 0u);
 }
 
 TEST_F(CatalogTurns, WhoseWaitFailsAreNotTakenEither)
