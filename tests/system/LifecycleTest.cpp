@@ -78,12 +78,6 @@ TEST_F(Lifecycle, FinalizeInTheFirstSecondWaitsForTheFirstPass)
 {
     m_sandbox.AddCommonShortcut(L"A.lnk");
     test::HostProcess host(m_sandbox);
-<<<<<<< HEAD
-    host.Command("init");
-    EXPECT_TRUE(test::IsFirstPassRunning());
-    EXPECT_FALSE(test::Exists(m_sandbox.CatalogFile())) << "not before the first pass";
-=======
->>>>>>> weak
     const ULONGLONG start = GetTickCount64();
     host.Command("init");
     host.Do("finalize");
@@ -100,6 +94,7 @@ TEST_F(Lifecycle, FinalizeDuringTheFirstPassLetsItEnd)
     host.Command("init");
     m_sandbox.WaitForLogLine(test::passBegin);
     EXPECT_TRUE(test::IsFirstPassRunning());
+    EXPECT_FALSE(test::Exists(m_sandbox.CatalogFile())) << "not before the pass's end";
     host.Do("finalize");
     EXPECT_FALSE(host.HasExitEvent());
     EXPECT_TRUE(HasCatalogue("Last.lnk")) << "the pass was complete";

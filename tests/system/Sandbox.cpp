@@ -116,11 +116,7 @@ std::vector<std::string> Sandbox::Log(std::size_t offset) const
     if (!Exists(LogFile())) {
         return {};
     }
-<<<<<<< HEAD
-    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile()).substr(offset))));
-=======
-    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile(base)), offset)));
->>>>>>> weak
+    return LogLines(WithPlaceholders(WithoutTimeStamps(ReadFileBytes(LogFile()), offset)));
 }
 
 std::size_t Sandbox::LogLength() const

@@ -287,15 +287,11 @@ std::string Commands::Manage(const Fields& command)
     } else if (name == "open") {
         LogGate::Open();
     } else if (name == "slow-disk") {
-<<<<<<< HEAD
         SlowDownSaves(g_library.module, Number(command, 1));
-=======
-        SlowDownSaves(Number(command, 1));
     } else if (name == "watch-files") {
         WatchFiles();
     } else if (name == "opened") {
-        return std::to_string(CountOpenings(test::FromUtf8(Field(command, 1))));
->>>>>>> weak
+        return std::to_string(CountOpenings(test::FromUtf8(command.at(1))));
     } else if (name == "exit") {
         m_exitCode = static_cast<int>(Number(command, 1));
         m_isOver = true;

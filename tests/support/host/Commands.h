@@ -33,13 +33,9 @@ namespace host {
 //   look-up COUNT               so many times the package manager's class is asked for, and let go, without
 //                               the library: "ok"
 //   line-up, open               the log's gate (LogGate.h): "ok"
-<<<<<<< HEAD
 //   slow-disk MILLISECONDS      the pause before each piece of a catalogue that is saved (Trouble.h): "ok"
-=======
-//   slow-disk MILLISECONDS      the pause before each piece of a catalogue that is saved (SlowDisk.h): "ok"
 //   watch-files                 from here on openings of files are noted (FileWatch.h): "ok"
 //   opened TEXT                 how many there were of paths that end so
->>>>>>> weak
 //   exit CODE                   "ok"; the program ends by leaving main()
 //   thread COMMAND...           the rest is carried out on a thread of its own
 //   sta COMMAND..., mta COMMAND...

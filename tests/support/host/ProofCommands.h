@@ -8,17 +8,13 @@
 
 namespace host {
 
-<<<<<<< HEAD
 // A command's field as a number.
 [[nodiscard]] inline DWORD Number(const std::vector<std::string>& command, std::size_t index)
 {
     return static_cast<DWORD>(std::stoul(command.at(index)));
 }
 
-// The commands that the proofs have beside those of Commands.h; none: it is another one. Main thread.
-=======
 // The commands beside those of Commands.h, for the proofs above all; none: it is another one. Main thread.
->>>>>>> weak
 //
 //   pace DIVISOR                the library's pauses and waits take this part of their time (Pace.h)
 //   stretch FACTOR              the main thread's pauses take so many times as long (Pace.h): "ok"
