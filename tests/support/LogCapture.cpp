@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <iterator>
 #include <regex>
 #include <stdexcept>
 
@@ -28,16 +30,23 @@ std::string WithoutTimeStamps(std::string_view log, std::size_t offset)
 {
     static const std::regex stamp(R"(\[\d{4}/\d{2}/\d{2} \d{2}:\d{2}:\d{2}\.\d{3}\])");
     std::string text;
-    for (std::size_t begin = offset; begin < log.size();) {
+    // A stamp and its line are two writes: of two threads' the stamps may both come first.
+    std::ptrdiff_t ahead = 0;
+    for (std::size_t begin = 0; begin < log.size();) {
         const std::size_t next = log.find(lineEnd, begin);
         const std::size_t end = next == std::string_view::npos ? log.size() : next + lineEnd.size();
         const std::string line(log.substr(begin, end - begin));
-        const bool isBeginning = begin == 0 || log.substr(0, begin).ends_with(lineEnd);
-        if (isBeginning && !std::regex_search(line, stamp, std::regex_constants::match_continuous)) {
-            text += "<no stamp>";
+        const std::sregex_iterator stamps(line.begin(), line.end(), stamp,
+                                          std::regex_constants::match_continuous);
+        ahead += std::distance(stamps, {}) - 1;
+        if (ahead < 0) {
+            text += begin >= offset ? "<no stamp>" : "";
+            ahead = 0;
         }
-        // Further ones stand behind what a line without an end has left.
-        text += std::regex_replace(line, stamp, "");
+        if (end > offset) {
+            // Further ones stand behind what a line without an end has left.
+            text += std::regex_replace(line.substr(std::max(begin, offset) - begin), stamp, "");
+        }
         begin = end;
     }
     return text;

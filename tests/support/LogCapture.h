@@ -9,8 +9,8 @@
 namespace test {
 
 // The log from the offset on without its time stamps, which have the form "[2014/03/01 09:05:07.042]". Before
-// a line that begins without one stands "<no stamp>", but not where the offset lies in the middle of the
-// line. The rest is as written, line ends ("\r\n") included.
+// a line that has none, which may stand before another thread's line, stands "<no stamp>". The rest is as
+// written, line ends ("\r\n") included.
 [[nodiscard]] std::string WithoutTimeStamps(std::string_view log, std::size_t offset = 0);
 
 // A log's lines, without their ends; behind a last one that has no end stands "<no end>".

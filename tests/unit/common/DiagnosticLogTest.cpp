@@ -210,4 +210,17 @@ TEST_F(DiagnosticLog, OverlongMessageLeavesItsStampAndAWholeFile)
     }
 }
 
+// What the tests compare with. Of two threads' lines the stamps may both come first.
+TEST(LogOfTheTests, TellsOfALineWithoutAStamp)
+{
+    const std::string stamp = "[2014/03/01 09:05:07.042]";
+    EXPECT_EQ(WithoutTimeStamps(stamp + "a\r\n" + stamp + "b\r\n"), "a\r\nb\r\n");
+    EXPECT_EQ(WithoutTimeStamps(stamp + stamp + "b\r\na\r\n" + stamp + "c\r\n"), "b\r\na\r\nc\r\n");
+    EXPECT_EQ(WithoutTimeStamps(stamp + "a\r\nb\r\n"), "a\r\n<no stamp>b\r\n");
+    EXPECT_EQ(WithoutTimeStamps("a" + stamp + "\r\n"), "<no stamp>a\r\n");
+    EXPECT_EQ(WithoutTimeStamps(stamp + stamp + "b\r\na\r\nc\r\n"), "b\r\na\r\n<no stamp>c\r\n");
+    EXPECT_EQ(WithoutTimeStamps(stamp + "a\r\nb\r\n", stamp.size() + 1), "\r\n<no stamp>b\r\n");
+    EXPECT_EQ(WithoutTimeStamps(stamp + stamp + "b\r\na\r\n", stamp.size()), "b\r\na\r\n");
+}
+
 } // namespace
