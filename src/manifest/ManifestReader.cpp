@@ -253,10 +253,9 @@ HRESULT CQanhManifestReader::GetAppDisplayName(platform::IPackage* pPackage, wch
         // Deliberate: these two leave without a line.
         return E_POINTER;
     }
-    HRESULT hr = S_OK;
     try {
         std::wstring displayName;
-        hr = ReadOnlyDisplayName(pPackage, displayName);
+        const HRESULT hr = ReadOnlyDisplayName(pPackage, displayName);
         if (FAILED(hr)) {
             return LogOut(kName, hr);
         }
@@ -266,11 +265,8 @@ HRESULT CQanhManifestReader::GetAppDisplayName(platform::IPackage* pPackage, wch
             return LogOut(kName, E_OUTOFMEMORY);
         }
         const HRESULT resolved = ResolveDisplayName(std::move(displayName), pPackage, *ppName);
-        if (FAILED(resolved)) {
-            hr = resolved;
-        }
+        return LogOut(kName, FAILED(resolved) ? resolved : hr);
     } catch (...) {
         return LogCaught(kName, E_FAIL);
     }
-    return LogOut(kName, hr);
 }
