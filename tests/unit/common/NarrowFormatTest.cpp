@@ -1,11 +1,11 @@
 #include "common/NarrowFormat.h"
 
+#include "common/HostEnvironment.h"
 #include "unit/common/CodePage.h"
 #include "unit/common/InvalidParameter.h"
 
 #include <clocale>
 #include <cstdarg>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -132,8 +132,9 @@ TEST(NarrowFormat, SurrogatePairsThatTheCodePageLacksDoNotEndTheText)
 // one.
 TEST(NarrowFormat, TheMachinesOwnCodePageIsUsed)
 {
-    const char* const said = std::getenv("EXPECTED_CODE_PAGE");
-    const UINT own = said ? static_cast<UINT>(std::strtoul(said, nullptr, 10)) : kWestern;
+    wchar_t said[MAX_PATH];
+    const bool isSaid = ReadEnvironmentVariable(L"EXPECTED_CODE_PAGE", said);
+    const UINT own = isSaid ? static_cast<UINT>(std::wcstoul(said, nullptr, 10)) : kWestern;
     ASSERT_EQ(GetACP(), own);
     ASSERT_TRUE(own == kWestern || own == kJapanese);
     EXPECT_EQ(Format("%S", L"A \u00e9\u30e1\u0e01"), own == kWestern ? "A \xe9??" : "A ?\x83\x81?");
