@@ -158,7 +158,9 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
     proof::Random random;
     int terminated = 0;
     int hung = 0;
-    for (int round = 0; round < count && !HasFailure(); ++round) {
+    // Half of the threads end by themselves: on until one was terminated whose host is well.
+    int round = 0;
+    for (; (round < count || (terminated == 0 && round < count + 40)) && !HasFailure(); ++round) {
         const unsigned moment = random.UpTo(150);
         SCOPED_TRACE("round " + std::to_string(round) + ", after " + std::to_string(moment) + " ms, seed " +
                      std::to_string(proof::Seed()));
@@ -186,10 +188,12 @@ TEST_F(LifecycleUnderLoad, AThreadThatIsTerminatedAnywhere)
         }
         proof::Progress(round + 1, count);
     }
-    // Whatever the chances are of a thread that holds such a lock: they are far below a half.
-    EXPECT_LE(2 * hung, count);
-    EXPECT_GT(terminated + hung, 0) << "each thread ended by itself";
-    proof::Figure("threads that got a millisecond to end", count);
+    EXPECT_GT(terminated, 0) << "each thread ended by itself, or its host hung";
+    // Of so many, whatever the chances are of a thread that holds such a lock: they are far below a half.
+    if (constexpr int enough = 20; terminated + hung >= enough) {
+        EXPECT_LT(2 * hung, terminated + hung);
+    }
+    proof::Figure("threads that got a millisecond to end", round);
     proof::Figure("of these terminated", terminated + hung);
     proof::Figure("of these whose host hung afterwards", hung);
 }
