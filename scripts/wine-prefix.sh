@@ -12,6 +12,13 @@
 #   remove_prefixes           ends all servers of prefix_folder and deletes it; for a trap that is set before
 #
 # The graphics driver of the template draws nothing and needs no display.
+if [ "${WINE_ADDRESSES:-}" != fixed ] && setarch -R true 2> /dev/null; then
+  # The script that sources this begins anew, with addresses that the kernel does not choose by chance. It may put a
+  # program's heap where Wine needs a page: of some thousand programs one is given up before it begins ("failed to map
+  # the shared user data"). Where this is not allowed, as in some containers, that can happen.
+  export WINE_ADDRESSES=fixed
+  exec setarch -R "scripts/$(basename "$0")" "$@"
+fi
 export WINEDEBUG=-all LC_ALL=C.UTF-8
 # No questions about components that nothing here needs.
 export WINEDLLOVERRIDES="mscoree,mshtml="

@@ -62,7 +62,7 @@ class Run:
 
     `complaint`: a regular expression; a test that passes and whose output holds it counts as failed.
     `again`: when it ends with a failure before it has said a word, its tests are left to another process: about once
-    in a thousand starts Wine gives a program up before it has begun.
+    in some thousand starts Wine gives a program up before it has begun (`wine-prefix.sh` tells why).
     """
 
     def __init__(self, program, command, environment, folder, tests, limit, complaint=None, again=False):
@@ -106,7 +106,8 @@ class Run:
         not come to are in `left` afterwards."""
         missing = dict.fromkeys(self._tests)
         for line in self._lines():
-            self._has_spoken = True
+            # Wine names the thread of which it complains, once there is one.
+            self._has_spoken = self._has_spoken or not line.startswith("err:")
             self._said = line
             outcome = self._read(line)
             if outcome:

@@ -92,7 +92,7 @@ class Report:
         if self._done < self._expected:
             failed.append(f"{self._expected - self._done} tests did not run")
         self._print(f"Ran {self._done} of {self._expected} in {time.monotonic() - self._begin:.0f} s")
-        # Wine is known to do so about once in a thousand starts. More often it is the program.
+        # Wine is known to do so now and then. More often it is the program.
         if len(self._started_again) > 2 + self._jobs // 300:
             failed.append(f"{len(self._started_again)} of {self._jobs} processes ended before they began")
         self._list("Started again:", self._started_again)

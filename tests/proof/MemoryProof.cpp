@@ -238,7 +238,7 @@ protected:
             // The short form takes some of many.
             step = failed < 5 ? 1 : Count<std::size_t>(2 * failed, 1);
         }
-        // Those of which no allocation is known are said to make none.
+        // Were the allocators not found among the imports, nothing would fail.
         EXPECT_EQ(failed == 0, MakesNone(GetParam()));
         const std::string name = std::string("allocations of ") + NameOf(GetParam()) + " that failed " +
                                  (isLasting ? "with all after them" : "in turn") +

@@ -95,25 +95,31 @@ TEST_F(HostEnvironment, ExecutableWithALongPathIsCutAndTerminated)
 
 TEST_F(HostEnvironment, HostNameEndsAtItsFirstDot)
 {
-    // The host name with its backslash, and what became of the path.
-    const auto expectCut = [](const wchar_t* whole, const wchar_t* hostName, const wchar_t* rest) {
+    const struct
+    {
+        const wchar_t* whole;
+        const wchar_t* hostName; // with its backslash
+        const wchar_t* rest;     // what became of the path
+    } rows[] = {
+        {L"C:\\Tools\\Launcher.exe", L"\\Launcher", L"C:\\Tools\\Launcher"},
+        {L"C:\\Tools\\a.b.exe", L"\\a", L"C:\\Tools\\a"},
+        {L"C:\\Tools\\Launcher", L"\\Launcher", L"C:\\Tools\\Launcher"},
+        {L"C:\\v1.2\\Launcher.exe", L"\\Launcher", L"C:\\v1.2\\Launcher"},
+        {L"C:\\Tools\\a..exe", L"\\a", L"C:\\Tools\\a"},
+        {L"C:\\Tools\\a.", L"\\a", L"C:\\Tools\\a"},
+        {L"C:\\Tools\\.exe", L"\\", L"C:\\Tools\\"},
+        {L"C:\\Tools\\", L"\\", L"C:\\Tools\\"},
+        {L"\\\\server\\share\\x.exe", L"\\x", L"\\\\server\\share\\x"},
+        {L"C:\\\u30e1.\u30fc.exe", L"\\\u30e1", L"C:\\\u30e1"},
+        {L"Launcher.exe", L"Launcher", L"Launcher"},
+        {L"", L"", L""},
+    };
+    for (const auto& [whole, hostName, rest] : rows) {
         wchar_t path[MAX_PATH];
         wcscpy_s(path, MAX_PATH, whole);
         EXPECT_STREQ(CutHostName(path), hostName);
         EXPECT_STREQ(path, rest);
-    };
-    expectCut(L"C:\\Tools\\Launcher.exe", L"\\Launcher", L"C:\\Tools\\Launcher");
-    expectCut(L"C:\\Tools\\a.b.exe", L"\\a", L"C:\\Tools\\a");
-    expectCut(L"C:\\Tools\\Launcher", L"\\Launcher", L"C:\\Tools\\Launcher");
-    expectCut(L"C:\\v1.2\\Launcher.exe", L"\\Launcher", L"C:\\v1.2\\Launcher");
-    expectCut(L"C:\\Tools\\a..exe", L"\\a", L"C:\\Tools\\a");
-    expectCut(L"C:\\Tools\\a.", L"\\a", L"C:\\Tools\\a");
-    expectCut(L"C:\\Tools\\.exe", L"\\", L"C:\\Tools\\");
-    expectCut(L"C:\\Tools\\", L"\\", L"C:\\Tools\\");
-    expectCut(L"\\\\server\\share\\x.exe", L"\\x", L"\\\\server\\share\\x");
-    expectCut(L"C:\\\u30e1.\u30fc.exe", L"\\\u30e1", L"C:\\\u30e1");
-    expectCut(L"Launcher.exe", L"Launcher", L"Launcher");
-    expectCut(L"", L"", L"");
+    }
 }
 
 } // namespace
