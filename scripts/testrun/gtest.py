@@ -52,6 +52,8 @@ def list_tests(command, environment, folder):
     return tests
 
 
+# How Wine's own complaints begin as long as it has no thread to name.
+_BEFORE_ANY_THREAD = ("err:", "wine client error:0:")
 _begin = re.compile(r"\[ RUN      \] (\S+)")
 _end = re.compile(r"\[(       OK |  FAILED  |  SKIPPED )\] ([^\s,]+)(?:, where .*)? \(\d+ ms\)")
 _results = {"       OK ": Result.PASSED, "  FAILED  ": Result.FAILED, "  SKIPPED ": Result.SKIPPED}
@@ -62,7 +64,7 @@ class Run:
 
     `complaint`: a regular expression; a test that passes and whose output holds it counts as failed.
     `again`: when it ends with a failure before it has said a word, its tests are left to another process: about once
-    in some thousand starts Wine gives a program up before it has begun (`wine-prefix.sh` tells why).
+    in ten thousand starts Wine gives a program up before it has begun (`wine-prefix.sh` tells why).
     """
 
     def __init__(self, program, command, environment, folder, tests, limit, complaint=None, again=False):
@@ -106,8 +108,7 @@ class Run:
         not come to are in `left` afterwards."""
         missing = dict.fromkeys(self._tests)
         for line in self._lines():
-            # Wine names the thread of which it complains, once there is one.
-            self._has_spoken = self._has_spoken or not line.startswith("err:")
+            self._has_spoken = self._has_spoken or not line.startswith(_BEFORE_ANY_THREAD)
             self._said = line
             outcome = self._read(line)
             if outcome:

@@ -10,6 +10,7 @@
 #include "catalog/Package.h"
 #include "common/Apartment.h"
 #include "manifest/ManifestReader.h"
+#include "support/CutDocument.h"
 #include "support/FakePackages.h"
 #include "support/FakeResources.h"
 #include "support/TemporaryFolder.h"
@@ -70,19 +71,10 @@ private:
     std::thread m_thread; // the last: it uses the others
 };
 
-// The runtime's own reader ends the process at an XML declaration or another instruction that is cut off, or
-// that has a null character, which it takes for the end.
+// A null character is the end of a document for the runtime's own reader.
 bool IsForThisReader(const std::string& text)
 {
-    for (std::size_t at = text.find("<?"); at != std::string::npos; at = text.find("<?", at + 1)) {
-        if (text.substr(at, text.find("?>", at) - at).find('\0') != std::string::npos) {
-            return false;
-        }
-    }
-    const std::size_t last = text.rfind("<?");
-    const bool isCutOff = last != std::string::npos && text.find("?>", last) == std::string::npos;
-    const bool isDeclarationWhole = !text.starts_with("<?") || text.find("?>\r\n<") < 60;
-    return !isCutOff && isDeclarationWhole;
+    return !test::EndsTheProcess(text.substr(0, text.find('\0')));
 }
 
 // Calls tryFile(path) with so many documents; those that are not for this reader come on top.

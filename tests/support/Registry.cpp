@@ -2,6 +2,8 @@
 
 #include <shlwapi.h>
 
+#include <gtest/gtest.h>
+
 #include <cwchar>
 
 namespace test {
@@ -18,18 +20,21 @@ ScopedKey::~ScopedKey()
 
 void ScopedKey::SetBytes(const wchar_t* name, DWORD type, const std::vector<BYTE>& bytes)
 {
-    RegSetKeyValueW(m_hive, m_path.c_str(), name, type, bytes.data(), static_cast<DWORD>(bytes.size()));
+    EXPECT_EQ(
+        RegSetKeyValueW(m_hive, m_path.c_str(), name, type, bytes.data(), static_cast<DWORD>(bytes.size())),
+        ERROR_SUCCESS);
 }
 
 void ScopedKey::SetDword(const wchar_t* name, DWORD value)
 {
-    RegSetKeyValueW(m_hive, m_path.c_str(), name, REG_DWORD, &value, sizeof value);
+    EXPECT_EQ(RegSetKeyValueW(m_hive, m_path.c_str(), name, REG_DWORD, &value, sizeof value), ERROR_SUCCESS);
 }
 
 void ScopedKey::SetText(const wchar_t* name, const wchar_t* value)
 {
-    RegSetKeyValueW(m_hive, m_path.c_str(), name, REG_SZ, value,
-                    static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t)));
+    EXPECT_EQ(RegSetKeyValueW(m_hive, m_path.c_str(), name, REG_SZ, value,
+                              static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t))),
+              ERROR_SUCCESS);
 }
 
 void ScopedKey::DeleteValue(const wchar_t* name)
@@ -40,7 +45,8 @@ void ScopedKey::DeleteValue(const wchar_t* name)
 void ScopedKey::Create()
 {
     HKEY key = nullptr;
-    RegCreateKeyExW(m_hive, m_path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr);
+    EXPECT_EQ(RegCreateKeyExW(m_hive, m_path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
     RegCloseKey(key);
 }
 

@@ -109,6 +109,8 @@ TEST_F(StoreActivation, FailureOfTheActivationIsGivenAfterThePause)
 // Stretched, the pause would be longer than anybody waits for the answer.
 TEST_F(StoreActivation, ManagerThatCannotBeCreatedGivesItsCodeWithoutThePause)
 {
+    host.Do("stretch\t3");
+    EXPECT_GE(Time(unknown, notRegistered), 3 * pause) << "it can be stretched";
     SetSetting(Setting::FailActivationManager, 0x8007000E);
     host.Do("stretch\t1000");
     EXPECT_EQ(host.Command(post), "0x8007000E");

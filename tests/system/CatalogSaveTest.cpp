@@ -12,6 +12,7 @@ namespace {
 constexpr char ok[] = "0x00000000";
 constexpr char shortPause[] = "slow-disk\t5";
 constexpr char longPause[] = "slow-disk\t200";
+constexpr char pauseToBeKilledIn[] = "slow-disk\t1000"; // nobody waits for the end of such a save
 
 // No refresh pass would find the records again, which stand in no Start menu: they are the preset's alone,
 // and when that is gone the catalogue's.
@@ -49,10 +50,10 @@ protected:
         ASSERT_TRUE(test::WaitUntil(isInIt, 15000));
     }
 
-    // Brings the library up, up to the middle of its first save.
+    // Brings the library up, up to the middle of its first save. The host is to be killed in it.
     void SaveSlowly(test::HostProcess& host) const
     {
-        host.Do(longPause);
+        host.Do(pauseToBeKilledIn);
         EXPECT_EQ(host.Command("init"), ok);
         WaitForTheMiddleOfASave();
     }
@@ -200,7 +201,7 @@ TEST_F(CatalogSave, CutOffWhileAnotherProcessStartsLeavesThatOneEveryRecord)
         test::HostProcess host(m_sandbox);
         host.InitializeAndPass();
         DropPreset();
-        host.Do(longPause);
+        host.Do(pauseToBeKilledIn);
         WaitForTheMiddleOfASave();
         const std::size_t offset = m_sandbox.LogLength();
         next.Send("init");

@@ -46,9 +46,7 @@ protected:
     void ExpectLaunch(const std::string& query, const std::string& started, int mode = 0,
                       bool excludesOthers = true)
     {
-        EXPECT_EQ(host->Search("Mail", mode, excludesOthers), "0x00000000");
-        EXPECT_EQ(desktop->Started(), started);
-        EXPECT_EQ(desktop->Count("query\t" + query), 1u);
+        LaunchTest::ExpectLaunch("Mail", mode, excludesOthers, started, "query\t" + query);
     }
 };
 

@@ -1,6 +1,6 @@
 // The log of refresh passes over small Start menus, and what the catalogue file holds after them.
+#include "system/RefreshLog.h"
 #include "support/Text.h"
-#include "system/StoreRefreshLog.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // The log of refresh passes in which the Store fails, and of one that is stopped.
 #include "standin/Settings.h"
 #include "system/QueryFor.h"
+#include "system/RefreshLog.h"
 #include "system/SlowManifest.h"
-#include "system/StoreRefreshLog.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The log of refresh passes over small Stores: packages that are new, known, changed and gone.
-#include "system/StoreRefreshLog.h"
 #include "standin/Settings.h"
+#include "system/RefreshLog.h"
 
 #include <algorithm>
 

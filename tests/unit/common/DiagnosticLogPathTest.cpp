@@ -83,6 +83,12 @@ TEST(DiagnosticLogPath, IsMadeOfLocalAppDataAndTheHostName)
               L"C:\\Local\\\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
     EXPECT_EQ(PathFor(L"C:\\\u30e1\u30fc\u30eb", L"C:\\Tools\\\u0436\xd83d\xde00.exe"),
               L"C:\\\u30e1\u30fc\u30eb\\Vel\\QanHelper\\\\\u0436\xd83d\xde00\\QanHelperLog.txt");
+    // Up to its first dot, also where nothing stands before that.
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\a.b.exe"),
+              L"C:\\Local\\Vel\\QanHelper\\\\a\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\Launcher"),
+              L"C:\\Local\\Vel\\QanHelper\\\\Launcher\\QanHelperLog.txt");
+    EXPECT_EQ(PathFor(L"C:\\Local", L"C:\\Tools\\.exe"), L"C:\\Local\\Vel\\QanHelper\\\\\\QanHelperLog.txt");
 }
 
 TEST(DiagnosticLogPath, IsComposedAnewEveryTime)

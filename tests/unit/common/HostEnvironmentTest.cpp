@@ -2,6 +2,7 @@
 
 #include "support/HostExecutable.h"
 #include "support/Test.h"
+#include "support/Text.h"
 
 #include <cwchar>
 
@@ -117,8 +118,8 @@ TEST_F(HostEnvironment, HostNameEndsAtItsFirstDot)
     for (const auto& [whole, hostName, rest] : rows) {
         wchar_t path[MAX_PATH];
         wcscpy_s(path, MAX_PATH, whole);
-        EXPECT_STREQ(CutHostName(path), hostName);
-        EXPECT_STREQ(path, rest);
+        EXPECT_STREQ(CutHostName(path), hostName) << test::ToUtf8(whole);
+        EXPECT_STREQ(path, rest) << test::ToUtf8(whole);
     }
 }
 

@@ -92,9 +92,8 @@ const Conversion kConversions[] = {
     {kWestern, L"\u00e9\u30e1\u00e9", "\xe9?\xe9"},
     {kWestern, kUnmappable, "??"},
     {kJapanese, L"\u30e1\u0e01\u30eb", "\x83\x81?\x83\x8b"},
-    // A code page may have a letter that resembles the one that it lacks (a with a macron, wide A, infinity):
-    // a
-    // name must not turn into another name.
+    // A code page may have a letter that resembles the one that it lacks (a with a macron, wide A,
+    // infinity): a name must not turn into another name.
     {kWestern, L"\u0101\uff21\u221e", "???"},
     {kWestern, L"\u0101\u30e1", "??"},
     {kJapanese, L"\u00e9\u00c5", "??"},
@@ -135,7 +134,7 @@ TEST(NarrowFormat, TheMachinesOwnCodePageIsUsed)
     wchar_t said[MAX_PATH];
     const bool isSaid = ReadEnvironmentVariable(L"EXPECTED_CODE_PAGE", said);
     const UINT own = isSaid ? static_cast<UINT>(std::wcstoul(said, nullptr, 10)) : kWestern;
-    ASSERT_EQ(GetACP(), own);
+    ASSERT_EQ(GetACP(), own) << "EXPECTED_CODE_PAGE says which one is right on this machine";
     ASSERT_TRUE(own == kWestern || own == kJapanese);
     EXPECT_EQ(Format("%S", L"A \u00e9\u30e1\u0e01"), own == kWestern ? "A \xe9??" : "A ?\x83\x81?");
 }

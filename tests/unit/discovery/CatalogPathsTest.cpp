@@ -207,7 +207,7 @@ TEST_F(CatalogFolderNotMade, OneBackslashAtTheEndOfTheVariableIsDropped)
 TEST_F(CatalogFolderNotMade, IsNamedAfterTheExecutableUpToItsFirstDot)
 {
     const ScopedEnvironment environment(L"LOCALAPPDATA", L"D:");
-    m_host.Set(L"C:\\v1.0\\\u30e9\u30f3\u30c1\u30e3\u30fc.exe");
+    m_host.Set(L"C:\\v1.0\\\u30e9\u30f3\u30c1\u30e3\u30fc.b.exe");
     ExpectMade(L"D:\\Vel\\QanHelper\\\u30e9\u30f3\u30c1\u30e3\u30fc");
 }
 

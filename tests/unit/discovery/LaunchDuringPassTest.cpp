@@ -34,13 +34,13 @@ TEST_F(LaunchDuringPass, SeesAtOnceWhatThePassHasFound)
     m_onStep = [&](const std::wstring& step) { seen[step] = Excluded(); };
     EXPECT_EQ(Run(), 0u);
     // Each step of the pass, and the launch right before it.
-    EXPECT_THAT(seen[L"family gone"], ElementsAre(L"gone mail", L"lost mail"));
-    EXPECT_THAT(seen[L"exists C:\\lost.lnk"], ElementsAre(L"lost mail"));
-    EXPECT_THAT(seen[L"store"], IsEmpty());
-    EXPECT_THAT(seen[L"search " + Common() + L"\\*.lnk"], IsEmpty());
-    EXPECT_THAT(seen[L"search " + Common() + L"\\*.url"], ElementsAre(L"new mail"));
-    EXPECT_THAT(seen[L"search " + User() + L"\\*.url"], ElementsAre(L"new mail"));
-    EXPECT_THAT(seen[L"save " + CatalogFile()], ElementsAre(L"new mail", L"own mail"));
+    EXPECT_THAT(seen.at(L"family gone"), ElementsAre(L"gone mail", L"lost mail"));
+    EXPECT_THAT(seen.at(L"exists C:\\lost.lnk"), ElementsAre(L"lost mail"));
+    EXPECT_THAT(seen.at(L"store"), IsEmpty());
+    EXPECT_THAT(seen.at(L"search " + Common() + L"\\*.lnk"), IsEmpty());
+    EXPECT_THAT(seen.at(L"search " + Common() + L"\\*.url"), ElementsAre(L"new mail"));
+    EXPECT_THAT(seen.at(L"search " + User() + L"\\*.url"), ElementsAre(L"new mail"));
+    EXPECT_THAT(seen.at(L"save " + CatalogFile()), ElementsAre(L"new mail", L"own mail"));
 }
 
 } // namespace

@@ -6,9 +6,7 @@ namespace {
 
 using namespace discovery_test;
 
-class RefreshPass : public RefreshThread
-{
-};
+using RefreshPass = RefreshThread;
 
 TEST_F(RefreshPass, StepsOfAPassComeInTheirOrder)
 {

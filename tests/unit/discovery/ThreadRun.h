@@ -52,7 +52,7 @@ protected:
         return std::count(m_steps.begin(), m_steps.end(), step);
     }
     std::string Saved() const { return test::ReadFileBytes(CatalogFile()); }
-    // The whole log of the thread, with these lines between the marking of the desktop records and the end.
+    // The whole log of the thread, with these lines between the beginning of its pass and its end.
     void ExpectLog(const Lines& pass) const
     {
         EXPECT_EQ(ThreadLines(), StartLines() + kPassIn + pass + kPassesOut);

@@ -21,7 +21,6 @@ protected:
         m_manifest.displayNames = {L"From the system"};
         Write(Manifest(Application("From the XML", "Tile")));
     }
-    ~ManifestReaderSetting() override { EXPECT_THAT(m_manifest.Leaks(), IsEmpty()); }
 
     HRESULT Add() { return CQanhManifestReader::AddAppsToPackage(Path().c_str(), &m_package); }
 

@@ -135,6 +135,9 @@ TEST_P(ManifestWalk, EndsWhereverTheDocumentIsCut)
             if (isDocumented && IsParser()) {
                 EXPECT_EQ(hr, static_cast<HRESULT>(0xC00CEE01));
             }
+            if (isDocumented && IsCheck()) {
+                EXPECT_EQ(m_can, 0);
+            }
         }
     }
 }

@@ -27,6 +27,18 @@ TEST(StorePackage, TellsItsFamilyNameAndItsVersionPartByPart)
     EXPECT_EQ(version.Revision, 16384);
 }
 
+TEST(StorePackage, TellsItsFolder)
+{
+    const ComApartment apartment(CoInitialize(nullptr)); // the package's
+    test::FakeObjects objects;
+    for (const wchar_t* path : {L"C:\\Program Files\\WindowsApps\\\u30e1", L""}) {
+        test::PackageFacts facts;
+        facts.path = path;
+        const Microsoft::WRL::ComPtr<platform::IPackage> package = objects.Make<test::FakePackage>(facts);
+        EXPECT_STREQ(StorePackage::InstalledPath(package.Get()).c_str(), path);
+    }
+}
+
 TEST(StorePackage, ManifestStandsInItsFolder)
 {
     EXPECT_STREQ(StorePackage::ManifestPath(L"C:\\Apps\\Mail").c_str(), L"C:\\Apps\\Mail\\AppxManifest.xml");

@@ -78,7 +78,7 @@ TEST(StandInQuery, DeepNestingEnds)
     }
     const Query query(nots + L"\"mail\"");
     EXPECT_FALSE(query.IsEmpty());
-    // An even number of them says what is inside.
+    // Fifty of them count, which is even and says what is inside; the deeper ones are left out whole.
     EXPECT_TRUE(query.Hits(L"Mail"));
     EXPECT_FALSE(query.Hits(L"Music"));
 }
