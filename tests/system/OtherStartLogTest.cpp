@@ -66,6 +66,7 @@ TEST_F(OtherStartLog, SecondProcessThatSeesTheFirstPassEndTakesTheCatalogue)
 {
     WriteFileBytes(sandbox.CatalogFile(), emptyCatalog);
     FirstPassOfAnother owner;
+    host.Do("stretch\t10"); // the half second in which it looks would soon be over on a slow machine
     host.Send("init");
     sandbox.WaitForLogLine("CQanhPackageManager::CreateAppNameListFolder OUT(C)");
     owner.Leave();
