@@ -149,7 +149,7 @@ TEST_F(SearchLaunch, LooksEndAsSoonAsThePaneHasGone)
     // The last look that sees the pane, and all looks: those that see it, the one that sees it gone, and one
     // more. After the tenth in the pane those two are one.
     for (const auto& [last, looks] : {std::pair(4u, 6u), std::pair(11u, 12u)}) {
-        isPaneInFront = [last = last](std::size_t look) { return look <= last; };
+        isPaneInFront = [seen = last](std::size_t look) { return look <= seen; };
         Launch(0);
         EXPECT_EQ(Pastes(), 1u);
         EXPECT_EQ(Looks(), looks);
