@@ -9,9 +9,12 @@
 #include "support/LogCapture.h"
 #include "support/Text.h"
 
+#include <tlhelp32.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <stdexcept>
 
 namespace {
@@ -26,6 +29,27 @@ HANDLE CreateClosingJob()
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
     return job;
+}
+
+// Also those that processes outside the job have started: a window of theirs could come to the front in
+// another test.
+void EndApplications()
+{
+    const HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    for (BOOL isOne = Process32FirstW(processes, &entry); isOne; isOne = Process32NextW(processes, &entry)) {
+        if (std::wcscmp(entry.szExeFile, L"StandInApp.exe") != 0) {
+            continue;
+        }
+        const HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, entry.th32ProcessID);
+        if (process) { // else it has just ended
+            TerminateProcess(process, 1);
+            WaitForSingleObject(process, 5000);
+            CloseHandle(process);
+        }
+    }
+    CloseHandle(processes);
 }
 
 void CopyOrThrow(const std::wstring& from, const std::wstring& to)
@@ -71,6 +95,7 @@ Sandbox::~Sandbox()
         },
         5000);
     CloseHandle(m_job);
+    EndApplications();
     EXPECT_EQ(standin::GetFaults(standin::Fault::UseOutsideApartment), 0u)
         << "uses of the platform's objects on threads without an apartment";
     EXPECT_EQ(standin::GetFaults(standin::Fault::ReleaseOutsideApartment), 0u)
