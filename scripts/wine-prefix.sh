@@ -14,7 +14,7 @@
 # The graphics driver of the template draws nothing and needs no display.
 if [ "${WINE_ADDRESSES:-}" != fixed ] && setarch -R true 2> /dev/null; then
   # The script that sources this begins anew, with addresses that the kernel does not choose by chance. By chance it
-  # puts a program's heap where Wine needs a page: one or two of ten thousand programs are given up before they begin
+  # puts something of a program's where Wine needs a page: one or two of ten thousand are given up before they begin
   # ("failed to map the shared user data"). Where this is not allowed, as in some containers, that can happen.
   export WINE_ADDRESSES=fixed
   exec setarch -R "scripts/$(basename "$0")" "$@"
