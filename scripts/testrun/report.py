@@ -93,7 +93,7 @@ class Report:
             failed.append(f"{self._expected - self._done} tests did not run")
         self._print(f"Ran {self._done} of {self._expected} in {time.monotonic() - self._begin:.0f} s")
         # Wine is known to do so now and then. More often it is the program.
-        if len(self._started_again) > 2 + self._jobs // 300:
+        if len(self._started_again) > 2 + self._jobs // 1000:
             failed.append(f"{len(self._started_again)} of {self._jobs} processes ended before they began")
         self._list("Started again:", self._started_again)
         self._list("Skipped:", skipped)
